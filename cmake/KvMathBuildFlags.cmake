@@ -1,0 +1,11 @@
+# Flags for everything that is built here. Contraction stays off, because a fused multiply-add rounds once where
+# the documented arithmetic rounds twice: results would differ from machine to machine.
+add_library(kvmath_build_flags INTERFACE)
+target_compile_features(kvmath_build_flags INTERFACE cxx_std_17)
+target_compile_options(kvmath_build_flags INTERFACE
+    -ffp-contract=off -Wall -Wextra -Wconversion -Wshadow $<$<BOOL:${KVMATH_WERROR}>:-Werror>)
+if(KVMATH_SANITIZE)
+    target_compile_options(kvmath_build_flags INTERFACE
+        -fsanitize=${KVMATH_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(kvmath_build_flags INTERFACE -fsanitize=${KVMATH_SANITIZE})
+endif()

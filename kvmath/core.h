@@ -1,0 +1,15 @@
+#pragma once
+// Core geometry: points, clouds, lines, circles, planes, histograms, the interpolant, version and trace.
+
+#include <kvmath/core/circle.h>
+#include <kvmath/core/free_vector.h>
+#include <kvmath/core/global.h>
+#include <kvmath/core/interpolant.h>
+#include <kvmath/core/level_histogram.h>
+#include <kvmath/core/line.h>
+#include <kvmath/core/plane.h>
+#include <kvmath/core/point.h>
+#include <kvmath/core/point_cloud.h>
+#include <kvmath/core/trace.h>
+#include <kvmath/core/vector2d.h>
+#include <kvmath/core/version.h>

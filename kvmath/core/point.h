@@ -1,0 +1,52 @@
+#pragma once
+// The three point types. Coordinates are float millimetres; a coordinate of NaN is unset.
+
+#include <kvmath/core/global.h>
+
+namespace KvMath {
+
+/// Point of a scanner line: x across the line, y the height, mm.
+class KVMATH_EXPORT KvPointXY {
+public:
+    float x, y;
+
+    KvPointXY();  ///< the null point: both NaN
+    KvPointXY(float x, float y);
+
+    /// Euclidean distance, mm, in single precision throughout; a NaN coordinate gives NaN.
+    float calcDistance(KvPointXY other) const;
+    static float calcDistance(KvPointXY a, KvPointXY b);
+
+    bool isNull() const;  ///< true when x or y is NaN
+};
+
+/// Point in space: x across the line, y the height, z along the scan, mm.
+class KVMATH_EXPORT KvPointXYZ {
+public:
+    float x, y, z;
+
+    KvPointXYZ();  ///< all NaN
+    KvPointXYZ(float x, float y, float z);
+
+    /// Euclidean distance, mm, in single precision throughout; NaN when any of the six coordinates is NaN, even
+    /// where another one is infinite.
+    float calcDistance(KvPointXYZ other) const;
+    static float calcDistance(KvPointXYZ a, KvPointXYZ b);
+};
+
+/// Point in space with a colour that the library carries and never interprets.
+class KVMATH_EXPORT KvPointXYZRGB {
+public:
+    float x, y, z;
+    unsigned int rgb;
+
+    KvPointXYZRGB();  ///< coordinates NaN, rgb 0
+    KvPointXYZRGB(float x, float y, float z, unsigned int rgb);
+};
+
+}  // namespace KvMath
+
+// Movable, not primitive: a default point is NaN, not zero bytes. It keeps two-float points in place in a QList.
+Q_DECLARE_TYPEINFO(KvMath::KvPointXY, Q_MOVABLE_TYPE);
+Q_DECLARE_TYPEINFO(KvMath::KvPointXYZ, Q_MOVABLE_TYPE);
+Q_DECLARE_TYPEINFO(KvMath::KvPointXYZRGB, Q_MOVABLE_TYPE);

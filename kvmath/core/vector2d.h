@@ -1,0 +1,19 @@
+#pragma once
+// Plane vector of the template search, the wheel functions and the numerics.
+
+#include <QtCore/qglobal.h>
+
+namespace KvMath {
+
+/// A vector or point (x, y). Default: (0, 0), not unset. Two values without padding, so that arrays of
+/// KvVector2D<double> can be read as interleaved x, y.
+template <class T>
+struct KvVector2D {
+    T x, y;
+    KvVector2D() : x(), y() {}
+    KvVector2D(T x0, T y0) : x(x0), y(y0) {}
+};
+
+}  // namespace KvMath
+
+Q_DECLARE_TYPEINFO(KvMath::KvVector2D<double>, Q_MOVABLE_TYPE);

@@ -1,0 +1,4 @@
+#pragma once
+// Profiles of one scanner line.
+
+#include <kvmath/profile/profile.h>

@@ -1,0 +1,57 @@
+#pragma once
+// Stand-in for the scanner-data library, with the operations that the library uses.
+
+#include <QtCore/QList>
+#include <QtCore/QMap>
+#include <QtCore/QSharedPointer>
+#include <QtCore/QString>
+#include <QtCore/QVariant>
+
+namespace Tarn {
+
+/// Measured point, mm.
+class Vector3D {
+public:
+    Vector3D() = default;
+    Vector3D(float x0, float y0, float z0) : x(x0), y(y0), z(z0) {}
+    float x = 0, y = 0, z = 0;
+};
+
+/// One scanner line in space. Owns the points that are appended to it; copies of a profile share them.
+class Profile3D {
+public:
+    int size() const { return points_.size(); }
+    /// The point at `index`, or null when there is none.
+    Vector3D* operator[](int index) const {
+        return index >= 0 && index < points_.size() ? points_.at(index).data() : nullptr;
+    }
+    /// Takes over `point`, which comes from `new` and is appended once only.
+    void append(Vector3D* point) { points_.append(QSharedPointer<Vector3D>(point)); }
+    void removeAt(int index) {
+        if (index >= 0 && index < points_.size())
+            points_.removeAt(index);
+    }
+    void clear() { points_.clear(); }
+
+private:
+    QList<QSharedPointer<Vector3D>> points_;
+};
+
+/// A scan: scanner lines in order, and named parameters.
+class PointCloud {
+public:
+    QList<Profile3D>& profiles() { return profiles_; }
+    const QList<Profile3D>& profiles() const { return profiles_; }
+    QVariant parameter(const QString& name) const { return parameters_.value(name); }
+    void setParameter(const QString& name, const QVariant& value) { parameters_.insert(name, value); }
+
+private:
+    QList<Profile3D> profiles_;
+    QMap<QString, QVariant> parameters_;
+};
+
+}  // namespace Tarn
+
+using Tarn::PointCloud;
+using Tarn::Profile3D;
+using Tarn::Vector3D;
