@@ -17,5 +17,6 @@ configure_package_config_file(cmake/KvMathConfig.cmake.in KvMathConfig.cmake INS
 write_basic_package_version_file(KvMathConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/KvMathConfig.cmake ${CMAKE_CURRENT_BINARY_DIR}/KvMathConfigVersion.cmake
         DESTINATION ${package_dir})
+file(RELATIVE_PATH kvmath_prefix_from_pc /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)  # the package may be moved
 configure_file(cmake/kvmath.pc.in kvmath.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/kvmath.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -1,0 +1,25 @@
+# Shared by the scripts beside it: working directory, progress lines, building and testing a preset.
+
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+jobs=${JOBS:-$(nproc)}
+started=$SECONDS
+
+say() { printf '== [%3d s] %s\n' "$((SECONDS - started))" "$*"; }
+
+# configure PRESET [OPTION...]
+configure() {
+    local launcher=()
+    if command -v ccache >/dev/null; then
+        launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+    fi
+    cmake --preset "$1" --log-level=WARNING "${launcher[@]}" "${@:2}"
+}
+
+# build_and_test PRESET
+build_and_test() {
+    say "Building preset $1"
+    configure "$1"
+    cmake --build --preset "$1" -j "$jobs"
+    say "Testing preset $1"
+    ctest --preset "$1" -j "$jobs"
+}

@@ -1,0 +1,34 @@
+#!/usr/bin/env python3
+"""Checks a built libkvmath: it exports names of namespace KvMath, none of KvMath::Internal, and carries the soname.
+
+usage: check_exports.py LIBRARY SONAME
+"""
+
+import re
+import subprocess
+import sys
+
+INTERFACE = re.compile(r"(vtable for |typeinfo for |typeinfo name for )?KvMath::(?!Internal\b)")
+
+
+def output_of(*command):
+    return subprocess.run(command, check=True, capture_output=True, text=True).stdout
+
+
+def main(library, soname):
+    names = [line.split(None, 2)[2] for line in output_of("nm", "-DC", "--defined-only", library).splitlines()]
+    names = [name for name in names if not re.fullmatch(r"KVMATH_\d+(@@KVMATH_\d+)?", name)]
+    strangers = [name for name in names if not INTERFACE.match(name)]
+    for name in strangers:
+        print(f"exported, but not of the interface: {name}")
+    interface = len(names) - len(strangers)
+    print(f"{interface} names of the interface exported")
+    dynamic = output_of("readelf", "-d", library)
+    if f"[{soname}]" not in dynamic:
+        print(f"the soname is not {soname}:\n{dynamic}")
+        return 1
+    return 1 if strangers or interface == 0 else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(*sys.argv[1:]))
