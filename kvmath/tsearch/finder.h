@@ -1,0 +1,36 @@
+#pragma once
+// From a profile to the matches of a template, and from a match to measured values.
+
+#include <kvmath/core/global.h>
+#include <kvmath/tsearch/find_params.h>
+#include <kvmath/tsearch/line_types.h>
+#include <kvmath/tsearch/lines_indices.h>
+
+#include <QtCore/QList>
+
+namespace KvMath {
+
+class KvProfile;
+class TSMeasurementList;
+class TSTemplate;
+
+/// Replaces `lines` by the straight segments of the profile that are longer than params.minLineLength,
+/// contour by contour, and `results` by every assignment of them to the template lines that meets all
+/// constraints. Always true.
+///
+/// Order of the results: by segment, then stored before reversed orientation, the first template line
+/// weighing most. A segment serves one template line of a result at most. Null template: no results. A
+/// template of zero lines: one result that maps every segment in stored orientation. No match: no results.
+///
+/// Constrain each template line against earlier ones: T lines over N segments have N! / (N - T)! assignments
+/// without constraints, times 2^T with params.allowReversed, and all of them are returned.
+KVMATH_EXPORT bool findTemplate(const KvProfile& profile, TSTemplate* templ,
+                                const TSFindTemplateParams& params, QList<LinePP>& lines,
+                                QList<TSLinesIndecies>& results);
+
+/// Runs every measurement on the match, in order, also after one has failed, so that all results are fresh.
+/// True when all succeeded; an empty list gives true.
+KVMATH_EXPORT bool evalLinesSet(QList<LinePP>& lines, TSLinesIndecies& indices,
+                                TSMeasurementList& measurements);
+
+}  // namespace KvMath

@@ -1,0 +1,31 @@
+#pragma once
+// One match of a template: which found segment stands for which template line.
+
+#include <kvmath/core/global.h>
+
+#include <QtCore/QList>
+
+namespace KvMath {
+
+/// Assignment codes, one per template line: segment code / 2, reversed when the code is odd, negative when
+/// the template line has no segment. Cheap to copy.
+class KVMATH_EXPORT TSLinesIndecies {
+public:
+    TSLinesIndecies() = default;                   ///< no lines
+    TSLinesIndecies(const int* codes, int count);  ///< copies the codes; null or a count below 1: no lines
+
+    /// segment = code / 2. False, and segment 0, outside 0 ... count() - 1. Of an unassigned line the number
+    /// means nothing: ask isAssigned.
+    bool getLineIndex(int templateLine, int& segment) const;
+    /// reversed = code & 1. False, and reversed false, outside 0 ... count() - 1.
+    bool getLineOrientation(int templateLine, bool& reversed) const;
+    bool isAssigned(int templateLine) const;  ///< in range, and its code is not negative
+    int count() const;                        ///< template lines
+
+private:
+    QList<int> codes_;
+};
+
+}  // namespace KvMath
+
+Q_DECLARE_TYPEINFO(KvMath::TSLinesIndecies, Q_MOVABLE_TYPE);
