@@ -250,7 +250,7 @@ QByteArray truthCsv(const SimulatedProfile& simulated) {
     QByteArray text = "name,value,unit\n";
     for (const TrueValue& value : simulated.values)
         text +=
-            QString("%1,%2,%3\n").arg(value.name, QString::number(value.value, 'g', 9), value.unit).toUtf8();
+            QString("%1,%2,%3\n").arg(value.name, QString::number(value.value + 0.0, 'g', 9), value.unit).toUtf8();
     return text;
 }
 
