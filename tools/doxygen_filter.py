@@ -12,8 +12,9 @@ import pathlib
 import re
 import sys
 
-NAMES = re.compile(r"^(\s*)((?:const |static )*[\w:<>]+(?:<[^;=()]*>)?[*&]?) ((?:\w+(?: = [\w.\-:]+)?, )+\w+(?: = [\w.\-:]+)?);\s*///<\s?(.*)$")
+NAMES = re.compile(r"^(\s*)((?:const |static )*[\w:<>]+(?:<[^;=()]*>)?[*&]?) ((?:\w+(?: = [\w.\-:]+)?, )+\w+(?: = [\w.\-:]+)?);\s*(?:///<\s?(.*))?$")
 TYPE = re.compile(r"^(template |class |struct |enum )")
+FALLBACK = "See the type."  # for members without a comment of their own; types and free functions must have one
 NOT_A_DECLARATION = re.compile(r"^\s*(public|protected|private|signals)\s*:|^\s*[}#]|^\s*//|^\s*$|^\s*namespace |^\s*Q_|^\s*extern template")
 
 
@@ -61,21 +62,21 @@ def filtered(lines):
         else:
             names = NAMES.match(line)
             trailing = re.search(r"///<\s?(.*)$", line)
-            if re.match(r"^\s*~\w+\(\)|^\s*virtual ~", line) and not trailing and not fresh:
-                line = one_line("Frees what the object owns.", line)
-            elif TYPE.match(line) and not line.rstrip().endswith(";"):
+            if TYPE.match(line) and not line.rstrip().endswith(";"):
                 line = line if fresh else one_line(group or spare, line)
-                spare = ""
-                group = "" if line.rstrip().endswith("{") else group
+                group = spare = ""
             elif names:
+                text = names.group(4) or group or FALLBACK
                 line = names.group(1) + " ".join(
-                    one_line(names.group(4), f"{names.group(2)} {name};") for name in names.group(3).split(", "))
+                    one_line(text, f"{names.group(2)} {name};") for name in names.group(3).split(", "))
             elif trailing and not fresh:
                 group, kind = trailing.group(1), signature(line)
-            elif not fresh and kind in (None, signature(line)):
-                line = one_line(group, line)
             elif fresh:
                 kind = None
+            elif group and kind in (None, signature(line)):
+                line = one_line(group, line)
+            elif line.startswith(" "):
+                line = one_line(FALLBACK, line)
             fresh = bool(re.match(r"^template\b.*>$", line))  # its second half follows
             inside, depth_of_body = goes_on(line)
         result.append(line)
@@ -83,8 +84,8 @@ def filtered(lines):
 
 
 def signature(line):
-    """Return type and parameters without the name: a trailing comment serves declarations that agree in it."""
-    return re.sub(r"\w+(?=\()|\s*//.*$", "", line).strip()
+    """Types of result and parameters, no names: a trailing comment serves declarations that agree in them."""
+    return re.sub(r"\w+(?=[(,)])|\s*//.*$", "", line).strip()
 
 
 def goes_on(line):
