@@ -1,19 +1,41 @@
 #pragma once
+// Line in slope form.
+
 #include <kvmath/core/point_cloud.h>
+
 namespace KvMath {
+
+/// y = k*x + b: k the slope, b the intercept in mm. A vertical line cannot be represented. All in single
+/// precision unless said otherwise; an unset line or coordinate gives NaN.
 class KVMATH_EXPORT KvLine {
 public:
     float k, b;
-    KvLine();
+
+    KvLine();  ///< unset: both NaN
     KvLine(float k, float b);
-    KvLine(const KvPointXY& p1, const KvPointXY& p2);
+    KvLine(const KvPointXY& p1, const KvPointXY& p2);  ///< runs calcFromTwoPoints
+
+    /// The line through both points. False, with k = b = 0, when their x differ by less than 1e-5 mm.
     bool calcFromTwoPoints(const KvPointXY& p1, const KvPointXY& p2);
+
+    /// Ordinary least squares of y on x over the points without an unset coordinate, summed in double. False,
+    /// with the line untouched, when the cloud holds fewer than 2 points. When all usable points share one x,
+    /// or fewer than two are usable, the result is still true and k and b are NaN or infinite.
     bool calcFromPointCloud(const KvPointCloud<KvPointXY>& cloud);
+
     float y(float x) const;
-    float x(float y) const;
+    float x(float y) const;  ///< (y - b) / k; infinite or NaN on a horizontal line
+
+    /// Distance at right angles to the line, mm, never negative.
     float calcDistanceToPoint(const KvPointXY& p) const;
     static float calcDistanceToPoint(const KvLine& line, const KvPointXY& p);
+
+    /// Common point of both lines. False, with `p` untouched, when their slopes are exactly equal.
     static bool calcIntersection(const KvLine& l1, const KvLine& l2, KvPointXY& p);
+
+    /// Angle from l2 to l1, degrees, counter-clockwise positive, between -180 and 180. In double, narrowed
+    /// once.
     static float calcAngle(const KvLine& l1, const KvLine& l2);
 };
+
 }  // namespace KvMath

@@ -1,0 +1,46 @@
+#pragma once
+// Plane in space, its fits, and the removal of what lies above or below it in a scan.
+
+#include <kvmath/core/point_cloud.h>
+
+#include <tarn/tarn.h>
+
+namespace KvMath {
+
+struct LinePP;
+
+/// Implicit plane a*x + b*y + c*z + d = 0, not normalised. The static fits and removals use the explicit form
+/// z = a*x + b*y + c instead. These statics write trace messages of level 1, see SetTrace.
+class KVMATH_EXPORT KvPlane {
+public:
+    double a, b, c, d;
+
+    KvPlane();  ///< unset: all NaN
+
+    /// The plane through three points, computed in single precision. All four are 0, or rounding noise, for
+    /// points on one line.
+    void calcFromPoints(const KvPointXYZ& p1, const KvPointXYZ& p2, const KvPointXYZ& p3);
+
+    /// Distance at right angles to the plane, mm, never negative; NaN or infinite when a = b = c = 0.
+    float calcDistance(const KvPointXYZ& p) const;
+    static float calcDistance(const KvPlane& plane, const KvPointXYZ& p);
+
+    /// Least squares of z = a*x + b*y + c, summed in double, over the points without an unset coordinate
+    /// (null entries are skipped too). False, with a, b and c untouched, for fewer than 3 entries, fewer than
+    /// 3 usable points, or a determinant of exactly 0. Points nearly on one line pass this test and give a
+    /// plane that rounding decides.
+    static bool calcFromPointCloud(const QList<const Vector3D*>& points, double& a, double& b, double& c);
+    static bool calcFromPointCloud(const KvPointCloud<KvPointXYZ>& cloud, double& a, double& b, double& c);
+
+    /// Removes the points above z = a*x + b*y + c - shiftFromPlane (removeUpLevel) or below z = a*x + b*y + c
+    /// + shiftFromPlane; a point on the threshold, an unset one and a null entry stay. By design a positive
+    /// shift moves the threshold through the plane to its other side, and so removes more, in both modes.
+    /// Returns the number of points removed.
+    static int removePointsRelativelyPlane(PointCloud& cloud, bool removeUpLevel, double shiftFromPlane,
+                                           double a, double b, double c);
+
+    /// Takes nothing, by design: 0, with `out` untouched, for any input.
+    static int getPointsFromArea(const PointCloud& in, const LinePP* area, PointCloud& out);
+};
+
+}  // namespace KvMath
