@@ -1,235 +1,119 @@
+// The public steps hand over arrays of their own; extractSegments reads the points of an uninterrupted
+// contour where they are and uses the same scratch for all contours. Allocations per contour, none per point.
+
 #include <kvmath/tsearch/line_extraction.h>
 
+#include <kvmath/tsearch/contour_group_p.h>
+#include <kvmath/tsearch/contour_split_p.h>
 #include <kvmath/tsearch/line_extraction_p.h>
-#include <kvmath/tsearch/line_geometry.h>
 
 #include <algorithm>
 #include <cmath>
-#include <vector>
 
 namespace KvMath {
+
+using namespace Internal;
 
 namespace {
 
 using Point = KvVector2D<double>;
-using Points = std::vector<Point>;
 
-double distance(const Point& p, const Point& q) {
-    return std::sqrt((p.x - q.x) * (p.x - q.x) + (p.y - q.y) * (p.y - q.y));
-}
+/// Points of each contour, in order of arrival.
+struct Contours {
+    std::vector<ContourRun> runs;
+    std::vector<int> begins;  ///< first point of each contour in `points`, and the end of the last
+    std::vector<Point> gathered;
+    const Point* points;
+};
 
-std::vector<Points> contours(const Points& pts, double gap) {
-    std::vector<Points> result;
-    if (pts.empty())
-        return result;
-    result.push_back({pts[0]});
-    size_t current = 0;
-    for (size_t i = 1; i < pts.size(); ++i) {
-        const Point p = pts[i];
-        if (distance(p, pts[i - 1]) < gap) {
-            result[current].push_back(p);
-            continue;
-        }
-        size_t found = result.size();
-        double best = gap;
-        for (size_t c = 0; c < result.size(); ++c) {
-            const double e = distance(p, result[c].back());
-            if (best >= e) {
-                best = e;
-                found = c;
-            }
-        }
-        if (found == result.size())
-            result.push_back({});
-        result[found].push_back(p);
-        current = found;
+/// Brings the runs of each contour together. Nothing is copied while every contour is one run.
+void gather(const Point* pts, int n, double gap, Contours& contours) {
+    const int count = groupContours(pts, n, gap, contours.runs);
+    std::vector<int>& begins = contours.begins;
+    begins.assign(static_cast<size_t>(count) + 1, 0);
+    for (const ContourRun& run : contours.runs)
+        begins[static_cast<size_t>(run.contour) + 1] += run.to - run.from;
+    for (size_t k = 1; k < begins.size(); ++k)
+        begins[k] += begins[k - 1];
+    contours.points = pts;
+    if (contours.runs.size() == static_cast<size_t>(count))
+        return;
+    contours.gathered.resize(static_cast<size_t>(n));
+    std::vector<int> at(begins.begin(), begins.end() - 1);
+    for (const ContourRun& run : contours.runs) {
+        int& to = at[static_cast<size_t>(run.contour)];
+        std::copy(pts + run.from, pts + run.to, contours.gathered.data() + to);
+        to += run.to - run.from;
     }
-    return result;
+    contours.points = contours.gathered.data();
 }
 
-std::vector<int> split(const Points& pts, double tolerance) {
-    std::vector<int> breaks{0, static_cast<int>(pts.size()) - 1};
-    for (size_t at = 0; at + 1 < breaks.size();) {
-        const int i = breaks[at];
-        const int j = breaks[at + 1];
-        const Point a = pts[static_cast<size_t>(i)];
-        const Point b = pts[static_cast<size_t>(j)];
-        int found = -1;
-        double farthest = -1;
-        for (int k = i + 1; k < j; ++k) {
-            const Point p = pts[static_cast<size_t>(k)];
-            const double d = distance(a, b) == 0 ? distance(a, p) : dist({a, b}, p);
-            if (d > farthest) {
-                farthest = d;
-                found = k;
-            }
-        }
-        if (found < 0 || tolerance > farthest)
-            ++at;
-        else
-            breaks.insert(breaks.begin() + static_cast<long>(at) + 1, found);
+void appendSegments(const std::vector<Point>& vertices, double minLength, QList<LinePP>& segments) {
+    for (size_t k = 0; k + 1 < vertices.size(); ++k) {
+        const double dx = vertices[k + 1].x - vertices[k].x;
+        const double dy = vertices[k + 1].y - vertices[k].y;
+        if (std::sqrt(dx * dx + dy * dy) > minLength)
+            segments.append(LinePP(vertices[k], vertices[k + 1]));
     }
-    return breaks;
-}
-
-Point foot(const LineABC& l, const Point& q) {
-    Point p;
-    nearestLinePointToPoint(l, q, p);
-    return p;
-}
-
-double dot(const Point& p, const Point& q) { return p.x * q.x + p.y * q.y; }
-Point minus(const Point& p, const Point& q) { return {p.x - q.x, p.y - q.y}; }
-
-LineABC fit(const Points& pts, int from, int to) {
-    LineABC line;
-    lsd(&pts[static_cast<size_t>(from)], to - from + 1, line);
-    return line;
-}
-
-bool overruns(const Points& pts, const std::vector<int>& breaks, size_t k, const LineABC& l1,
-              const LineABC& l2, const Point& v) {
-    const auto at = [&](size_t b) { return pts[static_cast<size_t>(breaks[b])]; };
-    const Point d1 = minus(foot(l1, at(k - 1)), foot(l1, at(k)));
-    const Point d2 = minus(foot(l2, at(k + 1)), foot(l2, at(k)));
-    const Point vb = minus(v, at(k));
-    return dot(vb, d1) >= dot(d1, d1) || dot(vb, d2) >= dot(d2, d2);
-}
-
-Points fitVertices(const Points& pts, std::vector<int>& breaks) {
-    std::vector<LineABC> lines;
-    for (size_t k = 0; k + 1 < breaks.size(); ++k)
-        lines.push_back(fit(pts, breaks[k], breaks[k + 1]));
-    Points vertices(1);
-    for (size_t k = 1; k + 1 < breaks.size();) {
-        Point v;
-        linesIntersection(lines[k - 1], lines[k], v);
-        if (overruns(pts, breaks, k, lines[k - 1], lines[k], v)) {
-            breaks.erase(breaks.begin() + static_cast<long>(k));
-            lines.erase(lines.begin() + static_cast<long>(k));
-            lines[k - 1] = fit(pts, breaks[k - 1], breaks[k]);
-            continue;
-        }
-        vertices.push_back(v);
-        ++k;
-    }
-    vertices[0] = foot(lines.front(), pts.front());
-    vertices.push_back(foot(lines.back(), pts.back()));
-    return vertices;
-}
-
-void moveBreaks(const Points& pts, const Points& v, std::vector<int>& breaks) {
-    for (size_t k = 0; k + 2 < breaks.size(); ++k) {
-        LineABC l1, l2;
-        LinePP2LineABC({v[k], v[k + 1]}, l1);
-        LinePP2LineABC({v[k + 1], v[k + 2]}, l2);
-        const auto side = [&](int p) {
-            const double s = dot({l1.a - l2.a, l1.b - l2.b}, minus(v[k + 1], pts[static_cast<size_t>(p)]));
-            return s > 0 ? 1 : (s < 0 ? -1 : 0);
-        };
-        const int s = side(breaks[k]);
-        int& b = breaks[k + 1];
-        if (side(b) == s) {
-            while (b + 1 <= breaks[k + 2] - 1 && side(b + 1) == s)
-                ++b;
-        } else {
-            while (b - 1 >= breaks[k] + 1 && side(b - 1) != s)
-                --b;
-        }
-    }
-}
-
-void cutCorners(const Points& pts, double cornerTolerance, std::vector<int>& breaks, Points& v) {
-    for (size_t k = 0; k + 2 < v.size(); ++k) {
-        LineABC l1, l2;
-        LinePP2LineABC({v[k], v[k + 1]}, l1);
-        LinePP2LineABC({v[k + 1], v[k + 2]}, l2);
-        const auto at = [&](size_t b) { return pts[static_cast<size_t>(breaks[b])]; };
-        const Point f1 = foot(l1, at(k + 1));
-        const Point f2 = foot(l2, at(k + 1));
-        const auto squared = [](const Point& p, const Point& q) { return dot(minus(p, q), minus(p, q)); };
-        const double offset = std::max(squared(v[k + 1], f1), squared(v[k + 1], f2));
-        const double piece = std::min(squared(f1, foot(l1, at(k))), squared(foot(l2, at(k + 2)), f2));
-        if (!(offset > cornerTolerance * cornerTolerance * piece))
-            continue;
-        breaks.insert(breaks.begin() + static_cast<long>(k) + 1, breaks[k + 1]);
-        v[k + 1] = f1;
-        v.insert(v.begin() + static_cast<long>(k) + 2, f2);
-        ++k;
-    }
-}
-
-std::pair<std::vector<int>, Points> pieces(const Points& pts, double tolerance, int iterations,
-                                           double cornerTolerance) {
-    if (pts.empty())
-        return {};
-    if (pts.size() == 1)
-        return {{0}, {}};
-    std::vector<int> breaks = split(pts, tolerance);
-    Points vertices;
-    for (int b : breaks)
-        vertices.push_back(pts[static_cast<size_t>(b)]);
-    for (int pass = 1; pass <= iterations; ++pass) {
-        vertices = fitVertices(pts, breaks);
-        if (pass < iterations)
-            moveBreaks(pts, vertices, breaks);
-    }
-    cutCorners(pts, cornerTolerance, breaks, vertices);
-    return {breaks, vertices};
 }
 
 }  // namespace
 
-void profile2contours(const KvVector2D<double>* pts, int n, double gap, KvVector2D<double>**& contours,
-                      int& nContours, int*& sizes) {
+void profile2contours(const Point* pts, int n, double gap, Point**& contours, int& nContours, int*& sizes) {
     contours = nullptr;
-    sizes = nullptr;
     nContours = 0;
+    sizes = nullptr;
     if (n < 1 || pts == nullptr)
         return;
-    const auto found = KvMath::contours(Points(pts, pts + n), gap);
-    nContours = static_cast<int>(found.size());
-    contours = new Point*[found.size()];
-    sizes = new int[found.size()];
-    for (size_t k = 0; k < found.size(); ++k) {
-        sizes[k] = static_cast<int>(found[k].size());
-        contours[k] = new Point[found[k].size()];
-        std::copy(found[k].begin(), found[k].end(), contours[k]);
+    Contours found;
+    gather(pts, n, gap, found);
+    const size_t count = found.begins.size() - 1;
+    contours = new Point*[count];
+    sizes = new int[count];
+    nContours = static_cast<int>(count);
+    for (size_t k = 0; k < count; ++k) {
+        sizes[k] = found.begins[k + 1] - found.begins[k];
+        contours[k] = new Point[static_cast<size_t>(sizes[k])];
+        std::copy(found.points + found.begins[k], found.points + found.begins[k + 1], contours[k]);
     }
 }
 
-void contour2lines(const KvVector2D<double>* pts, int n, double tolerance, int iterations,
-                   double cornerTolerance, int*& breaks, int& nBreaks, KvVector2D<double>*& vertices) {
+void contour2lines(const Point* pts, int n, double tolerance, int iterations, double cornerTolerance,
+                   int*& breaks, int& nBreaks, Point*& vertices) {
     breaks = nullptr;
-    vertices = nullptr;
     nBreaks = 0;
+    vertices = nullptr;
     if (n < 1 || pts == nullptr)
         return;
-    const auto found = pieces(Points(pts, pts + n), tolerance, iterations, cornerTolerance);
-    nBreaks = static_cast<int>(found.first.size());
-    breaks = new int[found.first.size()];
-    std::copy(found.first.begin(), found.first.end(), breaks);
-    if (n == 1)
+    if (n == 1) {
+        breaks = new int[1]{0};
+        nBreaks = 1;
         return;
-    vertices = new Point[found.second.size()];
-    std::copy(found.second.begin(), found.second.end(), vertices);
+    }
+    ContourPieces pieces;
+    extractPieces(pts, n, tolerance, iterations, cornerTolerance, pieces);
+    breaks = new int[pieces.breaks.size()];
+    nBreaks = static_cast<int>(pieces.breaks.size());
+    vertices = new Point[pieces.vertices.size()];
+    std::copy(pieces.breaks.begin(), pieces.breaks.end(), breaks);
+    std::copy(pieces.vertices.begin(), pieces.vertices.end(), vertices);
 }
 
-namespace Internal {
-
-void extractSegments(const KvVector2D<double>* pts, int n, const TSFindTemplateParams& params,
-                     QList<LinePP>& segments) {
+void Internal::extractSegments(const Point* pts, int n, const TSFindTemplateParams& params,
+                               QList<LinePP>& segments) {
     if (n < 1 || pts == nullptr)
         return;
-    for (const Points& contour : contours(Points(pts, pts + n), params.contourGap)) {
-        const auto found =
-            pieces(contour, params.splitTolerance, params.refineIterations, params.cornerTolerance);
-        for (size_t k = 0; k + 1 < found.second.size(); ++k)
-            if (distance(found.second[k], found.second[k + 1]) > params.minLineLength)
-                segments.append(LinePP(found.second[k], found.second[k + 1]));
+    Contours contours;
+    gather(pts, n, params.contourGap, contours);
+    ContourPieces pieces;
+    for (size_t k = 0; k + 1 < contours.begins.size(); ++k) {
+        const int size = contours.begins[k + 1] - contours.begins[k];
+        if (size < 2)
+            continue;
+        extractPieces(contours.points + contours.begins[k], size, params.splitTolerance,
+                      params.refineIterations, params.cornerTolerance, pieces);
+        appendSegments(pieces.vertices, params.minLineLength, segments);
     }
 }
-
-}  // namespace Internal
 
 }  // namespace KvMath

@@ -30,7 +30,7 @@ KVMATH_EXPORT void profile2contours(const KvVector2D<double>* pts, int n, double
 ///   point is replaced by two. Its square is used, so that 1e300 never cuts.
 /// breaks are point indices, one per vertex, ascending; a cut corner has its break twice.
 /// The passes stop early where their breaks repeat, with the same result. Should they never repeat, at most
-/// 4096 + 2^32 / n passes are made.
+/// 4096 + 2^31 / n passes are made.
 /// n < 1 or null points: nothing (null, 0, null). n = 1: the single break 0 and no vertices (null).
 KVMATH_EXPORT void contour2lines(const KvVector2D<double>* pts, int n, double tolerance, int iterations,
                                  double cornerTolerance, int*& breaks, int& nBreaks,

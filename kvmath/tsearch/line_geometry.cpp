@@ -1,15 +1,11 @@
 #include <kvmath/tsearch/line_geometry.h>
 
+#include <kvmath/tsearch/line_fit_p.h>
+
 #include <cmath>
 #include <limits>
 
 namespace KvMath {
-
-namespace {
-
-constexpr double kHalfPi = 1.5707963705062866;  // single-precision value, kept deliberately
-
-}  // namespace
 
 void LinePP2LineABC(const LinePP& segment, LineABC& line) {
     const double dx = segment.p2.x - segment.p1.x;
@@ -27,34 +23,9 @@ void lsd(const KvVector2D<double>* pts, int n, LineABC& line) {
         line.a = line.b = line.c = std::numeric_limits<double>::quiet_NaN();
         return;
     }
-    double sx = 0, sy = 0, sxx = 0, sxy = 0, syy = 0;
-    for (int i = 0; i < n; ++i) {
-        sx += pts[i].x;
-        sy += pts[i].y;
-        sxx += pts[i].x * pts[i].x;
-        sxy += pts[i].x * pts[i].y;
-        syy += pts[i].y * pts[i].y;
-    }
-    const double mx = sx / n;
-    const double my = sy / n;
-    const double vxx = sxx / n - mx * mx;
-    const double vxy = sxy / n - mx * my;
-    const double vyy = syy / n - my * my;
-    const double theta1 = 0.5 * std::atan(2 * vxy / (vxx - vyy));
-    LineABC candidates[2];
-    double residuals[2] = {0, 0};
-    for (int k = 0; k < 2; ++k) {
-        const double theta = k == 0 ? theta1 : theta1 + kHalfPi;
-        LineABC& l = candidates[k];
-        l.a = std::cos(theta);
-        l.b = std::sin(theta);
-        l.c = -(l.a * mx + l.b * my);
-        for (int i = 0; i < n; ++i) {
-            const double r = l.a * pts[i].x + l.b * pts[i].y + l.c;
-            residuals[k] += r * r;
-        }
-    }
-    line = residuals[1] > residuals[0] ? candidates[0] : candidates[1];
+    Internal::MomentSums sums;
+    Internal::addPoints(sums, {pts, pts + n});
+    line = Internal::fitLine(sums, {pts, pts + n});
 }
 
 void linesIntersection(const LineABC& l1, const LineABC& l2, KvVector2D<double>& p) {

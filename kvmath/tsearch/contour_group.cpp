@@ -1,0 +1,77 @@
+// Points are walked in runs whose steps are all shorter than the gap; contours are looked up only where a run
+// ends.
+
+#include <kvmath/tsearch/contour_group_p.h>
+
+#include <kvmath/tsearch/contour_ends_p.h>
+
+#include <cmath>
+
+namespace KvMath::Internal {
+
+namespace {
+
+using Point = KvVector2D<double>;
+
+constexpr int kBlock = 64;  // steps that are judged together
+
+double squaredStep(const Point* p) {
+    const double dx = p[0].x - p[-1].x;
+    const double dy = p[0].y - p[-1].y;
+    return dx * dx + dy * dy;
+}
+
+/// The least double whose root is not below the gap, so that comparing squares decides as comparing distances
+/// does. Beyond the range where squares are exact enough to step there: NaN.
+double leastSquareBeyond(double gap) {
+    if (!(gap > 1e-150 && gap < 1e150))
+        return std::nan("");
+    double square = gap * gap;
+    while (std::sqrt(square) >= gap)
+        square = std::nextafter(square, 0.0);
+    while (std::sqrt(square) < gap)
+        square = std::nextafter(square, HUGE_VAL);
+    return square;
+}
+
+/// The first point from `from` on that is not nearer than the gap to the one before it; n when there is none.
+int endOfRun(const Point* pts, int from, int n, double gap, double square) {
+    int k = from;
+    if (!(std::sqrt(squaredStep(pts + k)) < gap))
+        return k;
+    for (; n - k >= kBlock; k += kBlock) {
+        int shortSteps = 0;
+        for (int i = 0; i < kBlock; ++i)
+            shortSteps += static_cast<int>(squaredStep(pts + k + i) < square);
+        if (shortSteps < kBlock)
+            break;
+    }
+    while (k < n && std::sqrt(squaredStep(pts + k)) < gap)
+        ++k;
+    return k;
+}
+
+}  // namespace
+
+int groupContours(const Point* pts, int n, double gap, std::vector<ContourRun>& runs) {
+    runs.clear();
+    const double square = leastSquareBeyond(gap);
+    ContourEnds ends(pts, n, gap);
+    runs.push_back({0, 0, ends.append(0)});
+    for (int k = 1;;) {
+        k = k < n ? endOfRun(pts, k, n, gap, square) : n;
+        runs.back().to = k;
+        if (k == n)
+            return ends.count();
+        const int current = runs.back().contour;
+        ends.setEnd(current, k - 1);
+        int contour = gap >= 0 ? ends.nearest(pts[k]) : -1;
+        if (contour < 0)
+            contour = ends.append(k);
+        if (contour != current)
+            runs.push_back({k, k, contour});
+        ++k;
+    }
+}
+
+}  // namespace KvMath::Internal
