@@ -23,7 +23,7 @@ FOLDERS = {
     "kvmath/profile": (3, {}),
     "kvmath/tsearch": (4, {0: {"line_types", "find_params"},
                            1: {"line_geometry", "line_extraction", "contour_grouping", "contour_split", "search",
-                               "assignment"}}),
+                               "assignment", "bounds"}}),
     "kvmath/wheel": (5, {}),
     "kvmath/calibration": (5, {}),
     "kvmath/contours": (5, {}),
