@@ -1,6 +1,6 @@
 #pragma once
-// Single-precision pi and what is made of it. Clouds, profiles and lines convert between degrees and radians with
-// this value in both directions, so that the conversions cancel; the arithmetic runs in double.
+// Single-precision pi and what is made of it. Clouds, profiles and lines convert between degrees and radians
+// with this value in both directions, so that the conversions cancel; the arithmetic runs in double.
 
 namespace KvMath::Internal {
 

@@ -7,8 +7,8 @@
 
 namespace KvMath::Internal {
 
-/// Angle of (x, y) in degrees, in [0, 360); 0 for the origin, NaN when x or y is NaN. Computed in double, narrowed
-/// once; a value that rounds to 360 is 0.
+/// Angle of (x, y) in degrees, in [0, 360); 0 for the origin, NaN when x or y is NaN. Computed in double,
+/// narrowed once; a value that rounds to 360 is 0.
 inline float polarAngleDegrees(float x, float y) {
     if (std::isnan(x) || std::isnan(y))
         return x + y;

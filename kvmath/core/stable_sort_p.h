@@ -6,9 +6,9 @@
 
 namespace KvMath::Internal {
 
-/// Sorts [first, last) by key(element), float, ascending or descending. Repeated exchange of neighbours in strict
-/// inversion never moves or crosses a NaN key and keeps equal keys in order, so its result is each maximal NaN-free
-/// stretch stably sorted. Already sorted stretches cost one pass and no memory.
+/// Sorts [first, last) by key(element), float, ascending or descending. Repeated exchange of neighbours in
+/// strict inversion never moves or crosses a NaN key and keeps equal keys in order, so its result is each
+/// maximal NaN-free stretch stably sorted. Already sorted stretches cost one pass and no memory.
 template <class Iterator, class Key>
 void sortStretches(Iterator first, Iterator last, Key key, bool ascending) {
     const auto less = [&key](const auto& a, const auto& b) { return key(a) < key(b); };

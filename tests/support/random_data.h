@@ -1,6 +1,6 @@
 #pragma once
-// Seeded random input for the comparisons with literal algorithms: coarse coordinates, so that ties and duplicates
-// occur, with unset values in between.
+// Seeded random input for the comparisons with literal algorithms: coarse coordinates, so that ties and
+// duplicates occur, with unset values in between.
 
 #include <kvmath/core/point_cloud.h>
 
