@@ -65,7 +65,7 @@ int number(const char* text, int length) {
 
 void Internal::formatVersion(const char* buildDate, char (&version)[kVersionSize]) {
     char date[kDateSize] = {};
-    std::memcpy(date, buildDate, std::min(std::strlen(buildDate), kDateSize - 1));
+    std::copy_n(buildDate, std::min(std::strlen(buildDate), kDateSize - 1), date);
     std::snprintf(version, kVersionSize, "%u.%u.%u.%04d%02d%02d", kMajor, kMinor, kPatch,
                   number(date + kYear, 4), monthNumber(date + kMonth), number(date + kDay, 2));
 }
