@@ -1,0 +1,166 @@
+// Sparse-cell filters. A scan over all cells would search the whole cloud once per cell. Only occupied cells
+// can lose points, so each point is put into the few cells that hold it, the pairs are sorted into scan
+// order, and each cell counts what is left of its points when its turn comes. Cost n log n in the points,
+// whatever the number of cells.
+
+#include <kvmath/core/point_cloud.h>
+
+#include <kvmath/core/cell_edges_p.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <utility>
+#include <vector>
+
+namespace KvMath {
+namespace {
+
+using Internal::CellEdges;
+
+/// One point in one cell; the order of pairs is the order of the scan: x, y, z, then point.
+using Membership = std::pair<quint64, quint64>;
+
+/// Indices of the cells of one axis that can hold a coordinate.
+struct Candidates {
+    std::array<int, 8> cells;
+    int count = 0;
+    void add(int cell) { cells[static_cast<std::size_t>(count++)] = cell; }
+    const int* begin() const { return cells.data(); }
+    const int* end() const { return cells.data() + count; }
+};
+
+/// Cubes closed on both ends: the upper face of a cell is, bit for bit, the lower face of the next.
+Candidates cubesHolding(const CellEdges& edges, float cell, float p) {
+    Candidates found;
+    const int last = std::isnan(p) ? -1 : edges.lastNotAbove(p);
+    if (last < 0)
+        return found;
+    const float lower = edges.at(last);
+    if (last > 0 && p == lower)
+        found.add(last - 1);
+    if (!(p > lower + cell))  // a face that is no number is no limit
+        found.add(last);
+    return found;
+}
+
+/// Balls whose centre is near enough on this axis alone. Centres lie half a cell above edges that are at
+/// least half a cell apart, so the window is wider than any rounding.
+Candidates ballsNear(const CellEdges& edges, float cell, float p) {
+    Candidates found;
+    if (std::isnan(p))
+        return found;
+    const int last = edges.lastNotAbove(p);
+    for (int i = std::max(last - 4, 0); i <= std::min(last + 2, edges.count() - 1); ++i) {
+        const float d = p - (edges.at(i) + cell / 2.0F);
+        if (std::sqrt(d * d) <= cell * 0.5F)
+            found.add(i);
+    }
+    return found;
+}
+
+struct Grid {
+    CellEdges x, y, z;
+    float cell;
+
+    Grid(const KvPointCloud<KvPointXYZ>& cloud, float step, float cellSize)
+        : x(cloud.minX, cloud.maxX, step), y(cloud.minY, cloud.maxY, step), z(cloud.minZ, cloud.maxZ, step),
+          cell(cellSize) {}
+
+    bool holdsInBall(const KvPointXYZ& p, int ix, int iy, int iz) const {
+        const float half = cell / 2.0F;
+        const KvPointXYZ centre(x.at(ix) + half, y.at(iy) + half, z.at(iz) + half);
+        return static_cast<double>(p.calcDistance(centre)) <= static_cast<double>(cell) * 0.5;
+    }
+};
+
+std::vector<Membership> membershipsOf(const QList<KvPointXYZ>& points, const Grid& grid, bool balls) {
+    const auto candidates = balls ? ballsNear : cubesHolding;
+    std::vector<Membership> found;
+    found.reserve(static_cast<std::size_t>(points.size()));
+    for (int i = 0; i < points.size(); ++i) {
+        const KvPointXYZ& p = points.at(i);
+        const Candidates inX = candidates(grid.x, grid.cell, p.x);
+        const Candidates inY = candidates(grid.y, grid.cell, p.y);
+        const Candidates inZ = candidates(grid.z, grid.cell, p.z);
+        for (const int ix : inX)
+            for (const int iy : inY)
+                for (const int iz : inZ)
+                    if (!balls || grid.holdsInBall(p, ix, iy, iz))
+                        found.emplace_back(quint64(ix) << 32 | quint64(iy), quint64(iz) << 32 | quint64(i));
+    }
+    std::sort(found.begin(), found.end());
+    return found;
+}
+
+bool sameCell(const Membership& a, const Membership& b) {
+    return a.first == b.first && a.second >> 32 == b.second >> 32;
+}
+
+std::size_t pointOf(const Membership& m) { return static_cast<std::size_t>(m.second & 0xFFFFFFFFU); }
+
+/// Visits the cells in scan order and takes the points of those with too few left. Returns the number taken.
+int thinOut(const std::vector<Membership>& memberships, int minCount, std::vector<bool>& gone) {
+    int removed = 0;
+    for (auto cell = memberships.begin(); cell != memberships.end();) {
+        const auto stop = std::find_if_not(cell, memberships.end(),
+                                           [cell](const Membership& m) { return sameCell(*cell, m); });
+        const auto left =
+            std::count_if(cell, stop, [&gone](const Membership& m) { return !gone[pointOf(m)]; });
+        if (left < minCount) {
+            std::for_each(cell, stop, [&gone](const Membership& m) { gone[pointOf(m)] = true; });
+            removed += static_cast<int>(left);
+        }
+        cell = stop;
+    }
+    return removed;
+}
+
+int removeSparse(KvPointCloud<KvPointXYZ>& cloud, float step, float cell, int minCount, bool balls) {
+    if (!(cell > 0.0F) || !(step > 0.0F) || minCount < 1)
+        return 0;
+    if (std::isnan(cloud.minX) || std::isnan(cloud.maxX) || std::isnan(cloud.minY) ||
+        std::isnan(cloud.maxY) || std::isnan(cloud.minZ) || std::isnan(cloud.maxZ))
+        cloud.calcRange();
+    const Grid grid(cloud, step, cell);
+    if (grid.x.count() == 0 || grid.y.count() == 0 || grid.z.count() == 0)
+        return 0;
+    const QList<KvPointXYZ> source = cloud.points;
+    std::vector<bool> gone(static_cast<std::size_t>(source.size()), false);
+    const int removed = thinOut(membershipsOf(source, grid, balls), minCount, gone);
+    if (removed == 0)
+        return 0;
+    cloud.points.clear();
+    cloud.points.reserve(source.size() - removed);
+    for (int i = 0; i < source.size(); ++i)
+        if (!gone[static_cast<std::size_t>(i)])
+            cloud.points.append(source.at(i));
+    cloud.zIndexBuilt = false;
+    return removed;
+}
+
+/// Below this edge, mm, the squares of distances inside a ball leave the range of float.
+constexpr float kSmallestBall = 1e-15F;
+
+}  // namespace
+
+int KvPointCloud<KvPointXYZ>::cubicFilter(float cell, int minCount) {
+    return points.size() < minCount ? 0 : removeSparse(*this, cell, cell, minCount, /*balls=*/false);
+}
+
+int KvPointCloud<KvPointXYZ>::cubicFilter2(float cell, float /*second*/, int minCount, bool spherical) {
+    if (points.size() < 2)
+        return 0;
+    if (!spherical)
+        return removeSparse(*this, cell, cell, minCount, /*balls=*/false);
+    if (!(cell >= kSmallestBall))
+        return 0;
+    const float step = static_cast<float>(static_cast<double>(cell) / 1.41421);
+    return removeSparse(*this, step, cell, minCount, /*balls=*/true);
+}
+
+int KvPointCloud<KvPointXYZ>::sphericalFilter2(float cell, float second, int minCount) {
+    return cubicFilter2(cell, second, minCount, /*spherical=*/true);
+}
+
+}  // namespace KvMath

@@ -1,0 +1,101 @@
+// Binary records and the headerless file of points.
+
+#include <kvmath/core/point_cloud.h>
+
+#include <kvmath/core/record_io_p.h>
+
+#include <QtCore/QIODevice>
+
+#include <type_traits>
+
+namespace KvMath {
+namespace {
+
+template <class T>
+constexpr unsigned char kMarker = std::is_same_v<T, KvPointXY>
+                                      ? 0x02
+                                      : (std::is_same_v<T, KvPointXYZ> ? 0x03 : 0x04);
+
+/// Width of the count field. That of the plane cloud holds the low 16 bits only, by design.
+template <class T>
+using StoredCount = std::conditional_t<std::is_same_v<T, KvPointXY>, quint16, quint32>;
+
+}  // namespace
+
+template <class T>
+bool KvPointCloudBase<T>::writeToFile(QFile& file) const {
+    return Internal::writeField(file, kMarker<T>) &&
+           Internal::writeField(file, static_cast<StoredCount<T>>(points.size())) &&
+           Internal::writePoints(file, points, points.size());
+}
+
+template <class T>
+bool KvPointCloudBase<T>::writeToFile(QString path) const {
+    QFile file(path);
+    return file.open(QIODevice::ReadWrite | QIODevice::Truncate) && writeToFile(file) && file.flush();
+}
+
+template <class T>
+int KvPointCloudBase<T>::readFromFile(QFile& file) {
+    clear();
+    zIndexBuilt = false;
+    Internal::PositionGuard position(file);
+    unsigned char marker = 0;
+    StoredCount<T> count = 0;
+    if (!Internal::readField(file, marker) || marker != kMarker<T> || !Internal::readField(file, count))
+        return -1;
+    const quint32 complete = Internal::readPoints(file, points, count);
+    calcRange();
+    if (complete != count)
+        return -1;  // the complete points stay, by design
+    position.release();
+    return points.size();
+}
+
+template <class T>
+int KvPointCloudBase<T>::readFromFile(QString path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? readFromFile(file) : -1;
+}
+
+bool KvPointCloud<KvPointXY>::writeMarker(QFile& file, unsigned char marker) {
+    return Internal::writeField(file, marker);
+}
+
+bool KvPointCloud<KvPointXY>::readMarker(QFile& file, unsigned char marker) {
+    unsigned char found = 0;
+    return Internal::readField(file, found) && found == marker;
+}
+
+bool KvPointCloud<KvPointXYZ>::compat_writeToXYZFile(QString path) const {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadWrite | QIODevice::Truncate))
+        return false;
+    // A coloured point of colour zero has exactly the layout wanted here.
+    constexpr int kBlock = 16384;
+    QList<KvPointXYZRGB> block;
+    for (const KvPointXYZ& point : points) {
+        block.append(KvPointXYZRGB(point.x, point.y, point.z, 0));
+        if (block.size() < kBlock)
+            continue;
+        if (!Internal::writePoints(file, block, kBlock))
+            return false;
+        block.clear();
+    }
+    return Internal::writePoints(file, block, block.size()) && file.flush();
+}
+
+template bool KvPointCloudBase<KvPointXY>::writeToFile(QFile&) const;
+template bool KvPointCloudBase<KvPointXYZ>::writeToFile(QFile&) const;
+template bool KvPointCloudBase<KvPointXYZRGB>::writeToFile(QFile&) const;
+template bool KvPointCloudBase<KvPointXY>::writeToFile(QString) const;
+template bool KvPointCloudBase<KvPointXYZ>::writeToFile(QString) const;
+template bool KvPointCloudBase<KvPointXYZRGB>::writeToFile(QString) const;
+template int KvPointCloudBase<KvPointXY>::readFromFile(QFile&);
+template int KvPointCloudBase<KvPointXYZ>::readFromFile(QFile&);
+template int KvPointCloudBase<KvPointXYZRGB>::readFromFile(QFile&);
+template int KvPointCloudBase<KvPointXY>::readFromFile(QString);
+template int KvPointCloudBase<KvPointXYZ>::readFromFile(QString);
+template int KvPointCloudBase<KvPointXYZRGB>::readFromFile(QString);
+
+}  // namespace KvMath
