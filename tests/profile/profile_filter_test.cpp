@@ -1,0 +1,330 @@
+// The filters against their literal algorithms, and on settings that must switch them off.
+
+#include "profile_support.h"
+
+#include <kvmath/core/line.h>
+
+#include <climits>
+
+using namespace KvMath;
+using namespace TestSupport;
+
+namespace {
+
+using Points = QList<KvPointXY>;
+
+void medianLiteral(const KvProfile& source, KvProfile& dest, int window) {
+    for (int i = 0; i < source.points.size() - window; ++i) {
+        Points scratch = source.points.mid(i, window);
+        bubbleSort(scratch, xOf, true);
+        dest.points[i].y = scratch[window / 2].y;
+    }
+}
+
+Points noiseLiteral(const Points& points, int window, int maxJumps, float threshold) {
+    Points kept;
+    for (int i = 0; i + window < points.size(); i += window) {
+        int jumps = 0;
+        for (int t = i; t + 1 < i + window; ++t)
+            jumps += std::abs(points[t].y - points[t + 1].y) > threshold;
+        if (jumps <= maxJumps)
+            kept += points.mid(i, window);
+    }
+    return kept;
+}
+
+Points linePartsLiteral(Points points, int maxParts, float maxCorrelation, float maxGap, int minPoints) {
+    bubbleSort(points, xOf, true);
+    QList<KvProfile> parts{KvProfile()};
+    for (int i = 0; i + 1 < points.size(); ++i) {
+        parts.last().points.append(points[i]);
+        if (!(points[i].calcDistance(points[i + 1]) > maxGap))
+            continue;
+        if (parts.size() == maxParts)
+            break;
+        parts.append(KvProfile());
+    }
+    Points kept;
+    for (const KvProfile& part : parts) {
+        if (part.points.size() > minPoints && std::abs(part.calcCorrelation()) < maxCorrelation)
+            kept += part.points;
+    }
+    return kept;
+}
+
+void lowPassLiteral(const KvProfile& source, KvProfile& dest, float gap) {
+    const float c[] = {0,       0.0013F, 0.0047F, 0.0117F, 0.0238F, 0.0407F, 0.0612F,
+                       0.0824F, 0.1011F, 0.1139F, 0.1185F, 0.1139F, 0.1011F, 0.0824F,
+                       0.0612F, 0.0407F, 0.0238F, 0.0117F, 0.0047F, 0.0013F};
+    for (int i = 0; i < source.points.size() && source.points.size() >= 20; ++i) {
+        double sum = 0;
+        for (int j = 0; j < 20 && j <= i; ++j)
+            sum += double(c[j]) * double(source.points[i - j].y);
+        const bool atGap = i > 0 && source.points[i].x - source.points[i - 1].x > gap;
+        dest.points[i].x = source.points[i].x;
+        dest.points[i].y = i < 20 || atGap ? source.points[i].y : static_cast<float>(sum);
+    }
+}
+
+KvProfile levelProfile(int size) {
+    KvProfile profile;
+    for (int i = 0; i < size; ++i)
+        profile.points.append(KvPointXY(static_cast<float>(i), 1));
+    return profile;
+}
+
+}  // namespace
+
+TEST(ProfileFilter, MedianEqualsSortingEveryWindow) {
+    Draws draws(2201);
+    for (int round = 0; round < 600; ++round) {
+        const double run = draws.chance(0.5) ? draws.real(0.8, 1) : draws.real(0, 1);
+        const KvProfile profile =
+            randomProfile(draws, draws.integer(0, 50), draws.chance(0.5) ? 0.15 : 0, run);
+        const int window = draws.integer(1, 14);
+        SCOPED_TRACE(testing::Message() << "round " << round << " window " << window);
+        KvProfile dest = randomProfile(draws, profile.points.size() + draws.integer(0, 3), 0);
+        KvProfile expected = dest;
+        medianLiteral(profile, expected, window);
+        profile.medFilt(dest, window);
+        ASSERT_THAT(dest, HasPointsOf(expected));
+        KvProfile inPlace = profile;
+        expected = profile;
+        medianLiteral(profile, expected, window);
+        inPlace.medFilt(inPlace, window);
+        ASSERT_THAT(inPlace, HasPointsOf(expected));
+    }
+}
+
+TEST(ProfileFilter, MedianStopsBeforeTheLastWindow) {
+    const KvProfile three = profileOf({{0, 1}, {1, 2}, {2, 3}});
+    KvProfile dest = three;
+    three.medFilt(dest, 3);
+    EXPECT_THAT(dest, HasPointsOf(three));
+    three.medFilt(dest, 2);
+    EXPECT_THAT(dest, HasPointsOf(profileOf({{0, 2}, {1, 2}, {2, 3}})));
+}
+
+TEST(ProfileFilter, MedianOfAVastWindowOutOfOrderIsQuick) {
+    Draws draws(2202);
+    KvProfile profile;
+    for (int i = 0; i < 60000; ++i)
+        profile.points.append(KvPointXY(draws.coordinate(1000, 0.001F, 0), static_cast<float>(i)));
+    KvProfile dest = profile;
+    profile.medFilt(dest, 30000);
+    for (const int i : {0, 777, 29999}) {
+        Points window = profile.points.mid(i, 30000);
+        std::stable_sort(window.begin(), window.end(), [](auto& a, auto& b) { return a.x < b.x; });
+        EXPECT_EQ(dest.points[i].y, window[15000].y);
+    }
+}
+
+TEST(ProfileFilter, MovingAverageLandsAtTwoFifthsAndSeesItsOwnResults) {
+    KvProfile five = profileOf({{0, 1}, {1, 2}, {2, 6}, {3, 4}, {4, 5}, {5, 11}, {6, 0}});
+    five.wndFilter(5);  // means over 1 2 6 4 5, then over 2 3.6 4 5 11
+    const float first = 18.0F / 5;
+    EXPECT_THAT(
+        five, HasPointsOf(profileOf(
+                  {{0, 1}, {1, 2}, {2, first}, {3, (2 + first + 4 + 5 + 11) / 5}, {4, 5}, {5, 11}, {6, 0}})));
+    KvProfile two = profileOf({{0, 1}, {1, 3}, {2, 9}});
+    two.wndFilter(2);
+    EXPECT_THAT(two, HasPointsOf(profileOf({{0, 2}, {1, 3}, {2, 9}})));
+}
+
+TEST(ProfileFilter, SlopeReadsAndWritesDestination) {
+    const KvProfile five = levelProfile(5);
+    KvProfile dest = profileOf({{0, 1}, {1, 2}, {2, 4}, {3, 8}, {4, 16}, {9, 9}});
+    five.diffFilt(dest, 3);  // upper half of two points; the last window starts at 2
+    EXPECT_THAT(dest, HasPointsOf(profileOf(
+                          {{0, 5.0F / 3}, {1, 10.0F / 4}, {2, 20.0F / 5}, {3, 8}, {4, 16}, {9, 9}})));
+    KvProfile untouched = dest;
+    five.diffFilt(untouched, 4);
+    EXPECT_THAT(untouched, HasPointsOf(dest));
+}
+
+TEST(ProfileFilter, LowPassEqualsTheSumOverItsTaps) {
+    Draws draws(2203);
+    for (int round = 0; round < 100; ++round) {
+        const KvProfile profile =
+            randomProfile(draws, draws.integer(15, 70), draws.chance(0.5) ? 0.02 : 0, 0.7);
+        const float gap = draws.coordinate(2, 0.25F, 0.3);
+        KvProfile dest = randomProfile(draws, profile.points.size() + 1, 0);
+        KvProfile expected = dest;
+        lowPassLiteral(profile, expected, gap);
+        profile.zebFilter20(dest, gap);
+        EXPECT_THAT(dest, HasPointsOf(expected));
+        KvProfile inPlace = profile;
+        expected = profile;
+        lowPassLiteral(profile, expected, gap);
+        inPlace.zebFilter20(gap);
+        EXPECT_THAT(inPlace, HasPointsOf(expected));
+    }
+    KvProfile level = levelProfile(40);
+    level.zebFilter20(kNaN);
+    EXPECT_EQ(level.points[19].y, 1);
+    EXPECT_NEAR(level.points[20].y, 1.0001, 1e-6);
+}
+
+TEST(ProfileFilter, LevelsKeepOnlyWhatIsProven) {
+    const KvProfile p = profileOf({{0, 1}, {1, 2}, {2, 2}, {3, 5}, {kNaN, 0}, {4, kNaN}});
+    KvProfile below = p;
+    below.removeHighLevel(KvLine(1, 1));  // (0, 1) and (1, 2) are on the line
+    EXPECT_THAT(below, HasPointsOf(profileOf({{2, 2}})));
+    KvProfile above = p;
+    above.removeLowLevel(KvLine(1, 1));
+    EXPECT_THAT(above, HasPointsOf(profileOf({{3, 5}})));
+    above.removeLowLevel(KvLine());
+    EXPECT_TRUE(above.points.isEmpty());
+}
+
+TEST(ProfileFilter, MedianBandIsOpenAndSorts) {
+    KvProfile p = profileOf({{0, 4}, {1, 1}, {2, 2}, {3, 3}});
+    p.removePointsByYMedian(1.5);  // median 2.5: 1 and 4 are on the limits
+    EXPECT_THAT(p, HasPointsOf(profileOf({{2, 2}, {3, 3}})));
+    KvProfile none = p;
+    none.removePointsByYMedian(0);
+    EXPECT_TRUE(none.points.isEmpty());
+    p.removePointsByYMedian(std::numeric_limits<double>::quiet_NaN());
+    EXPECT_TRUE(p.points.isEmpty());
+}
+
+TEST(ProfileFilter, RemovalOfNoiseAndStraightPartsEqualsTheLiteralForms) {
+    Draws draws(2204);
+    for (int round = 0; round < 400; ++round) {
+        const KvProfile profile =
+            randomProfile(draws, draws.integer(0, 60), draws.chance(0.5) ? 0.05 : 0, 0.6);
+        const int window = draws.integer(1, 12);
+        const int jumps = draws.integer(-1, 4);
+        const float threshold = draws.coordinate(4, 0.25F, 0.05);
+        KvProfile noise = profile;
+        noise.removeNoise(window, jumps, threshold, kNaN);
+        KvProfile expected;
+        expected.points = noiseLiteral(profile.points, window, jumps, threshold);
+        EXPECT_THAT(noise, HasPointsOf(expected));
+
+        const int parts = draws.chance(0.1) ? INT_MAX : draws.integer(2, 6);
+        const float correlation = static_cast<float>(draws.real(0, 1.2));
+        const float gap = draws.coordinate(3, 0.25F, 0.05);
+        const int least = draws.integer(-1, 5);
+        KvProfile curved = profile;
+        curved.removeLineParts(parts, correlation, gap, least);
+        expected.points = linePartsLiteral(profile.points, parts, correlation, gap, least);
+        EXPECT_THAT(curved, HasPointsOf(expected))
+            << parts << " " << correlation << " " << gap << " " << least;
+    }
+    KvProfile complete = levelProfile(6);
+    complete.removeNoise(3, 0, 1, 0);
+    EXPECT_EQ(complete.points.size(), 3) << "the last block goes even when complete";
+}
+
+TEST(ProfileFilter, MeaninglessSettingsDoNothing) {
+    Draws draws(2205);
+    const KvProfile p = randomProfile(draws, 40, 0.1);
+    KvProfile dest = p;
+    KvProfile shorter = levelProfile(39);
+    for (const int window : {0, -1, INT_MIN, INT_MAX}) {
+        KvProfile inPlace = p;
+        p.medFilt(dest, window);
+        p.diffFilt(dest, window);
+        p.wndFilterPolar(dest, 1, window, 2);
+        inPlace.wndFilter(window);
+        if (window < 1) {
+            inPlace.removeNoise(window, 0, 0, 0);
+            inPlace.removeLineParts(window, 0, 0, 0);
+            inPlace.removeNoisyPoints(1, window);
+        }
+        EXPECT_THAT(dest, HasPointsOf(p));
+        EXPECT_THAT(inPlace, HasPointsOf(p));
+    }
+    p.medFilt(shorter, 3);
+    p.diffFilt(shorter, 3);
+    p.zebFilter20(shorter, kNaN);
+    p.wndFilterPolar(shorter, kNaN, 3, 1);
+    EXPECT_THAT(shorter, HasPointsOf(levelProfile(39)));
+}
+
+TEST(ProfileFilter, SpikesGoAndEdgesStay) {
+    // Level, spike of two points, level, a step down, a pit, a spike on the step's foot, unset points.
+    const KvProfile p = profileOf({{0, 0},
+                                   {1, 0},
+                                   {2, 9},
+                                   {3, 8},
+                                   {4, 0.5F},
+                                   {5, 0},
+                                   {6, -20},
+                                   {7, -20},
+                                   {8, -30},
+                                   {9, -20},
+                                   {10, kNaN},
+                                   {11, 5},
+                                   {12, -20},
+                                   {13, -21}});
+    const KvProfile clean =
+        profileOf({{0, 0}, {1, 0}, {4, 0.5F}, {5, 0}, {6, -20}, {7, -20}, {9, -20}, {12, -20}, {13, -21}});
+    KvProfile dest;
+    EXPECT_TRUE(p.splashFilter(dest, 2, 1));
+    EXPECT_THAT(dest, HasPointsOf(clean));
+    KvProfile inPlace = p;
+    EXPECT_TRUE(inPlace.splashFilter(inPlace, 2, 1));
+    EXPECT_THAT(inPlace, HasPointsOf(clean));
+    EXPECT_TRUE(p.splashFilter(dest, 2, 0.5F)) << "the spike of two points is wider";
+    EXPECT_EQ(dest.points.size(), clean.points.size() + 2);
+    EXPECT_FALSE(profileOf({{0, 0}, {1, kNaN}}).splashFilter(dest, 2, 1));
+    EXPECT_EQ(dest.points.size(), 2);
+}
+
+TEST(ProfileFilter, PolarSpikesAreSeenAcrossTheZeroAngle) {
+    KvProfile ring;  // radius 100, every 2 degrees from 350 to 10, a spike at 0 and 2
+    for (int degrees = -10; degrees <= 10; degrees += 2)
+        ring.points.append(
+            KvPointXY(degrees == 0 || degrees == 2 ? 110.0F : 100.0F, static_cast<float>(degrees)));
+    ring.points.append(KvPointXY(3, 12));
+    ring.toEvklid();
+    KvProfile dest;
+    EXPECT_TRUE(ring.splashFilterPolar(dest, 5, 2.01F, 50));
+    ring.points.erase(ring.points.begin() + 5, ring.points.begin() + 7);
+    ring.points.removeLast();
+    EXPECT_THAT(dest, HasPointsOf(ring));
+}
+
+TEST(ProfileFilter, PolarMeanSmoothsRadiusWithinSteps) {
+    Draws draws(2206);
+    KvProfile noisy;
+    for (int i = 0; i < 400; ++i)  // a step of 10 mm halfway
+        noisy.points.append(
+            KvPointXY(static_cast<float>((i < 200 ? 100 : 110) + draws.normal(0.1)), 0.2F * float(i)));
+    noisy.toEvklid();
+    noisy.points[50] = KvPointXY();
+    KvProfile smooth = noisy;
+    noisy.wndFilterPolar(smooth, 2, 21, 2);
+    EXPECT_TRUE(smooth.points[50].isNull());
+    for (int i = 5; i < 395; ++i) {
+        if (i == 50 || (i > 195 && i < 205))
+            continue;
+        const KvPointXY& p = smooth.points[i];
+        EXPECT_NEAR(p.calcDistance(KvPointXY(0, 0)), i < 200 ? 100 : 110, 0.15);
+        EXPECT_NEAR(std::atan2(p.y, p.x), std::atan2(noisy.points[i].y, noisy.points[i].x), 1e-6);
+    }
+    const KvPointXY& edge = smooth.points[200];
+    EXPECT_NEAR(edge.calcDistance(KvPointXY(0, 0)), 110, 0.5) << "nothing flows across the step";
+}
+
+TEST(ProfileFilter, SparsePointsAreThoseCountedByBruteForce) {
+    Draws draws(2207);
+    for (int round = 0; round < 200; ++round) {
+        const KvProfile p = randomProfile(draws, draws.integer(0, 200), 0.05);
+        const float radius = static_cast<float>(draws.integer(1, 8)) * 0.25F;
+        const int least = draws.integer(1, 12);
+        KvProfile expected;
+        for (int i = 0; i < p.points.size(); ++i) {
+            int others = 0;
+            for (int k = 0; k < p.points.size(); ++k)
+                others += k != i && p.points[i].calcDistance(p.points[k]) <= radius;
+            if (others >= least)
+                expected.points.append(p.points[i]);
+        }
+        KvProfile filtered = p;
+        filtered.removeNoisyPoints(radius, least);
+        EXPECT_THAT(filtered, HasPointsOf(expected));
+    }
+}
