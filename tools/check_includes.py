@@ -8,6 +8,7 @@ exist, and rings of headers. Prints one line per fault; exit code 1 when there i
 usage: check_includes.py [ROOT] | check_includes.py --self-test
 """
 
+import fnmatch
 import pathlib
 import re
 import sys
@@ -16,14 +17,14 @@ import tempfile
 # rank -> ranks that its files may include
 RANKS = {0: {0}, 1: {0, 1}, 2: {0, 2}, 3: {0, 1, 2, 3}, 4: {0, 1, 2, 3, 4}, 5: {0, 1, 2, 3, 4}, 6: set(range(7))}
 
-# Rank of a folder, and of the stems in it that differ (a stem stands for its .h, .cpp and _p.h).
+# Rank of a folder, and of the stems in it that differ (a stem stands for its .h, .cpp and _p.h; * is a wildcard).
 FOLDERS = {
     "tarn": (2, {}),
     "kvmath/core": (2, {0: {"global", "constants", "vector2d", "version", "trace"}}),
     "kvmath/profile": (3, {}),
     "kvmath/tsearch": (4, {0: {"line_types", "find_params"},
-                           1: {"line_geometry", "line_fit", "line_extraction", "contour_group", "contour_ends",
-                               "contour_split", "search", "assignment", "bounds"}}),
+                           1: {"line_geometry", "line_fit", "line_extraction", "contour_*", "double_pair", "search",
+                               "assignment", "bounds"}}),
     "kvmath/wheel": (5, {}),
     "kvmath/calibration": (5, {}),
     "kvmath/contours": (5, {}),
@@ -55,7 +56,7 @@ def rank_of(path):
         return None
     default, exceptions = FOLDERS[folder]
     stem = re.sub(r"(_p)?\.(h|cpp)$", "", pathlib.PurePosixPath(path).name)
-    return next((rank for rank, stems in exceptions.items() if stem in stems), default)
+    return next((rank for rank, stems in exceptions.items() if any(fnmatch.fnmatch(stem, s) for s in stems)), default)
 
 
 def sources(root):
