@@ -85,6 +85,9 @@ protected:
     void clearResults();  ///< start of a measure: no uniform results, not valid
     bool succeed();       ///< end of a measure: valid; returns true
 
+    /// Number of the segment that stands for `templateLine`. False when it has none.
+    static bool assignedSegment(const QList<LinePP>& lines, const TSLinesIndecies& indices, int templateLine,
+                                int& segment);
     /// The segment that stands for `templateLine`, from its start to its end as assigned. False when it has
     /// none.
     static bool assignedLine(const QList<LinePP>& lines, const TSLinesIndecies& indices, int templateLine,

@@ -21,7 +21,7 @@ public:
 
     TSMeasurement*
     getMeasurement(QString type) const;  ///< a clone of the prototype, owned by the caller; null: unknown
-    TSMeasurement* getMeasurement(quint64 typeTag) const;  ///< the same by the type field of stream records
+    TSMeasurement* getMeasurementByTag(quint64 typeTag) const;  ///< the same by the type field of a record
 
 private:
     Q_DISABLE_COPY(TSManagerOfMeasurements)

@@ -5,6 +5,7 @@
 
 #include <QtCore/QList>
 
+#include <memory>
 #include <vector>
 
 namespace KvMath {
@@ -55,6 +56,8 @@ public:
 
 private:
     bool accepts(TSConstraint& constraint) const;
+    template <class Source>
+    bool adopt(std::unique_ptr<TSConstraint> constraint, Source& source);
     bool loadConstraint(const QVariant& entry);
     bool loadConstraint(QDataStream& stream);
 

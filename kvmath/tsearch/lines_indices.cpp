@@ -1,0 +1,33 @@
+#include <kvmath/tsearch/lines_indices.h>
+
+#include <kvmath/tsearch/assignment_p.h>
+
+namespace KvMath {
+
+TSLinesIndecies::TSLinesIndecies(const int* codes, int count) {
+    if (codes == nullptr || count < 1)
+        return;
+    codes_.reserve(count);
+    for (int line = 0; line < count; ++line)
+        codes_.append(codes[line]);
+}
+
+bool TSLinesIndecies::getLineIndex(int templateLine, int& segment) const {
+    const bool inRange = templateLine >= 0 && templateLine < codes_.size();
+    segment = inRange ? Internal::segmentOf(codes_.at(templateLine)) : 0;
+    return inRange;
+}
+
+bool TSLinesIndecies::getLineOrientation(int templateLine, bool& reversed) const {
+    const bool inRange = templateLine >= 0 && templateLine < codes_.size();
+    reversed = inRange && Internal::isReversed(codes_.at(templateLine));
+    return inRange;
+}
+
+bool TSLinesIndecies::isAssigned(int templateLine) const {
+    return templateLine >= 0 && templateLine < codes_.size() && codes_.at(templateLine) >= 0;
+}
+
+int TSLinesIndecies::count() const { return codes_.size(); }
+
+}  // namespace KvMath
