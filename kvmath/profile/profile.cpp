@@ -102,8 +102,9 @@ void KvProfile::copyFromXYPointsBuffer(const float* buffer, unsigned short count
         return;
     // A list of its own first: the buffer may lie in this profile.
     QList<KvPointXY> added = Internal::pointListOfSize(count);
-    for (KvPointXY& p : added) {
-        p = KvPointXY(buffer[0], buffer[1]);
+    for (KvPointXY& p : added) {  // by coordinate: a constructor is a call into the library per point
+        p.x = buffer[0];
+        p.y = buffer[1];
         buffer += 2;
     }
     if (points.isEmpty())

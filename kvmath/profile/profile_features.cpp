@@ -115,7 +115,8 @@ int KvProfile::makeCloudTopView(const KvPointCloud<KvPointXYZ>& cloud) {
     points = Internal::pointListOfSize(cloud.points.size());
     auto source = cloud.points.constBegin();
     for (KvPointXY& p : points) {
-        p = KvPointXY(source->x, source->z);
+        p.x = source->x;
+        p.y = source->z;
         ++source;
     }
     KvPointCloud<KvPointXY>::calcRange();

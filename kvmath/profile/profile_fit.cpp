@@ -80,7 +80,8 @@ KvProfile KvProfile::derivative() const {
     slopes.points = Internal::pointListOfSize(points.size() - 1);
     auto p = points.constBegin();
     for (KvPointXY& slope : slopes.points) {
-        slope = KvPointXY(p[0].x, (p[1].y - p[0].y) / (p[1].x - p[0].x));
+        slope.x = p[0].x;
+        slope.y = (p[1].y - p[0].y) / (p[1].x - p[0].x);
         ++p;
     }
     return slopes;
