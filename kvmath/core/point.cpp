@@ -29,7 +29,8 @@ KvPointXYZ::KvPointXYZ(float x0, float y0, float z0) : x(x0), y(y0), z(z0) {}
 float KvPointXYZ::calcDistance(KvPointXYZ other) const { return calcDistance(*this, other); }
 
 float KvPointXYZ::calcDistance(KvPointXYZ a, KvPointXYZ b) {
-    if (std::isnan(a.x) || std::isnan(a.y) || std::isnan(a.z) || std::isnan(b.x) || std::isnan(b.y) || std::isnan(b.z))
+    if (std::isnan(a.x) || std::isnan(a.y) || std::isnan(a.z) || std::isnan(b.x) || std::isnan(b.y) ||
+        std::isnan(b.z))
         return kUnset;
     const float dx = a.x - b.x;
     const float dy = a.y - b.y;
@@ -38,6 +39,7 @@ float KvPointXYZ::calcDistance(KvPointXYZ a, KvPointXYZ b) {
 }
 
 KvPointXYZRGB::KvPointXYZRGB() : x(kUnset), y(kUnset), z(kUnset), rgb(0) {}
-KvPointXYZRGB::KvPointXYZRGB(float x0, float y0, float z0, unsigned int colour) : x(x0), y(y0), z(z0), rgb(colour) {}
+KvPointXYZRGB::KvPointXYZRGB(float x0, float y0, float z0, unsigned int colour)
+    : x(x0), y(y0), z(z0), rgb(colour) {}
 
 }  // namespace KvMath

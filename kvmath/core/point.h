@@ -28,8 +28,8 @@ public:
     KvPointXYZ();  ///< all NaN
     KvPointXYZ(float x, float y, float z);
 
-    /// Euclidean distance, mm, in single precision throughout; NaN when any of the six coordinates is NaN, even
-    /// where another one is infinite.
+    /// Euclidean distance, mm, in single precision throughout; NaN when any of the six coordinates is NaN,
+    /// even where another one is infinite.
     float calcDistance(KvPointXYZ other) const;
     static float calcDistance(KvPointXYZ a, KvPointXYZ b);
 };
@@ -46,7 +46,8 @@ public:
 
 }  // namespace KvMath
 
-// Movable, not primitive: a default point is NaN, not zero bytes. It keeps two-float points in place in a QList.
+// Movable, not primitive: a default point is NaN, not zero bytes. It keeps two-float points in place in a
+// QList.
 Q_DECLARE_TYPEINFO(KvMath::KvPointXY, Q_MOVABLE_TYPE);
 Q_DECLARE_TYPEINFO(KvMath::KvPointXYZ, Q_MOVABLE_TYPE);
 Q_DECLARE_TYPEINFO(KvMath::KvPointXYZRGB, Q_MOVABLE_TYPE);

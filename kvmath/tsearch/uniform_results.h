@@ -10,17 +10,20 @@
 
 namespace KvMath {
 
+/// Named point of a result.
 struct TSUniformResultPoint {
     KvVector2D<double> point;  ///< mm
     QString name;
 };
 
+/// Named segment of a result, with the value measured along it.
 struct TSUniformResultLine {
     KvVector2D<double> p1, p2;  ///< ends, mm
     double value = 0;           ///< length or shift, mm
     QString name;
 };
 
+/// Named angle of a result.
 struct TSUniformResultAngle {
     KvVector2D<double> vertex, first, second;  ///< vertex and the end of either arm, mm
     double value = 0;                          ///< radians
