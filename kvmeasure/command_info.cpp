@@ -1,0 +1,197 @@
+#include "kvmeasure/arguments.h"
+#include "kvmeasure/commands.h"
+#include "kvmeasure/failure.h"
+#include "kvmeasure/print.h"
+#include "kvmeasure/profile_file.h"
+#include "kvmeasure/progress.h"
+
+#include <cmath>
+#include <cstdio>
+#include <limits>
+
+namespace KvMeasure {
+
+using KvMath::KvPointXYZ;
+
+namespace {
+
+const Usage usage{
+    "info",
+    "FILE...",
+    "Says what files of points hold: the kinds of records, counts, ranges, and the first damaged place.",
+    {{"--json", "", "print JSON"}},
+    "Files are told apart by their content: binary records (0x02 XY, 0x03 XYZ, 0x04 XYZRGB, 0x05 profile with z,\n"
+    "0x85 profile with tags; several may follow one another), CSV with semicolons and decimal commas, and CSV with\n"
+    "commas or tabs, decimal points and an optional header line. Damage gives exit code 2.\n\n"
+    "Examples\n"
+    "  kvmeasure info row_0100.csv\n"
+    "  kvmeasure info --json recording.bin\n"};
+
+/// Range and number of the set values of one coordinate.
+struct Extent {
+    double from = std::numeric_limits<double>::infinity();
+    double to = -std::numeric_limits<double>::infinity();
+
+    void add(float value) {
+        if (std::isnan(value))
+            return;
+        from = std::min(from, double(value));
+        to = std::max(to, double(value));
+    }
+    bool isKnown() const { return from <= to; }
+    QString text() const { return isKnown() ? QString("%1 .. %2").arg(mm(from), mm(to)) : QString("-"); }
+    QJsonValue json() const {
+        return isKnown() ? QJsonValue(QJsonArray{jsonNumber(from), jsonNumber(to)}) : QJsonValue();
+    }
+};
+
+/// One record, a whole CSV file, or all records of a kind.
+struct Section {
+    QString kind;
+    qint64 offset = 0;
+    qint64 records = 1, points = 0, unset = 0;
+    Extent x, y, z;
+
+    void add(const KvPointXYZ& point, bool hasZ) {
+        ++points;
+        if (std::isnan(point.x) || std::isnan(point.y) || (hasZ && std::isnan(point.z)))
+            ++unset;
+        x.add(point.x);
+        y.add(point.y);
+        z.add(point.z);
+    }
+};
+
+struct Survey {
+    QString form;
+    QList<Section> sections;   // the first records
+    QMap<QString, qint64> totals;
+    qint64 records = 0;
+    QString damage;
+};
+
+constexpr int mostListed = 1000;
+
+void surveyRecords(PointFile& file, Survey& survey) {
+    constexpr int pointsAtOnce = 65'536;
+    Progress progress(file.path(), file.size());
+    RecordHead head;
+    while (file.nextHead(head)) {
+        Section section;
+        section.kind = recordName(head.marker);
+        section.offset = head.offset;
+        if (head.marker == 0x05)
+            section.z.add(head.z);
+        while (true) {
+            const QList<KvPointXYZ>& points = file.nextPoints(pointsAtOnce);
+            if (points.isEmpty())
+                break;
+            for (const KvPointXYZ& point : points)
+                section.add(point, recordHasZ(head.marker));
+            progress.show(file.position());
+        }
+        ++survey.records;
+        survey.totals[section.kind] += section.points;
+        if (survey.sections.size() < mostListed)
+            survey.sections.append(section);
+    }
+}
+
+void surveyRows(PointFile& file, Survey& survey) {
+    Progress progress(file.path(), file.size());
+    survey.sections.append(Section());
+    Section& section = survey.sections.last();
+    section.kind = "points";
+    KvMath::KvPointXY point;
+    while (file.nextRow(point)) {
+        section.add(KvPointXYZ(point.x, point.y, std::numeric_limits<float>::quiet_NaN()), false);
+        progress.show(file.position());
+    }
+    survey.totals["points"] = section.points;
+}
+
+Survey surveyFile(const QString& path) {
+    Survey survey;
+    PointFile file(path);
+    survey.form = formName(file.form());
+    try {
+        if (file.form() == FileForm::Records)
+            surveyRecords(file, survey);
+        else
+            surveyRows(file, survey);
+    } catch (const Failure& failure) {
+        survey.damage = failure.text;
+    }
+    return survey;
+}
+
+QString surveyText(const QString& path, const Survey& survey) {
+    QString text = QString("%1: %2").arg(path, survey.form);
+    if (survey.records > 0)
+        text += QString(", %1 record(s)").arg(survey.records);
+    Table table({"offset", "kind", "points", "unset", "x mm", "y mm", "z mm"});
+    constexpr int mostRows = 20;
+    for (const Section& section : survey.sections.mid(0, mostRows))
+        table.add({QString::number(section.offset), section.kind, QString::number(section.points),
+                   QString::number(section.unset), section.x.text(), section.y.text(), section.z.text()});
+    text += '\n' + table.text();
+    if (survey.records <= mostRows)
+        return text + '\n';
+    text += QString("... and %1 more records; points by kind:").arg(survey.records - mostRows);
+    for (auto it = survey.totals.begin(); it != survey.totals.end(); ++it)
+        text += QString(" %1 in records of \"%2\"").arg(it.value()).arg(it.key());
+    return text + "\n\n";
+}
+
+QJsonObject surveyJson(const QString& path, const Survey& survey) {
+    QJsonArray sections;
+    for (const Section& section : survey.sections)
+        sections.append(QJsonObject{{"offset", section.offset},
+                                    {"kind", section.kind},
+                                    {"points", section.points},
+                                    {"unset", section.unset},
+                                    {"x", section.x.json()},
+                                    {"y", section.y.json()},
+                                    {"z", section.z.json()}});
+    QJsonObject object{{"file", path}, {"form", survey.form}, {"sections", sections}};
+    if (survey.records > survey.sections.size())
+        object["sectionsLeftOut"] = survey.records - survey.sections.size();
+    if (!survey.damage.isEmpty())
+        object["damage"] = survey.damage;
+    return object;
+}
+
+}  // namespace
+
+int runInfo(const QStringList& words) {
+    if (words.contains("--help")) {
+        print(helpText(usage));
+        return Done;
+    }
+    const Arguments arguments(usage, words);
+    arguments.requireOperands(std::numeric_limits<int>::max());
+    QJsonArray files;
+    int code = Done;
+    for (const QString& path : arguments.operands()) {
+        QString problem;
+        try {
+            const Survey survey = surveyFile(path);
+            problem = survey.damage;
+            if (arguments.has("--json"))
+                files.append(surveyJson(path, survey));
+            else
+                print(surveyText(path, survey));
+        } catch (const Failure& failure) {
+            problem = failure.text;
+        }
+        if (problem.isEmpty())
+            continue;
+        std::fprintf(stderr, "kvmeasure: %s\n", problem.toUtf8().constData());
+        code = Refused;
+    }
+    if (arguments.has("--json"))
+        printJson({{"files", files}});
+    return code;
+}
+
+}  // namespace KvMeasure

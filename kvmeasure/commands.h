@@ -1,0 +1,13 @@
+#pragma once
+// The commands. Each takes the words behind its name and returns an exit code; each throws Failure.
+
+#include <QtCore/QStringList>
+
+namespace KvMeasure {
+
+int runInfo(const QStringList& words);
+int runMatch(const QStringList& words);
+int runSimulate(const QStringList& words);
+int runTeach(const QStringList& words);
+
+}  // namespace KvMeasure

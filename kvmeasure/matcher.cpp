@@ -1,0 +1,277 @@
+#include "kvmeasure/matcher.h"
+
+#include "kvmeasure/failure.h"
+
+#include <kvmath/tsearch/finder.h>
+#include <kvmath/tsearch/measurements.h>
+#include <kvmath/tsearch/search.h>
+
+
+#include <cmath>
+#include <memory>
+
+namespace KvMeasure {
+
+using namespace KvMath;
+
+namespace {
+
+constexpr double degreesPerRadian = 57.29577951308232;
+constexpr double unsetBound = -1e100;
+
+/// The template's check with a limit on the work.
+struct BoundedCheck {
+    const TSTemplate* lines = nullptr;
+    qint64 examined = 0;
+};
+
+constexpr qint64 mostExamined = 20'000'000;
+constexpr int mostAssignments = 100'000;
+
+bool checkBounded(LinePP* lines, int* assignment, int level, void* data) {
+    auto* check = static_cast<BoundedCheck*>(data);
+    return ++check->examined <= mostExamined && check->lines->check(lines, assignment, level);
+}
+
+/// Collects values and marks of one measurement after another.
+class Collector {
+public:
+    Collector(Segments& segments, TSLinesIndecies& indices, TemplateFile& file)
+        : segments_(segments), indices_(indices), file_(file) {}
+
+    void add(TSMeasurement& measurement);
+    void finish();
+    Evaluation result;
+
+private:
+    void addInvalid(TSMeasurement& measurement);
+    Value& addValue(const QString& name, double value, const QString& unit);
+    Mark shiftMark(const TSUMEndPointShiftInDirection& shift, const TSUniformResultLine& line) const;
+    void addMean(const Mean& mean);
+    bool isPartOfMean(const QString& name) const;
+
+    Segments& segments_;
+    TSLinesIndecies& indices_;
+    TemplateFile& file_;
+};
+
+QString valueText(const Value& value) {
+    const bool isAngle = value.unit == "deg";
+    return QString("%1 %2%3").arg(value.name, QString::number(value.value, 'f', isAngle ? 2 : 3),
+                                  isAngle ? QString(QChar(0x00B0)) : " mm");
+}
+
+Value& Collector::addValue(const QString& name, double value, const QString& unit) {
+    Value row;
+    row.name = name;
+    row.value = value;
+    row.unit = unit;
+    row.isValid = std::isfinite(value) && value != unsetBound;
+    row.hasTolerance = file_.tolerances.contains(name);
+    row.tolerance = file_.tolerances.value(name);
+    result.values.append(row);
+    return result.values.last();
+}
+
+void Collector::addInvalid(TSMeasurement& measurement) {
+    for (const auto& info : measurement.getUniformResultsInfoAll())
+        addValue(*info.first, unsetBound, "mm");
+}
+
+Mark Collector::shiftMark(const TSUMEndPointShiftInDirection& shift, const TSUniformResultLine& line) const {
+    int from = 0;
+    int to = 0;
+    int reference = 0;
+    shift.getMeasureLinesIndecies(from, to, reference);
+    const LinePP along = assignedLine(segments_, indices_, reference);
+    const double sign = shift.getLineReferenceReversed() ? -1 : 1;
+    const double angle = std::atan2(sign * (along.p2.y - along.p1.y), sign * (along.p2.x - along.p1.x)) +
+                         shift.getDirectionAngle();
+    Mark mark;
+    mark.kind = Mark::Distance;
+    mark.first = line.p1;
+    mark.second = Vector(line.p1.x + line.value * std::cos(angle), line.p1.y + line.value * std::sin(angle));
+    mark.origin = line.p2;
+    mark.hasOrigin = true;
+    return mark;
+}
+
+void Collector::add(TSMeasurement& measurement) {
+    if (!measurement.isValid())
+        return addInvalid(measurement);
+    const TSUniformResults results = measurement.getUniformResult();
+    for (const TSUniformResultPoint& point : results.points) {
+        Mark mark;
+        mark.first = point.point;
+        mark.label = point.name;
+        addValue(point.name + ".x", point.point.x, "mm");
+        addValue(point.name + ".y", point.point.y, "mm");
+        result.marks.append(mark);
+    }
+    for (const TSUniformResultLine& line : results.lines) {
+        const Value& value = addValue(line.name, line.value, "mm");
+        Mark mark;
+        if (const auto* shift = dynamic_cast<TSUMEndPointShiftInDirection*>(&measurement))
+            mark = shiftMark(*shift, line);
+        else
+            mark.second = line.p2;
+        mark.kind = Mark::Distance;
+        mark.first = line.p1;
+        mark.label = valueText(value);
+        mark.isGood = value.isGood();
+        result.marks.append(mark);
+    }
+    for (const TSUniformResultAngle& angle : results.angles) {
+        Value& value = addValue(angle.name, angle.value * degreesPerRadian, "deg");
+        if (const auto* rotation = dynamic_cast<TSUMRotationAngle*>(&measurement))
+            value.note = rotation->getDirection() == TSUMRotationAngle::CounterClockwise ? "to the left"
+                                                                                         : "to the right";
+        Mark mark;
+        mark.kind = Mark::Angle;
+        mark.vertex = angle.vertex;
+        mark.first = angle.first;
+        mark.second = angle.second;
+        mark.angle = angle.value;
+        mark.label = valueText(value);
+        mark.isGood = value.isGood();
+        result.marks.append(mark);
+    }
+}
+
+bool Collector::isPartOfMean(const QString& name) const {
+    for (const Mean& mean : file_.means) {
+        if (name == mean.first || name == mean.second)
+            return true;
+    }
+    return false;
+}
+
+void Collector::addMean(const Mean& mean) {
+    double sum = 0;
+    int found = 0;
+    for (const Value& value : result.values) {
+        if (value.isValid && (value.name == mean.first || value.name == mean.second)) {
+            sum += value.value;
+            ++found;
+        }
+    }
+    const Value& value = addValue(mean.name, found == 2 ? sum / 2 : unsetBound, "mm");
+    Mark joined;
+    int parts = 0;
+    for (const Mark& mark : result.marks) {
+        if (!mark.label.startsWith(mean.first + ' ') && !mark.label.startsWith(mean.second + ' '))
+            continue;
+        ++parts;
+        const auto add = [](Vector& to, const Vector& from) { to = Vector(to.x + from.x / 2, to.y + from.y / 2); };
+        add(joined.first, mark.first);
+        add(joined.second, mark.second);
+        joined.origin = mark.origin;
+    }
+    if (parts != 2 || !value.isValid)
+        return;
+    joined.kind = Mark::Distance;
+    joined.hasOrigin = true;
+    joined.label = valueText(value);
+    joined.isGood = value.isGood();
+    result.marks.append(joined);
+}
+
+void Collector::finish() {
+    for (const Mean& mean : file_.means)
+        addMean(mean);
+    Evaluation shown;
+    for (const Value& value : result.values) {
+        if (!isPartOfMean(value.name))
+            shown.values.append(value);
+    }
+    for (const Mark& mark : result.marks) {
+        bool isPart = false;
+        for (const Mean& mean : file_.means)
+            isPart = isPart || mark.label.startsWith(mean.first + ' ') || mark.label.startsWith(mean.second + ' ');
+        if (!isPart)
+            shown.marks.append(mark);
+    }
+    result = shown;
+}
+
+}  // namespace
+
+double length(const Vector& from, const Vector& to) { return std::hypot(to.x - from.x, to.y - from.y); }
+
+bool Value::isGood() const {
+    if (!isValid || !hasTolerance)
+        return isValid;
+    return deviation() >= tolerance.lower && deviation() <= tolerance.upper;
+}
+
+bool Evaluation::isGood() const {
+    for (const Value& value : values) {
+        if (!value.isGood())
+            return false;
+    }
+    return true;
+}
+
+Segments extractSegments(const KvProfile& profile, const TSFindTemplateParams& params) {
+    Segments segments;
+    QList<TSLinesIndecies> none;
+    findTemplate(profile, nullptr, params, segments, none);
+    return segments;
+}
+
+QList<TSLinesIndecies> findAssignments(Segments& segments, const TemplateFile& file) {
+    QList<TSLinesIndecies> found;
+    const int lines = file.lines.getTemplateLinesNumber();
+    if (lines < 1 || segments.isEmpty())
+        return found;
+    QVector<LinePP> flat;
+    for (const LinePP& segment : segments)
+        flat.append(segment);
+    BoundedCheck check{&file.lines};
+    int* codes = nullptr;
+    std::unique_ptr<int[]> owner;
+    while (templateSearch(flat.data(), flat.size(), lines, checkBounded, &check, nullptr, nullptr, /*findBest=*/false,
+                          file.search.allowReversed, codes)) {
+        if (owner == nullptr)
+            owner.reset(codes);
+        found.append(TSLinesIndecies(codes, lines));
+        if (found.size() > mostAssignments)
+            break;
+    }
+    if (owner == nullptr)
+        owner.reset(codes);
+    if (check.examined > mostExamined || found.size() > mostAssignments)
+        throw Failure{QString("the template fits its %1 lines to %2 segments in too many ways (search given up); add "
+                              "constraints to the template, or raise \"minLineLength\" in it")
+                          .arg(lines).arg(segments.size())};
+    return found;
+}
+
+LinePP assignedLine(const Segments& segments, const TSLinesIndecies& indices, int line) {
+    int segment = 0;
+    bool isReversed = false;
+    if (!indices.getLineIndex(line, segment) || !indices.getLineOrientation(line, isReversed))
+        return LinePP();
+    const LinePP found = segments.value(segment);
+    return isReversed ? LinePP(found.p2, found.p1) : found;
+}
+
+double totalLength(const Segments& segments, const TSLinesIndecies& indices) {
+    double sum = 0;
+    for (int i = 0; i < indices.count(); ++i) {
+        const LinePP line = assignedLine(segments, indices, i);
+        sum += length(line.p1, line.p2);
+    }
+    return sum;
+}
+
+Evaluation evaluate(Segments& segments, TSLinesIndecies indices, TemplateFile& file) {
+    evalLinesSet(segments, indices, file.measurements);
+    Collector collector(segments, indices, file);
+    for (TSMeasurement* measurement : file.measurements.getAllMeasurements())
+        collector.add(*measurement);
+    collector.finish();
+    return collector.result;
+}
+
+}  // namespace KvMeasure

@@ -1,0 +1,116 @@
+#include "kvmeasure/print.h"
+
+#include "kvmeasure/failure.h"
+
+#include <QtCore/QJsonDocument>
+
+#include <cmath>
+#include <cstdio>
+
+namespace KvMeasure {
+
+namespace {
+
+bool isNumeric(const QList<QStringList>& rows, int column) {
+    for (int i = 1; i < rows.size(); ++i) {
+        bool ok = false;
+        const QString cell = rows[i].value(column);
+        cell.toDouble(&ok);
+        if (!ok && !cell.isEmpty() && cell != "-")
+            return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+QString Table::text() const {
+    QString text;
+    const int columns = rows_.first().size();
+    QList<int> widths;
+    QList<bool> right;
+    for (int column = 0; column < columns; ++column) {
+        int width = 0;
+        for (const QStringList& row : rows_)
+            width = qMax(width, row.value(column).size());
+        widths.append(width);
+        right.append(isNumeric(rows_, column));
+    }
+    for (const QStringList& row : rows_) {
+        QString line;
+        for (int column = 0; column < columns; ++column) {
+            const QString cell = row.value(column);
+            line += (right[column] ? cell.rightJustified(widths[column]) : cell.leftJustified(widths[column])) + "  ";
+        }
+        while (line.endsWith(' '))
+            line.chop(1);
+        text += line + '\n';
+    }
+    return text;
+}
+
+void print(const QString& text) {
+    const QByteArray bytes = text.toUtf8();
+    if (std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stdout) !=
+            static_cast<std::size_t>(bytes.size()) ||
+        std::fflush(stdout) != 0)
+        throw Failure{"standard output cannot be written; is the disk full?"};
+}
+
+void printJson(const QJsonObject& object) { print(QString::fromUtf8(QJsonDocument(object).toJson())); }
+
+QString mm(double value) { return QString::number(value, 'f', 4); }
+
+QJsonValue jsonNumber(double value) { return std::isfinite(value) ? QJsonValue(value) : QJsonValue(); }
+
+QJsonArray jsonPoint(const Vector& point) { return {jsonNumber(point.x), jsonNumber(point.y)}; }
+
+QJsonArray jsonSegments(const Segments& segments) {
+    QJsonArray array;
+    for (const KvMath::LinePP& segment : segments)
+        array.append(QJsonObject{{"p1", jsonPoint(segment.p1)},
+                                 {"p2", jsonPoint(segment.p2)},
+                                 {"length", jsonNumber(length(segment.p1, segment.p2))}});
+    return array;
+}
+
+QJsonArray jsonValues(const QList<Value>& values) {
+    QJsonArray array;
+    for (const Value& value : values) {
+        QJsonObject entry{{"name", value.name},
+                          {"value", value.isValid ? jsonNumber(value.value) : QJsonValue()},
+                          {"unit", value.unit},
+                          {"valid", value.isValid}};
+        if (!value.note.isEmpty())
+            entry["note"] = value.note;
+        if (value.hasTolerance) {
+            entry["nominal"] = value.tolerance.nominal;
+            entry["lower"] = value.tolerance.lower;
+            entry["upper"] = value.tolerance.upper;
+            entry["deviation"] = value.isValid ? jsonNumber(value.deviation()) : QJsonValue();
+            entry["withinTolerance"] = value.isGood();
+        }
+        array.append(entry);
+    }
+    return array;
+}
+
+QJsonObject jsonSearch(const KvMath::TSFindTemplateParams& search) {
+    return {{"contourGap", search.contourGap},         {"splitTolerance", search.splitTolerance},
+            {"minLineLength", search.minLineLength},   {"cornerTolerance", search.cornerTolerance},
+            {"allowReversed", search.allowReversed},   {"refineIterations", search.refineIterations}};
+}
+
+QString segmentTable(const Segments& segments) {
+    constexpr double degreesPerRadian = 57.29577951308232;
+    Table table({"segment", "length mm", "direction deg", "x1", "y1", "x2", "y2"});
+    for (int i = 0; i < segments.size(); ++i) {
+        const KvMath::LinePP& s = segments[i];
+        const double degrees = std::atan2(s.p2.y - s.p1.y, s.p2.x - s.p1.x) * degreesPerRadian;
+        table.add({QString::number(i), mm(length(s.p1, s.p2)), QString::number(degrees, 'f', 2), mm(s.p1.x),
+                   mm(s.p1.y), mm(s.p2.x), mm(s.p2.y)});
+    }
+    return table.text();
+}
+
+}  // namespace KvMeasure
