@@ -112,7 +112,10 @@ double Arguments::number(const QString& name, double absent, double minimum, dou
                           .arg(command_, name, text(name))};
     if (!(value >= minimum && value <= maximum))
         throw Failure{QString("%1: %2 must be from %3 to %4, not %5")
-                          .arg(command_, name).arg(minimum).arg(maximum).arg(text(name))};
+                          .arg(command_, name)
+                          .arg(minimum)
+                          .arg(maximum)
+                          .arg(text(name))};
     return value;
 }
 
@@ -125,10 +128,11 @@ int Arguments::integer(const QString& name, int absent, int minimum, int maximum
 
 void Arguments::requireOperands(int maximum) const {
     if (operands_.isEmpty())
-        throw Failure{QString("%1: nothing to read; name %2 (see \"kvmeasure %1 --help\")").arg(command_, what_)};
+        throw Failure{
+            QString("%1: nothing to read; name %2 (see \"kvmeasure %1 --help\")").arg(command_, what_)};
     if (operands_.size() > maximum)
-        throw Failure{QString("%1: unexpected \"%2\"; only %3 can be named")
-                          .arg(command_, operands_[maximum], what_)};
+        throw Failure{
+            QString("%1: unexpected \"%2\"; only %3 can be named").arg(command_, operands_[maximum], what_)};
 }
 
 QString helpText(const Usage& usage) {

@@ -22,7 +22,7 @@ struct Usage {
     const char* operands;  ///< e.g. "PROFILE..."
     const char* summary;   ///< one sentence
     std::vector<Option> options;
-    const char* details;   ///< further text with the examples
+    const char* details;  ///< further text with the examples
 };
 
 /// A parsed command line. "--name value" and "--name=value" mean the same, "--" ends the options. The

@@ -20,8 +20,10 @@ const Usage usage{
     "FILE...",
     "Says what files of points hold: the kinds of records, counts, ranges, and the first damaged place.",
     {{"--json", "", "print JSON"}},
-    "Files are told apart by their content: binary records (0x02 XY, 0x03 XYZ, 0x04 XYZRGB, 0x05 profile with z,\n"
-    "0x85 profile with tags; several may follow one another), CSV with semicolons and decimal commas, and CSV with\n"
+    "Files are told apart by their content: binary records (0x02 XY, 0x03 XYZ, 0x04 XYZRGB, 0x05 profile "
+    "with z,\n"
+    "0x85 profile with tags; several may follow one another), CSV with semicolons and decimal commas, and "
+    "CSV with\n"
     "commas or tabs, decimal points and an optional header line. Damage gives exit code 2.\n\n"
     "Examples\n"
     "  kvmeasure info row_0100.csv\n"
@@ -64,7 +66,7 @@ struct Section {
 
 struct Survey {
     QString form;
-    QList<Section> sections;   // the first records
+    QList<Section> sections;  // the first records
     QMap<QString, qint64> totals;
     qint64 records = 0;
     QString damage;

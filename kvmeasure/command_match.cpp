@@ -28,8 +28,10 @@ const Usage usage{
      {"--svg", "FILE", "draw; with several profiles one picture each, the profile's name put into FILE"},
      {"--columns", "X,Y", "columns of CSV files, from 1 (1,2)"},
      {"--json", "", "print JSON"}},
-    "The best assignment is the one with the greatest total length of its lines. Several profiles are followed by\n"
-    "a summary of each result. Exit code 1: not found, a result that cannot be had or is out of tolerance.\n\n"
+    "The best assignment is the one with the greatest total length of its lines. Several profiles are "
+    "followed by\n"
+    "a summary of each result. Exit code 1: not found, a result that cannot be had or is out of "
+    "tolerance.\n\n"
     "Examples\n"
     "  kvmeasure match part.csv --template groove.json --svg part.svg\n"
     "  kvmeasure match rows/*.csv --template groove.json --json > results.json\n"
@@ -79,7 +81,8 @@ private:
     TemplateFile file_;
     int code_ = Done;
     int profiles_ = 0, found_ = 0;
-    Table table_{{"file", "assignment", "name", "value", "unit", "valid", "nominal", "deviation", "verdict", "note"}};
+    Table table_{
+        {"file", "assignment", "name", "value", "unit", "valid", "nominal", "deviation", "verdict", "note"}};
     QJsonArray json_;
     QList<Summary> summaries_;
     QSet<QString> pictures_;
@@ -135,7 +138,8 @@ QJsonObject Matcher::assignmentJson(const Segments& segments, const KvMath::TSLi
 
 QString Matcher::picturePath(const QString& stem) {
     const QString path = arguments_.text("--svg");
-    const bool isSingle = arguments_.operands().size() == 1 && stem == QFileInfo(arguments_.operands().first()).completeBaseName();
+    const bool isSingle = arguments_.operands().size() == 1 &&
+                          stem == QFileInfo(arguments_.operands().first()).completeBaseName();
     if (isSingle)
         return path;
     const QString suffix = QFileInfo(path).suffix();
@@ -148,8 +152,8 @@ QString Matcher::picturePath(const QString& stem) {
     return named;
 }
 
-void Matcher::draw(const LoadedProfile& loaded, const Segments& segments, const KvMath::TSLinesIndecies* indices,
-                   const Evaluation& evaluation) {
+void Matcher::draw(const LoadedProfile& loaded, const Segments& segments,
+                   const KvMath::TSLinesIndecies* indices, const Evaluation& evaluation) {
     if (!arguments_.has("--svg"))
         return;
     Picture picture;
@@ -216,7 +220,8 @@ void Matcher::matchFile(const QString& path) {
         try {
             matchProfile(loaded);
         } catch (const Failure& failure) {
-            throw Failure{failure.text.startsWith(loaded.name) ? failure.text : loaded.name + ": " + failure.text};
+            throw Failure{failure.text.startsWith(loaded.name) ? failure.text
+                                                               : loaded.name + ": " + failure.text};
         }
         progress.show(source.position());
     }
@@ -227,7 +232,8 @@ QString Matcher::summaryText() const {
     Table table({"name", "unit", "count", "mean", "deviation", "least", "greatest"});
     for (const Summary& s : summaries_) {
         if (s.count > 0)
-            table.add({s.name, s.unit, QString::number(s.count), mm(s.mean), mm(s.deviation()), mm(s.least), mm(s.greatest)});
+            table.add({s.name, s.unit, QString::number(s.count), mm(s.mean), mm(s.deviation()), mm(s.least),
+                       mm(s.greatest)});
     }
     return summaries_.isEmpty() ? text : text + table.text();
 }
@@ -240,8 +246,13 @@ void Matcher::finish() {
     QJsonArray summary;
     for (const Summary& s : summaries_) {
         if (s.count > 0)
-            summary.append(QJsonObject{{"name", s.name}, {"unit", s.unit}, {"count", s.count}, {"mean", s.mean},
-                                       {"deviation", s.deviation()}, {"least", s.least}, {"greatest", s.greatest}});
+            summary.append(QJsonObject{{"name", s.name},
+                                       {"unit", s.unit},
+                                       {"count", s.count},
+                                       {"mean", s.mean},
+                                       {"deviation", s.deviation()},
+                                       {"least", s.least},
+                                       {"greatest", s.greatest}});
     }
     printJson({{"template", file_.name}, {"profiles", json_}, {"found", found_}, {"summary", summary}});
 }

@@ -35,7 +35,8 @@ const Usage usage{
      {"--json", "", "print the true values as JSON"}},
     "Examples\n"
     "  kvmeasure simulate profile --shape v-groove --noise 0.02 --dropouts 2 --seed 7 --out part.csv\n"
-    "  kvmeasure simulate profile --shape square-groove --dimensions \"depth=12\" --rotate 2 --out part.csv\n"};
+    "  kvmeasure simulate profile --shape square-groove --dimensions \"depth=12\" --rotate 2 --out "
+    "part.csv\n"};
 
 QString shapesText() {
     QString text = "Shapes and their dimensions\n";
@@ -43,7 +44,12 @@ QString shapesText() {
         text += "  " + shape + '\n';
         for (const Simulator::Dimension& d : Simulator::shapeDimensions(shape))
             text += QString("    %1  %2 %3, %4 to %5: %6\n")
-                        .arg(d.name, -14).arg(d.standard).arg(d.unit).arg(d.minimum).arg(d.maximum).arg(d.meaning);
+                        .arg(d.name, -14)
+                        .arg(d.standard)
+                        .arg(d.unit)
+                        .arg(d.minimum)
+                        .arg(d.maximum)
+                        .arg(d.meaning);
     }
     return text + '\n';
 }
@@ -58,7 +64,8 @@ void readDimensions(const QString& text, Simulator::ProfileRecipe& recipe) {
         const QString name = part.section('=', 0, 0).trimmed();
         double value = 0;
         if (!parseNumber(part.section('=', 1), value))
-            throw Failure{QString("simulate: --dimensions: expected NAME=NUMBER, found \"%1\"").arg(part.trimmed())};
+            throw Failure{
+                QString("simulate: --dimensions: expected NAME=NUMBER, found \"%1\"").arg(part.trimmed())};
         if (!known.contains(name))
             throw Failure{QString("simulate: --dimensions: %1 has no \"%2\"%3; it has %4")
                               .arg(recipe.shape, name, suggestion(name, known), known.join(", "))};
@@ -115,7 +122,8 @@ int runSimulate(const QStringList& words) {
     const Arguments arguments(usage, words);
     arguments.requireOperands(1);
     if (arguments.operands().first() != "profile")
-        throw Failure{QString("simulate: cannot simulate \"%1\"; expected \"profile\"").arg(arguments.operands().first())};
+        throw Failure{QString("simulate: cannot simulate \"%1\"; expected \"profile\"")
+                          .arg(arguments.operands().first())};
     if (!arguments.has("--out"))
         throw Failure{"simulate: --out FILE is missing; it names the profile to write"};
     const Simulator::ProfileRecipe recipe = readRecipe(arguments);
@@ -135,14 +143,19 @@ int runSimulate(const QStringList& words) {
     if (arguments.has("--json")) {
         QJsonArray values;
         for (const Simulator::TrueValue& value : simulated->values)
-            values.append(QJsonObject{{"name", value.name}, {"value", jsonNumber(value.value)}, {"unit", value.unit}});
-        printJson({{"file", path}, {"shape", recipe.shape}, {"points", simulated->profile.points.size()}, {"truth", values}});
+            values.append(
+                QJsonObject{{"name", value.name}, {"value", jsonNumber(value.value)}, {"unit", value.unit}});
+        printJson({{"file", path},
+                   {"shape", recipe.shape},
+                   {"points", simulated->profile.points.size()},
+                   {"truth", values}});
         return Done;
     }
     Table table({"true value", "", "unit"});
     for (const Simulator::TrueValue& value : simulated->values)
         table.add({value.name, mm(value.value), value.unit});
-    print(QString("%1: %2, %3 points\n").arg(path, recipe.shape).arg(simulated->profile.points.size()) + table.text());
+    print(QString("%1: %2, %3 points\n").arg(path, recipe.shape).arg(simulated->profile.points.size()) +
+          table.text());
     return Done;
 }
 

@@ -19,7 +19,8 @@ Usage makeUsage() {
     Usage usage{
         "teach",
         "PROFILE",
-        "Makes a template from the segments of a good part. Without --lines or --longest it shows the segments "
+        "Makes a template from the segments of a good part. Without --lines or --longest it shows the "
+        "segments "
         "and their numbers.",
         {{"--out", "FILE", "template to write (JSON)"},
          {"--lines", "LIST", "segments that become the template lines, e.g. \"1,3\" or \"left=1, right=3\""},
@@ -28,7 +29,8 @@ Usage makeUsage() {
          {"--name", "TEXT", "name of the template (that of the file)"},
          {"--length-tolerance", "T", "of each line, \"20%\" or mm (20%)"},
          {"--angle-tolerance", "DEG", "of the first line's inclination and of the turns between lines (5)"},
-         {"--distance-tolerance", "T", "from line end to next line start, \"20%\" or mm (20%, at least 1 mm)"},
+         {"--distance-tolerance", "T",
+          "from line end to next line start, \"20%\" or mm (20%, at least 1 mm)"},
          {"--any-inclination", "", "the part may lie at any angle"},
          {"--reversed", "", "segments may also match from their end to their start"},
          {"--record", "N", "which profile of a file with several, from 0 (0)"},
@@ -83,7 +85,9 @@ LoadedProfile loadOne(const Arguments& arguments) {
     for (int i = 0; i <= wanted; ++i) {
         if (!source.next(loaded))
             throw Failure{QString("%1: has %2 profile(s); there is no --record %3")
-                              .arg(arguments.operands().first()).arg(i).arg(wanted)};
+                              .arg(arguments.operands().first())
+                              .arg(i)
+                              .arg(wanted)};
     }
     return loaded;
 }
@@ -99,15 +103,21 @@ void showSegments(const Arguments& arguments, const LoadedProfile& loaded, const
         writeOutputFile(arguments.text("--svg"), drawPicture(picture));
     }
     if (arguments.has("--json")) {
-        printJson({{"file", loaded.name}, {"segments", jsonSegments(segments)}, {"search", jsonSearch(file.search)}});
+        printJson({{"file", loaded.name},
+                   {"segments", jsonSegments(segments)},
+                   {"search", jsonSearch(file.search)}});
         return;
     }
-    print(QString("%1: %2 points, %3 segments\n").arg(loaded.name).arg(loaded.profile.points.size()).arg(segments.size()) +
+    print(QString("%1: %2 points, %3 segments\n")
+              .arg(loaded.name)
+              .arg(loaded.profile.points.size())
+              .arg(segments.size()) +
           segmentTable(segments) + "\nChoose with --lines or --longest, and name the template with --out.\n");
 }
 
 /// Tolerances as written, with the taught part's values where no nominal value was given.
-void settleTolerances(const QMap<QString, WrittenTolerance>& written, const Evaluation& taught, TemplateFile& file) {
+void settleTolerances(const QMap<QString, WrittenTolerance>& written, const Evaluation& taught,
+                      TemplateFile& file) {
     for (auto it = written.begin(); it != written.end(); ++it) {
         Tolerance tolerance = it->tolerance;
         for (const Value& value : taught.values) {
@@ -140,15 +150,21 @@ void showTemplate(const Arguments& arguments, const LoadedProfile& loaded, const
     if (arguments.has("--json")) {
         QJsonArray lines;
         for (int i = 0; i < chosen.segments.size(); ++i)
-            lines.append(QJsonObject{{"line", i}, {"name", chosen.names[i]}, {"segment", chosen.segments[i]}});
-        printJson({{"template", arguments.text("--out")}, {"file", loaded.name}, {"lines", lines},
-                   {"segments", jsonSegments(segments)}, {"search", jsonSearch(file.search)},
+            lines.append(
+                QJsonObject{{"line", i}, {"name", chosen.names[i]}, {"segment", chosen.segments[i]}});
+        printJson({{"template", arguments.text("--out")},
+                   {"file", loaded.name},
+                   {"lines", lines},
+                   {"segments", jsonSegments(segments)},
+                   {"search", jsonSearch(file.search)},
                    {"measurements", jsonValues(taught.values)}});
         return;
     }
     QString text = QString("%1: template of %2 lines, %3 constraints, taught on %4\n")
-                       .arg(arguments.text("--out")).arg(chosen.segments.size())
-                       .arg(file.lines.getAllConstraints().size()).arg(loaded.name);
+                       .arg(arguments.text("--out"))
+                       .arg(chosen.segments.size())
+                       .arg(file.lines.getAllConstraints().size())
+                       .arg(loaded.name);
     Table lines({"line", "name", "segment", "length mm"});
     for (int i = 0; i < chosen.segments.size(); ++i) {
         const KvMath::LinePP& segment = segments[chosen.segments[i]];
@@ -180,8 +196,9 @@ int runTeach(const QStringList& words) {
     Segments segments = extractSegments(loaded.profile, file.search);
     if (!arguments.has("--lines") && !arguments.has("--longest")) {
         if (arguments.has("--out"))
-            throw Failure{"teach: which segments make the template? Add --lines or --longest; without --out they are "
-                          "shown with their numbers"};
+            throw Failure{
+                "teach: which segments make the template? Add --lines or --longest; without --out they are "
+                "shown with their numbers"};
         showSegments(arguments, loaded, segments, file);
         return Done;
     }
@@ -189,10 +206,12 @@ int runTeach(const QStringList& words) {
         throw Failure{"teach: --lines and --longest exclude each other; give one"};
     if (!arguments.has("--out"))
         throw Failure{"teach: --out FILE is missing; it names the template to write"};
-    const ChosenLines chosen = arguments.has("--lines")
-                                   ? parseLines(arguments.text("--lines"), segments.size())
-                                   : longestLines(segments, arguments.integer("--longest", 1, 1, mostTemplateLines));
-    file.name = arguments.has("--name") ? arguments.text("--name") : QFileInfo(arguments.text("--out")).completeBaseName();
+    const ChosenLines chosen =
+        arguments.has("--lines")
+            ? parseLines(arguments.text("--lines"), segments.size())
+            : longestLines(segments, arguments.integer("--longest", 1, 1, mostTemplateLines));
+    file.name = arguments.has("--name") ? arguments.text("--name")
+                                        : QFileInfo(arguments.text("--out")).completeBaseName();
     buildConstraints(segments, chosen, tolerances, file);
     const auto written = addMeasurements(arguments.text("--measure"), file);
 

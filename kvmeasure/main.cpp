@@ -30,16 +30,19 @@ constexpr Command commands[] = {
 };
 
 QString overview() {
-    QString text = "kvmeasure: finds templates of straight lines in laser scanner profiles and measures them\n\n"
-                   "  kvmeasure COMMAND ... [options]\n\nCommands\n";
+    QString text =
+        "kvmeasure: finds templates of straight lines in laser scanner profiles and measures them\n\n"
+        "  kvmeasure COMMAND ... [options]\n\nCommands\n";
     for (const Command& command : commands)
         text += QString("  %1  %2\n").arg(command.name, -10).arg(command.summary);
-    text += "\nExamples\n"
-            "  kvmeasure simulate profile --shape square-groove --noise 0.02 --out part.csv\n"
-            "  kvmeasure teach part.csv --longest 3 --measure \"depth = distance 1 2\" --out part.json\n"
-            "  kvmeasure match part.csv --template part.json --svg part.svg\n\n"
-            "Every command has --help with its options and examples, and --json for machine-readable results.\n"
-            "Exit codes: 0 done, 1 measured but out of tolerance or not found, 2 wrong use or unreadable input.\n";
+    text +=
+        "\nExamples\n"
+        "  kvmeasure simulate profile --shape square-groove --noise 0.02 --out part.csv\n"
+        "  kvmeasure teach part.csv --longest 3 --measure \"depth = distance 1 2\" --out part.json\n"
+        "  kvmeasure match part.csv --template part.json --svg part.svg\n\n"
+        "Every command has --help with its options and examples, and --json for machine-readable results.\n"
+        "Exit codes: 0 done, 1 measured but out of tolerance or not found, 2 wrong use or unreadable "
+        "input.\n";
     return text;
 }
 
@@ -66,7 +69,8 @@ int dispatch(QStringList words) {
         if (name == command.name)
             return command.run(words);
     }
-    throw Failure{QString("unknown command \"%1\"%2 (see \"kvmeasure --help\")").arg(name, suggestion(name, names))};
+    throw Failure{
+        QString("unknown command \"%1\"%2 (see \"kvmeasure --help\")").arg(name, suggestion(name, names))};
 }
 
 }  // namespace

@@ -6,7 +6,6 @@
 #include <kvmath/tsearch/measurements.h>
 #include <kvmath/tsearch/search.h>
 
-
 #include <cmath>
 #include <memory>
 
@@ -123,15 +122,18 @@ void Collector::add(TSMeasurement& measurement) {
     }
     for (const TSUniformResultAngle& angle : results.angles) {
         Value& value = addValue(angle.name, angle.value * degreesPerRadian, "deg");
-        if (const auto* rotation = dynamic_cast<TSUMRotationAngle*>(&measurement))
-            value.note = rotation->getDirection() == TSUMRotationAngle::CounterClockwise ? "to the left"
-                                                                                         : "to the right";
         Mark mark;
         mark.kind = Mark::Angle;
         mark.vertex = angle.vertex;
         mark.first = angle.first;
-        mark.second = angle.second;
         mark.angle = angle.value;
+        if (const auto* rotation = dynamic_cast<TSUMRotationAngle*>(&measurement)) {
+            const bool isLeft = rotation->getDirection() == TSUMRotationAngle::CounterClockwise;
+            value.note = isLeft ? "to the left" : "to the right";
+            mark.angle = isLeft ? angle.value : -angle.value;
+        }
+        if (dynamic_cast<TSUMAngleBetweenLines*>(&measurement) != nullptr)  // from where the first line comes
+            mark.first = Vector(2 * angle.vertex.x - angle.first.x, 2 * angle.vertex.y - angle.first.y);
         mark.label = valueText(value);
         mark.isGood = value.isGood();
         result.marks.append(mark);
@@ -162,7 +164,9 @@ void Collector::addMean(const Mean& mean) {
         if (!mark.label.startsWith(mean.first + ' ') && !mark.label.startsWith(mean.second + ' '))
             continue;
         ++parts;
-        const auto add = [](Vector& to, const Vector& from) { to = Vector(to.x + from.x / 2, to.y + from.y / 2); };
+        const auto add = [](Vector& to, const Vector& from) {
+            to = Vector(to.x + from.x / 2, to.y + from.y / 2);
+        };
         add(joined.first, mark.first);
         add(joined.second, mark.second);
         joined.origin = mark.origin;
@@ -187,7 +191,8 @@ void Collector::finish() {
     for (const Mark& mark : result.marks) {
         bool isPart = false;
         for (const Mean& mean : file_.means)
-            isPart = isPart || mark.label.startsWith(mean.first + ' ') || mark.label.startsWith(mean.second + ' ');
+            isPart =
+                isPart || mark.label.startsWith(mean.first + ' ') || mark.label.startsWith(mean.second + ' ');
         if (!isPart)
             shown.marks.append(mark);
     }
@@ -230,8 +235,8 @@ QList<TSLinesIndecies> findAssignments(Segments& segments, const TemplateFile& f
     BoundedCheck check{&file.lines};
     int* codes = nullptr;
     std::unique_ptr<int[]> owner;
-    while (templateSearch(flat.data(), flat.size(), lines, checkBounded, &check, nullptr, nullptr, /*findBest=*/false,
-                          file.search.allowReversed, codes)) {
+    while (templateSearch(flat.data(), flat.size(), lines, checkBounded, &check, nullptr, nullptr,
+                          /*findBest=*/false, file.search.allowReversed, codes)) {
         if (owner == nullptr)
             owner.reset(codes);
         found.append(TSLinesIndecies(codes, lines));
@@ -241,9 +246,11 @@ QList<TSLinesIndecies> findAssignments(Segments& segments, const TemplateFile& f
     if (owner == nullptr)
         owner.reset(codes);
     if (check.examined > mostExamined || found.size() > mostAssignments)
-        throw Failure{QString("the template fits its %1 lines to %2 segments in too many ways (search given up); add "
-                              "constraints to the template, or raise \"minLineLength\" in it")
-                          .arg(lines).arg(segments.size())};
+        throw Failure{
+            QString("the template fits its %1 lines to %2 segments in too many ways (search given up); add "
+                    "constraints to the template, or raise \"minLineLength\" in it")
+                .arg(lines)
+                .arg(segments.size())};
     return found;
 }
 

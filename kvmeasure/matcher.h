@@ -43,12 +43,13 @@ struct Value {
 /// Something to draw where it was measured.
 struct Mark {
     enum Kind { Point, Distance, Angle } kind = Point;
-    Vector first, second, vertex;  ///< a point is its first; a distance runs from first to second
-    Vector origin;                 ///< of a distance: the place it stands for, joined to its second by a thin line
+    Vector first, second, vertex;  ///< a point is its first; a distance runs from first to second; an angle
+                                   ///< starts at the arm from vertex to first
+    Vector origin;  ///< of a distance: the place it stands for, joined to its second by a thin line
     bool hasOrigin = false;
     QString label;
     bool isGood = true;
-    double angle = 0;  ///< radians; negative: clockwise from first to second
+    double angle = 0;  ///< radians, from the first arm to the left; negative: to the right
 };
 
 struct Evaluation {

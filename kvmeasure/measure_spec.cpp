@@ -22,8 +22,8 @@ struct Place {
     int end = startOrEnd;  // 0 start, 1 end
 };
 
-const QStringList kinds{"length", "inclination", "rotation", "angle", "point", "intersection", "between",
-                        "shift", "distance", "far"};
+const QStringList kinds{"length",       "inclination", "rotation", "angle",    "point",
+                        "intersection", "between",     "shift",    "distance", "far"};
 
 /// One statement, taken word by word.
 class Statement {
@@ -88,7 +88,9 @@ Place Statement::takePlace() {
     const int last = file_.lineNames.size() - 1;
     if (!isNumber || place.line < 0 || place.line > last)
         fail(QString("\"%1\" is no template line; expected 0 to %2 or a name (%3)%4")
-                 .arg(line).arg(last).arg(file_.lineNames.join(", "), suggestion(line, file_.lineNames)));
+                 .arg(line)
+                 .arg(last)
+                 .arg(file_.lineNames.join(", "), suggestion(line, file_.lineNames)));
     return place;
 }
 
@@ -160,8 +162,8 @@ void Statement::readShift() {
         else
             fail(QString("expected \"ref LINE\" or \"reversed\", found \"%1\"").arg(word));
     }
-    add(new TSUMEndPointShiftInDirection(from.line, to.line, from.end == 0, to.end != 1, reference, isReversed,
-                                         degrees * radiansPerDegree, name_));
+    add(new TSUMEndPointShiftInDirection(from.line, to.line, from.end == 0, to.end != 1, reference,
+                                         isReversed, degrees * radiansPerDegree, name_));
 }
 
 void Statement::readDistance() {
@@ -208,7 +210,8 @@ void Statement::readKind(const QString& kind) {
         return add(new TSUMLinesIntersection(first.line, second.line, name_));
     constexpr double middle = 0.5;
     const double position = atEnd() ? middle : takeNumber("a position, 0 (first point) to 1 (second)");
-    add(new TSUMPointBetween2Points(first.line, second.line, first.end == 0, second.end != 1, position, name_));
+    add(new TSUMPointBetween2Points(first.line, second.line, first.end == 0, second.end != 1, position,
+                                    name_));
 }
 
 void Statement::read() {
@@ -259,19 +262,23 @@ const char* measureHelp() {
            "  length LINE                 distance of its ends, mm\n"
            "  inclination LINE            direction against the x axis, -180 to 180 degrees\n"
            "  rotation LINE LINE          turn from the first direction to the second, 0 to 180 degrees\n"
-           "  angle LINE LINE             angle between the lines where they meet: 180 degrees when they run on\n"
+           "  angle LINE LINE             angle between the lines where they meet: 180 degrees when they run "
+           "on\n"
            "                              straight, more for a left turn, less for a right turn\n"
            "  point LINE POSITION         point on a line: 0 its start, 0.5 its middle, 1 its end\n"
            "  intersection LINE LINE      where the lines, prolonged, meet\n"
            "  between PLACE PLACE [P]     point between two ends; P 0.5 (the middle) unless given;\n"
            "                              without .start or .end: end of the first, start of the second\n"
            "  shift PLACE PLACE DEGREES [ref LINE] [reversed]\n"
-           "                              way from place to place along a direction: the reference line (the\n"
+           "                              way from place to place along a direction: the reference line "
+           "(the\n"
            "                              first line unless given) turned left by DEGREES, mm with sign\n"
-           "  distance LINE LINE          from the middle of the first line square to the second line, mm with\n"
+           "  distance LINE LINE          from the middle of the first line square to the second line, mm "
+           "with\n"
            "                              sign; two shifts at the ends of the first line, averaged\n"
            "  far DX DY                   outermost point of all segments in a direction, and its segment\n"
-           "  TOLERANCE is \"12.1 +- 0.05\" or \"12.1 +0.05 -0.02\"; without the first number the value of the\n"
+           "  TOLERANCE is \"12.1 +- 0.05\" or \"12.1 +0.05 -0.02\"; without the first number the value of "
+           "the\n"
            "  taught part is the nominal value.\n";
 }
 

@@ -13,9 +13,9 @@ using KvMath::LinePP;
 
 namespace {
 
-constexpr double left = 84;     // pixels; room for the height axis
-constexpr double top = 84;      // title and legend
-constexpr double bottom = 64;   // x axis
+constexpr double left = 84;    // pixels; room for the height axis
+constexpr double top = 84;     // title and legend
+constexpr double bottom = 64;  // x axis
 constexpr double areaWidth = 900;
 constexpr double panelWidth = 330;
 constexpr double margin = 24;
@@ -50,7 +50,8 @@ private:
     void drawDistance(const Mark& mark, const QString& colour, Vector& anchor);
     void drawAngle(const Mark& mark, const QString& colour, Vector& anchor);
     void drawPointMark(const Mark& mark, const QString& colour, Vector& anchor);
-    void drawLabel(const Vector& anchor, const QString& text, const QString& colour, double preferred, bool isFilled);
+    void drawLabel(const Vector& anchor, const QString& text, const QString& colour, double preferred,
+                   bool isFilled);
     void drawHeader();
     void drawPanel();
     bool isInside(const Mark& mark) const;
@@ -68,7 +69,8 @@ Painter::Painter(const Picture& picture)
 Rect Painter::dataRange() const {
     Rect range{1e300, 1e300, -1e300, -1e300};
     const auto add = [&range](double x, double y) {
-        range = {std::min(range.left, x), std::min(range.top, y), std::max(range.right, x), std::max(range.bottom, y)};
+        range = {std::min(range.left, x), std::min(range.top, y), std::max(range.right, x),
+                 std::max(range.bottom, y)};
     };
     for (const KvPointXY& point : picture_.profile.points) {
         if (std::isfinite(point.x) && std::isfinite(point.y))
@@ -79,9 +81,10 @@ Rect Painter::dataRange() const {
     const double width = std::max({range.width(), range.height() / 10, 1e-3});
     const double height = std::max({range.height(), width / 1000, 1e-3});
     const Vector centre((range.left + range.right) / 2, (range.top + range.bottom) / 2);
-    constexpr double half = 0.56;       // of the extent on either side
+    constexpr double half = 0.56;        // of the extent on either side
     constexpr double halfHeight = 0.66;  // labels stand above and below
-    return {centre.x - half * width, centre.y - halfHeight * height, centre.x + half * width, centre.y + halfHeight * height};
+    return {centre.x - half * width, centre.y - halfHeight * height, centre.x + half * width,
+            centre.y + halfHeight * height};
 }
 
 void Painter::drawTicks(bool alongX) {
@@ -123,13 +126,15 @@ void Painter::drawAxes() {
     drawTicks(false);
     canvas_.rect(area, "fill=\"none\" " + stroke("#333", 1));
     const double factor = view_.scaleY / view_.scaleX;
-    const QString scale = factor > 1.5 ? QString("heights drawn %1 times larger than widths").arg(std::round(factor))
-                                       : QString("equal scale");
+    const QString scale = factor > 1.5
+                              ? QString("heights drawn %1 times larger than widths").arg(std::round(factor))
+                              : QString("equal scale");
     const double x = (area.left + area.right) / 2;
     canvas_.text({x, area.bottom + 42}, "x, mm", "text-anchor=\"middle\" fill=\"#333\"");
     canvas_.text({area.right, area.bottom + 42}, scale, "text-anchor=\"end\" fill=\"#666\" font-size=\"12\"");
     const double y = (area.top + area.bottom) / 2;
-    canvas_.raw(QString("<text transform=\"translate(22,%1) rotate(-90)\" text-anchor=\"middle\" fill=\"#333\">height, mm</text>")
+    canvas_.raw(QString("<text transform=\"translate(22,%1) rotate(-90)\" text-anchor=\"middle\" "
+                        "fill=\"#333\">height, mm</text>")
                     .arg(y, 0, 'f', 1));
 }
 
@@ -159,7 +164,8 @@ void Painter::drawPoints() {
     QString path;
     for (const Vector& dot : dots)
         path += QString("M%1 %2h0").arg(dot.x, 0, 'f', 1).arg(dot.y, 0, 'f', 1);
-    canvas_.raw(QString("<path d=\"%1\" stroke=\"#8A94A0\" stroke-width=\"3\" stroke-linecap=\"round\"/>").arg(path));
+    canvas_.raw(
+        QString("<path d=\"%1\" stroke=\"#8A94A0\" stroke-width=\"3\" stroke-linecap=\"round\"/>").arg(path));
 }
 
 void Painter::drawSegments() {
@@ -187,19 +193,22 @@ void Painter::drawLines() {
     }
 }
 
-void Painter::drawLabel(const Vector& anchor, const QString& text, const QString& colour, double preferred, bool isFilled) {
+void Painter::drawLabel(const Vector& anchor, const QString& text, const QString& colour, double preferred,
+                        bool isFilled) {
     constexpr double height = 20;
     const double width = textWidth(text, labelSize) + 12;
     const Rect box = placer_.place(anchor, width, height, preferred);
     const Vector centre((box.left + box.right) / 2, (box.top + box.bottom) / 2);
-    const Vector nearest(std::min(std::max(anchor.x, box.left), box.right), std::min(std::max(anchor.y, box.top), box.bottom));
+    const Vector nearest(std::min(std::max(anchor.x, box.left), box.right),
+                         std::min(std::max(anchor.y, box.top), box.bottom));
     if (length(nearest, anchor) > 12)
         canvas_.line(anchor, nearest, stroke(colour, 0.9, "stroke-dasharray=\"1.5 2.5\""));
     canvas_.rect(box, QString("rx=\"4\" fill=\"%1\" fill-opacity=\"%2\" stroke=\"%3\" stroke-width=\"1\"")
                           .arg(isFilled ? colour : QString("white"), isFilled ? "1" : "0.94", colour));
     canvas_.text({centre.x, centre.y + 4.7}, text,
                  QString("text-anchor=\"middle\" font-weight=\"bold\" fill=\"%1\" font-size=\"%2\"")
-                     .arg(isFilled ? QString("white") : colour).arg(labelSize));
+                     .arg(isFilled ? QString("white") : colour)
+                     .arg(labelSize));
 }
 
 void Painter::drawDistance(const Mark& mark, const QString& colour, Vector& anchor) {
@@ -228,22 +237,20 @@ void Painter::drawDistance(const Mark& mark, const QString& colour, Vector& anch
     anchor = middle(a, b);
 }
 
-/// The arc runs from the first arm to the second, the way that spans the value.
 void Painter::drawAngle(const Mark& mark, const QString& colour, Vector& anchor) {
     constexpr double radiusPixels = 46;
     constexpr int pieces = 48;
     const double radius = radiusPixels / view_.scaleX;
     const double from = std::atan2(mark.first.y - mark.vertex.y, mark.first.x - mark.vertex.x);
-    const double to = std::atan2(mark.second.y - mark.vertex.y, mark.second.x - mark.vertex.x);
-    const double span = std::remainder(to - from, 2 * pi);
     const auto at = [&](double angle, double scale) {
-        return view_.toPixel({mark.vertex.x + scale * radius * std::cos(angle), mark.vertex.y + scale * radius * std::sin(angle)});
+        return view_.toPixel({mark.vertex.x + scale * radius * std::cos(angle),
+                              mark.vertex.y + scale * radius * std::sin(angle)});
     };
     QList<Vector> arc;
     for (int i = 0; i <= pieces; ++i)
-        arc.append(at(from + span * i / pieces, 1));
+        arc.append(at(from + mark.angle * i / pieces, 1));
     const Vector vertex = view_.toPixel(mark.vertex);
-    for (const double arm : {from, to})
+    for (const double arm : {from, from + mark.angle})
         canvas_.line(vertex, at(arm, 1.35), stroke(colour, 1, "stroke-dasharray=\"5 4\""));
     canvas_.polyline(arc, stroke(colour, 1.8));
     canvas_.arrowHead(arc.last(), arc[pieces - 4], colour);
@@ -274,7 +281,8 @@ void Painter::drawMark(const Mark& mark) {
     double preferred = -pi / 2;
     if (mark.kind == Mark::Distance) {
         drawDistance(mark, colour, anchor);
-        const bool isUpright = std::fabs(mark.second.y - mark.first.y) > std::fabs(mark.second.x - mark.first.x);
+        const bool isUpright =
+            std::fabs(mark.second.y - mark.first.y) > std::fabs(mark.second.x - mark.first.x);
         preferred = isUpright ? 0 : pi / 2;
     } else if (mark.kind == Mark::Angle) {
         drawAngle(mark, colour, anchor);
@@ -295,7 +303,9 @@ void Painter::drawHeader() {
         canvas_.text({x + 29, 74}, text, "fill=\"#333\" font-size=\"12\"");
         x += 29 + textWidth(text, 12) + 22;
     };
-    canvas_.raw(QString("<path d=\"M%1 70h0m8 0h0m8 0h0\" stroke=\"#8A94A0\" stroke-width=\"3.4\" stroke-linecap=\"round\"/>").arg(x + 3));
+    canvas_.raw(QString("<path d=\"M%1 70h0m8 0h0m8 0h0\" stroke=\"#8A94A0\" stroke-width=\"3.4\" "
+                        "stroke-linecap=\"round\"/>")
+                    .arg(x + 3));
     entry("measured points", "none", 0);
     if (!picture_.segments.isEmpty() && !picture_.numberSegments)
         entry("segments found", "#30363D", 1.4);
@@ -316,26 +326,38 @@ void Painter::drawPanel() {
         }
         y += 24;
         const QString colour = value.isGood() ? "#111" : badColour;
-        const QString number = value.isValid ? QString::number(value.value, 'f', value.unit == "deg" ? 2 : 3) : "not measured";
+        const QString number =
+            value.isValid ? QString::number(value.value, 'f', value.unit == "deg" ? 2 : 3) : "not measured";
         canvas_.text({x, y}, value.name, QString("fill=\"%1\"").arg(colour));
-        canvas_.text({x + panelWidth - 42 - margin, y}, number, QString("text-anchor=\"end\" font-weight=\"bold\" fill=\"%1\"").arg(colour));
+        canvas_.text({x + panelWidth - 42 - margin, y}, number,
+                     QString("text-anchor=\"end\" font-weight=\"bold\" fill=\"%1\"").arg(colour));
         canvas_.text({x + panelWidth - 36 - margin, y}, value.unit, "fill=\"#555\"");
         if (!value.hasTolerance)
             continue;
         y += 17;
         const QString verdict = value.isGood() ? QString("good") : QString("OUT OF TOLERANCE");
-        canvas_.text({x + 10, y},
-                     QString("%1 %2%3 %4%5: %6").arg(value.tolerance.nominal).arg(value.tolerance.upper < 0 ? "" : "+")
-                         .arg(value.tolerance.upper).arg(value.tolerance.lower > 0 ? "+" : "").arg(value.tolerance.lower).arg(verdict),
-                     QString("font-size=\"12\" fill=\"%1\"").arg(value.isGood() ? QString("#1B7F3B") : badColour));
+        canvas_.text(
+            {x + 10, y},
+            QString("%1 %2%3 %4%5: %6")
+                .arg(value.tolerance.nominal)
+                .arg(value.tolerance.upper < 0 ? "" : "+")
+                .arg(value.tolerance.upper)
+                .arg(value.tolerance.lower > 0 ? "+" : "")
+                .arg(value.tolerance.lower)
+                .arg(verdict),
+            QString("font-size=\"12\" fill=\"%1\"").arg(value.isGood() ? QString("#1B7F3B") : badColour));
     }
 }
 
 QByteArray Painter::paint() {
     drawAxes();
     drawHeader();
-    canvas_.raw(QString("<clipPath id=\"area\"><rect x=\"%1\" y=\"%2\" width=\"%3\" height=\"%4\"/></clipPath><g clip-path=\"url(#area)\">")
-                    .arg(view_.area.left).arg(view_.area.top).arg(view_.area.width()).arg(view_.area.height()));
+    canvas_.raw(QString("<clipPath id=\"area\"><rect x=\"%1\" y=\"%2\" width=\"%3\" "
+                        "height=\"%4\"/></clipPath><g clip-path=\"url(#area)\">")
+                    .arg(view_.area.left)
+                    .arg(view_.area.top)
+                    .arg(view_.area.width())
+                    .arg(view_.area.height()));
     drawPoints();
     drawSegments();
     drawLines();
@@ -343,13 +365,15 @@ QByteArray Painter::paint() {
         drawMark(mark);
     for (int i = 0; i < picture_.lines.size(); ++i) {
         const LinePP& line = picture_.lines[i].line;
-        drawLabel(view_.toPixel(middle(line.p1, line.p2)), picture_.lines[i].label, lineColour(i), -pi / 2, true);
+        drawLabel(view_.toPixel(middle(line.p1, line.p2)), picture_.lines[i].label, lineColour(i), -pi / 2,
+                  true);
     }
     canvas_.raw("</g>");
     const bool hasPanel = !picture_.evaluation.values.isEmpty();
     if (hasPanel)
         drawPanel();
-    return canvas_.document(view_.area.right + (hasPanel ? panelWidth : 0) + margin, view_.area.bottom + bottom);
+    return canvas_.document(view_.area.right + (hasPanel ? panelWidth : 0) + margin,
+                            view_.area.bottom + bottom);
 }
 
 }  // namespace

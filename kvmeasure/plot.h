@@ -18,9 +18,9 @@ struct Picture {
     QString title;
     QString subtitle;
     KvMath::KvProfile profile;
-    Segments segments;         ///< all that were found
+    Segments segments;            ///< all that were found
     bool numberSegments = false;  ///< show their numbers, for choosing
-    QList<PlacedLine> lines;   ///< those that matched
+    QList<PlacedLine> lines;      ///< those that matched
     Evaluation evaluation;
 };
 

@@ -45,7 +45,8 @@ Projection fitProjection(const Rect& range, double left, double top, double widt
     projection.area = {left, top, left + width, top + drawn};
     const double centreX = (range.left + range.right) / 2;
     const double centreY = (range.top + range.bottom) / 2;
-    projection.origin = Vector(centreX - width / projection.scaleX / 2, centreY - drawn / projection.scaleY / 2);
+    projection.origin =
+        Vector(centreX - width / projection.scaleX / 2, centreY - drawn / projection.scaleY / 2);
     return projection;
 }
 
@@ -72,7 +73,8 @@ void Canvas::arrowHead(const Vector& tip, const Vector& from, const QString& col
     const Vector base(tip.x + d.x * headLength * size, tip.y + d.y * headLength * size);
     const Vector side(-d.y * halfWidth * size, d.x * halfWidth * size);
     raw(QString("<polygon points=\"%1 %2 %3\" fill=\"%4\"/>")
-            .arg(pair(tip), pair({base.x + side.x, base.y + side.y}), pair({base.x - side.x, base.y - side.y}), colour));
+            .arg(pair(tip), pair({base.x + side.x, base.y + side.y}),
+                 pair({base.x - side.x, base.y - side.y}), colour));
 }
 
 void Canvas::rect(const Rect& rect, const QString& style) {
@@ -81,18 +83,22 @@ void Canvas::rect(const Rect& rect, const QString& style) {
 }
 
 void Canvas::circle(const Vector& centre, double radius, const QString& style) {
-    raw(QString("<circle cx=\"%1\" cy=\"%2\" r=\"%3\" %4/>").arg(pixels(centre.x), pixels(centre.y), pixels(radius), style));
+    raw(QString("<circle cx=\"%1\" cy=\"%2\" r=\"%3\" %4/>")
+            .arg(pixels(centre.x), pixels(centre.y), pixels(radius), style));
 }
 
 void Canvas::text(const Vector& at, const QString& text, const QString& style) {
-    raw(QString("<text x=\"%1\" y=\"%2\" %3>%4</text>").arg(pixels(at.x), pixels(at.y), style, escaped(text)));
+    raw(QString("<text x=\"%1\" y=\"%2\" %3>%4</text>")
+            .arg(pixels(at.x), pixels(at.y), style, escaped(text)));
 }
 
 QByteArray Canvas::document(double width, double height) const {
-    const QString head = QString("<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"%1\" height=\"%2\" viewBox=\"0 0 %1 %2\" "
-                                 "font-family=\"DejaVu Sans, Verdana, sans-serif\" font-size=\"13\">\n"
-                                 "<rect width=\"100%\" height=\"100%\" fill=\"white\"/>\n")
-                             .arg(std::ceil(width)).arg(std::ceil(height));
+    const QString head =
+        QString("<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"%1\" height=\"%2\" viewBox=\"0 0 %1 %2\" "
+                "font-family=\"DejaVu Sans, Verdana, sans-serif\" font-size=\"13\">\n"
+                "<rect width=\"100%\" height=\"100%\" fill=\"white\"/>\n")
+            .arg(std::ceil(width))
+            .arg(std::ceil(height));
     return head.toUtf8() + body_ + "</svg>\n";
 }
 
@@ -102,7 +108,8 @@ double textWidth(const QString& text, double size) {
 }
 
 LabelPlacer::LabelPlacer(const Rect& area)
-    : area_(area), columns_(static_cast<int>(area.width() / cell) + 1), rows_(static_cast<int>(area.height() / cell) + 1),
+    : area_(area), columns_(static_cast<int>(area.width() / cell) + 1),
+      rows_(static_cast<int>(area.height() / cell) + 1),
       covered_(static_cast<std::size_t>(columns_) * static_cast<std::size_t>(rows_)) {}
 
 void LabelPlacer::cover(const Vector& at) {
@@ -110,7 +117,8 @@ void LabelPlacer::cover(const Vector& at) {
         return;
     const int column = static_cast<int>((at.x - area_.left) / cell);
     const int row = static_cast<int>((at.y - area_.top) / cell);
-    covered_[static_cast<std::size_t>(row) * static_cast<std::size_t>(columns_) + static_cast<std::size_t>(column)] = 1;
+    covered_[static_cast<std::size_t>(row) * static_cast<std::size_t>(columns_) +
+             static_cast<std::size_t>(column)] = 1;
 }
 
 void LabelPlacer::coverLine(const Vector& from, const Vector& to) {
@@ -122,7 +130,8 @@ void LabelPlacer::coverLine(const Vector& from, const Vector& to) {
 
 double LabelPlacer::cost(const Rect& label) const {
     constexpr double never = 1e9;
-    if (label.left < area_.left || label.right > area_.right || label.top < area_.top || label.bottom > area_.bottom)
+    if (label.left < area_.left || label.right > area_.right || label.top < area_.top ||
+        label.bottom > area_.bottom)
         return never;
     double sum = 0;
     for (const Rect& other : labels_) {
@@ -146,7 +155,8 @@ Rect LabelPlacer::place(const Vector& anchor, double width, double height, doubl
     double bestCost = 1e18;
     for (const double gap : {8.0, 16.0, 28.0, 44.0, 64.0, 90.0, 120.0, 160.0}) {
         for (int i = 0; i < directions; ++i) {
-            const double step = (i + 1) / 2 * (i % 2 == 0 ? 1.0 : -1.0);  // NOLINT(bugprone-integer-division): 0 1 1 2 2
+            const double step =
+                (i + 1) / 2 * (i % 2 == 0 ? 1.0 : -1.0);  // NOLINT(bugprone-integer-division): 0 1 1 2 2
             const double angle = preferred + step * turn;
             const double cx = anchor.x + std::cos(angle) * (gap + width / 2);
             const double cy = anchor.y + std::sin(angle) * (gap + height / 2);

@@ -20,17 +20,17 @@ struct Rect {
 
 /// Pixels of places in mm; y grows upwards in mm and downwards in pixels.
 struct Projection {
-    Vector origin;              ///< mm at the lower left corner of the area
+    Vector origin;                  ///< mm at the lower left corner of the area
     double scaleX = 1, scaleY = 1;  ///< pixels per mm
-    Rect area;                  ///< pixels
+    Rect area;                      ///< pixels
 
     Vector toPixel(const Vector& mm) const {
         return {area.left + (mm.x - origin.x) * scaleX, area.bottom - (mm.y - origin.y) * scaleY};
     }
 };
 
-/// Fits the range of a picture (mm) into an area of this width: equal scale where the height comes out between
-/// the limits, otherwise stretched by a round factor or narrowed.
+/// Fits the range of a picture (mm) into an area of this width: equal scale where the height comes out
+/// between the limits, otherwise stretched by a round factor or narrowed.
 Projection fitProjection(const Rect& range, double left, double top, double width);
 
 /// Collects SVG elements.
@@ -55,11 +55,11 @@ double textWidth(const QString& text, double size);  ///< estimated pixels, on t
 class LabelPlacer {
 public:
     explicit LabelPlacer(const Rect& area);
-    void cover(const Vector& at);                         ///< something is drawn here; labels avoid it
+    void cover(const Vector& at);  ///< something is drawn here; labels avoid it
     void coverLine(const Vector& from, const Vector& to);
 
-    /// Reserves the best free place for a label near `anchor`, trying the preferred direction (radians, pixels)
-    /// first, and gives it.
+    /// Reserves the best free place for a label near `anchor`, trying the preferred direction (radians,
+    /// pixels) first, and gives it.
     Rect place(const Vector& anchor, double width, double height, double preferred);
 
 private:

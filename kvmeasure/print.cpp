@@ -40,7 +40,9 @@ QString Table::text() const {
         QString line;
         for (int column = 0; column < columns; ++column) {
             const QString cell = row.value(column);
-            line += (right[column] ? cell.rightJustified(widths[column]) : cell.leftJustified(widths[column])) + "  ";
+            line +=
+                (right[column] ? cell.rightJustified(widths[column]) : cell.leftJustified(widths[column])) +
+                "  ";
         }
         while (line.endsWith(' '))
             line.chop(1);
@@ -96,9 +98,9 @@ QJsonArray jsonValues(const QList<Value>& values) {
 }
 
 QJsonObject jsonSearch(const KvMath::TSFindTemplateParams& search) {
-    return {{"contourGap", search.contourGap},         {"splitTolerance", search.splitTolerance},
-            {"minLineLength", search.minLineLength},   {"cornerTolerance", search.cornerTolerance},
-            {"allowReversed", search.allowReversed},   {"refineIterations", search.refineIterations}};
+    return {{"contourGap", search.contourGap},       {"splitTolerance", search.splitTolerance},
+            {"minLineLength", search.minLineLength}, {"cornerTolerance", search.cornerTolerance},
+            {"allowReversed", search.allowReversed}, {"refineIterations", search.refineIterations}};
 }
 
 QString segmentTable(const Segments& segments) {

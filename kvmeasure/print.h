@@ -23,8 +23,8 @@ private:
 void print(const QString& text);
 void printJson(const QJsonObject& object);
 
-QString mm(double value);               ///< four decimals, a tenth of a micrometre
-QJsonValue jsonNumber(double value);    ///< null for what JSON cannot hold
+QString mm(double value);             ///< four decimals, a tenth of a micrometre
+QJsonValue jsonNumber(double value);  ///< null for what JSON cannot hold
 QJsonArray jsonPoint(const Vector& point);
 QJsonArray jsonSegments(const Segments& segments);
 QJsonArray jsonValues(const QList<Value>& values);

@@ -17,8 +17,8 @@ using KvMath::KvPointXYZ;
 
 namespace {
 
-constexpr int longestLine = 4096;            // bytes; no row of a profile comes near
-constexpr int largestProfile = 1'000'000;    // points
+constexpr int longestLine = 4096;          // bytes; no row of a profile comes near
+constexpr int largestProfile = 1'000'000;  // points
 constexpr float unset = std::numeric_limits<float>::quiet_NaN();
 
 /// Layout of one kind of record: marker, count, further head, points.
@@ -26,13 +26,13 @@ struct Layout {
     unsigned char marker;
     const char* name;
     int countBytes;
-    int headBytes;   // with marker and count
+    int headBytes;  // with marker and count
     int pointBytes;
 };
 
 constexpr Layout layouts[] = {
-    {0x02, "XY cloud", 2, 3, 8},          {0x03, "XYZ cloud", 4, 5, 12},
-    {0x04, "XYZRGB cloud", 4, 5, 16},     {0x05, "profile with z", 2, 7, 8},
+    {0x02, "XY cloud", 2, 3, 8},           {0x03, "XYZ cloud", 4, 5, 12},
+    {0x04, "XYZRGB cloud", 4, 5, 16},      {0x05, "profile with z", 2, 7, 8},
     {0x85, "profile with tags", 2, 27, 8},
 };
 
@@ -64,9 +64,12 @@ QString shown(const QByteArray& bytes) {
 
 QString formName(FileForm form) {
     switch (form) {
-    case FileForm::LibraryCsv: return "CSV with semicolons";
-    case FileForm::Csv: return "CSV";
-    default: return "binary records";
+    case FileForm::LibraryCsv:
+        return "CSV with semicolons";
+    case FileForm::Csv:
+        return "CSV";
+    default:
+        return "binary records";
     }
 }
 
@@ -111,9 +114,10 @@ void PointFile::sniff() {
         const auto byte = static_cast<unsigned char>(start[i]);
         if (byte >= 0x20 || byte == '\t' || byte == '\r' || byte == '\n')
             continue;
-        failAtOffset(i, QString("byte 0x%1; expected CSV text, or a record that begins with 0x02 (XY), 0x03 (XYZ), "
-                                "0x04 (XYZRGB), 0x05 or 0x85 (profiles)")
-                            .arg(byte, 2, 16, QChar('0')));
+        failAtOffset(
+            i, QString("byte 0x%1; expected CSV text, or a record that begins with 0x02 (XY), 0x03 (XYZ), "
+                       "0x04 (XYZRGB), 0x05 or 0x85 (profiles)")
+                   .arg(byte, 2, 16, QChar('0')));
     }
     if (start.startsWith("\xEF\xBB\xBF"))
         file_.seek(3);
@@ -145,12 +149,15 @@ bool PointFile::nextHead(RecordHead& head) {
     const auto marker = static_cast<unsigned char>(bytes[0]);
     const Layout* layout = findLayout(marker);
     if (layout == nullptr)
-        failAtOffset(offset, QString("byte 0x%1; expected the marker of a record: 0x02, 0x03, 0x04, 0x05 or 0x85")
-                                 .arg(marker, 2, 16, QChar('0')));
+        failAtOffset(offset,
+                     QString("byte 0x%1; expected the marker of a record: 0x02, 0x03, 0x04, 0x05 or 0x85")
+                         .arg(marker, 2, 16, QChar('0')));
     const qint64 got = file_.read(bytes + 1, layout->headBytes - 1);
     if (got != layout->headBytes - 1)
         failAtOffset(offset, QString("%1 record: its head needs %2 bytes, the file ends after %3")
-                                 .arg(layout->name).arg(layout->headBytes).arg(got + 1));
+                                 .arg(layout->name)
+                                 .arg(layout->headBytes)
+                                 .arg(got + 1));
     head = RecordHead();
     head.marker = marker;
     head.offset = offset;
@@ -176,8 +183,11 @@ const QList<KvPointXYZ>& PointFile::nextPoints(int most) {
     const int complete = bytes.size() / layout.pointBytes;
     if (complete < wanted) {
         const qint64 there = qint64(head_.count - pointsLeft_) + complete;
-        failAtOffset(head_.offset, QString("%1 record: announces %2 points, the file ends after %3; it is cut or damaged")
-                                       .arg(layout.name).arg(head_.count).arg(there));
+        failAtOffset(head_.offset,
+                     QString("%1 record: announces %2 points, the file ends after %3; it is cut or damaged")
+                         .arg(layout.name)
+                         .arg(head_.count)
+                         .arg(there));
     }
     for (int i = 0; i < complete; ++i) {
         const char* at = bytes.constData() + qint64(i) * layout.pointBytes;
@@ -232,8 +242,11 @@ bool PointFile::nextRow(KvPointXY& point) {
             separator_ == ' ' ? line.simplified().split(' ') : line.split(separator_);
         const int needed = qMax(xColumn_, yColumn_) + 1;
         if (fields.size() < needed)
-            failAtLine(QString("has %1 column(s), expected at least %2 in \"%3\"; a row is \"x,y\" or \"x;y\"")
-                           .arg(fields.size()).arg(needed).arg(shown(line.trimmed())));
+            failAtLine(
+                QString("has %1 column(s), expected at least %2 in \"%3\"; a row is \"x,y\" or \"x;y\"")
+                    .arg(fields.size())
+                    .arg(needed)
+                    .arg(shown(line.trimmed())));
         bool isX = false;
         bool isY = false;
         point.x = field(fields, xColumn_, isX);
@@ -244,7 +257,8 @@ bool PointFile::nextRow(KvPointXY& point) {
             return true;
         if (!isHeader) {
             const int column = isX ? yColumn_ : xColumn_;
-            failAtLine(QString("column %1: expected a number, found \"%2\"").arg(column + 1)
+            failAtLine(QString("column %1: expected a number, found \"%2\"")
+                           .arg(column + 1)
                            .arg(shown(fields[column].trimmed())));
         }
     }
@@ -261,7 +275,8 @@ ProfileSource::ProfileSource(const QString& path, const QString& columns) : file
     const int y = parts.size() == 2 ? parts[1].toInt(&isY) : 0;
     constexpr int lastColumn = 1000;
     if (!isX || !isY || x < 1 || y < 1 || x > lastColumn || y > lastColumn)
-        throw Failure{QString("--columns needs two column numbers counted from 1, e.g. \"1,3\", not \"%1\"").arg(columns)};
+        throw Failure{QString("--columns needs two column numbers counted from 1, e.g. \"1,3\", not \"%1\"")
+                          .arg(columns)};
     file_.setColumns(x - 1, y - 1);
 }
 
@@ -271,7 +286,9 @@ void ProfileSource::add(LoadedProfile& loaded, float x, float y) const {
         return;
     }
     if (loaded.profile.points.size() == largestProfile)
-        throw Failure{QString("%1: has more than %2 points; that is no single profile").arg(file_.path()).arg(largestProfile)};
+        throw Failure{QString("%1: has more than %2 points; that is no single profile")
+                          .arg(file_.path())
+                          .arg(largestProfile)};
     loaded.profile.points.append(KvPointXY(x, y));
 }
 
@@ -286,8 +303,11 @@ void ProfileSource::readRecord(const RecordHead& head, LoadedProfile& loaded) {
             if (std::isnan(z))
                 z = point.z;
             if (point.z != z && !std::isnan(point.z))
-                throw Failure{QString("%1: offset %2: %3 record: its points lie at different z; expected one profile")
-                                  .arg(file_.path()).arg(head.offset).arg(recordName(head.marker))};
+                throw Failure{
+                    QString("%1: offset %2: %3 record: its points lie at different z; expected one profile")
+                        .arg(file_.path())
+                        .arg(head.offset)
+                        .arg(recordName(head.marker))};
             add(loaded, point.x, point.y);
         }
     }
@@ -305,7 +325,8 @@ bool ProfileSource::next(LoadedProfile& loaded) {
         while (file_.nextRow(point))
             add(loaded, point.x, point.y);
         if (loaded.profile.points.isEmpty())
-            throw Failure{QString("%1: holds no point; expected rows of \"x,y\" or \"x;y\"").arg(file_.path())};
+            throw Failure{
+                QString("%1: holds no point; expected rows of \"x,y\" or \"x;y\"").arg(file_.path())};
         return true;
     }
     RecordHead head;

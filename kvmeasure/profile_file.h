@@ -16,9 +16,9 @@ QString formName(FileForm form);
 /// Head of a binary record.
 struct RecordHead {
     unsigned char marker = 0;
-    qint64 offset = 0;    ///< of the marker in the file
-    quint32 count = 0;    ///< points announced
-    float z = 0;          ///< of a profile with z
+    qint64 offset = 0;          ///< of the marker in the file
+    quint32 count = 0;          ///< points announced
+    float z = 0;                ///< of a profile with z
     qint32 tagA = 0, tagB = 0;  ///< of a profile with tags
 };
 

@@ -24,12 +24,13 @@ ProfileScale measureScale(const KvMath::KvProfile& profile) {
     std::vector<double> steps;
     std::vector<double> bends;
     for (int i = 1; i < points.size(); ++i) {
-        steps.push_back(std::hypot(double(points[i].x) - points[i - 1].x, double(points[i].y) - points[i - 1].y));
+        steps.push_back(
+            std::hypot(double(points[i].x) - points[i - 1].x, double(points[i].y) - points[i - 1].y));
         if (i > 1)
             bends.push_back(std::fabs(double(points[i].y) - 2.0 * points[i - 1].y + points[i - 2].y));
     }
-    // On a straight piece y(i+1) - 2 y(i) + y(i-1) is noise alone, sqrt(1 + 4 + 1) times its deviation; the median
-    // of |normal| is 0.6745 deviations. Corners and jumps are few and do not move a median.
+    // On a straight piece y(i+1) - 2 y(i) + y(i-1) is noise alone, sqrt(1 + 4 + 1) times its deviation; the
+    // median of |normal| is 0.6745 deviations. Corners and jumps are few and do not move a median.
     constexpr double medianOfBend = 0.6745 * 2.449489742783178;
     ProfileScale scale;
     scale.spacing = median(steps);
@@ -46,8 +47,9 @@ ProfileScale measureScale(const KvMath::KvProfile& profile) {
 KvMath::TSFindTemplateParams estimateSearch(const KvMath::KvProfile& profile) {
     const ProfileScale scale = measureScale(profile);
     KvMath::TSFindTemplateParams search{};
-    // A gap keeps small dropouts together and parts surfaces at different heights. A split below six deviations
-    // of the noise would cut straight pieces; a fraction of the spacing is what noise-free corners can resolve.
+    // A gap keeps small dropouts together and parts surfaces at different heights. A split below six
+    // deviations of the noise would cut straight pieces; a fraction of the spacing is what noise-free corners
+    // can resolve.
     search.contourGap = std::max(8 * scale.spacing, 12 * scale.noise);
     search.splitTolerance = std::max({6 * scale.noise, scale.spacing, 1e-3 * scale.extent});
     search.refineIterations = 3;

@@ -36,8 +36,8 @@ void constrainLength(TSTemplate& lines, int line, const LinePP& segment, const T
     add(lines, new TSCLength(line, std::max(0.0, nominal - band), nominal + band));
 }
 
-/// An inclination lives in (-180, 180] degrees and its bounds cannot run across the end, so a line that points
-/// back along x goes without.
+/// An inclination lives in (-180, 180] degrees and its bounds cannot run across the end, so a line that
+/// points back along x goes without.
 void constrainInclination(TSTemplate& lines, const LinePP& segment, const TeachTolerances& tolerances) {
     const Vector d = direction(segment);
     const double nominal = std::atan2(d.y, d.x);
@@ -81,11 +81,15 @@ ChosenLines parseLines(const QString& text, int segments) {
         bool isNumber = false;
         const int segment = part.mid(equals + 1).trimmed().toInt(&isNumber);
         if (!isNumber || segment < 0 || segment >= segments)
-            throw Failure{QString("teach: --lines: \"%1\" is no segment; expected numbers from 0 to %2, e.g. \"1,3\" or "
-                                  "\"left=1, right=3\"")
-                              .arg(part.trimmed()).arg(segments - 1)};
+            throw Failure{
+                QString(
+                    "teach: --lines: \"%1\" is no segment; expected numbers from 0 to %2, e.g. \"1,3\" or "
+                    "\"left=1, right=3\"")
+                    .arg(part.trimmed())
+                    .arg(segments - 1)};
         if (equals >= 0 && !name.match(label).hasMatch())
-            throw Failure{QString("teach: --lines: \"%1\" is no name; expected letters, digits, - and _").arg(label)};
+            throw Failure{
+                QString("teach: --lines: \"%1\" is no name; expected letters, digits, - and _").arg(label)};
         if (chosen.segments.contains(segment) || (equals >= 0 && chosen.names.contains(label)))
             throw Failure{QString("teach: --lines: \"%1\" is there twice").arg(part.trimmed())};
         chosen.names.append(equals >= 0 ? label : QString::number(chosen.segments.size()));
@@ -96,8 +100,10 @@ ChosenLines parseLines(const QString& text, int segments) {
 
 ChosenLines longestLines(const Segments& segments, int count) {
     if (count > segments.size())
-        throw Failure{QString("teach: --longest %1: only %2 segments were found; lower --min-length or --split")
-                          .arg(count).arg(segments.size())};
+        throw Failure{
+            QString("teach: --longest %1: only %2 segments were found; lower --min-length or --split")
+                .arg(count)
+                .arg(segments.size())};
     std::vector<int> order(static_cast<std::size_t>(segments.size()));
     std::iota(order.begin(), order.end(), 0);
     std::stable_sort(order.begin(), order.end(), [&](int a, int b) {

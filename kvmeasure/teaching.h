@@ -7,12 +7,12 @@ namespace KvMeasure {
 
 /// How far a part may differ from the taught one.
 struct TeachTolerances {
-    double lengthMm = 0;           ///< of each line; with lengthShare whichever is greater
-    double lengthShare = 0.2;      ///< of the line's own length
-    double angleDegrees = 5;       ///< of the first line's inclination and of the turn from line to line
-    double distanceMm = 0;         ///< from the end of a line to the start of the next; or distanceShare
-    double distanceShare = 0.2;    ///< of that distance, at least 1 mm
-    bool anyInclination = false;   ///< the part may be turned by any angle
+    double lengthMm = 0;          ///< of each line; with lengthShare whichever is greater
+    double lengthShare = 0.2;     ///< of the line's own length
+    double angleDegrees = 5;      ///< of the first line's inclination and of the turn from line to line
+    double distanceMm = 0;        ///< from the end of a line to the start of the next; or distanceShare
+    double distanceShare = 0.2;   ///< of that distance, at least 1 mm
+    bool anyInclination = false;  ///< the part may be turned by any angle
 };
 
 /// Chosen segments with the names of the template lines.

@@ -30,7 +30,8 @@ constexpr SearchKey searchKeys[] = {
 };
 
 /// Keys of constraints and measurements whose values are real numbers.
-const QStringList realKeys{"lowerBound", "upperBound", "directionAngle", "position", "directionX", "directionY"};
+const QStringList realKeys{"lowerBound", "upperBound", "directionAngle",
+                           "position",   "directionX", "directionY"};
 
 bool isNumber(const QVariant& value) {
     return value.type() == QVariant::Double || value.type() == QVariant::LongLong ||
@@ -155,7 +156,8 @@ QByteArray readBounded(const QString& path) {
     if (!file.open(QIODevice::ReadOnly))
         throw Failure{QString("%1: cannot be read: %2").arg(path, file.errorString())};
     if (file.size() > largest)
-        throw Failure{QString("%1: has %2 bytes; a template has at most %3").arg(path).arg(file.size()).arg(largest)};
+        throw Failure{
+            QString("%1: has %2 bytes; a template has at most %3").arg(path).arg(file.size()).arg(largest)};
     return file.read(largest);
 }
 
@@ -165,11 +167,14 @@ QVariantMap parseJson(const QString& path, const QByteArray& text) {
     if (error.error != QJsonParseError::NoError) {
         const QByteArray before = text.left(error.offset);
         throw Failure{QString("%1: line %2, column %3: %4; expected a template in JSON")
-                          .arg(path).arg(before.count('\n') + 1)
-                          .arg(before.size() - before.lastIndexOf('\n')).arg(error.errorString())};
+                          .arg(path)
+                          .arg(before.count('\n') + 1)
+                          .arg(before.size() - before.lastIndexOf('\n'))
+                          .arg(error.errorString())};
     }
     if (!json.isObject())
-        throw Failure{QString("%1: expected a JSON object { ... } as written by \"kvmeasure teach\"").arg(path)};
+        throw Failure{
+            QString("%1: expected a JSON object { ... } as written by \"kvmeasure teach\"").arg(path)};
     return json.toVariant().toMap();
 }
 
@@ -182,7 +187,8 @@ TemplateFile readTemplateFile(const QString& path) {
     lines["constraints"] = reader.withDoubles(lines.value("constraints"), "template.constraints");
     const double number = reader.number(lines, "numOfLines", "template");
     if (!(number >= 0 && number <= mostTemplateLines) || number != std::floor(number))
-        reader.fail("template", QString("\"numOfLines\" must be a whole number from 0 to %1").arg(mostTemplateLines));
+        reader.fail("template",
+                    QString("\"numOfLines\" must be a whole number from 0 to %1").arg(mostTemplateLines));
     lines["numOfLines"] = static_cast<int>(number);
     document["template"] = lines;
     document["measurements"] = reader.withDoubles(document.value("measurements"), "measurements");
@@ -194,8 +200,9 @@ TemplateFile readTemplateFile(const QString& path) {
         const int got = file.lines.getAllConstraints().size();
         const int wanted = lines["constraints"].toList().size();
         if (got < wanted)
-            reader.fail(QString("template.constraints[%1]").arg(got),
-                        "has an unknown \"constraintType\", lacks a key, or names a line outside the template");
+            reader.fail(
+                QString("template.constraints[%1]").arg(got),
+                "has an unknown \"constraintType\", lacks a key, or names a line outside the template");
         reader.fail(QString("measurements[%1]").arg(file.measurements.getAllMeasurements().size()),
                     "has an unknown \"measurementType\" or lacks a key");
     }
@@ -217,8 +224,8 @@ QByteArray templateFileText(const TemplateFile& file) {
         means.append(QVariantMap{{"name", mean.name}, {"first", mean.first}, {"second", mean.second}});
     QVariantMap tolerances;
     for (auto it = file.tolerances.begin(); it != file.tolerances.end(); ++it)
-        tolerances[it.key()] = QVariantMap{
-            {"nominal", it->nominal}, {"lower", it->lower}, {"upper", it->upper}};
+        tolerances[it.key()] =
+            QVariantMap{{"nominal", it->nominal}, {"lower", it->lower}, {"upper", it->upper}};
     QVariantMap map = document.toMap();
     map["search"] = search;
     map["lineNames"] = file.lineNames;

@@ -37,9 +37,9 @@ struct TemplateFile {
     QMap<QString, Tolerance> tolerances;  ///< by name of the result
 };
 
-/// Reads a template file of at most 4 MB. Whole numbers count as numbers everywhere: the library takes a bound
-/// that is not of type double for unset, and JSON does not tell 3 from 3.0. Throws Failure with line and
-/// column, or with the place in the document and what was expected there.
+/// Reads a template file of at most 4 MB. Whole numbers count as numbers everywhere: the library takes a
+/// bound that is not of type double for unset, and JSON does not tell 3 from 3.0. Throws Failure with line
+/// and column, or with the place in the document and what was expected there.
 TemplateFile readTemplateFile(const QString& path);
 
 QByteArray templateFileText(const TemplateFile& file);
