@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 namespace KvMath::Internal {
 
@@ -26,12 +25,11 @@ int ContourEnds::append(int point) {
     const int contour = count();
     ends_.emplace_back();
     ends_.back().p = pts_[point];
-    if (isGrid() && ends_.size() > heads_.size())
+    const bool isFull = isGrid() ? ends_.size() > heads_.size() : contour >= kFew;
+    if (isFull && std::isfinite(gap_))
         makeGrid();
     else if (isGrid())
         insert(contour);
-    else if (contour >= kFew && gap_ < std::numeric_limits<double>::infinity())
-        makeGrid();
     return contour;
 }
 
@@ -57,7 +55,9 @@ int ContourEnds::nearest(const Point& p) const {
     const double x = std::floor(p.x / cell_);
     const double y = std::floor(p.y / cell_);
     for (int k = 0; k < 9; ++k) {
-        const int head = heads_[bucket(x + k % 3 - 1, y + k / 3 - 1)];
+        const int row = k / 3;
+        const int column = k % 3;
+        const int head = heads_[bucket(x + column - 1, y + row - 1)];
         for (int contour = head; contour >= 0; contour = ends_[static_cast<size_t>(contour)].next)
             compare(p, contour, best);
     }

@@ -3,6 +3,8 @@
 
 #include <kvmath/tsearch/contour_split_p.h>
 
+#include <kvmath/tsearch/double_pair_p.h>
+
 #include <algorithm>
 #include <cmath>
 
@@ -13,7 +15,6 @@ namespace {
 using Point = KvVector2D<double>;
 
 constexpr int kBlock = 64;  // points whose distances share one look for a new maximum
-constexpr int kLanes = 4;   // independent maxima within a block
 
 struct Farthest {
     int index = -1;
@@ -46,17 +47,33 @@ struct FromPoint {
     Point origin;
 };
 
-/// The greatest distance in a block; maxima of single lanes meet at the end, which changes no value.
+/// The greatest distance in a block, -1 when all are NaN.
 template <class Distance>
 double greatestInBlock(const Distance& distance, const Point* pts) {
-    double greatest[kLanes] = {-1, -1, -1, -1};
-    for (int k = 0; k < kBlock; k += kLanes) {
-        for (int lane = 0; lane < kLanes; ++lane) {
-            const double d = distance(pts[k + lane]);
-            greatest[lane] = d > greatest[lane] ? d : greatest[lane];
+    double greatest = -1;
+    for (int k = 0; k < kBlock; ++k) {
+        const double d = distance(pts[k]);
+        greatest = d > greatest ? d : greatest;
+    }
+    return greatest;
+}
+
+// Two points at a time by the same expression. Lanes have maxima of their own, which meet at the end: a
+// maximum is the same in any order.
+double greatestInBlock(const FromChord& chord, const Point* pts) {
+    const DoublePair origin = pairOf(chord.origin);
+    const DoublePair normal{chord.nx, chord.ny};
+    DoublePair greatest[2] = {{-1, -1}, {-1, -1}};
+    for (int k = 0; k < kBlock; k += 4) {
+        for (int half = 0; half < 2; ++half) {
+            const DoublePair first = normal * (origin - pairOf(pts[k + 2 * half]));
+            const DoublePair second = normal * (origin - pairOf(pts[k + 2 * half + 1]));
+            const DoublePair offsets = DoublePair{first[0], second[0]} + DoublePair{first[1], second[1]};
+            greatest[half] = greater(magnitudes(offsets), greatest[half]);
         }
     }
-    return std::max(std::max(greatest[0], greatest[1]), std::max(greatest[2], greatest[3]));
+    const DoublePair both = greater(greatest[0], greatest[1]);
+    return std::max(both[0], both[1]);
 }
 
 /// First of the farthest points in from .. to - 1. Whole blocks are asked for their maximum only; where it

@@ -3,6 +3,8 @@
 
 #include <kvmath/tsearch/line_fit_p.h>
 
+#include <kvmath/tsearch/double_pair_p.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
@@ -12,10 +14,6 @@ namespace KvMath::Internal {
 namespace {
 
 constexpr double kHalfPi = 1.5707963705062866;  // single-precision half pi, deliberately: see lsd
-
-using Pair = double __attribute__((vector_size(16)));
-
-Pair load(const KvVector2D<double>& p) { return Pair{p.x, p.y}; }
 
 LineABC lineAtAngle(double theta, double mx, double my) {
     LineABC line;
@@ -39,11 +37,11 @@ double squaredDistances(const LineABC& line, PointRange range) {
 // The five sums are independent chains: x with y and xx with yy share a vector, each lane keeping index
 // order.
 void addPoints(MomentSums& sums, PointRange range) {
-    Pair s = {sums.x, sums.y};
-    Pair ss = {sums.xx, sums.yy};
+    DoublePair s = {sums.x, sums.y};
+    DoublePair ss = {sums.xx, sums.yy};
     double xy = sums.xy;
     for (const KvVector2D<double>* p = range.first; p != range.last; ++p) {
-        const Pair v = load(*p);
+        const DoublePair v = pairOf(*p);
         s += v;
         ss += v * v;
         xy += p->x * p->y;
@@ -54,19 +52,19 @@ void addPoints(MomentSums& sums, PointRange range) {
 // An addition waits for the one before it in its chain; two stretches fill the waiting time of each other.
 void addPoints(MomentSums& sums1, PointRange range1, MomentSums& sums2, PointRange range2) {
     const ptrdiff_t common = std::min(range1.last - range1.first, range2.last - range2.first);
-    Pair s1 = {sums1.x, sums1.y};
-    Pair s2 = {sums2.x, sums2.y};
-    Pair ss1 = {sums1.xx, sums1.yy};
-    Pair ss2 = {sums2.xx, sums2.yy};
-    Pair xy = {sums1.xy, sums2.xy};
+    DoublePair s1 = {sums1.x, sums1.y};
+    DoublePair s2 = {sums2.x, sums2.y};
+    DoublePair ss1 = {sums1.xx, sums1.yy};
+    DoublePair ss2 = {sums2.xx, sums2.yy};
+    DoublePair xy = {sums1.xy, sums2.xy};
     for (ptrdiff_t i = 0; i < common; ++i) {
-        const Pair v1 = load(range1.first[i]);
-        const Pair v2 = load(range2.first[i]);
+        const DoublePair v1 = pairOf(range1.first[i]);
+        const DoublePair v2 = pairOf(range2.first[i]);
         s1 += v1;
         s2 += v2;
         ss1 += v1 * v1;
         ss2 += v2 * v2;
-        xy += Pair{v1[0], v2[0]} * Pair{v1[1], v2[1]};
+        xy += DoublePair{v1[0], v2[0]} * DoublePair{v1[1], v2[1]};
     }
     sums1 = {s1[0], s1[1], ss1[0], ss1[1], xy[0]};
     sums2 = {s2[0], s2[1], ss2[0], ss2[1], xy[1]};
