@@ -209,9 +209,11 @@ bool defaultCheckFunction(LinePP* lines, int* assignment, int level, void* param
 
 bool defaultBestFunction(LinePP* lines, int* candidate, int* currentBest, int nTemplateLines,
                          void* /*unused*/) {
+    if (candidate == nullptr || currentBest == nullptr)
+        return false;
     if (currentBest[0] < 0)
         return true;
-    return totalLength(lines, candidate, nTemplateLines) > totalLength(lines, currentBest, nTemplateLines);
+    return lines != nullptr && totalLength(lines, candidate, nTemplateLines) > totalLength(lines, currentBest, nTemplateLines);
 }
 
 void initDefaultCheckFunctionParams(DefaultCheckFunctionParams& params, int T) {

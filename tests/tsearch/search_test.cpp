@@ -1,0 +1,240 @@
+#include <kvmath/tsearch/search.h>
+
+#include <tests/support/random_data.h>
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <memory>
+#include <new>
+#include <vector>
+
+using namespace KvMath;
+using testing::Each;
+using testing::ElementsAre;
+
+namespace {
+int allocations = 0;
+}
+
+void* operator new(size_t size) {
+    ++allocations;
+    void* block = std::malloc(size > 0 ? size : 1);
+    if (block == nullptr)
+        throw std::bad_alloc();
+    return block;
+}
+void* operator new[](size_t size) { return operator new(size); }
+void operator delete(void* block) noexcept { std::free(block); }
+void operator delete[](void* block) noexcept { std::free(block); }
+void operator delete(void* block, size_t /*size*/) noexcept { std::free(block); }
+void operator delete[](void* block, size_t /*size*/) noexcept { std::free(block); }
+
+namespace {
+
+using Codes = std::vector<int>;
+
+/// Accepts by a hash of the codes up to the level, and records what it was asked.
+struct HashedCheck {
+    unsigned seed, oneIn;
+    std::vector<Codes> asked;
+
+    static bool call(LinePP* /*lines*/, int* codes, int level, void* data) {
+        auto& self = *static_cast<HashedCheck*>(data);
+        self.asked.emplace_back(codes, codes + level + 1);
+        unsigned hash = self.seed;
+        for (const int code : self.asked.back())
+            hash = (hash ^ static_cast<unsigned>(code)) * 2654435761U;
+        return (hash >> 16) % self.oneIn != 0;
+    }
+};
+
+/// Nested loops over codes, earlier lines scanned for the segment. Returns every admissible assignment.
+void enumerate(int nLines, size_t T, int step, Codes& codes, HashedCheck& check, std::vector<Codes>& all) {
+    const size_t level = codes.size();
+    if (level == T) {
+        all.push_back(codes);
+        return;
+    }
+    codes.push_back(0);
+    for (int code = 0; code < 2 * nLines; code += step) {
+        codes[level] = code;
+        if (std::any_of(codes.begin(), codes.end() - 1, [code](int c) { return c / 2 == code / 2; }))
+            continue;
+        if (HashedCheck::call(nullptr, codes.data(), static_cast<int>(level), &check))
+            enumerate(nLines, T, step, codes, check, all);
+    }
+    codes.pop_back();
+}
+
+struct Search {
+    std::vector<LinePP> lines;
+    int T;
+    bool reversed = true;
+    HashedCheck check{0, 1000000, {}};
+    int* codes = nullptr;
+
+    Search(int n, int templateLines, bool allowReversed = true)
+        : lines(static_cast<size_t>(n)), T(templateLines), reversed(allowReversed) {
+        for (int k = 0; k < n; ++k)
+            lines[static_cast<size_t>(k)] = LinePP({0, 0}, {1.0 + k % 3, 0});
+    }
+    ~Search() { delete[] codes; }
+    Search(const Search&) = delete;
+    Search& operator=(const Search&) = delete;
+
+    bool run(bool findBest = false) {
+        return templateSearch(lines.data(), static_cast<int>(lines.size()), T, &HashedCheck::call, &check, nullptr,
+                              nullptr, findBest, reversed, codes);
+    }
+    Codes found() const { return {codes, codes + T}; }
+};
+
+TEST(TemplateSearch, ResumedCallsFindWhatNestedLoopsFindWithTheSameQuestions) {
+    TestSupport::Draws draws(1);
+    for (int trial = 0; trial < 400; ++trial) {
+        SCOPED_TRACE(trial);
+        Search search(draws.integer(0, 5), draws.integer(1, 4), draws.chance(0.5));
+        search.check = {static_cast<unsigned>(trial), draws.chance(0.3) ? 1000000U : 3U, {}};
+        HashedCheck literal = search.check;
+        std::vector<Codes> expected;
+        Codes start;
+        if (static_cast<int>(search.lines.size()) >= search.T)
+            enumerate(static_cast<int>(search.lines.size()), static_cast<size_t>(search.T),
+                      search.reversed ? 1 : 2, start, literal, expected);
+        std::vector<Codes> found;
+        while (search.run())
+            found.push_back(search.found());
+        ASSERT_EQ(found, expected);
+        ASSERT_EQ(search.check.asked, literal.asked);
+        if (found.empty()) {
+            EXPECT_THAT(search.found(), Each(search.reversed ? -1 : -2));
+            continue;
+        }
+        EXPECT_EQ(search.found(), found.back());  // a failing resume leaves the array
+        Search best(static_cast<int>(search.lines.size()), search.T, search.reversed);
+        best.check = {static_cast<unsigned>(trial), literal.oneIn, {}};
+        EXPECT_TRUE(best.run(/*findBest=*/true));
+        const auto total = [&](const Codes& codes) {
+            double sum = 0;
+            for (const int code : codes)
+                sum += best.lines[static_cast<size_t>(code / 2)].p2.x;
+            return sum;
+        };
+        const auto shorter = [&](const Codes& a, const Codes& b) { return total(a) < total(b); };
+        EXPECT_EQ(best.found(), *std::max_element(found.begin(), found.end(), shorter));
+    }
+}
+
+TEST(TemplateSearch, AllocatesTheResultAndOneScratchBlock) {
+    Search search(300, 3);
+    const auto accept = [](LinePP*, int* codes, int level, void*) { return level == 0 || codes[level] > 590; };
+    int before = allocations;
+    EXPECT_TRUE(templateSearch(search.lines.data(), 300, 3, accept, nullptr, nullptr, nullptr, false, true,
+                               search.codes));
+    EXPECT_EQ(allocations - before, 2);
+    before = allocations;
+    EXPECT_TRUE(templateSearch(search.lines.data(), 300, 3, accept, nullptr, nullptr, nullptr, true, true,
+                               search.codes));
+    EXPECT_EQ(allocations - before, 1);
+}
+
+TEST(TemplateSearch, MoreTemplateLinesThanSegmentsFailAtOnce) {
+    Search search(30, 31);
+    EXPECT_FALSE(search.run());
+    EXPECT_TRUE(search.check.asked.empty());
+    EXPECT_THAT(search.found(), Each(-1));
+    for (const int T : {0, -1, 65537}) {
+        int* codes = nullptr;
+        EXPECT_FALSE(templateSearch(nullptr, 1 << 30, T, nullptr, nullptr, nullptr, nullptr, false, true, codes));
+        EXPECT_EQ(codes, nullptr);
+    }
+}
+
+TEST(TemplateSearch, RefusesToResumeFromCodesThatNameNoSegment) {
+    const struct {
+        Codes codes;
+        bool found;
+        Codes after;
+    } cases[] = {{{0, 2, -1}, true, {0, 2, 4}}, {{0, 2, -2}, false, {0, 2, -2}},   {{-1, 2, 4}, false, {-1, 2, 4}},
+                 {{0, 6, 2}, false, {0, 6, 2}}, {{0, 2, 6}, false, {0, 2, 6}},     {{0, 2, 5}, true, {0, 3, 4}},
+                 {{2, 2, 5}, true, {2, 4, 0}},  {{2, 3, 5}, true, {2, 4, 0}},      {{4, 3, 1}, false, {4, 3, 1}},
+                 {{5, 3, 1}, false, {5, 3, 1}}, {{1, 2147483647, 0}, false, {1, 2147483647, 0}}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::PrintToString(c.codes));
+        Search search(3, 3);
+        search.codes = new int[3];
+        std::copy(c.codes.begin(), c.codes.end(), search.codes);
+        EXPECT_EQ(search.run(), c.found);
+        EXPECT_EQ(search.found(), c.after);
+    }
+}
+
+/// Line 0 runs from (0, 0) to (10, 0); line 1 starts at (13, 4), five away from its end.
+struct CheckCase {
+    const char* name;
+    double minDistance, maxDistance, minAngle, maxAngle;
+    int sign;
+    KvVector2D<double> end;
+    bool accepted;
+};
+
+TEST(DefaultCheck, BoundsHoldOnEqualityAndMinusOneIsNone) {
+    const double quarter = std::acos(0.0);
+    const double nan = std::nan("");
+    const CheckCase cases[] = {
+        {"no bounds", -1, -1, -1, -1, 0, {13, 9}, true},
+        {"distance on both limits", 5, 5, -1, -1, 0, {13, 9}, true},
+        {"one step too far", -1, std::nextafter(5.0, 0.0), -1, -1, 0, {13, 9}, false},
+        {"one step too near", std::nextafter(5.0, 6.0), -1, -1, -1, 0, {13, 9}, false},
+        {"any other negative bound is live", -1, -0.5, -1, -1, 0, {13, 9}, false},
+        {"angle on both limits", -1, -1, quarter, quarter, 1, {13, 9}, true},
+        {"angle too wide", -1, -1, -1, std::nextafter(quarter, 0.0), 0, {13, 9}, false},
+        {"angle too narrow", -1, -1, std::nextafter(quarter, 2.0), -1, 0, {13, 9}, false},
+        {"left turn refused", -1, -1, quarter, -1, -1, {13, 9}, false},
+        {"right turn", -1, -1, quarter, -1, -1, {13, -9}, true},
+        {"sign without an angle bound", -1, -1, -1, -1, -1, {13, 9}, true},
+        {"no turn counts as a right turn", -1, -1, 0, -1, 1, {20, 4}, false},
+        {"no turn, right turn wanted", -1, -1, 0, -1, -1, {20, 4}, true},
+        {"NaN angle passes", -1, -1, 1, 1, 0, {13, 4}, true},
+        {"NaN bound passes", nan, nan, nan, nan, 0, {13, 9}, true},
+    };
+    for (const CheckCase& c : cases) {
+        SCOPED_TRACE(c.name);
+        DefaultCheckFunctionParams params;
+        initDefaultCheckFunctionParams(params, 3);
+        params.minDistance[1 * 3 + 0] = c.minDistance;
+        params.maxDistance[1 * 3 + 0] = c.maxDistance;
+        params.minAngle[1 * 3 + 0] = c.minAngle;
+        params.maxAngle[1 * 3 + 0] = c.maxAngle;
+        params.rotationSign[1 * 3 + 0] = c.sign;
+        LinePP lines[] = {LinePP({10, 0}, {0, 0}), LinePP({13, 4}, c.end)};
+        int codes[] = {1, 2, -1};
+        EXPECT_EQ(defaultCheckFunction(lines, codes, 1, &params), c.accepted);
+        EXPECT_TRUE(defaultCheckFunction(lines, codes, 0, &params));
+        EXPECT_FALSE(defaultCheckFunction(lines, codes, 2, &params)) << "unassigned";
+        EXPECT_FALSE(defaultCheckFunction(lines, codes, 3, &params)) << "outside the tables";
+        clearDefaultCheckFunctionParams(params);
+    }
+}
+
+TEST(DefaultBest, OnlyAGreaterTotalReplaces) {
+    LinePP lines[] = {LinePP({0, 0}, {3, 4}), LinePP({0, 0}, {0, 5}), LinePP({0, 0}, {6, 0})};
+    int none[] = {-1}, first[] = {0}, equal[] = {3}, longer[] = {4};
+    EXPECT_TRUE(defaultBestFunction(lines, first, none, 1, nullptr));
+    EXPECT_FALSE(defaultBestFunction(lines, equal, first, 1, nullptr));
+    EXPECT_TRUE(defaultBestFunction(lines, longer, first, 1, nullptr));
+}
+
+TEST(DefaultCheck, TablesOfImpossibleSizesStayEmpty) {
+    for (const int T : {0, -5, 4097, 2147483647}) {
+        DefaultCheckFunctionParams params;
+        initDefaultCheckFunctionParams(params, T);
+        EXPECT_TRUE(params.linesNumber == 0 && params.maxDistance == nullptr && params.rotationSign == nullptr);
+        clearDefaultCheckFunctionParams(params);
+    }
+}
+
+}  // namespace
