@@ -213,7 +213,8 @@ bool defaultBestFunction(LinePP* lines, int* candidate, int* currentBest, int nT
         return false;
     if (currentBest[0] < 0)
         return true;
-    return lines != nullptr && totalLength(lines, candidate, nTemplateLines) > totalLength(lines, currentBest, nTemplateLines);
+    return lines != nullptr &&
+           totalLength(lines, candidate, nTemplateLines) > totalLength(lines, currentBest, nTemplateLines);
 }
 
 void initDefaultCheckFunctionParams(DefaultCheckFunctionParams& params, int T) {

@@ -20,7 +20,7 @@ struct DefaultCheckFunctionParams {
     double* maxAngle;     ///< radians in [0, pi], between the directions of both lines
     double* minAngle;     ///< radians, lower bound of the same angle
     int* rotationSign;    ///< sense of turn from the earlier line to the later: +1, -1, 0 either; read only
-                        ///< where an angle bound is set
+                          ///< where an angle bound is set
 };
 
 /// Finds the next admissible assignment (findBest false) or the best of all that follow (true); false when

@@ -1,6 +1,6 @@
 #pragma once
-// Line extraction as its description reads, one step after the other: the oracle of the tests and the yardstick of
-// the benchmarks. Every distance, fit and list is formed anew.
+// Line extraction as its description reads, one step after the other: the oracle of the tests and the
+// yardstick of the benchmarks. Every distance, fit and list is formed anew.
 
 #include <kvmath/tsearch/line_geometry.h>
 

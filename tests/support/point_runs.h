@@ -14,7 +14,8 @@ namespace TestSupport {
 
 using PointRun = std::vector<KvMath::KvVector2D<double>>;
 
-/// A groove of six straight flanks across 96 mm, noise of 0.02 mm, coordinates of single precision as profiles have.
+/// A groove of six straight flanks across 96 mm, noise of 0.02 mm, coordinates of single precision as
+/// profiles have.
 inline PointRun groove(int n, unsigned seed = 1) {
     const double xs[] = {-48, -30, -12, -6, 6, 12, 48.1};
     const double ys[] = {300, 300, 290, 284, 284, 290, 302};
@@ -32,17 +33,25 @@ inline PointRun groove(int n, unsigned seed = 1) {
 
 inline KvMath::KvVector2D<double> drawnPoint(Draws& draws, int kind, int i, int n) {
     switch (kind) {
-    case 0: return {0.5 * draws.integer(-9, 9), 0.5 * draws.integer(-9, 9)};
-    case 1: return {0.25 * i, 0.25 * draws.integer(0, 3)};
-    case 2: return {0.1 * i, std::fabs(std::fmod(0.1 * i, 6) - 3) + draws.normal(0.02)};
-    case 3: return {10 * std::cos(6.4 * i / n), 10 * std::sin(6.4 * i / n)};
-    case 4: return {draws.real(-1, 1), draws.real(-1, 1)};
-    case 5: return {0.03 * i, 2 * (i / 20 % 2) + draws.normal(0.02)};
-    default: return {1.0 * i, 0};
+    case 0:
+        return {0.5 * draws.integer(-9, 9), 0.5 * draws.integer(-9, 9)};
+    case 1:
+        return {0.25 * i, 0.25 * draws.integer(0, 3)};
+    case 2:
+        return {0.1 * i, std::fabs(std::fmod(0.1 * i, 6) - 3) + draws.normal(0.02)};
+    case 3:
+        return {10 * std::cos(6.4 * i / n), 10 * std::sin(6.4 * i / n)};
+    case 4:
+        return {draws.real(-1, 1), draws.real(-1, 1)};
+    case 5:
+        return {0.03 * i, 2 * (i / 20 % 2) + draws.normal(0.02)};
+    default:
+        return {1.0 * i, 0};
     }
 }
 
-/// 0 to 700 points; about half of the runs hold NaN, infinities, huge or tiny values, duplicates, or are closed.
+/// 0 to 700 points; about half of the runs hold NaN, infinities, huge or tiny values, duplicates, or are
+/// closed.
 inline PointRun drawnRun(Draws& draws) {
     const int n = draws.chance(0.1) ? draws.integer(0, 3) : draws.integer(2, draws.chance(0.1) ? 700 : 60);
     const int kind = draws.integer(0, 6);
@@ -55,7 +64,9 @@ inline PointRun drawnRun(Draws& draws) {
     }
     if (n == 0)
         return run;
-    const auto any = [&]() -> KvMath::KvVector2D<double>& { return run[static_cast<size_t>(draws.integer(0, n - 1))]; };
+    const auto any = [&]() -> KvMath::KvVector2D<double>& {
+        return run[static_cast<size_t>(draws.integer(0, n - 1))];
+    };
     const double hostile[] = {std::nan(""), HUGE_VAL, -HUGE_VAL, 1e308, -1e160};
     if (draws.chance(0.3))
         any().x = hostile[draws.integer(0, 4)];

@@ -15,7 +15,8 @@ TEST(ExtractSegments, EqualsTheStepsOneByOneAndAppends) {
     for (int trial = 0; trial < 3000; ++trial) {
         SCOPED_TRACE(trial);
         const PointRun run = drawnRun(draws);
-        const TSFindTemplateParams params{draws.chance(0.5) ? 0.6 : 0.2, 0.1, draws.integer(0, 3), 0.3, true, 0.5};
+        const TSFindTemplateParams params{
+            draws.chance(0.5) ? 0.6 : 0.2, 0.1, draws.integer(0, 3), 0.3, true, 0.5};
         PointRun expected(2);
         for (const PointRun& contour : Literal::contours(run, params.contourGap)) {
             const PointRun v = Literal::pieces(contour, 0.1, params.refineIterations, 0.5).second;

@@ -86,8 +86,8 @@ struct Search {
     Search& operator=(const Search&) = delete;
 
     bool run(bool findBest = false) {
-        return templateSearch(lines.data(), static_cast<int>(lines.size()), T, &HashedCheck::call, &check, nullptr,
-                              nullptr, findBest, reversed, codes);
+        return templateSearch(lines.data(), static_cast<int>(lines.size()), T, &HashedCheck::call, &check,
+                              nullptr, nullptr, findBest, reversed, codes);
     }
     Codes found() const { return {codes, codes + T}; }
 };
@@ -130,7 +130,9 @@ TEST(TemplateSearch, ResumedCallsFindWhatNestedLoopsFindWithTheSameQuestions) {
 
 TEST(TemplateSearch, AllocatesTheResultAndOneScratchBlock) {
     Search search(300, 3);
-    const auto accept = [](LinePP*, int* codes, int level, void*) { return level == 0 || codes[level] > 590; };
+    const auto accept = [](LinePP*, int* codes, int level, void*) {
+        return level == 0 || codes[level] > 590;
+    };
     int before = allocations;
     EXPECT_TRUE(templateSearch(search.lines.data(), 300, 3, accept, nullptr, nullptr, nullptr, false, true,
                                search.codes));
@@ -148,7 +150,8 @@ TEST(TemplateSearch, MoreTemplateLinesThanSegmentsFailAtOnce) {
     EXPECT_THAT(search.found(), Each(-1));
     for (const int T : {0, -1, 65537}) {
         int* codes = nullptr;
-        EXPECT_FALSE(templateSearch(nullptr, 1 << 30, T, nullptr, nullptr, nullptr, nullptr, false, true, codes));
+        EXPECT_FALSE(
+            templateSearch(nullptr, 1 << 30, T, nullptr, nullptr, nullptr, nullptr, false, true, codes));
         EXPECT_EQ(codes, nullptr);
     }
 }
@@ -158,10 +161,17 @@ TEST(TemplateSearch, RefusesToResumeFromCodesThatNameNoSegment) {
         Codes codes;
         bool found;
         Codes after;
-    } cases[] = {{{0, 2, -1}, true, {0, 2, 4}}, {{0, 2, -2}, false, {0, 2, -2}},   {{-1, 2, 4}, false, {-1, 2, 4}},
-                 {{0, 6, 2}, false, {0, 6, 2}}, {{0, 2, 6}, false, {0, 2, 6}},     {{0, 2, 5}, true, {0, 3, 4}},
-                 {{2, 2, 5}, true, {2, 4, 0}},  {{2, 3, 5}, true, {2, 4, 0}},      {{4, 3, 1}, false, {4, 3, 1}},
-                 {{5, 3, 1}, false, {5, 3, 1}}, {{1, 2147483647, 0}, false, {1, 2147483647, 0}}};
+    } cases[] = {{{0, 2, -1}, true, {0, 2, 4}},
+                 {{0, 2, -2}, false, {0, 2, -2}},
+                 {{-1, 2, 4}, false, {-1, 2, 4}},
+                 {{0, 6, 2}, false, {0, 6, 2}},
+                 {{0, 2, 6}, false, {0, 2, 6}},
+                 {{0, 2, 5}, true, {0, 3, 4}},
+                 {{2, 2, 5}, true, {2, 4, 0}},
+                 {{2, 3, 5}, true, {2, 4, 0}},
+                 {{4, 3, 1}, true, {5, 0, 2}},
+                 {{5, 3, 1}, false, {5, 3, 1}},
+                 {{1, 2147483647, 0}, false, {1, 2147483647, 0}}};
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::PrintToString(c.codes));
         Search search(3, 3);
@@ -232,7 +242,8 @@ TEST(DefaultCheck, TablesOfImpossibleSizesStayEmpty) {
     for (const int T : {0, -5, 4097, 2147483647}) {
         DefaultCheckFunctionParams params;
         initDefaultCheckFunctionParams(params, T);
-        EXPECT_TRUE(params.linesNumber == 0 && params.maxDistance == nullptr && params.rotationSign == nullptr);
+        EXPECT_TRUE(params.linesNumber == 0 && params.maxDistance == nullptr &&
+                    params.rotationSign == nullptr);
         clearDefaultCheckFunctionParams(params);
     }
 }
