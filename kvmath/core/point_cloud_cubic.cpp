@@ -117,11 +117,11 @@ int thinOut(const std::vector<Membership>& memberships, int minCount, std::vecto
 }
 
 int removeSparse(KvPointCloud<KvPointXYZ>& cloud, float step, float cell, int minCount, bool balls) {
-    if (!(cell > 0.0F) || !(step > 0.0F) || minCount < 1)
-        return 0;
     if (std::isnan(cloud.minX) || std::isnan(cloud.maxX) || std::isnan(cloud.minY) ||
         std::isnan(cloud.maxY) || std::isnan(cloud.minZ) || std::isnan(cloud.maxZ))
         cloud.calcRange();
+    if (!(cell > 0.0F) || minCount < 1)
+        return 0;
     const Grid grid(cloud, step, cell);
     if (grid.x.count() == 0 || grid.y.count() == 0 || grid.z.count() == 0)
         return 0;

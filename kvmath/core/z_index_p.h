@@ -40,10 +40,10 @@ struct IndexWindow {
 /// is harmless.
 inline IndexWindow windowOfZ(const QMap<float, int>& index, int size, float zmin, float zmax) {
     IndexWindow window{0, size - 1};
-    if (index.isEmpty())
+    if (index.isEmpty() || index.first() == index.last())
         return window;
-    const bool descending = index.first() > index.last();
-    if (!descending) {
+    const bool ascending = index.first() < index.last();
+    if (ascending) {
         if (!std::isnan(zmin)) {
             const auto run = index.lowerBound(zmin);
             window.first = run == index.cend() ? index.last() : run.value();

@@ -1,0 +1,251 @@
+// Filters against their literal forms on seeded random clouds, and the limits of their arguments.
+
+#include <tests/support/literal_clouds.h>
+#include <tests/support/random_data.h>
+
+#include <gmock/gmock.h>
+
+#include <climits>
+#include <cstring>
+#include <limits>
+#include <vector>
+
+using namespace KvMath;
+using TestSupport::Draws;
+using TestSupport::kNaN;
+using Cloud = KvPointCloud<KvPointXYZ>;
+namespace Literal = TestSupport::Literal;
+
+namespace {
+
+constexpr float kInf = std::numeric_limits<float>::infinity();
+
+bool sameBits(float a, float b) {
+    return std::memcmp(&a, &b, sizeof a) == 0 || (std::isnan(a) && std::isnan(b));
+}
+
+MATCHER_P(IsSameCloudAs, other, "") {
+    const Cloud& a = arg;
+    const Cloud& b = other;
+    bool same = a.points.size() == b.points.size() && sameBits(a.minX, b.minX) && sameBits(a.maxX, b.maxX) &&
+                sameBits(a.minY, b.minY) && sameBits(a.maxY, b.maxY) && sameBits(a.minZ, b.minZ) &&
+                sameBits(a.maxZ, b.maxZ);
+    for (int i = 0; same && i < a.points.size(); ++i) {
+        const KvPointXYZ p = a.points.at(i);
+        const KvPointXYZ q = b.points.at(i);
+        same = sameBits(p.x, q.x) && sameBits(p.y, q.y) && sameBits(p.z, q.z);
+    }
+    *result_listener << a.points.size() << " points against " << b.points.size();
+    return same;
+}
+
+Cloud randomCloud(Draws& draw, int size, float range, float grid, double unset, float offset = 0.0F) {
+    Cloud cloud;
+    for (int i = 0; i < size; ++i) {
+        const float x = draw.coordinate(range, grid, unset) + offset;
+        const float y = draw.coordinate(range, grid, unset) + offset;
+        cloud.points.append(KvPointXYZ(offset == 0.0F && draw.chance(0.02) ? -0.0F : x, y,
+                                       draw.coordinate(range, grid, unset) + offset));
+    }
+    return cloud;
+}
+
+void checkSparse(const Cloud& cloud, float cell, int minCount) {
+    SCOPED_TRACE(testing::Message() << cloud.points.size() << " points, cell " << cell << ", minCount "
+                                    << minCount);
+    Cloud fast = cloud;
+    Cloud slow = cloud;
+    fast.zIndexBuilt = slow.zIndexBuilt = true;
+    EXPECT_EQ(fast.cubicFilter(cell, minCount), Literal::cubicFilter(slow, cell, minCount));
+    EXPECT_THAT(fast, IsSameCloudAs(slow));
+    EXPECT_EQ(fast.zIndexBuilt, slow.zIndexBuilt);
+    for (const bool spherical : {false, true}) {
+        SCOPED_TRACE(spherical ? "balls" : "cubes");
+        fast = slow = cloud;
+        EXPECT_EQ(fast.cubicFilter2(cell, 7.0F, minCount, spherical),
+                  Literal::cubicFilter2(slow, cell, minCount, spherical));
+        EXPECT_THAT(fast, IsSameCloudAs(slow));
+    }
+}
+
+TEST(SparseFilters, EqualTheScanOfAllCells) {
+    Draws draw(11);
+    for (int round = 0; round < 120; ++round) {
+        const float grid = draw.chance(0.5) ? 0.5F : 0.01F;
+        Cloud cloud = randomCloud(draw, draw.integer(0, 150), 4.0F, grid, draw.chance(0.5) ? 0.1 : 0.0);
+        if (draw.chance(0.3)) {  // a range that is not that of the points
+            cloud.calcRange();
+            cloud.minX += 1.0F;
+            cloud.maxY -= 1.5F;
+            cloud.maxZ += 3.0F;
+        }
+        checkSparse(cloud, draw.chance(0.5) ? 1.0F : static_cast<float>(draw.real(0.6, 4.0)),
+                    draw.integer(-1, 6));
+    }
+}
+
+TEST(SparseFilters, EqualTheScanWhereCellsAreAsSmallAsRounding) {
+    Draws draw(12);
+    for (const float offset : {1048576.0F, -1048576.0F, 1048570.0F, -1048570.0F, 0.0F})
+        for (const float cell : {0.05F, 0.0625F, 0.07F, 0.09375F, 0.1F, 0.125F, 0.15F, 0.1875F, 0.2F, 0.3F})
+            checkSparse(randomCloud(draw, 60, 0.75F, 0.125F, 0.0, offset), cell, 2);
+}
+
+TEST(SparseFilters, EdgesOfManyCellsAreTheSumsOfSingleSteps) {
+    Draws draw(13);
+    for (const float cell : {0.001F, 0.0123F, 1.5F / 1024.0F, 0.37F}) {
+        float edge =
+            -300.0F;  // the points of a column sit on the lower faces of its cells, or a float beside them
+        Cloud cloud;
+        while (edge < 300.0F) {
+            if (draw.chance(0.002)) {
+                const float beside = draw.chance(0.3) ? std::nextafterf(edge, kInf) : edge;
+                cloud.points.append(KvPointXYZ(0.0F, beside, 0.0F));
+                cloud.points.append(KvPointXYZ(0.0F, beside + cell * 0.7F, 0.0F));
+            }
+            edge += cell;
+        }
+        cloud.minX = cloud.minZ = -cell * 0.5F;
+        cloud.maxX = cloud.maxZ = cell * 0.25F;
+        cloud.minY = -300.0F;
+        cloud.maxY = 300.0F;
+        Cloud fast = cloud;
+        // The scan of the column: only points near a cell can be in it, so a sweep finds what a search would.
+        std::vector<bool> gone(static_cast<std::size_t>(cloud.points.size()), false);
+        int removed = 0;
+        for (float y = -300.0F; y < 300.0F; y += cell) {
+            std::vector<int> inside;
+            const auto from = std::lower_bound(cloud.points.begin(), cloud.points.end(), y - 1.0F,
+                                               [](const KvPointXYZ& p, float v) { return p.y < v; });
+            for (auto p = from; p != cloud.points.end() && p->y <= y + 1.0F; ++p)
+                if (p->y >= y && p->y <= y + cell &&
+                    !gone[static_cast<std::size_t>(p - cloud.points.begin())])
+                    inside.push_back(static_cast<int>(p - cloud.points.begin()));
+            if (inside.size() >= 2)
+                continue;
+            for (const int i : inside)
+                gone[static_cast<std::size_t>(i)] = true;
+            removed += static_cast<int>(inside.size());
+        }
+        EXPECT_GT(removed, 0) << cell;
+        EXPECT_EQ(fast.cubicFilter(cell, 2), removed) << cell;
+        for (int i = cloud.points.size() - 1; i >= 0; --i)
+            if (gone[static_cast<std::size_t>(i)])
+                cloud.points.removeAt(i);
+        EXPECT_THAT(fast, IsSameCloudAs(cloud));
+    }
+}
+
+TEST(SparseFilters, AnswerAnyArgumentAtOnce) {
+    Draws draw(14);
+    const float huge = std::numeric_limits<float>::max();
+    for (const float range : {1e-40F, 1e-12F, 1.0F, 1e6F, 1e20F, huge, kInf}) {
+        Cloud cloud = randomCloud(draw, 200, 8.0F, 1.0F, 0.1);
+        for (KvPointXYZ& p : cloud.points)
+            p = KvPointXYZ(p.x / 8.0F * range, p.y / 8.0F * range, p.z / 8.0F * range);
+        for (const float cell : {1e-45F, 1e-38F, 1e-16F, 1e-6F, 1.0F, 1e19F, huge, kInf, kNaN, 0.0F, -1.0F}) {
+            for (const int minCount : {INT_MIN, 0, 1, 3, INT_MAX}) {
+                Cloud a = cloud;
+                Cloud b = cloud;
+                const int cubes = a.cubicFilter(cell, minCount);
+                const int balls = b.sphericalFilter2(cell, kNaN, minCount);
+                EXPECT_EQ(cubes, 200 - a.points.size());
+                EXPECT_EQ(balls, 200 - b.points.size());
+                if (!(cell > 0.0F) || minCount < 1) {
+                    EXPECT_EQ(cubes + balls, 0);
+                }
+            }
+        }
+    }
+}
+
+TEST(ClearEdgeEffect, EqualsTheScanOfAllSlices) {
+    Draws draw(15);
+    int touched = 0;
+    for (int round = 0; round < 600; ++round) {
+        Cloud cloud = randomCloud(draw, draw.integer(0, 40), 3.0F, 1.0F, draw.chance(0.3) ? 0.2 : 0.0);
+        const int order = draw.integer(0, 3);  // 3: unsorted
+        if (order < 3)
+            cloud.sort(static_cast<KvSortOrder>(draw.integer(0, 2)), static_cast<KvSortOrder>(order));
+        const float step = draw.chance(0.5) ? 1.0F : static_cast<float>(draw.real(0.05, 3.0));
+        Cloud slow = cloud;
+        slow.zIndex = cloud.zIndex;
+        slow.zIndexBuilt = cloud.zIndexBuilt;
+        const int before = cloud.points.size();
+        cloud.clearEdgeEffect(step);
+        Literal::clearEdgeEffect(slow, step);
+        touched += cloud.points.size() < before ? 1 : 0;
+        ASSERT_THAT(cloud, IsSameCloudAs(slow)) << "round " << round << ", step " << step;
+    }
+    EXPECT_GT(touched, 200);
+}
+
+TEST(ClearEdgeEffect, PassesOverSlicesWithoutPoints) {
+    Cloud cloud;
+    for (const float z : {0.0F, 1.0F, 1000.0F})
+        cloud.points.append(KvPointXYZ(z, 1.0F, z));
+    for (const float step : {1e-6F, 1e-30F, 0.0F, -1.0F, kNaN, kInf})
+        cloud.clearEdgeEffect(step);
+    EXPECT_EQ(cloud.points.size(), 3);
+}
+
+TEST(RemoveIndeces, EqualsRemovalOneByOne) {
+    Draws draw(16);
+    for (int round = 0; round < 2000; ++round) {
+        QList<KvPointXY> slow;
+        for (int i = draw.integer(0, 12); i > 0; --i)
+            slow.append(KvPointXY(static_cast<float>(i), 0.0F));
+        QList<int> indices;
+        for (int i = draw.integer(0, 15); i > 0; --i)
+            indices.append(draw.integer(-3, 15));
+        KvPointCloud<KvPointXY> fast;
+        fast.points = slow;
+        QList<int> sorted = indices;
+        EXPECT_EQ(fast.removeIndeces(sorted), Literal::removeIndeces(slow, indices));
+        EXPECT_TRUE(std::is_sorted(sorted.begin(), sorted.end()));
+        ASSERT_EQ(fast.points.size(), slow.size());
+        for (int i = 0; i < slow.size(); ++i)
+            EXPECT_EQ(fast.points.at(i).x, slow.at(i).x);
+    }
+}
+
+TEST(RemovePointsByYLevel, TakesTheLevelItselfOnBothSidesAndKeepsUnsetPoints) {
+    Cloud cloud;
+    for (const float y : {4.0F, 5.0F, kNaN, 6.0F})
+        cloud.points.append(KvPointXYZ(0.0F, y, 0.0F));
+    Cloud below = cloud;
+    EXPECT_EQ(cloud.removePointsByYLevel(5.0F, true), 2);
+    EXPECT_EQ(below.removePointsByYLevel(5.0F, false), 2);
+    EXPECT_EQ(cloud.points.first().y, 4.0F);
+    EXPECT_EQ(below.points.last().y, 6.0F);
+}
+
+TEST(Trim, RecordsTheBoxAndKeepsUnsetCoordinates) {
+    Cloud cloud;
+    for (const float x : {0.0F, 1.0F, kNaN, 4.0F, 5.0F})
+        cloud.append(KvPointXYZ(x, 1.0F, 1.0F), true);
+    cloud.trim(1.0F, 9.0F, kNaN, kNaN, -2.0F, 1.0F);
+    EXPECT_EQ(cloud.points.size(), 4);  // 0 goes, NaN stays
+    EXPECT_EQ(cloud.minX, 1.0F);        // narrowed
+    EXPECT_EQ(cloud.maxX, 5.0F);        // a wider bound changes nothing
+    EXPECT_TRUE(std::isnan(cloud.minY) && std::isnan(cloud.maxY));
+    cloud.trim(kNaN, kNaN, 0.0F, 2.0F, kNaN, kNaN);
+    EXPECT_TRUE(std::isnan(cloud.minY)) << "an unknown range stays unknown";
+    EXPECT_EQ(cloud.points.size(), 4);
+}
+
+TEST(ExtractInsulatingTape, IsTheDistanceOfTheMedians) {
+    Cloud cloud;
+    for (const float y : {1.0F, 1.2F, 1.1F, 9.0F, 3.0F, 3.5F, kNaN, 3.25F, 3.75F})
+        cloud.points.append(KvPointXYZ(y > 8.0F ? 100.0F : 0.0F, y, 0.0F));
+    const auto thickness = [&cloud](float xmax, float ymax) {
+        return cloud.extractInsulatingTape(kNaN, xmax, kNaN, ymax, kNaN, kNaN);
+    };
+    EXPECT_EQ(thickness(50.0F, kNaN), 3.375F - 1.1F);
+    EXPECT_TRUE(std::isnan(thickness(kNaN, kNaN))) << "a tape of one point";
+    EXPECT_TRUE(std::isnan(thickness(50.0F, 1.0F))) << "one point in the box";
+    cloud.points.append(KvPointXYZ(0.0F, 1.0F, 0.0F));
+    EXPECT_EQ(thickness(50.0F, 1.0F), 0.0F) << "level";
+}
+
+}  // namespace

@@ -1,0 +1,335 @@
+// Container, range, order, index, rotations and records.
+
+#include <kvmath/core/point_cloud.h>
+
+#include <tests/support/literal_clouds.h>
+#include <tests/support/random_data.h>
+
+#include <QtCore/QTemporaryDir>
+
+#include <gmock/gmock.h>
+
+using namespace KvMath;
+using TestSupport::Draws;
+using TestSupport::kNaN;
+using XY = KvPointCloud<KvPointXY>;
+using XYZ = KvPointCloud<KvPointXYZ>;
+using RGB = KvPointCloud<KvPointXYZRGB>;
+namespace Literal = TestSupport::Literal;
+
+namespace {
+
+#define DETECT_MEMBER(NAME)                                                                                  \
+    template <class C, class = void>                                                                         \
+    constexpr bool has_##NAME = false;                                                                       \
+    template <class C>                                                                                       \
+    constexpr bool has_##NAME<C, std::void_t<decltype(&C::NAME)>> = true
+
+DETECT_MEMBER(calcAverageY);
+DETECT_MEMBER(resize);
+DETECT_MEMBER(writeMarker);
+DETECT_MEMBER(getIndexX);
+DETECT_MEMBER(size_z);
+DETECT_MEMBER(removePointsByYLevel);
+DETECT_MEMBER(buildZIndex);
+DETECT_MEMBER(cubicFilter);
+DETECT_MEMBER(extract);
+static_assert(has_calcAverageY<XY> && !has_calcAverageY<XYZ> && !has_calcAverageY<RGB>);
+static_assert(has_resize<XY> && !has_resize<XYZ> && has_writeMarker<XY> && !has_writeMarker<RGB>);
+static_assert(has_getIndexX<XY> && has_getIndexX<XYZ> && !has_getIndexX<RGB> && !has_size_z<XY> &&
+              has_size_z<XYZ>);
+static_assert(has_removePointsByYLevel<XYZ> && !has_removePointsByYLevel<RGB>);
+static_assert(!has_buildZIndex<XY> && has_buildZIndex<XYZ> && has_buildZIndex<RGB>);
+static_assert(has_cubicFilter<XYZ> && !has_cubicFilter<RGB> && has_extract<XYZ> && !has_extract<XY>);
+
+XYZ alongZ(std::initializer_list<float> values) {
+    XYZ cloud;
+    for (const float z : values)
+        cloud.points.append(KvPointXYZ(static_cast<float>(cloud.points.size()), 0.0F, z));
+    return cloud;
+}
+
+template <class T>
+std::vector<float> xOf(const QList<T>& points) {
+    std::vector<float> values;
+    for (const T& p : points)
+        values.push_back(std::isnan(p.x) ? -999.0F : p.x);
+    return values;
+}
+
+TEST(PointDistance, IsSinglePrecisionAndUnsetWinsOverInfinity) {
+    EXPECT_EQ(KvPointXY(0.0F, 0.0F).calcDistance(KvPointXY(3.0F, 4.0F)), 5.0F);
+    const float inf = std::numeric_limits<float>::infinity();
+    EXPECT_TRUE(
+        std::isnan(KvPointXYZ::calcDistance(KvPointXYZ(inf, 0.0F, 0.0F), KvPointXYZ(0.0F, kNaN, 0.0F))));
+    EXPECT_EQ(KvPointXYZ::calcDistance(KvPointXYZ(1e20F, 0.0F, 0.0F), KvPointXYZ(0.0F, 0.0F, 0.0F)), inf);
+    EXPECT_TRUE(KvPointXY().isNull() && KvPointXY(1.0F, kNaN).isNull() && !KvPointXY(1.0F, 2.0F).isNull());
+}
+
+TEST(PointCloud, CopiesTheRangeVerbatimAndLowersTheFlagButKeepsTheMap) {
+    XYZ source = alongZ({1.0F, 2.0F});
+    source.minX = -7.0F;  // stale on purpose
+    source.buildZIndex();
+    XYZ target = alongZ({5.0F});
+    target.buildZIndex();
+    target = source;
+    EXPECT_EQ(target.minX, -7.0F);
+    EXPECT_TRUE(std::isnan(target.maxX));
+    EXPECT_FALSE(target.zIndexBuilt);
+    EXPECT_EQ(target.zIndex.keys(), QList<float>{5.0F});
+    source += source;
+    EXPECT_THAT(xOf(source.points), testing::ElementsAre(0, 1, 0, 1));
+    EXPECT_FALSE(source.zIndexBuilt);
+    EXPECT_EQ(source.minX, -7.0F);
+}
+
+TEST(PointCloud, ColouredAppendNeverMakesAnUnknownRangeKnown) {
+    RGB coloured;
+    XYZ plain;
+    for (const float v : {2.0F, kNaN, 1.0F}) {
+        coloured.append(KvPointXYZRGB(v, v, v, 7), true);
+        plain.append(KvPointXYZ(v, v, v), true);
+    }
+    EXPECT_TRUE(std::isnan(coloured.minX) && std::isnan(coloured.maxZ));
+    EXPECT_EQ(plain.size_x(), 1.0F);
+    coloured.calcRange();
+    EXPECT_EQ(coloured.maxZ - coloured.minZ, 1.0F);
+    XY flat;
+    flat.minZ = 3.0F;
+    flat.append(KvPointXY(1.0F, 2.0F), true);
+    flat.calcRange();
+    EXPECT_EQ(flat.minZ, 3.0F) << "the plane cloud leaves its z pair";
+}
+
+TEST(PointCloud, CentresAndMeans) {
+    XYZ cloud;
+    KvPointXYZ centre(9.0F, 9.0F, 9.0F);
+    EXPECT_FALSE(cloud.calcCenterPoint(centre) || cloud.caclCenterMassPoint(centre));
+    EXPECT_EQ(centre.x, 9.0F);
+    cloud = alongZ({0.0F, 0.0F, 6.0F});
+    ASSERT_TRUE(cloud.calcCenterPoint(centre));
+    EXPECT_EQ(centre.z, 3.0F);
+    cloud.maxZ = 100.0F;
+    cloud.calcCenterPoint(centre);
+    EXPECT_EQ(centre.z, 50.0F) << "a known range is used as it stands";
+    cloud.caclCenterMassPoint(centre);
+    EXPECT_EQ(centre.z, 2.0F);
+    XY heights;  // float sums would lose the small terms, which the mean of y must not
+    for (const float y : {16777216.0F, 1.0F, 1.0F, -16777216.0F})
+        heights += KvPointXY(y, y);
+    KvPointXY mass;
+    heights.caclCenterMassPoint(mass);
+    EXPECT_EQ(mass.y, 0.0F);
+    EXPECT_EQ(heights.calcAverageY(), 0.5F);
+    EXPECT_EQ(XY().calcAverageY(), 0.0F);
+}
+
+TEST(PointCloud, QueriesIncludeBoundsAndLeaveUnsetPointsOutside) {
+    XYZ cloud = alongZ({1.0F, 2.0F, kNaN, 3.0F, 2.0F});
+    QList<int> found{42};
+    EXPECT_EQ(cloud.getRangeIndeces(found, kNaN, kNaN, kNaN, kNaN, 2.0F, kNaN), 3);
+    EXPECT_EQ(found, (QList<int>{1, 3, 4}));
+    EXPECT_EQ(cloud.getRangeIndeces(found, kNaN, kNaN, kNaN, kNaN, kNaN, kNaN), 5);
+    EXPECT_EQ(cloud.getRangeIndeces(found, KvPointXYZ(1.0F, 0.0F, 1.0F), 2.0F), 2);
+    EXPECT_EQ(found, (QList<int>{0, 1}));
+    EXPECT_EQ(cloud.getIndexZ(2.0F), 1);
+    EXPECT_EQ(cloud.getIndexZ(kNaN), -1);
+    EXPECT_EQ(cloud.calcSection(cloud, 2.5F, 0.5F), 3) << "own destination";
+    EXPECT_THAT(xOf(cloud.points), testing::ElementsAre(1, 3, 4));
+}
+
+TEST(PointCloud, ShiftAndResizeSkipOnlyTheNeutralValue) {
+    XY cloud;
+    cloud += KvPointXY(-0.0F, 2.0F);
+    cloud.resize(1.0F, 3.0F, 7.0F);
+    cloud.shift(0.0F, 1.0F, kNaN);
+    EXPECT_TRUE(std::signbit(cloud.points.first().x)) << "not even added";
+    EXPECT_EQ(cloud.points.first().y, 7.0F);
+    cloud.shift(kNaN, 0.0F, 0.0F);
+    EXPECT_TRUE(std::isnan(cloud.points.first().x));
+}
+
+TEST(Sort, EqualsTheExchangeOfNeighbours) {
+    Draws draw(21);
+    for (int round = 0; round < 400; ++round) {
+        RGB cloud;
+        for (int i = draw.integer(0, 25); i > 0; --i)
+            cloud += KvPointXYZRGB(draw.coordinate(2.0F, 1.0F, 0.15), 0.0F, draw.coordinate(2.0F, 1.0F, 0.1),
+                                   static_cast<unsigned>(i));
+        auto slow = cloud.points;
+        const auto first = static_cast<KvSortOrder>(draw.integer(-1, 3));
+        const auto second = static_cast<KvSortOrder>(draw.integer(-1, 3));
+        cloud.sort(first, second);
+        const int size = slow.size();
+        const auto x = [](const KvPointXYZRGB& p) { return p.x; };
+        if (second == KvSortNone) {
+            Literal::bubbleSort(slow, 0, size, x, first == KvSortAscending);
+        } else {
+            Literal::bubbleSort(
+                slow, 0, size, [](const KvPointXYZRGB& p) { return p.z; }, second == KvSortAscending);
+            for (int from = 0, to = 1; first != KvSortNone && from < size; from = to++) {
+                while (to < size && slow.at(to).z == slow.at(from).z)
+                    ++to;
+                Literal::bubbleSort(slow, from, to, x, first == KvSortAscending);
+            }
+        }
+        for (int i = 0; i < size; ++i)
+            ASSERT_EQ(cloud.points.at(i).rgb, slow.at(i).rgb) << "round " << round << ", point " << i;
+        EXPECT_EQ(cloud.zIndexBuilt, second != KvSortNone && size > 0);
+    }
+    XY flat;
+    for (const float v : {1.0F, 3.0F, 2.0F})
+        flat += KvPointXY(v, 0.0F);
+    flat.sort(KvSortNone, KvSortAscending);
+    EXPECT_THAT(xOf(flat.points), testing::ElementsAre(3, 2, 1)) << "no order is descending";
+}
+
+TEST(ZIndex, HoldsTheFirstRunsOwnIndexAndThenTheLastOfTheRunBefore) {
+    XYZ cloud = alongZ({1.0F, 1.0F, 2.0F, 2.0F, 3.0F});
+    cloud.buildZIndex();
+    EXPECT_EQ(cloud.zIndex, (QMap<float, int>{{1.0F, 0}, {2.0F, 1}, {3.0F, 3}}));
+    cloud = alongZ({kNaN, 4.0F, kNaN, 4.0F});
+    cloud.buildZIndex();
+    EXPECT_EQ(cloud.zIndex, (QMap<float, int>{{4.0F, 2}})) << "a repeated key is overwritten";
+    cloud.clear();
+    cloud.buildZIndex();
+    EXPECT_TRUE(cloud.zIndex.isEmpty() && !cloud.zIndexBuilt);
+}
+
+TEST(Extract, FindsEveryPointOfASortedCloudAndNeverReadsOutside) {
+    Draws draw(22);
+    for (int round = 0; round < 400; ++round) {
+        XYZ cloud;
+        for (int i = draw.integer(0, 20); i > 0; --i)
+            cloud += KvPointXYZ(draw.coordinate(3.0F, 1.0F, 0.1), 0.0F, draw.coordinate(3.0F, 1.0F, 0.0));
+        cloud.sort(KvSortNone, draw.chance(0.5) ? KvSortAscending : KvSortDescending);
+        const float zmin = draw.coordinate(4.0F, 0.5F, 0.2);
+        const float zmax = draw.coordinate(4.0F, 0.5F, 0.2);
+        QList<int> indices;
+        cloud.getRangeIndeces(indices, -1.0F, kNaN, kNaN, kNaN, zmin, zmax);
+        std::vector<float> expected;
+        for (const int i : qAsConst(indices))
+            expected.push_back(cloud.points.at(i).x);
+        XYZ dest;
+        cloud.extract(dest, -1.0F, kNaN, kNaN, kNaN, zmin, zmax, true);
+        EXPECT_EQ(xOf(dest.points), expected) << "round " << round;
+        EXPECT_TRUE(std::isnan(dest.minX));
+        cloud.points = cloud.points.mid(0, cloud.points.size() / 2);  // the index is stale now
+        cloud.extract(cloud, kNaN, kNaN, kNaN, kNaN, zmin, zmax, false);
+    }
+}
+
+TEST(Rotation, TurnsTheFirstNamedAxisTowardsTheSecond) {
+    using Turn = void (XYZ::*)(float);
+    const KvPointXYZ axes[] = {{1.0F, 0.0F, 0.0F}, {0.0F, 1.0F, 0.0F}, {0.0F, 0.0F, 1.0F}};
+    const std::tuple<Turn, int, int> cases[] = {
+        {&XYZ::rotateXY, 0, 1}, {&XYZ::rotateXZ, 0, 2}, {&XYZ::rotateYZ, 1, 2}};
+    for (const auto& [turn, from, to] : cases) {
+        XYZ cloud;
+        cloud += axes[from];
+        (cloud.*turn)(90.0F);
+        EXPECT_LT(cloud.points.first().calcDistance(axes[to]), 1e-6F);
+        (cloud.*turn)(-450.0F);
+        EXPECT_LT(cloud.points.first().calcDistance(axes[from]), 1e-6F);
+    }
+    XYZ cloud = alongZ({1.0F});
+    cloud.buildZIndex();
+    cloud.rotate(0.0F, kNaN, -0.0F);
+    EXPECT_TRUE(cloud.zIndexBuilt) << "nothing ran";
+    cloud.rotate(0.0F, 1e-3F, 0.0F);
+    EXPECT_FALSE(cloud.zIndexBuilt);
+}
+
+class Records : public testing::Test {
+protected:
+    QTemporaryDir dir;
+    QString path = dir.filePath("cloud.bin");
+    void put(const QByteArray& bytes) const {
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+    }
+    QByteArray bytes() const {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+};
+
+TEST_F(Records, HaveTheDocumentedBytes) {
+    XY flat;
+    flat += KvPointXY(1.0F, -2.0F);
+    EXPECT_TRUE(flat.writeToFile(path));
+    EXPECT_EQ(bytes().toHex(), "0201000000803f000000c0");
+    RGB coloured;
+    coloured += KvPointXYZRGB(1.0F, -2.0F, 0.5F, 0x11223344U);
+    EXPECT_TRUE(coloured.writeToFile(path));
+    EXPECT_EQ(bytes().toHex(), "04010000000000803f000000c00000003f44332211");
+    XYZ cloud;
+    cloud += KvPointXYZ(1.0F, -2.0F, 0.5F);
+    EXPECT_TRUE(cloud.compat_writeToXYZFile(path));
+    EXPECT_EQ(bytes().toHex(), "0000803f000000c00000003f00000000");
+    EXPECT_TRUE(XYZ().writeToFile(path));
+    EXPECT_EQ(bytes().toHex(), "0300000000");
+    EXPECT_FALSE(cloud.writeToFile(dir.path()));
+    EXPECT_EQ(cloud.readFromFile(dir.filePath("none")), -1);
+    EXPECT_EQ(cloud.points.size(), 1) << "a file that cannot be opened leaves the cloud alone";
+#ifdef Q_OS_LINUX
+    EXPECT_FALSE(cloud.writeToFile("/dev/full") || cloud.compat_writeToXYZFile("/dev/full"));
+#endif
+}
+
+TEST_F(Records, PlaneCloudStoresTheLowBitsOfItsCountAndAllPoints) {
+    XY cloud;
+    for (int i = 0; i < 70000; ++i)
+        cloud += KvPointXY(static_cast<float>(i), 1.0F);
+    ASSERT_TRUE(cloud.writeToFile(path));
+    EXPECT_EQ(bytes().size(), 3 + 70000 * 8);
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_EQ(cloud.readFromFile(file), 4464);
+    EXPECT_EQ(cloud.maxX, 4463.0F);
+    EXPECT_EQ(file.pos(), 3 + 4464 * 8);
+}
+
+TEST_F(Records, AnyCutGivesWhatReadingFieldByFieldGives) {
+    XYZ cloud = alongZ({3.0F, kNaN, -1.0F});
+    ASSERT_TRUE(cloud.writeToFile(path));
+    const QByteArray whole = bytes();
+    for (const char* head : {"", "0102"}) {
+        const QByteArray before = QByteArray::fromHex(head);
+        for (int size = 0; size <= whole.size(); ++size) {
+            for (const bool hugeCount : {false, true}) {
+                QByteArray record = whole.left(size);
+                if (hugeCount && size >= 5)
+                    record.replace(1, 4, QByteArray(4, '\xff'));
+                put(before + record);
+                QFile file(path);
+                ASSERT_TRUE(file.open(QIODevice::ReadOnly) && file.seek(before.size()));
+                XYZ slow;
+                const int expected = Literal::readXYZ(file, slow);
+                const qint64 position = file.pos();
+                file.seek(before.size());
+                cloud.zIndexBuilt = true;
+                EXPECT_EQ(cloud.readFromFile(file), expected) << size;
+                EXPECT_EQ(file.pos(), position) << size;
+                EXPECT_EQ(xOf(cloud.points), xOf(slow.points));
+                EXPECT_THAT(cloud.size_z(), testing::NanSensitiveFloatEq(slow.size_z()));
+                EXPECT_FALSE(cloud.zIndexBuilt);
+            }
+        }
+    }
+}
+
+TEST_F(Records, MarkersAreNotPutBackButRecordsAre) {
+    put(QByteArray::fromHex("850300000000"));
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    EXPECT_EQ(RGB().readFromFile(file), -1);
+    EXPECT_EQ(file.pos(), 0);
+    EXPECT_TRUE(XY::readMarker(file, 0x85));
+    EXPECT_EQ(XYZ().readFromFile(file), 0);
+    EXPECT_FALSE(XY::readMarker(file, 0x85)) << "end of file";
+    EXPECT_TRUE(XY::writeMarker(file, 0x05));
+    EXPECT_EQ(bytes().size(), 6) << "buffered until the file is flushed";
+}
+
+}  // namespace
