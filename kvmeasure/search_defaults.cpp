@@ -50,8 +50,10 @@ KvMath::TSFindTemplateParams estimateSearch(const KvMath::KvProfile& profile) {
     // A gap keeps small dropouts together and parts surfaces at different heights. A split below six
     // deviations of the noise would cut straight pieces; a fraction of the spacing is what noise-free corners
     // can resolve.
+    // Real surfaces are wavy: below half a percent of the line their pieces would change from part to part.
+    constexpr double flatness = 5e-3;
     search.contourGap = std::max(8 * scale.spacing, 12 * scale.noise);
-    search.splitTolerance = std::max({6 * scale.noise, scale.spacing, 1e-3 * scale.extent});
+    search.splitTolerance = std::max({6 * scale.noise, scale.spacing, flatness * scale.extent});
     search.refineIterations = 3;
     search.minLineLength = std::max(10 * scale.spacing, 0.02 * scale.extent);
     search.allowReversed = false;

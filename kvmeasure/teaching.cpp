@@ -61,13 +61,29 @@ void constrainRotation(TSTemplate& lines, int to, const LinePP& first, const Lin
     add(lines, new TSCRotationAngle(to - 1, to, std::max(0.0, lower), std::min(largestAngle, upper), sense));
 }
 
+double distanceBand(double distance, const TeachTolerances& tolerances) {
+    constexpr double leastBandMm = 1.0;
+    return tolerances.distanceMm > 0 ? tolerances.distanceMm
+                                     : std::max(leastBandMm, tolerances.distanceShare * distance);
+}
+
 void constrainDistance(TSTemplate& lines, int to, const LinePP& first, const LinePP& second,
                        const TeachTolerances& tolerances) {
-    constexpr double leastBandMm = 1.0;
     const double nominal = length(first.p2, second.p1);
-    const double band = tolerances.distanceMm > 0 ? tolerances.distanceMm
-                                                  : std::max(leastBandMm, tolerances.distanceShare * nominal);
+    const double band = distanceBand(nominal, tolerances);
     add(lines, new TSCEndPointDistance(to - 1, to, std::max(0.0, nominal - band), nominal + band));
+}
+
+/// A distance does not tell above from below; the way square to the line before does.
+void constrainShift(TSTemplate& lines, int to, const LinePP& first, const LinePP& second,
+                    const TeachTolerances& tolerances) {
+    constexpr double rightAngle = 90 * radiansPerDegree;
+    const Vector d = direction(first);
+    const Vector way(second.p1.x - first.p2.x, second.p1.y - first.p2.y);
+    const double nominal = (d.x * way.y - d.y * way.x) / length(first.p1, first.p2);
+    const double band = distanceBand(length(first.p2, second.p1), tolerances);
+    add(lines, new TSCEndPointShiftInDirection(to - 1, to, nominal - band, nominal + band, rightAngle,
+                                               /*isFromLineReference=*/true));
 }
 
 }  // namespace
@@ -133,6 +149,7 @@ void buildConstraints(const Segments& segments, const ChosenLines& chosen, const
         const LinePP& before = segments[chosen.segments[line - 1]];
         constrainRotation(file.lines, line, before, segment, tolerances);
         constrainDistance(file.lines, line, before, segment, tolerances);
+        constrainShift(file.lines, line, before, segment, tolerances);
     }
 }
 

@@ -28,7 +28,8 @@ ChosenLines parseLines(const QString& text, int segments);
 ChosenLines longestLines(const Segments& segments, int count);
 
 /// Sets the template lines and their constraints: the length of each line, the inclination of the first, the
-/// turn from each line to the next with its sense, and the distance from its end to the start of the next.
+/// turn from each line to the next with its sense, and the distance from its end to the start of the next,
+/// both straight and square to the line.
 void buildConstraints(const Segments& segments, const ChosenLines& chosen, const TeachTolerances& tolerances,
                       TemplateFile& file);
 
