@@ -210,6 +210,9 @@ TEST(ProfileFilter, SpikesGoAndEdgesStay) {
     EXPECT_EQ(dest.points.size(), 7);
     EXPECT_TRUE(p.splashFilter(p, 2, 1));
     EXPECT_THAT(p, HasPointsOf(profileOf({{0, 0}, {4, 0.5F}, {6, -20}, {9, -20}, {12, -20}})));
+    const KvProfile saw = profileOf({{0, 0}, {1, 3}, {2, 1.5F}, {3, 0}, {4, -1.5F}, {5, -3}, {6, 0}});
+    EXPECT_TRUE(saw.splashFilter(dest, 2, 9));
+    EXPECT_THAT(dest, HasPointsOf(saw)) << "left by a step of the same sign as it is entered";
     EXPECT_FALSE(profileOf({{0, 0}, {1, kNaN}}).splashFilter(dest, 2, 1));
     EXPECT_EQ(dest.points.size(), 2);
 }
