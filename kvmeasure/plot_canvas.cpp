@@ -25,7 +25,7 @@ QString escaped(const QString& text) {
 }  // namespace
 
 Projection fitProjection(const Rect& range, double left, double top, double width) {
-    constexpr double leastHeight = 300;
+    constexpr double leastHeight = 240;
     constexpr double mostHeight = 760;
     Projection projection;
     projection.scaleX = width / range.width();

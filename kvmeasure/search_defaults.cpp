@@ -52,10 +52,10 @@ KvMath::TSFindTemplateParams estimateSearch(const KvMath::KvProfile& profile) {
     // can resolve.
     // Real surfaces are wavy: below half a percent of the line their pieces would change from part to part.
     constexpr double flatness = 5e-3;
-    search.contourGap = std::max(8 * scale.spacing, 12 * scale.noise);
+    search.contourGap = std::max(20 * scale.spacing, 12 * scale.noise);
     search.splitTolerance = std::max({6 * scale.noise, scale.spacing, flatness * scale.extent});
     search.refineIterations = 3;
-    search.minLineLength = std::max(10 * scale.spacing, 0.02 * scale.extent);
+    search.minLineLength = std::min(std::max(10 * scale.spacing, 0.02 * scale.extent), 0.25 * scale.extent);
     search.allowReversed = false;
     search.cornerTolerance = 0.5;
     return search;

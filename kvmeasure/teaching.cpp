@@ -91,6 +91,8 @@ void constrainShift(TSTemplate& lines, int to, const LinePP& first, const LinePP
 ChosenLines parseLines(const QString& text, int segments) {
     static const QRegularExpression name("^[A-Za-z_][A-Za-z0-9_-]*$");
     ChosenLines chosen;
+    if (segments == 0)
+        throw Failure{"teach: no segments were found; lower --min-length or --split"};
     for (const QString& part : text.split(',')) {
         const int equals = part.indexOf('=');
         const QString label = part.left(std::max(equals, 0)).trimmed();

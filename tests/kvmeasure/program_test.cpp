@@ -1,0 +1,351 @@
+// The program from outside: arguments in; standard output, standard error, files and exit code out.
+
+#include <kvmath/core/point_cloud.h>
+
+#include <QtCore/QDir>
+#include <QtCore/QFile>
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+#include <QtCore/QProcess>
+#include <QtCore/QTemporaryDir>
+
+#include <gmock/gmock.h>
+
+#include <limits>
+#include <sys/stat.h>
+
+namespace {
+
+using testing::HasSubstr;
+
+struct Outcome {
+    int code = -1;
+    std::string out, err;
+    QJsonObject json() const { return QJsonDocument::fromJson(QByteArray::fromStdString(out)).object(); }
+};
+
+class Kvmeasure : public testing::Test {
+protected:
+    QString path(const QString& name) const { return dir_.filePath(name); }
+
+    Outcome run(const QStringList& arguments) const {
+        QProcess process;
+        process.setWorkingDirectory(dir_.path());
+        process.start(KVMEASURE_PROGRAM, arguments);
+        Outcome result;
+        if (!process.waitForFinished(20'000)) {
+            process.kill();
+            process.waitForFinished();
+            ADD_FAILURE() << "does not end: " << arguments.join(' ').toStdString();
+            return result;
+        }
+        if (process.exitStatus() == QProcess::NormalExit)
+            result.code = process.exitCode();
+        result.out = process.readAllStandardOutput().toStdString();
+        result.err = process.readAllStandardError().toStdString();
+        return result;
+    }
+
+    void write(const QString& name, const QByteArray& content) const {
+        QFile file(path(name));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        ASSERT_EQ(file.write(content), content.size());
+    }
+
+    QByteArray read(const QString& name) const {
+        QFile file(path(name));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+
+    void expectRefused(const QStringList& arguments, const std::string& reason) const {
+        const Outcome result = run(arguments);
+        EXPECT_EQ(result.code, 2) << arguments.join(' ').toStdString();
+        EXPECT_THAT(result.err, HasSubstr(reason)) << arguments.join(' ').toStdString();
+    }
+
+    void simulate(const QString& name, const QStringList& more) const {
+        const Outcome result = run(QStringList{"simulate", "profile", "--out", name} + more);
+        ASSERT_EQ(result.code, 0) << result.err;
+    }
+
+    /// A groove with its template: left land, floor, right land.
+    void teachGroove(const QString& measure) const {
+        simulate("groove.csv", {"--shape", "square-groove", "--noise", "0.02", "--seed", "3"});
+        const Outcome taught = run({"teach", "groove.csv", "--lines", "left=0,floor=1,right=2", "--measure",
+                                    measure, "--out", "groove.json"});
+        ASSERT_EQ(taught.code, 0) << taught.err;
+    }
+
+    double truth(const QString& name, const QByteArray& key) const {
+        for (const QByteArray& line : read(name + ".truth.csv").split('\n')) {
+            if (line.split(',').value(0) == key)
+                return line.split(',').value(1).toDouble();
+        }
+        return std::numeric_limits<double>::quiet_NaN();
+    }
+
+    static double value(const Outcome& result, const QString& name) {
+        const QJsonObject profile = result.json()["profiles"].toArray()[0].toObject();
+        const QJsonObject assignment = profile["assignments"].toArray()[0].toObject();
+        for (const QJsonValue& entry : assignment["measurements"].toArray()) {
+            if (entry.toObject()["name"].toString() == name)
+                return entry.toObject()["value"].toDouble();
+        }
+        return std::numeric_limits<double>::quiet_NaN();
+    }
+
+private:
+    QTemporaryDir dir_;
+};
+
+TEST_F(Kvmeasure, EveryCommandHasHelpWithExamples) {
+    for (const char* command : {"info", "teach", "match", "simulate"}) {
+        const Outcome result = run({command, "--help"});
+        EXPECT_EQ(result.code, 0) << command;
+        EXPECT_THAT(result.out, HasSubstr("Examples\n  kvmeasure ")) << command;
+    }
+    EXPECT_THAT(run({"--help"}).out, HasSubstr("Exit codes"));
+    EXPECT_THAT(run({"--version"}).out, HasSubstr("2.1.0.20181219"));
+}
+
+TEST_F(Kvmeasure, WrongUseSaysWhatAndWhatToDo) {
+    write("p.csv", "0,0\n1,0\n2,0\n3,0\n");
+    const struct {
+        QStringList arguments;
+        const char* reason;
+    } cases[] = {
+        {{}, "which command"},
+        {{"mach"}, "did you mean \"match\"?"},
+        {{"teach", "p.csv", "--longset", "2"}, "did you mean \"--longest\"?"},
+        {{"teach", "p.csv", "--longest"}, "--longest needs a value"},
+        {{"teach", "p.csv", "--longest", "--json"}, "--longest needs a value"},
+        {{"teach", "p.csv", "--longest", "2.5", "--out", "t"}, "needs a whole number"},
+        {{"teach", "p.csv", "--split", "abc"}, "--split needs a number"},
+        {{"teach", "p.csv", "--split", "-1"}, "--split must be from 0"},
+        {{"teach", "p.csv", "--json", "--json"}, "given twice"},
+        {{"teach", "p.csv", "--json=1"}, "takes no value"},
+        {{"teach", "p.csv", "--longest", "9", "--out", "t"}, "only 1 segments"},
+        {{"teach", "p.csv", "--lines", "0,7", "--out", "t"}, "\"7\" is no segment"},
+        {{"teach", "p.csv", "--lines", "0,0", "--out", "t"}, "twice"},
+        {{"teach", "p.csv", "--longest", "1"}, "--out FILE is missing"},
+        {{"teach", "p.csv", "q.csv"}, "unexpected \"q.csv\""},
+        {{"teach"}, "nothing to read"},
+        {{"match", "p.csv"}, "--template FILE is missing"},
+        {{"match", "p.csv", "--template", "none.json"}, "none.json: no such file"},
+        {{"simulate", "profile"}, "--out FILE is missing"},
+        {{"simulate", "profile", "--shape", "v-grove", "--out", "x"}, "did you mean \"v-groove\"?"},
+        {{"simulate", "profile", "--dimensions", "dept=3", "--out", "x"}, "did you mean \"depth\"?"},
+        {{"teach", "p.csv", "--out", "/dev/full", "--longest", "1"}, "/dev/full: cannot be written"},
+        {{"teach", "p.csv", "--out", "no/such/t.json", "--longest", "1"}, "t.json: cannot be written"},
+    };
+    for (const auto& c : cases)
+        expectRefused(c.arguments, c.reason);
+    EXPECT_FALSE(QFile::exists(path("t")));
+}
+
+TEST_F(Kvmeasure, MeasureTextErrorsQuoteTheStatement) {
+    write("p.csv", "0,0\n1,0\n2,0\n3,0\n");
+    const struct {
+        const char* text;
+        const char* reason;
+    } cases[] = {
+        {"lenght 0", "did you mean \"length\"?"},
+        {"length", "expected a template line at the end"},
+        {"length 1", "\"1\" is no template line"},
+        {"length -1", "\"-1\" is no template line"},
+        {"length 0 0", "unexpected \"0\""},
+        {"length 0.start", "a line is meant here"},
+        {"point 0 nan", "found \"nan\""},
+        {"shift 0 0 1e9", "from -360 to 360"},
+        {"shift 0 0 90 refer 0", "expected \"ref LINE\""},
+        {"far 0 0", "must not be 0 0"},
+        {"= length 0", "expected a name"},
+        {"length 0; length 0", "there is a result \"length 0\" already"},
+        {"length 0 : 3", "expected \": NOMINAL +- T\""},
+        {"length 0 : 3 +- -1", "expected \": NOMINAL +- T\""},
+        {"point 0 0 : 3 +- 1", "no single value"},
+    };
+    for (const auto& c : cases)
+        expectRefused({"teach", "p.csv", "--longest", "1", "--out", "t", "--measure", c.text}, c.reason);
+}
+
+TEST_F(Kvmeasure, UnreadablePointsNameThePlace) {
+    const QByteArray xy3("\x02\x03\x00", 3);
+    const struct {
+        const char* name;
+        QByteArray content;
+        const char* reason;
+    } cases[] = {
+        {"empty", "", "is empty"},
+        {"garbage", QByteArray("\x7f\x45\x4c\x01\x00", 5), "offset 3: byte 0x01"},
+        {"text", "x,y\n1,2\n3,abc\n", "line 3: column 2: expected a number, found \"abc\""},
+        {"one", "1\n2\n", "line 1: has 1 column(s), expected at least 2"},
+        {"inf", "1,inf\n", "line 1: column 2"},
+        {"huge", "1,1e300\n", "too large for a coordinate"},
+        {"zero", QByteArray("1,2\n", 4).repeated(2000) + QByteArray("1,\0\n", 4),
+         "line 2001: holds a zero byte"},
+        {"long", QByteArray(100'000, '1'), "line 1: is longer than 4096 bytes"},
+        {"header", "x,y\n", "holds no point"},
+        {"cut", xy3 + QByteArray(23, '\0'),
+         "offset 0: XY cloud record: announces 3 points, the file ends after 2"},
+        {"head", QByteArray("\x03\xff", 2), "its head needs 5 bytes"},
+        {"count", QByteArray("\x03\xff\xff\xff\xff", 5),
+         "announces 4294967295 points, the file ends after 0"},
+        {"second", xy3 + QByteArray(24, '\0') + '\x09', "offset 27: byte 0x09"},
+    };
+    for (const auto& c : cases) {
+        write(c.name, c.content);
+        expectRefused({"teach", c.name, "--record", "1"}, std::string(c.name) + ": ");
+        expectRefused({"teach", c.name, "--record", "1"}, c.reason);
+        if (c.name != std::string("header"))
+            expectRefused({"info", c.name}, c.reason);
+    }
+    ASSERT_EQ(mkfifo(path("pipe").toUtf8().constData(), 0600), 0);
+    for (const char* command : {"info", "teach"}) {
+        expectRefused({command, "none.csv"}, "none.csv: no such file");
+        expectRefused({command, "."}, "is a directory");
+        expectRefused({command, "pipe"}, "is not a regular file");
+        expectRefused({command, "/dev/zero"}, "is not a regular file");
+    }
+}
+
+TEST_F(Kvmeasure, SparseFileOfTenGigabytesIsReadInPieces) {
+    QFile file(path("sparse.csv"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("1,2\n");
+    ASSERT_TRUE(file.resize(10'000'000'000));
+    file.close();
+    expectRefused({"info", "sparse.csv"}, "offset 4: byte 0x00");
+    EXPECT_TRUE(file.open(QIODevice::ReadWrite) && file.seek(0) && file.write("\x02\x00\x00", 3) == 3);
+    file.close();
+    expectRefused({"info", "sparse.csv"}, "offset 3: byte 0x0a");
+}
+
+TEST_F(Kvmeasure, InfoTellsFormsApartByContent) {
+    KvMath::KvPointCloud<KvMath::KvPointXY> xy;
+    xy.append({1, 2}, true);
+    xy.append({3, std::numeric_limits<float>::quiet_NaN()}, true);
+    KvMath::KvPointCloud<KvMath::KvPointXYZ> xyz;
+    xyz.append({-1, 5, 9}, true);
+    QFile file(path("records"));
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    ASSERT_TRUE(xy.writeToFile(file) && xyz.writeToFile(file));
+    file.close();
+    write("library", "1,5;2\n2,5;-3e-1\n");
+    write("ordinary", "\xEF\xBB\xBFx_mm,z_mm\r\n1.5,2\r\n2.5,nan\r\n");
+    const Outcome result = run({"info", "--json", "records", "library", "ordinary"});
+    EXPECT_EQ(result.code, 0) << result.err;
+    const QJsonArray files = result.json()["files"].toArray();
+    const auto section = [&files](int i, int j) {
+        return files[i].toObject()["sections"].toArray()[j].toObject();
+    };
+    EXPECT_EQ(section(0, 0)["kind"].toString(), "XY cloud");
+    EXPECT_EQ(section(0, 0)["unset"].toInt(), 1);
+    EXPECT_EQ(section(0, 1)["offset"].toInt(), 19);
+    EXPECT_EQ(section(0, 1)["z"].toArray()[0].toDouble(), 9);
+    EXPECT_EQ(files[1].toObject()["form"].toString(), "CSV with semicolons");
+    EXPECT_FLOAT_EQ(float(section(1, 0)["y"].toArray()[0].toDouble()), -0.3F);
+    EXPECT_EQ(section(2, 0)["x"].toArray()[1].toDouble(), 2.5);
+    EXPECT_EQ(section(2, 0)["points"].toInt(), 2);
+}
+
+TEST_F(Kvmeasure, TaughtPartAndItsTurnedNoisyCopyAreMeasuredRight) {
+    teachGroove(
+        "depth = distance floor right; again = shift floor.end right 90 ref right; width = length floor;"
+        "open = angle left right; turn = rotation left right; tilt = inclination floor;"
+        "root = point floor 0.5; apex = intersection left right; mid = between left right; far = far 0 -1");
+    simulate("copy.csv", {"--shape", "square-groove", "--noise", "0.04", "--seed", "9", "--rotate", "2",
+                          "--dx", "1.5", "--dy", "-4", "--dropouts", "1"});
+    for (const char* name : {"groove.csv", "copy.csv"}) {
+        const Outcome result = run({"match", name, "--template", "groove.json", "--json"});
+        ASSERT_EQ(result.code, 0) << result.out << result.err;
+        EXPECT_NEAR(value(result, "depth"), truth("groove.csv", "depth"), 0.03) << name;
+        EXPECT_NEAR(value(result, "again"), truth("groove.csv", "depth"), 0.05) << name;
+        EXPECT_NEAR(value(result, "open"), 180, 0.3) << name;
+        EXPECT_NEAR(value(result, "tilt"), name[0] == 'c' ? 2 : 0, 0.3) << name;
+    }
+}
+
+TEST_F(Kvmeasure, ToleranceDecidesTheExitCode) {
+    teachGroove("depth = distance floor right : +- 0.2; width = length floor : 100 +1 -2");
+    const Outcome result = run({"match", "groove.csv", "--template", "groove.json", "--svg", "p.svg"});
+    EXPECT_EQ(result.code, 1);
+    EXPECT_THAT(result.out, HasSubstr("good"));
+    EXPECT_THAT(result.out, HasSubstr("OUT"));
+    EXPECT_THAT(read("p.svg").toStdString(), HasSubstr("OUT OF TOLERANCE"));
+    write("flat.csv", "0,0\n1,0\n2,0\n3,0\n");
+    const Outcome absent = run({"match", "flat.csv", "--template", "groove.json"});
+    EXPECT_EQ(absent.code, 1);
+    EXPECT_THAT(absent.out, HasSubstr("NOT FOUND"));
+}
+
+TEST_F(Kvmeasure, WholeNumbersInTemplatesStayBounds) {
+    write("p.csv", "0,0\n1,0\n2,0\n4,0\n");
+    const QByteArray text = R"({"template": {"numOfLines": 1, "constraints": [{"constraintType": "Length",
+        "lineIndex": 0, "lowerBound": "undefined", "upperBound": %}]}, "measurements": [], "search": {
+        "contourGap": 9, "splitTolerance": 1, "refineIterations": 0, "minLineLength": 1, "allowReversed": false,
+        "cornerTolerance": 1}})";
+    for (const auto& [bound, code] : {std::pair("3", 1), {"3.0", 1}, {"4", 0}, {"\"undefined\"", 0}}) {
+        write("t.json", QByteArray(text).replace("%", bound));
+        EXPECT_EQ(run({"match", "p.csv", "--template", "t.json"}).code, code) << bound;
+    }
+    write("t.json", QByteArray(text).replace("%", "\"3\""));
+    expectRefused({"match", "p.csv", "--template", "t.json"}, "expected a number under \"upperBound\"");
+}
+
+TEST_F(Kvmeasure, DamagedTemplatesNameThePlace) {
+    teachGroove("");
+    const QByteArray good = read("groove.json");
+    const struct {
+        const char* from;
+        const char* to;
+        const char* reason;
+    } cases[] = {
+        {"\"means\": [", "\"means\": {", "line "},
+        {"\"Length\"", "\"Lenght\"", "template.constraints[0]: has an unknown"},
+        {"\"contourGap\"", "\"contourGab\"", "expected a number under \"contourGap\""},
+        {"\"numOfLines\": 3", "\"numOfLines\": 1e9", "from 0 to 1000"},
+        {"\"refineIterations\": 3", "\"refineIterations\": -3", "\"refineIterations\" must be"},
+        {"\"measurements\"", "\"measurement\"", "measurements: expected a list"},
+    };
+    for (const auto& c : cases) {
+        QByteArray bad = good;
+        ASSERT_TRUE(bad.contains(c.from)) << c.from;
+        write("bad.json", bad.replace(c.from, c.to));
+        expectRefused({"match", "groove.csv", "--template", "bad.json"}, "bad.json: ");
+        expectRefused({"match", "groove.csv", "--template", "bad.json"}, c.reason);
+    }
+    write("bad.json", QByteArray("{\"a\":").repeated(100'000));
+    expectRefused({"match", "groove.csv", "--template", "bad.json"}, "expected a template in JSON");
+}
+
+TEST_F(Kvmeasure, FailureLeavesTheOldFileWhole) {
+    teachGroove("");
+    const QByteArray before = read("groove.json");
+    expectRefused({"teach", "groove.csv", "--longest", "3", "--out", "groove.json", "--measure", "length 9"},
+                  "no template line");
+    EXPECT_EQ(read("groove.json"), before);
+}
+
+TEST_F(Kvmeasure, TemplateWithoutConstraintsIsGivenUpInTime) {
+    QByteArray zigzag;
+    for (int i = 0; i < 200; ++i)
+        zigzag += QByteArray::number(i) + ',' + QByteArray::number(i % 2 * 5) + '\n';
+    write("zigzag.csv", zigzag);
+    write("t.json", R"({"template": {"numOfLines": 8, "constraints": []}, "measurements": [], "search": {
+        "contourGap": 9, "splitTolerance": 1, "refineIterations": 0, "minLineLength": 1, "allowReversed": true,
+        "cornerTolerance": 1}})");
+    expectRefused({"match", "zigzag.csv", "--template", "t.json"}, "too many ways");
+}
+
+TEST_F(Kvmeasure, SimulationRepeatsWithItsSeed) {
+    simulate("a.csv", {"--noise", "0.1", "--seed", "7"});
+    simulate("b.csv", {"--noise", "0.1", "--seed", "7"});
+    simulate("c.csv", {"--noise", "0.1", "--seed", "8"});
+    EXPECT_EQ(read("a.csv"), read("b.csv"));
+    EXPECT_NE(read("a.csv"), read("c.csv"));
+    EXPECT_EQ(truth("a.csv", "depth"), 6);
+}
+
+}  // namespace
