@@ -1,0 +1,158 @@
+#include <kvmath/tsearch/finder.h>
+
+#include <kvmath/profile/profile.h>
+#include <kvmath/tsearch/constraints.h>
+#include <kvmath/tsearch/measurement_list.h>
+#include <kvmath/tsearch/measurements.h>
+#include <kvmath/tsearch/template.h>
+
+#include <tests/support/random_data.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <vector>
+
+using namespace KvMath;
+using namespace TestSupport;
+
+namespace {
+
+constexpr double kUnset = -1e100;
+using Codes = std::vector<int>;
+
+/// A polyline sampled every 0.5 mm.
+KvProfile sampled(const std::vector<KvVector2D<double>>& corners) {
+    KvProfile profile;
+    for (size_t k = 0; k + 1 < corners.size(); ++k) {
+        const auto& a = corners[k];
+        const auto& b = corners[k + 1];
+        const int steps = static_cast<int>(std::hypot(b.x - a.x, b.y - a.y) / 0.5);
+        for (int i = 0; i < steps; ++i) {
+            const double t = static_cast<double>(i) / steps;
+            profile.append(
+                {static_cast<float>(a.x + t * (b.x - a.x)), static_cast<float>(a.y + t * (b.y - a.y))}, true);
+        }
+    }
+    return profile;
+}
+
+TSFindTemplateParams parameters(bool allowReversed) { return {5.0, 0.3, 2, 3.0, allowReversed, 1e300}; }
+
+const std::vector<KvVector2D<double>> kSteps = {{0, 0},  {20, 0},  {26, 8},  {46, 8},   {52, 0},
+                                                {70, 0}, {74, 12}, {94, 12}, {100, -5}, {120, -5}};
+
+Codes codesOf(const TSLinesIndecies& indices) {
+    Codes codes;
+    for (int line = 0; line < indices.count(); ++line) {
+        int segment = 0;
+        bool reversed = false;
+        EXPECT_TRUE(indices.getLineIndex(line, segment) && indices.getLineOrientation(line, reversed));
+        codes.push_back(2 * segment + (reversed ? 1 : 0));
+    }
+    return codes;
+}
+
+/// Every assignment of three segments in order of codes, judged by all constraints at the end.
+std::vector<Codes> byNestedLoops(QList<LinePP>& lines, const TSTemplate& templ, bool allowReversed) {
+    std::vector<LinePP> found(lines.begin(), lines.end());
+    std::vector<Codes> all;
+    const int end = 2 * lines.size();
+    const int step = allowReversed ? 1 : 2;
+    for (int a = 0; a < end; a += step) {
+        for (int b = 0; b < end; b += step) {
+            for (int c = 0; c < end; c += step) {
+                Codes codes = {a, b, c};
+                bool fits = a / 2 != b / 2 && a / 2 != c / 2 && b / 2 != c / 2;
+                for (TSConstraint* constraint : templ.getAllConstraints())
+                    fits = fits && constraint->check(found.data(), codes.data());
+                if (fits)
+                    all.push_back(codes);
+            }
+        }
+    }
+    return all;
+}
+
+TEST(FindTemplate, FindsWhatNestedLoopsFind) {
+    const KvProfile profile = sampled(kSteps);
+    Draws draws(11);
+    int total = 0;
+    for (int round = 0; round < 40; ++round) {
+        SCOPED_TRACE(round);
+        TSTemplate templ(3);
+        if (draws.chance(0.7))
+            templ.addConstraint(new TSCLength(draws.integer(0, 2), draws.real(0, 15), draws.real(12, 30)));
+        if (draws.chance(0.7))
+            templ.addConstraint(
+                new TSCRotationAngle(draws.integer(0, 1), 2, draws.real(0, 1), draws.real(1, 3.2),
+                                     static_cast<TSCRotationAngle::Direction>(draws.integer(0, 2))));
+        if (draws.chance(0.7))
+            templ.addConstraint(new TSCEndPointDistanceWithCheck(1, 0, kUnset, draws.real(1, 60)));
+        if (draws.chance(0.5))
+            templ.addConstraint(
+                new TSCEndPointShiftInDirection(2, 1, draws.real(-30, 5), kUnset, 0, draws.chance(0.5)));
+        QList<LinePP> lines;
+        QList<TSLinesIndecies> results;
+        const bool allowReversed = draws.chance(0.5);
+        EXPECT_TRUE(findTemplate(profile, &templ, parameters(allowReversed), lines, results));
+        std::vector<Codes> found;
+        for (const TSLinesIndecies& indices : results)
+            found.push_back(codesOf(indices));
+        EXPECT_EQ(found, byNestedLoops(lines, templ, allowReversed));
+        total += results.size();
+    }
+    EXPECT_GT(total, 500);
+}
+
+TEST(FindTemplate, GivesTheSegmentsAndClearsOldResults) {
+    QList<LinePP> lines = {LinePP()};
+    QList<TSLinesIndecies> results = {TSLinesIndecies()};
+    EXPECT_TRUE(findTemplate(sampled(kSteps), nullptr, parameters(false), lines, results));
+    ASSERT_EQ(lines.size(), 9);
+    EXPECT_TRUE(results.isEmpty());
+    for (int k = 0; k < 8; ++k)
+        EXPECT_LT(
+            std::hypot(lines[k].p2.x - kSteps[size_t(k) + 1].x, lines[k].p2.y - kSteps[size_t(k) + 1].y),
+            0.3);
+}
+
+TEST(FindTemplate, ATemplateOfZeroLinesMapsAllSegments) {
+    TSTemplate none(0);
+    QList<LinePP> lines;
+    QList<TSLinesIndecies> results;
+    EXPECT_TRUE(findTemplate(sampled(kSteps), &none, parameters(true), lines, results));
+    ASSERT_EQ(results.size(), 1);
+    EXPECT_EQ(codesOf(results[0]), (Codes{0, 2, 4, 6, 8, 10, 12, 14, 16}));
+    EXPECT_TRUE(findTemplate(KvProfile(), &none, parameters(true), lines, results));
+    ASSERT_EQ(results.size(), 1);
+    EXPECT_EQ(results[0].count(), 0);
+}
+
+TEST(FindTemplate, WithoutEnoughSegmentsThereIsNoResult) {
+    TSTemplate ten(10);
+    TSTemplate one(1);
+    QList<LinePP> lines;
+    QList<TSLinesIndecies> results;
+    EXPECT_TRUE(findTemplate(sampled(kSteps), &ten, parameters(true), lines, results));
+    EXPECT_TRUE(results.isEmpty());
+    TSFindTemplateParams longOnly = parameters(true);
+    longOnly.minLineLength = 1000;
+    EXPECT_TRUE(findTemplate(sampled(kSteps), &one, longOnly, lines, results));
+    EXPECT_TRUE(lines.isEmpty() && results.isEmpty());
+}
+
+TEST(EvalLinesSet, EvaluatesAllAlsoAfterAFailure) {
+    QList<LinePP> lines = {LinePP({0, 0}, {3, 4})};
+    const int code = 0;
+    TSLinesIndecies indices(&code, 1);
+    TSMeasurementList measurements;
+    EXPECT_TRUE(evalLinesSet(lines, indices, measurements));
+    auto* last = new TSUMLength(0, "a");
+    measurements.addMeasurement(new TSUMLength(1, "no such line"));
+    measurements.addMeasurement(last);
+    EXPECT_FALSE(evalLinesSet(lines, indices, measurements));
+    EXPECT_EQ(last->getLength(), 5.0);
+}
+
+}  // namespace

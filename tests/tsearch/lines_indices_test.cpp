@@ -1,0 +1,38 @@
+#include <kvmath/tsearch/lines_indices.h>
+
+#include <gtest/gtest.h>
+
+#include <climits>
+
+using namespace KvMath;
+
+namespace {
+
+TEST(LinesIndecies, DecodesSegmentAndOrientation) {
+    const int codes[] = {7, 4, -1};
+    const TSLinesIndecies indices(codes, 3);
+    int segment = 9;
+    bool reversed = false;
+    EXPECT_TRUE(indices.getLineIndex(0, segment) && segment == 3);
+    EXPECT_TRUE(indices.getLineOrientation(0, reversed) && reversed);
+    EXPECT_TRUE(indices.getLineIndex(1, segment) && segment == 2);
+    EXPECT_TRUE(indices.getLineOrientation(1, reversed) && !reversed);
+    EXPECT_TRUE(indices.isAssigned(1));
+    EXPECT_FALSE(indices.isAssigned(2));
+}
+
+TEST(LinesIndecies, OutsideItIsFalseAndZero) {
+    const int codes[] = {7};
+    for (int line : {-1, 1, INT_MAX, INT_MIN}) {
+        int segment = 9;
+        bool reversed = true;
+        const TSLinesIndecies indices(codes, 1);
+        EXPECT_FALSE(indices.getLineIndex(line, segment) || indices.getLineOrientation(line, reversed));
+        EXPECT_FALSE(indices.isAssigned(line));
+        EXPECT_EQ(segment, 0);
+    }
+    EXPECT_EQ(TSLinesIndecies(nullptr, 5).count(), 0);
+    EXPECT_EQ(TSLinesIndecies(codes, -5).count(), 0);
+}
+
+}  // namespace

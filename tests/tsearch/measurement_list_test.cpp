@@ -1,0 +1,185 @@
+#include <kvmath/tsearch/measurement_list.h>
+
+#include <kvmath/tsearch/measurement_manager.h>
+#include <kvmath/tsearch/measurements.h>
+
+#include <tests/support/stored_forms.h>
+
+#include <memory>
+
+using namespace KvMath;
+using namespace TestSupport;
+
+namespace {
+
+/// A host's own measurement: the number of found segments.
+class SegmentCount : public TSUniformMeasurement {
+public:
+    SegmentCount() : TSUniformMeasurement({}, {}, {}) { ++alive; }
+    SegmentCount(const SegmentCount& other) : TSUniformMeasurement(other), limit_(other.limit_) { ++alive; }
+    SegmentCount& operator=(const SegmentCount&) = delete;
+    ~SegmentCount() override { --alive; }
+    bool measure(QList<LinePP>& lines, TSLinesIndecies& /*indices*/) override {
+        clearResults();
+        return lines.size() <= limit_ && succeed();
+    }
+    QString getType() override { return "Segment count"; }
+    TSMeasurement* clone() override { return new SegmentCount(*this); }
+    static int alive;
+
+protected:
+    bool saveConcreteUniform(QMap<QString, QVariant>& map) override {
+        return map.insert("limit", limit_), true;
+    }
+    bool saveConcreteUniform(QDataStream& stream) override {
+        return (stream << limit_).status() == QDataStream::Ok;
+    }
+    bool loadConcreteUniform(QMap<QString, QVariant>& map) override {
+        return (limit_ = map["limit"].toInt()) > 0;
+    }
+    bool loadConcreteUniform(QDataStream& stream) override {
+        return (stream >> limit_).status() == QDataStream::Ok;
+    }
+
+private:
+    int limit_ = 3;
+};
+int SegmentCount::alive = 0;
+
+TEST(Manager, MakesRegisteredTypesOnly) {
+    TSManagerOfMeasurements manager;
+    EXPECT_EQ(manager.getMeasurement("Length"), nullptr);
+    EXPECT_FALSE(manager.registerMeasurement(nullptr));
+    auto* prototype = new TSUMLength(3, "a");
+    EXPECT_TRUE(manager.registerMeasurement(prototype));
+    TSUMLength second(4, "b");
+    EXPECT_FALSE(manager.registerMeasurement(&second));
+    const std::unique_ptr<TSMeasurement> made(manager.getMeasurement("Length"));
+    ASSERT_NE(made, nullptr);
+    EXPECT_NE(made.get(), prototype);
+    EXPECT_EQ(mapOf(*made), mapOf(*prototype));
+}
+
+TEST(Manager, HoldsTheNineAndThoseOfAHost) {
+    auto& manager = TSManagerOfMeasurements::instance();
+    for (const char* type : {"Length", "Inclination angle", "Rotation angle", "Angle between lines",
+                             "Line point", "Lines intersection", "Point between two points",
+                             "Endpoint shift in direction", "Far line in direction"}) {
+        const std::unique_ptr<TSMeasurement> made(manager.getMeasurement(type));
+        ASSERT_NE(made, nullptr) << type;
+        EXPECT_EQ(made->getType(), type);
+    }
+    EXPECT_TRUE(manager.registerMeasurement(new SegmentCount));
+    TSMeasurementList list;
+    list.addMeasurement(new SegmentCount);
+    TSMeasurementList loaded;
+    EXPECT_TRUE(loadRecord(loaded, recordOf(list)));
+    QVariant map;
+    EXPECT_TRUE(list.save(map) && loaded.load(map));
+    EXPECT_EQ(loaded.getAllMeasurements().value(0)->getType(), "Segment count");
+}
+
+TEST(LoadMeasurement, OwnsNothingAfterAFailure) {
+    const int before = SegmentCount::alive;
+    for (const QVariantMap& bad : {QVariantMap(), QVariantMap{{"measurementType", "Width"}},
+                                   QVariantMap{{"measurementType", QVariantList{1}}},
+                                   QVariantMap{{"measurementType", "Segment count"}, {"limit", 0}}}) {
+        QVariantMap map = bad;
+        TSUMLength other(0, "");
+        TSMeasurement* made = &other;
+        EXPECT_FALSE(TSMeasurement::loadMeasurement(map, made));
+        EXPECT_EQ(made, nullptr);
+    }
+    EXPECT_EQ(SegmentCount::alive, before);
+    QVariantMap map;
+    EXPECT_FALSE(TSMeasurement::saveMeasurement(map, nullptr));
+}
+
+TEST(UniformInfos, MayBeMissingButNotWrong) {
+    TSUMFarLineInDirection m({1, 0}, "a", "b", "c");
+    const QVariantMap whole = mapOf(m);
+    QVariantMap partly = whole;
+    partly.remove("linesInfos");
+    partly["pointsInfos"] = QVariantList{QVariantMap{{"isActive", false}}, QVariantMap{{"name", "new"}}};
+    const auto infos = m.getUniformResultsInfoAll();
+    EXPECT_TRUE(m.load(partly));
+    EXPECT_EQ(*infos[0].first, "a");  // the pointers outlive the load
+    EXPECT_FALSE(*infos[0].second);
+    EXPECT_EQ(*infos[1].first, "new");
+    EXPECT_EQ(*infos[2].first, "c");
+    const QVariantMap before = mapOf(m);
+    const QVariantMap entry{{"name", "x"}};
+    for (const QVariant& bad : {QVariant(3), QVariant(QVariantList()), QVariant(QVariantList{entry, 7}),
+                                QVariant(QVariantList{entry, entry, entry}), QVariant(entry),
+                                QVariant(QVariantList{entry, QVariantMap{{"name", 7}}}),
+                                QVariant(QVariantList{entry, QVariantMap{{"isActive", "yes"}}})}) {
+        QVariantMap map = whole;
+        map["pointsInfos"] = bad;
+        map["directionX"] = 9.0;
+        EXPECT_FALSE(m.load(map));
+        EXPECT_EQ(mapOf(m), before);
+    }
+}
+
+TEST(UniformInfos, TooLongANameIsNotWritten) {
+    TSUMLength m(0, QString(65535, 'x'));
+    EXPECT_EQ(recordOf(m).size(), 4 + 4 + 4 + 4 + 65535 + 1 + 4);
+    TSUMLength longer(0, QString(32768, QChar(0xe9)));  // two bytes each
+    QByteArray bytes;
+    QDataStream stream(&bytes, QIODevice::WriteOnly);
+    EXPECT_FALSE(longer.save(stream));
+    for (const char* length : {"ffffffff", "00000100"}) {
+        QByteArray hostile = "00000000 00000000 01000000" + QByteArray(length);
+        hostile = QByteArray::fromHex(hostile) + QByteArray(70000, 'x');
+        EXPECT_FALSE(loadRecord(m, hostile));
+    }
+}
+
+TEST(MeasurementList, OwnsAndCopiesDeeply) {
+    const int before = SegmentCount::alive;
+    {
+        TSMeasurementList list;
+        auto* held = new SegmentCount;
+        EXPECT_TRUE(list.addMeasurement(held));
+        EXPECT_FALSE(list.addMeasurement(held) || list.addMeasurement(nullptr));
+        TSMeasurementList copy(list);
+        TSMeasurementList assigned;
+        assigned.addMeasurement(new SegmentCount);
+        assigned = copy;
+        const TSMeasurementList& self = assigned;
+        assigned = self;
+        EXPECT_EQ(SegmentCount::alive, before + 3);
+        EXPECT_NE(assigned.getAllMeasurements(), list.getAllMeasurements());
+        copy.addMeasurement(new TSUMFarLineInDirection({1, 0}, "a", "b", "c"));
+        EXPECT_EQ(copy.getUniformResultsInfo().size(), 3);
+        list.removeAllMeasurements();
+        EXPECT_EQ(SegmentCount::alive, before + 2);
+    }
+    EXPECT_EQ(SegmentCount::alive, before);
+}
+
+TEST(MeasurementList, RecordIsTheDocumentedBytesAndFailuresKeepWhatWasRead) {
+    TSMeasurementList list;
+    list.addMeasurement(new TSUMLength(2, "a"));
+    list.addMeasurement(new TSUMLinePoint(1, 0.5, ""));
+    checkRecord(list,
+                "02000000"
+                "95c5e1a2d5ff2f20 02000000 00000000 01000000 01000000 61 01 00000000"
+                "b1aac4b49746fef4 01000000 000000000000e03f 01000000 00000000 01 00000000 00000000",
+                [] { return std::make_unique<TSMeasurementList>(); });
+    QByteArray bytes = recordOf(list);
+    TSMeasurementList loaded(list);
+    EXPECT_FALSE(loadRecord(loaded, bytes.left(bytes.size() - 1)));
+    EXPECT_EQ(loaded.getAllMeasurements().size(), 1);
+    for (const char* count : {"ffffffff", "ffffff7f", "00000080"}) {
+        EXPECT_FALSE(loadRecord(loaded, QByteArray::fromHex(count) + bytes.mid(4)));
+        EXPECT_LE(loaded.getAllMeasurements().size(), 2);
+    }
+    for (const QVariant& bad :
+         {QVariant(), QVariant(QVariantMap()), QVariant(QVariantList{QVariantList()})}) {
+        EXPECT_FALSE(loaded.load(bad));
+        EXPECT_TRUE(loaded.getAllMeasurements().isEmpty());
+    }
+}
+
+}  // namespace
