@@ -11,7 +11,6 @@ constexpr float kUnset = std::numeric_limits<float>::quiet_NaN();
 }  // namespace
 
 KvPointXY::KvPointXY() : x(kUnset), y(kUnset) {}
-KvPointXY::KvPointXY(float x0, float y0) : x(x0), y(y0) {}
 
 float KvPointXY::calcDistance(KvPointXY other) const { return calcDistance(*this, other); }
 
@@ -24,7 +23,6 @@ float KvPointXY::calcDistance(KvPointXY a, KvPointXY b) {
 bool KvPointXY::isNull() const { return std::isnan(x) || std::isnan(y); }
 
 KvPointXYZ::KvPointXYZ() : x(kUnset), y(kUnset), z(kUnset) {}
-KvPointXYZ::KvPointXYZ(float x0, float y0, float z0) : x(x0), y(y0), z(z0) {}
 
 float KvPointXYZ::calcDistance(KvPointXYZ other) const { return calcDistance(*this, other); }
 
@@ -39,7 +37,5 @@ float KvPointXYZ::calcDistance(KvPointXYZ a, KvPointXYZ b) {
 }
 
 KvPointXYZRGB::KvPointXYZRGB() : x(kUnset), y(kUnset), z(kUnset), rgb(0) {}
-KvPointXYZRGB::KvPointXYZRGB(float x0, float y0, float z0, unsigned int colour)
-    : x(x0), y(y0), z(z0), rgb(colour) {}
 
 }  // namespace KvMath

@@ -11,7 +11,7 @@ public:
     float x, y;
 
     KvPointXY();  ///< the null point: both NaN
-    KvPointXY(float x, float y);
+    KvPointXY(float x0, float y0) : x(x0), y(y0) {}
 
     /// Euclidean distance, mm, in single precision throughout; a NaN coordinate gives NaN.
     float calcDistance(KvPointXY other) const;
@@ -26,7 +26,7 @@ public:
     float x, y, z;
 
     KvPointXYZ();  ///< all NaN
-    KvPointXYZ(float x, float y, float z);
+    KvPointXYZ(float x0, float y0, float z0) : x(x0), y(y0), z(z0) {}
 
     /// Euclidean distance, mm, in single precision throughout; NaN when any of the six coordinates is NaN,
     /// even where another one is infinite.
@@ -41,7 +41,7 @@ public:
     unsigned int rgb;
 
     KvPointXYZRGB();  ///< coordinates NaN, rgb 0
-    KvPointXYZRGB(float x, float y, float z, unsigned int rgb);
+    KvPointXYZRGB(float x0, float y0, float z0, unsigned int colour) : x(x0), y(y0), z(z0), rgb(colour) {}
 };
 
 }  // namespace KvMath
