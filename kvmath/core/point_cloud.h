@@ -192,8 +192,9 @@ public:
     void clearEdgeEffect(float step);
 
     /// Thickness, mm, of a tape on its carrier inside the box (ends included): the points in the upper half
-    /// of the y extent are the tape, the others the carrier; result is the difference of their median
-    /// heights. NaN when either has fewer than 2 points, 0 for a level set. The cloud is not changed.
+    /// of the y extent, its middle included, are the tape, the others the carrier; result is the difference
+    /// of their median heights. NaN when either has fewer than 2 points, 0 for a level set. The cloud is not
+    /// changed.
     float extractInsulatingTape(float xmin, float xmax, float ymin, float ymax, float zmin, float zmax) const;
 
     /// Headerless file: per point x, y, z as little-endian float and four zero bytes. Truncates `path`. False
