@@ -161,11 +161,10 @@ bool TSTemplate::save(QDataStream& stream) const {
 }
 
 bool TSTemplate::load(const QVariant& doc) {
-    const QVariant source = doc;
     removeAllConstraints();
-    if (source.userType() != QMetaType::QVariantMap)
+    if (doc.userType() != QMetaType::QVariantMap)
         return false;
-    const QVariantMap map = source.toMap();
+    const QVariantMap map = doc.toMap();
     const QVariant constraints = map.value(QStringLiteral("constraints"));
     int linesNumber = 0;
     if (!readIndex(map.value(QStringLiteral("numOfLines")), linesNumber) ||
@@ -182,8 +181,8 @@ template <class Source>
 bool TSTemplate::adopt(ConstraintPtr constraint, Source& source) {
     if (constraint == nullptr || !constraint->load(source) || !accepts(*constraint))
         return false;
-    lists_[static_cast<size_t>(constraint->getMaximumLineIndex())].append(constraint.get());
-    constraint.release();
+    const auto line = static_cast<size_t>(constraint->getMaximumLineIndex());
+    lists_[line].append(constraint.release());
     return true;
 }
 

@@ -3,9 +3,6 @@
 #include <tests/support/random_data.h>
 #include <tests/support/stored_forms.h>
 
-#include <QtCore/QJsonDocument>
-#include <QtCore/QJsonObject>
-
 #include <cmath>
 #include <memory>
 #include <vector>
@@ -245,15 +242,6 @@ TEST(StoredForms, IndicesAreNumbersThatFit) {
     for (const QVariant& bad :
          {QVariant(2147483648.0), QVariant(std::nan("")), QVariant(kInfinity), QVariant(-1e300)})
         EXPECT_FALSE(load(bad, line));
-}
-
-TEST(StoredForms, WholeNumberBoundsSurviveJsonOnlyAsFarAsItKeepsThemDoubles) {
-    TSCLength c(1, 2.5, 1e100);
-    QVariantMap map = QJsonDocument(QJsonObject::fromVariantMap(mapOf(c))).toVariant().toMap();
-    TSCLength loaded;
-    EXPECT_TRUE(loaded.load(map));
-    EXPECT_EQ(mapOf(loaded)["lowerBound"], QVariant(2.5));
-    EXPECT_EQ(mapOf(loaded)["lineIndex"], QVariant(1));
 }
 
 TEST(StoredForms, NoDirectionKeyMeansEitherSense) {
