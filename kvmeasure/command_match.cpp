@@ -137,7 +137,7 @@ QJsonObject Matcher::assignmentJson(const Segments& segments, const KvMath::TSLi
 }
 
 QString Matcher::picturePath(const QString& stem) {
-    const QString path = arguments_.text("--svg");
+    QString path = arguments_.text("--svg");
     const bool isSingle = arguments_.operands().size() == 1 &&
                           stem == QFileInfo(arguments_.operands().first()).completeBaseName();
     if (isSingle)

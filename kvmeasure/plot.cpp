@@ -240,7 +240,7 @@ void Painter::drawDistance(const Mark& mark, const QString& colour, Vector& anch
 void Painter::drawAngle(const Mark& mark, const QString& colour, Vector& anchor) {
     constexpr double radiusPixels = 46;
     constexpr int pieces = 48;
-    const double radius = radiusPixels / view_.scaleX;
+    const double radius = radiusPixels / std::sqrt(view_.scaleX * view_.scaleY);
     const double from = std::atan2(mark.first.y - mark.vertex.y, mark.first.x - mark.vertex.x);
     const auto at = [&](double angle, double scale) {
         return view_.toPixel({mark.vertex.x + scale * radius * std::cos(angle),

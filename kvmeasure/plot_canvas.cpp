@@ -36,7 +36,7 @@ Projection fitProjection(const Rect& range, double left, double top, double widt
         projection.scaleX = projection.scaleY = height / range.height();
     }
     double factor = 1;
-    for (const double step : {2.0, 5.0, 10.0, 20.0, 50.0, 100.0, 200.0, 500.0, 1000.0}) {
+    for (const double step : {2.0, 3.0, 4.0, 5.0, 10.0, 20.0, 50.0, 100.0, 200.0, 500.0, 1000.0}) {
         if (height * factor < leastHeight && height * step <= mostHeight)
             factor = step;
     }
@@ -151,7 +151,9 @@ double LabelPlacer::cost(const Rect& label) const {
 Rect LabelPlacer::place(const Vector& anchor, double width, double height, double preferred) {
     constexpr int directions = 16;
     constexpr double turn = 6.283185307179586 / directions;
-    Rect best{anchor.x, anchor.y, anchor.x + width, anchor.y + height};
+    const Vector inside(std::max(area_.left, std::min(anchor.x, area_.right - width)),
+                        std::max(area_.top, std::min(anchor.y, area_.bottom - height)));
+    Rect best{inside.x, inside.y, inside.x + width, inside.y + height};
     double bestCost = 1e18;
     for (const double gap : {8.0, 16.0, 28.0, 44.0, 64.0, 90.0, 120.0, 160.0}) {
         for (int i = 0; i < directions; ++i) {

@@ -23,17 +23,17 @@ constexpr float unset = std::numeric_limits<float>::quiet_NaN();
 
 /// Layout of one kind of record: marker, count, further head, points.
 struct Layout {
-    unsigned char marker;
     const char* name;
+    unsigned char marker;
     int countBytes;
     int headBytes;  // with marker and count
     int pointBytes;
 };
 
 constexpr Layout layouts[] = {
-    {0x02, "XY cloud", 2, 3, 8},           {0x03, "XYZ cloud", 4, 5, 12},
-    {0x04, "XYZRGB cloud", 4, 5, 16},      {0x05, "profile with z", 2, 7, 8},
-    {0x85, "profile with tags", 2, 27, 8},
+    {"XY cloud", 0x02, 2, 3, 8},           {"XYZ cloud", 0x03, 4, 5, 12},
+    {"XYZRGB cloud", 0x04, 4, 5, 16},      {"profile with z", 0x05, 2, 7, 8},
+    {"profile with tags", 0x85, 2, 27, 8},
 };
 
 const Layout* findLayout(unsigned char marker) {

@@ -88,7 +88,7 @@ protected:
     static double value(const Outcome& result, const QString& name) {
         const QJsonObject profile = result.json()["profiles"].toArray()[0].toObject();
         const QJsonObject assignment = profile["assignments"].toArray()[0].toObject();
-        for (const QJsonValue& entry : assignment["measurements"].toArray()) {
+        for (const auto& entry : assignment["measurements"].toArray()) {
             if (entry.toObject()["name"].toString() == name)
                 return entry.toObject()["value"].toDouble();
         }
