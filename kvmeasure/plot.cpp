@@ -240,7 +240,11 @@ void Painter::drawDistance(const Mark& mark, const QString& colour, Vector& anch
 void Painter::drawAngle(const Mark& mark, const QString& colour, Vector& anchor) {
     constexpr double radiusPixels = 46;
     constexpr int pieces = 48;
-    const double radius = radiusPixels / std::sqrt(view_.scaleX * view_.scaleY);
+    const Vector vertex = view_.toPixel(mark.vertex);
+    const double room = std::min(vertex.y - view_.area.top, view_.area.bottom - vertex.y) / view_.scaleY;
+    const double wanted = radiusPixels / std::sqrt(view_.scaleX * view_.scaleY);
+    const double radius =
+        std::max(wanted / 2, std::min(wanted, room));  // inside the picture where that is seen
     const double from = std::atan2(mark.first.y - mark.vertex.y, mark.first.x - mark.vertex.x);
     const auto at = [&](double angle, double scale) {
         return view_.toPixel({mark.vertex.x + scale * radius * std::cos(angle),
@@ -249,7 +253,6 @@ void Painter::drawAngle(const Mark& mark, const QString& colour, Vector& anchor)
     QList<Vector> arc;
     for (int i = 0; i <= pieces; ++i)
         arc.append(at(from + mark.angle * i / pieces, 1));
-    const Vector vertex = view_.toPixel(mark.vertex);
     for (const double arm : {from, from + mark.angle})
         canvas_.line(vertex, at(arm, 1.35), stroke(colour, 1, "stroke-dasharray=\"5 4\""));
     canvas_.polyline(arc, stroke(colour, 1.8));

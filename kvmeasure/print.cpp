@@ -61,7 +61,10 @@ void print(const QString& text) {
 
 void printJson(const QJsonObject& object) { print(QString::fromUtf8(QJsonDocument(object).toJson())); }
 
-QString mm(double value) { return QString::number(value, 'f', 4); }
+QString mm(double value) {
+    constexpr double widest = 1e7;  // no scanner sees that far; such numbers come from damaged files
+    return std::fabs(value) < widest ? QString::number(value, 'f', 4) : QString::number(value, 'g', 6);
+}
 
 QJsonValue jsonNumber(double value) { return std::isfinite(value) ? QJsonValue(value) : QJsonValue(); }
 
