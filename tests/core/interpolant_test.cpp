@@ -1,0 +1,157 @@
+#include <kvmath/core/interpolant.h>
+
+#include <tests/support/random_data.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+
+using namespace KvMath;
+using TestSupport::kNaN;
+
+static const float kInf = std::numeric_limits<float>::infinity();
+
+static KvPointCloud<KvPointXY> scanLine(TestSupport::Draws& draws, int n) {
+    KvPointCloud<KvPointXY> cloud;
+    for (auto x = static_cast<float>(draws.real(-100, 100)); cloud.points.size() < n;)
+        cloud.points.append({x += static_cast<float>(draws.real(0.05, 0.5)), draws.coordinate(20, 0.5F, 0)});
+    return cloud;
+}
+
+// Hermite form in long double, the secants beyond the ends by recursion. Returns value and slope from the
+// left.
+static std::pair<long double, long double> akima(const QList<KvPointXY>& p, long double x) {
+    const int n = p.size();
+    const auto width = [&](int i) { return static_cast<long double>(p[i + 1].x) - p[i].x; };
+    const std::function<long double(int)> secant = [&](int i) -> long double {
+        if (n > 2 && (i < 0 || i > n - 2))
+            return i < 0 ? 2 * secant(i + 1) - secant(i + 2) : 2 * secant(i - 1) - secant(i - 2);
+        i = n == 2 ? 0 : i;
+        return (static_cast<long double>(p[i + 1].y) - p[i].y) / width(i);
+    };
+    const auto slope = [&](int i) {
+        const long double w1 = std::fabs(secant(i + 1) - secant(i)),
+                          w2 = std::fabs(secant(i - 1) - secant(i - 2));
+        return w1 + w2 == 0 ? secant(i) : (w1 * secant(i - 1) + w2 * secant(i)) / (w1 + w2);
+    };
+    int i = 0;
+    while (i < n - 2 && p[i + 1].x < x)
+        ++i;
+    const long double h = width(i), s = (x - p[i].x) / h, r = 1 - s, t0 = slope(i), t1 = slope(i + 1);
+    return {r * r * (1 + 2 * s) * p[i].y + s * r * r * h * t0 + s * s * (3 - 2 * s) * p[i + 1].y -
+                s * s * r * h * t1,
+            6 * s * r * secant(i) + (1 - 4 * s + 3 * s * s) * t0 + (3 * s * s - 2 * s) * t1};
+}
+
+TEST(Interpolant, EqualsAnIndependentConstructionInValueAndSlope) {
+    TestSupport::Draws draws(6);
+    for (int n = 2; n < 40; ++n) {
+        const KvPointCloud<KvPointXY> cloud = scanLine(draws, n);
+        KvPointCloud<KvPointXY> shuffled = cloud;
+        std::shuffle(shuffled.points.begin(), shuffled.points.end(), std::mt19937(1));
+        shuffled.points << KvPointXY(kNaN, 1) << KvPointXY(1, kInf) << shuffled.points.takeFirst();
+        const KvInterpolant spline(shuffled, KvInterpolantAkima);
+        ASSERT_EQ(spline.knotCount, n);
+        EXPECT_EQ(spline.calcY(cloud.points.first().x), cloud.points.first().y);
+        for (int i = 0; i < n - 1;
+             ++i) {  // at the middle, then from the left at the knot that ends the interval
+            const KvPointXY a = cloud.points[i], b = cloud.points[i + 1];
+            const float middle = (a.x + b.x) / 2;
+            EXPECT_NEAR(spline.calcY(middle), static_cast<double>(akima(cloud.points, middle).first), 1e-5)
+                << n;
+            EXPECT_NEAR(spline.calcY(b.x), b.y, 1e-5) << n;
+            const float* c = spline.coefficients.constData() + 4 * i;
+            const double h = static_cast<double>(b.x) - a.x, bend = 2.0 * c[2] * h,
+                         twist = 3.0 * c[3] * h * h;
+            const double tolerance = 1e-6 * (std::fabs(c[1]) + std::fabs(bend) + std::fabs(twist));
+            EXPECT_NEAR(c[1] + bend + twist, static_cast<double>(akima(cloud.points, b.x).second), tolerance)
+                << n;
+            EXPECT_NEAR(c[1] + bend + twist, i < n - 2 ? c[5] : c[1] + bend + twist, tolerance) << n;
+        }
+    }
+}
+
+TEST(Interpolant, LeavesStraightPartsStraight) {
+    KvPointCloud<KvPointXY> cloud;
+    for (const float x : {0.0F, 1.0F, 4.0F, 9.0F, 16.0F, 25.0F})
+        cloud.points.append({x, x < 20 ? 3 - 2 * x : 100});
+    const KvInterpolant spline(cloud, KvInterpolantAkima);
+    for (float x = 0; x <= 9; x += 0.125F)
+        EXPECT_FLOAT_EQ(spline.calcY(x), 3 - 2 * x);
+}
+
+TEST(Interpolant, RefusedBuildsDropThePreviousOneExceptForNone) {
+    KvPointCloud<KvPointXY> cloud, bad;
+    cloud.points = {{0, 1}, {1, 3}, {2, 2}};
+    KvInterpolant spline(cloud, KvInterpolantAkima);
+    EXPECT_EQ(spline.buildFromPointCloud(bad, KvInterpolantNone), 0);
+    EXPECT_EQ(spline.calcY(1), 3.0F);
+    EXPECT_EQ(spline.buildFromPointCloud(cloud, static_cast<_KvInterpolantType_>(1)), 0);
+    EXPECT_EQ(spline.knotX.size() + spline.coefficients.size() + spline.knotCount, 0);
+    EXPECT_EQ(spline.buildAkimaSpline(nullptr), 0);
+    for (const QList<KvPointXY>& points : {QList<KvPointXY>(),
+                                           {{1, 1}, {kNaN, 2}},
+                                           {{2, 1}, {1, 1}},
+                                           {{0, -3e38F}, {1e-3F, 3e38F}},
+                                           {{1, 1}, {1, 1}, {2, 1}}}) {
+        bad.points = points;
+        EXPECT_EQ(spline.buildFromPointCloud(cloud, KvInterpolantAkima), 3);
+        EXPECT_EQ(spline.buildAkimaSpline(&bad), 0);
+        EXPECT_TRUE(spline.type == KvInterpolantNone && std::isnan(spline.calcY(1)));
+    }
+}
+
+TEST(Interpolant, TakesTheIntervalOnTheLeftOfAKnotAndNothingOutside) {
+    KvInterpolant spline;
+    spline.type = KvInterpolantAkima;
+    spline.knotX = {0, 1, 2};
+    spline.coefficients = {10, 0, 0, 0, 20, 1, 0, 0};
+    spline.knotCount = 3;
+    EXPECT_TRUE(spline.calcY(0) == 10.0F && spline.calcY(1) == 10.0F && spline.calcY(2) == 21.0F);
+    EXPECT_EQ(spline.calcY(std::nextafter(1.0F, 2.0F)), 20.0F);
+    for (const float outside : {-1e-30F, std::nextafter(2.0F, 3.0F), kNaN, kInf})
+        EXPECT_TRUE(std::isnan(spline.calcY(outside)));
+    spline.knotCount = 9;  // more than there are
+    EXPECT_TRUE(std::isnan(spline.calcY(0)));
+}
+
+TEST(Interpolant, ResamplesAsTheLiteralLoopAndNeverHangs) {
+    TestSupport::Draws draws(9);
+    const KvPointCloud<KvPointXY> cloud = scanLine(draws, 50);
+    const KvInterpolant spline(cloud, KvInterpolantAkima);
+    const float first = spline.knotX.first(), last = spline.knotX.last();
+    for (int round = 0; round < 300; ++round) {
+        const float step = draws.chance(0.1) ? kInf : static_cast<float>(draws.real(0.01, 3));
+        const float from = first + draws.coordinate(6, 0.5F, 0.2), to = last + draws.coordinate(6, 0.5F, 0.2);
+        float x = std::isnan(from) ? first : std::max(from, first);
+        KvPointCloud<KvPointXY> out = cloud;
+        spline.generatePointCloud(out, step, from, to);
+        do {
+            const float y = spline.calcY(x);
+            ASSERT_TRUE(std::isnan(y) || (!out.points.isEmpty() && out.points.first().x == x));
+            EXPECT_TRUE(std::isnan(y) || out.points.takeFirst().y == y);
+            x += step;
+        } while (x < (std::isnan(to) ? last : std::min(to, last)));
+        EXPECT_TRUE(out.points.isEmpty());
+    }
+    for (const auto& [step, from, size] : {std::tuple(0.0F, kNaN, 50),
+                                           {-1.0F, kNaN, 50},
+                                           {1e-30F, first, 1},
+                                           {kNaN, kNaN, 1},
+                                           {1.0F, kInf, 0},
+                                           {1.0F, last, 1}}) {
+        KvPointCloud<KvPointXY> out = cloud;
+        spline.generatePointCloud(out, step, from, kNaN);
+        EXPECT_EQ(out.points.size(), size) << step;
+    }
+    KvPointCloud<KvPointXY> out, unit;
+    unit.points = {{0, 0}, {1, 1}};
+    EXPECT_EQ(KvInterpolant(unit, KvInterpolantAkima).generatePointCloud(out, 5e-8F, kNaN, kNaN),
+              0);  // 20 million
+    EXPECT_EQ(KvInterpolant(unit, KvInterpolantAkima).generatePointCloud(out, 0.25F, kNaN, kNaN), 4);
+}
+
+TEST(Interpolant, SlopeOfAParabolaThroughThreePoints) {
+    EXPECT_FLOAT_EQ(KvInterpolant().diff3p(3, -1, 0.5F, 4, 8, -1, 13), 7.0F);  // 2x^2 - 5x + 1
+}

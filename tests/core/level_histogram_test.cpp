@@ -1,0 +1,78 @@
+#include <kvmath/core/level_histogram.h>
+
+#include <tests/support/random_data.h>
+#include <tests/support/scratch_directory.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+using namespace KvMath;
+using TestSupport::kNaN;
+using Bins = QMap<float, int>;
+
+static KvPointCloud<KvPointXY> heights(std::initializer_list<float> values) {
+    KvPointCloud<KvPointXY> cloud;
+    for (const float y : values)
+        cloud.points.append({0, y});
+    return cloud;
+}
+
+TEST(LevelHistogram, CountsUnderTheIndexBesideTheLevels) {
+    KvLevelHistogram<KvPointXY> histogram;
+    auto cloud = heights({0, 0.5F, 1.5F, 3});
+    EXPECT_EQ(histogram.calcFromPointCloud(cloud, 1), 4);
+    EXPECT_EQ(histogram.bins, (Bins{{0, 2}, {1, 1}, {2, 0}, {3, 1}}));
+    EXPECT_EQ(histogram.calcMassCenter(), 2.0F);
+    cloud = heights({10, 10.5F, 11, kNaN});
+    EXPECT_EQ(histogram.calcFromPointCloud(cloud, 0.5F), 6);
+    EXPECT_EQ(histogram.bins, (Bins{{0, 1}, {1, 1}, {2, 1}, {10, 0}, {10.5F, 0}, {11, 0}}));
+    histogram.clear();
+    EXPECT_TRUE(std::isnan(histogram.calcMassCenter()));
+}
+
+TEST(LevelHistogram, EqualsTheLiteralCountOnAnyStaleRange) {
+    TestSupport::Draws draws(8);
+    for (int round = 0; round < 200; ++round) {
+        KvPointCloud<KvPointXYZRGB> cloud;
+        for (int i = draws.integer(1, 60); i > 0; --i)
+            cloud.points.append({0, draws.coordinate(8, 0.25F, 0.1), 0, 0});
+        cloud.minY = draws.coordinate(6, 0.5F, 0);
+        cloud.maxY = cloud.minY + static_cast<float>(draws.integer(0, 8));
+        const auto width = static_cast<float>(draws.real(0.1, 3.0));
+        Bins expected;
+        for (int i = 0; i < static_cast<int>(std::ceil((cloud.maxY - cloud.minY) / width)) + 1; ++i)
+            expected[cloud.minY + static_cast<float>(i) * width] = 0;
+        for (const KvPointXYZRGB& p : qAsConst(cloud.points))
+            if (!std::isnan(p.y))
+                ++expected[static_cast<float>(static_cast<int>((p.y - cloud.minY) / width))];
+        KvLevelHistogram<KvPointXYZRGB> histogram;
+        EXPECT_EQ(histogram.calcFromPointCloud(cloud, width), expected.size());
+        EXPECT_EQ(histogram.bins, expected) << round;
+    }
+}
+
+TEST(LevelHistogram, RefusesWhatHasNoLevelsOrTooMany) {
+    const float inf = std::numeric_limits<float>::infinity();
+    KvLevelHistogram<KvPointXY> histogram;
+    for (auto cloud : {heights({0, 4194304}), heights({}), heights({0, inf}), heights({-3e38F, 3e38F})}) {
+        for (const float width : {1.0F, 0.0F, -1.0F, kNaN, 1e-38F}) {
+            histogram.bins[5] = 5;
+            EXPECT_EQ(histogram.calcFromPointCloud(cloud, width), 0) << width;
+            EXPECT_EQ(histogram.count(), 0);
+        }
+    }
+    auto cloud = heights({0, 1, 3e38F, -inf});
+    cloud.minY = 0;
+    cloud.maxY = 1;
+    EXPECT_EQ(histogram.calcFromPointCloud(cloud, 1), 2);  // bands beyond int are skipped
+}
+
+TEST(LevelHistogram, WritesKeysThatReadBack) {
+    const TestSupport::ScratchDirectory scratch;
+    KvLevelHistogram<KvPointXYZ> histogram;
+    histogram.bins = {{-2.5F, 1}, {1e-7F, 2}, {1.0F / 3.0F, -3}, {16777216, 4}};
+    EXPECT_TRUE(histogram.writeToCSV("bins.csv") && histogram.writeToCSV("bins.csv"));
+    EXPECT_EQ(scratch.read("bins.csv"), "-2.5;1\r\n1e-07;2\r\n0.33333334;-3\r\n16777216;4\r\n");
+    EXPECT_FALSE(histogram.writeToCSV("missing/bins.csv"));
+}
