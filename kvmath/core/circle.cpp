@@ -27,7 +27,7 @@ struct Moments {
 Centroid centroidOf(const QList<KvPointXY>& points) {
     Centroid mean;
     for (const KvPointXY& p : points) {
-        if (p.isNull())
+        if (std::isnan(p.x) || std::isnan(p.y))
             continue;
         mean.x += static_cast<double>(p.x);
         mean.y += static_cast<double>(p.y);
@@ -41,7 +41,7 @@ Centroid centroidOf(const QList<KvPointXY>& points) {
 Moments momentsAbout(const Centroid& mean, const QList<KvPointXY>& points) {
     Moments s;
     for (const KvPointXY& p : points) {
-        if (p.isNull())
+        if (std::isnan(p.x) || std::isnan(p.y))
             continue;
         const double u = static_cast<double>(p.x) - mean.x;
         const double v = static_cast<double>(p.y) - mean.y;
@@ -61,7 +61,7 @@ Moments momentsAbout(const Centroid& mean, const QList<KvPointXY>& points) {
 double rmsDistance(const QList<KvPointXY>& points, int used, double x, double y, double radius) {
     double sum = 0.0;
     for (const KvPointXY& p : points) {
-        if (p.isNull())
+        if (std::isnan(p.x) || std::isnan(p.y))
             continue;
         const double dx = static_cast<double>(p.x) - x;
         const double dy = static_cast<double>(p.y) - y;

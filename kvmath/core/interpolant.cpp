@@ -173,9 +173,14 @@ int KvInterpolant::generatePointCloud(KvPointCloud<KvPointXY>& out, float step, 
     out.clear();
     if (asked > 0.0)
         out.points.reserve(static_cast<int>(asked) + 1);
+    // x only grows, so the interval only moves on: the one that calcY finds, without its search.
+    const int lastInterval = std::min(std::max(knotCount - 2, 0), coefficients.size() / 4 - 1);
+    int interval = std::min(intervalOf(knotX.constData(), knotCount, start), lastInterval);
     float x = start;
     for (;;) {
-        const float y = calcY(x);
+        while (interval < lastInterval && knotX.at(interval + 1) < x)
+            ++interval;
+        const float y = x >= first && x <= last ? evaluate(*this, interval, x) : kUnset;
         if (!std::isnan(y))
             out.points.append(KvPointXY(x, y));
         const float next = x + step;

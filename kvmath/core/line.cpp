@@ -37,7 +37,7 @@ bool KvLine::calcFromPointCloud(const KvPointCloud<KvPointXY>& cloud) {
     double sumXY = 0.0;
     int used = 0;
     for (const KvPointXY& p : cloud.points) {
-        if (p.isNull())
+        if (std::isnan(p.x) || std::isnan(p.y))
             continue;
         sumX += static_cast<double>(p.x);
         sumXX += static_cast<double>(p.x * p.x);  // product in float, sum in double
