@@ -1,0 +1,125 @@
+#include <kvmath/numerics/fitting.h>
+
+#include <kvmath/numerics/linear_solve_p.h>
+#include <kvmath/numerics/small_matrix.h>
+#include <kvmath/numerics/svd.h>
+#include <kvmath/numerics/svd_p.h>
+
+#include <cmath>
+#include <cstddef>
+
+namespace KvMath {
+
+bool lineFitting(const double* x, const double* y, int n, double* c) {
+    double sx = 0.0;
+    double sy = 0.0;
+    double sxx = 0.0;
+    double sxy = 0.0;
+    for (int i = 0; i < n; ++i) {
+        sx += x[i];
+        sy += y[i];
+        sxx += x[i] * x[i];
+        sxy += x[i] * y[i];
+    }
+    const double count = n;
+    sx /= count;
+    double matrix[4] = {sxx / count, sx, sx, 1.0};
+    const double right[2] = {sxy / count, sy / count};
+    inverseMatrix22(matrix);
+    mul22with21(matrix, right, c);
+    return true;
+}
+
+bool parabolaFitting(const double* x, const double* y, int n, double* c) {
+    double sx = 0.0;
+    double sy = 0.0;
+    double sx2 = 0.0;
+    double sxy = 0.0;
+    double sx3 = 0.0;
+    double sx2y = 0.0;
+    double sx4 = 0.0;
+    for (int i = 0; i < n; ++i) {
+        const double square = x[i] * x[i];
+        sx += x[i];
+        sy += y[i];
+        sx2 += square;
+        sxy += x[i] * y[i];
+        sx3 += square * x[i];
+        sx2y += square * y[i];
+        sx4 += square * square;
+    }
+    const double count = n;
+    sx /= count;
+    sx2 /= count;
+    sx3 /= count;
+    double matrix[9] = {sx4 / count, sx3, sx2, sx3, sx2, sx, sx2, sx, 1.0};
+    const double right[3] = {sx2y / count, sxy / count, sy / count};
+    inverseMatrix33(matrix);
+    vectorA2B(matrix, right, c);
+    return true;
+}
+
+bool planeFitting(const double* xyz, int n, double* p) {
+    for (int k = 0; k < 4; ++k)
+        p[k] = 0.0;
+    if (n < 1)
+        return false;
+    double centroid[3] = {0.0, 0.0, 0.0};
+    for (int i = 0; i < n; ++i)
+        sumPlus31(centroid, xyz + 3 * static_cast<std::ptrdiff_t>(i));
+    for (double& coordinate : centroid)
+        coordinate /= n;
+    Internal::UnitOffsetMatrix centred(n, 3);
+    for (int i = 0; i < n; ++i)
+        for (int k = 0; k < 3; ++k)
+            centred[i + 1][k + 1] = xyz[3 * static_cast<std::ptrdiff_t>(i) + k] - centroid[k];
+    Internal::UnitOffsetMatrix v(3, 3);
+    double w[4] = {};
+    if (!svdcmp(centred.rows(), n, 3, w, v.rows()))
+        return false;
+    int column = 1;
+    for (int k = 2; k <= 3; ++k)
+        if (w[k] < w[column])
+            column = k;
+    double normal[3] = {v[1][column], v[2][column], v[3][column]};
+    if (normal[2] < 0.0)
+        mulV3byScalar(normal, -1.0);
+    for (int k = 0; k < 3; ++k)
+        p[k] = normal[k];
+    p[3] = -mul13with31(normal, centroid);
+    return true;
+}
+
+bool fitTwoHarmonics(const double* phi, const double* y, int n, double* h) {
+    constexpr int kTerms = 5;
+    constexpr double kSmallestPivot = 1e-100;
+    if (n < 1)
+        return false;
+    double matrix[kTerms * kTerms] = {};
+    double right[kTerms] = {};
+    for (int i = 0; i < n; ++i) {
+        const double c = std::cos(phi[i]);
+        const double s = std::sin(phi[i]);
+        const double basis[kTerms] = {1.0, c, s, c * c - s * s, 2.0 * s * c};
+        for (int r = 0; r < kTerms; ++r) {
+            for (int k = r; k < kTerms; ++k)
+                matrix[kTerms * r + k] += basis[r] * basis[k];
+            right[r] += y[i] * basis[r];
+        }
+    }
+    const auto mean = static_cast<double>(1.0F / static_cast<float>(n));  // single precision by design
+    for (int r = 0; r < kTerms; ++r) {
+        for (int k = r; k < kTerms; ++k) {
+            matrix[kTerms * r + k] *= mean;
+            matrix[kTerms * k + r] = matrix[kTerms * r + k];
+        }
+        right[r] *= mean;
+    }
+    if (!Internal::eliminate(matrix, right, kTerms, kSmallestPivot))
+        return false;
+    for (int r = 0; r < kTerms; ++r)
+        h[r] = right[r];
+    return true;
+}
+
+}  // namespace KvMath
