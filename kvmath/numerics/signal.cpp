@@ -1,33 +1,27 @@
 #include <kvmath/numerics/signal.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 
 namespace KvMath {
-namespace {
-
-// data, continued cyclically by `half` values on both sides.
-std::vector<double> continued(const double* data, std::ptrdiff_t n, std::ptrdiff_t half) {
-    std::vector<double> extended(static_cast<std::size_t>(n + 2 * half));
-    std::ptrdiff_t source = (n - half % n) % n;
-    for (double& value : extended) {
-        value = data[source];
-        source = source + 1 == n ? 0 : source + 1;
-    }
-    return extended;
-}
-
-}  // namespace
-
 void convoluteCyclicaly(double* data, int n, const double* kernel, int half) {
     if (n < 1 || half < 0)
         return;
-    const std::vector<double> extended = continued(data, n, half);
-    const std::ptrdiff_t width = 2 * static_cast<std::ptrdiff_t>(half) + 1;
-    for (std::ptrdiff_t i = 0; i < n; ++i) {
+    const std::vector<double> old(data, data + n);
+    const long long width = 2LL * half + 1;
+    const int start = half % n == 0 ? 0 : n - half % n;  // where the window of value 0 begins
+    for (int i = 0; i < n; ++i) {
         double sum = 0.0;
-        for (std::ptrdiff_t j = 0; j < width; ++j)
-            sum += extended[static_cast<std::size_t>(i + j)] * kernel[j];
+        int from = static_cast<int>((static_cast<long long>(start) + i) % n);
+        for (long long j = 0;
+             j < width;) {  // whole runs up to the end of the data, then from its beginning again
+            const int run = static_cast<int>(std::min<long long>(width - j, n - from));
+            for (int r = 0; r < run; ++r)
+                sum += old[static_cast<std::size_t>(from + r)] * kernel[j + r];
+            j += run;
+            from = 0;
+        }
         data[i] = sum;
     }
 }

@@ -53,10 +53,10 @@ void rotateColumns(double** matrix, int rows, int first, int last, const Rotatio
 /// the super-diagonal, anorm the scale against which elements are negligible.
 class Decomposition {
 public:
-    Decomposition(double** a, int m, int n, double* w, double** v)
-        : a(a), w(w), v(v), m(m), n(n), work(2 * (static_cast<std::size_t>(n) + 1)), rv1(work.data()),
-          sums(rv1 + n + 1), rotationsV(static_cast<std::size_t>(n)),
-          rotationsA(static_cast<std::size_t>(n)) {}
+    Decomposition(double** matrix, int rows, int columns, double* values, double** rightVectors)
+        : a(matrix), w(values), v(rightVectors), m(rows), n(columns),
+          work(2 * (static_cast<std::size_t>(n) + 1)), rv1(work.data()), sums(rv1 + n + 1),
+          rotationsV(static_cast<std::size_t>(n)), rotationsA(static_cast<std::size_t>(n)) {}
 
     bool run() {
         bidiagonalise();

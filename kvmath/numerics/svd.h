@@ -1,10 +1,5 @@
 #pragma once
 // Singular value decomposition, least squares by it, principal components.
-//
-// Achieved accuracy is that of the rotations, whose hypotenuses carry a single-precision ratio term (see
-// pythag in svd_p.h): reconstruction and orthogonality hold to rounding times the matrix norm, because every
-// rotation is formed from the rounded hypotenuse only in so far as it scales; docs/numerics.md has the
-// measured bounds.
 
 #include <kvmath/core/global.h>
 
