@@ -5,6 +5,12 @@
 #include <cstddef>
 
 namespace KvMath {
+namespace {
+
+constexpr int kMostBins = 1 << 24;
+
+}  // namespace
+
 void convoluteCyclicaly(double* data, int n, const double* kernel, int half) {
     if (n < 1 || half < 0)
         return;
@@ -28,7 +34,7 @@ void convoluteCyclicaly(double* data, int n, const double* kernel, int half) {
 
 void hist(const std::vector<double>& values, double start, double binWidth, int binCount, bool dropOutside,
           std::vector<double>& centres, std::vector<int>& counts) {
-    const std::size_t bins = binCount > 0 ? static_cast<std::size_t>(binCount) : 0;
+    const std::size_t bins = binCount > 0 && binCount <= kMostBins ? static_cast<std::size_t>(binCount) : 0;
     // `values` may be `centres`: count before the centres are written.
     std::vector<int> result(bins, 0);
     for (const double value : values) {

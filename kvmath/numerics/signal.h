@@ -15,7 +15,7 @@ KVMATH_EXPORT void convoluteCyclicaly(double* data, int n, const double* kernel,
 /// Counts values in binCount bins of binWidth from `start`; centres receives their middles. The bin number is
 /// truncated towards zero, so a value up to one width below start is in bin 0 even when dropOutside is set.
 /// Other values outside, and NaN, are dropped or, without dropOutside, counted in the nearest bin (NaN in bin
-/// 0). binCount < 1: both vectors empty.
+/// 0). binCount below 1 or above 2^24: both vectors empty.
 KVMATH_EXPORT void hist(const std::vector<double>& values, double start, double binWidth, int binCount,
                         bool dropOutside, std::vector<double>& centres, std::vector<int>& counts);
 

@@ -339,6 +339,10 @@ bool svdcmp(double** a, int m, int n, double* const w, double** v) {
 bool svdLeastSquares(const double* A, const double* b, int m, int n, double tol, double* x) {
     if (n < 1)
         return true;
+    if (m < 1) {
+        std::fill_n(x, n, 0.0);
+        return true;
+    }
     UnitOffsetMatrix u(m, n);
     UnitOffsetMatrix v(n, n);
     std::vector<double> vectors(3 * (static_cast<std::size_t>(n) + 1));
