@@ -181,7 +181,7 @@ std::vector<bool> missingColumns(const ProfileRecipe& recipe) {
     Draws draws(recipe.seed, DropoutStream);
     for (int i = 0; i < recipe.dropouts; ++i) {
         const int first = draws.below(recipe.points);
-        const int length = std::max(1, static_cast<int>(recipe.dropoutLength * (0.5 + draws.unit()) + 0.5));
+        const int length = std::max(1, qRound(recipe.dropoutLength * (0.5 + draws.unit())));
         ++changes[static_cast<std::size_t>(first)];
         --changes[static_cast<std::size_t>(std::min(recipe.points, first + length))];
     }
@@ -249,8 +249,9 @@ double trueValue(const SimulatedProfile& simulated, const QString& name) {
 QByteArray truthCsv(const SimulatedProfile& simulated) {
     QByteArray text = "name,value,unit\n";
     for (const TrueValue& value : simulated.values)
-        text +=
-            QString("%1,%2,%3\n").arg(value.name, QString::number(value.value + 0.0, 'g', 9), value.unit).toUtf8();
+        text += QString("%1,%2,%3\n")
+                    .arg(value.name, QString::number(value.value + 0.0, 'g', 9), value.unit)
+                    .toUtf8();
     return text;
 }
 

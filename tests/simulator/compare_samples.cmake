@@ -1,0 +1,15 @@
+# Makes the samples anew and fails when one is missing or differs from the committed file.
+set(fresh ${CMAKE_CURRENT_BINARY_DIR}/fresh_samples)
+file(REMOVE_RECURSE ${fresh})
+execute_process(COMMAND ${MAKE_SAMPLES} ${fresh} COMMAND_ERROR_IS_FATAL ANY)
+file(GLOB files RELATIVE ${fresh} ${fresh}/*)
+if(NOT files)
+    message(FATAL_ERROR "no samples were made")
+endif()
+foreach(name IN LISTS files)
+    execute_process(COMMAND ${CMAKE_COMMAND} -E compare_files ${fresh}/${name} ${COMMITTED}/${name}
+                    RESULT_VARIABLE different)
+    if(different)
+        message(SEND_ERROR "samples/${name} is not what make_samples writes; run scripts/make-samples")
+    endif()
+endforeach()

@@ -1,0 +1,189 @@
+#include <simulator/draws.h>
+#include <simulator/profile_simulator.h>
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+
+namespace {
+
+using namespace Simulator;
+using KvMath::KvPointXY;
+using testing::HasSubstr;
+
+SimulatedProfile simulated(const ProfileRecipe& recipe) {
+    QString error;
+    auto result = simulateProfile(recipe, &error);
+    EXPECT_TRUE(result) << error.toStdString();
+    return result ? *result : SimulatedProfile();
+}
+
+double distanceToPiece(const OutlinePiece& piece, const Vector& q) {
+    if (piece.radius > 0)
+        return std::abs(std::hypot(q.x - piece.centre.x, q.y - piece.centre.y) - piece.radius);
+    const Vector d(piece.p2.x - piece.p1.x, piece.p2.y - piece.p1.y);
+    const double along = ((q.x - piece.p1.x) * d.x + (q.y - piece.p1.y) * d.y) / (d.x * d.x + d.y * d.y);
+    const double t = std::clamp(along, 0.0, 1.0);
+    return std::hypot(piece.p1.x + t * d.x - q.x, piece.p1.y + t * d.y - q.y);
+}
+
+TEST(SimulateProfile, CleanPointsOfEveryShapeLieOnItsOutline) {
+    for (const QString& shape : shapeNames()) {
+        for (const double rotation : {0.0, -20.0, 33.0}) {
+            SCOPED_TRACE(shape.toStdString() + " turned by " + std::to_string(rotation));
+            ProfileRecipe recipe;
+            recipe.shape = shape;
+            recipe.rotation = rotation;
+            recipe.shiftX = 1.5;
+            recipe.shiftY = 40;
+            const SimulatedProfile result = simulated(recipe);
+            EXPECT_GT(result.profile.points.size(), 300);
+            for (const KvPointXY& p : result.profile.points) {
+                double nearest = 1e9;
+                for (const OutlinePiece& piece : result.outline)
+                    nearest = std::min(nearest, distanceToPiece(piece, Vector(double(p.x), double(p.y))));
+                ASSERT_LT(nearest, 1e-5) << p.x << ' ' << p.y;
+            }
+        }
+    }
+}
+
+TEST(SimulateProfile, TheHighestSurfaceIsSeen) {
+    ProfileRecipe recipe;
+    recipe.shape = "square-groove";
+    recipe.rotation = 30;
+    recipe.points = 601;
+    const SimulatedProfile turned = simulated(recipe);
+    // The right land hides the right part of the floor: its edge stands on one column with the floor far
+    // below.
+    const double edge = trueValue(turned, "right edge x");
+    for (const KvPointXY& p : turned.profile.points) {
+        if (double(p.x) > edge) {
+            EXPECT_NEAR(double(p.y), double(p.x) * std::tan(30 * M_PI / 180), 1e-5);
+        }
+    }
+    recipe.shape = "round";
+    recipe.rotation = 0;
+    for (const KvPointXY& p : simulated(recipe).profile.points)
+        ASSERT_NEAR(double(p.y), std::sqrt(400 - double(p.x) * double(p.x)), 1e-5);
+}
+
+TEST(SimulateProfile, TrueValuesFollowFromTheDimensions) {
+    const struct {
+        const char* shape;
+        QMap<QString, double> dimensions;
+        const char* name;
+        double value;
+    } cases[] = {
+        {"v-groove", {{"width", 6}, {"depth", 3}}, "opening angle", 90},
+        {"v-groove", {{"width", 6}, {"depth", 4}}, "flank length", 5},
+        {"step", {{"height", 5}, {"flank-angle", 45}}, "edge x", 2.5},
+        {"bead", {{"width", 8}, {"height", 2}}, "radius", 5},
+        {"bead", {{"width", 8}, {"height", 4}}, "area", 8 * M_PI},
+        {"extrusion", {{"width", 30}, {"height", 10}, {"flank-angle", 45}}, "top width", 10},
+        {"plate", {}, "left edge x", -20},
+        {"gap", {{"flush", -2}}, "right edge y", -2},
+        {"round", {}, "radius", 20},
+    };
+    for (const auto& c : cases) {
+        ProfileRecipe recipe;
+        recipe.shape = c.shape;
+        recipe.dimensions = c.dimensions;
+        EXPECT_NEAR(trueValue(simulated(recipe), c.name), c.value, 1e-12) << c.shape << ' ' << c.name;
+    }
+    EXPECT_TRUE(std::isnan(trueValue(simulated({}), "flush")));
+    EXPECT_TRUE(truthCsv(simulated({}))
+                    .startsWith("name,value,unit\ndepth,6,mm\nwidth,12,mm\nopening angle,90,deg\n"));
+}
+
+TEST(SimulateProfile, NoiseIsNormalWithTheStatedDeviationAndPinnedForASeed) {
+    ProfileRecipe recipe;
+    recipe.shape = "plate";
+    recipe.points = 20000;
+    recipe.noise = 0.02;
+    recipe.dimensions["width"] = 60;
+    double sum = 0, squares = 0, beyond = 0;
+    for (const KvPointXY& p : simulated(recipe).profile.points) {
+        sum += double(p.y);
+        squares += double(p.y) * double(p.y);
+        beyond += std::abs(p.y) > 0.04F ? 1 : 0;
+    }
+    EXPECT_NEAR(sum / 20000, 0, 4 * 0.02 / std::sqrt(20000));
+    EXPECT_NEAR(std::sqrt(squares / 20000), 0.02, 0.0004);
+    EXPECT_NEAR(beyond / 20000, 0.0455, 0.006);
+    for (const double x : {1e-300, 1e-17, 0.25, 0.5, 0.7071, 0.999999, 1.0, 3e5})
+        EXPECT_NEAR(Draws::naturalLog(x), std::log(x), 4e-16 * std::max(1.0, std::abs(std::log(x)))) << x;
+    Draws draws(1, 1);
+    EXPECT_EQ(draws.unit(), 0.22059398316563028);
+    EXPECT_EQ(draws.normal(), 0.25024670710123686);
+}
+
+TEST(SimulateProfile, GapsAndSpikesLeaveTheNoiseOfTheOtherPointsAlone) {
+    ProfileRecipe recipe;
+    recipe.noise = 0.05;
+    recipe.keepMissing = true;
+    const SimulatedProfile whole = simulated(recipe);
+    recipe.dropouts = 3;
+    recipe.dropoutLength = 10;
+    recipe.spikes = 5;
+    const SimulatedProfile damaged = simulated(recipe);
+    ASSERT_EQ(damaged.profile.points.size(), 640);
+    int missing = 0, spikes = 0;
+    for (int i = 0; i < 640; ++i) {
+        const float before = whole.profile.points[i].y, after = damaged.profile.points[i].y;
+        missing += std::isnan(after) ? 1 : 0;
+        if (after != before && !std::isnan(after)) {
+            ++spikes;
+            EXPECT_GE(std::abs(after - before), 2.5F - 1e-5F);
+            EXPECT_LE(std::abs(after - before), 5.0F + 1e-5F);
+        }
+    }
+    EXPECT_GE(missing, 10);
+    EXPECT_LE(missing, 45);
+    EXPECT_THAT(spikes, testing::AllOf(testing::Ge(3), testing::Le(5)));
+    recipe.keepMissing = false;
+    EXPECT_EQ(simulated(recipe).profile.points.size(), 640 - missing);
+}
+
+TEST(SimulateProfile, ALineAtEveryLimitIsMadeAtOnce) {
+    ProfileRecipe recipe;
+    recipe.points = recipe.dropouts = recipe.spikes = 1000000;
+    recipe.dropoutLength = 100000;
+    recipe.rotation = -60;
+    EXPECT_LE(simulated(recipe).profile.points.size(), 1000000);
+}
+
+TEST(SimulateProfile, RefusesWhatIsNotLegalAndSaysWhatIs) {
+    const double nan = std::nan("");
+    const struct {
+        std::function<void(ProfileRecipe&)> change;
+        const char* text;
+    } cases[] = {
+        {[](auto& r) { r.shape = "cube"; }, "shape: \"cube\" is none of v-groove, square-groove, step"},
+        {[](auto& r) { r.points = 1; }, "points: 1 is outside 2 ... 1e+06"},
+        {[](auto& r) { r.points = 1000001; }, "points"},
+        {[](auto& r) { r.points = -2147483647 - 1; }, "points"},
+        {[&](auto& r) { r.xFrom = nan; }, "x-from: nan is outside"},
+        {[](auto& r) { r.xTo = r.xFrom; }, "x-to: must be greater"},
+        {[](auto& r) { r.rotation = 60.5; }, "rotation"},
+        {[](auto& r) { r.noise = -0.1; }, "noise"},
+        {[](auto& r) { r.dropouts = 641; }, "dropouts: 641 is outside 0 ... 640"},
+        {[](auto& r) { r.dropoutLength = 0; }, "dropout-length"},
+        {[](auto& r) { r.spikes = -1; }, "spikes"},
+        {[&](auto& r) { r.spikeHeight = nan; }, "spike-height"},
+        {[](auto& r) { r.dimensions["depth"] = 0; }, "depth: 0 is outside 0.001"},
+        {[](auto& r) { r.dimensions["flush"] = 1; }, "flush: a v-groove has width, depth"},
+        {[](auto& r) { r.shape = "bead", r.dimensions["height"] = 5; }, "half the width"},
+    };
+    for (const auto& c : cases) {
+        ProfileRecipe recipe;
+        c.change(recipe);
+        QString error;
+        EXPECT_FALSE(simulateProfile(recipe, &error));
+        EXPECT_THAT(error.toStdString(), HasSubstr(c.text));
+    }
+}
+
+}  // namespace
