@@ -13,7 +13,6 @@
 namespace {
 
 using Simulator::ProfileRecipe;
-using Simulator::SimulatedProfile;
 
 bool writeText(const QString& path, const QByteArray& text) {
     QFile file(path);
