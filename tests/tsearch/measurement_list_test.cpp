@@ -175,8 +175,7 @@ TEST(MeasurementList, RecordIsTheDocumentedBytesAndFailuresKeepWhatWasRead) {
         EXPECT_FALSE(loadRecord(loaded, QByteArray::fromHex(count) + bytes.mid(4)));
         EXPECT_LE(loaded.getAllMeasurements().size(), 2);
     }
-    for (const QVariant& bad :
-         {QVariant(), QVariant(QVariantMap()), QVariant(QVariantList{QVariantList()})}) {
+    for (const QVariant& bad : {QVariant(), QVariant(QVariantMap()), QVariant(QVariantList() << 1)}) {
         EXPECT_FALSE(loaded.load(bad));
         EXPECT_TRUE(loaded.getAllMeasurements().isEmpty());
     }
