@@ -1,0 +1,77 @@
+#include <kvmath/numerics/circle_fitting.h>
+
+#include <tests/support/random_data.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <vector>
+
+namespace {
+
+using namespace KvMath;
+using Point = KvVector2D<double>;
+
+// Six points of W. Gander, G. H. Golub, R. Strebel, BIT 34 (1994) 558-578, with their geometric fit to five
+// digits.
+const Point published[] = {{1, 7}, {2, 6}, {5, 8}, {7, 7}, {9, 5}, {3, 7}};
+
+TEST(CircleFitting, MeetsThePublishedGeometricFit) {
+    Point centre;
+    double radius = 0.0;
+    ASSERT_TRUE(circleFitting(published, 6, centre, radius, 1e-13, 10'000));
+    EXPECT_NEAR(centre.x, 4.7398, 5e-5);
+    EXPECT_NEAR(centre.y, 2.9835, 5e-5);
+    EXPECT_NEAR(radius, 4.7142, 5e-5);
+}
+
+// The gradient of the sum of squares vanishes at the least; a tolerance of 1e-13 in the cost is one of about
+// 1e-6 in the place.
+TEST(CircleFitting, OfKnownRadiusIsStationary) {
+    Point centre;
+    ASSERT_TRUE(circleFittingWithKnownR(published, 6, 5.0, centre, 1e-13, 10'000));
+    double gx = 0.0;
+    double gy = 0.0;
+    for (const Point& p : published) {
+        const double distance = std::hypot(p.x - centre.x, p.y - centre.y);
+        gx += (distance - 5.0) * (p.x - centre.x) / distance;
+        gy += (distance - 5.0) * (p.y - centre.y) / distance;
+    }
+    EXPECT_NEAR(gx, 0.0, 1e-5);
+    EXPECT_NEAR(gy, 0.0, 1e-5);
+}
+
+TEST(CircleFitting, OfPointsOnACircleIsThatCircle) {
+    TestSupport::Draws draws(4);
+    std::vector<Point> pts;
+    for (int i = 0; i < 40; ++i) {
+        const double angle = draws.real(0.0, 6.0);
+        pts.emplace_back(20.0 + 8.0 * std::cos(angle), -30.0 + 8.0 * std::sin(angle));
+    }
+    Point centre;
+    double radius = 0.0;
+    // The cost ends within 1e-10 * tol of 0 for 40 points.
+    ASSERT_TRUE(circleFitting(pts.data(), 40, centre, radius, 1e-4, 10'000));
+    EXPECT_NEAR(centre.x, 20.0, 1e-6);
+    EXPECT_NEAR(centre.y, -30.0, 1e-6);
+    EXPECT_NEAR(radius, 8.0, 1e-6);
+}
+
+TEST(CircleFitting, WritesWhatItHasWhenTheBudgetEnds) {
+    Point centre;
+    double radius = 0.0;
+    EXPECT_FALSE(circleFitting(published, 6, centre, radius, 1e-13, 0));
+    EXPECT_GT(radius, 1.0);
+    const Point line[] = {{0, 0}, {1, 0}, {2, 0}, {3, 0}};  // start: centre of mass, mean distance
+    EXPECT_FALSE(circleFitting(line, 4, centre, radius, 1e-13, 0));
+    EXPECT_EQ(centre.x, 1.5);
+    EXPECT_EQ(radius, 1.0);
+    const Point bad[] = {{NAN, 0}, {1, 0}, {2, 5}, {3, 0}};
+    EXPECT_FALSE(circleFitting(bad, 4, centre, radius, 1e-13, 100));
+    radius = 7.0;
+    EXPECT_FALSE(circleFitting(nullptr, 0, centre, radius, 1e-13, 100));
+    EXPECT_FALSE(circleFittingWithKnownR(nullptr, -1, 1.0, centre, 1e-13, 100));
+    EXPECT_EQ(radius, 7.0);
+}
+
+}  // namespace

@@ -1,0 +1,144 @@
+#include <kvmath/numerics/fitting.h>
+
+#include <tests/support/random_data.h>
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+namespace {
+
+using namespace KvMath;
+using testing::ElementsAre;
+
+// NIST StRD "Norris" (lower difficulty). The means give a 2 x 2 system of condition 1e6; times 2^-53 that
+// leaves ten digits.
+TEST(LineFitting, MeetsTheCertifiedNorrisCoefficients) {
+    const double x[] = {0.2, 337.4, 118.2, 884.6, 10.1,  226.5, 666.3, 996.3, 448.6, 777.0, 558.2, 0.4,
+                        0.6, 775.5, 666.9, 338.0, 447.5, 11.6,  556.0, 228.1, 995.8, 887.6, 120.2, 0.3,
+                        0.3, 556.8, 339.1, 887.2, 999.0, 779.0, 11.1,  118.3, 229.2, 669.1, 448.9, 0.5};
+    const double y[] = {0.1, 338.8, 118.1, 888.0, 9.2,   228.1, 668.5, 998.5, 449.1, 778.9, 559.2, 0.3,
+                        0.1, 778.1, 668.8, 339.3, 448.9, 10.8,  557.7, 228.3, 998.0, 888.8, 119.6, 0.3,
+                        0.6, 557.6, 339.3, 888.0, 998.5, 778.9, 10.2,  117.6, 228.9, 668.4, 449.2, 0.2};
+    double c[2];
+    ASSERT_TRUE(lineFitting(x, y, 36, c));
+    EXPECT_NEAR(c[0], 1.00211681802045, 1e-10);
+    EXPECT_NEAR(c[1], -0.262323073774029, 1e-10);
+}
+
+TEST(LineFitting, IsExactOnExactData) {
+    const double x[] = {0, 1, 2};
+    const double y[] = {1, 3, 5};
+    double c[2];
+    ASSERT_TRUE(lineFitting(x, y, 3, c));
+    EXPECT_NEAR(c[0], 2.0, 1e-14);
+    EXPECT_NEAR(c[1], 1.0, 1e-14);
+    EXPECT_TRUE(lineFitting(x, y, 1, c));
+    EXPECT_FALSE(std::isfinite(c[0]));
+    EXPECT_TRUE(lineFitting(nullptr, nullptr, -3, c));
+    EXPECT_TRUE(std::isnan(c[0]));
+}
+
+// NIST StRD "Pontius" (lower difficulty): in units of the largest x the normal matrix has a condition of
+// about 1e3, so the curve keeps 12 digits of the largest y, 2.2.
+TEST(ParabolaFitting, MeetsTheCertifiedPontiusCoefficients) {
+    const double y[] = {0.11019, 0.21956, 0.32949, 0.43899, 0.54803, 0.65694, 0.76562, 0.87487,
+                        0.98292, 1.09146, 1.20001, 1.30822, 1.41599, 1.52399, 1.63194, 1.73947,
+                        1.84646, 1.95392, 2.06128, 2.16844, 0.11052, 0.22018, 0.32939, 0.43886,
+                        0.54798, 0.65739, 0.76596, 0.87474, 0.98300, 1.09150, 1.20004, 1.30818,
+                        1.41613, 1.52408, 1.63159, 1.73965, 1.84696, 1.95445, 2.06177, 2.16829};
+    double x[40];
+    for (int i = 0; i < 40; ++i)
+        x[i] = 150000.0 * (i % 20 + 1);
+    double c[3];
+    ASSERT_TRUE(parabolaFitting(x, y, 40, c));
+    constexpr double largest = 3e6;
+    EXPECT_NEAR(c[2], 0.673565789473684E-03, 2e-12);
+    EXPECT_NEAR(c[1] * largest, 0.732059160401003E-06 * largest, 2e-12);
+    EXPECT_NEAR(c[0] * largest * largest, -0.316081871345029E-14 * largest * largest, 2e-12);
+    EXPECT_TRUE(parabolaFitting(x, y, 2, c));
+    EXPECT_TRUE(parabolaFitting(nullptr, nullptr, 0, c));
+    EXPECT_TRUE(std::isnan(c[0]));
+}
+
+// The error of the rotations of three columns, 8 * 3 * 9e-8 (see the tests of the decomposition).
+constexpr double kPlaneError = 2.2e-6;
+
+TEST(PlaneFitting, FindsTiltedPlanes) {
+    TestSupport::Draws draws(9);
+    for (int round = 0; round < 100; ++round) {
+        double normal[3] = {draws.normal(1.0), draws.normal(1.0), draws.real(0.2, 2.0)};
+        const double length = std::hypot(normal[0], normal[1], normal[2]);
+        const double d = draws.real(-100.0, 100.0);
+        std::vector<double> xyz;
+        for (int i = 0; i < 30; ++i) {
+            const double x = draws.real(-50.0, 50.0);
+            const double y = draws.real(-50.0, 50.0);
+            xyz.insert(xyz.end(), {x, y, -(normal[0] * x + normal[1] * y + d * length) / normal[2]});
+        }
+        double p[4];
+        ASSERT_TRUE(planeFitting(xyz.data(), 30, p));
+        for (int k = 0; k < 3; ++k)
+            ASSERT_NEAR(p[k], normal[k] / length, kPlaneError);
+        for (std::size_t i = 0; i < xyz.size(); i += 3)
+            ASSERT_NEAR(p[0] * xyz[i] + p[1] * xyz[i + 1] + p[2] * xyz[i + 2] + p[3], 0.0,
+                        1000 * kPlaneError);
+    }
+}
+
+TEST(PlaneFitting, FixesTheSignByZOnly) {
+    double level[] = {0, 0, 5, 1, 0, 5, 0, 1, 5, 2, 3, 5};
+    double p[4];
+    ASSERT_TRUE(planeFitting(level, 4, p));
+    EXPECT_THAT(p, ElementsAre(0.0, 0.0, 1.0, -5.0));
+    for (int k = 0; k < 3; ++k) {
+        std::swap(level[k], level[9 + k]);
+        std::swap(level[3 + k], level[6 + k]);
+    }
+    ASSERT_TRUE(planeFitting(level, 4, p));
+    EXPECT_THAT(p, ElementsAre(0.0, 0.0, 1.0, -5.0));
+    const double upright[] = {0, 0, 5, 0, 1, 7, 0, 1, 2};
+    ASSERT_TRUE(planeFitting(upright, 3, p));
+    EXPECT_EQ(std::fabs(p[0]), 1.0);
+}
+
+TEST(PlaneFitting, OnTheEdges) {
+    double p[4] = {7, 7, 7, 7};
+    EXPECT_FALSE(planeFitting(nullptr, 0, p));
+    EXPECT_THAT(p, testing::Each(0.0));
+    const double bad[] = {0, 0, 1, NAN, 0, 1, 0, 1, 1};
+    p[0] = 7;
+    EXPECT_FALSE(planeFitting(bad, 3, p));
+    EXPECT_THAT(p, testing::Each(0.0));
+    EXPECT_TRUE(planeFitting(bad, 1, p));
+}
+
+// 1.0F / n stands on both sides of the equations and cancels up to rounding in double.
+TEST(FitTwoHarmonics, FindsTheFiveCoefficients) {
+    const double h[5] = {3.0, -1.5, 0.25, 0.125, -2.0};
+    std::vector<double> phi;
+    std::vector<double> y;
+    for (int i = 0; i < 50; ++i) {
+        const double a = 0.11 * i;
+        phi.push_back(a);
+        y.push_back(h[0] + h[1] * std::cos(a) + h[2] * std::sin(a) + h[3] * std::cos(2 * a) +
+                    h[4] * std::sin(2 * a));
+    }
+    double fit[5];
+    ASSERT_TRUE(fitTwoHarmonics(phi.data(), y.data(), 50, fit));
+    EXPECT_THAT(fit, testing::Pointwise(testing::DoubleNear(1e-13), h));
+}
+
+TEST(FitTwoHarmonics, RefusesWhatHasNoPivot) {
+    double h[5] = {7, 7, 7, 7, 7};
+    const double same[] = {0, 0, 0, 0, 0, 0};
+    const double bad[] = {0, 1, 2, 3, 4, NAN};
+    EXPECT_FALSE(fitTwoHarmonics(same, bad, 6, h));
+    EXPECT_FALSE(fitTwoHarmonics(bad, same, 6, h));
+    EXPECT_FALSE(fitTwoHarmonics(bad, same, 0, h));
+    EXPECT_THAT(h, testing::Each(7.0));
+}
+
+}  // namespace

@@ -1,0 +1,252 @@
+#include <kvmath/numerics/svd.h>
+
+#include <tests/numerics/literal_svd.h>
+#include <tests/support/random_data.h>
+
+#include <gmock/gmock.h>
+
+#include <cstring>
+#include <limits>
+
+namespace {
+
+using TestSupport::Draws;
+using TestSupport::Matrix;
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+// Why the results carry this error: a length from `pythag` is off by at most 3/4 * 2^-24 (ratio and square
+// are rounded to 24 bits), so every rotation scales its plane by up to 1 + 4.5e-8 and its square by twice
+// that. About 2 n sweeps turn each column twice on either side: 8 n * 9e-8.
+double rotationError(int n) { return 7.2e-7 * n; }
+
+Matrix randomMatrix(Draws& draws, int m, int n, double scale) {
+    Matrix a(m, n);
+    const bool coarse = draws.chance(0.5);  // ties, zeros, rank deficiency
+    for (int i = 1; i <= m; ++i)
+        for (int j = 1; j <= n; ++j)
+            a[i][j] = scale * (coarse ? draws.integer(-2, 2) : draws.normal(1.0));
+    return a;
+}
+
+struct Parts {
+    explicit Parts(const Matrix& matrix)
+        : u(matrix), v(matrix.n, matrix.n), w(std::size_t(matrix.n) + 1),
+          converged(KvMath::svdcmp(u.pointers.data(), u.m, u.n, w.data(), v.pointers.data())) {}
+    double product(int i, int j) {
+        double sum = 0.0;
+        for (int k = 1; k <= u.n; ++k)
+            sum += u[i][k] * w[std::size_t(k)] * v[j][k];
+        return sum;
+    }
+    Matrix u, v;
+    std::vector<double> w;
+    bool converged;
+};
+
+/// Largest deviation of the columns from orthonormality.
+double skew(Matrix& q) {
+    double worst = 0.0;
+    for (int p = 1; p <= q.n; ++p)
+        for (int r = p; r <= q.n; ++r) {
+            double dot = p == r ? -1.0 : 0.0;
+            for (int i = 1; i <= q.m; ++i)
+                dot += q[i][p] * q[i][r];
+            worst = std::max(worst, std::fabs(dot));
+        }
+    return worst;
+}
+
+TEST(Svdcmp, IsTheColumnFormBitForBit) {
+    Draws draws(61);
+    for (int round = 0; round < 400; ++round) {
+        const int m = draws.integer(1, 12);
+        const int n = draws.integer(1, 9);
+        const double scales[] = {1.0, 1e140, 1e-140, 1e-300, 1e200};
+        const Matrix a = randomMatrix(draws, m, n, scales[draws.integer(0, 4)]);
+        Parts parts(a);
+        Matrix u(a);
+        Matrix v(n, n);
+        std::vector<double> w(std::size_t(n) + 1);
+        ASSERT_EQ(parts.converged, TestSupport::literalSvd(u, w.data(), v)) << round;
+        const auto same = [](const std::vector<double>& p, const std::vector<double>& q) {
+            return std::equal(p.begin(), p.end(), q.begin(), [](double x, double y) {
+                return std::memcmp(&x, &y, sizeof x) == 0 || (x != x && y != y);
+            });
+        };
+        ASSERT_TRUE(same(parts.u.elements, u.elements) && same(parts.v.elements, v.elements) &&
+                    same(parts.w, w))
+            << round << ": " << m << " x " << n;
+    }
+}
+
+TEST(Svdcmp, ReconstructsWhatItTookApart) {
+    Draws draws(62);
+    for (int round = 0; round < 300; ++round) {
+        const int m = draws.integer(1, 20);
+        const int n = draws.integer(1, 8);
+        const double scale = std::pow(10.0, draws.integer(-70, 70));
+        Matrix a = randomMatrix(draws, m, n, scale);
+        Parts parts(a);
+        ASSERT_TRUE(parts.converged);
+        const double largest = *std::max_element(parts.w.begin() + 1, parts.w.end());
+        const double smallest = *std::min_element(parts.w.begin() + 1, parts.w.end());
+        for (int i = 1; i <= m; ++i)
+            for (int j = 1; j <= n; ++j)
+                ASSERT_NEAR(parts.product(i, j), a[i][j], rotationError(n) * largest) << m << " x " << n;
+        ASSERT_GE(smallest, 0.0);
+        ASSERT_LE(skew(parts.v), rotationError(n));
+        ASSERT_TRUE(smallest < 1e-6 * largest || skew(parts.u) <= rotationError(n));
+    }
+}
+
+TEST(Svdcmp, OfOneElementIsItsMagnitude) {
+    for (const double element : {3.0, -3.0, 0.0, 1e300, 1e-300}) {
+        Matrix a(1, 1);
+        a[1][1] = element;
+        Parts parts(a);
+        EXPECT_TRUE(parts.converged);
+        EXPECT_EQ(parts.w[1], std::fabs(element));
+        EXPECT_EQ(std::fabs(parts.v[1][1]), 1.0);
+        EXPECT_DOUBLE_EQ(parts.product(1, 1), element);
+    }
+}
+
+TEST(Svdcmp, OfNothing) {
+    EXPECT_TRUE(KvMath::svdcmp(nullptr, 3, 0, nullptr, nullptr));
+    EXPECT_TRUE(KvMath::svdcmp(nullptr, 3, -1, nullptr, nullptr));
+    Parts parts(Matrix(0, 2));
+    EXPECT_TRUE(parts.converged);
+    EXPECT_THAT(parts.w, testing::Each(0.0));
+    EXPECT_TRUE(parts.v[1][1] == 1.0 && parts.v[1][2] == 0.0 && parts.v[2][1] == 0.0 && parts.v[2][2] == 1.0);
+}
+
+// With the sanitizers this also shows that no index leaves the arrays.
+TEST(Svdcmp, EndsForEveryMatrix) {
+    Draws draws(63);
+    const double odd[] = {kNaN, kInfinity, -kInfinity, 1.7e308, -1.7e308, 5e-324, 0.0, 1e160, 1e-170};
+    for (int round = 0; round < 2000; ++round) {
+        Matrix a = randomMatrix(draws, draws.integer(1, 7), draws.integer(1, 7), 1.0);
+        for (int hits = draws.integer(1, 12); hits > 0; --hits)
+            a[draws.integer(1, a.m)][draws.integer(1, a.n)] = odd[draws.integer(0, 8)];
+        const Parts parts(a);
+    }
+}
+
+// NIST StRD "Longley" (higher difficulty), y and six regressors.
+constexpr double longley[16][7] = {
+    {60323, 83.0, 234289, 2356, 1590, 107608, 1947},  {61122, 88.5, 259426, 2325, 1456, 108632, 1948},
+    {60171, 88.2, 258054, 3682, 1616, 109773, 1949},  {61187, 89.5, 284599, 3351, 1650, 110929, 1950},
+    {63221, 96.2, 328975, 2099, 3099, 112075, 1951},  {63639, 98.1, 346999, 1932, 3594, 113270, 1952},
+    {64989, 99.0, 365385, 1870, 3547, 115094, 1953},  {63761, 100.0, 363112, 3578, 3350, 116219, 1954},
+    {66019, 101.2, 397469, 2904, 3048, 117388, 1955}, {67857, 104.6, 419180, 2822, 2857, 118734, 1956},
+    {68169, 108.4, 442769, 2936, 2798, 120445, 1957}, {66513, 110.8, 444546, 4681, 2637, 121950, 1958},
+    {68655, 112.6, 482704, 3813, 2552, 123366, 1959}, {69564, 114.2, 502601, 3931, 2514, 125368, 1960},
+    {69331, 115.7, 518173, 4806, 2572, 127852, 1961}, {70551, 116.9, 554894, 4007, 2827, 130081, 1962}};
+
+// Centred and scaled to unit length the columns have the condition 110; times the rotation error of 6 columns
+// that leaves 110 * 4.3e-6 of the largest coefficient.
+TEST(SvdLeastSquares, MeetsTheCertifiedLongleyCoefficients) {
+    const double certified[6] = {15.0618722713733,  -0.358191792925910E-01, -2.02022980381683,
+                                 -1.03322686717359, -0.511041056535807E-01, 1829.15146461355};
+    double mean[7] = {};
+    double length[7] = {};
+    for (int j = 0; j < 7; ++j) {
+        for (const auto& row : longley)
+            mean[j] += row[j] / 16;
+        for (const auto& row : longley)
+            length[j] += (row[j] - mean[j]) * (row[j] - mean[j]);
+        length[j] = std::sqrt(length[j]);
+    }
+    double a[16 * 6];
+    double b[16];
+    for (int i = 0; i < 16; ++i) {
+        b[i] = (longley[i][0] - mean[0]) / length[0];
+        for (int j = 0; j < 6; ++j)
+            a[6 * i + j] = (longley[i][j + 1] - mean[j + 1]) / length[j + 1];
+    }
+    double x[6];
+    ASSERT_TRUE(KvMath::svdLeastSquares(a, b, 16, 6, 0.0, x));
+    double largest = 0.0;
+    for (int j = 0; j < 6; ++j)
+        largest = std::max(largest, std::fabs(certified[j] * length[j + 1] / length[0]));
+    for (int j = 0; j < 6; ++j)
+        EXPECT_NEAR(x[j], certified[j] * length[j + 1] / length[0], 110 * rotationError(6) * largest) << j;
+}
+
+TEST(SvdLeastSquares, TakesTheShortestOfManySolutions) {
+    const double a[] = {1, 2, 2, 4, 3, 6};  // rank 1
+    const double b[] = {5, 10, 15};         // x + 2 y = 5: shortest (1, 2)
+    double x[2];
+    ASSERT_TRUE(KvMath::svdLeastSquares(a, b, 3, 2, 1e-12, x));
+    EXPECT_NEAR(x[0], 1.0, rotationError(2));
+    EXPECT_NEAR(x[1], 2.0, 2 * rotationError(2));
+    const double diagonal[] = {2, 0, 0, 0};  // an exact 0 needs no tolerance
+    const double c[] = {6, 7};
+    ASSERT_TRUE(KvMath::svdLeastSquares(diagonal, c, 2, 2, 0.0, x));
+    EXPECT_THAT(x, testing::ElementsAre(3.0, 0.0));
+}
+
+TEST(SvdLeastSquares, CutsOffStrictlyBelowTheTolerance) {
+    const double a[] = {4, 0, 0, 1};
+    const double b[] = {8, 3};
+    double x[2];
+    ASSERT_TRUE(KvMath::svdLeastSquares(a, b, 2, 2, 0.25, x));
+    EXPECT_THAT(x, testing::ElementsAre(2.0, 3.0));
+    ASSERT_TRUE(KvMath::svdLeastSquares(a, b, 2, 2, 0.2500001, x));
+    EXPECT_THAT(x, testing::ElementsAre(2.0, 0.0));
+}
+
+TEST(SvdLeastSquares, OnTheEdges) {
+    double x[2] = {7, 7};
+    const double bad[] = {kNaN, 1, 1, 1};
+    EXPECT_FALSE(KvMath::svdLeastSquares(bad, bad, 2, 2, 0.0, x));
+    EXPECT_TRUE(KvMath::svdLeastSquares(nullptr, nullptr, 2, 0, 0.0, x));
+    EXPECT_THAT(x, testing::ElementsAre(7.0, 7.0));
+    EXPECT_TRUE(KvMath::svdLeastSquares(nullptr, nullptr, 0, 2, 0.0, x));
+    EXPECT_THAT(x, testing::ElementsAre(0.0, 0.0));
+}
+
+TEST(Pca, OrdersTheDirectionsBySpread) {
+    Draws draws(64);
+    const double sigmas[] = {0.1, 5.0, 1.0};
+    std::vector<double> data;
+    for (int i = 0; i < 3000; ++i)
+        data.push_back(10.0 * (i % 3) + draws.normal(sigmas[i % 3]));
+    double mean[3];
+    double basis[9];
+    ASSERT_TRUE(KvMath::pca(data.data(), 1000, 3, mean, basis));
+    // Standard errors sigma / sqrt(1000) and (ratio of spreads) / sqrt(1000), four of each.
+    EXPECT_THAT(mean, testing::Pointwise(testing::DoubleNear(0.7), {0.0, 10.0, 20.0}));
+    EXPECT_NEAR(std::fabs(basis[3]), 1.0, 1e-3);
+    EXPECT_NEAR(std::fabs(basis[7]), 1.0, 1e-3);
+    EXPECT_NEAR(std::fabs(basis[2]), 1.0, 1e-3);
+    const std::vector<double> old = data;
+    KvMath::pcaTransform(data.data(), 1000, 3, mean, basis);
+    for (std::size_t i = 0; i < 3000; ++i) {
+        double back = mean[i % 3];
+        for (std::size_t k = 0; k < 3; ++k)
+            back += basis[3 * (i % 3) + k] * data[i / 3 * 3 + k];
+        ASSERT_NEAR(back, old[i], 40 * rotationError(3));
+    }
+}
+
+TEST(Pca, OnTheEdges) {
+    double mean[2] = {7, 7};
+    double basis[4] = {7, 7, 7, 7};
+    const double same[] = {1, 2, 1, 2};
+    EXPECT_TRUE(KvMath::pca(same, 2, 2, mean, basis));
+    EXPECT_THAT(mean, testing::ElementsAre(1.0, 2.0));
+    const double bad[] = {kNaN, 2, 1, 2};
+    EXPECT_FALSE(KvMath::pca(bad, 2, 2, mean, basis));
+    EXPECT_EQ(mean[1], 2.0);
+    EXPECT_THAT(basis, testing::Each(0.0));
+    mean[0] = 7;
+    EXPECT_FALSE(KvMath::pca(same, 0, 2, mean, basis));
+    EXPECT_THAT(mean, testing::Each(0.0));
+    EXPECT_FALSE(KvMath::pca(same, 2, -1, nullptr, nullptr));
+    KvMath::pcaTransform(nullptr, 0, 2, mean, basis);
+}
+
+}  // namespace

@@ -1,0 +1,120 @@
+#include <kvmath/numerics/trajectories.h>
+
+#include <kvmath/profile/profile.h>
+#include <tests/support/random_data.h>
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cmath>
+
+namespace {
+
+using namespace KvMath;
+using Point = KvVector2D<double>;
+using Pieces = QList<CubicBezierCurve>;
+
+Point combined(double p, const Point& a, double q, const Point& b, double r = 0, const Point& c = {0, 0}) {
+    return {p * a.x + q * b.x + r * c.x, p * a.y + q * b.y + r * c.y};
+}
+// Coordinates up to 10: the diagonally dominant systems leave a few 1e-15.
+void expectSame(const Point& a, const Point& b) {
+    EXPECT_NEAR(a.x, b.x, 1e-13);
+    EXPECT_NEAR(a.y, b.y, 1e-13);
+}
+Point bend(const Point& a, const Point& b, const Point& c) { return combined(1, a, -2, b, 1, c); }
+
+QList<Point> randomPoints(int count, unsigned seed) {
+    TestSupport::Draws draws(seed);
+    QList<Point> points;
+    for (int i = 0; i < count; ++i)
+        points.append(i % 3 == 2 ? points.last() : Point(draws.real(-10, 10), draws.real(-10, 10)));
+    return points;
+}
+
+void expectSmooth(const CubicBezierCurve& left, const CubicBezierCurve& right) {
+    expectSame(left.p3, right.p0);
+    expectSame(combined(1, left.p3, -1, left.p2), combined(1, right.p1, -1, right.p0));
+    expectSame(bend(left.p1, left.p2, left.p3), bend(right.p0, right.p1, right.p2));
+}
+
+TEST(InterpolateTrajectory, JoinsSmoothlyAndEndsStraight) {
+    for (int count = 2; count < 12; ++count) {
+        const QList<Point> points = randomPoints(count, unsigned(count));
+        Pieces pieces;
+        ASSERT_TRUE(interpolateTrajectory(points, pieces));
+        ASSERT_EQ(pieces.size(), count - 1);
+        for (int i = 0; i + 1 < count; ++i) {
+            expectSame(pieces[i].p0, points[i]);
+            expectSame(pieces[i].p3, points[i + 1]);
+            if (i > 0)
+                expectSmooth(pieces[i - 1], pieces[i]);
+        }
+        expectSame(bend(pieces.first().p0, pieces.first().p1, pieces.first().p2), {0, 0});
+        expectSame(bend(pieces.last().p1, pieces.last().p2, pieces.last().p3), {0, 0});
+    }
+}
+
+TEST(InterpolateTrajectory, PeriodicClosesSmoothly) {
+    for (int count = 2; count < 12; ++count) {
+        QList<Point> points = randomPoints(count, unsigned(count));
+        for (const bool repeated : {false, true}) {
+            Pieces pieces;
+            ASSERT_TRUE(interpolateTrajectoryPeriodic(points, pieces));
+            ASSERT_EQ(pieces.size(), count) << repeated;
+            for (int i = 0; i < count; ++i) {
+                expectSame(pieces[i].p0, points[i]);
+                expectSmooth(pieces[i], pieces[(i + 1) % count]);
+            }
+            points.append(points.first());
+        }
+    }
+}
+
+TEST(InterpolateTrajectory, NeedsTwoPoints) {
+    Pieces pieces{CubicBezierCurve()};
+    EXPECT_FALSE(interpolateTrajectory({{1, 1}}, pieces));
+    EXPECT_TRUE(pieces.isEmpty());
+    EXPECT_FALSE(interpolateTrajectory({}, pieces));
+    EXPECT_FALSE(interpolateTrajectoryPeriodic({{1, 1}, {1, 1}}, pieces));
+    EXPECT_FALSE(interpolateTrajectoryPeriodic({}, pieces));
+    ASSERT_TRUE(interpolateTrajectory({{0, 0}, {3, 6}}, pieces));
+    expectSame(pieces[0].p1, {1, 2});
+    expectSame(pieces[0].p2, {2, 4});
+}
+
+TEST(CubicBezierSpline, SamplesJointsOnce) {
+    Pieces pieces;
+    ASSERT_TRUE(interpolateTrajectory({{0, 0}, {3, 0}, {6, 0}}, pieces));
+    KvProfile profile;
+    EXPECT_EQ(cubicBezierSpline2KvProfile(pieces, 3, profile), 7);
+    for (int i = 0; i < 7; ++i)
+        EXPECT_NEAR(double(profile.points[i].x), i, 1e-6);
+    const CubicBezierCurve arch{{0, 0}, {0, 4}, {8, 4}, {8, 0}};
+    EXPECT_EQ(cubicBezierSpline2KvProfile({arch}, 2, profile), 3);
+    expectSame({double(profile.points[1].x), double(profile.points[1].y)}, {4, 3});
+    for (const int count : {0, -1, INT_MIN, INT_MAX, 1 << 24}) {
+        EXPECT_EQ(cubicBezierSpline2KvProfile({arch}, count, profile), 0) << count;
+        EXPECT_TRUE(profile.points.isEmpty());
+    }
+    EXPECT_EQ(cubicBezierSpline2KvProfile({}, 5, profile), 0);
+}
+
+TEST(FilterProfile, WeighsTheNeighboursThatHaveNumbers) {
+    const double kernel[] = {1, 2, 1};
+    KvProfile profile;
+    for (const float y : {4.0F, 8.0F, TestSupport::kNaN, 0.0F})
+        profile += KvPointXY(float(profile.points.size()), y);
+    filterProfile(profile, kernel, 1);
+    const float expected[] = {16.0F / 3, 20.0F / 3, 4.0F, 0.0F};
+    for (int i = 0; i < 4; ++i)
+        EXPECT_EQ(profile.points[i].y, expected[i]);
+    const double zero[] = {1, 0, -1};
+    KvProfile alone;
+    alone += KvPointXY(1, 5);
+    filterProfile(alone, zero, 1);
+    filterProfile(alone, nullptr, -1);
+    EXPECT_EQ(alone.points[0].y, 5.0F);
+}
+
+}  // namespace
