@@ -6,9 +6,9 @@
 
 #include <kvmath/tsearch/assignment_p.h>
 #include <kvmath/tsearch/bounds_p.h>
+#include <kvmath/tsearch/directions_p.h>
 
 #include <algorithm>
-#include <cmath>
 #include <limits>
 #include <memory>
 
@@ -28,7 +28,14 @@ struct Callbacks {
     void* bestData;
 };
 
-double length(const KvVector2D<double>& v) { return std::sqrt(v.x * v.x + v.y * v.y); }
+/// True when none of the first `count` codes is negative.
+bool isAssigned(const int* codes, int count) {
+    for (int k = 0; k < count; ++k) {
+        if (codes[k] < 0)
+            return false;
+    }
+    return true;
+}
 
 /// Codes of levels below the last name segments; the last may be the fill.
 bool isResumable(const int* codes, int nTemplateLines, qint64 codeEnd, int step) {
@@ -122,7 +129,7 @@ bool distancesHold(const LinePP* lines, const int* codes, int level, const Defau
         if (!isTableBound(lower) && !isTableBound(upper))
             continue;
         const KvVector2D<double>& end = endOf(lines, codes[j]);
-        if (!isWithin(length({start.x - end.x, start.y - end.y}), lower, upper))
+        if (!isWithin(lengthOf({start.x - end.x, start.y - end.y}), lower, upper))
             return false;
     }
     return true;
@@ -130,7 +137,7 @@ bool distancesHold(const LinePP* lines, const int* codes, int level, const Defau
 
 KvVector2D<double> unitDirection(const LinePP* lines, int code) {
     const KvVector2D<double> d = directionOf(lines, code);
-    const double norm = length(d);
+    const double norm = lengthOf(d);
     return {d.x / norm, d.y / norm};
 }
 
@@ -148,7 +155,7 @@ bool anglesHold(const LinePP* lines, const int* codes, int level, const DefaultC
         const int required = p.rotationSign != nullptr ? p.rotationSign[k] : 0;
         if (required != 0 && turn != required)
             return false;
-        if (!isWithin(std::acos(w.x * u.x + w.y * u.y), lower, upper))
+        if (!isWithin(angleOfCosine(w.x * u.x + w.y * u.y), lower, upper))
             return false;
     }
     return true;
@@ -158,7 +165,7 @@ double totalLength(const LinePP* lines, const int* codes, int nTemplateLines) {
     double sum = 0;
     for (int k = 0; k < nTemplateLines; ++k) {
         const LinePP& segment = lines[segmentOf(codes[k])];
-        sum += length({segment.p2.x - segment.p1.x, segment.p2.y - segment.p1.y});
+        sum += lengthOf({segment.p2.x - segment.p1.x, segment.p2.y - segment.p1.y});
     }
     return sum;
 }
@@ -202,7 +209,7 @@ bool defaultCheckFunction(LinePP* lines, int* assignment, int level, void* param
     const auto& p = *static_cast<const DefaultCheckFunctionParams*>(params);
     if (level > 0 && level >= p.linesNumber)
         return false;
-    if (std::any_of(assignment, assignment + level + 1, [](int code) { return code < 0; }))
+    if (!isAssigned(assignment, level + 1))
         return false;
     return distancesHold(lines, assignment, level, p) && anglesHold(lines, assignment, level, p);
 }
@@ -211,9 +218,9 @@ bool defaultBestFunction(LinePP* lines, int* candidate, int* currentBest, int nT
                          void* /*unused*/) {
     if (candidate == nullptr || currentBest == nullptr)
         return false;
-    if (currentBest[0] < 0)
+    if (!isAssigned(currentBest, nTemplateLines))
         return true;
-    return lines != nullptr &&
+    return lines != nullptr && isAssigned(candidate, nTemplateLines) &&
            totalLength(lines, candidate, nTemplateLines) > totalLength(lines, currentBest, nTemplateLines);
 }
 

@@ -46,13 +46,15 @@ KVMATH_EXPORT bool templateSearch(LinePP* lines, int nLines, int nTemplateLines,
                                   bool (*best)(LinePP*, int*, int*, int, void*), void* bestData,
                                   bool findBest, bool allowReversed, int*& result);
 
-/// Check callback; `params` is a DefaultCheckFunctionParams. A segment of length zero has no direction: its
-/// angle is NaN and passes every angle bound. By design a turn of zero counts as -1. A null argument, a code
-/// < 0, or a level > 0 outside the tables: false.
+/// Check callback; `params` is a DefaultCheckFunctionParams. The cosine of an angle is limited to [-1, 1], so
+/// that parallel lines have one. A segment of length zero has no direction: its angle is NaN and passes every
+/// bound. By design a turn of zero counts as -1. A null argument, a code < 0, or a level > 0 outside the
+/// tables: false.
 KVMATH_EXPORT bool defaultCheckFunction(LinePP* lines, int* assignment, int level, void* params);
 
 /// Best callback: the greater total length of the segments; equal totals keep the current best. The last
-/// argument is ignored. Without a current best (first code negative): true.
+/// argument is ignored. Without a current best (a negative code): true; else a candidate with a negative
+/// code: false. Null arrays: false.
 KVMATH_EXPORT bool defaultBestFunction(LinePP* lines, int* candidate, int* currentBest, int nTemplateLines,
                                        void*);
 

@@ -182,6 +182,19 @@ TEST(TemplateSearch, RefusesToResumeFromCodesThatNameNoSegment) {
     }
 }
 
+TEST(TemplateSearch, BestCallbackGetsItsOwnDataAndDecidesAlone) {
+    Search search(3, 1, /*allowReversed=*/false);
+    std::vector<Codes> seen;
+    const auto last = [](LinePP*, int* candidate, int* best, int T, void* data) {
+        static_cast<std::vector<Codes>*>(data)->push_back({T, candidate[0], best[0]});
+        return candidate[0] != 2;
+    };
+    EXPECT_TRUE(
+        templateSearch(search.lines.data(), 3, 1, nullptr, nullptr, last, &seen, true, false, search.codes));
+    EXPECT_THAT(seen, ElementsAre(Codes{1, 0, -2}, Codes{1, 2, 0}, Codes{1, 4, 0}));
+    EXPECT_THAT(search.found(), ElementsAre(4));
+}
+
 /// Line 0 runs from (0, 0) to (10, 0); line 1 starts at (13, 4), five away from its end.
 struct CheckCase {
     const char* name;
@@ -230,12 +243,33 @@ TEST(DefaultCheck, BoundsHoldOnEqualityAndMinusOneIsNone) {
     }
 }
 
+// Rounding carries the cosine of every sixth such pair past 1.
+TEST(DefaultCheck, ParallelLinesHaveAnglesZeroAndPi) {
+    TestSupport::Draws draws(2);
+    DefaultCheckFunctionParams params;
+    initDefaultCheckFunctionParams(params, 2);
+    for (int trial = 0; trial < 200; ++trial) {
+        const KvVector2D<double> end(draws.real(-50, 50), draws.real(-50, 50));
+        LinePP lines[] = {LinePP({0, 0}, end), LinePP({0, 0}, end)};
+        int along[] = {0, 2}, against[] = {0, 3};
+        params.minAngle[2] = 0.5;
+        params.maxAngle[2] = -1;
+        ASSERT_FALSE(defaultCheckFunction(lines, along, 1, &params));
+        params.minAngle[2] = -1;
+        params.maxAngle[2] = 3;
+        ASSERT_FALSE(defaultCheckFunction(lines, against, 1, &params));
+    }
+    clearDefaultCheckFunctionParams(params);
+}
+
 TEST(DefaultBest, OnlyAGreaterTotalReplaces) {
     LinePP lines[] = {LinePP({0, 0}, {3, 4}), LinePP({0, 0}, {0, 5}), LinePP({0, 0}, {6, 0})};
-    int none[] = {-1}, first[] = {0}, equal[] = {3}, longer[] = {4};
+    int none[] = {-1}, first[] = {0}, equal[] = {3}, longer[] = {4}, partly[] = {4, -2}, both[] = {0, 2};
     EXPECT_TRUE(defaultBestFunction(lines, first, none, 1, nullptr));
     EXPECT_FALSE(defaultBestFunction(lines, equal, first, 1, nullptr));
     EXPECT_TRUE(defaultBestFunction(lines, longer, first, 1, nullptr));
+    EXPECT_TRUE(defaultBestFunction(lines, both, partly, 2, nullptr));
+    EXPECT_FALSE(defaultBestFunction(lines, partly, both, 2, nullptr));
 }
 
 TEST(DefaultCheck, TablesOfImpossibleSizesStayEmpty) {
