@@ -92,6 +92,9 @@ TEST(ProfileFilter, MovingAverageLandsAtTwoFifthsAndSeesItsOwnResults) {
     KvProfile two = profileOf({{0, 1}, {1, 3}, {2, 9}});
     two.wndFilter(2);
     EXPECT_THAT(two, HasPointsOf(profileOf({{0, 2}, {1, 3}, {2, 9}})));
+    KvProfile large = profileOf({{0, 16777216}, {1, 1}, {2, 1}, {3, 0}});
+    large.wndFilter(3);  // a sum in single precision, which takes in neither 1
+    EXPECT_EQ(large.points[1].y, 16777216.0F / 3);
 }
 
 TEST(ProfileFilter, SlopeReadsAndWritesDestination) {
@@ -125,6 +128,11 @@ TEST(ProfileFilter, LowPassEqualsTheSumOverItsTapsInPlaceToo) {
         KvProfile inPlace = source;
         inPlace.zebFilter20(gap);
         EXPECT_THAT(inPlace, HasPointsOf(expected));
+        KvProfile dest = levelProfile(source.points.size() + 1);
+        source.zebFilter20(dest, gap);
+        dest.points.removeLast();
+        EXPECT_THAT(dest,
+                    HasPointsOf(source.points.size() < 20 ? levelProfile(source.points.size()) : expected));
     }
 }
 
@@ -147,6 +155,9 @@ TEST(ProfileFilter, MedianBandIsOpenAndSorts) {
     KvProfile none = p;
     none.removePointsByYMedian(0);
     EXPECT_TRUE(none.points.isEmpty());
+    KvProfile all = profileOf({{0, 0}, {1, 1}, {2, 2}});
+    all.removePointsByYMedian(1 + 1e-12);  // compared in double precision
+    EXPECT_EQ(all.points.size(), 3);
     p.removePointsByYMedian(std::numeric_limits<double>::quiet_NaN());
     EXPECT_TRUE(p.points.isEmpty());
 }

@@ -1,5 +1,8 @@
 #include "profile_support.h"
 
+#include <kvmath/core/circle.h>
+#include <kvmath/core/line.h>
+
 #include <QtCore/QTemporaryDir>
 
 #include <climits>
@@ -30,11 +33,12 @@ TEST(ProfileRange, FirstOfEqualExtremesWinsAndNaNAtPointZeroSticks) {
     KvProfile profile = profileOf({{kNaN, 1}, {5, 2}});
     ASSERT_TRUE(profile.calcRange());
     EXPECT_EQ(profile.minX, 5);
+    EXPECT_EQ(profile.calcCenterX(), 5);
     EXPECT_EQ(profile.calcCenterY(), 1.5F);
 }
 
 TEST(ProfileRange, RectangleHasItsTopAtTheGreaterYAndStaysForAnEmptyProfile) {
-    QRectF rect(7.3, 1e9, 3.1, 1e-9);  // a used one leaves nothing behind
+    QRectF rect(7.3, 1e17, 3.1, 1e-9);  // a used one leaves nothing behind
     const KvProfile profile = profileOf({{0, 0}, {2, 3}});
     ASSERT_TRUE(profile.calcRange(rect, nullptr));
     EXPECT_EQ(KvProfile(profile).trim(rect), 2) << "no y lies between top and bottom";
@@ -179,6 +183,16 @@ TEST(ProfileFit, SlopesCorrelationAndLines) {
     EXPECT_FLOAT_EQ(profileOf({{0, 1}, {1, 0}, {2, 0}, {3, 1}}).calcCorrelation(), 0.0F);
     EXPECT_TRUE(std::isnan(profileOf({{0, 1}, {1, 1}}).calcCorrelation()) &&
                 std::isnan(KvProfile().calcCorrelation()));
+    // Products in single precision: the squares and the product of these rounds away the variance of x.
+    EXPECT_FLOAT_EQ(profileOf({{4097.75F, 4097.75F}, {4097.75F, 4098.75F}}).calcCorrelation(),
+                    0.0625F / 0.9375F);
+    KvLine slope;
+    KvCircle circle;
+    float error = -1;
+    EXPECT_TRUE(line.calcLine(slope) && profileOf({{1, 0}, {0, 1}, {-1, 0}}).calcCircle(circle, &error));
+    EXPECT_NEAR(slope.k, 2, 1e-6);
+    EXPECT_NEAR(circle.radius, 1, 1e-6);
+    EXPECT_NEAR(error, 0, 1e-6);
     LineABC fitted;
     line.fitByLine(fitted);
     EXPECT_NEAR(-fitted.a / fitted.b, 2.0, 1e-6);
