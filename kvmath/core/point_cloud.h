@@ -66,8 +66,8 @@ public:
 
     /// Removes points by index. `indices` is sorted ascending in place and worked off from its end: an entry
     /// below the present size counts, and if it is not negative its point goes. A repeated index so takes the
-    /// point that has moved there, and negative entries count without removing. Returns the count; range and
-    /// index untouched.
+    /// point that has moved there, and negative entries count without removing. Returns the count (empty
+    /// cloud: 0); range and index untouched.
     int removeIndeces(QList<int>& indices);  // interface spelling
 
     /// Adds the offsets, mm. An offset of exactly 0 is skipped, a NaN one makes the coordinate NaN
@@ -75,9 +75,9 @@ public:
     void shift(float dx, float dy, float dz);
 
     /// Sorts stably; points with a NaN key stay where they are and are not crossed. XY: by x, ascending if
-    /// `first` is 1, else descending; `second` is ignored. 3D: with `second` 0 by x alone (zIndexBuilt
-    /// becomes false); otherwise by z
-    /// (`second`), then buildZIndex, then within each run of equal z by x (`first`, 0 = leave). n log n.
+    /// `first` is 1, else descending; `second` is ignored. zIndexBuilt becomes false after a sort by x alone.
+    /// 3D: with `second` 0 by x alone; otherwise by z (`second`), then buildZIndex, then within each run of
+    /// equal z by x (`first`, 0 = leave). n log n.
     void sort(KvSortOrder first, KvSortOrder second);
 
     /// Writes one record at the device's position: marker 0x02 (XY), 0x03 (XYZ) or 0x04 (XYZRGB), count,
@@ -89,7 +89,8 @@ public:
 
     /// Reads one record at the device's position. Points, range and zIndexBuilt are reset first. Returns the
     /// count, or -1 with the position back where it was: wrong marker, short header or short points (complete
-    /// ones and their range stay in the cloud). A count beyond the bytes that exist reserves no memory.
+    /// ones and their range stay in the cloud). A count beyond the bytes that exist reserves no memory. A
+    /// pipe cannot be put back.
     int readFromFile(QFile& file);
     int readFromFile(QString path);  ///< -1 if it cannot be opened; the cloud is then left alone
 };
@@ -159,8 +160,9 @@ public:
     void trim(float xmin, float xmax, float ymin, float ymax, float zmin, float zmax);
 
     /// Copies the points inside the box (ends included) to `dest`, which is cleared first and keeps a NaN
-    /// range. Only the runs of z that zIndex names are looked at, so the cloud must be sorted by z; the index
-    /// is built when zIndexBuilt is false. Call buildZIndex again after removals or a shift in z: a stale
+    /// range. Only the points between two entries of zIndex are looked at, so the cloud must be sorted by z,
+    /// in either sense (z of the last set point below that of the first: descending); the index is built when
+    /// zIndexBuilt is false. Call buildZIndex again after removals or a shift in z: a stale
     /// index can miss points, never read outside. `flag` has no effect.
     void extract(KvPointCloud& dest, float xmin, float xmax, float ymin, float ymax, float zmin, float zmax,
                  bool flag);
@@ -180,7 +182,8 @@ public:
     /// A known range is used as it stands.
     int cubicFilter(float cell, int minCount);
     /// The same scan, from 2 points on. With `spherical`, steps of cell / 1.41421 and the ball of radius cell
-    /// / 2 about the middle of a cube of edge `cell` at each lower corner. `second` has no effect.
+    /// / 2 about the middle of a cube of edge `cell` at each lower corner. `second` has no effect. 0 also for
+    /// balls with a cell below 1e-15.
     int cubicFilter2(float cell, float second, int minCount, bool spherical);
     int sphericalFilter2(float cell, float second,
                          int minCount);  ///< cubicFilter2(cell, second, minCount, true)

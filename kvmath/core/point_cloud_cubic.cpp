@@ -139,7 +139,7 @@ int removeSparse(KvPointCloud<KvPointXYZ>& cloud, float step, float cell, int mi
     return removed;
 }
 
-/// Below this edge, mm, the squares of distances inside a ball leave the range of float.
+/// Balls below this edge, mm, are refused: distances are single precision, whose squares must not vanish.
 constexpr float kSmallestBall = 1e-15F;
 
 }  // namespace

@@ -123,6 +123,7 @@ int clearFirstFlank(KvPointCloud<KvPointXYZ>& cloud, const Slices& slices, int f
     if (!cloud.zIndexBuilt)
         cloud.buildZIndex();
     const auto along = heightsAlongZ(cloud.points);
+    const bool falling = Internal::fallsAlongZ(cloud.points);
     std::vector<int> slab;
     for (int i = from; i < slices.count;) {
         const float lower = slices.lower(i);
@@ -134,7 +135,7 @@ int clearFirstFlank(KvPointCloud<KvPointXYZ>& cloud, const Slices& slices, int f
             i = firstSlice(slices, i + 1, [&](int k) { return slices.upper(k) >= first->first; });
             continue;
         }
-        const auto window = Internal::windowOfZ(cloud.zIndex, cloud.points.size(), lower, upper);
+        const auto window = Internal::windowOfZ(cloud.zIndex, cloud.points.size(), falling, lower, upper);
         slab.clear();
         for (auto it = first; it != along.end() && it->first <= upper; ++it)
             if (it->second >= window.first && it->second <= window.last)

@@ -71,7 +71,8 @@ void KvPointCloud<KvPointXYZ>::extract(KvPointCloud& dest, float xmin, float xma
     if (source.isEmpty())
         return;
     const Internal::Box box{xmin, xmax, ymin, ymax, zmin, zmax};
-    const Internal::IndexWindow window = Internal::windowOfZ(zIndex, source.size(), zmin, zmax);
+    const Internal::IndexWindow window =
+        Internal::windowOfZ(zIndex, source.size(), Internal::fallsAlongZ(source), zmin, zmax);
     for (int i = window.first; i <= window.last; ++i)
         if (box.contains(source.at(i)))
             dest.points.append(source.at(i));

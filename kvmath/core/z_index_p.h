@@ -35,15 +35,24 @@ struct IndexWindow {
     int first, last;  ///< both included; nothing when first > last
 };
 
-/// The part of a cloud of `size` points sorted by z in which zmin <= z <= zmax can hold, NaN being no limit.
-/// A cloud whose index falls with growing z is taken for one sorted downwards. Clamped, so that a stale index
-/// is harmless.
-inline IndexWindow windowOfZ(const QMap<float, int>& index, int size, float zmin, float zmax) {
+/// Whether z falls from the first set one to the last: such a cloud counts as sorted downwards.
+template <class Point>
+bool fallsAlongZ(const QList<Point>& points) {
+    const auto isSet = [](const Point& p) { return !std::isnan(p.z); };
+    const auto first = std::find_if(points.cbegin(), points.cend(), isSet);
+    const auto last = std::find_if(points.crbegin(), points.crend(), isSet);
+    return first != points.cend() && first->z > last->z;
+}
+
+/// The part of a cloud of `size` points sorted by z in which zmin <= z <= zmax can hold, NaN being no limit:
+/// from the entry of the first key at or above zmin (none: of the last key) to that of the first key above
+/// zmax (none: to the last point); on a cloud sorted downwards the mirror image. Clamped, so that a stale
+/// index is harmless.
+inline IndexWindow windowOfZ(const QMap<float, int>& index, int size, bool falling, float zmin, float zmax) {
     IndexWindow window{0, size - 1};
-    if (index.isEmpty() || index.first() == index.last())
+    if (index.isEmpty())
         return window;
-    const bool ascending = index.first() < index.last();
-    if (ascending) {
+    if (!falling) {
         if (!std::isnan(zmin)) {
             const auto run = index.lowerBound(zmin);
             window.first = run == index.cend() ? index.last() : run.value();

@@ -9,6 +9,8 @@
 
 #include <gmock/gmock.h>
 
+#include <functional>
+
 using namespace KvMath;
 using TestSupport::Draws;
 using TestSupport::kNaN;
@@ -19,28 +21,32 @@ namespace Literal = TestSupport::Literal;
 
 namespace {
 
-#define DETECT_MEMBER(NAME)                                                                                  \
+// Which of the three clouds have a member.
+#define ONLY_IN(NAME, IN_XY, IN_XYZ, IN_RGB)                                                                 \
     template <class C, class = void>                                                                         \
     constexpr bool has_##NAME = false;                                                                       \
     template <class C>                                                                                       \
-    constexpr bool has_##NAME<C, std::void_t<decltype(&C::NAME)>> = true
+    constexpr bool has_##NAME<C, std::void_t<decltype(&C::NAME)>> = true;                                    \
+    static_assert(has_##NAME<XY> == IN_XY && has_##NAME<XYZ> == IN_XYZ && has_##NAME<RGB> == IN_RGB)
 
-DETECT_MEMBER(calcAverageY);
-DETECT_MEMBER(resize);
-DETECT_MEMBER(writeMarker);
-DETECT_MEMBER(getIndexX);
-DETECT_MEMBER(size_z);
-DETECT_MEMBER(removePointsByYLevel);
-DETECT_MEMBER(buildZIndex);
-DETECT_MEMBER(cubicFilter);
-DETECT_MEMBER(extract);
-static_assert(has_calcAverageY<XY> && !has_calcAverageY<XYZ> && !has_calcAverageY<RGB>);
-static_assert(has_resize<XY> && !has_resize<XYZ> && has_writeMarker<XY> && !has_writeMarker<RGB>);
-static_assert(has_getIndexX<XY> && has_getIndexX<XYZ> && !has_getIndexX<RGB> && !has_size_z<XY> &&
-              has_size_z<XYZ>);
-static_assert(has_removePointsByYLevel<XYZ> && !has_removePointsByYLevel<RGB>);
-static_assert(!has_buildZIndex<XY> && has_buildZIndex<XYZ> && has_buildZIndex<RGB>);
-static_assert(has_cubicFilter<XYZ> && !has_cubicFilter<RGB> && has_extract<XYZ> && !has_extract<XY>);
+ONLY_IN(calcAverageY, true, false, false);
+ONLY_IN(resize, true, false, false);
+ONLY_IN(writeMarker, true, false, false);
+ONLY_IN(readMarker, true, false, false);
+ONLY_IN(getIndexX, true, true, false);
+ONLY_IN(getIndexY, true, true, false);
+ONLY_IN(getIndexZ, false, true, false);
+ONLY_IN(size_x, true, true, false);
+ONLY_IN(size_z, false, true, false);
+ONLY_IN(removePointsByYLevel, true, true, false);
+ONLY_IN(removeIndeces, true, true, true);
+ONLY_IN(rotateYZ, false, true, false);
+ONLY_IN(trim, false, true, false);
+ONLY_IN(extract, false, true, false);
+ONLY_IN(calcSection, false, true, false);
+ONLY_IN(buildZIndex, false, true, true);
+ONLY_IN(cubicFilter2, false, true, false);
+ONLY_IN(compat_writeToXYZFile, false, true, false);
 
 XYZ alongZ(std::initializer_list<float> values) {
     XYZ cloud;
@@ -58,29 +64,53 @@ std::vector<float> xOf(const QList<T>& points) {
 }
 
 TEST(PointDistance, IsSinglePrecisionAndUnsetWinsOverInfinity) {
-    EXPECT_EQ(KvPointXY(0.0F, 0.0F).calcDistance(KvPointXY(3.0F, 4.0F)), 5.0F);
     const float inf = std::numeric_limits<float>::infinity();
-    EXPECT_TRUE(
-        std::isnan(KvPointXYZ::calcDistance(KvPointXYZ(inf, 0.0F, 0.0F), KvPointXYZ(0.0F, kNaN, 0.0F))));
+    EXPECT_TRUE(std::isnan(KvPointXYZ(inf, 0.0F, 0.0F).calcDistance(KvPointXYZ(0.0F, kNaN, 0.0F))));
     EXPECT_EQ(KvPointXYZ::calcDistance(KvPointXYZ(1e20F, 0.0F, 0.0F), KvPointXYZ(0.0F, 0.0F, 0.0F)), inf);
     EXPECT_TRUE(KvPointXY().isNull() && KvPointXY(1.0F, kNaN).isNull() && !KvPointXY(1.0F, 2.0F).isNull());
 }
 
-TEST(PointCloud, CopiesTheRangeVerbatimAndLowersTheFlagButKeepsTheMap) {
-    XYZ source = alongZ({1.0F, 2.0F});
-    source.minX = -7.0F;  // stale on purpose
-    source.buildZIndex();
-    XYZ target = alongZ({5.0F});
-    target.buildZIndex();
-    target = source;
-    EXPECT_EQ(target.minX, -7.0F);
-    EXPECT_TRUE(std::isnan(target.maxX));
-    EXPECT_FALSE(target.zIndexBuilt);
-    EXPECT_EQ(target.zIndex.keys(), QList<float>{5.0F});
-    source += source;
-    EXPECT_THAT(xOf(source.points), testing::ElementsAre(0, 1, 0, 1));
-    EXPECT_FALSE(source.zIndexBuilt);
-    EXPECT_EQ(source.minX, -7.0F);
+// Range, zIndexBuilt: what each operation makes of a range known before it and of a raised flag.
+TEST(PointCloud, OperationsTouchRangeAndFlagOnlyAsListed) {
+    enum Range { Kept, Extended, Copied, Reset, Box };
+    const XYZ other = alongZ({7.0F});
+    QList<int> first{0};
+    const std::tuple<const char*, Range, bool, std::function<void(XYZ&)>> cases[] = {
+        {"append", Kept, true, [](XYZ& c) { c.append(KvPointXYZ(9.0F, 9.0F, 9.0F), false); }},
+        {"append and extend", Extended, true, [](XYZ& c) { c.append(KvPointXYZ(9.0F, 9.0F, 9.0F), true); }},
+        {"+= point", Kept, true, [](XYZ& c) { c += KvPointXYZ(9.0F, 9.0F, 9.0F); }},
+        {"+= cloud", Kept, false, [&](XYZ& c) { c += other; }},
+        {"+= itself", Kept, false, [](XYZ& c) { c += c; }},
+        {"assignment", Copied, false, [&](XYZ& c) { c = other; }},
+        {"copy", Copied, false, [&](XYZ& c) { c.copyFromPointCloud(other); }},
+        {"clear", Reset, true, [](XYZ& c) { c.clear(); }},
+        {"updateRange", Extended, true, [](XYZ& c) { c.updateRange(KvPointXYZ(9.0F, kNaN, 9.0F)); }},
+        {"shift", Kept, true, [](XYZ& c) { c.shift(1.0F, 2.0F, 3.0F); }},
+        {"removeIndeces", Kept, true, [&](XYZ& c) { c.removeIndeces(first); }},
+        {"removePointsByYLevel", Kept, true, [](XYZ& c) { c.removePointsByYLevel(0.0F, true); }},
+        {"trim", Box, false, [](XYZ& c) { c.trim(-1.0F, 1.0F, -2.0F, 2.0F, -2.0F, 2.0F); }},
+        {"rotate", Kept, false, [](XYZ& c) { c.rotate(0.0F, kNaN, 1e-3F); }},
+        {"rotate by nothing", Kept, true, [](XYZ& c) { c.rotate(0.0F, kNaN, -0.0F); }},
+        {"sort by x", Kept, false, [](XYZ& c) { c.sort(KvSortAscending, KvSortNone); }},
+        {"cubicFilter, nothing found", Kept, true, [](XYZ& c) { c.cubicFilter(9.0F, 2); }},
+        {"cubicFilter", Kept, false, [](XYZ& c) { c.cubicFilter(0.5F, 2); }}};
+    for (const auto& [name, range, flag, operation] : cases) {
+        SCOPED_TRACE(name);
+        XYZ cloud = alongZ({1.0F, 2.0F, 3.0F});
+        cloud.minX = cloud.minY = cloud.minZ = -5.0F;
+        cloud.maxX = cloud.maxY = cloud.maxZ = 5.0F;
+        cloud.buildZIndex();
+        const QList<float> keys = cloud.zIndex.keys();
+        operation(cloud);
+        const bool unknown = range == Copied || range == Reset;
+        const float low = unknown ? kNaN : (range == Box ? -1.0F : -5.0F);
+        const float high = unknown ? kNaN : (range == Box ? 1.0F : (range == Extended ? 9.0F : 5.0F));
+        EXPECT_THAT(cloud.minX, testing::NanSensitiveFloatEq(low));
+        EXPECT_THAT(cloud.maxX, testing::NanSensitiveFloatEq(high));
+        EXPECT_EQ(cloud.zIndexBuilt, flag);
+        EXPECT_EQ(cloud.zIndex.keys(), keys);
+    }
+    EXPECT_FALSE(XYZ(other).zIndexBuilt);
 }
 
 TEST(PointCloud, ColouredAppendNeverMakesAnUnknownRangeKnown) {
@@ -101,27 +131,22 @@ TEST(PointCloud, ColouredAppendNeverMakesAnUnknownRangeKnown) {
     EXPECT_EQ(flat.minZ, 3.0F) << "the plane cloud leaves its z pair";
 }
 
-TEST(PointCloud, CentresAndMeans) {
+TEST(PointCloud, CentresUseTheKnownRangeAndMeansTheirOwnPrecision) {
     XYZ cloud;
     KvPointXYZ centre(9.0F, 9.0F, 9.0F);
     EXPECT_FALSE(cloud.calcCenterPoint(centre) || cloud.caclCenterMassPoint(centre));
-    EXPECT_EQ(centre.x, 9.0F);
     cloud = alongZ({0.0F, 0.0F, 6.0F});
     ASSERT_TRUE(cloud.calcCenterPoint(centre));
     EXPECT_EQ(centre.z, 3.0F);
     cloud.maxZ = 100.0F;
     cloud.calcCenterPoint(centre);
     EXPECT_EQ(centre.z, 50.0F) << "a known range is used as it stands";
-    cloud.caclCenterMassPoint(centre);
-    EXPECT_EQ(centre.z, 2.0F);
-    XY heights;  // float sums would lose the small terms, which the mean of y must not
+    XY heights;  // float sums lose the small terms, which the mean of y must not
     for (const float y : {16777216.0F, 1.0F, 1.0F, -16777216.0F})
         heights += KvPointXY(y, y);
     KvPointXY mass;
-    heights.caclCenterMassPoint(mass);
-    EXPECT_EQ(mass.y, 0.0F);
-    EXPECT_EQ(heights.calcAverageY(), 0.5F);
-    EXPECT_EQ(XY().calcAverageY(), 0.0F);
+    EXPECT_TRUE(heights.caclCenterMassPoint(mass) && mass.y == 0.0F);
+    EXPECT_TRUE(heights.calcAverageY() == 0.5F && XY().calcAverageY() == 0.0F);
 }
 
 TEST(PointCloud, QueriesIncludeBoundsAndLeaveUnsetPointsOutside) {
@@ -196,26 +221,46 @@ TEST(ZIndex, HoldsTheFirstRunsOwnIndexAndThenTheLastOfTheRunBefore) {
     EXPECT_TRUE(cloud.zIndex.isEmpty() && !cloud.zIndexBuilt);
 }
 
-TEST(Extract, FindsEveryPointOfASortedCloudAndNeverReadsOutside) {
+// Places between the entries of the first key >= zmin and of the first key > zmax, ends included.
+std::vector<float> betweenEntries(const XYZ& cloud, float zmin, float zmax) {
+    int first = 0, last = cloud.points.size() - 1;
+    if (!std::isnan(zmin) && !cloud.zIndex.isEmpty())
+        first = cloud.zIndex.lowerBound(zmin) == cloud.zIndex.end() ? cloud.zIndex.last()
+                                                                    : *cloud.zIndex.lowerBound(zmin);
+    if (!std::isnan(zmax) && cloud.zIndex.upperBound(zmax) != cloud.zIndex.end())
+        last = std::min(last, *cloud.zIndex.upperBound(zmax));
+    QList<int> inside;
+    cloud.getRangeIndeces(inside, -1.0F, kNaN, kNaN, kNaN, zmin, zmax);
+    std::vector<float> found;
+    for (const int i : qAsConst(inside))
+        if (i >= first && i <= last)
+            found.push_back(cloud.points.at(i).x);
+    return found;
+}
+
+TEST(Extract, FindsEveryPointOfASortedCloudAndBelievesAStaleIndex) {
     Draws draw(22);
-    for (int round = 0; round < 400; ++round) {
-        XYZ cloud;
-        for (int i = draw.integer(0, 20); i > 0; --i)
+    for (int round = 0; round < 800; ++round) {
+        XYZ cloud, dest;
+        for (int i = draw.integer(0, 12); i > 0; --i)
             cloud += KvPointXYZ(draw.coordinate(3.0F, 1.0F, 0.1), 0.0F, draw.coordinate(3.0F, 1.0F, 0.0));
-        cloud.sort(KvSortNone, draw.chance(0.5) ? KvSortAscending : KvSortDescending);
-        const float zmin = draw.coordinate(4.0F, 0.5F, 0.2);
-        const float zmax = draw.coordinate(4.0F, 0.5F, 0.2);
-        QList<int> indices;
-        cloud.getRangeIndeces(indices, -1.0F, kNaN, kNaN, kNaN, zmin, zmax);
-        std::vector<float> expected;
-        for (const int i : qAsConst(indices))
-            expected.push_back(cloud.points.at(i).x);
-        XYZ dest;
-        cloud.extract(dest, -1.0F, kNaN, kNaN, kNaN, zmin, zmax, true);
-        EXPECT_EQ(xOf(dest.points), expected) << "round " << round;
+        const bool ascending = draw.chance(0.5);
+        cloud.sort(KvSortNone, ascending ? KvSortAscending : KvSortDescending);
+        const float zmin = draw.coordinate(4.0F, 0.5F, 0.2), zmax = draw.coordinate(4.0F, 0.5F, 0.2);
+        XYZ unbuilt = cloud;
+        unbuilt.extract(dest, -1.0F, kNaN, kNaN, kNaN, zmin, zmax, true);
+        unbuilt.zIndex.clear();  // no limits: the box alone
+        EXPECT_EQ(xOf(dest.points), betweenEntries(unbuilt, zmin, zmax)) << "round " << round;
         EXPECT_TRUE(std::isnan(dest.minX));
-        cloud.points = cloud.points.mid(0, cloud.points.size() / 2);  // the index is stale now
-        cloud.extract(cloud, kNaN, kNaN, kNaN, kNaN, zmin, zmax, false);
+        if (draw.chance(0.5))
+            cloud.points = cloud.points.mid(0, cloud.points.size() / 2);
+        else
+            cloud.shift(0.0F, 0.0F, draw.coordinate(2.0F, 1.0F, 0.0));
+        const std::vector<float> expected = betweenEntries(cloud, zmin, zmax);
+        cloud.extract(cloud, -1.0F, kNaN, kNaN, kNaN, zmin, zmax, false);
+        if (ascending) {
+            EXPECT_EQ(xOf(cloud.points), expected) << "stale index, round " << round;
+        }
     }
 }
 
@@ -232,12 +277,6 @@ TEST(Rotation, TurnsTheFirstNamedAxisTowardsTheSecond) {
         (cloud.*turn)(-450.0F);
         EXPECT_LT(cloud.points.first().calcDistance(axes[from]), 1e-6F);
     }
-    XYZ cloud = alongZ({1.0F});
-    cloud.buildZIndex();
-    cloud.rotate(0.0F, kNaN, -0.0F);
-    EXPECT_TRUE(cloud.zIndexBuilt) << "nothing ran";
-    cloud.rotate(0.0F, 1e-3F, 0.0F);
-    EXPECT_FALSE(cloud.zIndexBuilt);
 }
 
 class Records : public testing::Test {
@@ -263,6 +302,9 @@ TEST_F(Records, HaveTheDocumentedBytes) {
     coloured += KvPointXYZRGB(1.0F, -2.0F, 0.5F, 0x11223344U);
     EXPECT_TRUE(coloured.writeToFile(path));
     EXPECT_EQ(bytes().toHex(), "04010000000000803f000000c00000003f44332211");
+    RGB again;
+    ASSERT_EQ(again.readFromFile(path), 1);
+    EXPECT_TRUE(again.points.first().rgb == 0x11223344U && again.minY == -2.0F && again.maxZ == 0.5F);
     XYZ cloud;
     cloud += KvPointXYZ(1.0F, -2.0F, 0.5F);
     EXPECT_TRUE(cloud.compat_writeToXYZFile(path));
