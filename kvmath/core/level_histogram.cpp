@@ -5,6 +5,7 @@
 #include <QtCore/QFile>
 #include <QtCore/QVector>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -16,12 +17,13 @@ constexpr float kIntEnd = 2147483648.0F;  // first float beyond int
 
 bool isKnown(float low, float high) { return !std::isnan(low) && !std::isnan(high); }
 
-// Number of levels over the range, 0 when it is not finite or too large.
+// Number of levels over the range, 0 for one whose ends are exchanged (possible when it is stale); -1 when it
+// is not finite or too large.
 int levelCount(float minY, float maxY, float binWidth) {
     if (!std::isfinite(minY) || !std::isfinite(maxY))
-        return 0;
+        return -1;
     const float bands = std::ceil((maxY - minY) / binWidth);
-    return bands >= 0.0F && bands < static_cast<float>(kMaxLevels) ? static_cast<int>(bands) + 1 : 0;
+    return bands < static_cast<float>(kMaxLevels) ? static_cast<int>(std::max(bands, -1.0F)) + 1 : -1;
 }
 
 QByteArray keyText(float key) {
@@ -45,7 +47,7 @@ int KvLevelHistogram<T>::calcFromPointCloud(KvPointCloud<T>& cloud, float binWid
     if (!(binWidth > 0.0F))
         return 0;
     const int levels = levelCount(minY, cloud.maxY, binWidth);
-    if (levels == 0)
+    if (levels < 0)
         return 0;
     for (int i = 0; i < levels; ++i)
         bins.insert(bins.constEnd(), minY + static_cast<float>(i) * binWidth, 0);

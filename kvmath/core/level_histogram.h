@@ -17,12 +17,12 @@ class KVMATH_EXPORT KvLevelHistogram {
 public:
     QMap<float, int> bins;  ///< level, mm, or band index -> count
 
-    /// Enters the levels minY + i * binWidth up to the first one at or above maxY and one more, then counts
+    /// Enters the levels minY + i * binWidth up to the first one at or above maxY, then counts
     /// every point under the key (y - minY) / binWidth, truncated toward zero; single precision. The cloud's
-    /// cached range is used as it stands, stale or not; when minY or maxY is NaN, calcRange runs first.
-    /// Points without a finite y, or whose band is no int, are skipped. Returns the number of entries. Empty
-    /// map and 0 when binWidth (mm) is not > 0, the range is not finite, or more than 2^22 levels are asked
-    /// for.
+    /// cached range is used as it stands, stale or not (exchanged ends make no level); when minY or maxY is
+    /// NaN, calcRange runs first. Points without a finite y, or whose band is no int, are skipped. Returns
+    /// the number of entries. Empty map and 0 when binWidth (mm) is not > 0, the range is not finite, or more
+    /// than 2^22 levels are asked for.
     int calcFromPointCloud(KvPointCloud<T>& cloud, float binWidth);
 
     /// Mean position of the counts, the entries numbered from 1 in key order: a position, not a key. NaN when

@@ -38,7 +38,7 @@ TEST(LevelHistogram, EqualsTheLiteralCountOnAnyStaleRange) {
         for (int i = draws.integer(1, 60); i > 0; --i)
             cloud.points.append({0, draws.coordinate(8, 0.25F, 0.1), 0, 0});
         cloud.minY = draws.coordinate(6, 0.5F, 0);
-        cloud.maxY = cloud.minY + static_cast<float>(draws.integer(0, 8));
+        cloud.maxY = cloud.minY + static_cast<float>(draws.integer(-3, 8));
         const auto width = static_cast<float>(draws.real(0.1, 3.0));
         Bins expected;
         for (int i = 0; i < static_cast<int>(std::ceil((cloud.maxY - cloud.minY) / width)) + 1; ++i)
