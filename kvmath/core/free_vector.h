@@ -13,13 +13,16 @@ public:
     KvFreeVector();  ///< unset: both NaN
     KvFreeVector(float x, float y);
 
-    float size() const;  ///< length, in single precision
+    /// Length, in single precision throughout: infinite above some 1e19 mm, 0 below some 1e-23 mm, which
+    /// resize and sumVectors then take for the length.
+    float size() const;
 
     /// Stretches the vector to `length`. False, with the vector untouched, when `length` is not > 0 or the
     /// vector has no direction (size 0 or NaN).
     bool resize(float length);
 
-    /// Becomes the unit vector along a + b. False, with the vector untouched, when the sum has length 0.
+    /// Becomes the unit vector along a + b. False, with the vector untouched, when the sum has length 0;
+    /// true with NaN components when it is unset.
     /// Either may be this vector.
     bool sumVectors(const KvFreeVector& a, const KvFreeVector& b);
 

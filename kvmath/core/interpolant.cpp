@@ -170,7 +170,8 @@ int KvInterpolant::generatePointCloud(KvPointCloud<KvPointXY>& out, float step, 
         asked = 1.0;  // the step is lost in rounding at once
     if (asked > kMaxResampled)
         return 0;
-    out.clear();
+    if (!out.isEmpty())  // the range of an empty cloud stays, by design
+        out.clear();
     if (asked > 0.0)
         out.points.reserve(static_cast<int>(asked) + 1);
     // x only grows, so the interval only moves on: the one that calcY finds, without its search.

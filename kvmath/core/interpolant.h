@@ -42,9 +42,10 @@ public:
     /// nothing is built.
     float calcY(float x) const;
 
-    /// Replaces `out` (points and range) by the values at start, start + step, ... below the end; start and
+    /// Replaces the points of `out` by the values at start, start + step, ... below the end; start and
     /// end are xFrom and xTo limited to the knots, NaN for no limit. The first x is always evaluated, the end
     /// itself only when it is also the start. x is summed in float; a step lost in rounding ends the run.
+    /// A range known for the old points is reset, none is computed.
     /// Returns the number of points. 0, with `out` untouched, when step <= 0, nothing is built or more than
     /// 2^24 points are asked for.
     int generatePointCloud(KvPointCloud<KvPointXY>& out, float step, float xFrom, float xTo) const;

@@ -146,10 +146,12 @@ TEST(Interpolant, ResamplesAsTheLiteralLoopAndNeverHangs) {
         EXPECT_EQ(out.points.size(), size) << step;
     }
     KvPointCloud<KvPointXY> out, unit;
+    out.maxX = 7;
     unit.points = {{0, 0}, {1, 1}};
     EXPECT_EQ(KvInterpolant(unit, KvInterpolantAkima).generatePointCloud(out, 5e-8F, kNaN, kNaN),
               0);  // 20 million
     EXPECT_EQ(KvInterpolant(unit, KvInterpolantAkima).generatePointCloud(out, 0.25F, kNaN, kNaN), 4);
+    EXPECT_EQ(out.maxX, 7.0F) << "only points are cleared away, with their range";
 }
 
 TEST(Interpolant, SlopeOfAParabolaThroughThreePoints) {
