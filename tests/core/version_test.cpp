@@ -1,9 +1,6 @@
 #include <kvmath/core/version.h>
-#include <kvmath/core/version_p.h>
 
 #include <gtest/gtest.h>
-
-#include <string>
 
 TEST(Version, NamesTheBuildThroughTheSamePointersOnEveryCall) {
     char *name = nullptr, *version = nullptr, *nameAgain = nullptr, *versionAgain = nullptr;
@@ -12,24 +9,4 @@ TEST(Version, NamesTheBuildThroughTheSamePointersOnEveryCall) {
     EXPECT_STREQ(version, "2.1.0.20181219");
     KvMath::GetVersion(nameAgain, versionAgain);
     EXPECT_TRUE(nameAgain == name && versionAgain == version);
-}
-
-TEST(Version, ReadsMonthsByTheirLettersAndTakesAnyTextAsDate) {
-    const char* const cases[][2] = {
-        {"Jan 10 2031", "20310110"}, {"Feb 28 2031", "20310228"},
-        {"Mar 31 2031", "20310331"}, {"Apr  1 2031", "20310401"},
-        {"May  9 2031", "20310509"}, {"Jun 30 2031", "20310630"},
-        {"Jul 04 2031", "20310704"}, {"Aug 11 2031", "20310811"},
-        {"Sep 12 2031", "20310912"}, {"Oct 13 2031", "20311013"},
-        {"Nov 14 2031", "20311114"}, {"Dec 15 9999", "99991215"},
-        {"F?? 01 2000", "20000201"}, {"S", "00000900"},
-        {"Ap? 02", "00000402"},      {"Au? 03", "00000803"},
-        {"Ju? 04", "00000004"},      {"J?n 05", "00000005"},
-        {"Ma? 1x", "00000001"},      {"", "00000000"},
-        {"dec 19 20a8", "00200019"}, {"Dec 19 2018777777777777777777777777777777", "20181219"}};
-    for (const auto& [date, digits] : cases) {
-        char text[KvMath::Internal::kVersionSize];
-        KvMath::Internal::formatVersion(date, text);
-        EXPECT_EQ(text, std::string("2.1.0.") + digits) << date;
-    }
 }
