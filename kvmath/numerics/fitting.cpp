@@ -2,7 +2,6 @@
 
 #include <kvmath/numerics/linear_solve_p.h>
 #include <kvmath/numerics/small_matrix.h>
-#include <kvmath/numerics/svd.h>
 #include <kvmath/numerics/svd_p.h>
 
 #include <cmath>
@@ -75,7 +74,7 @@ bool planeFitting(const double* xyz, int n, double* p) {
             centred[i + 1][k + 1] = xyz[3 * static_cast<std::ptrdiff_t>(i) + k] - centroid[k];
     Internal::UnitOffsetMatrix v(3, 3);
     double w[4] = {};
-    if (!svdcmp(centred.rows(), n, 3, w, v.rows()))
+    if (!Internal::rightSingularVectors(centred.rows(), n, 3, w, v.rows()))
         return false;
     int column = 1;
     for (int k = 2; k <= 3; ++k)

@@ -53,15 +53,18 @@ void rotateColumns(double** matrix, int rows, int first, int last, const Rotatio
 /// the super-diagonal, anorm the scale against which elements are negligible.
 class Decomposition {
 public:
-    Decomposition(double** matrix, int rows, int columns, double* values, double** rightVectors)
-        : a(matrix), w(values), v(rightVectors), m(rows), n(columns),
+    Decomposition(double** matrix, int rows, int columns, double* values, double** rightVectors,
+                  bool withLeft)
+        : a(matrix), w(values), v(rightVectors), m(rows), n(columns), wantsLeft(withLeft),
           work(2 * (static_cast<std::size_t>(n) + 1)), rv1(work.data()), sums(rv1 + n + 1),
-          rotationsV(static_cast<std::size_t>(n)), rotationsA(static_cast<std::size_t>(n)) {}
+          rotations(2 * static_cast<std::size_t>(n)), rotationsV(rotations.data()),
+          rotationsA(rotationsV + n) {}
 
     bool run() {
         bidiagonalise();
         accumulateRight();
-        accumulateLeft();
+        if (wantsLeft)
+            accumulateLeft();
         for (int k = n; k >= 1; --k)
             if (!converge(k))
                 return false;
@@ -84,10 +87,13 @@ private:
     double* w;
     double** v;
     int m, n;
+    bool wantsLeft;  // nothing else depends on the left vectors
     std::vector<double> work;
     double* rv1;
     double* sums;
-    std::vector<Rotation> rotationsV, rotationsA;
+    std::vector<Rotation> rotations;
+    Rotation* rotationsV;
+    Rotation* rotationsA;
     double anorm = 0.0;
 };
 
@@ -270,7 +276,7 @@ void Decomposition::cancel(int l, int k) {
         c = g * reciprocal;
         s = -f * reciprocal;
         const Rotation rotation{c, s};
-        for (int j = 1; j <= m; ++j)
+        for (int j = 1; wantsLeft && j <= m; ++j)
             rotation.apply(a[j][l - 1], a[j][i]);
     }
 }
@@ -308,14 +314,15 @@ void Decomposition::sweep(int l, int k) {
         }
         f = left.c * g + left.s * y;
         x = left.c * y - left.s * g;
-        rotationsV[static_cast<std::size_t>(j - l)] = right;
-        rotationsA[static_cast<std::size_t>(j - l)] = left;
+        rotationsV[j - l] = right;
+        rotationsA[j - l] = left;
     }
     rv1[l] = 0.0;
     rv1[k] = f;
     w[k] = x;
-    rotateColumns(v, n, l, k - 1, rotationsV.data());
-    rotateColumns(a, m, l, k - 1, rotationsA.data());
+    rotateColumns(v, n, l, k - 1, rotationsV);
+    if (wantsLeft)
+        rotateColumns(a, m, l, k - 1, rotationsA);
 }
 
 /// Columns of V by falling singular value.
@@ -333,7 +340,13 @@ std::vector<int> columnsBySpread(const std::vector<double>& w, int dim) {
 bool svdcmp(double** a, int m, int n, double* const w, double** v) {
     if (n < 1)
         return true;
-    return Decomposition(a, m, n, w, v).run();
+    return Decomposition(a, m, n, w, v, true).run();
+}
+
+bool Internal::rightSingularVectors(double** a, int m, int n, double* w, double** v) {
+    if (n < 1)
+        return true;
+    return Decomposition(a, m, n, w, v, false).run();
 }
 
 bool svdLeastSquares(const double* A, const double* b, int m, int n, double tol, double* x) {
@@ -383,7 +396,7 @@ bool pca(const double* data, int count, int dim, double* mean, double* basis) {
             centred[i + 1][j + 1] = data[static_cast<std::size_t>(i) * width + j] - mean[j];
     UnitOffsetMatrix v(dim, dim);
     std::vector<double> w(width + 1);
-    if (!svdcmp(centred.rows(), count, dim, w.data(), v.rows()))
+    if (!Internal::rightSingularVectors(centred.rows(), count, dim, w.data(), v.rows()))
         return false;
     const std::vector<int> columns = columnsBySpread(w, dim);
     for (int r = 0; r < dim; ++r)

@@ -27,6 +27,10 @@ private:
     std::vector<double*> rows_;
 };
 
+/// svdcmp without U: w and v are the same bit for bit, `a` is left as the reflections made it. For many rows
+/// a fraction of the time.
+bool rightSingularVectors(double** a, int m, int n, double* w, double** v);
+
 /// x[1..n] = V diag(1 / w) U^T b with 0 for every w that is 0; u m x n, v n x n, w and x unit-offset,
 /// b[0..m-1] not. `work` has n + 1 elements.
 void svdBackSubstitute(double** u, const double* w, double** v, int m, int n, const double* b, double* x,

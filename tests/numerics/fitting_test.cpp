@@ -1,5 +1,6 @@
 #include <kvmath/numerics/fitting.h>
 
+#include <tests/numerics/literal_svd.h>
 #include <tests/support/random_data.h>
 
 #include <gmock/gmock.h>
@@ -85,6 +86,31 @@ TEST(PlaneFitting, FindsTiltedPlanes) {
         for (std::size_t i = 0; i < xyz.size(); i += 3)
             ASSERT_NEAR(p[0] * xyz[i] + p[1] * xyz[i + 1] + p[2] * xyz[i + 2] + p[3], 0.0,
                         1000 * kPlaneError);
+    }
+}
+
+TEST(PlaneFitting, TakesTheRightVectorOfTheLeastValue) {
+    TestSupport::Draws draws(10);
+    for (int round = 0; round < 100; ++round) {
+        const int n = draws.integer(1, 40);
+        std::vector<double> xyz;
+        double centroid[3] = {};
+        for (int i = 0; i < 3 * n; ++i) {
+            xyz.push_back(draws.integer(-3, 3));
+            centroid[i % 3] += xyz.back();
+        }
+        TestSupport::Matrix a(n, 3);
+        TestSupport::Matrix v(3, 3);
+        for (int i = 0; i < 3 * n; ++i)
+            a[i / 3 + 1][i % 3 + 1] = xyz[std::size_t(i)] - centroid[i % 3] / n;
+        double w[4] = {};
+        ASSERT_TRUE(TestSupport::literalSvd(a, w, v));
+        const int least = int(std::min_element(w + 1, w + 4) - w);
+        const double sign = v[3][least] < 0.0 ? -1.0 : 1.0;
+        double p[4];
+        ASSERT_TRUE(planeFitting(xyz.data(), n, p));
+        for (int k = 0; k < 3; ++k)
+            ASSERT_EQ(p[k], sign * v[k + 1][least]) << n;
     }
 }
 
