@@ -5,6 +5,7 @@
 
 namespace KvMeasure {
 
+int runFit(const QStringList& words);
 int runInfo(const QStringList& words);
 int runMatch(const QStringList& words);
 int runSimulate(const QStringList& words);

@@ -26,6 +26,7 @@ constexpr Command commands[] = {
     {"info", "what a file holds: records, counts, ranges", runInfo},
     {"teach", "makes a template from a good part", runTeach},
     {"match", "finds a template in profiles and measures them", runMatch},
+    {"fit", "fits a line, parabola, circle or plane, with residuals", runFit},
     {"simulate", "makes profiles of parts with known dimensions", runSimulate},
 };
 

@@ -46,6 +46,7 @@ private:
     void drawPoints();
     void drawSegments();
     void drawLines();
+    void drawCurve();
     void drawMark(const Mark& mark);
     void drawDistance(const Mark& mark, const QString& colour, Vector& anchor);
     void drawAngle(const Mark& mark, const QString& colour, Vector& anchor);
@@ -193,6 +194,14 @@ void Painter::drawLines() {
     }
 }
 
+void Painter::drawCurve() {
+    QList<Vector> places;
+    for (const Vector& place : picture_.curve)
+        places.append(view_.toPixel(place));
+    if (!places.isEmpty())
+        canvas_.polyline(places, stroke(lineColour(1), 1.8));
+}
+
 void Painter::drawLabel(const Vector& anchor, const QString& text, const QString& colour, double preferred,
                         bool isFilled) {
     constexpr double height = 20;
@@ -314,6 +323,8 @@ void Painter::drawHeader() {
         entry("segments found", "#30363D", 1.4);
     if (!picture_.lines.isEmpty())
         entry("template lines", lineColour(0), 4.5);
+    if (!picture_.curve.isEmpty())
+        entry("fitted", lineColour(1), 1.8);
     if (!picture_.evaluation.marks.isEmpty())
         entry("measured", measureColour, 1.8);
 }
@@ -364,6 +375,7 @@ QByteArray Painter::paint() {
     drawPoints();
     drawSegments();
     drawLines();
+    drawCurve();
     for (const Mark& mark : picture_.evaluation.marks)
         drawMark(mark);
     for (int i = 0; i < picture_.lines.size(); ++i) {

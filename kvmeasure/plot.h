@@ -21,6 +21,7 @@ struct Picture {
     Segments segments;            ///< all that were found
     bool numberSegments = false;  ///< show their numbers, for choosing
     QList<PlacedLine> lines;      ///< those that matched
+    QList<Vector> curve;          ///< a fitted curve, mm
     Evaluation evaluation;
 };
 

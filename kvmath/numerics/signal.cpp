@@ -24,7 +24,7 @@ void convoluteCyclicaly(double* data, int n, const double* kernel, int half) {
              j < width;) {  // whole runs up to the end of the data, then from its beginning again
             const int run = static_cast<int>(std::min<long long>(width - j, n - from));
             for (int r = 0; r < run; ++r)
-                sum += old[static_cast<std::size_t>(from + r)] * kernel[j + r];
+                sum += old.data()[from + r] * kernel[j + r];
             j += run;
             from = 0;
         }

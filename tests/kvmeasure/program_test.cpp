@@ -7,11 +7,13 @@
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
+#include <QtCore/QMap>
 #include <QtCore/QProcess>
 #include <QtCore/QTemporaryDir>
 
 #include <gmock/gmock.h>
 
+#include <cmath>
 #include <limits>
 #include <sys/stat.h>
 
@@ -100,7 +102,7 @@ private:
 };
 
 TEST_F(Kvmeasure, EveryCommandHasHelpWithExamples) {
-    for (const char* command : {"info", "teach", "match", "simulate"}) {
+    for (const char* command : {"info", "teach", "match", "fit", "simulate"}) {
         const Outcome result = run({command, "--help"});
         EXPECT_EQ(result.code, 0) << command;
         EXPECT_THAT(result.out, HasSubstr("Examples\n  kvmeasure ")) << command;
@@ -133,6 +135,11 @@ TEST_F(Kvmeasure, WrongUseSaysWhatAndWhatToDo) {
         {{"teach"}, "nothing to read"},
         {{"match", "p.csv"}, "--template FILE is missing"},
         {{"match", "p.csv", "--template", "none.json"}, "none.json: no such file"},
+        {{"fit", "p.csv"}, "say one of --line"},
+        {{"fit", "p.csv", "--line", "--circle"}, "say one of --line"},
+        {{"fit", "p.csv", "--line", "--known-radius", "2"}, "goes with --circle"},
+        {{"fit", "p.csv", "--plane", "--svg", "t"}, "no picture"},
+        {{"fit", "p.csv", "--plane"}, "needs an XYZ record"},
         {{"simulate", "profile"}, "--out FILE is missing"},
         {{"simulate", "profile", "--shape", "v-grove", "--out", "x"}, "did you mean \"v-groove\"?"},
         {{"simulate", "profile", "--dimensions", "dept=3", "--out", "x"}, "did you mean \"depth\"?"},
@@ -346,6 +353,43 @@ TEST_F(Kvmeasure, SimulationRepeatsWithItsSeed) {
     EXPECT_EQ(read("a.csv"), read("b.csv"));
     EXPECT_NE(read("a.csv"), read("c.csv"));
     EXPECT_EQ(truth("a.csv", "depth"), 6);
+}
+
+TEST_F(Kvmeasure, FitStatesParametersAndResiduals) {
+    write("bent.csv", "1000,1\n1001,0\n1002,1\n1003,4\n,\n");  // (x - 1001)^2
+    write("octagon.csv", "12,5\n2,15\n-8,5\n2,-5\n8,13\n-4,13\n8,-3\n-4,-3\n");
+    write("upright.csv", "1,1\n1,2\n1,3\n");
+    KvMath::KvPointCloud<KvMath::KvPointXYZ> table;
+    for (int i = 0; i < 9; ++i)
+        table += KvMath::KvPointXYZ(float(i % 3), float(i / 3), float(i % 3) - 5.0F);
+    QFile file(path("table.bin"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && table.writeToFile(file));
+    file.close();
+    const double root = std::sqrt(0.5);
+    const struct {
+        QStringList arguments;
+        QMap<QString, double> parameters;
+        double rms, error;
+    } cases[] = {{{"bent.csv", "--line"}, {{"slope", 1}, {"intercept", -1000}}, 1.0, std::sqrt(2.0)},
+                 {{"bent.csv", "--parabola"}, {{"a", 1}, {"b", -2002}, {"c", 1002001}}, 0, 0},
+                 {{"octagon.csv", "--circle"}, {{"x", 2}, {"y", 5}, {"radius", 10}}, 0, 0},
+                 {{"octagon.csv", "--circle", "--known-radius", "9"},
+                  {{"x", 2}, {"y", 5}, {"radius", 9}},
+                  1,
+                  std::sqrt(8.0 / 6)},
+                 {{"table.bin", "--plane"}, {{"a", -root}, {"b", 0}, {"c", root}, {"d", 5 * root}}, 0, 0}};
+    for (const auto& c : cases) {
+        const Outcome result = run(QStringList{"fit", "--json"} + c.arguments);
+        ASSERT_EQ(result.code, 0) << result.err << c.arguments.join(' ').toStdString();
+        for (auto it = c.parameters.begin(); it != c.parameters.end(); ++it)
+            EXPECT_NEAR(result.json()["parameters"].toObject()[it.key()].toDouble(), it.value(), 1e-5)
+                << it.key().toStdString();
+        EXPECT_NEAR(result.json()["rms"].toDouble(), c.rms, 1e-5);
+        EXPECT_NEAR(result.json()["standardError"].toDouble(), c.error, 1e-5);
+    }
+    EXPECT_EQ(run({"fit", "upright.csv", "--line"}).code, 1);
+    EXPECT_EQ(run({"fit", "octagon.csv", "--circle", "--svg", "o.svg"}).code, 0);
+    EXPECT_TRUE(read("o.svg").contains("<polyline"));
 }
 
 }  // namespace

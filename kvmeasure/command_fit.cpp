@@ -1,0 +1,264 @@
+#include "kvmeasure/arguments.h"
+#include "kvmeasure/commands.h"
+#include "kvmeasure/failure.h"
+#include "kvmeasure/output_file.h"
+#include "kvmeasure/plot.h"
+#include "kvmeasure/print.h"
+#include "kvmeasure/profile_file.h"
+
+#include <kvmath/numerics/circle_fitting.h>
+#include <kvmath/numerics/fitting.h>
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+namespace KvMeasure {
+
+namespace {
+
+const Usage usage{
+    "fit",
+    "PROFILE",
+    "Fits a line, parabola, circle or plane to all points of a file and says how well it fits.",
+    {{"--line", "", "y = slope x + intercept"},
+     {"--parabola", "", "y = a x^2 + b x + c"},
+     {"--circle", "", "least squares of the distances to the circle"},
+     {"--known-radius", "R", "the circle has this radius, mm"},
+     {"--plane", "", "a x + b y + c z + d = 0, of the first XYZ record of a binary file"},
+     {"--svg", "FILE", "draw points and curve (not for a plane)"},
+     {"--columns", "X,Y", "columns of a CSV file, from 1 (1,2)"},
+     {"--json", "", "print JSON"}},
+    "Residuals are y - fit for a line and a parabola, and distances from the circle or plane. The standard "
+    "error is the\n"
+    "root of (sum of squares / (count - parameters)). Exit code 1: the fit has no result or did not "
+    "converge.\n\n"
+    "Examples\n"
+    "  kvmeasure fit land.csv --line\n"
+    "  kvmeasure fit bore.csv --circle --known-radius 12.5 --svg bore.svg\n"
+    "  kvmeasure fit table.bin --plane --json\n"};
+
+constexpr int mostPoints = 1'000'000;
+
+/// A fitted curve: its parameters, what is left over, and places along it to draw.
+struct Fit {
+    QString kind;
+    QList<QPair<QString, double>> parameters;
+    int freedom = 0;  ///< parameters that were fitted
+    bool converged = true;
+    int count = 0, unset = 0;
+    double squares = 0, largest = 0;
+    QList<Vector> curve;
+
+    void add(double residual) {
+        ++count;
+        squares += residual * residual;
+        largest = std::isnan(residual) ? residual : std::max(largest, std::fabs(residual));
+    }
+    double rms() const { return std::sqrt(squares / count); }
+    bool hasError() const { return count > freedom; }
+    double error() const { return std::sqrt(squares / (count - freedom)); }
+    bool isGood() const {
+        for (const auto& parameter : parameters) {
+            if (!std::isfinite(parameter.second))
+                return false;
+        }
+        return converged && std::isfinite(squares);
+    }
+};
+
+constexpr int curvePieces = 256;
+
+/// Line and parabola, about the middle of the data, where the normal equations are at their best.
+void fitCurve(const std::vector<double>& x, const std::vector<double>& y, bool isParabola, Fit& fit) {
+    const auto ends = std::minmax_element(x.begin(), x.end());
+    const double from = *ends.first;
+    const double to = *ends.second;
+    const double middle = (from + to) / 2;
+    std::vector<double> centred;
+    centred.reserve(x.size());
+    for (const double place : x)
+        centred.push_back(place - middle);
+    double c[3] = {0, 0, 0};  // of x^2, x, 1 about the middle
+    if (isParabola)
+        KvMath::parabolaFitting(centred.data(), y.data(), int(x.size()), c);
+    else
+        KvMath::lineFitting(centred.data(), y.data(), int(x.size()), c + 1);
+    const auto at = [&c](double d) { return (c[0] * d + c[1]) * d + c[2]; };
+    const double slope = c[1] - 2 * c[0] * middle;
+    const double constant = at(-middle);
+    fit.freedom = isParabola ? 3 : 2;
+    if (isParabola)
+        fit.parameters = {{"a", c[0]}, {"b", slope}, {"c", constant}};
+    else
+        fit.parameters = {{"slope", slope}, {"intercept", constant}};
+    for (std::size_t i = 0; i < x.size(); ++i)
+        fit.add(y[i] - at(centred[i]));
+    for (int i = 0; i <= curvePieces; ++i) {
+        const double place = from + (to - from) * i / curvePieces;
+        fit.curve.append({place, at(place - middle)});
+    }
+}
+
+void fitCircle(const std::vector<double>& x, const std::vector<double>& y, double knownRadius, Fit& fit) {
+    constexpr double tolerance = 1e-10;
+    constexpr int mostEvaluations = 2000;
+    std::vector<Vector> points;
+    points.reserve(x.size());
+    for (std::size_t i = 0; i < x.size(); ++i)
+        points.emplace_back(x[i], y[i]);
+    Vector centre;
+    double radius = knownRadius;
+    const int count = int(points.size());
+    if (knownRadius > 0)
+        fit.converged =
+            KvMath::circleFittingWithKnownR(points.data(), count, radius, centre, tolerance, mostEvaluations);
+    else
+        fit.converged =
+            KvMath::circleFitting(points.data(), count, centre, radius, tolerance, mostEvaluations);
+    fit.freedom = knownRadius > 0 ? 2 : 3;
+    fit.parameters = {{"x", centre.x}, {"y", centre.y}, {"radius", radius}};
+    for (const Vector& point : points)
+        fit.add(length(centre, point) - radius);
+    constexpr double turn = 6.283185307179586;
+    for (int i = 0; i <= curvePieces; ++i) {
+        const double angle = turn * i / curvePieces;
+        fit.curve.append({centre.x + radius * std::cos(angle), centre.y + radius * std::sin(angle)});
+    }
+}
+
+/// Points of the first record with three coordinates.
+std::vector<double> readXYZ(const QString& path, int& unset) {
+    PointFile file(path);
+    RecordHead head;
+    while (file.form() == FileForm::Records && file.nextHead(head)) {
+        std::vector<double> xyz;
+        while (true) {
+            constexpr int pointsAtOnce = 65'536;
+            const QList<KvMath::KvPointXYZ>& points = file.nextPoints(pointsAtOnce);
+            if (points.isEmpty())
+                break;
+            for (const KvMath::KvPointXYZ& p : points) {
+                if (recordHasZ(head.marker) && std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z))
+                    xyz.insert(xyz.end(), {double(p.x), double(p.y), double(p.z)});
+                else
+                    ++unset;
+            }
+            if (xyz.size() > 3U * mostPoints)
+                throw Failure{path + ": more than 1000000 points"};
+        }
+        if (recordHasZ(head.marker))
+            return xyz;
+        unset = 0;
+    }
+    throw Failure{path + ": a plane needs an XYZ record (see \"kvmeasure info\")"};
+}
+
+void fitPlane(const std::vector<double>& xyz, Fit& fit) {
+    double p[4];
+    fit.converged = KvMath::planeFitting(xyz.data(), int(xyz.size() / 3), p);
+    fit.freedom = 3;
+    fit.parameters = {{"a", p[0]}, {"b", p[1]}, {"c", p[2]}, {"d", p[3]}};
+    for (std::size_t i = 0; i + 2 < xyz.size(); i += 3)
+        fit.add(p[0] * xyz[i] + p[1] * xyz[i + 1] + p[2] * xyz[i + 2] + p[3]);
+}
+
+QString number(double value) { return QString::number(value, 'g', 10); }
+
+void report(const QString& file, const Fit& fit, bool isJson) {
+    if (isJson) {
+        QJsonObject parameters;
+        for (const auto& parameter : fit.parameters)
+            parameters[parameter.first] = jsonNumber(parameter.second);
+        printJson({{"file", file},
+                   {"kind", fit.kind},
+                   {"good", fit.isGood()},
+                   {"parameters", parameters},
+                   {"count", fit.count},
+                   {"unset", fit.unset},
+                   {"rms", jsonNumber(fit.rms())},
+                   {"max", jsonNumber(fit.largest)},
+                   {"standardError", fit.hasError() ? jsonNumber(fit.error()) : QJsonValue()}});
+        return;
+    }
+    Table table({"name", "value"});
+    for (const auto& parameter : fit.parameters)
+        table.add({parameter.first, number(parameter.second)});
+    table.add({"points", QString::number(fit.count)});
+    table.add({"unset", QString::number(fit.unset)});
+    table.add({"rms residual, mm", number(fit.rms())});
+    table.add({"max residual, mm", number(fit.largest)});
+    table.add({"standard error, mm", fit.hasError() ? number(fit.error()) : QString("-")});
+    print(QString("%1: %2%3\n%4").arg(file, fit.kind, fit.isGood() ? "" : " (NO RESULT)", table.text()));
+}
+
+void draw(const QString& path, const LoadedProfile& loaded, const Fit& fit) {
+    Picture picture;
+    picture.title = loaded.stem;
+    QStringList texts;
+    for (const auto& parameter : fit.parameters)
+        texts.append(QString("%1 %2").arg(parameter.first).arg(parameter.second, 0, 'g', 6));
+    picture.subtitle = QString("%1: %2, rms %3 mm").arg(fit.kind, texts.join(", ")).arg(fit.rms(), 0, 'g', 3);
+    picture.profile = loaded.profile;
+    if (fit.isGood())
+        picture.curve = fit.curve;
+    writeOutputFile(path, drawPicture(picture));
+}
+
+QString chosenKind(const Arguments& arguments) {
+    QStringList kinds;
+    for (const char* kind : {"line", "parabola", "circle", "plane"}) {
+        if (arguments.has(QString("--") + kind))
+            kinds.append(kind);
+    }
+    if (kinds.size() != 1)
+        throw Failure{"fit: say one of --line, --parabola, --circle, --plane"};
+    if (arguments.has("--known-radius") && kinds[0] != "circle")
+        throw Failure{"fit: --known-radius goes with --circle"};
+    if (arguments.has("--svg") && kinds[0] == "plane")
+        throw Failure{"fit: a plane has no picture; leave --svg out"};
+    return kinds[0];
+}
+
+}  // namespace
+
+int runFit(const QStringList& words) {
+    if (words.contains("--help")) {
+        print(helpText(usage));
+        return Done;
+    }
+    const Arguments arguments(usage, words);
+    arguments.requireOperands(1);
+    Fit fit;
+    fit.kind = chosenKind(arguments);
+    const double radius = arguments.number("--known-radius", 0, 1e-6, 1e6);
+    const QString path = arguments.operands().first();
+    LoadedProfile loaded;
+    if (fit.kind == "plane") {
+        const std::vector<double> xyz = readXYZ(path, fit.unset);
+        fitPlane(xyz, fit);
+    } else {
+        ProfileSource source(path, arguments.text("--columns"));
+        std::vector<double> x;
+        std::vector<double> y;
+        if (source.next(loaded)) {
+            for (const KvMath::KvPointXY& point : loaded.profile.points) {
+                x.push_back(double(point.x));
+                y.push_back(double(point.y));
+            }
+        }
+        if (x.empty())
+            throw Failure{path + ": no points to fit"};
+        fit.unset = loaded.unset;
+        if (fit.kind == "circle")
+            fitCircle(x, y, radius, fit);
+        else
+            fitCurve(x, y, fit.kind == "parabola", fit);
+    }
+    if (arguments.has("--svg"))
+        draw(arguments.text("--svg"), loaded, fit);
+    report(path, fit, arguments.has("--json"));
+    return fit.isGood() ? int(Done) : int(NotMet);
+}
+
+}  // namespace KvMeasure
