@@ -173,7 +173,7 @@ public:
     void wndFilter(int window);
     /// Slope between the halves of each window of dest's own points: dest[i].y = (sum of y of the upper half
     /// - lower half) / (same of x); odd windows have the larger upper half. This profile supplies the count
-    /// alone. Fewer than window + 2 points: nothing.
+    /// alone. Fewer than window + 2 points: nothing. Takes size * window steps.
     void diffFilt(KvProfile& dest, int window) const;
     /// 20-tap low-pass over y (gain 1.0001, lags by 10 points); dest gets x too. The first 20 points and
     /// those more than `gap` mm behind their predecessor keep their y; NaN gap: no test. Fewer than 20

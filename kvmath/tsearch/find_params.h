@@ -6,8 +6,8 @@ namespace KvMath {
 /// How a profile becomes segments and how segments may be assigned. The library sets no defaults: fill every
 /// field.
 struct TSFindTemplateParams {
-    double
-        contourGap;  ///< mm; a step of at least this length between neighbouring points starts a new contour
+    double contourGap;  ///< mm; a step of at least this length goes to the nearest contour that ends within
+                        ///< it, or to a new one
     double splitTolerance;  ///< mm; a contour is split where it deviates from its chord by at least this
     int refineIterations;  ///< passes that fit lines and move corners; 0 or less: corners are measured points
     double minLineLength;  ///< mm; only segments strictly longer than this are used

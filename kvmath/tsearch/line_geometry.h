@@ -15,7 +15,8 @@ KVMATH_EXPORT void LinePP2LineABC(const LinePP& segment, LineABC& line);
 /// Least-squares line through n points (orthogonal distances): the direction from the central second moments,
 /// the better of the two stationary ones; equal residuals take the second. A horizontal run gives a =
 /// -4.37e-8, because the second angle lies a single-precision half pi from the first. n < 1, null points, a
-/// single point or points without a preferred direction: NaN. A NaN point: NaN.
+/// single point, a NaN point or moments without a preferred direction: NaN. Where only rounding gives three
+/// or more coincident points a direction, the line through them has that.
 KVMATH_EXPORT void lsd(const KvVector2D<double>* pts, int n, LineABC& line);
 
 /// Intersection of two lines. Parallel lines: infinite or NaN.

@@ -26,16 +26,13 @@ struct DefaultCheckFunctionParams {
 /// Finds the next admissible assignment (findBest false) or the best of all that follow (true); false when
 /// there is none. Codes are tried in ascending order, template line 0 being the most significant; a segment
 /// serves one line at most, in either direction. allowReversed false: only stored directions (even codes).
-/// - check(lines, assignment, level, checkData): entries 0 .. level are set; judge the one at `level` against
-/// the
-///   earlier ones. Null accepts everything.
-/// - best(lines, candidate, currentBest, nTemplateLines, bestData): true when the candidate is to replace the
-/// current
-///   best, whose entries are negative while there is none. Null acts as defaultBestFunction.
+/// - check(lines, assignment, level, checkData): entries 0 .. level are set; judge the one at `level`
+///   against the earlier ones. Null accepts everything.
+/// - best(lines, candidate, currentBest, nTemplateLines, bestData): true when the candidate is to replace
+///   the current best, which has negative entries while there is none. Null acts as defaultBestFunction.
 /// - result null: a new search; the array (new int[nTemplateLines]) is the caller's, also when nothing is
-/// found: it
-///   then holds -1 (allowReversed) or -2. result from an earlier call: goes on behind that assignment; when
-///   nothing follows the array stays as given.
+///   found: it then holds -1 (allowReversed) or -2. result from an earlier call: goes on behind that
+///   assignment; when nothing follows the array stays as given.
 /// The segments are read by the callbacks alone. An unconstrained template of T lines over N segments has
 /// N! / (N - T)! * 2^T assignments.
 /// More template lines than segments: false at once. nTemplateLines < 1 or > 65,536: false, null stays null.
