@@ -1,5 +1,5 @@
 #pragma once
-// Angles of and between directed segments, shared by constraints and measurements.
+// Angles of and between directed segments, shared by the default check, constraints and measurements.
 
 #include <kvmath/core/vector2d.h>
 
