@@ -64,18 +64,22 @@ TSTemplate& TSTemplate::operator=(const TSTemplate& other) {
 
 TSTemplate::~TSTemplate() { removeAllConstraints(); }
 
-bool TSTemplate::accepts(TSConstraint& constraint) const {
-    return constraint.getMinimumLineIndex() >= 0 &&
-           constraint.getMaximumLineIndex() < getTemplateLinesNumber();
+/// List that a constraint belongs in, or -1. A host's constraint may answer at random: each answer is asked
+/// for once and judged on its own.
+int TSTemplate::listFor(TSConstraint& constraint) const {
+    const int highest = constraint.getMaximumLineIndex();
+    const bool fits = highest >= 0 && highest < getTemplateLinesNumber();
+    return fits && constraint.getMinimumLineIndex() >= 0 ? highest : -1;
 }
 
 bool TSTemplate::addConstraint(TSConstraint* constraint) {
-    if (constraint == nullptr || !accepts(*constraint))
+    const int line = constraint != nullptr ? listFor(*constraint) : -1;
+    if (line < 0)
         return false;
     const auto holds = [constraint](const QList<TSConstraint*>& list) { return list.contains(constraint); };
     if (std::any_of(lists_.begin(), lists_.end(), holds))
         return false;
-    lists_[static_cast<size_t>(constraint->getMaximumLineIndex())].append(constraint);
+    lists_[static_cast<size_t>(line)].append(constraint);
     return true;
 }
 
@@ -179,10 +183,12 @@ bool TSTemplate::load(const QVariant& doc) {
 /// searched.
 template <class Source>
 bool TSTemplate::adopt(ConstraintPtr constraint, Source& source) {
-    if (constraint == nullptr || !constraint->load(source) || !accepts(*constraint))
+    if (constraint == nullptr || !constraint->load(source))
         return false;
-    const auto line = static_cast<size_t>(constraint->getMaximumLineIndex());
-    lists_[line].append(constraint.release());
+    const int line = listFor(*constraint);
+    if (line < 0)
+        return false;
+    lists_[static_cast<size_t>(line)].append(constraint.release());
     return true;
 }
 

@@ -55,7 +55,7 @@ public:
     bool load(QDataStream& stream);
 
 private:
-    bool accepts(TSConstraint& constraint) const;
+    int listFor(TSConstraint& constraint) const;
     template <class Source>
     bool adopt(std::unique_ptr<TSConstraint> constraint, Source& source);
     bool loadConstraint(const QVariant& entry);

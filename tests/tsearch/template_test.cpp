@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 
 #include <memory>
+#include <utility>
 
 using namespace KvMath;
 using namespace TestSupport;
@@ -25,7 +26,8 @@ public:
     ~Probe() override { --alive; }
     TSConstraint* clone() override { return new Probe(*this); }
     bool check(LinePP* /*lines*/, int* /*assignment*/) override { return ++calls, verdict_; }
-    int getMaximumLineIndex() override { return line_; }
+    int getMaximumLineIndex() override { return std::exchange(line_, line_ + drift_); }
+    int getMinimumLineIndex() override { return 0; }
     QString getType() override { return "Probe"; }
     bool save(QMap<QString, QVariant>& /*map*/) override { return verdict_; }
     bool save(QDataStream& /*stream*/) override { return verdict_; }
@@ -35,6 +37,7 @@ public:
     static int alive;
     static int calls;
     int line_;
+    int drift_ = 0;  // added at every answer
 
 private:
     bool verdict_;
@@ -79,6 +82,11 @@ TEST(Template, RefusesWhatDoesNotFitAndLeavesItWithTheCaller) {
     EXPECT_FALSE(templ.addConstraint(&beyond));
     EXPECT_FALSE(templ.addConstraint(&negative));
     EXPECT_FALSE(templ.removeConstraint(&beyond));
+    Probe below(-1, true);  // contradicts its lowest line, which is 0
+    EXPECT_FALSE(templ.addConstraint(&below));
+    auto* drifting = new Probe(1, true);
+    drifting->drift_ = 1 << 20;
+    EXPECT_TRUE(templ.addConstraint(drifting) && templ.removeConstraint(drifting));
     EXPECT_TRUE(templ.removeConstraint(held));
     EXPECT_TRUE(templ.getAllConstraints().isEmpty());
 }
