@@ -72,6 +72,11 @@ public:
     TSUniformResults getUniformResult() override;
     QList<QPair<QString*, bool*>> getUniformResultsInfoAll() override;  ///< points, lines, angles
 
+    /// Copied, never moved: a move would take the infos away from under those pointers.
+    TSUniformMeasurement(const TSUniformMeasurement&) = default;
+    TSUniformMeasurement& operator=(const TSUniformMeasurement&) = default;
+    ~TSUniformMeasurement() override = default;
+
 protected:
     virtual bool saveConcreteUniform(QMap<QString, QVariant>& map) = 0;
     virtual bool saveConcreteUniform(QDataStream& stream) = 0;

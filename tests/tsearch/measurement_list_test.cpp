@@ -107,6 +107,8 @@ TEST(UniformInfos, MayBeMissingButNotWrong) {
     EXPECT_FALSE(*infos[0].second);
     EXPECT_EQ(*infos[1].first, "new");
     EXPECT_EQ(*infos[2].first, "c");
+    m = TSUMFarLineInDirection({1, 0}, "d", "e", "f");
+    EXPECT_EQ(*infos[2].first, "f");  // and an assignment
     const QVariantMap before = mapOf(m);
     const QVariantMap entry{{"name", "x"}};
     for (const QVariant& bad : {QVariant(3), QVariant(QVariantList()), QVariant(QVariantList{entry, 7}),
