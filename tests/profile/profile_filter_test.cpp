@@ -144,6 +144,9 @@ TEST(ProfileFilter, LevelsKeepOnlyWhatIsProven) {
     KvProfile above = p;
     above.removeLowLevel(KvLine(1, 1));
     EXPECT_THAT(above, HasPointsOf(profileOf({{3, 5}})));
+    KvProfile onLine = profileOf({{1, 1}});
+    onLine.removeHighLevel(KvLine(1, 1e-9F));  // 1 + 1e-9 is 1 in single precision
+    EXPECT_TRUE(onLine.points.isEmpty());
     above.removeLowLevel(KvLine());
     EXPECT_TRUE(above.points.isEmpty());
 }
