@@ -3,7 +3,12 @@
 // The peers work in full double precision, column by column (Eigen) or row by row (GSL); svdcmp keeps its
 // prescribed rotations. Inputs are restored within the measured loop on all sides.
 
-#include <kvmath/numerics.h>
+#include <kvmath/numerics/circle_fitting.h>
+#include <kvmath/numerics/curves.h>
+#include <kvmath/numerics/fitting.h>
+#include <kvmath/numerics/optimisers.h>
+#include <kvmath/numerics/savitzky_golay.h>
+#include <kvmath/numerics/svd.h>
 #include <tests/support/random_data.h>
 
 #include <benchmark/benchmark.h>
