@@ -162,8 +162,9 @@ public:
     /// Copies the points inside the box (ends included) to `dest`, which is cleared first and keeps a NaN
     /// range. Only the points between two entries of zIndex are looked at, so the cloud must be sorted by z,
     /// in either sense (z of the last set point below that of the first: descending); the index is built when
-    /// zIndexBuilt is false. Call buildZIndex again after removals or a shift in z: a stale
-    /// index can miss points, never read outside. `flag` has no effect.
+    /// zIndexBuilt is false. Call buildZIndex again after removals or a shift in z: points
+    /// can be missed with a stale index and behind an unset z, which interrupts the order; nothing outside is
+    /// ever read. `flag` has no effect.
     void extract(KvPointCloud& dest, float xmin, float xmax, float ymin, float ymax, float zmin, float zmax,
                  bool flag);
 
