@@ -11,14 +11,11 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numeric>
-#include <utility>
 #include <vector>
 
 namespace KvMath {
 
 using Internal::pythag;
-using Internal::UnitOffsetMatrix;
 
 namespace {
 
@@ -46,6 +43,63 @@ void rotateColumns(double** matrix, int rows, int first, int last, const Rotatio
             carried = next;
         }
         row[last + 1] = carried;
+    }
+}
+
+// The passes of a column reflection over rows i..m, `rest` columns on its right. A known number of columns
+// keeps their sums in registers: tall matrices of three columns spend most of their time here.
+
+template <int Rest>
+void projectRows(double** a, int i, int m, double* sums) {
+    double local[Rest] = {};
+    for (int k = i; k <= m; ++k) {
+        const double* row = a[k] + i;
+        for (int j = 0; j < Rest; ++j)
+            local[j] += row[0] * row[1 + j];
+    }
+    std::copy_n(local, Rest, sums);
+}
+
+void projectRows(double** a, int i, int m, int rest, double* sums) {
+    if (rest == 1)
+        return projectRows<1>(a, i, m, sums);
+    if (rest == 2)
+        return projectRows<2>(a, i, m, sums);
+    std::fill_n(sums, rest, 0.0);
+    for (int k = i; k <= m; ++k) {
+        const double* row = a[k] + i;
+        const double element = row[0];
+        for (int j = 0; j < rest; ++j)
+            sums[j] += element * row[1 + j];
+    }
+}
+
+template <int Rest>
+void reflectRows(double** a, int i, int m, const double* factors, double scale) {
+    double local[Rest + 1] = {};
+    std::copy_n(factors, Rest, local);
+    for (int k = i; k <= m; ++k) {
+        double* row = a[k] + i;
+        const double element = row[0];
+        for (int j = 0; j < Rest; ++j)
+            row[1 + j] += local[j] * element;
+        row[0] = element * scale;
+    }
+}
+
+void reflectRows(double** a, int i, int m, int rest, const double* factors, double scale) {
+    if (rest == 0)
+        return reflectRows<0>(a, i, m, factors, scale);
+    if (rest == 1)
+        return reflectRows<1>(a, i, m, factors, scale);
+    if (rest == 2)
+        return reflectRows<2>(a, i, m, factors, scale);
+    for (int k = i; k <= m; ++k) {
+        double* row = a[k] + i;
+        const double element = row[0];
+        for (int j = 0; j < rest; ++j)
+            row[1 + j] += factors[j] * element;
+        row[0] = element * scale;
     }
 }
 
@@ -125,22 +179,12 @@ double Decomposition::reflectColumn(int i) {
     const double g = f >= 0.0 ? -std::sqrt(s) : std::sqrt(s);
     const double h = f * g - s;
     a[i][i] = f - g;
-    std::fill(sums + i + 1, sums + n + 1, 0.0);
-    for (int k = i; k <= m; ++k) {
-        const double* row = a[k];
-        const double element = row[i];
-        for (int j = i + 1; j <= n; ++j)
-            sums[j] += element * row[j];
-    }
-    for (int j = i + 1; j <= n; ++j)
-        sums[j] /= h;
-    for (int k = i; k <= m; ++k) {
-        double* row = a[k];
-        const double element = row[i];
-        for (int j = i + 1; j <= n; ++j)
-            row[j] += sums[j] * element;
-        row[i] = element * scale;
-    }
+    double* factors = sums + i + 1;
+    const int rest = n - i;
+    projectRows(a, i, m, rest, factors);
+    for (int j = 0; j < rest; ++j)
+        factors[j] /= h;
+    reflectRows(a, i, m, rest, factors, scale);
     return scale * g;
 }
 
@@ -165,7 +209,17 @@ double Decomposition::reflectRow(int i) {
     pivotRow[l] = f - g;
     for (int k = l; k <= n; ++k)
         sums[k] = pivotRow[k] / h;
-    for (int j = l; j <= m; ++j) {
+    if (n - i == 2) {  // as below, in registers
+        const double pivot[2] = {pivotRow[l], pivotRow[n]};
+        const double factor[2] = {sums[l], sums[n]};
+        for (int j = l; j <= m; ++j) {
+            double* row = a[j] + l;
+            const double dot = 0.0 + row[0] * pivot[0] + row[1] * pivot[1];
+            row[0] += dot * factor[0];
+            row[1] += dot * factor[1];
+        }
+    }
+    for (int j = l; n - i != 2 && j <= m; ++j) {
         double* row = a[j];
         double dot = 0.0;
         for (int k = l; k <= n; ++k)
@@ -325,16 +379,6 @@ void Decomposition::sweep(int l, int k) {
         rotateColumns(a, m, l, k - 1, rotationsA);
 }
 
-/// Columns of V by falling singular value.
-std::vector<int> columnsBySpread(const std::vector<double>& w, int dim) {
-    std::vector<int> columns(static_cast<std::size_t>(dim));
-    std::iota(columns.begin(), columns.end(), 1);
-    const auto spread = [&w](int column) { return w[static_cast<std::size_t>(column)]; };
-    std::stable_sort(columns.begin(), columns.end(),
-                     [&spread](int p, int q) { return spread(p) > spread(q); });
-    return columns;
-}
-
 }  // namespace
 
 bool svdcmp(double** a, int m, int n, double* const w, double** v) {
@@ -347,80 +391,6 @@ bool Internal::rightSingularVectors(double** a, int m, int n, double* w, double*
     if (n < 1)
         return true;
     return Decomposition(a, m, n, w, v, false).run();
-}
-
-bool svdLeastSquares(const double* A, const double* b, int m, int n, double tol, double* x) {
-    if (n < 1)
-        return true;
-    if (m < 1) {
-        std::fill_n(x, n, 0.0);
-        return true;
-    }
-    UnitOffsetMatrix u(m, n);
-    UnitOffsetMatrix v(n, n);
-    std::vector<double> vectors(3 * (static_cast<std::size_t>(n) + 1));
-    double* w = vectors.data();
-    double* work = w + n + 1;
-    double* solution = work + n + 1;
-    u.fillFrom(A);
-    if (!svdcmp(u.rows(), m, n, w, v.rows()))
-        return false;
-    double largest = 0.0;
-    for (int j = 1; j <= n; ++j)
-        largest = w[j] > largest ? w[j] : largest;
-    const double threshold = largest * tol;
-    for (int j = 1; j <= n; ++j)
-        if (w[j] < threshold)
-            w[j] = 0.0;
-    Internal::svdBackSubstitute(u.rows(), w, v.rows(), m, n, b, solution, work);
-    std::copy_n(solution + 1, n, x);
-    return true;
-}
-
-bool pca(const double* data, int count, int dim, double* mean, double* basis) {
-    if (dim < 1)
-        return false;
-    const auto width = static_cast<std::size_t>(dim);
-    std::fill_n(mean, width, 0.0);
-    std::fill_n(basis, width * width, 0.0);
-    if (count < 1)
-        return false;
-    for (int i = 0; i < count; ++i)
-        for (std::size_t j = 0; j < width; ++j)
-            mean[j] += data[static_cast<std::size_t>(i) * width + j];
-    for (std::size_t j = 0; j < width; ++j)
-        mean[j] /= count;
-    UnitOffsetMatrix centred(count, dim);
-    for (int i = 0; i < count; ++i)
-        for (std::size_t j = 0; j < width; ++j)
-            centred[i + 1][j + 1] = data[static_cast<std::size_t>(i) * width + j] - mean[j];
-    UnitOffsetMatrix v(dim, dim);
-    std::vector<double> w(width + 1);
-    if (!Internal::rightSingularVectors(centred.rows(), count, dim, w.data(), v.rows()))
-        return false;
-    const std::vector<int> columns = columnsBySpread(w, dim);
-    for (int r = 0; r < dim; ++r)
-        for (std::size_t k = 0; k < width; ++k)
-            basis[static_cast<std::size_t>(r) * width + k] = v[r + 1][columns[k]];
-    return true;
-}
-
-void pcaTransform(double* data, int count, int dim, const double* mean, const double* basis) {
-    if (count < 1 || dim < 1)
-        return;
-    const auto width = static_cast<std::size_t>(dim);
-    std::vector<double> centred(width);
-    for (int i = 0; i < count; ++i) {
-        double* point = data + static_cast<std::size_t>(i) * width;
-        for (std::size_t j = 0; j < width; ++j)
-            centred[j] = point[j] - mean[j];
-        for (std::size_t k = 0; k < width; ++k) {
-            double sum = 0.0;
-            for (std::size_t j = 0; j < width; ++j)
-                sum += basis[j * width + k] * centred[j];
-            point[k] = sum;
-        }
-    }
 }
 
 }  // namespace KvMath
