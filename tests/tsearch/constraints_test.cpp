@@ -148,6 +148,14 @@ TEST(EveryConstraint, PassesANaNValueAndRejectsAnUnassignedLine) {
     EXPECT_FALSE(passes(TSCEndPointDistance(1, INT_MIN, kUnset, kUnset), point, {0, 2}));
 }
 
+TEST(EndPointShiftInDirection, TurnsByTheAngleThatWasLoaded) {
+    TSCEndPointShiftInDirection source(0, 1, 3, 5, kPi / 2, true), fromMap, fromRecord;
+    QVariantMap map = mapOf(source);
+    EXPECT_TRUE(fromMap.load(map) && loadRecord(fromRecord, recordOf(source)));
+    for (auto* loaded : {&fromMap, &fromRecord})
+        EXPECT_TRUE(passes(std::move(*loaded), {segment(0, 0, 9, 0), segment(9, 4, 20, 4)}, {0, 2}));
+}
+
 /// setBounds with each pair of values: the accepted ones only, and the object shows exactly those.
 template <class C, class Set>
 void checkSetBounds(Set set, double min, double max) {

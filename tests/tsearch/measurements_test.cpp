@@ -168,6 +168,8 @@ TEST(MeasureFarLineInDirection, TakesTheFirstOfTheFarthestEnds) {
     EXPECT_EQ(results.points.size(), 2);
     EXPECT_EQ(results.points.value(1).name, "far");
     EXPECT_EQ(results.lines.value(0).value, 4.0);
+    EXPECT_TRUE(measure(m, {segment(0, 1, 0, 5), segment(3, 9, 4, 9)}, {}));
+    expectPoint(m.getNearPoint(), 3, 9);
     m.setDirection({-1, 0});
     EXPECT_TRUE(measure(m, kCorner, {-1}));
     expectPoint(m.getNearPoint(), 1, 2);
