@@ -73,18 +73,20 @@ TEST(PointDistance, IsSinglePrecisionAndUnsetWinsOverInfinity) {
 // Range, zIndexBuilt: what each operation makes of a range known before it and of a raised flag.
 TEST(PointCloud, OperationsTouchRangeAndFlagOnlyAsListed) {
     enum Range { Kept, Extended, Copied, Reset, Box };
-    const XYZ other = alongZ({7.0F});
+    XYZ other = alongZ({7.0F});
+    other.buildZIndex();
+    const KvPointXYZ far(9.0F, 9.0F, kNaN);
     QList<int> first{0};
     const std::tuple<const char*, Range, bool, std::function<void(XYZ&)>> cases[] = {
-        {"append", Kept, true, [](XYZ& c) { c.append(KvPointXYZ(9.0F, 9.0F, 9.0F), false); }},
-        {"append and extend", Extended, true, [](XYZ& c) { c.append(KvPointXYZ(9.0F, 9.0F, 9.0F), true); }},
-        {"+= point", Kept, true, [](XYZ& c) { c += KvPointXYZ(9.0F, 9.0F, 9.0F); }},
+        {"append", Kept, true, [&](XYZ& c) { c.append(far, false); }},
+        {"append and extend", Extended, true, [&](XYZ& c) { c.append(far, true); }},
+        {"+= point", Kept, true, [&](XYZ& c) { c += far; }},
         {"+= cloud", Kept, false, [&](XYZ& c) { c += other; }},
         {"+= itself", Kept, false, [](XYZ& c) { c += c; }},
         {"assignment", Copied, false, [&](XYZ& c) { c = other; }},
         {"copy", Copied, false, [&](XYZ& c) { c.copyFromPointCloud(other); }},
         {"clear", Reset, true, [](XYZ& c) { c.clear(); }},
-        {"updateRange", Extended, true, [](XYZ& c) { c.updateRange(KvPointXYZ(9.0F, kNaN, 9.0F)); }},
+        {"updateRange", Extended, true, [&](XYZ& c) { c.updateRange(far); }},
         {"shift", Kept, true, [](XYZ& c) { c.shift(1.0F, 2.0F, 3.0F); }},
         {"removeIndeces", Kept, true, [&](XYZ& c) { c.removeIndeces(first); }},
         {"removePointsByYLevel", Kept, true, [](XYZ& c) { c.removePointsByYLevel(0.0F, true); }},
@@ -163,13 +165,12 @@ TEST(PointCloud, QueriesIncludeBoundsAndLeaveUnsetPointsOutside) {
     EXPECT_THAT(xOf(cloud.points), testing::ElementsAre(1, 3, 4));
 }
 
-TEST(PointCloud, ShiftAndResizeSkipOnlyTheNeutralValue) {
+TEST(PointCloud, ShiftAndResizeSkipOnlyTheNeutralValueAndTheThirdAxisOfAPlane) {
     XY cloud;
     cloud += KvPointXY(-0.0F, 2.0F);
     cloud.resize(1.0F, 3.0F, 7.0F);
     cloud.shift(0.0F, 1.0F, kNaN);
-    EXPECT_TRUE(std::signbit(cloud.points.first().x)) << "not even added";
-    EXPECT_EQ(cloud.points.first().y, 7.0F);
+    EXPECT_TRUE(std::signbit(cloud.points.first().x) && cloud.points.first().y == 7.0F) << "not even added";
     cloud.shift(kNaN, 0.0F, 0.0F);
     EXPECT_TRUE(std::isnan(cloud.points.first().x));
 }
@@ -276,6 +277,27 @@ TEST(Rotation, TurnsTheFirstNamedAxisTowardsTheSecond) {
         EXPECT_LT(cloud.points.first().calcDistance(axes[to]), 1e-6F);
         (cloud.*turn)(-450.0F);
         EXPECT_LT(cloud.points.first().calcDistance(axes[from]), 1e-6F);
+    }
+}
+
+TEST(Rotation, GoesThroughFloatPolarFormInTheOrderOfItsPlanes) {
+    XYZ cloud;
+    cloud += KvPointXYZ(1.0F, 0.0F, 0.0F);
+    cloud.rotate(90.0F, 90.0F, 90.0F);  // to y, which x and z leave alone, to z
+    EXPECT_LT(cloud.points.first().calcDistance(KvPointXYZ(0.0F, 0.0F, 1.0F)), 1e-6F);
+    Draws draw(23);
+    const double degree = 3.1415927410125732 / 180.0;
+    for (int round = 0; round < 500; ++round) {
+        const float x = draw.coordinate(3.0F, 0.1F, 0.0), y = draw.coordinate(3.0F, 0.1F, 0.0);
+        double angle = x == 0.0F ? (y > 0.0F ? 90.0 : (y < 0.0F ? 270.0 : 0.0))
+                                 : std::atan(static_cast<double>(y) / static_cast<double>(x)) / degree;
+        angle += x < 0.0F ? 180.0 : (x > 0.0F && y < 0.0F ? 360.0 : 0.0);
+        const auto radius = static_cast<double>(std::hypot(x, y));
+        cloud.points = {KvPointXYZ(x, y, 7.0F)};
+        cloud.rotateXY(33.0F);
+        EXPECT_NEAR(cloud.points.first().x, radius * std::cos((angle + 33.0) * degree), 4e-6);
+        EXPECT_NEAR(cloud.points.first().y, radius * std::sin((angle + 33.0) * degree), 4e-6);
+        EXPECT_EQ(cloud.points.first().z, 7.0F);
     }
 }
 
