@@ -30,6 +30,7 @@ TEST(CircleFit, RecoversTheCircleAndTheNoiseOfItsPoints) {
         KvCircle circle;
         float error = -1;
         ASSERT_TRUE(circle.calcFromPointCloud(arc(x, y, r, from, to, sigma), &error));
+        EXPECT_TRUE(KvCircle(circle).calcFromPointCloud(arc(x, y, r, from, to, sigma), nullptr));
         EXPECT_NEAR(circle.x, x, tolerance);
         EXPECT_NEAR(circle.y, y, tolerance);
         EXPECT_NEAR(circle.radius, r, tolerance);

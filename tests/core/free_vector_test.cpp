@@ -21,7 +21,7 @@ TEST(FreeVector, ZeroLengthIsRefusedAndLeavesTheVector) {
 
 TEST(FreeVector, AngleStaysWithinItsRange) {
     EXPECT_TRUE(std::isnan(KvFreeVector::calcAngleBetweenVectors({1, 0}, {0, 0})));
-    EXPECT_NEAR(KvFreeVector(1, 0).calcAngleBetweenVectors({0, -2}), 90.0, 1e-5);
+    EXPECT_NEAR(KvFreeVector(1, 0).calcAngleBetweenVectors({0, -2}), 90 * M_PI / 3.1415927410125732, 1e-12);
     TestSupport::Draws draws(3);
     for (int i = 0; i < 2000; ++i) {  // rounding carries many of these cosines past 1
         const KvFreeVector a(static_cast<float>(draws.normal(10)), static_cast<float>(draws.normal(1)));
