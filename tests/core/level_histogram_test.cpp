@@ -71,10 +71,10 @@ TEST(LevelHistogram, RefusesWhatHasNoLevelsOrTooMany) {
 TEST(LevelHistogram, WritesKeysThatReadBack) {
     const TestSupport::ScratchDirectory scratch;
     KvLevelHistogram<KvPointXYZ> histogram;
-    histogram.bins = {{-2.5F, 1}, {1e-7F, 2}, {1.0000001F, -3}, {16777216, 4}};
+    histogram.bins = {{-2.5F, 1}, {1e-7F, 2}, {1000.00006F, -3}, {16777216, 4}};
     EXPECT_TRUE(histogram.writeToCSV("bins.csv"));
     histogram.bins.remove(16777216);  // the longer file is cut
     EXPECT_TRUE(histogram.writeToCSV("bins.csv"));
-    EXPECT_EQ(scratch.read("bins.csv"), "-2.5;1\r\n1e-07;2\r\n1.00000012;-3\r\n");
+    EXPECT_EQ(scratch.read("bins.csv"), "-2.5;1\r\n1e-07;2\r\n1000.00006;-3\r\n");
     EXPECT_FALSE(histogram.writeToCSV("missing/bins.csv"));
 }
