@@ -142,12 +142,9 @@ QString Matcher::picturePath(const QString& stem) {
                           stem == QFileInfo(arguments_.operands().first()).completeBaseName();
     if (isSingle)
         return path;
-    const QString suffix = QFileInfo(path).suffix();
-    const QString base = suffix.isEmpty() ? path : path.left(path.size() - suffix.size() - 1);
-    const QString end = suffix.isEmpty() ? QString() : '.' + suffix;
-    QString named = base + '-' + stem + end;
+    QString named = partPath(path, stem);
     for (int i = 2; pictures_.contains(named); ++i)
-        named = base + '-' + stem + '-' + QString::number(i) + end;
+        named = partPath(path, stem + '-' + QString::number(i));
     pictures_.insert(named);
     return named;
 }

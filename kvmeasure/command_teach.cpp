@@ -78,20 +78,6 @@ TeachTolerances readTolerances(const Arguments& arguments) {
     return tolerances;
 }
 
-LoadedProfile loadOne(const Arguments& arguments) {
-    ProfileSource source(arguments.operands().first(), arguments.text("--columns"));
-    const int wanted = arguments.integer("--record", 0, 0, 1'000'000'000);
-    LoadedProfile loaded;
-    for (int i = 0; i <= wanted; ++i) {
-        if (!source.next(loaded))
-            throw Failure{QString("%1: has %2 profile(s); there is no --record %3")
-                              .arg(arguments.operands().first())
-                              .arg(i)
-                              .arg(wanted)};
-    }
-    return loaded;
-}
-
 void showSegments(const Arguments& arguments, const LoadedProfile& loaded, const Segments& segments,
                   const TemplateFile& file) {
     if (arguments.has("--svg")) {
@@ -187,7 +173,8 @@ int runTeach(const QStringList& words) {
     }
     const Arguments arguments(makeUsage(), words);
     arguments.requireOperands(1);
-    const LoadedProfile loaded = loadOne(arguments);
+    const LoadedProfile loaded = loadProfile(arguments.operands().first(), arguments.text("--columns"),
+                                             arguments.integer("--record", 0, 0, lastRecord));
     TemplateFile file;
     file.search = estimateSearch(loaded.profile);
     file.search.allowReversed = arguments.has("--reversed");

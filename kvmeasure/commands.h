@@ -5,8 +5,10 @@
 
 namespace KvMeasure {
 
+int runFilter(const QStringList& words);
 int runFit(const QStringList& words);
 int runInfo(const QStringList& words);
+int runLines(const QStringList& words);
 int runMatch(const QStringList& words);
 int runSimulate(const QStringList& words);
 int runTeach(const QStringList& words);

@@ -24,6 +24,8 @@ struct Command {
 
 constexpr Command commands[] = {
     {"info", "what a file holds: records, counts, ranges", runInfo},
+    {"filter", "smooths, cleans and trims profiles", runFilter},
+    {"lines", "contours and straight segments of a profile", runLines},
     {"teach", "makes a template from a good part", runTeach},
     {"match", "finds a template in profiles and measures them", runMatch},
     {"fit", "fits a line, parabola, circle or plane, with residuals", runFit},

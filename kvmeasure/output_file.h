@@ -2,12 +2,33 @@
 // Output files that are either complete or not touched.
 
 #include <QtCore/QByteArray>
+#include <QtCore/QSaveFile>
 #include <QtCore/QString>
 
 namespace KvMeasure {
 
-/// Writes to a temporary name beside `path` and renames it when everything is on the disk, so that whatever
-/// stops the program leaves an older file whole. Throws Failure, also for a path that is no regular file.
+/// Collects a file under a temporary name beside `path` and renames it on commit, when everything is on the
+/// disk, so that whatever stops the program leaves an older file whole. Throws Failure, also for a path that
+/// is no regular file.
+class OutputFile {
+public:
+    explicit OutputFile(const QString& path);
+    void write(const QByteArray& content);
+    void commit();
+
+private:
+    [[noreturn]] void fail() const;
+
+    QString path_;
+    QSaveFile file_;
+};
+
 void writeOutputFile(const QString& path, const QByteArray& content);
+
+/// `path` with "-part" before its suffix, for one file of several.
+QString partPath(const QString& path, const QString& part);
+
+/// True when both name the same existing file, or the same place.
+bool isSameFile(const QString& path, const QString& other);
 
 }  // namespace KvMeasure

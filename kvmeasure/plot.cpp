@@ -25,6 +25,8 @@ constexpr double pi = 3.141592653589793;
 // Colours that stay apart for colour-blind eyes.
 const char* const lineColours[] = {"#0072B2", "#D55E00", "#009E73", "#CC79A7", "#E69F00", "#56B4E9"};
 const QString measureColour = "#5B21B6";
+const QString pointColour = "#8A94A0";
+const QString beforeColour = "#F0A35E";
 const QString badColour = "#C1121F";
 
 QString lineColour(int line) { return lineColours[line % 6]; }
@@ -43,7 +45,7 @@ private:
     Rect dataRange() const;
     void drawAxes();
     void drawTicks(bool alongX);
-    void drawPoints();
+    void drawPoints(const QList<KvPointXY>& points, const QString& colour);
     void drawSegments();
     void drawLines();
     void drawCurve();
@@ -73,7 +75,7 @@ Rect Painter::dataRange() const {
         range = {std::min(range.left, x), std::min(range.top, y), std::max(range.right, x),
                  std::max(range.bottom, y)};
     };
-    for (const KvPointXY& point : picture_.profile.points) {
+    for (const KvPointXY& point : picture_.profile.points + picture_.before) {
         if (std::isfinite(point.x) && std::isfinite(point.y))
             add(double(point.x), double(point.y));
     }
@@ -140,13 +142,13 @@ void Painter::drawAxes() {
 }
 
 /// At most one dot per square of pixels; the square grows until the dots are few enough for a viewer.
-void Painter::drawPoints() {
+void Painter::drawPoints(const QList<KvPointXY>& points, const QString& colour) {
     constexpr int mostDots = 20'000;
     QList<Vector> dots;
     for (double square = 1; square < 100; square *= 2) {
         dots.clear();
         QSet<qint64> taken;
-        for (const KvPointXY& point : picture_.profile.points) {
+        for (const KvPointXY& point : points) {
             const Vector at = view_.toPixel({double(point.x), double(point.y)});
             if (!view_.area.holds(at))
                 continue;
@@ -165,8 +167,9 @@ void Painter::drawPoints() {
     QString path;
     for (const Vector& dot : dots)
         path += QString("M%1 %2h0").arg(dot.x, 0, 'f', 1).arg(dot.y, 0, 'f', 1);
-    canvas_.raw(
-        QString("<path d=\"%1\" stroke=\"#8A94A0\" stroke-width=\"3\" stroke-linecap=\"round\"/>").arg(path));
+    canvas_.raw(QString("<path d=\"%1\" stroke=\"%2\" stroke-width=\"%3\" stroke-linecap=\"round\"/>")
+                    .arg(path, colour)
+                    .arg(picture_.before.isEmpty() || colour == beforeColour ? 3 : 2));
 }
 
 void Painter::drawSegments() {
@@ -315,6 +318,11 @@ void Painter::drawHeader() {
         canvas_.text({x + 29, 74}, text, "fill=\"#333\" font-size=\"12\"");
         x += 29 + textWidth(text, 12) + 22;
     };
+    if (!picture_.before.isEmpty()) {
+        entry("before", beforeColour, 4.5);
+        entry("after", lineColour(0), 4.5);
+        return;
+    }
     canvas_.raw(QString("<path d=\"M%1 70h0m8 0h0m8 0h0\" stroke=\"#8A94A0\" stroke-width=\"3.4\" "
                         "stroke-linecap=\"round\"/>")
                     .arg(x + 3));
@@ -372,7 +380,8 @@ QByteArray Painter::paint() {
                     .arg(view_.area.top)
                     .arg(view_.area.width())
                     .arg(view_.area.height()));
-    drawPoints();
+    drawPoints(picture_.before, beforeColour);
+    drawPoints(picture_.profile.points, picture_.before.isEmpty() ? pointColour : lineColour(0));
     drawSegments();
     drawLines();
     drawCurve();

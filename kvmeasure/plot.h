@@ -18,10 +18,11 @@ struct Picture {
     QString title;
     QString subtitle;
     KvMath::KvProfile profile;
-    Segments segments;            ///< all that were found
-    bool numberSegments = false;  ///< show their numbers, for choosing
-    QList<PlacedLine> lines;      ///< those that matched
-    QList<Vector> curve;          ///< a fitted curve, mm
+    QList<KvMath::KvPointXY> before;  ///< of a filter, drawn below the profile
+    Segments segments;                ///< all that were found
+    bool numberSegments = false;      ///< show their numbers, for choosing
+    QList<PlacedLine> lines;          ///< those that matched
+    QList<Vector> curve;              ///< a fitted curve, mm
     Evaluation evaluation;
 };
 

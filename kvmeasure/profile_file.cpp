@@ -24,7 +24,7 @@ constexpr float unset = std::numeric_limits<float>::quiet_NaN();
 /// Layout of one kind of record: marker, count, further head, points.
 struct Layout {
     const char* name;
-    unsigned char marker;
+    int marker;
     int countBytes;
     int headBytes;  // with marker and count
     int pointBytes;
@@ -76,6 +76,11 @@ QString formName(FileForm form) {
 QString recordName(unsigned char marker) {
     const Layout* layout = findLayout(marker);
     return layout == nullptr ? QString() : QString(layout->name);
+}
+
+int largestRecord(unsigned char marker) {
+    const Layout* layout = findLayout(marker);
+    return layout != nullptr && layout->countBytes == 2 ? 0xFFFF : std::numeric_limits<int>::max();
 }
 
 bool recordHasZ(unsigned char marker) { return marker == 0x03 || marker == 0x04; }
@@ -143,7 +148,7 @@ void PointFile::chooseSeparator(const QByteArray& line) {
 
 bool PointFile::nextHead(RecordHead& head) {
     const qint64 offset = file_.pos();
-    char bytes[27];
+    char bytes[27] = {};
     if (!file_.getChar(bytes))
         return false;
     const auto marker = static_cast<unsigned char>(bytes[0]);
@@ -160,6 +165,7 @@ bool PointFile::nextHead(RecordHead& head) {
                                  .arg(got + 1));
     head = RecordHead();
     head.marker = marker;
+    head.bytes = QByteArray(bytes, layout->headBytes);
     head.offset = offset;
     head.count = layout->countBytes == 2 ? qFromLittleEndian<quint16>(bytes + 1)
                                          : qFromLittleEndian<quint32>(bytes + 1);
@@ -310,6 +316,8 @@ void ProfileSource::readRecord(const RecordHead& head, LoadedProfile& loaded) {
                         .arg(recordName(head.marker))};
             add(loaded, point.x, point.y);
         }
+        if (recordHasZ(head.marker))
+            loaded.z = z;
     }
 }
 
@@ -332,6 +340,8 @@ bool ProfileSource::next(LoadedProfile& loaded) {
     RecordHead head;
     if (!file_.nextHead(head))
         return false;
+    loaded.head = head;
+    loaded.z = head.z;
     readRecord(head, loaded);
     if (index_ > 0 || file_.position() < file_.size()) {
         loaded.name += QString("#%1").arg(index_);
@@ -339,6 +349,17 @@ bool ProfileSource::next(LoadedProfile& loaded) {
     }
     ++index_;
     return true;
+}
+
+LoadedProfile loadProfile(const QString& path, const QString& columns, int record) {
+    ProfileSource source(path, columns);
+    LoadedProfile loaded;
+    for (int i = 0; i <= record; ++i) {
+        if (!source.next(loaded))
+            throw Failure{
+                QString("%1: has %2 profile(s); there is no --record %3").arg(path).arg(i).arg(record)};
+    }
+    return loaded;
 }
 
 }  // namespace KvMeasure

@@ -20,9 +20,11 @@ struct RecordHead {
     quint32 count = 0;          ///< points announced
     float z = 0;                ///< of a profile with z
     qint32 tagA = 0, tagB = 0;  ///< of a profile with tags
+    QByteArray bytes;           ///< the whole head as it stands in the file
 };
 
 QString recordName(unsigned char marker);  ///< e.g. "XY cloud"; empty for an unknown marker
+int largestRecord(unsigned char marker);   ///< points that its count can hold
 bool recordHasZ(unsigned char marker);     ///< its points have three coordinates
 
 /// Opens a regular file and looks at its first bytes. Throws Failure for what cannot be opened, is no regular
@@ -75,6 +77,8 @@ struct LoadedProfile {
     QString name;               ///< the path, with "#n" behind it for the n-th record (from 0) of several
     QString stem;               ///< short form for titles and file names
     int unset = 0;              ///< points that were left out
+    RecordHead head;            ///< of a record
+    float z = 0;                ///< of a record
 };
 
 /// The profiles of a file, one after another. Profiles have at most 1,000,000 points.
@@ -83,6 +87,7 @@ public:
     /// `columns` as "X,Y" counted from 1, or empty for the first two; only CSV has columns.
     ProfileSource(const QString& path, const QString& columns);
     bool next(LoadedProfile& loaded);  ///< false when there are no more; throws Failure
+    FileForm form() const { return file_.form(); }
     qint64 size() const { return file_.size(); }
     qint64 position() const { return file_.position(); }
 
@@ -94,5 +99,10 @@ private:
     int index_ = 0;
     bool isDone_ = false;
 };
+
+constexpr int lastRecord = 1'000'000'000;
+
+/// One profile of a file, counted from 0. Throws Failure, also when the file has fewer.
+LoadedProfile loadProfile(const QString& path, const QString& columns, int record);
 
 }  // namespace KvMeasure

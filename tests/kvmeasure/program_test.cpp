@@ -392,4 +392,64 @@ TEST_F(Kvmeasure, FitStatesParametersAndResiduals) {
     EXPECT_TRUE(read("o.svg").contains("<polyline"));
 }
 
+TEST_F(Kvmeasure, FilterErrorsNameTheStepAndLeaveTheOldFile) {
+    write("p.csv", "0,0\n1,0\n2,0\n3,0\n");
+    write("out.csv", "old");
+    const struct {
+        const char* steps;
+        const char* reason;
+    } cases[] = {
+        {"median 3; meen 5", "step 2 \"meen 5\": unknown filter \"meen\"; did you mean \"mean\"?"},
+        {"trim-y 3", "MAX mm is missing; expected \"trim-y MIN MAX mm\""},
+        {"trim-y 5 1", "the lower limit 5 is above the upper limit 1"},
+        {"median 2.5", "must be a whole number"},
+        {"mean 1e9", "must be from 2 to 1000, not 1e9"},
+        {"median 5 6", "unexpected \"6\""},
+        {"trim-x nan 3", "\"nan\" is no number for MIN"},
+        {"resample 1e-6", "makes more than 1000000 points"},
+        {"; ;", "names no step"},
+    };
+    for (const auto& c : cases)
+        expectRefused({"filter", "p.csv", "out.csv", "--steps", c.steps}, c.reason);
+    expectRefused({"filter", "p.csv", "out.csv", "--steps", "sort-x", "--svg", "p.csv"}, "name another one");
+    expectRefused({"filter", "p.csv", "--steps", "sort-x"}, "OUT is missing");
+    EXPECT_EQ(read("out.csv"), "old");
+}
+
+TEST_F(Kvmeasure, FilteredProfilesKeepFormDigitsTagsAndNumber) {
+    const QByteArray head("\x85\x02\x00"
+                          "abcdefghijklmnopqrstuvwx",
+                          27);
+    const QByteArray points = QByteArray::fromHex("0000803f"
+                                                  "cdcccc3d"
+                                                  "00000040"
+                                                  "0000a040");
+    write("two", (head + points) + (head + points));
+    ASSERT_EQ(run({"filter", "two", "copy", "--steps", "shift 0 0"}).code, 0);
+    EXPECT_EQ(read("copy"), read("two"));
+    const Outcome cut = run({"filter", "two", "two", "--steps", "trim-y - 2", "--json", "--svg", "p.svg"});
+    EXPECT_EQ(cut.json()["profiles"].toArray().size(), 2);
+    EXPECT_EQ(read("two").size(), 2 * (27 + 8));
+    EXPECT_THAT(read("p-two-1.svg").toStdString(), HasSubstr("before and after"));
+    expectRefused({"filter", "two", "c", "--steps", "sort-x", "--format", "csv"}, "choose one with --record");
+    ASSERT_EQ(run({"filter", "two", "c", "--steps", "sort-x", "--format", "csv", "--record", "1"}).code, 0);
+    EXPECT_EQ(read("c"), "x_mm,y_mm\n1,0.100000001\n");
+    ASSERT_EQ(run({"filter", "c", "c", "--steps", "sort-x", "--format", "kv-csv"}).code, 0);
+    EXPECT_EQ(read("c"), "1;0,100000001\n");
+}
+
+TEST_F(Kvmeasure, LinesAreTheSegmentsOfTeachWithTheirNoise) {
+    simulate("p.csv", {"--shape", "square-groove", "--noise", "0.02", "--seed", "3"});
+    const Outcome lines = run({"lines", "p.csv", "--json"});
+    const QJsonArray found = lines.json()["segments"].toArray();
+    const QJsonArray taught = run({"teach", "p.csv", "--json"}).json()["segments"].toArray();
+    ASSERT_EQ(found.size(), taught.size());
+    ASSERT_EQ(found.size(), 3);
+    for (int i = 0; i < found.size(); ++i) {
+        EXPECT_EQ(found[i].toObject()["p1"], taught[i].toObject()["p1"]);
+        EXPECT_EQ(found[i].toObject()["p2"], taught[i].toObject()["p2"]);
+        EXPECT_NEAR(found[i].toObject()["rms"].toDouble(), 0.02, 0.005);
+    }
+}
+
 }  // namespace
