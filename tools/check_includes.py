@@ -24,7 +24,7 @@ FOLDERS = {
     "kvmath/profile": (3, {}),
     "kvmath/tsearch": (4, {0: {"line_types", "find_params"},
                            1: {"line_geometry", "line_fit", "line_extraction", "contour_*", "double_pair", "search",
-                               "assignment", "bounds"}}),
+                               "assignment", "bounds", "directions"}}),
     "kvmath/wheel": (5, {}),
     "kvmath/calibration": (5, {}),
     "kvmath/contours": (5, {}),
