@@ -33,7 +33,9 @@ void rotatePlane(QList<KvPointXYZ>& points, float KvPointXYZ::*first, float KvPo
         const double u = static_cast<double>(point.*first);
         const double v = static_cast<double>(point.*second);
         const float radius = static_cast<float>(std::sqrt(u * u + v * v));
-        const float angle = Internal::polarAngleDegrees(point.*first, point.*second) + degrees;
+        const double turned =
+            Internal::polarAngle(point.*first, point.*second) + static_cast<double>(degrees);
+        const auto angle = static_cast<float>(turned);
         const double radians = static_cast<double>(angle) * Internal::kRadiansPerDegree;
         point.*first = static_cast<float>(static_cast<double>(radius) * std::cos(radians));
         point.*second = static_cast<float>(static_cast<double>(radius) * std::sin(radians));
