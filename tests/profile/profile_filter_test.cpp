@@ -16,7 +16,7 @@ using Points = QList<KvPointXY>;
 void medianLiteral(const KvProfile& source, KvProfile& dest, int window) {
     for (int i = 0; i < source.points.size() - window; ++i) {
         Points scratch = source.points.mid(i, window);
-        bubbleSort(scratch, xOf, true);
+        bubbleSort(scratch, 0, window, xOf, true);
         dest.points[i].y = scratch[window / 2].y;
     }
 }
@@ -34,7 +34,7 @@ Points noiseLiteral(const Points& points, int window, int maxJumps, float thresh
 }
 
 Points linePartsLiteral(Points points, int maxParts, float maxCorrelation, float maxGap, int minPoints) {
-    bubbleSort(points, xOf, true);
+    bubbleSort(points, 0, points.size(), xOf, true);
     QList<KvProfile> parts{KvProfile()};
     for (int i = 0; i + 1 < points.size(); ++i) {
         parts.last().points.append(points[i]);
@@ -90,7 +90,7 @@ TEST(ProfileFilter, MovingAverageLandsAtTwoFifthsAndSeesItsOwnResults) {
         five, HasPointsOf(profileOf(
                   {{0, 1}, {1, 2}, {2, first}, {3, (2 + first + 4 + 5 + 11) / 5}, {4, 5}, {5, 11}, {6, 0}})));
     KvProfile two = profileOf({{0, 1}, {1, 3}, {2, 9}});
-    two.wndFilter(2);
+    two.wndFilter(2);  // at a half it would land at 1
     EXPECT_THAT(two, HasPointsOf(profileOf({{0, 2}, {1, 3}, {2, 9}})));
     KvProfile large = profileOf({{0, 16777216}, {1, 1}, {2, 1}, {3, 0}});
     large.wndFilter(3);  // a sum in single precision, which takes in neither 1
@@ -138,10 +138,9 @@ TEST(ProfileFilter, LowPassEqualsTheSumOverItsTapsInPlaceToo) {
 
 TEST(ProfileFilter, LevelsKeepOnlyWhatIsProven) {
     const KvProfile p = profileOf({{0, 1}, {1, 2}, {2, 2}, {3, 5}, {kNaN, 0}, {4, kNaN}});
-    KvProfile below = p;
+    KvProfile below = p, above = p;
     below.removeHighLevel(KvLine(1, 1));  // (0, 1) and (1, 2) are on the line
     EXPECT_THAT(below, HasPointsOf(profileOf({{2, 2}})));
-    KvProfile above = p;
     above.removeLowLevel(KvLine(1, 1));
     EXPECT_THAT(above, HasPointsOf(profileOf({{3, 5}})));
     KvProfile onLine = profileOf({{1, 1}});
@@ -155,14 +154,12 @@ TEST(ProfileFilter, MedianBandIsOpenAndSorts) {
     KvProfile p = profileOf({{0, 4}, {1, 1}, {2, 2}, {3, 3}});
     p.removePointsByYMedian(1.5);  // median 2.5: 1 and 4 are on the limits
     EXPECT_THAT(p, HasPointsOf(profileOf({{2, 2}, {3, 3}})));
-    KvProfile none = p;
-    none.removePointsByYMedian(0);
-    EXPECT_TRUE(none.points.isEmpty());
     KvProfile all = profileOf({{0, 0}, {1, 1}, {2, 2}});
     all.removePointsByYMedian(1 + 1e-12);  // compared in double precision
     EXPECT_EQ(all.points.size(), 3);
-    p.removePointsByYMedian(std::numeric_limits<double>::quiet_NaN());
-    EXPECT_TRUE(p.points.isEmpty());
+    all.removePointsByYMedian(0);
+    p.removePointsByYMedian(std::nan(""));
+    EXPECT_TRUE(all.points.isEmpty() && p.points.isEmpty());
 }
 
 TEST(ProfileFilter, RemovalOfNoiseAndStraightPartsEqualsTheLiteralForms) {
@@ -189,9 +186,6 @@ TEST(ProfileFilter, RemovalOfNoiseAndStraightPartsEqualsTheLiteralForms) {
         EXPECT_THAT(curved, HasPointsOf(expected))
             << parts << " " << correlation << " " << gap << " " << least;
     }
-    KvProfile complete = levelProfile(6);
-    complete.removeNoise(3, 0, 1, 0);
-    EXPECT_EQ(complete.points.size(), 3) << "the last block goes even when complete";
 }
 
 TEST(ProfileFilter, MeaninglessSettingsDoNothing) {
@@ -232,15 +226,12 @@ TEST(ProfileFilter, SpikesGoAndEdgesStay) {
 }
 
 TEST(ProfileFilter, PolarSpikesAreSeenAcrossTheZeroAngle) {
-    KvProfile ring;  // radius 100, every 2 degrees from 350 to 10, a spike at 0 and 2
-    for (int degrees = -10; degrees <= 10; degrees += 2)
-        ring.points.append(
-            KvPointXY(degrees == 0 || degrees == 2 ? 110.0F : 100.0F, static_cast<float>(degrees)));
-    ring.points.append(KvPointXY(3, 12));
+    // Radius 100, every 2 degrees, a spike at 0 and 2.
+    KvProfile ring = profileOf({{100, -4}, {100, -2}, {110, 0}, {110, 2}, {100, 4}, {100, 6}, {3, 8}});
     ring.toEvklid();
     KvProfile dest;
     EXPECT_TRUE(ring.splashFilterPolar(dest, 5, 2.01F, 50));
-    ring.points.erase(ring.points.begin() + 5, ring.points.begin() + 7);
+    ring.points.erase(ring.points.begin() + 2, ring.points.begin() + 4);
     ring.points.removeLast();
     EXPECT_THAT(dest, HasPointsOf(ring));
 }
@@ -256,7 +247,7 @@ TEST(ProfileFilter, PolarMeanSmoothsRadiusWithinSteps) {
     for (int i = 10; i < 390; ++i) {
         const KvPointXY& p = smooth.points[i];
         const bool atStep = i > 190 && i < 210;  // shorter windows, but nothing flows across
-        EXPECT_NEAR(p.calcDistance(KvPointXY(0, 0)), i < 200 ? 100 : 110, atStep ? 0.5 : 0.1);
+        EXPECT_NEAR(std::hypot(p.x, p.y), i < 200 ? 100 : 110, atStep ? 0.5 : 0.1);
         EXPECT_NEAR(std::atan2(p.y, p.x), std::atan2(noisy.points[i].y, noisy.points[i].x), 1e-6);
     }
 }

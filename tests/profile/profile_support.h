@@ -2,6 +2,7 @@
 // Profiles for the tests: from lists, from seeded draws, and compared bit for bit.
 
 #include <kvmath/profile/profile.h>
+#include <tests/support/literal_clouds.h>
 #include <tests/support/random_data.h>
 
 #include <gmock/gmock.h>
@@ -11,6 +12,8 @@
 #include <utility>
 
 namespace TestSupport {
+
+using Literal::bubbleSort;
 
 inline KvMath::KvProfile profileOf(std::initializer_list<std::pair<float, float>> points) {
     KvMath::KvProfile profile;
@@ -31,22 +34,6 @@ inline KvMath::KvProfile randomProfile(Draws& draws, int size, double unset, dou
     return profile;
 }
 
-/// Exchange of out-of-order neighbours, from the end to the front, until a pass changes nothing.
-template <class Key>
-void bubbleSort(QList<KvMath::KvPointXY>& points, Key key, bool ascending) {
-    for (bool changed = true; changed;) {
-        changed = false;
-        for (int i = points.size() - 2; i >= 0; --i) {
-            const float a = key(points[i]);
-            const float b = key(points[i + 1]);
-            if (ascending ? a > b : a < b) {
-                std::swap(points[i], points[i + 1]);
-                changed = true;
-            }
-        }
-    }
-}
-
 inline float xOf(const KvMath::KvPointXY& p) { return p.x; }
 inline float yOf(const KvMath::KvPointXY& p) { return p.y; }
 
@@ -55,16 +42,13 @@ MATCHER_P(HasPointsOf, expected, "") {
     const auto same = [](float a, float b) {
         return std::memcmp(&a, &b, sizeof a) == 0 || (std::isnan(a) && std::isnan(b));
     };
-    for (int i = 0; i < std::min(arg.points.size(), expected.points.size()); ++i) {
-        const KvMath::KvPointXY& a = arg.points[i];
-        const KvMath::KvPointXY& b = expected.points[i];
-        if (!same(a.x, b.x) || !same(a.y, b.y)) {
-            *result_listener << "point " << i << " is (" << a.x << ", " << a.y << ")";
-            return false;
-        }
-    }
-    *result_listener << "sizes " << arg.points.size() << ", " << expected.points.size();
-    return arg.points.size() == expected.points.size();
+    const auto& a = arg.points;
+    const auto& b = expected.points;
+    int i = 0;
+    while (i < std::min(a.size(), b.size()) && same(a[i].x, b[i].x) && same(a[i].y, b[i].y))
+        ++i;
+    *result_listener << "sizes " << a.size() << ", " << b.size() << ", equal before point " << i;
+    return i == a.size() && i == b.size();
 }
 
 }  // namespace TestSupport

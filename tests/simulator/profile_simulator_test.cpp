@@ -11,7 +11,7 @@ namespace {
 
 using namespace Simulator;
 using KvMath::KvPointXY;
-using testing::HasSubstr;
+using namespace testing;
 
 SimulatedProfile simulated(const ProfileRecipe& recipe) {
     QString error;
@@ -59,13 +59,9 @@ TEST(SimulateProfile, TheHighestSurfaceIsSeen) {
     // The right land hides the right part of the floor: its edge stands on one column with the floor far
     // below.
     const double edge = trueValue(turned, "right edge x");
-    for (const KvPointXY& p : turned.profile.points) {
-        if (double(p.x) > edge) {
-            EXPECT_NEAR(double(p.y), double(p.x) * std::tan(30 * M_PI / 180), 1e-5);
-        }
-    }
+    for (const KvPointXY& p : turned.profile.points)
+        EXPECT_TRUE(double(p.x) <= edge || std::abs(double(p.y) - double(p.x) * std::tan(M_PI / 6)) < 1e-5);
     recipe.shape = "round";
-    recipe.rotation = 0;
     for (const KvPointXY& p : simulated(recipe).profile.points)
         ASSERT_NEAR(double(p.y), std::sqrt(400 - double(p.x) * double(p.x)), 1e-5);
 }
@@ -108,7 +104,7 @@ TEST(SimulateProfile, NoiseIsNormalWithTheStatedDeviationAndPinnedForASeed) {
     for (const KvPointXY& p : simulated(recipe).profile.points) {
         sum += double(p.y);
         squares += double(p.y) * double(p.y);
-        beyond += std::abs(p.y) > 0.04F ? 1 : 0;
+        beyond += std::abs(p.y) > 0.04F;
     }
     EXPECT_NEAR(sum / 20000, 0, 4 * 0.02 / std::sqrt(20000));
     EXPECT_NEAR(std::sqrt(squares / 20000), 0.02, 0.0004);
@@ -133,16 +129,14 @@ TEST(SimulateProfile, GapsAndSpikesLeaveTheNoiseOfTheOtherPointsAlone) {
     int missing = 0, spikes = 0;
     for (int i = 0; i < 640; ++i) {
         const float before = whole.profile.points[i].y, after = damaged.profile.points[i].y;
-        missing += std::isnan(after) ? 1 : 0;
-        if (after != before && !std::isnan(after)) {
-            ++spikes;
-            EXPECT_GE(std::abs(after - before), 2.5F - 1e-5F);
-            EXPECT_LE(std::abs(after - before), 5.0F + 1e-5F);
-        }
+        missing += std::isnan(after);
+        if (after == before || std::isnan(after))
+            continue;
+        ++spikes;
+        EXPECT_NEAR(std::abs(after - before), 3.75, 1.25 + 1e-5);
     }
-    EXPECT_GE(missing, 10);
-    EXPECT_LE(missing, 45);
-    EXPECT_THAT(spikes, testing::AllOf(testing::Ge(3), testing::Le(5)));
+    EXPECT_THAT(missing, AllOf(Ge(10), Le(45)));
+    EXPECT_THAT(spikes, AllOf(Ge(3), Le(5)));
     recipe.keepMissing = false;
     EXPECT_EQ(simulated(recipe).profile.points.size(), 640 - missing);
 }
