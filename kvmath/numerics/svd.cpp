@@ -1,4 +1,4 @@
-// Cost: about 4 m n^2 + 8 n^3 operations. One work block per call.
+// Cost: about 4 m n^2 + 8 n^3 operations. Two work blocks per call.
 //
 // The textbook form runs down columns of row-stored matrices. Here sums over a column are formed for all
 // columns of a row at a time, and the rotations of one QR sweep are collected and applied row by row: every
@@ -19,7 +19,7 @@ using Internal::pythag;
 
 namespace {
 
-constexpr int kMaxSweeps = 30;  // per singular value
+constexpr int kMostTests = 30;  // per singular value, with a sweep between two
 
 struct Rotation {
     double c, s;
@@ -296,7 +296,7 @@ bool Decomposition::converge(int k) {
             }
             return true;
         }
-        if (count == kMaxSweeps)
+        if (count == kMostTests)
             return false;
         sweep(l, k);
     }

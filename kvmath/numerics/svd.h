@@ -13,9 +13,9 @@ namespace KvMath {
 /// columns where m >= n and no value vanishes), w[1..n] the singular values, >= 0 in no particular order, v
 /// the matrix V, not transposed.
 ///
-/// False when one value has not converged after 30 sweeps; a, w and v then hold partial results. NaN or
-/// infinite elements end in true or false with unusable numbers, always within the arrays. n < 1: true,
-/// nothing touched. m < 1: true, w zero, V the unit matrix.
+/// False when one value has not converged at its 30th test, after 29 sweeps; a, w and v then hold partial
+/// results. NaN or infinite elements end in true or false with unusable numbers, always within the arrays. n
+/// < 1: true, nothing touched. m < 1: true, w zero, V the unit matrix.
 KVMATH_EXPORT bool svdcmp(double** a, int m, int n, double* const w, double** v);
 
 /// Least-squares solution x (n) of A x = b, A m x n row-major, b m values; of all solutions the one of least

@@ -9,18 +9,18 @@ namespace {
 
 using namespace KvMath;
 
-// The formulas written out for round numbers: h3 = 0, h4 = 1, R = 4 give rho = 4 and k = 1.
+// The formulas for round numbers: hypot(h3, h4) = 1 and R = 4 give rho = 4 and k = 0.4 / 0.8.
 TEST(CalibrationParameters, FollowTheFormulas) {
-    const double h[5] = {1.0, 2.0, 6.0, 0.0, 1.0};
+    const double h[5] = {1.0, 2.0, 6.0, 0.6, 0.8};
     double o1 = 7;
     double o2 = 7;
     double o3 = 7;
     double o4 = 7;
     ASSERT_TRUE(calcCalibrationParameters(h, 4.0, o1, o2, o3, o4));
-    EXPECT_DOUBLE_EQ(o2, 2.0);             // (6 - 2) 4 / (6 + 2)
-    EXPECT_DOUBLE_EQ(o1, 3.0 - 12.0 / 8);  // R - h0 - (4 + 8) / 8
-    EXPECT_DOUBLE_EQ(o3, 4.0 * std::sqrt(0.5));
-    EXPECT_DOUBLE_EQ(o4, 4.0 * std::sqrt(0.5));
+    EXPECT_DOUBLE_EQ(o2, 4.0);    // (6 - 1) 4 / (3 + 2)
+    EXPECT_NEAR(o1, 0.0, 1e-15);  // R - h0 - (16 + 8) / 8
+    EXPECT_DOUBLE_EQ(o3, 8.0 / std::sqrt(5.0));
+    EXPECT_DOUBLE_EQ(o4, 4.0 / std::sqrt(5.0));
     const double flat[5] = {1.0, 2.0, 6.0, 0.0, 0.0};
     o1 = 7;
     EXPECT_FALSE(calcCalibrationParameters(flat, 4.0, o1, o2, o3, o4));

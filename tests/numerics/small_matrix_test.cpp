@@ -83,6 +83,9 @@ TEST(SmallMatrix, InversesUndoTheMatrix) {
     double singular[] = {1, 2, 2, 4};
     inverseMatrix22(singular);
     EXPECT_FALSE(std::isfinite(singular[0]));
+    double zero[9] = {};
+    inverseMatrix33(zero);
+    EXPECT_TRUE(std::isnan(zero[0]));
     double m[] = {1, 2, 3, 5};
     inverseMatrix22(m);
     EXPECT_THAT(m, ElementsAre(-5, 2, 3, -1));
@@ -109,9 +112,9 @@ TEST(SmallMatrix, PlacesBlocks) {
     const double block[] = {1, 2, 3, 4};
     placeMatrixInMatrix(m, 3, 4, block, 2, 2, 1, 2);
     EXPECT_THAT(m, ElementsAre(0, 0, 0, 0, 0, 0, 1, 2, 0, 0, 3, 4));
-    setMatrixToZero(m, -2, -3);
-    placeMatrixInMatrix(m, 3, 4, block, -2, 2, 1, 2);
-    EXPECT_EQ(m[11], 4.0);
+    setMatrixToZero(m, -3, -4);
+    placeMatrixInMatrix(m, 3, 4, block, -2, 2, 0, 2);
+    EXPECT_THAT(m, ElementsAre(0, 0, 0, 0, 0, 0, 1, 2, 0, 0, 3, 4));
     double square[9];
     setMatrix33ToIdentity(square);
     place31into33(block, square, 1);

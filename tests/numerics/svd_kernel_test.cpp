@@ -10,7 +10,6 @@ namespace {
 using KvMath::Internal::pythag;
 
 TEST(Pythag, RoundsTheRatioToSinglePrecision) {
-    EXPECT_EQ(pythag(3.0, -4.0), 4.0 * std::sqrt(1.0 + double(0.75F * 0.75F)));
     EXPECT_NE(pythag(1.0, 0.1), std::hypot(1.0, 0.1));
     EXPECT_EQ(pythag(1.0, 1e-46), 1.0);  // the ratio underflows
     EXPECT_EQ(pythag(0.0, 0.0), 0.0);

@@ -101,12 +101,12 @@ TEST(CubicBezierSpline, SamplesJointsOnce) {
 }
 
 TEST(FilterProfile, WeighsTheNeighboursThatHaveNumbers) {
-    const double kernel[] = {1, 2, 1};
+    const double kernel[] = {1, 2, 3};
     KvProfile profile;
     for (const float y : {4.0F, 8.0F, TestSupport::kNaN, 0.0F})
         profile += KvPointXY(float(profile.points.size()), y);
     filterProfile(profile, kernel, 1);
-    const float expected[] = {16.0F / 3, 20.0F / 3, 4.0F, 0.0F};
+    const float expected[] = {32.0F / 5, 20.0F / 3, 2.0F, 0.0F};
     for (int i = 0; i < 4; ++i)
         EXPECT_EQ(profile.points[i].y, expected[i]);
     const double zero[] = {1, 0, -1};
