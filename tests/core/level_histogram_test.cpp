@@ -18,34 +18,28 @@ static KvPointCloud<KvPointXY> heights(std::initializer_list<float> values) {
     return cloud;
 }
 
-TEST(LevelHistogram, CountsUnderTheIndexBesideTheLevels) {
-    KvLevelHistogram<KvPointXY> histogram;
-    auto cloud = heights({0, 0.5F, 1.5F, 3});
-    EXPECT_EQ(histogram.calcFromPointCloud(cloud, 1), 4);
-    EXPECT_EQ(histogram.bins, (Bins{{0, 2}, {1, 1}, {2, 0}, {3, 1}}));
-    EXPECT_EQ(histogram.calcMassCenter(), 2.0F);
-    cloud = heights({10, 10.5F, 11, kNaN});
-    EXPECT_EQ(histogram.calcFromPointCloud(cloud, 0.5F), 6);
-    EXPECT_EQ(histogram.bins, (Bins{{0, 1}, {1, 1}, {2, 1}, {10, 0}, {10.5F, 0}, {11, 0}}));
-    histogram.clear();
-    EXPECT_TRUE(std::isnan(histogram.calcMassCenter()));
-}
-
-TEST(LevelHistogram, EqualsTheLiteralCountOnAnyStaleRange) {
+TEST(LevelHistogram, EqualsTheLiteralCountOnAnUnknownAndOnAnyStaleRange) {
     TestSupport::Draws draws(8);
     for (int round = 0; round < 200; ++round) {
         KvPointCloud<KvPointXYZRGB> cloud;
-        for (int i = draws.integer(1, 60); i > 0; --i)
+        cloud.points.append({0, 0.5F, 0, 0});
+        for (int i = draws.integer(0, 60); i > 0; --i)
             cloud.points.append({0, draws.coordinate(8, 0.25F, 0.1), 0, 0});
-        cloud.minY = draws.coordinate(6, 0.5F, 0);
-        cloud.maxY = cloud.minY + static_cast<float>(draws.integer(-3, 8));
+        cloud.calcRange();
+        float minY = cloud.minY, maxY = cloud.maxY;
+        if (draws.chance(0.3)) {
+            (draws.chance(0.5) ? cloud.minY : cloud.maxY) = kNaN;  // found anew
+        } else {
+            cloud.minY = minY = draws.coordinate(6, 0.5F, 0);
+            cloud.maxY = maxY = minY + static_cast<float>(draws.integer(-3, 8));
+        }
         const auto width = static_cast<float>(draws.real(0.1, 3.0));
         Bins expected;
-        for (int i = 0; i < static_cast<int>(std::ceil((cloud.maxY - cloud.minY) / width)) + 1; ++i)
-            expected[cloud.minY + static_cast<float>(i) * width] = 0;
+        for (int i = 0; i < static_cast<int>(std::ceil((maxY - minY) / width)) + 1; ++i)
+            expected[minY + static_cast<float>(i) * width] = 0;
         for (const KvPointXYZRGB& p : qAsConst(cloud.points))
             if (!std::isnan(p.y))
-                ++expected[static_cast<float>(static_cast<int>((p.y - cloud.minY) / width))];
+                ++expected[static_cast<float>(static_cast<int>((p.y - minY) / width))];
         KvLevelHistogram<KvPointXYZRGB> histogram;
         EXPECT_EQ(histogram.calcFromPointCloud(cloud, width), expected.size());
         EXPECT_EQ(histogram.bins, expected) << round;
@@ -62,10 +56,13 @@ TEST(LevelHistogram, RefusesWhatHasNoLevelsOrTooMany) {
             EXPECT_EQ(histogram.count(), 0);
         }
     }
+    EXPECT_TRUE(std::isnan(histogram.calcMassCenter()));
     auto cloud = heights({0, 1, 3e38F, -inf});
     cloud.minY = 0;
     cloud.maxY = 1;
     EXPECT_EQ(histogram.calcFromPointCloud(cloud, 1), 2);  // bands beyond int are skipped
+    histogram.bins = {{-4, 2}, {7.5F, 1}, {8, 0}, {9, 1}};
+    EXPECT_EQ(histogram.calcMassCenter(), 2.0F) << "a place among the bins, from one";
 }
 
 TEST(LevelHistogram, WritesKeysThatReadBack) {
