@@ -242,7 +242,7 @@ void checkLimits(const FilterStep& step, int number) {
                            ? 0
                            : step.numbers.size() / 2;
     for (int i = 0; i < limits; ++i) {
-        const bool isTrim = step.kind->parameters[size_t(i + limits)].form == Parameter::Limit;
+        const bool isTrim = step.kind->parameters[size_t(i) + size_t(limits)].form == Parameter::Limit;
         if (isTrim && step.numbers[i] > step.numbers[i + limits])
             failStep(number, step.text,
                      QString("the lower limit %1 is above the upper limit %2")

@@ -29,6 +29,11 @@ constexpr SearchKey searchKeys[] = {
     {"cornerTolerance", &KvMath::TSFindTemplateParams::cornerTolerance},
 };
 
+/// Results are joined by name, which takes the product of these two. Both hold what a thousand statements of
+/// "kvmeasure teach" make.
+constexpr int mostMeasurements = 2000;
+constexpr int mostMeans = 1000;
+
 /// Keys of constraints and measurements whose values are real numbers.
 const QStringList realKeys{"lowerBound", "upperBound", "directionAngle",
                            "position",   "directionX", "directionY"};
@@ -84,10 +89,38 @@ public:
 
     void readSearch(const QVariantMap& document, TemplateFile& file) const;
     void readOwn(const QVariantMap& document, TemplateFile& file) const;
+    void readTolerances(const QVariantMap& document, TemplateFile& file) const;
 
 private:
     QString path_;
 };
+
+/// The names of the values that these measurements and means deliver; a point delivers two.
+QStringList valueNames(const TemplateFile& file) {
+    const auto activeNames = [](const QVariant& infos) {
+        QStringList names;
+        for (const QVariant& info : infos.toList()) {
+            if (info.toMap()["isActive"].toBool())
+                names.append(info.toMap()["name"].toString());
+        }
+        return names;
+    };
+    QStringList names;
+    for (KvMath::TSMeasurement* measurement : file.measurements.getAllMeasurements()) {
+        QVariantMap stored;
+        measurement->save(stored);
+        for (const QString& point : activeNames(stored["pointsInfos"]))
+            names << point + ".x" << point + ".y";
+        names += activeNames(stored["linesInfos"]) + activeNames(stored["anglesInfos"]);
+    }
+    for (const Mean& mean : file.means)
+        names.append(mean.name);
+    for (const Mean& mean : file.means) {  // its parts are not shown
+        names.removeAll(mean.first);
+        names.removeAll(mean.second);
+    }
+    return names;
+}
 
 void DocumentReader::readSearch(const QVariantMap& document, TemplateFile& file) const {
     file.hasSearch = document.contains("search");
@@ -126,16 +159,27 @@ void DocumentReader::readOwn(const QVariantMap& document, TemplateFile& file) co
             file.lineNames[i] = names[i].toString();
     }
     if (document.contains("means")) {
-        for (const QVariant& entry : list(document["means"], "means")) {
+        const QVariantList means = list(document["means"], "means");
+        if (means.size() > mostMeans)
+            fail("means", QString("more than %1").arg(mostMeans));
+        for (const QVariant& entry : means) {
             const QVariantMap mean = map(entry, "means");
             file.means.append({mean["name"].toString(), mean["first"].toString(), mean["second"].toString()});
         }
     }
+}
+
+void DocumentReader::readTolerances(const QVariantMap& document, TemplateFile& file) const {
     if (!document.contains("tolerances"))
         return;
+    const QStringList known = valueNames(file);
     const QVariantMap tolerances = map(document["tolerances"], "tolerances");
     for (auto it = tolerances.begin(); it != tolerances.end(); ++it) {
         const QString where = QString("tolerances: \"%1\"").arg(it.key());
+        if (!known.contains(it.key()))
+            fail(where,
+                 QString("no measurement has a result of this name; known: %1%2")
+                     .arg(known.isEmpty() ? QString("none") : known.join(", "), suggestion(it.key(), known)));
         const QVariantMap entry = map(it.value(), where);
         const Tolerance tolerance{number(entry, "nominal", where), number(entry, "lower", where),
                                   number(entry, "upper", where)};
@@ -206,8 +250,11 @@ TemplateFile readTemplateFile(const QString& path) {
         reader.fail(QString("measurements[%1]").arg(file.measurements.getAllMeasurements().size()),
                     "has an unknown \"measurementType\" or lacks a key");
     }
+    if (file.measurements.getAllMeasurements().size() > mostMeasurements)
+        reader.fail("measurements", QString("more than %1").arg(mostMeasurements));
     reader.readSearch(document, file);
     reader.readOwn(document, file);
+    reader.readTolerances(document, file);
     return file;
 }
 

@@ -302,7 +302,7 @@ TEST_F(Kvmeasure, WholeNumbersInTemplatesStayBounds) {
 }
 
 TEST_F(Kvmeasure, DamagedTemplatesNameThePlace) {
-    teachGroove("");
+    teachGroove("depth = distance floor right : +- 1; p = point 0 0");
     const QByteArray good = read("groove.json");
     const struct {
         const char* from;
@@ -315,6 +315,7 @@ TEST_F(Kvmeasure, DamagedTemplatesNameThePlace) {
         {"\"numOfLines\": 3", "\"numOfLines\": 1e9", "from 0 to 1000"},
         {"\"refineIterations\": 3", "\"refineIterations\": -3", "\"refineIterations\" must be"},
         {"\"measurements\"", "\"measurement\"", "measurements: expected a list"},
+        {"\"depth\": {", "\"dept\": {", "known: p.x, p.y, depth; did you mean \"depth\"?"},
     };
     for (const auto& c : cases) {
         QByteArray bad = good;
