@@ -16,9 +16,10 @@ using namespace KvMath;
 using Point = KvVector2D<double>;
 using Points = std::vector<Point>;
 
-inline double distance(const Point& p, const Point& q) {
-    return std::sqrt((p.x - q.x) * (p.x - q.x) + (p.y - q.y) * (p.y - q.y));
-}
+inline double dot(const Point& p, const Point& q) { return p.x * q.x + p.y * q.y; }
+inline Point minus(const Point& p, const Point& q) { return {p.x - q.x, p.y - q.y}; }
+inline double squared(const Point& p, const Point& q) { return dot(minus(p, q), minus(p, q)); }
+inline double distance(const Point& p, const Point& q) { return std::sqrt(squared(p, q)); }
 
 inline std::vector<Points> contours(const Points& pts, double gap) {
     std::vector<Points> result;
@@ -79,9 +80,6 @@ inline Point foot(const LineABC& l, const Point& q) {
     nearestLinePointToPoint(l, q, p);
     return p;
 }
-
-inline double dot(const Point& p, const Point& q) { return p.x * q.x + p.y * q.y; }
-inline Point minus(const Point& p, const Point& q) { return {p.x - q.x, p.y - q.y}; }
 
 /// lsd with both residual sums formed.
 inline LineABC leastSquares(const Point* pts, int n) {
@@ -175,7 +173,6 @@ inline void cutCorners(const Points& pts, double cornerTolerance, std::vector<in
         const auto at = [&](size_t b) { return pts[static_cast<size_t>(breaks[b])]; };
         const Point f1 = foot(l1, at(k + 1));
         const Point f2 = foot(l2, at(k + 1));
-        const auto squared = [](const Point& p, const Point& q) { return dot(minus(p, q), minus(p, q)); };
         const double offset = std::max(squared(v[k + 1], f1), squared(v[k + 1], f2));
         const double piece = std::min(squared(f1, foot(l1, at(k))), squared(foot(l2, at(k + 2)), f2));
         if (!(offset > cornerTolerance * cornerTolerance * piece))

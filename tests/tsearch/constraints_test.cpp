@@ -67,9 +67,7 @@ TEST(EndPointDistance, RunsFromTheEndOfOneLineToTheStartOfTheOther) {
 }
 
 TEST(EndPointDistanceWithCheck, DemandsThatTheNearEndsFaceEachOther) {
-    const auto make = [](double lower, double upper) {
-        return TSCEndPointDistanceWithCheck(0, 1, lower, upper);
-    };
+    const auto make = [](double lo, double up) { return TSCEndPointDistanceWithCheck(0, 1, lo, up); };
     const std::vector<LinePP> lines = {segment(0, 0, 9, 1), segment(12, 5, 22, 40)};
     checkBounds(make, 5.0, lines, {0, 2});
     EXPECT_FALSE(passes(make(kUnset, kUnset), lines, {1, 3}));
@@ -119,10 +117,8 @@ TEST(EndPointShiftInDirection, IsMeasuredAlongTheTurnedReference) {
     along(0, true, -5.0, {1, 2});
     along(0, false, -9.0, {0, 3});
     const double quarter = std::acos(-1.0) / 2;
-    const auto turned = [=](double lo, double up) {
-        return TSCEndPointShiftInDirection(0, 1, lo, up, quarter, true);
-    };
-    EXPECT_TRUE(passes(turned(4 - 1e-12, 4 + 1e-12), lines, {0, 2}));
+    EXPECT_TRUE(
+        passes(TSCEndPointShiftInDirection(0, 1, 4 - 1e-12, 4 + 1e-12, quarter, true), lines, {0, 2}));
 }
 
 TEST(EveryConstraint, PassesANaNValueAndRejectsAnUnassignedLine) {
@@ -225,31 +221,23 @@ TEST(StoredForms, OnlyADoubleIsABound) {
         TSCLength c(4, 1, 2);
         QVariantMap map{{"lineIndex", 2}, {"lowerBound", 2.5}, {"upperBound", value}};
         EXPECT_TRUE(c.load(map));
-        int line = 0;
-        double lower = 0, upper = 0;
-        c.getContraint(line, lower, upper);
-        EXPECT_EQ(line, 2);
-        EXPECT_EQ(lower, 2.5);
-        EXPECT_EQ(upper, kUnset);
+        EXPECT_EQ(mapOf(c),
+                  (QVariantMap{{"lineIndex", 2}, {"lowerBound", 2.5}, {"upperBound", "undefined"}}));
     }
 }
 
 TEST(StoredForms, IndicesAreNumbersThatFit) {
-    const auto load = [](const QVariant& index, int& line) {
-        TSCLength c;
+    const double huge = 2147483648.0;
+    TSCLength c(4, 1, 2);
+    for (const QVariant& index : {QVariant(3.0), QVariant(quint64(7)), QVariant(-huge)}) {
         QVariantMap map{{"lineIndex", index}, {"lowerBound", 1.0}, {"upperBound", 2.0}};
-        double lower = 0, upper = 0;
-        const bool loaded = c.load(map);
-        c.getContraint(line, lower, upper);
-        return loaded;
-    };
-    int line = 0;
-    EXPECT_TRUE(load(3.0, line) && line == 3);
-    EXPECT_TRUE(load(quint64(7), line) && line == 7);
-    EXPECT_TRUE(load(-2147483648.0, line) && line == INT_MIN);
-    for (const QVariant& bad :
-         {QVariant(2147483648.0), QVariant(std::nan("")), QVariant(kInfinity), QVariant(-1e300)})
-        EXPECT_FALSE(load(bad, line));
+        EXPECT_TRUE(c.load(map));
+        EXPECT_EQ(mapOf(c)["lineIndex"].toInt(), index.toInt());
+    }
+    for (double bad : {huge, std::nan(""), kInfinity, -1e300}) {
+        QVariantMap map{{"lineIndex", bad}, {"lowerBound", 1.0}, {"upperBound", 2.0}};
+        EXPECT_FALSE(c.load(map));
+    }
 }
 
 TEST(StoredForms, NoDirectionKeyMeansEitherSense) {

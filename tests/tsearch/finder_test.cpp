@@ -44,9 +44,9 @@ const std::vector<KvVector2D<double>> kSteps = {{0, 0},  {20, 0},  {26, 8},  {46
 
 Codes codesOf(const TSLinesIndecies& indices) {
     Codes codes;
+    int segment = 0;
+    bool reversed = false;
     for (int line = 0; line < indices.count(); ++line) {
-        int segment = 0;
-        bool reversed = false;
         EXPECT_TRUE(indices.getLineIndex(line, segment) && indices.getLineOrientation(line, reversed));
         codes.push_back(2 * segment + (reversed ? 1 : 0));
     }

@@ -17,8 +17,7 @@ TEST(LinesIndecies, DecodesSegmentAndOrientation) {
     EXPECT_TRUE(indices.getLineOrientation(0, reversed) && reversed);
     EXPECT_TRUE(indices.getLineIndex(1, segment) && segment == 2);
     EXPECT_TRUE(indices.getLineOrientation(1, reversed) && !reversed);
-    EXPECT_TRUE(indices.isAssigned(1));
-    EXPECT_FALSE(indices.isAssigned(2));
+    EXPECT_TRUE(indices.isAssigned(1) && !indices.isAssigned(2));
 }
 
 TEST(LinesIndecies, OutsideItIsFalseAndZero) {
@@ -27,9 +26,8 @@ TEST(LinesIndecies, OutsideItIsFalseAndZero) {
         int segment = 9;
         bool reversed = true;
         const TSLinesIndecies indices(codes, 1);
-        EXPECT_FALSE(indices.getLineIndex(line, segment) || indices.getLineOrientation(line, reversed));
-        EXPECT_FALSE(indices.isAssigned(line));
-        EXPECT_EQ(segment, 0);
+        EXPECT_FALSE(indices.getLineIndex(line, segment) || indices.getLineOrientation(line, reversed) ||
+                     indices.isAssigned(line) || segment != 0);
     }
     EXPECT_EQ(TSLinesIndecies(nullptr, 5).count(), 0);
     EXPECT_EQ(TSLinesIndecies(codes, -5).count(), 0);

@@ -19,8 +19,7 @@ constexpr double kPi = 3.1415927410125732;
 using Point = KvVector2D<double>;
 
 void expectPoint(const Point& p, double x, double y) {
-    EXPECT_EQ(p.x, x);
-    EXPECT_EQ(p.y, y);
+    EXPECT_TRUE(p.x == x && p.y == y) << p.x << ", " << p.y;
 }
 
 /// Template lines 0, 1, 2 on the segments with these codes.
@@ -37,37 +36,30 @@ const QList<LinePP> kCorner = {segment(1, 2, 4, 6), segment(10, 0, 10, 5), segme
 TEST(MeasureLength, IsThatOfTheSegment) {
     TSUMLength m(0, "width");
     EXPECT_EQ(m.getLength(), kUnset);
-    for (int code : {0, 1}) {
-        EXPECT_TRUE(measure(m, kCorner, {code}));
-        EXPECT_EQ(m.getLength(), 5.0);
-    }
+    for (int code : {0, 1})
+        EXPECT_TRUE(measure(m, kCorner, {code}) && m.getLength() == 5.0);
     const TSUniformResultLine line = m.getUniformResult().lines.value(0);
-    EXPECT_EQ(line.name, "width");
-    EXPECT_EQ(line.value, 5.0);
+    EXPECT_TRUE(line.name == "width" && line.value == 5.0);
     expectPoint(line.p1, 4, 6);
     expectPoint(line.p2, 1, 2);
 }
 
 TEST(MeasureInclinationAngle, IsSignedAndFollowsTheOrientation) {
     TSUMInclinationAngle m(0, "tilt");
-    EXPECT_TRUE(measure(m, kCorner, {0}));
-    EXPECT_EQ(m.getAngle(), std::acos(0.6));
-    EXPECT_TRUE(measure(m, kCorner, {1}));
-    EXPECT_EQ(m.getAngle(), -std::acos(-0.6));
+    EXPECT_TRUE(measure(m, kCorner, {0}) && m.getAngle() == std::acos(0.6));
+    EXPECT_TRUE(measure(m, kCorner, {1}) && m.getAngle() == -std::acos(-0.6));
     const TSUniformResultAngle angle = m.getUniformResult().angles.value(0);
     expectPoint(angle.vertex, 4, 6);
     expectPoint(angle.first, 9, 6);
     expectPoint(angle.second, 1, 2);
-    EXPECT_TRUE(measure(m, kCorner, {5}));
-    EXPECT_EQ(m.getAngle(), std::acos(-1.0));
+    EXPECT_TRUE(measure(m, kCorner, {5}) && m.getAngle() == std::acos(-1.0));
 }
 
 TEST(MeasureRotationAngle, GivesAngleAndSense) {
     TSUMRotationAngle m(0, 1, "turn");
     EXPECT_EQ(m.getDirection(), TSUMRotationAngle::NoDirection);
     const double quarter = std::acos(0.0);
-    EXPECT_TRUE(measure(m, kCorner, {4, 2}));
-    EXPECT_EQ(m.getAngle(), quarter);
+    EXPECT_TRUE(measure(m, kCorner, {4, 2}) && m.getAngle() == quarter);
     EXPECT_EQ(m.getDirection(), TSUMRotationAngle::CounterClockwise);
     const TSUniformResultAngle angle = m.getUniformResult().angles.value(0);
     expectPoint(angle.vertex, 10, 0);
@@ -165,8 +157,7 @@ TEST(MeasureFarLineInDirection, TakesTheFirstOfTheFarthestEnds) {
     expectPoint(m.getNearPoint(), 0, 5);
     expectPoint(m.getFarPoint(), 0, 1);
     const TSUniformResults results = m.getUniformResult();
-    EXPECT_EQ(results.points.size(), 2);
-    EXPECT_EQ(results.points.value(1).name, "far");
+    EXPECT_TRUE(results.points.size() == 2 && results.points[1].name == "far");
     EXPECT_EQ(results.lines.value(0).value, 4.0);
     EXPECT_TRUE(measure(m, {segment(0, 1, 0, 5), segment(3, 9, 4, 9)}, {}));
     expectPoint(m.getNearPoint(), 3, 9);
@@ -207,14 +198,13 @@ TEST(EveryMeasurement, FailsWithoutASegmentForItsLine) {
 }
 
 TEST(EveryMeasurement, KeepsItsResultsFromTheUniformOnesWhenInactive) {
+    QList<LinePP> lines = kCorner;
+    const int codes[] = {0, 2, 4, 0};
+    TSLinesIndecies indices(codes, 4);
     for (const auto& m : allNine()) {
         for (const auto& info : m->getUniformResultsInfoAll())
             *info.second = false;
-        QList<LinePP> lines = kCorner;
-        const int codes[] = {0, 2, 4, 0};
-        TSLinesIndecies indices(codes, 4);
-        EXPECT_TRUE(m->measure(lines, indices));
-        EXPECT_TRUE(m->getUniformResult().isEmpty());
+        EXPECT_TRUE(m->measure(lines, indices) && m->getUniformResult().isEmpty());
     }
 }
 

@@ -6,31 +6,11 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
-#include <memory>
-#include <new>
 #include <vector>
 
 using namespace KvMath;
 using testing::Each;
 using testing::ElementsAre;
-
-namespace {
-int allocations = 0;
-}
-
-void* operator new(size_t size) {
-    ++allocations;
-    void* block = std::malloc(size > 0 ? size : 1);
-    if (block == nullptr)
-        throw std::bad_alloc();
-    return block;
-}
-void* operator new[](size_t size) { return operator new(size); }
-void operator delete(void* block) noexcept { std::free(block); }
-void operator delete[](void* block) noexcept { std::free(block); }
-void operator delete(void* block, size_t /*size*/) noexcept { std::free(block); }
-void operator delete[](void* block, size_t /*size*/) noexcept { std::free(block); }
 
 namespace {
 
@@ -128,21 +108,6 @@ TEST(TemplateSearch, ResumedCallsFindWhatNestedLoopsFindWithTheSameQuestions) {
     }
 }
 
-TEST(TemplateSearch, AllocatesTheResultAndOneScratchBlock) {
-    Search search(300, 3);
-    const auto accept = [](LinePP*, int* codes, int level, void*) {
-        return level == 0 || codes[level] > 590;
-    };
-    int before = allocations;
-    EXPECT_TRUE(templateSearch(search.lines.data(), 300, 3, accept, nullptr, nullptr, nullptr, false, true,
-                               search.codes));
-    EXPECT_EQ(allocations - before, 2);
-    before = allocations;
-    EXPECT_TRUE(templateSearch(search.lines.data(), 300, 3, accept, nullptr, nullptr, nullptr, true, true,
-                               search.codes));
-    EXPECT_EQ(allocations - before, 1);
-}
-
 TEST(TemplateSearch, MoreTemplateLinesThanSegmentsFailAtOnce) {
     Search search(30, 31);
     EXPECT_FALSE(search.run());
@@ -195,19 +160,17 @@ TEST(TemplateSearch, BestCallbackGetsItsOwnDataAndDecidesAlone) {
     EXPECT_THAT(search.found(), ElementsAre(4));
 }
 
-/// Line 0 runs from (0, 0) to (10, 0); line 1 starts at (13, 4), five away from its end.
-struct CheckCase {
-    const char* name;
-    double minDistance, maxDistance, minAngle, maxAngle;
-    int sign;
-    KvVector2D<double> end;
-    bool accepted;
-};
-
 TEST(DefaultCheck, BoundsHoldOnEqualityAndMinusOneIsNone) {
     const double quarter = std::acos(0.0);
     const double nan = std::nan("");
-    const CheckCase cases[] = {
+    const struct {
+        const char* name;
+        double minDistance, maxDistance, minAngle, maxAngle;
+        int sign;
+        KvVector2D<double> end;
+        bool accepted;
+    } cases[] = {
+        // line 0 from (0, 0) to (10, 0); line 1 starts at (13, 4), five away from its end
         {"no bounds", -1, -1, -1, -1, 0, {13, 9}, true},
         {"distance on both limits", 5, 5, -1, -1, 0, {13, 9}, true},
         {"one step too far", -1, std::nextafter(5.0, 0.0), -1, -1, 0, {13, 9}, false},
@@ -224,7 +187,7 @@ TEST(DefaultCheck, BoundsHoldOnEqualityAndMinusOneIsNone) {
         {"NaN angle passes", -1, -1, 1, 1, 0, {13, 4}, true},
         {"NaN bound passes", nan, nan, nan, nan, 0, {13, 9}, true},
     };
-    for (const CheckCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         DefaultCheckFunctionParams params;
         initDefaultCheckFunctionParams(params, 3);
