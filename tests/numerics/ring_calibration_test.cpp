@@ -12,10 +12,7 @@ using namespace KvMath;
 // The formulas for round numbers: hypot(h3, h4) = 1 and R = 4 give rho = 4 and k = 0.4 / 0.8.
 TEST(CalibrationParameters, FollowTheFormulas) {
     const double h[5] = {1.0, 2.0, 6.0, 0.6, 0.8};
-    double o1 = 7;
-    double o2 = 7;
-    double o3 = 7;
-    double o4 = 7;
+    double o1, o2, o3, o4;
     ASSERT_TRUE(calcCalibrationParameters(h, 4.0, o1, o2, o3, o4));
     EXPECT_DOUBLE_EQ(o2, 4.0);    // (6 - 1) 4 / (3 + 2)
     EXPECT_NEAR(o1, 0.0, 1e-15);  // R - h0 - (16 + 8) / 8

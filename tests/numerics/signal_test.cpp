@@ -14,10 +14,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 TEST(ConvoluteCyclicaly, SumsTheWindowInOrder) {
-    double pulse[] = {1, 0, 0, 0};
-    const double kernel[] = {1, 1, 1};
-    convoluteCyclicaly(pulse, 4, kernel, 1);
-    EXPECT_THAT(pulse, ElementsAre(1, 1, 0, 1));
     TestSupport::Draws draws(3);
     for (int round = 0; round < 200; ++round) {
         const int n = draws.integer(1, 12);
@@ -38,7 +34,8 @@ TEST(ConvoluteCyclicaly, SumsTheWindowInOrder) {
         convoluteCyclicaly(data.data(), n, weights.data(), half);
         ASSERT_EQ(data, expected) << n << ' ' << half;
     }
-    convoluteCyclicaly(nullptr, 0, kernel, 1);
+    double pulse[] = {1, 0, 0, 0};
+    convoluteCyclicaly(nullptr, 0, pulse, 1);
     convoluteCyclicaly(pulse, 4, nullptr, -1);
     EXPECT_EQ(pulse[0], 1.0);
 }

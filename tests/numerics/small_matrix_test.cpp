@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -16,11 +17,9 @@ TEST(SmallMatrix, ProductsFollowTheirShapes) {
     const double a33[] = {1, 2, 3, 4, 5, 6, 7, 8, 10};
     const double b32[] = {1, -1, 2, 0, 3, 5};
     const double v[] = {2, -1, 3};
-    double out[9];
+    double out[6];
     mul33with32(a33, b32, out);
-    EXPECT_THAT(std::vector<double>(out, out + 6), ElementsAre(14, 14, 32, 26, 53, 43));
-    mul33with33(a33, a33, out);
-    EXPECT_THAT(out, ElementsAre(30, 36, 45, 66, 81, 102, 109, 134, 169));
+    EXPECT_THAT(out, ElementsAre(14, 14, 32, 26, 53, 43));
     mul32with21(b32, v, out);
     EXPECT_THAT(std::vector<double>(out, out + 3), ElementsAre(3, 4, 1));
     mul22with21(a33, v, out);
@@ -37,12 +36,10 @@ TEST(SmallMatrix, ProductsFollowTheirShapes) {
 
 TEST(SmallMatrix, OutputMayBeAnInput) {
     const double a[] = {1, 2, 3, 4, 5, 6, 7, 8, 10};
-    double apart[9];
     double in[9];
     copyMatrix33(a, in);
-    mul33with33(a, a, apart);
     mul33with33(in, in, in);
-    EXPECT_THAT(in, ElementsAreArray(apart));
+    EXPECT_THAT(in, ElementsAre(30, 36, 45, 66, 81, 102, 109, 134, 169));
     double v[] = {2, -1, 3};
     vectorA2B(a, v, v);
     EXPECT_THAT(v, ElementsAre(9, 21, 36));
@@ -64,10 +61,7 @@ TEST(SmallMatrix, InversesUndoTheMatrix) {
         double inverse[9];
         copyMatrix33(m, inverse);
         inverseMatrix33(inverse);
-        double size = 0.0;
-        for (const double element : inverse)
-            size = std::max(size, std::fabs(element));
-        if (size > 100.0)
+        if (std::any_of(inverse, inverse + 9, [](double e) { return std::fabs(e) > 100.0; }))
             continue;
         double one[9];
         mul33with33(m, inverse, one);
