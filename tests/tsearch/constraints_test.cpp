@@ -221,8 +221,10 @@ TEST(StoredForms, OnlyADoubleIsABound) {
         TSCLength c(4, 1, 2);
         QVariantMap map{{"lineIndex", 2}, {"lowerBound", 2.5}, {"upperBound", value}};
         EXPECT_TRUE(c.load(map));
-        EXPECT_EQ(mapOf(c),
-                  (QVariantMap{{"lineIndex", 2}, {"lowerBound", 2.5}, {"upperBound", "undefined"}}));
+        int line = 0;
+        double lower = 0, upper = 0;
+        c.getContraint(line, lower, upper);
+        EXPECT_TRUE(line == 2 && lower == 2.5 && upper == kUnset);
     }
 }
 

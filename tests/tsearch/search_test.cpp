@@ -6,11 +6,31 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
+#include <memory>
+#include <new>
 #include <vector>
 
 using namespace KvMath;
 using testing::Each;
 using testing::ElementsAre;
+
+namespace {
+int allocations = 0;
+}
+
+void* operator new(size_t size) {
+    ++allocations;
+    void* block = std::malloc(size > 0 ? size : 1);
+    if (block == nullptr)
+        throw std::bad_alloc();
+    return block;
+}
+void* operator new[](size_t size) { return operator new(size); }
+void operator delete(void* block) noexcept { std::free(block); }
+void operator delete[](void* block) noexcept { std::free(block); }
+void operator delete(void* block, size_t /*size*/) noexcept { std::free(block); }
+void operator delete[](void* block, size_t /*size*/) noexcept { std::free(block); }
 
 namespace {
 
@@ -106,6 +126,21 @@ TEST(TemplateSearch, ResumedCallsFindWhatNestedLoopsFindWithTheSameQuestions) {
         const auto shorter = [&](const Codes& a, const Codes& b) { return total(a) < total(b); };
         EXPECT_EQ(best.found(), *std::max_element(found.begin(), found.end(), shorter));
     }
+}
+
+TEST(TemplateSearch, AllocatesTheResultAndOneScratchBlock) {
+    Search search(300, 3);
+    const auto accept = [](LinePP*, int* codes, int level, void*) {
+        return level == 0 || codes[level] > 590;
+    };
+    int before = allocations;
+    EXPECT_TRUE(templateSearch(search.lines.data(), 300, 3, accept, nullptr, nullptr, nullptr, false, true,
+                               search.codes));
+    EXPECT_EQ(allocations - before, 2);
+    before = allocations;
+    EXPECT_TRUE(templateSearch(search.lines.data(), 300, 3, accept, nullptr, nullptr, nullptr, true, true,
+                               search.codes));
+    EXPECT_EQ(allocations - before, 1);
 }
 
 TEST(TemplateSearch, MoreTemplateLinesThanSegmentsFailAtOnce) {
