@@ -44,6 +44,7 @@ public:
 
 private:
     void addInvalid(TSMeasurement& measurement);
+    void addAngle(TSMeasurement& measurement, const TSUniformResultAngle& angle);
     Value& addValue(const QString& name, double value, const QString& unit);
     Mark shiftMark(const TSUMEndPointShiftInDirection& shift, const TSUniformResultLine& line) const;
     void addMean(const Mean& mean);
@@ -120,24 +121,39 @@ void Collector::add(TSMeasurement& measurement) {
         mark.isGood = value.isGood();
         result.marks.append(mark);
     }
-    for (const TSUniformResultAngle& angle : results.angles) {
-        Value& value = addValue(angle.name, angle.value * degreesPerRadian, "deg");
-        Mark mark;
-        mark.kind = Mark::Angle;
-        mark.vertex = angle.vertex;
-        mark.first = angle.first;
-        mark.angle = angle.value;
-        if (const auto* rotation = dynamic_cast<TSUMRotationAngle*>(&measurement)) {
-            const bool isLeft = rotation->getDirection() == TSUMRotationAngle::CounterClockwise;
-            value.note = isLeft ? "to the left" : "to the right";
-            mark.angle = isLeft ? angle.value : -angle.value;
-        }
-        if (dynamic_cast<TSUMAngleBetweenLines*>(&measurement) != nullptr)  // from where the first line comes
-            mark.first = Vector(2 * angle.vertex.x - angle.first.x, 2 * angle.vertex.y - angle.first.y);
-        mark.label = valueText(value);
-        mark.isGood = value.isGood();
-        result.marks.append(mark);
+    for (const TSUniformResultAngle& angle : results.angles)
+        addAngle(measurement, angle);
+}
+
+void Collector::addAngle(TSMeasurement& measurement, const TSUniformResultAngle& angle) {
+    Value& value = addValue(angle.name, angle.value * degreesPerRadian, "deg");
+    Mark mark;
+    mark.kind = Mark::Angle;
+    mark.vertex = mark.nearVertex = angle.vertex;
+    mark.first = mark.nearFirst = angle.first;
+    mark.angle = angle.value;
+    int from = 0;
+    int to = 0;
+    if (const auto* rotation = dynamic_cast<TSUMRotationAngle*>(&measurement)) {
+        const bool isLeft = rotation->getDirection() == TSUMRotationAngle::CounterClockwise;
+        value.note = isLeft ? "to the left" : "to the right";
+        mark.angle = isLeft ? angle.value : -angle.value;
+        rotation->getMeasureLinesIndecies(from, to);
+        const LinePP line = assignedLine(segments_, indices_, from);
+        mark.nearVertex = line.p2;
+        mark.nearFirst = Vector(2 * line.p2.x - line.p1.x, 2 * line.p2.y - line.p1.y);
     }
+    if (const auto* between = dynamic_cast<TSUMAngleBetweenLines*>(&measurement)) {
+        // From where the first line comes.
+        mark.first = Vector(2 * angle.vertex.x - angle.first.x, 2 * angle.vertex.y - angle.first.y);
+        between->getMeasureLinesIndecies(from, to);
+        const LinePP line = assignedLine(segments_, indices_, from);
+        mark.nearVertex = line.p2;
+        mark.nearFirst = line.p1;
+    }
+    mark.label = valueText(value);
+    mark.isGood = value.isGood();
+    result.marks.append(mark);
 }
 
 bool Collector::isPartOfMean(const QString& name) const {

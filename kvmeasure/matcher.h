@@ -47,6 +47,8 @@ struct Mark {
                                    ///< starts at the arm from vertex to first
     Vector origin;  ///< of a distance: the place it stands for, joined to its second by a thin line
     bool hasOrigin = false;
+    Vector nearVertex, nearFirst;  ///< of an angle: the same arms at the end of its first line, for a vertex
+                                   ///< too far away to be seen
     QString label;
     bool isGood = true;
     double angle = 0;  ///< radians, from the first arm to the left; negative: to the right

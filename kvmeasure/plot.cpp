@@ -1,6 +1,6 @@
 #include "kvmeasure/plot.h"
 
-#include "kvmeasure/plot_canvas.h"
+#include "kvmeasure/plot_marks.h"
 
 #include <QtCore/QSet>
 
@@ -19,21 +19,14 @@ constexpr double bottom = 64;  // x axis
 constexpr double areaWidth = 900;
 constexpr double panelWidth = 330;
 constexpr double margin = 24;
-constexpr double labelSize = 13;
-constexpr double pi = 3.141592653589793;
+constexpr double upwards = -1.5707963267948966;  // the side of a label, pixels
 
 // Colours that stay apart for colour-blind eyes.
 const char* const lineColours[] = {"#0072B2", "#D55E00", "#009E73", "#CC79A7", "#E69F00", "#56B4E9"};
-const QString measureColour = "#5B21B6";
 const QString pointColour = "#8A94A0";
 const QString beforeColour = "#F0A35E";
-const QString badColour = "#C1121F";
 
 QString lineColour(int line) { return lineColours[line % 6]; }
-QString stroke(const QString& colour, double width, const QString& more = QString()) {
-    return QString("stroke=\"%1\" stroke-width=\"%2\" %3").arg(colour).arg(width).arg(more);
-}
-Vector middle(const Vector& a, const Vector& b) { return {(a.x + b.x) / 2, (a.y + b.y) / 2}; }
 
 /// One picture in the making.
 class Painter {
@@ -49,24 +42,18 @@ private:
     void drawSegments();
     void drawLines();
     void drawCurve();
-    void drawMark(const Mark& mark);
-    void drawDistance(const Mark& mark, const QString& colour, Vector& anchor);
-    void drawAngle(const Mark& mark, const QString& colour, Vector& anchor);
-    void drawPointMark(const Mark& mark, const QString& colour, Vector& anchor);
-    void drawLabel(const Vector& anchor, const QString& text, const QString& colour, double preferred,
-                   bool isFilled);
     void drawHeader();
     void drawPanel();
-    bool isInside(const Mark& mark) const;
 
     const Picture& picture_;
-    Projection view_;
-    Canvas canvas_;
-    LabelPlacer placer_;
+    Drawing drawing_;
+    const Projection& view_;
+    Canvas& canvas_;
 };
 
 Painter::Painter(const Picture& picture)
-    : picture_(picture), view_(fitProjection(dataRange(), left, top, areaWidth)), placer_(view_.area) {}
+    : picture_(picture), drawing_(fitProjection(dataRange(), left, top, areaWidth)), view_(drawing_.view),
+      canvas_(drawing_.canvas) {}
 
 /// Points, segments, and what was measured near them, with room around. Empty: 1 mm about the origin.
 Rect Painter::dataRange() const {
@@ -157,7 +144,7 @@ void Painter::drawPoints(const QList<KvPointXY>& points, const QString& colour) 
                 continue;
             taken.insert(key);
             dots.append(at);
-            placer_.cover(at);
+            drawing_.placer.cover(at);
             if (dots.size() > mostDots)
                 break;
         }
@@ -180,11 +167,12 @@ void Painter::drawSegments() {
         canvas_.line(a, b, stroke(colour, picture_.numberSegments ? 3.2 : 1.4, "stroke-linecap=\"round\""));
         canvas_.circle(a, 2.6, QString("fill=\"%1\"").arg(colour));
         canvas_.circle(b, 2.6, QString("fill=\"%1\"").arg(colour));
-        placer_.coverLine(a, b);
+        drawing_.placer.coverLine(a, b);
     }
     for (int i = 0; picture_.numberSegments && i < picture_.segments.size(); ++i) {
         const LinePP& s = picture_.segments[i];
-        drawLabel(view_.toPixel(middle(s.p1, s.p2)), QString::number(i), lineColour(i), -pi / 2, true);
+        drawLabel(drawing_, view_.toPixel(middle(s.p1, s.p2)), QString::number(i), lineColour(i), upwards,
+                  true);
     }
 }
 
@@ -193,7 +181,7 @@ void Painter::drawLines() {
         const Vector a = view_.toPixel(picture_.lines[i].line.p1);
         const Vector b = view_.toPixel(picture_.lines[i].line.p2);
         canvas_.line(a, b, stroke(lineColour(i), 4.5, "stroke-linecap=\"round\""));
-        placer_.coverLine(a, b);
+        drawing_.placer.coverLine(a, b);
     }
 }
 
@@ -203,110 +191,6 @@ void Painter::drawCurve() {
         places.append(view_.toPixel(place));
     if (!places.isEmpty())
         canvas_.polyline(places, stroke(lineColour(1), 1.8));
-}
-
-void Painter::drawLabel(const Vector& anchor, const QString& text, const QString& colour, double preferred,
-                        bool isFilled) {
-    constexpr double height = 20;
-    const double width = textWidth(text, labelSize) + 12;
-    const Rect box = placer_.place(anchor, width, height, preferred);
-    const Vector centre((box.left + box.right) / 2, (box.top + box.bottom) / 2);
-    const Vector nearest(std::min(std::max(anchor.x, box.left), box.right),
-                         std::min(std::max(anchor.y, box.top), box.bottom));
-    if (length(nearest, anchor) > 12)
-        canvas_.line(anchor, nearest, stroke(colour, 0.9, "stroke-dasharray=\"1.5 2.5\""));
-    canvas_.rect(box, QString("rx=\"4\" fill=\"%1\" fill-opacity=\"%2\" stroke=\"%3\" stroke-width=\"1\"")
-                          .arg(isFilled ? colour : QString("white"), isFilled ? "1" : "0.94", colour));
-    canvas_.text({centre.x, centre.y + 4.7}, text,
-                 QString("text-anchor=\"middle\" font-weight=\"bold\" fill=\"%1\" font-size=\"%2\"")
-                     .arg(isFilled ? QString("white") : colour)
-                     .arg(labelSize));
-}
-
-void Painter::drawDistance(const Mark& mark, const QString& colour, Vector& anchor) {
-    Vector a = view_.toPixel(mark.first);
-    Vector b = view_.toPixel(mark.second);
-    const double size = length(a, b);
-    if (mark.hasOrigin) {
-        const Vector origin = view_.toPixel(mark.origin);
-        canvas_.line(b, origin, stroke(colour, 1, "stroke-dasharray=\"5 4\""));
-        placer_.coverLine(b, origin);
-    } else if (size > 1) {
-        // Beside the line it measures, with extension lines.
-        constexpr double offset = 22;
-        const double side = b.x >= a.x ? 1 : -1;
-        const Vector normal(-(b.y - a.y) / size * side, (b.x - a.x) / size * side);
-        const Vector shift(normal.x * offset, normal.y * offset);
-        canvas_.line(a, {a.x + shift.x * 1.25, a.y + shift.y * 1.25}, stroke(colour, 0.9));
-        canvas_.line(b, {b.x + shift.x * 1.25, b.y + shift.y * 1.25}, stroke(colour, 0.9));
-        a = {a.x + shift.x, a.y + shift.y};
-        b = {b.x + shift.x, b.y + shift.y};
-    }
-    canvas_.line(a, b, stroke(colour, 1.8));
-    canvas_.arrowHead(a, b, colour);
-    canvas_.arrowHead(b, a, colour);
-    placer_.coverLine(a, b);
-    anchor = middle(a, b);
-}
-
-void Painter::drawAngle(const Mark& mark, const QString& colour, Vector& anchor) {
-    constexpr double radiusPixels = 46;
-    constexpr int pieces = 48;
-    const Vector vertex = view_.toPixel(mark.vertex);
-    const double room = std::min(vertex.y - view_.area.top, view_.area.bottom - vertex.y) / view_.scaleY;
-    const double wanted = radiusPixels / std::sqrt(view_.scaleX * view_.scaleY);
-    const double radius =
-        std::max(wanted / 2, std::min(wanted, room));  // inside the picture where that is seen
-    const double from = std::atan2(mark.first.y - mark.vertex.y, mark.first.x - mark.vertex.x);
-    const auto at = [&](double angle, double scale) {
-        return view_.toPixel({mark.vertex.x + scale * radius * std::cos(angle),
-                              mark.vertex.y + scale * radius * std::sin(angle)});
-    };
-    QList<Vector> arc;
-    for (int i = 0; i <= pieces; ++i)
-        arc.append(at(from + mark.angle * i / pieces, 1));
-    for (const double arm : {from, from + mark.angle})
-        canvas_.line(vertex, at(arm, 1.35), stroke(colour, 1, "stroke-dasharray=\"5 4\""));
-    canvas_.polyline(arc, stroke(colour, 1.8));
-    canvas_.arrowHead(arc.last(), arc[pieces - 4], colour);
-    for (const Vector& point : arc)
-        placer_.cover(point);
-    anchor = arc[pieces / 2];
-}
-
-void Painter::drawPointMark(const Mark& mark, const QString& colour, Vector& anchor) {
-    constexpr double arm = 9;
-    anchor = view_.toPixel(mark.first);
-    canvas_.circle(anchor, 4.5, QString("fill=\"white\" fill-opacity=\"0.8\" ") + stroke(colour, 1.8));
-    canvas_.line({anchor.x - arm, anchor.y}, {anchor.x + arm, anchor.y}, stroke(colour, 1.2));
-    canvas_.line({anchor.x, anchor.y - arm}, {anchor.x, anchor.y + arm}, stroke(colour, 1.2));
-}
-
-bool Painter::isInside(const Mark& mark) const {
-    const Vector& place = mark.kind == Mark::Angle ? mark.vertex : mark.first;
-    return view_.area.holds(view_.toPixel(place)) &&
-           (mark.kind != Mark::Distance || view_.area.holds(view_.toPixel(mark.second)));
-}
-
-void Painter::drawMark(const Mark& mark) {
-    if (!isInside(mark))
-        return;  // its value still stands in the panel
-    const QString colour = mark.isGood ? measureColour : badColour;
-    Vector anchor;
-    double preferred = -pi / 2;
-    if (mark.kind == Mark::Distance) {
-        drawDistance(mark, colour, anchor);
-        const bool isUpright =
-            std::fabs(mark.second.y - mark.first.y) > std::fabs(mark.second.x - mark.first.x);
-        preferred = isUpright ? 0 : pi / 2;
-    } else if (mark.kind == Mark::Angle) {
-        drawAngle(mark, colour, anchor);
-        const Vector vertex = view_.toPixel(mark.vertex);
-        preferred = std::atan2(anchor.y - vertex.y, anchor.x - vertex.x);
-    } else {
-        drawPointMark(mark, colour, anchor);
-    }
-    drawLabel(anchor, mark.label, colour, preferred, false);
 }
 
 void Painter::drawHeader() {
@@ -386,11 +270,11 @@ QByteArray Painter::paint() {
     drawLines();
     drawCurve();
     for (const Mark& mark : picture_.evaluation.marks)
-        drawMark(mark);
+        drawMark(drawing_, mark);
     for (int i = 0; i < picture_.lines.size(); ++i) {
         const LinePP& line = picture_.lines[i].line;
-        drawLabel(view_.toPixel(middle(line.p1, line.p2)), picture_.lines[i].label, lineColour(i), -pi / 2,
-                  true);
+        drawLabel(drawing_, view_.toPixel(middle(line.p1, line.p2)), picture_.lines[i].label, lineColour(i),
+                  upwards, true);
     }
     canvas_.raw("</g>");
     const bool hasPanel = !picture_.evaluation.values.isEmpty();
