@@ -57,7 +57,7 @@ TEST(LevelHistogram, RefusesWhatHasNoLevelsOrTooMany) {
         }
     }
     EXPECT_TRUE(std::isnan(histogram.calcMassCenter()));
-    auto cloud = heights({0, 1, 3e38F, -inf});
+    auto cloud = heights({0, 1, 3e38F, -3e38F, -inf});
     cloud.minY = 0;
     cloud.maxY = 1;
     EXPECT_EQ(histogram.calcFromPointCloud(cloud, 1), 2);  // bands beyond int are skipped

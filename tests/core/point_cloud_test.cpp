@@ -58,17 +58,15 @@ TEST(PointCloud, OperationsTouchRangeAndFlagOnlyAsListed) {
         {"+= cloud", Kept, false, [&](XYZ& c) { c += other; }},
         {"+= itself", Kept, false, [](XYZ& c) { c += c; }},
         {"assignment", Copied, false, [&](XYZ& c) { c = other; }},
-        {"copy", Copied, false, [&](XYZ& c) { c.copyFromPointCloud(other); }},
         {"clear", Reset, true, [](XYZ& c) { c.clear(); }},
-        {"updateRange", Extended, true, [&](XYZ& c) { c.updateRange(far); }},
-        {"shift", Kept, true, [](XYZ& c) { c.shift(1.0F, 2.0F, 3.0F); }},
+        {"shift", Kept, true, [](XYZ& c) { c.shift(1, 2, 3); }},
         {"removeIndeces", Kept, true, [&](XYZ& c) { c.removeIndeces(first); }},
-        {"removePointsByYLevel", Kept, true, [](XYZ& c) { c.removePointsByYLevel(0.0F, true); }},
-        {"trim", Box, false, [](XYZ& c) { c.trim(-1.0F, 1.0F, -2.0F, 2.0F, -2.0F, 2.0F); }},
-        {"rotate", Kept, false, [](XYZ& c) { c.rotate(0.0F, kNaN, 1e-3F); }},
-        {"rotate by nothing", Kept, true, [](XYZ& c) { c.rotate(0.0F, kNaN, -0.0F); }},
+        {"removePointsByYLevel", Kept, true, [](XYZ& c) { c.removePointsByYLevel(0, true); }},
+        {"trim", Box, false, [](XYZ& c) { c.trim(-1, 1, -2, 2, -2, 2); }},
+        {"rotate", Kept, false, [](XYZ& c) { c.rotate(0, kNaN, 1e-3F); }},
+        {"rotate by nothing", Kept, true, [](XYZ& c) { c.rotate(0, kNaN, -0.0F); }},
         {"sort by x", Kept, false, [](XYZ& c) { c.sort(KvSortAscending, KvSortNone); }},
-        {"cubicFilter, nothing found", Kept, true, [](XYZ& c) { c.cubicFilter(9.0F, 2); }},
+        {"cubicFilter, nothing found", Kept, true, [](XYZ& c) { c.cubicFilter(9, 2); }},
         {"cubicFilter", Kept, false, [](XYZ& c) { c.cubicFilter(0.5F, 2); }}};
     for (const auto& [name, range, flag, operation] : cases) {
         SCOPED_TRACE(name);
@@ -303,7 +301,7 @@ TEST_F(Records, PlaneCloudStoresTheLowBitsOfItsCountAndAllPoints) {
     for (int i = 0; i < 70000; ++i)
         cloud += KvPointXY(static_cast<float>(i), 1.0F);
     ASSERT_TRUE(cloud.writeToFile("cloud.bin") && file.open(QIODevice::ReadOnly));
-    EXPECT_EQ(file.size(), 3 + 70000 * 8);
+    EXPECT_TRUE(file.size() == 3 + 70000 * 8 && bytes().toHex().endsWith("80b788470000803f"));
     EXPECT_EQ(cloud.readFromFile(file), 4464);
     EXPECT_EQ(cloud.maxX, 4463.0F);
     EXPECT_EQ(file.pos(), 3 + 4464 * 8);
