@@ -62,7 +62,7 @@ public:
     explicit Matcher(const Arguments& arguments)
         : arguments_(arguments), file_(readTemplateFile(arguments.text("--template"))) {}
 
-    void matchFile(const QString& path);
+    void matchFile(const QString& path, Progress* files);
     void finish();
     int code() const { return code_; }
 
@@ -209,7 +209,8 @@ void Matcher::matchProfile(const LoadedProfile& loaded) {
                                  {"assignments", assignments}});
 }
 
-void Matcher::matchFile(const QString& path) {
+/// `files`: progress over several files, null for a single one, whose bytes are then shown.
+void Matcher::matchFile(const QString& path, Progress* files) {
     ProfileSource source(path, arguments_.text("--columns"));
     Progress progress(path, source.size());
     LoadedProfile loaded;
@@ -220,7 +221,8 @@ void Matcher::matchFile(const QString& path) {
             throw Failure{failure.text.startsWith(loaded.name) ? failure.text
                                                                : loaded.name + ": " + failure.text};
         }
-        progress.show(source.position());
+        if (files == nullptr)
+            progress.show(source.position());
     }
 }
 
@@ -267,14 +269,20 @@ int runMatch(const QStringList& words) {
         throw Failure{"match: --template FILE is missing; make one with \"kvmeasure teach\""};
     Matcher matcher(arguments);
     bool isRefused = false;
-    for (const QString& path : arguments.operands()) {
+    const QStringList paths = arguments.operands();
+    Progress files("files", paths.size());
+    for (int i = 0; i < paths.size(); ++i) {
         try {
-            matcher.matchFile(path);
+            matcher.matchFile(paths[i], paths.size() > 1 ? &files : nullptr);
+            if (paths.size() > 1)
+                files.show(i + 1);
         } catch (const Failure& failure) {
+            files.clear();
             std::fprintf(stderr, "kvmeasure: %s\n", failure.text.toUtf8().constData());
             isRefused = true;
         }
     }
+    files.clear();
     matcher.finish();
     return isRefused ? int(Refused) : matcher.code();
 }
