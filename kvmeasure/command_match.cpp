@@ -269,7 +269,7 @@ int runMatch(const QStringList& words) {
         throw Failure{"match: --template FILE is missing; make one with \"kvmeasure teach\""};
     Matcher matcher(arguments);
     bool isRefused = false;
-    const QStringList paths = arguments.operands();
+    const QStringList& paths = arguments.operands();
     Progress files("files", paths.size());
     for (int i = 0; i < paths.size(); ++i) {
         try {
