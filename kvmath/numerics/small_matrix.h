@@ -34,9 +34,13 @@ KVMATH_EXPORT void place31into33(const double* v, double* M,
                                  int col);  ///< v becomes column col (0 to 2) of M
 
 KVMATH_EXPORT double mul13with31(const double* a, const double* b);  ///< dot product of 3-vectors
+/// out (2) = M v.
 KVMATH_EXPORT void mul22with21(const double* M, const double* v, double* out);
+/// out (3) = M v, M 3 x 2.
 KVMATH_EXPORT void mul32with21(const double* M, const double* v, double* out);
+/// out (3 x 2) = A B.
 KVMATH_EXPORT void mul33with32(const double* A, const double* B, double* out);
+/// out (3 x 3) = A B.
 KVMATH_EXPORT void mul33with33(const double* A, const double* B, double* out);
 
 KVMATH_EXPORT void vectorA2B(const double* M, const double* v,
@@ -48,6 +52,7 @@ KVMATH_EXPORT void mulV3byScalar(double* v, double s);      ///< v *= s
 KVMATH_EXPORT void sumPlus31(double* a, const double* b);   ///< a += b
 KVMATH_EXPORT void subMinus31(double* a, const double* b);  ///< a -= b
 KVMATH_EXPORT double v3Norm(const double* v);               ///< Euclidean length
+/// out = a x b.
 KVMATH_EXPORT void crossProduct(const double* a, const double* b, double* out);
 
 /// out = v x e with e the coordinate axis along which |v| is smallest (of equals the first): perpendicular to
