@@ -22,6 +22,26 @@ namespace Literal = TestSupport::Literal;
 
 namespace {
 
+// Which of the three clouds have a member: a missing one is a compile error.
+#define ONLY_IN(NAME, IN_XY, IN_XYZ, IN_RGB)                                                                 \
+    template <class C, class = void>                                                                         \
+    constexpr bool has_##NAME = false;                                                                       \
+    template <class C>                                                                                       \
+    constexpr bool has_##NAME<C, std::void_t<decltype(&C::NAME)>> = true;                                    \
+    static_assert(has_##NAME<XY> == IN_XY && has_##NAME<XYZ> == IN_XYZ && has_##NAME<RGB> == IN_RGB)
+
+ONLY_IN(calcAverageY, true, false, false);
+ONLY_IN(resize, true, false, false);
+ONLY_IN(readMarker, true, false, false);
+ONLY_IN(getIndexX, true, true, false);
+ONLY_IN(size_z, false, true, false);
+ONLY_IN(removePointsByYLevel, true, true, false);
+ONLY_IN(rotateYZ, false, true, false);
+ONLY_IN(trim, false, true, false);
+ONLY_IN(extract, false, true, false);
+ONLY_IN(buildZIndex, false, true, true);
+ONLY_IN(compat_writeToXYZFile, false, true, false);
+
 XYZ alongZ(std::initializer_list<float> values) {
     XYZ cloud;
     for (const float z : values)
