@@ -123,6 +123,8 @@ TEST_F(Kvmeasure, WrongUseSaysWhatAndWhatToDo) {
         const char* reason;
     } cases[] = {
         {{}, "which command"},
+        {{"mach"}, "did you mean \"match\"?"},
+        {{"teach", "p.csv", "--out", "no/such/t.json", "--longest", "1"}, "t.json: cannot be written"},
         {{"teach", "p.csv", "--longset", "2"}, "did you mean \"--longest\"?"},
         {{"teach", "p.csv", "--longest"}, "--longest needs a value"},
         {{"teach", "p.csv", "--longest", "2.5", "--out", "t"}, "needs a whole number"},
@@ -146,6 +148,14 @@ TEST_F(Kvmeasure, WrongUseSaysWhatAndWhatToDo) {
     for (const auto& c : cases)
         expectRefused(c.arguments, c.reason);
     EXPECT_FALSE(QFile::exists(path("t")));
+}
+
+TEST_F(Kvmeasure, FailureLeavesTheOldFileWhole) {
+    teachGroove("");
+    const QByteArray before = read("groove.json");
+    expectRefused({"teach", "groove.csv", "--longest", "3", "--out", "groove.json", "--measure", "length 9"},
+                  "no template line");
+    EXPECT_EQ(read("groove.json"), before);
 }
 
 TEST_F(Kvmeasure, MeasureTextErrorsQuoteTheStatement) {
@@ -184,6 +194,7 @@ TEST_F(Kvmeasure, UnreadablePointsNameThePlace) {
          "line 2001: holds a zero byte"},
         {"long", QByteArray(100'000, '1'), "line 1: is longer than 4096 bytes"},
         {"header", "x,y\n", "holds no point"},
+        {"second", xy3 + QByteArray(24, '\0') + '\x09', "offset 27: byte 0x09"},
         {"cut", xy3 + QByteArray(23, '\0'),
          "offset 0: XY cloud record: announces 3 points, the file ends after 2"},
         {"head", QByteArray("\x03\xff", 2), "its head needs 5 bytes"},
