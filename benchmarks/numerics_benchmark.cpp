@@ -40,7 +40,9 @@ Values normals(std::size_t count) {
     return values;
 }
 
-std::size_t size(const benchmark::State& state, int i) { return static_cast<std::size_t>(state.range(i)); }
+std::size_t size(const benchmark::State& state, std::size_t i) {
+    return static_cast<std::size_t>(state.range(i));
+}
 
 void shapes(benchmark::internal::Benchmark* b) {
     for (const auto& shape : {std::pair(3, 3), {6, 6}, {20, 6}, {100, 10}, {1000, 3}})
