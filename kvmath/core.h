@@ -1,5 +1,5 @@
 #pragma once
-// Core geometry: points, clouds, lines, circles, planes, histograms, the interpolant, version and trace.
+// Core geometry: points, clouds, lines, circles, planes, histograms, matrix clouds, the interpolant, version and trace.
 
 #include <kvmath/core/circle.h>
 #include <kvmath/core/free_vector.h>
@@ -7,6 +7,7 @@
 #include <kvmath/core/interpolant.h>
 #include <kvmath/core/level_histogram.h>
 #include <kvmath/core/line.h>
+#include <kvmath/core/matrix_cloud.h>
 #include <kvmath/core/plane.h>
 #include <kvmath/core/point.h>
 #include <kvmath/core/point_cloud.h>

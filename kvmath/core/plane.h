@@ -7,6 +7,7 @@
 
 namespace KvMath {
 
+class KvProfileZSet;
 struct LinePP;
 
 /// Implicit plane a*x + b*y + c*z + d = 0, not normalised. The static fits and removals use the explicit form
@@ -38,6 +39,11 @@ public:
     /// Returns the number of points removed.
     static int removePointsRelativelyPlane(PointCloud& cloud, bool removeUpLevel, double shiftFromPlane,
                                            double a, double b, double c);
+    /// The same for a scan: the plane y = a*x + b*z + c, heights over places, is fitted to all points of the
+    /// stack and returned, and what lies above y = plane - shift (removeUpLevel) or below y = plane + shift
+    /// goes. Points without a place or height stay. False, nothing changed, when the fit fails.
+    static bool removePointsRelativelyPlane(KvProfileZSet& set, bool removeUpLevel, double shift, double& a,
+                                            double& b, double& c);
 
     /// Takes nothing, by design: 0, with `out` untouched, for any input.
     static int getPointsFromArea(const PointCloud& in, const LinePP* area, PointCloud& out);

@@ -1,0 +1,184 @@
+// The stack, its files, parts and clouds.
+
+#include <kvmath/profile/profile_zset.h>
+
+#include <kvmath/core/box_p.h>
+#include <kvmath/profile/point_list_p.h>
+
+#include <QtCore/QIODevice>
+#include <QtCore/QVector>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace KvMath {
+namespace {
+
+constexpr float kUnset = std::numeric_limits<float>::quiet_NaN();
+constexpr int kMaxPlanes = 1 << 20;
+
+/// The planes of a slicing, not descending.
+class Planes {
+public:
+    Planes(int count, float minZ, float step) : z_(count), step_(step) {
+        for (int i = 0; i < count; ++i)
+            z_[i] = static_cast<float>(i) * step + minZ;
+    }
+
+    float z(int i) const { return z_.at(i); }
+
+    /// The plane that gets a point: of the first interval that holds it, the nearer plane. -1 outside.
+    int nearest(float z) const {
+        const int interval = intervalOf(z);
+        if (interval < 0)
+            return -1;
+        return (z - z_.at(interval)) / step_ < 0.5F ? interval : interval + 1;
+    }
+
+private:
+    /// The planes before the first one >= z lie below z, so the interval that ends there is the first to hold
+    /// z. The quotient guesses it and misses at most by rounding; where rounding is coarse the search
+    /// decides.
+    int intervalOf(float z) const {
+        const int last = z_.size() - 2;
+        if (last < 0 || !(z >= z_.first() && z <= z_.last()))  // NaN too
+            return -1;
+        const float quotient = (z - z_.first()) / step_;
+        const int guess = quotient < static_cast<float>(last) ? static_cast<int>(quotient) : last;
+        for (const int i : {guess, std::max(guess - 1, 0)})
+            if (z <= z_.at(i + 1) && (i == 0 || z > z_.at(i)))
+                return i;
+        const auto above = std::lower_bound(z_.constBegin() + 1, z_.constEnd(), z);
+        return static_cast<int>(above - z_.constBegin()) - 1;
+    }
+
+    QVector<float> z_;
+    float step_;
+};
+
+/// Number of planes of a slicing, or -1 when it is refused.
+int planeCount(const KvPointCloud<KvPointXYZ>& cloud, float step) {
+    if (!(step > 0.0F) || !std::isfinite(step) || !std::isfinite(cloud.minZ) || !std::isfinite(cloud.maxZ))
+        return -1;
+    const float intervals = std::ceil(cloud.size_z() / step);
+    if (!(intervals < static_cast<float>(kMaxPlanes)))
+        return -1;
+    return intervals >= 0.0F ? static_cast<int>(intervals) + 1 : 0;
+}
+
+}  // namespace
+
+KvProfileZSet::KvProfileZSet()
+    : minX(kUnset), maxX(kUnset), minY(kUnset), maxY(kUnset), minZ(kUnset), maxZ(kUnset), zStep(kUnset) {}
+
+int KvProfileZSet::size() const { return profiles.size(); }
+bool KvProfileZSet::isEmpty() const { return profiles.isEmpty(); }
+void KvProfileZSet::clear() { *this = KvProfileZSet(); }
+void KvProfileZSet::append(const KvProfileZ& profile) { profiles.append(profile); }
+KvProfileZ& KvProfileZSet::operator[](int i) { return profiles[i]; }
+const KvProfileZ& KvProfileZSet::at(int i) const { return profiles.at(i); }
+
+bool KvProfileZSet::writeToFile(QString path) const {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadWrite | QIODevice::Truncate))
+        return false;
+    const auto writes = [&file](const KvProfileZ& profile) { return profile.writeToFile(file); };
+    return std::all_of(profiles.constBegin(), profiles.constEnd(), writes) && file.flush();
+}
+
+int KvProfileZSet::readFromFile(QString path) {
+    clear();
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return -1;
+    KvProfileZ profile;
+    while (profile.readFromFile(file, /*acceptPartial=*/false) >= 0)
+        profiles.append(profile);
+    return size();
+}
+
+int KvProfileZSet::readFromFile(QString path, float z0, float step) {
+    clear();
+    zStep = step;
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return -1;
+    KvProfileZ profile(z0);
+    for (int count = 0; (count = profile.KvPointCloud<KvPointXY>::readFromFile(file)) >= 0;) {
+        if (count > 0)
+            profiles.append(profile);
+        profile.z += step;  // an empty record takes its place too, by design
+    }
+    return size();
+}
+
+void KvProfileZSet::setZ(float z0, float step) {
+    for (int i = 0; i < profiles.size(); ++i)
+        profiles[i].z = z0 + static_cast<float>(i) * step;
+    zStep = step;
+}
+
+int KvProfileZSet::getRange(float zmin, float zmax, KvProfileZSet& out) const {
+    KvProfileZSet found;
+    found.zStep = zStep;
+    for (const KvProfileZ& profile : profiles)
+        if (Internal::isWithin(profile.z, zmin, zmax))
+            found.profiles.append(profile);
+    out = found;
+    return out.size();
+}
+
+int KvProfileZSet::toPointCloud(KvPointCloud<KvPointXYZ>& cloud, int first, int last) const {
+    cloud.clear();
+    for (int i = std::max(first, 0); i <= std::min(last, size() - 1); ++i) {
+        const KvProfileZ& profile = profiles.at(i);
+        for (const KvPointXY& p : profile.points)
+            cloud.points.append(KvPointXYZ(p.x, p.y, profile.z));
+    }
+    return cloud.points.size();
+}
+
+int KvProfileZSet::toPointCloud(KvPointCloud<KvPointXYZ>& cloud) const {
+    return toPointCloud(cloud, 0, size() - 1);
+}
+
+int KvProfileZSet::calcFromPointCloud(KvPointCloud<KvPointXYZ>& cloud, float step) {
+    if (std::isnan(cloud.minZ))
+        cloud.calcRange();
+    clear();
+    const int count = planeCount(cloud, step);
+    if (count < 0)
+        return 0;
+    zStep = step;
+    const Planes planes(count, cloud.minZ, step);
+    for (int i = 0; i < count; ++i)
+        profiles.append(KvProfileZ(planes.z(i)));
+
+    // Counted first, so that each profile is made in one piece and filled in place.
+    QVector<int> planeOf(cloud.points.size());
+    QVector<int> sizes(count);
+    int* plane = planeOf.data();
+    for (const KvPointXYZ& p : cloud.points) {
+        *plane = planes.nearest(p.z);
+        if (*plane >= 0)
+            ++sizes[*plane];
+        ++plane;
+    }
+    QVector<Internal::PointIterator> next(count);
+    for (int i = 0; i < count; ++i) {
+        profiles[i].points = Internal::pointListOfSize(sizes.at(i));
+        next[i] = profiles[i].points.begin();
+    }
+    plane = planeOf.data();
+    for (const KvPointXYZ& p : cloud.points) {
+        if (const int i = *plane++; i >= 0) {
+            next[i]->x = p.x;
+            next[i]->y = p.y;
+            ++next[i];
+        }
+    }
+    return size();
+}
+
+}  // namespace KvMath
