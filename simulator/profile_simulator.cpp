@@ -4,6 +4,7 @@
 #include <simulator/profile_simulator.h>
 
 #include <simulator/draws.h>
+#include <simulator/legal_range.h>
 #include <simulator/part.h>
 
 #include <algorithm>
@@ -19,12 +20,6 @@ constexpr double kPi = 3.14159265358979323846;
 enum Stream : std::uint64_t { NoiseStream = 1, DropoutStream = 2, SpikeStream = 3 };
 
 // ---- legal recipes
-
-QString outside(const QString& field, double value, double minimum, double maximum) {
-    if (value >= minimum && value <= maximum)  // false for NaN
-        return {};
-    return QString("%1: %2 is outside %3 ... %4").arg(field).arg(value).arg(minimum).arg(maximum);
-}
 
 QString problemOf(const ProfileRecipe& recipe) {
     const QString problems[] = {
