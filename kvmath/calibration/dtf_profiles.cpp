@@ -1,0 +1,54 @@
+// Columns outside, steps inside, as the DTF lies in memory: the table is read along a column, which for
+// neighbouring steps means neighbouring rows. A block of columns shares the table's cache lines and is
+// collected in one buffer, from which each profile takes a run of points.
+
+#include <kvmath/calibration/dtf_profiles.h>
+
+#include "rows_p.h"
+
+#include <kvmath/profile/profile.h>
+
+#include <cstddef>
+
+namespace KvMath {
+
+namespace {
+
+constexpr std::size_t kSteps = kCalibrationSteps;
+constexpr std::size_t kColumns = kSensorColumns;
+
+struct Ranges {
+    double z, x;
+};
+
+/// `cell` points to the table cell of the row in question, the next row lies 648 cells on.
+float coordinate(const unsigned short* cell, int f, double range) {
+    const int value = cell[0];
+    return static_cast<float>((value + (cell[kColumns] - value) * f * 0.5) * range / kUnitsPerRange);
+}
+
+/// `column` is the table's cell of row 0 in the column of the position.
+KvPointXY pointAt(const unsigned short* column, unsigned short position, const Ranges& range) {
+    const unsigned v = Internal::isLine(position) ? position : 0U;
+    const unsigned rem = v & 31U;
+    const std::size_t row = 2 * (v >> 5U) + (rem >> 1U);  // deliberately not v >> 4
+    const int f = static_cast<int>(rem & 1U);
+    const unsigned short* z = column + row * kColumns;
+    return {coordinate(z + kTableHalfRows * kColumns, f, range.x), coordinate(z, f, range.z)};
+}
+
+}  // namespace
+
+void calcProfsFromDtf(const unsigned short* tbl, unsigned short** dtf, double zRange, double xRange,
+                      KvProfile* profiles) {
+    if (tbl == nullptr || profiles == nullptr || !Internal::hasColumns(dtf))
+        return;
+    for (std::size_t s = 0; s < kSteps; ++s)
+        profiles[s].points.reserve(profiles[s].points.size() + kSensorColumns);
+    for (std::size_t c = 0; c < kColumns; ++c) {
+        for (std::size_t s = 0; s < kSteps; ++s)
+            profiles[s].points.append(pointAt(tbl + c, dtf[c][s], {zRange, xRange}));
+    }
+}
+
+}  // namespace KvMath

@@ -1,0 +1,22 @@
+#pragma once
+// From line positions to profiles by a full table.
+
+#include <kvmath/core/global.h>
+
+namespace KvMath {
+
+class KvProfile;
+
+/// Appends to each of the 1000 profiles, one per calibration step s, 648 points (x, z), one per column c in
+/// order, in the unit of the ranges; what the profiles hold stays, their cached range becomes stale. With
+/// v = dtf[c][s], q = v >> 5, rem = v & 31 and T a half of the table:
+///     row = 2 * q + (rem >> 1),  f = rem & 1
+///     z = (T[row][c] + (T[row + 1][c] - T[row][c]) * f * 0.5) * zRange / 16384, and x likewise.
+/// Deliberate: row is not v >> 4, so that a position with rem > 1 reads up to 14 half rows further down than
+/// its own (only rem 0 and 1 read their own row); and an empty table cell counts as the number 32768, which
+/// gives twice the range. An empty position, and one beyond the sensor, reads row 0. Null tables, DTF rows or
+/// profiles: nothing.
+KVMATH_EXPORT void calcProfsFromDtf(const unsigned short* tbl, unsigned short** dtf, double zRange,
+                                    double xRange, KvProfile* profiles);
+
+}  // namespace KvMath

@@ -1,0 +1,114 @@
+// One buffer per file, one read or write. The byte orders are those of the file, whatever the machine's.
+
+#include <kvmath/calibration/table_io.h>
+
+#include "rows_p.h"
+
+#include <QtCore/QFile>
+#include <QtCore/QtEndian>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <memory>
+#include <new>
+
+namespace KvMath {
+
+namespace {
+
+constexpr qint64 kCellBytes = 2;
+constexpr qint64 kParameterBytes = 8;
+constexpr qint64 kColumnBytes = kCalibrationSteps * kCellBytes;
+constexpr qint64 kPositionBytes = kSensorColumns * kColumnBytes;
+constexpr qint64 kRawBytes = kPositionBytes + kCalibrationSteps * kParameterBytes;
+
+static_assert(kRawBytes == 1'304'000 && kTableCells * kCellBytes == 2'592'000);
+
+using Buffer = std::unique_ptr<char[]>;
+
+Buffer makeBuffer(qint64 size) { return Buffer(new (std::nothrow) char[static_cast<std::size_t>(size)]); }
+
+/// Reads up to `size` bytes and returns how many were there.
+qint64 readUpTo(QFile& file, char* data, qint64 size) { return std::max<qint64>(file.read(data, size), 0); }
+
+/// Little-endian cells to `cells`; behind the `size` bytes that exist, and in a cut cell, `missing`.
+void takeCells(const char* bytes, qint64 size, unsigned short* cells, qint64 count, unsigned short missing) {
+    const qint64 complete = std::clamp<qint64>(size / kCellBytes, 0, count);
+    qFromLittleEndian<quint16>(bytes, complete, cells);
+    std::fill(cells + complete, cells + count, missing);
+}
+
+void takeParameters(const char* bytes, qint64 size, double* parameters) {
+    const qint64 complete = std::clamp<qint64>(size / kParameterBytes, 0, kCalibrationSteps);
+    qFromBigEndian<quint64>(bytes, complete, parameters);
+    std::fill(parameters + complete, parameters + kCalibrationSteps, 0.0);
+}
+
+bool saveCells(const unsigned short* cells, qint64 count, const QString& path) {
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        return false;
+    if (count < 1)
+        return true;
+    const Buffer buffer = makeBuffer(count * kCellBytes);
+    if (buffer == nullptr)
+        return false;
+    qToLittleEndian<quint16>(cells, count, buffer.get());
+    file.write(buffer.get(), count * kCellBytes);
+    return true;
+}
+
+}  // namespace
+
+bool saveRawCbrDataToFile(unsigned short** positions, const double* parameters, QString path) {
+    if (parameters == nullptr || !Internal::hasColumns(positions))
+        return false;
+    const Buffer buffer = makeBuffer(kRawBytes);
+    QFile file(path);
+    if (buffer == nullptr || !file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        return false;
+    for (int c = 0; c < kSensorColumns; ++c)
+        qToLittleEndian<quint16>(positions[c], kCalibrationSteps, buffer.get() + c * kColumnBytes);
+    qToBigEndian<quint64>(parameters, kCalibrationSteps, buffer.get() + kPositionBytes);  // by design
+    file.write(buffer.get(), kRawBytes);
+    return true;
+}
+
+bool loadRawCbrDataFromFile(unsigned short** positions, double* parameters, QString path) {
+    if (parameters == nullptr || !Internal::hasColumns(positions))
+        return false;
+    const Buffer buffer = makeBuffer(kRawBytes);
+    QFile file(path);
+    if (buffer == nullptr || !file.open(QIODevice::ReadOnly))
+        return false;
+    const qint64 size = readUpTo(file, buffer.get(), kRawBytes);
+    for (int c = 0; c < kSensorColumns; ++c) {
+        const qint64 start = c * kColumnBytes;
+        takeCells(buffer.get() + start, size - start, positions[c], kCalibrationSteps, 0);
+    }
+    takeParameters(buffer.get() + kPositionBytes, size - kPositionBytes, parameters);
+    return true;
+}
+
+bool saveTableToFile(const unsigned short* tbl, QString path) {
+    return saveTableToFile(tbl, kTableCells, path);
+}
+
+bool saveTableToFile(const unsigned short* table, int count, QString path) {
+    return table != nullptr && saveCells(table, count, path);
+}
+
+bool loadTableFromFile(unsigned short* tbl, QString path) {
+    QFile file(path);
+    if (tbl == nullptr || !file.open(QIODevice::ReadOnly))
+        return false;
+    const Buffer buffer = makeBuffer(kTableCells * kCellBytes);
+    if (buffer == nullptr)
+        return false;
+    const qint64 size = readUpTo(file, buffer.get(), kTableCells * kCellBytes);
+    takeCells(buffer.get(), size, tbl, kTableCells, kEmptyCell);
+    return true;
+}
+
+}  // namespace KvMath

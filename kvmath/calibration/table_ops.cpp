@@ -1,0 +1,153 @@
+// Every operation is one pass over the memory of its table, without allocation. For a fixed column each cut
+// condition is a bound on y, so that a column keeps one run of rows.
+
+#include <kvmath/calibration/table_ops.h>
+
+#include "rows_p.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+
+namespace KvMath {
+
+namespace {
+
+constexpr auto kColumns = static_cast<std::size_t>(kSensorColumns);
+
+/// Sensor rows first <= y <= last of a column stay.
+struct KeptRows {
+    std::array<std::int16_t, kColumns> first, last;
+};
+
+/// The least integer that is not below `bound`, within 0..488.
+std::int16_t atLeast(double bound) {
+    return static_cast<std::int16_t>(std::ceil(std::clamp(bound, 0.0, double(kSensorRows))));
+}
+
+/// The greatest integer that is not above `bound`, within -1..487.
+std::int16_t atMost(double bound) {
+    return static_cast<std::int16_t>(std::floor(std::clamp(bound, -1.0, double(kSensorRows - 1))));
+}
+
+double quotient(int height, int width) { return double(height) / double(width); }
+
+/// Real arithmetic throughout: no field can overflow, and no slope is flattened to a whole number.
+KeptRows keptRows(const CutDiagonalParamsCBR& p) {
+    constexpr double rows = kSensorRows;
+    constexpr double columns = kSensorColumns;
+    KeptRows kept;
+    for (int c = 0; c < kSensorColumns; ++c) {
+        const double x = c;
+        double from = p.topMargin;
+        double to = rows - p.bottomMargin;
+        if (p.topLeftWidth != 0)
+            from = std::max(from, x * -quotient(p.topLeftHeight, p.topLeftWidth) + p.topLeftHeight);
+        if (p.topRightWidth != 0) {
+            const double slope = quotient(p.topRightHeight, p.topRightWidth);
+            from = std::max(from, x * slope + p.topRightHeight - columns * slope);
+        }
+        if (p.bottomLeftWidth != 0)
+            to =
+                std::min(to, x * quotient(p.bottomLeftHeight, p.bottomLeftWidth) + rows - p.bottomLeftHeight);
+        if (p.bottomRightWidth != 0) {
+            const double slope = quotient(p.bottomRightHeight, p.bottomRightWidth);
+            to = std::min(to, -x * slope + (rows - p.bottomRightHeight) + columns * slope);
+        }
+        const bool outside = x > columns - p.rightMargin || x < p.leftMargin;
+        const auto i = static_cast<std::size_t>(c);
+        kept.first[i] = atLeast(from);
+        kept.last[i] = outside ? std::int16_t(-1) : atMost(to);
+    }
+    return kept;
+}
+
+void cutRow(unsigned short* row, const KeptRows& kept, std::int16_t y) {
+    for (std::size_t c = 0; c < kColumns; ++c) {
+        const bool stays = (y >= kept.first[c]) & (y <= kept.last[c]);
+        row[c] = stays ? row[c] : kEmptyCell;
+    }
+}
+
+void reverseRows(unsigned short* half) {
+    constexpr std::size_t last = kTableSensorRows;  // 976, deliberately one row beyond the sensor
+    for (std::size_t r = 0; r < last / 2; ++r)
+        std::swap_ranges(half + r * kColumns, half + (r + 1) * kColumns, half + (last - r) * kColumns);
+}
+
+/// Where the cells of one axis come from: `count` of them from `source` on go to `destination` on.
+struct Overlap {
+    Overlap(int shift, std::int64_t size)
+        : source(std::clamp<std::int64_t>(shift, 0, size)),
+          destination(std::clamp<std::int64_t>(-std::int64_t(shift), 0, size)),
+          count(std::max<std::int64_t>(size - source - destination, 0)) {}
+    std::int64_t source, destination, count;
+};
+
+/// Rows in the order in which none is read after it was written, should both tables be one.
+void shiftHalf(const unsigned short* source, unsigned short* destination, const Overlap& columns,
+               const Overlap& rows) {
+    const bool upwards = rows.source > 0;
+    for (std::int64_t i = 0; i < kCompactHalfRows; ++i) {
+        const std::int64_t r = upwards ? i : kCompactHalfRows - 1 - i;
+        unsigned short* to = destination + r * kSensorColumns;
+        const std::int64_t offset = r - rows.destination;
+        if (offset < 0 || offset >= rows.count || columns.count == 0) {
+            std::fill_n(to, kSensorColumns, kEmptyCell);
+            continue;
+        }
+        const unsigned short* from = source + (rows.source + offset) * kSensorColumns + columns.source;
+        std::memmove(to + columns.destination, from, std::size_t(columns.count) * sizeof *to);
+        std::fill_n(to, columns.destination, kEmptyCell);
+        std::fill(to + columns.destination + columns.count, to + kSensorColumns, kEmptyCell);
+    }
+}
+
+}  // namespace
+
+void cutTBL(unsigned short* tbl, CutDiagonalParamsCBR params) {
+    if (tbl == nullptr)
+        return;
+    const KeptRows kept = keptRows(params);
+    for (const std::size_t half : {0, kTableHalfRows}) {
+        for (std::size_t r = 0; r < kTableSensorRows; ++r)
+            cutRow(tbl + (half + r) * kColumns, kept, static_cast<std::int16_t>(r / 2));
+    }
+}
+
+void zMirrorDTF(unsigned short** dtf) {
+    if (!Internal::hasColumns(dtf))
+        return;
+    for (std::size_t c = 0; c < kColumns; ++c) {
+        for (std::size_t s = 0; s < kCalibrationSteps; ++s) {
+            const unsigned short v = dtf[c][s];
+            dtf[c][s] = Internal::isLine(v) ? static_cast<unsigned short>(kSensorPositions - v)
+                                            : static_cast<unsigned short>(0);
+        }
+    }
+}
+
+void zMirrorTBL(unsigned short* tbl, bool mirrorZ, bool mirrorX) {
+    if (tbl == nullptr)
+        return;
+    if (mirrorZ)
+        reverseRows(tbl);
+    if (mirrorX)
+        reverseRows(tbl + kTableHalfRows * kColumns);
+}
+
+bool convert625to625d(const unsigned short* source, unsigned short* destination, int columnShift,
+                      int rowShift) {
+    if (source == nullptr || destination == nullptr)
+        return true;
+    const Overlap columns(columnShift, kSensorColumns);
+    const Overlap rows(rowShift, kCompactHalfRows);
+    constexpr std::size_t half = kCompactHalfRows * kColumns;
+    shiftHalf(source, destination, columns, rows);
+    shiftHalf(source + half, destination + half, columns, rows);
+    return true;
+}
+
+}  // namespace KvMath
