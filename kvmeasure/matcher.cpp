@@ -74,8 +74,8 @@ Value& Collector::addValue(const QString& name, double value, const QString& uni
 }
 
 void Collector::addInvalid(TSMeasurement& measurement) {
-    for (const auto& info : measurement.getUniformResultsInfoAll())
-        addValue(*info.first, unsetBound, "mm");
+    for (const ValueName& value : valueNames(measurement))
+        addValue(value.name, unsetBound, value.unit);
 }
 
 Mark Collector::shiftMark(const TSUMEndPointShiftInDirection& shift, const TSUniformResultLine& line) const {
@@ -240,19 +240,19 @@ Segments extractSegments(const KvProfile& profile, const TSFindTemplateParams& p
     return segments;
 }
 
-QList<TSLinesIndecies> findAssignments(Segments& segments, const TemplateFile& file) {
+QList<TSLinesIndecies> findAssignments(Segments& segments, const TSTemplate& wanted, bool allowReversed) {
     QList<TSLinesIndecies> found;
-    const int lines = file.lines.getTemplateLinesNumber();
+    const int lines = wanted.getTemplateLinesNumber();
     if (lines < 1 || segments.isEmpty())
         return found;
     QVector<LinePP> flat;
     for (const LinePP& segment : segments)
         flat.append(segment);
-    BoundedCheck check{&file.lines};
+    BoundedCheck check{&wanted};
     int* codes = nullptr;
     std::unique_ptr<int[]> owner;
     while (templateSearch(flat.data(), flat.size(), lines, checkBounded, &check, nullptr, nullptr,
-                          /*findBest=*/false, file.search.allowReversed, codes)) {
+                          /*findBest=*/false, allowReversed, codes)) {
         if (owner == nullptr)
             owner.reset(codes);
         found.append(TSLinesIndecies(codes, lines));

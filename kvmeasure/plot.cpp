@@ -82,20 +82,10 @@ void Painter::drawTicks(bool alongX) {
     const double scale = alongX ? view_.scaleX : view_.scaleY;
     const double extent = (alongX ? area.width() : area.height()) / scale;
     const double first = alongX ? view_.origin.x : view_.origin.y;
-    constexpr double ticksWanted = 10;
-    const double power = std::pow(10.0, std::floor(std::log10(extent / ticksWanted)));
-    double step = power;
-    for (const double factor : {2.0, 5.0, 10.0}) {
-        if (extent / step > ticksWanted)
-            step = power * factor;
-    }
-    const int decimals = std::max(0, static_cast<int>(-std::floor(std::log10(step) + 1e-9)));
-    const double start = std::ceil(first / step);
-    for (int i = 0; i < 2 * ticksWanted; ++i) {
-        const double value = (start + i) * step;
-        if (value > first + extent)
-            break;
-        const QString text = QString::number(value == 0 ? 0.0 : value, 'f', std::min(decimals, 9));
+    constexpr int ticksWanted = 10;
+    const Ticks ticks = ticksWithin(first, first + extent, ticksWanted);
+    for (const double value : ticks.values) {
+        const QString text = ticks.text(value);
         if (alongX) {
             const double x = view_.toPixel({value, 0}).x;
             canvas_.line({x, area.top}, {x, area.bottom}, stroke("#E8EAED", 1));

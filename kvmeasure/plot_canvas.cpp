@@ -50,6 +50,24 @@ Projection fitProjection(const Rect& range, double left, double top, double widt
     return projection;
 }
 
+Ticks ticksWithin(double from, double to, int wanted) {
+    const double extent = to - from;
+    const double power = std::pow(10.0, std::floor(std::log10(extent / wanted)));
+    double step = power;
+    for (const double factor : {2.0, 5.0, 10.0}) {
+        if (extent / step > wanted)
+            step = power * factor;
+    }
+    constexpr int mostDecimals = 9;
+    Ticks ticks;
+    ticks.decimals =
+        std::min(mostDecimals, std::max(0, static_cast<int>(-std::floor(std::log10(step) + 1e-9))));
+    const double start = std::ceil(from / step);
+    for (int i = 0; i < 2 * wanted && (start + i) * step <= to; ++i)
+        ticks.values.append((start + i) * step);
+    return ticks;
+}
+
 void Canvas::line(const Vector& a, const Vector& b, const QString& style) {
     raw(QString("<line x1=\"%1\" y1=\"%2\" x2=\"%3\" y2=\"%4\" %5/>")
             .arg(pixels(a.x), pixels(a.y), pixels(b.x), pixels(b.y), style));

@@ -33,6 +33,18 @@ struct Projection {
 /// between the limits, otherwise stretched by a round factor or narrowed.
 Projection fitProjection(const Rect& range, double left, double top, double width);
 
+/// Round numbers for an axis.
+struct Ticks {
+    QList<double> values;
+    int decimals = 0;
+
+    QString text(double value) const { return QString::number(value == 0 ? 0.0 : value, 'f', decimals); }
+};
+
+/// The ticks within [from, to], finite and from < to: at steps of 1, 2 or 5 times a power of ten, at most
+/// about `wanted` of them.
+Ticks ticksWithin(double from, double to, int wanted);
+
 /// Collects SVG elements.
 class Canvas {
 public:

@@ -24,31 +24,36 @@ bool isNumeric(const QList<QStringList>& rows, int column) {
 
 }  // namespace
 
-QString Table::text() const {
+QString Table::text() {
     QString text;
-    const int columns = rows_.first().size();
-    QList<int> widths;
-    QList<bool> right;
-    for (int column = 0; column < columns; ++column) {
-        int width = 0;
-        for (const QStringList& row : rows_)
-            width = qMax(width, row.value(column).size());
-        widths.append(width);
-        right.append(isNumeric(rows_, column));
+    const int columns = rows_.isEmpty() ? 0 : rows_.first().size();
+    for (int column = widths_.size(); column < columns; ++column) {
+        widths_.append(0);
+        isRight_.append(isNumeric(rows_, column));
+    }
+    for (const QStringList& row : rows_) {
+        for (int column = 0; column < columns; ++column)
+            widths_[column] = qMax(widths_[column], row.value(column).size());
     }
     for (const QStringList& row : rows_) {
         QString line;
         for (int column = 0; column < columns; ++column) {
             const QString cell = row.value(column);
-            line +=
-                (right[column] ? cell.rightJustified(widths[column]) : cell.leftJustified(widths[column])) +
-                "  ";
+            line += (isRight_[column] ? cell.rightJustified(widths_[column])
+                                      : cell.leftJustified(widths_[column])) +
+                    "  ";
         }
         while (line.endsWith(' '))
             line.chop(1);
         text += line + '\n';
     }
     return text;
+}
+
+QString Table::takeText() {
+    const QString taken = text();
+    rows_.clear();
+    return taken;
 }
 
 void print(const QString& text) {

@@ -13,10 +13,17 @@ class Table {
 public:
     explicit Table(const QStringList& head) { rows_.append(head); }
     void add(const QStringList& row) { rows_.append(row); }
-    QString text() const;
+    QString text();
+
+    /// For tables too long for memory: text, after which the rows are forgotten. Later text has no heading
+    /// and keeps the alignment; a column widens where it must.
+    QString takeText();
+    int size() const { return rows_.size(); }
 
 private:
     QList<QStringList> rows_;
+    QList<int> widths_;
+    QList<bool> isRight_;
 };
 
 /// Writes to standard output; throws Failure when it cannot take it (a full disk).

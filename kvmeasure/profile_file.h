@@ -79,6 +79,8 @@ struct LoadedProfile {
     int unset = 0;              ///< points that were left out
     RecordHead head;            ///< of a record
     float z = 0;                ///< of a record
+
+    bool hasZ() const { return head.marker == 0x05 || recordHasZ(head.marker); }  ///< z is a scan position
 };
 
 /// The profiles of a file, one after another. Profiles have at most 1,000,000 points.

@@ -8,6 +8,7 @@
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 #include <QtCore/QJsonDocument>
+#include <QtCore/QSet>
 #include <QtCore/QVariant>
 
 #include <cmath>
@@ -95,33 +96,6 @@ private:
     QString path_;
 };
 
-/// The names of the values that these measurements and means deliver; a point delivers two.
-QStringList valueNames(const TemplateFile& file) {
-    const auto activeNames = [](const QVariant& infos) {
-        QStringList names;
-        for (const QVariant& info : infos.toList()) {
-            if (info.toMap()["isActive"].toBool())
-                names.append(info.toMap()["name"].toString());
-        }
-        return names;
-    };
-    QStringList names;
-    for (KvMath::TSMeasurement* measurement : file.measurements.getAllMeasurements()) {
-        QVariantMap stored;
-        measurement->save(stored);
-        for (const QString& point : activeNames(stored["pointsInfos"]))
-            names << point + ".x" << point + ".y";
-        names += activeNames(stored["linesInfos"]) + activeNames(stored["anglesInfos"]);
-    }
-    for (const Mean& mean : file.means)
-        names.append(mean.name);
-    for (const Mean& mean : file.means) {  // its parts are not shown
-        names.removeAll(mean.first);
-        names.removeAll(mean.second);
-    }
-    return names;
-}
-
 void DocumentReader::readSearch(const QVariantMap& document, TemplateFile& file) const {
     file.hasSearch = document.contains("search");
     if (!file.hasSearch)
@@ -172,7 +146,9 @@ void DocumentReader::readOwn(const QVariantMap& document, TemplateFile& file) co
 void DocumentReader::readTolerances(const QVariantMap& document, TemplateFile& file) const {
     if (!document.contains("tolerances"))
         return;
-    const QStringList known = valueNames(file);
+    QStringList known;
+    for (const ValueName& value : valueNames(file))
+        known.append(value.name);
     const QVariantMap tolerances = map(document["tolerances"], "tolerances");
     for (auto it = tolerances.begin(); it != tolerances.end(); ++it) {
         const QString where = QString("tolerances: \"%1\"").arg(it.key());
@@ -223,6 +199,41 @@ QVariantMap parseJson(const QString& path, const QByteArray& text) {
 }
 
 }  // namespace
+
+QList<ValueName> valueNames(KvMath::TSMeasurement& measurement) {
+    QVariantMap stored;
+    measurement.save(stored);
+    QList<ValueName> names;
+    const auto add = [&](const char* key, const QStringList& endings, const QString& unit) {
+        for (const QVariant& info : stored[key].toList()) {
+            for (const QString& ending : endings) {
+                if (info.toMap()["isActive"].toBool())
+                    names.append({info.toMap()["name"].toString() + ending, unit});
+            }
+        }
+    };
+    add("pointsInfos", {".x", ".y"}, "mm");
+    add("linesInfos", {""}, "mm");
+    add("anglesInfos", {""}, "deg");
+    return names;
+}
+
+QList<ValueName> valueNames(const TemplateFile& file) {
+    QList<ValueName> names;
+    for (KvMath::TSMeasurement* measurement : file.measurements.getAllMeasurements())
+        names += valueNames(*measurement);
+    QSet<QString> parts;
+    for (const Mean& mean : file.means) {
+        names.append({mean.name, "mm"});
+        parts << mean.first << mean.second;
+    }
+    QList<ValueName> shown;
+    for (const ValueName& value : names) {
+        if (!parts.contains(value.name))
+            shown.append(value);
+    }
+    return shown;
+}
 
 TemplateFile readTemplateFile(const QString& path) {
     QVariantMap document = parseJson(path, readBounded(path));

@@ -37,6 +37,17 @@ struct TemplateFile {
     QMap<QString, Tolerance> tolerances;  ///< by name of the result
 };
 
+/// One value that a measurement delivers: its name and "mm" or "deg".
+struct ValueName {
+    QString name, unit;
+};
+
+/// What a measurement delivers, in the order of its results; a point delivers two.
+QList<ValueName> valueNames(KvMath::TSMeasurement& measurement);
+
+/// What all measurements and means deliver, in the order of the tables; parts of means are not shown.
+QList<ValueName> valueNames(const TemplateFile& file);
+
 /// Reads a template file of at most 4 MB. Whole numbers count as numbers everywhere: the library takes a
 /// bound that is not of type double for unset, and JSON does not tell 3 from 3.0. Throws Failure with line
 /// and column, or with the place in the document and what was expected there.
