@@ -1,15 +1,11 @@
-// The program from outside: arguments in; standard output, standard error, files and exit code out.
+// The program from outside.
+
+#include <tests/kvmeasure/program.h>
 
 #include <kvmath/core/point_cloud.h>
 
 #include <QtCore/QDir>
-#include <QtCore/QFile>
-#include <QtCore/QJsonArray>
-#include <QtCore/QJsonDocument>
-#include <QtCore/QJsonObject>
 #include <QtCore/QMap>
-#include <QtCore/QProcess>
-#include <QtCore/QTemporaryDir>
 
 #include <gmock/gmock.h>
 
@@ -21,61 +17,13 @@ namespace {
 
 using testing::HasSubstr;
 
-struct Outcome {
-    int code = -1;
-    std::string out, err;
-    QJsonObject json() const { return QJsonDocument::fromJson(QByteArray::fromStdString(out)).object(); }
-};
-
 struct Refusal {
     const char* text;
     const char* reason;
 };
 
-class Kvmeasure : public testing::Test {
+class Kvmeasure : public Program {
 protected:
-    QString path(const QString& name) const { return dir_.filePath(name); }
-
-    Outcome run(const QStringList& arguments) const {
-        QProcess process;
-        process.setWorkingDirectory(dir_.path());
-        process.start(KVMEASURE_PROGRAM, arguments);
-        Outcome result;
-        if (!process.waitForFinished(20'000)) {
-            process.kill();
-            process.waitForFinished();
-            ADD_FAILURE() << "does not end: " << arguments.join(' ').toStdString();
-            return result;
-        }
-        if (process.exitStatus() == QProcess::NormalExit)
-            result.code = process.exitCode();
-        result.out = process.readAllStandardOutput().toStdString();
-        result.err = process.readAllStandardError().toStdString();
-        return result;
-    }
-
-    void write(const QString& name, const QByteArray& content) const {
-        QFile file(path(name));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        ASSERT_EQ(file.write(content), content.size());
-    }
-
-    QByteArray read(const QString& name) const {
-        QFile file(path(name));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
-
-    void expectRefused(const QStringList& arguments, const std::string& reason) const {
-        const Outcome result = run(arguments);
-        EXPECT_EQ(result.code, 2) << arguments.join(' ').toStdString();
-        EXPECT_THAT(result.err, HasSubstr(reason)) << arguments.join(' ').toStdString();
-    }
-
-    void simulate(const QString& name, const QStringList& more) const {
-        const Outcome result = run(QStringList{"simulate", "profile", "--out", name} + more);
-        ASSERT_EQ(result.code, 0) << result.err;
-    }
-
     /// A groove with its template: left land, floor, right land.
     void teachGroove(const QString& measure) const {
         simulate("groove.csv", {"--shape", "square-groove", "--noise", "0.02", "--seed", "3"});
@@ -101,9 +49,6 @@ protected:
         }
         return std::numeric_limits<double>::quiet_NaN();
     }
-
-private:
-    QTemporaryDir dir_;
 };
 
 TEST_F(Kvmeasure, EveryCommandHasHelpWithExamples) {
