@@ -23,10 +23,16 @@ struct Place {
     double weight = 0.0;  ///< of the upper middle, in [0, 1)
 };
 
+/// A middle rounded to float, as toPointCloud gives it, is that middle.
 Place placeOf(float value, float origin, float step, int count) {
     const double t =
         (static_cast<double>(value) - static_cast<double>(origin)) / static_cast<double>(step) - 0.5;
-    if (!(t >= 0.0 && t <= count - 1.0))  // NaN too
+    if (!(t > -1.0 && t < count))  // NaN too
+        return {};
+    const int nearest = static_cast<int>(std::floor(t + 0.5));
+    if (nearest >= 0 && nearest < count && static_cast<float>(middle(origin, step, nearest)) == value)
+        return {nearest, 0.0};
+    if (t < 0.0 || t > count - 1.0)
         return {};
     const int index = static_cast<int>(t);
     return {index, t - index};
@@ -149,7 +155,7 @@ int KvMatrixWithHistos::segment(float binWidth, float maxStep, int minCells) {
     regions.clear();
     bins.clear();
     Bands bands;
-    if (!(binWidth > 0.0F) || !(maxStep > 0.0F) || rows < 1 || columns < 1 ||
+    if (!(binWidth > 0.0F) || !std::isfinite(binWidth) || !(maxStep > 0.0F) || rows < 1 || columns < 1 ||
         qint64(rows) * columns != heights.size() || !countBands(heights, binWidth, bands))
         return 0;
     for (int band = 0; band < bands.counts.size(); ++band)

@@ -52,8 +52,7 @@ public:
     /// neighbours are the seeds: a region is all that is reached from a cell of such a band over the four
     /// sides of cells, with steps of height <= maxStep mm. Regions of fewer than minCells cells are dropped,
     /// the others numbered in the order of their first cell. Returns their number. 0, no regions and no bins:
-    /// binWidth or maxStep not > 0 (an infinite maxStep joins all), no finite height, or more than 2^22
-    /// bands. Linear.
+    /// binWidth not finite or not > 0, maxStep not > 0, no finite height, or more than 2^22 bands. Linear.
     int segment(float binWidth, float maxStep, int minCells);
 };
 

@@ -1,5 +1,7 @@
 #include <kvmath/core/record_io_p.h>
 
+#include <kvmath/core/list_of_size_p.h>
+
 #include <QtCore/QByteArray>
 
 #include <algorithm>
@@ -26,15 +28,37 @@ void store(const Point& point, char* bytes) {
 }
 
 template <class Point>
-Point load(const char* bytes) {
-    Point point;
+void load(const char* bytes, Point& point) {
     point.x = qFromLittleEndian<float>(bytes);
     point.y = qFromLittleEndian<float>(bytes + 4);
     if constexpr (!std::is_same_v<Point, KvPointXY>)
         point.z = qFromLittleEndian<float>(bytes + 8);
     if constexpr (std::is_same_v<Point, KvPointXYZRGB>)
         point.rgb = qFromLittleEndian<quint32>(bytes + 12);
-    return point;
+}
+
+/// Points of 8 bytes lie in the list itself: added as a block and filled in place. Larger ones are allocated
+/// one by one anyway.
+template <class Point>
+void appendStored(QList<Point>& points, const char* bytes, int count) {
+    constexpr int kSize = storedSize<Point>();
+    if constexpr (std::is_same_v<Point, KvPointXY>) {
+        QList<Point> added = listOfSize(count, Point(0.0F, 0.0F));
+        for (Point& point : added) {
+            load(bytes, point);
+            bytes += kSize;
+        }
+        if (points.isEmpty())
+            points.swap(added);
+        else
+            points.append(added);
+    } else {
+        Point point;
+        for (int i = 0; i < count; ++i) {
+            load(bytes + i * kSize, point);
+            points.append(point);
+        }
+    }
 }
 
 /// A pipe may deliver in pieces: reads until `size` bytes are there or nothing more comes.
@@ -67,8 +91,9 @@ bool writePoints(QFile& file, const QList<Point>& points, int count) {
     for (int done = 0; done < count;) {
         const int part = std::min(kBlockPoints, count - done);
         char* bytes = block.data();
+        const auto first = points.constBegin() + done;
         for (int i = 0; i < part; ++i)
-            store(points.at(done + i), bytes + i * kSize);
+            store(first[i], bytes + i * kSize);
         if (!writeBytes(file, bytes, qint64(part) * kSize))
             return false;
         done += part;
@@ -84,8 +109,7 @@ quint32 readPoints(QFile& file, QList<Point>& points, quint32 count) {
         const qint64 part = std::min<quint32>(kBlockPoints, count - done);
         char* bytes = block.data();
         const int complete = static_cast<int>(readUpTo(file, bytes, part * kSize) / kSize);
-        for (int i = 0; i < complete; ++i)
-            points.append(load<Point>(bytes + i * kSize));
+        appendStored(points, bytes, complete);
         done += static_cast<quint32>(complete);
         if (complete < part)
             return done;

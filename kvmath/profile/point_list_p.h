@@ -1,7 +1,7 @@
 #pragma once
-// Block operations on the points of a profile. QList 5 has no resize, and an append per point is a call into
-// the library per point; iterators walk the points in place.
+// Block operations on the points of a profile; iterators walk the points in place.
 
+#include <kvmath/core/list_of_size_p.h>
 #include <kvmath/core/point.h>
 
 #include <QtCore/QList>
@@ -13,25 +13,6 @@ namespace KvMath::Internal {
 
 using PointIterator = QList<KvPointXY>::iterator;
 using ConstPointIterator = QList<KvPointXY>::const_iterator;
-
-/// A list of n points of any value, made with one allocation and log n block copies: doubled and, per binary
-/// digit, lengthened by one. Empty for n < 1.
-inline QList<KvPointXY> pointListOfSize(int n) {
-    QList<KvPointXY> list;
-    if (n < 1)
-        return list;
-    list.reserve(n);
-    list.append(KvPointXY(0.0F, 0.0F));
-    int digit = 0;
-    while ((n >> digit) > 1)
-        ++digit;
-    while (--digit >= 0) {
-        list.append(list);
-        if (((n >> digit) & 1) != 0)
-            list.append(KvPointXY(0.0F, 0.0F));
-    }
-    return list;
-}
 
 /// Shortens the list to `count` points; no effect when it is that short.
 inline void truncateTo(QList<KvPointXY>& points, int count) {
@@ -53,6 +34,9 @@ int keepIf(QList<KvPointXY>& points, Condition keep) {
     truncateTo(points, static_cast<int>(end - points.begin()));
     return before - points.size();
 }
+
+/// n points of any value.
+inline QList<KvPointXY> pointListOfSize(int n) { return listOfSize(n, KvPointXY(0.0F, 0.0F)); }
 
 inline bool isFinite(const KvPointXY& p) { return std::isfinite(p.x) && std::isfinite(p.y); }
 

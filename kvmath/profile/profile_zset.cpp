@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <vector>
 
 namespace KvMath {
 namespace {
@@ -21,7 +22,7 @@ constexpr int kMaxPlanes = 1 << 20;
 /// The planes of a slicing, not descending.
 class Planes {
 public:
-    Planes(int count, float minZ, float step) : z_(count), step_(step) {
+    Planes(int count, float minZ, float step) : z_(count), step_(step), perStep_(1.0F / step) {
         for (int i = 0; i < count; ++i)
             z_[i] = static_cast<float>(i) * step + minZ;
     }
@@ -38,23 +39,23 @@ public:
 
 private:
     /// The planes before the first one >= z lie below z, so the interval that ends there is the first to hold
-    /// z. The quotient guesses it and misses at most by rounding; where rounding is coarse the search
-    /// decides.
+    /// z. A quotient guesses it and is wrong by one at a plane; where rounding is coarse the search decides.
     int intervalOf(float z) const {
+        const float* const planes = z_.constData();
         const int last = z_.size() - 2;
-        if (last < 0 || !(z >= z_.first() && z <= z_.last()))  // NaN too
+        if (last < 0 || !(z >= planes[0] && z <= planes[last + 1]))  // NaN too
             return -1;
-        const float quotient = (z - z_.first()) / step_;
+        const float quotient = (z - planes[0]) * perStep_;
         const int guess = quotient < static_cast<float>(last) ? static_cast<int>(quotient) : last;
-        for (const int i : {guess, std::max(guess - 1, 0)})
-            if (z <= z_.at(i + 1) && (i == 0 || z > z_.at(i)))
-                return i;
-        const auto above = std::lower_bound(z_.constBegin() + 1, z_.constEnd(), z);
-        return static_cast<int>(above - z_.constBegin()) - 1;
+        if (z <= planes[guess + 1] && z > planes[guess])
+            return guess;
+        if (guess == 0 ? z <= planes[1] : z <= planes[guess] && z > planes[guess - 1])
+            return std::max(guess - 1, 0);
+        return static_cast<int>(std::lower_bound(planes + 1, planes + last + 1, z) - planes) - 1;
     }
 
     QVector<float> z_;
-    float step_;
+    float step_, perStep_;
 };
 
 /// Number of planes of a slicing, or -1 when it is refused.
@@ -131,7 +132,13 @@ int KvProfileZSet::getRange(float zmin, float zmax, KvProfileZSet& out) const {
 
 int KvProfileZSet::toPointCloud(KvPointCloud<KvPointXYZ>& cloud, int first, int last) const {
     cloud.clear();
-    for (int i = std::max(first, 0); i <= std::min(last, size() - 1); ++i) {
+    first = std::max(first, 0);
+    last = std::min(last, size() - 1);
+    qint64 count = 0;
+    for (int i = first; i <= last; ++i)
+        count += profiles.at(i).points.size();
+    cloud.points.reserve(static_cast<int>(std::min<qint64>(count, 1 << 24)));
+    for (int i = first; i <= last; ++i) {
         const KvProfileZ& profile = profiles.at(i);
         for (const KvPointXY& p : profile.points)
             cloud.points.append(KvPointXYZ(p.x, p.y, profile.z));
@@ -156,26 +163,29 @@ int KvProfileZSet::calcFromPointCloud(KvPointCloud<KvPointXYZ>& cloud, float ste
         profiles.append(KvProfileZ(planes.z(i)));
 
     // Counted first, so that each profile is made in one piece and filled in place.
-    QVector<int> planeOf(cloud.points.size());
-    QVector<int> sizes(count);
+    std::vector<int> planeOf(static_cast<size_t>(cloud.points.size()));
+    std::vector<int> sizes(static_cast<size_t>(count));
     int* plane = planeOf.data();
-    for (const KvPointXYZ& p : cloud.points) {
+    for (const KvPointXYZ& p : qAsConst(cloud.points)) {
         *plane = planes.nearest(p.z);
         if (*plane >= 0)
-            ++sizes[*plane];
+            ++sizes[static_cast<size_t>(*plane)];
         ++plane;
     }
-    QVector<Internal::PointIterator> next(count);
+    std::vector<Internal::PointIterator> next;
+    next.reserve(sizes.size());
     for (int i = 0; i < count; ++i) {
-        profiles[i].points = Internal::pointListOfSize(sizes.at(i));
-        next[i] = profiles[i].points.begin();
+        QList<KvPointXY>& points = profiles[i].points;
+        points = Internal::pointListOfSize(sizes[static_cast<size_t>(i)]);
+        next.push_back(points.isEmpty() ? Internal::PointIterator() : points.begin());
     }
     plane = planeOf.data();
-    for (const KvPointXYZ& p : cloud.points) {
+    for (const KvPointXYZ& p : qAsConst(cloud.points)) {
         if (const int i = *plane++; i >= 0) {
-            next[i]->x = p.x;
-            next[i]->y = p.y;
-            ++next[i];
+            Internal::PointIterator& place = next[static_cast<size_t>(i)];
+            place->x = p.x;
+            place->y = p.y;
+            ++place;
         }
     }
     return size();

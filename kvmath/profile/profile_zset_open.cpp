@@ -60,7 +60,8 @@ struct Drift {
             zz += (z - meanZ) * (z - meanZ);
             zy += (z - meanZ) * (y - meanY);
         }
-        known = zz > 0.0;
+        known = std::any_of(places.begin(), places.end(),
+                            [&places](const auto& place) { return place.first != places.first().first; });
         slope = zy / zz;
     }
     double at(float z) const { return slope * (static_cast<double>(z) - meanZ); }
@@ -95,11 +96,12 @@ std::pair<int, int> betweenValleys(const QList<KvPointXY>& points) {
 struct Axis {
     float low = kUnset, high = kUnset, step;
 
-    double cellOf(float value) const {
-        return std::floor((static_cast<double>(value) - static_cast<double>(low)) /
-                          static_cast<double>(step));
+    double placeOf(float value) const {
+        return (static_cast<double>(value) - static_cast<double>(low)) / static_cast<double>(step);
     }
-    double cells() const { return cellOf(high) + 1.0; }  // NaN without points
+    double cells() const { return std::floor(placeOf(high)) + 1.0; }  // NaN without points
+    /// Only once the number of cells is known to be small.
+    int cellOf(float value) const { return static_cast<int>(placeOf(value)); }
 };
 
 bool isStep(float step) { return step > 0.0F && std::isfinite(step); }
@@ -110,9 +112,10 @@ public:
     explicit RowOfMeans(int columns) : means_(columns) {}
 
     void add(const KvProfile& profile, const Axis& across) {
+        Mean* const means = means_.data();
         for (const KvPointXY& p : profile.points)
             if (Internal::isFinite(p))
-                means_[static_cast<int>(across.cellOf(p.x))].add(p.y);
+                means[across.cellOf(p.x)].add(p.y);
     }
 
     /// Writes the heights of the filled cells and forgets them. Returns their number.
@@ -213,7 +216,7 @@ int KvProfileZSet::toMatrixCloud(KvMatrixCloud& matrix, float stepX, float stepZ
     QVector<std::pair<int, int>> profileOfRow;
     for (int i = 0; i < profiles.size(); ++i)
         if (const float z = profiles.at(i).z; z >= along.low && z <= along.high)
-            profileOfRow.append({static_cast<int>(along.cellOf(z)), i});
+            profileOfRow.append({along.cellOf(z), i});
     std::sort(profileOfRow.begin(), profileOfRow.end());
     RowOfMeans means(matrix.columns);
     int filled = 0;

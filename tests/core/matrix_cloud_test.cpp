@@ -1,0 +1,91 @@
+#include <kvmath/core/matrix_cloud.h>
+
+#include <tests/support/random_data.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+using namespace KvMath;
+using TestSupport::kNaN;
+
+namespace {
+
+constexpr float kInf = std::numeric_limits<float>::infinity();
+
+/// A digit is a height, anything else an empty cell.
+KvMatrixCloud grid(const QList<QByteArray>& lines, float origin, float step) {
+    KvMatrixCloud matrix;
+    EXPECT_TRUE(matrix.resize(lines.size(), lines.first().size()));
+    for (int row = 0; row < matrix.rows; ++row)
+        for (int column = 0; column < matrix.columns; ++column)
+            if (const char c = lines.at(row).at(column); c >= '0' && c <= '9')
+                matrix.setHeight(row, column, static_cast<float>(c - '0'));
+    matrix.originX = matrix.originZ = origin;
+    matrix.stepX = matrix.stepZ = step;
+    return matrix;
+}
+
+TEST(MatrixCloud, MiddlesAreItsSamplesThoughRoundedAndIsolated) {
+    const KvMatrixCloud matrix = grid({"1.2", "...", "3.4", "5.."}, 0.1F, 0.3F);
+    KvPointCloud<KvPointXYZ> cloud;
+    ASSERT_EQ(matrix.toPointCloud(cloud), 5);
+    for (const KvPointXYZ& p : cloud.points)
+        EXPECT_EQ(matrix.sample(p.x, p.z), p.y);
+    EXPECT_FLOAT_EQ(cloud.points[1].x, 0.85F);
+    EXPECT_FLOAT_EQ(cloud.points[4].z, 1.15F);
+}
+
+TEST(MatrixCloud, SamplesABilinearSurfaceAndNothingBeyond) {
+    KvMatrixCloud matrix = grid({"13579", "24680", "37159", "4826."}, 0, 2);
+    const auto surface = [](float x, float z) { return 1 + 2 * x - z + 0.5F * x * z; };
+    for (int cell = 0; cell < 19; ++cell)
+        matrix.heights[cell] =
+            surface(static_cast<float>(cell % 5 * 2 + 1), static_cast<float>(cell / 5 * 2 + 1));
+    TestSupport::Draws draws(8);
+    for (int i = 0; i < 2000; ++i) {
+        const float x = draws.coordinate(11, 0.125F, 0.01), z = draws.coordinate(9, 0.125F, 0.01);
+        const bool known = x >= 1 && x <= 9 && z >= 1 && z <= 7 && !(x > 7 && z > 5);
+        EXPECT_EQ(std::isnan(matrix.sample(x, z)), !known) << x << " " << z;
+        EXPECT_FLOAT_EQ(known ? matrix.sample(x, z) : 0, known ? surface(x, z) : 0);
+    }
+}
+
+TEST(MatrixCloud, AnswersNothingWhereItsMembersContradictEachOther) {
+    KvMatrixCloud matrix = grid({"111", "111"}, 0, 1);
+    EXPECT_FALSE(matrix.resize(-1, 1) || matrix.resize(4097, 4096) || matrix.resize(1 << 30, 1 << 30));
+    matrix.setHeight(2, 0, 1);
+    EXPECT_TRUE(matrix.heights.size() == 6 && std::isnan(matrix.height(-1, 0)) &&
+                std::isnan(matrix.height(0, 3)));
+    for (const float step : {0.0F, -1.0F, kNaN, 1e-45F, 3e38F, kInf}) {
+        matrix.stepX = matrix.stepZ = step;
+        for (const float x : {0.0F, kNaN, 3e38F, -3e38F, kInf})
+            EXPECT_FALSE(matrix.sample(x, 0) != 1 && !std::isnan(matrix.sample(x, 0)));
+    }
+    matrix.stepX = matrix.stepZ = 1;
+    matrix.rows = matrix.columns = std::numeric_limits<int>::max();
+    EXPECT_TRUE(std::isnan(matrix.sample(2e9F, 2e9F)) && std::isnan(matrix.height(1 << 30, 5)));
+    KvPointCloud<KvPointXYZ> cloud;
+    EXPECT_EQ(matrix.toPointCloud(cloud), 6);
+    EXPECT_EQ(KvMatrixWithHistos(matrix).segment(1, 1, 1), 0);
+}
+
+TEST(MatrixWithHistos, RegionsAreWhatSmallStepsReachFromAFullBand) {
+    KvMatrixWithHistos matrix(grid({"11.5559", "1125554", "..25.53", "9.25553", "8811111"}, 0, 1));
+    ASSERT_EQ(matrix.segment(1, 1, 4), 2);
+    std::string regions;
+    for (const int region : qAsConst(matrix.regions))
+        regions += std::to_string(region);
+    EXPECT_EQ(regions, "11022201112222001202200122220011111");
+    EXPECT_TRUE(matrix.bins.size() == 7 && matrix.bins[1] == 9 && matrix.bins[5] == 11);
+    EXPECT_EQ(matrix.segment(1, 0.5F, 3), 3) << "two of height 1; the 2 between is no full band";
+    EXPECT_EQ(matrix.segment(1, 1, 14), 1);
+    for (const float bad : {0.0F, -1.0F, kNaN}) {
+        EXPECT_TRUE(matrix.segment(bad, 1, 1) == 0 && matrix.regions.isEmpty() && matrix.bins.isEmpty());
+        EXPECT_EQ(matrix.segment(1, bad, 1), 0);
+    }
+    EXPECT_TRUE(matrix.segment(kInf, 1, 1) == 0 && matrix.segment(1e-6F, 1, 1) == 0);
+}
+
+}  // namespace

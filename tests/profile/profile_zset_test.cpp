@@ -1,0 +1,182 @@
+// Stacks: slicing, files, places, removals, grids.
+
+#include <kvmath/core/matrix_cloud.h>
+#include <kvmath/core/plane.h>
+#include <kvmath/profile/profile_zset.h>
+#include <tests/support/literal_scans.h>
+#include <tests/support/random_data.h>
+#include <tests/support/scratch_directory.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <sstream>
+
+using namespace KvMath;
+using TestSupport::kNaN;
+using Cloud = KvPointCloud<KvPointXYZ>;
+
+namespace {
+
+constexpr float kInf = std::numeric_limits<float>::infinity();
+
+KvProfileZ line(float z, const QList<KvPointXY>& points) {
+    KvProfileZ profile(z);
+    profile.points = points;
+    return profile;
+}
+
+std::string text(const KvProfileZSet& set) {
+    std::ostringstream result;
+    for (const KvProfileZ& profile : set.profiles) {
+        result << "z" << profile.z;
+        for (const KvPointXY& p : profile.points)
+            result << " " << p.x << "," << p.y;
+    }
+    return result.str();
+}
+
+TEST(ProfileZSet, SlicesAsTheNestedLoopWithTiesUnsetPlacesAndStaleRanges) {
+    TestSupport::Draws draws(5);
+    const float origins[] = {0, 0.1F, -3, 1e6F, 3e7F};  // from 1e6 on planes fall together
+    for (int round = 0; round < 3000; ++round) {
+        const float step = round % 3 == 0 ? 0.5F : static_cast<float>(draws.real(0.01, 1.5));
+        const float origin = origins[draws.integer(0, 4)];
+        Cloud cloud;
+        for (int i = draws.integer(1, 40); i > 0; --i) {
+            const float z = draws.chance(0.5) ? draws.coordinate(4, 0.25F, 0.1)
+                                              : static_cast<float>(draws.integer(-9, 9)) * step / 2;
+            cloud.append({static_cast<float>(i), draws.coordinate(2, 1, 0.1), origin + z}, true);
+        }
+        if (round % 4 == 1) {  // planes beyond, before or within the points
+            cloud.minZ += draws.coordinate(2, 0.25F, 0);
+            cloud.points.append({7, 7, draws.chance(0.5) ? kInf : -kInf});
+        }
+        if (std::isnan(cloud.minZ))
+            continue;
+        KvProfileZSet set, literal;
+        TestSupport::Literal::slice(cloud, step, literal);
+        EXPECT_EQ(set.calcFromPointCloud(cloud, step), literal.size());
+        ASSERT_EQ(text(set), text(literal)) << "round " << round;
+    }
+}
+
+TEST(ProfileZSet, RefusesSlicesWithoutPlanesAndTooManyOfThem) {
+    Cloud cloud;
+    cloud.points = {{1, 2, 0}, {3, 4, 1}};
+    KvProfileZSet set;
+    EXPECT_EQ(set.calcFromPointCloud(cloud, 1.0F / ((1 << 20) - 1)), 1 << 20) << "computes the range";
+    for (const float step : {0.0F, -1.0F, kNaN, kInf, 1e-45F, 1.0F / (1 << 20)}) {
+        EXPECT_EQ(set.calcFromPointCloud(cloud, step), 0) << step;
+        EXPECT_TRUE(set.isEmpty() && std::isnan(set.zStep));
+    }
+    cloud.maxZ = 0;
+    EXPECT_EQ(set.calcFromPointCloud(cloud, 1.0F), 1);
+    EXPECT_TRUE(set.at(0).isEmpty() && set.zStep == 1.0F) << "no intervals, no points";
+    for (const float bound : {kInf, kNaN}) {
+        cloud.maxZ = bound;
+        EXPECT_EQ(set.calcFromPointCloud(cloud, 1.0F), 0);
+    }
+}
+
+TEST(ProfileZSet, ReadsFilesUpToTheFirstRecordThatIsNotWhole) {
+    const TestSupport::ScratchDirectory scratch;
+    KvProfileZSet set, read;
+    set.profiles = {line(1, {{1, 2}, {kNaN, 4}}), line(kNaN, {}), line(3, {{5, 6}})};
+    ASSERT_TRUE(set.writeToFile("stack") && !set.writeToFile("."));
+    for (int cut = 45; cut >= 0; --cut) {
+        ASSERT_TRUE(QFile::resize("stack", cut));
+        EXPECT_EQ(read.readFromFile("stack"), (cut >= 23) + (cut >= 30) + (cut >= 45)) << cut;
+        EXPECT_EQ(text(set).find(text(read)), 0U);
+    }
+    KvPointCloud<KvPointXY> cloud;  // the form without places
+    QFile file("clouds");
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && set.at(0).KvPointCloud<KvPointXY>::writeToFile(file));
+    ASSERT_TRUE(cloud.writeToFile(file) && set.at(2).KvPointCloud<KvPointXY>::writeToFile(file));
+    file.close();
+    EXPECT_EQ(read.readFromFile("clouds", 10, 2), 2);
+    EXPECT_EQ(text(read), "z10 1,2 nan,4z14 5,6") << "an empty record takes its place";
+    read.readFromFile("clouds", 16777216, 1);
+    EXPECT_EQ(read.at(1).z, 16777216.0F) << "single steps vanish at this height";
+    EXPECT_TRUE(read.readFromFile("none", 1, 3) == -1 && read.isEmpty() && read.zStep == 3);
+}
+
+TEST(ProfileZSet, TakesRangesOfPlacesWithTheirEndsEvenFromItself) {
+    KvProfileZSet set, out;
+    for (int i = 0; i < 5; ++i)
+        set.append(line(0, {{static_cast<float>(i), 0}}));
+    set.setZ(1, 0.5F);
+    set.append(KvProfileZ());
+    const float rows[][3] = {{1.5F, 2.5F, 3}, {2, kNaN, 3}, {kNaN, 1, 1}, {kNaN, kNaN, 6}, {3, 1, 0}};
+    for (const auto& [from, to, count] : rows)
+        EXPECT_EQ(set.getRange(from, to, out), static_cast<int>(count));
+    EXPECT_EQ(set.getRange(1.5F, 2.0F, set), 2);
+    EXPECT_TRUE(text(set) == "z1.5 1,0z2 2,0" && set.zStep == 0.5F && set.calcRange() && set.minZ == 1.5F);
+    Cloud cloud;
+    EXPECT_TRUE(set.toPointCloud(cloud, -5, 1 << 30) == 2 && cloud.points.last().z == 2.0F);
+    EXPECT_TRUE(set.toPointCloud(cloud, 1, 0) == 0 && cloud.isEmpty());
+    set.clear();
+    EXPECT_TRUE(!set.calcRange() && std::isnan(set.minZ) && std::isnan(set.zStep) && set.calcAverageY() == 0);
+}
+
+TEST(ProfileZSet, LosesWhatLiesBeyondItsPlane) {
+    for (const bool up : {true, false}) {
+        KvProfileZSet set;
+        for (const float z : {0.0F, 1.0F, 2.0F, 3.0F, 4.0F})
+            set.append(line(z, {{0, z / 2}, {1, z / 2 + 2}, {2, z / 2 + (z == 2 ? 9.0F : 4.0F)}, {1, kNaN}}));
+        double a = 0, b = 0, c = 0;
+        ASSERT_TRUE(KvPlane::removePointsRelativelyPlane(set, up, -2.0, a, b, c));
+        EXPECT_TRUE(std::fabs(a - 2.5) < 1e-6 && std::fabs(b - 0.5) < 1e-6 && std::fabs(c + 1.0 / 6) < 1e-6);
+        EXPECT_EQ(set.at(2).points.size(), up ? 3 : 4);
+        ASSERT_TRUE(KvPlane::removePointsRelativelyPlane(set, up, 50.0, a, b, c));
+        EXPECT_EQ(text(set), "z0 1,nanz1 1,nanz2 1,nanz3 1,nanz4 1,nan");
+        const double before = a;
+        EXPECT_TRUE(!KvPlane::removePointsRelativelyPlane(set, up, 0.0, a, b, c) && a == before);
+    }
+}
+
+TEST(ProfileZSet, LosesDriftButNotLevelAndWhatLiesOutsideTheValleys) {
+    KvProfileZSet set;
+    for (int i = 0; i < 10; ++i)
+        set.append(line(1e5F + static_cast<float>(i), {{0, 5 + 0.25F * static_cast<float>(i)}, {1, kNaN}}));
+    set.append(line(kNaN, {{0, 99}}));
+    EXPECT_TRUE(set.removePCfromZ() && set.at(10).points[0].y == 99);
+    for (int i = 0; i < 10; ++i)
+        EXPECT_FLOAT_EQ(set.at(i).points[0].y, 6.125F);
+    set.setZ(0.1F, 0);  // equal, though their mean is rounded
+    EXPECT_FALSE(set.removePCfromZ());
+    set.profiles = {line(0, {{0, 3}, {1, 1}, {2, 1}, {3, 8}, {4, kNaN}, {5, 2}, {6, 2}, {7, 4}}),
+                    line(1, {{0, 1}, {1, 2}}), line(2, {{0, kNaN}}), line(3, {})};
+    set.clearEdgeEffect();
+    EXPECT_EQ(text(set), "z0 2,1 3,8 4,nan 5,2 6,2z1 0,1 1,2z2 0,nanz3");
+}
+
+TEST(ProfileZSet, BecomesAGridOfMeans) {
+    TestSupport::Draws draws(3);
+    KvProfileZSet set;
+    QMap<int, QPair<double, int>> cells{{0, {0, 1}}};  // of 17 columns
+    set.profiles = {line(-1, {{-2, 0}}), line(kInf, {{0, 0}})};
+    for (int i = 0; i < 200; ++i) {
+        set.append(KvProfileZ(draws.coordinate(1, 0.125F, 0.1)));
+        for (int k = draws.integer(0, 9); k > 0; --k) {
+            const KvPointXY p(draws.coordinate(2, 0.125F, 0.1), draws.coordinate(3, 1, 0.1));
+            const float z = set.profiles.last().z;
+            set.profiles.last().points.append(p);
+            if (std::isnan(p.x + p.y + z))
+                continue;
+            auto& cell = cells[static_cast<int>((z + 1) * 2) * 17 + static_cast<int>((p.x + 2) * 4)];
+            cell = {cell.first + static_cast<double>(p.y), cell.second + 1};
+        }
+    }
+    KvMatrixCloud matrix;
+    EXPECT_EQ(set.toMatrixCloud(matrix, 0.25F, 0.5F), cells.size());
+    ASSERT_TRUE(matrix.rows == 5 && matrix.columns == 17 && matrix.originX == -2 && matrix.stepZ == 0.5F);
+    for (auto cell = cells.cbegin(); cell != cells.cend(); ++cell)
+        EXPECT_EQ(matrix.heights[cell.key()], static_cast<float>(cell->first / cell->second));
+    for (const float step : {0.0F, -1.0F, kNaN, kInf, 1e-45F})
+        EXPECT_TRUE(set.toMatrixCloud(matrix, 1, step) == 0 && set.toMatrixCloud(matrix, step, 1) == 0 &&
+                    matrix.heights.isEmpty());
+}
+
+}  // namespace
