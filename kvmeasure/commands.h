@@ -10,6 +10,7 @@ int runFit(const QStringList& words);
 int runInfo(const QStringList& words);
 int runLines(const QStringList& words);
 int runMatch(const QStringList& words);
+int runScan(const QStringList& words);
 int runSimulate(const QStringList& words);
 int runTeach(const QStringList& words);
 

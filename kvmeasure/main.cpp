@@ -29,6 +29,7 @@ constexpr Command commands[] = {
     {"teach", "makes a template from a good part", runTeach},
     {"match", "finds a template in profiles and measures them", runMatch},
     {"fit", "fits a line, parabola, circle or plane, with residuals", runFit},
+    {"scan", "3D scans: outlines, planes, grids, sections, conversion", runScan},
     {"simulate", "makes profiles of parts with known dimensions", runSimulate},
 };
 

@@ -85,7 +85,8 @@ int largestRecord(unsigned char marker) {
 
 bool recordHasZ(unsigned char marker) { return marker == 0x03 || marker == 0x04; }
 
-PointFile::PointFile(const QString& path) : path_(path), file_(path) {
+void openRegularFile(QFile& file) {
+    const QString path = file.fileName();
     const QFileInfo info(path);
     if (!info.exists())
         throw Failure{QString("%1: no such file").arg(path)};
@@ -93,8 +94,12 @@ PointFile::PointFile(const QString& path) : path_(path), file_(path) {
         throw Failure{QString("%1: is a directory; name the files in it").arg(path)};
     if (!info.isFile())
         throw Failure{QString("%1: is not a regular file; copy its content to one").arg(path)};
-    if (!file_.open(QIODevice::ReadOnly))
-        throw Failure{QString("%1: cannot be read: %2").arg(path, file_.errorString())};
+    if (!file.open(QIODevice::ReadOnly))
+        throw Failure{QString("%1: cannot be read: %2").arg(path, file.errorString())};
+}
+
+PointFile::PointFile(const QString& path) : path_(path), file_(path) {
+    openRegularFile(file_);
     size_ = file_.size();
     sniff();
 }

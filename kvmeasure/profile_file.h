@@ -27,6 +27,9 @@ QString recordName(unsigned char marker);  ///< e.g. "XY cloud"; empty for an un
 int largestRecord(unsigned char marker);   ///< points that its count can hold
 bool recordHasZ(unsigned char marker);     ///< its points have three coordinates
 
+/// Opens for reading. Throws Failure for what is missing, no regular file or may not be read.
+void openRegularFile(QFile& file);
+
 /// Opens a regular file and looks at its first bytes. Throws Failure for what cannot be opened, is no regular
 /// file (devices and pipes are not touched), is empty, or is neither text nor begins with a record.
 class PointFile {

@@ -1,0 +1,179 @@
+#include "kvmeasure/scan_writer.h"
+
+#include "kvmeasure/arguments.h"
+#include "kvmeasure/failure.h"
+#include "kvmeasure/output_file.h"
+#include "kvmeasure/progress.h"
+#include "kvmeasure/scan_grid.h"
+
+#include <QtCore/QFileInfo>
+#include <QtCore/QtEndian>
+
+#include <cstring>
+
+namespace KvMeasure {
+
+using KvMath::KvPointXYZ;
+using KvMath::KvProfileZ;
+
+namespace {
+
+constexpr int digits = 9;  // as many as tell any two floats apart
+
+void append(QByteArray& bytes, float value) {
+    quint32 bits = 0;
+    std::memcpy(&bits, &value, sizeof(bits));
+    bits = qToLittleEndian(bits);
+    bytes.append(reinterpret_cast<const char*>(&bits), sizeof(bits));
+}
+
+void append(QByteArray& bytes, quint32 value, int size) {
+    for (int i = 0; i < size; ++i)
+        bytes.append(static_cast<char>((value >> (8 * i)) & 0xFF));
+}
+
+/// Collects bytes so that a point costs no write, and shows how far it is.
+class Writer {
+public:
+    Writer(const QString& path, qint64 points) : path_(path), file_(path), progress_(path, points) {}
+
+    QByteArray& bytes() { return bytes_; }
+    const QString& path() const { return path_; }
+    void countPoint() {
+        constexpr int enough = 1 << 20;
+        ++written_;
+        if (bytes_.size() < enough)
+            return;
+        flush();
+        progress_.show(written_);
+    }
+    void commit() {
+        flush();
+        file_.commit();
+    }
+
+private:
+    void flush() {
+        file_.write(bytes_);
+        bytes_.clear();
+    }
+
+    QString path_;
+    OutputFile file_;
+    Progress progress_;
+    QByteArray bytes_;
+    qint64 written_ = 0;
+};
+
+void writeStack(Writer& writer, const KvMath::KvProfileZSet& stack) {
+    constexpr int mostPoints = 0xFFFF;
+    constexpr char marker = 0x05;
+    for (const KvProfileZ& profile : stack.profiles) {
+        if (profile.points.size() > mostPoints)
+            throw Failure{
+                QString("%1: the profile at %2 mm has %3 points, a record holds at most %4; take --format "
+                        "cloud or ply")
+                    .arg(writer.path())
+                    .arg(double(profile.z))
+                    .arg(profile.points.size())
+                    .arg(mostPoints)};
+        writer.bytes().append(marker);
+        append(writer.bytes(), quint32(profile.points.size()), 2);
+        append(writer.bytes(), profile.z);
+        for (const KvMath::KvPointXY& p : profile.points) {
+            append(writer.bytes(), p.x);
+            append(writer.bytes(), p.y);
+            writer.countPoint();
+        }
+    }
+}
+
+template <class Write>
+void forEachPoint(const Scan& scan, bool heightLast, const Write& write) {
+    const auto ordered = [&](const KvPointXYZ& p) { write(heightLast ? KvPointXYZ(p.x, p.z, p.y) : p); };
+    for (const KvProfileZ& profile : scan.stack.profiles) {
+        for (const KvMath::KvPointXY& p : profile.points)
+            ordered(KvPointXYZ(p.x, p.y, profile.z));
+    }
+    for (const KvPointXYZ& p : scan.cloud.points)
+        ordered(p);
+}
+
+void appendBinary(QByteArray& bytes, const KvPointXYZ& p) {
+    append(bytes, p.x);
+    append(bytes, p.y);
+    append(bytes, p.z);
+}
+
+void appendText(QByteArray& bytes, const KvPointXYZ& p) {
+    bytes += QByteArray::number(double(p.x), 'g', digits) + ' ' +
+             QByteArray::number(double(p.y), 'g', digits) + ' ' +
+             QByteArray::number(double(p.z), 'g', digits) + '\n';
+}
+
+QByteArray plyHeader(qint64 points, bool isText, bool heightLast) {
+    return QString("ply\nformat %1 1.0\ncomment mm; x along the laser line, %2\nelement vertex %3\n"
+                   "property float x\nproperty float y\nproperty float z\nend_header\n")
+        .arg(isText ? "ascii" : "binary_little_endian",
+             heightLast ? "y along the scan, z height" : "y height, z along the scan")
+        .arg(points)
+        .toUtf8();
+}
+
+}  // namespace
+
+ScanForm parseScanForm(const QString& text, const QString& path) {
+    const struct {
+        const char* name;
+        const char* suffixes;
+        ScanForm form;
+    } forms[] = {{"stack", "", ScanForm::Stack},    {"cloud", "", ScanForm::CloudRecord},
+                 {"xyz", "xyz txt", ScanForm::Xyz}, {"grid", "csv", ScanForm::Grid},
+                 {"ply", "ply", ScanForm::Ply},     {"ply-ascii", "", ScanForm::PlyText}};
+    const QString suffix = QFileInfo(path).suffix().toLower();
+    QStringList names;
+    for (const auto& form : forms) {
+        names.append(form.name);
+        if (text.isEmpty() ? !suffix.isEmpty() && QString(form.suffixes).split(' ').contains(suffix)
+                           : text == form.name)
+            return form.form;
+    }
+    if (text.isEmpty())
+        return ScanForm::Stack;
+    throw Failure{QString("--format must be one of %1, not \"%2\"%3")
+                      .arg(names.join(", "), text, suggestion(text, names))};
+}
+
+void writeScan(const QString& path, ScanForm form, bool heightLast, Scan& scan) {
+    Writer writer(path, scan.points);
+    const bool isText = form == ScanForm::Xyz || form == ScanForm::PlyText;
+    if (form == ScanForm::Stack) {
+        writeStack(writer, takeStack(scan, path));
+        writer.commit();
+        return;
+    }
+    if (form == ScanForm::Grid) {
+        const KvMath::KvProfileZSet stack = takeStack(scan, path);
+        const Steps steps = estimateSteps(stack);
+        writer.bytes() = gridCsv(makeGrid(stack, steps, path));
+        writer.commit();
+        return;
+    }
+    if (form == ScanForm::CloudRecord) {
+        constexpr char marker = 0x03;
+        writer.bytes().append(marker);
+        append(writer.bytes(), quint32(scan.points), 4);
+    } else if (form != ScanForm::Xyz) {
+        writer.bytes() += plyHeader(scan.points, isText, heightLast);
+    }
+    forEachPoint(scan, heightLast, [&](const KvPointXYZ& p) {
+        if (isText)
+            appendText(writer.bytes(), p);
+        else
+            appendBinary(writer.bytes(), p);
+        writer.countPoint();
+    });
+    writer.commit();
+}
+
+}  // namespace KvMeasure
