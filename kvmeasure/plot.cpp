@@ -1,8 +1,7 @@
 #include "kvmeasure/plot.h"
 
+#include "kvmeasure/plot_axes.h"
 #include "kvmeasure/plot_marks.h"
-
-#include <QtCore/QSet>
 
 #include <cmath>
 
@@ -37,7 +36,6 @@ public:
 private:
     Rect dataRange() const;
     void drawAxes();
-    void drawTicks(bool alongX);
     void drawPoints(const QList<KvPointXY>& points, const QString& colour);
     void drawSegments();
     void drawLines();
@@ -77,33 +75,10 @@ Rect Painter::dataRange() const {
             centre.y + halfHeight * height};
 }
 
-void Painter::drawTicks(bool alongX) {
-    const Rect& area = view_.area;
-    const double scale = alongX ? view_.scaleX : view_.scaleY;
-    const double extent = (alongX ? area.width() : area.height()) / scale;
-    const double first = alongX ? view_.origin.x : view_.origin.y;
-    constexpr int ticksWanted = 10;
-    const Ticks ticks = ticksWithin(first, first + extent, ticksWanted);
-    for (const double value : ticks.values) {
-        const QString text = ticks.text(value);
-        if (alongX) {
-            const double x = view_.toPixel({value, 0}).x;
-            canvas_.line({x, area.top}, {x, area.bottom}, stroke("#E8EAED", 1));
-            canvas_.line({x, area.bottom}, {x, area.bottom + 5}, stroke("#333", 1));
-            canvas_.text({x, area.bottom + 20}, text, "text-anchor=\"middle\" fill=\"#333\"");
-        } else {
-            const double y = view_.toPixel({0, value}).y;
-            canvas_.line({area.left, y}, {area.right, y}, stroke("#E8EAED", 1));
-            canvas_.line({area.left - 5, y}, {area.left, y}, stroke("#333", 1));
-            canvas_.text({area.left - 9, y + 4.5}, text, "text-anchor=\"end\" fill=\"#333\"");
-        }
-    }
-}
-
 void Painter::drawAxes() {
     const Rect& area = view_.area;
-    drawTicks(true);
-    drawTicks(false);
+    drawTicks(canvas_, view_, /*alongX=*/true);
+    drawTicks(canvas_, view_, /*alongX=*/false);
     canvas_.rect(area, "fill=\"none\" " + stroke("#333", 1));
     const double factor = view_.scaleY / view_.scaleX;
     const QString scale = factor > 1.5
@@ -118,35 +93,12 @@ void Painter::drawAxes() {
                     .arg(y, 0, 'f', 1));
 }
 
-/// At most one dot per square of pixels; the square grows until the dots are few enough for a viewer.
 void Painter::drawPoints(const QList<KvPointXY>& points, const QString& colour) {
-    constexpr int mostDots = 20'000;
-    QList<Vector> dots;
-    for (double square = 1; square < 100; square *= 2) {
-        dots.clear();
-        QSet<qint64> taken;
-        for (const KvPointXY& point : points) {
-            const Vector at = view_.toPixel({double(point.x), double(point.y)});
-            if (!view_.area.holds(at))
-                continue;
-            const qint64 key = (qint64(at.y / square) << 32) + qint64(at.x / square);
-            if (taken.contains(key))
-                continue;
-            taken.insert(key);
-            dots.append(at);
-            drawing_.placer.cover(at);
-            if (dots.size() > mostDots)
-                break;
-        }
-        if (dots.size() <= mostDots)
-            break;
-    }
-    QString path;
-    for (const Vector& dot : dots)
-        path += QString("M%1 %2h0").arg(dot.x, 0, 'f', 1).arg(dot.y, 0, 'f', 1);
-    canvas_.raw(QString("<path d=\"%1\" stroke=\"%2\" stroke-width=\"%3\" stroke-linecap=\"round\"/>")
-                    .arg(path, colour)
-                    .arg(picture_.before.isEmpty() || colour == beforeColour ? 3 : 2));
+    QList<Vector> places;
+    places.reserve(points.size());
+    for (const KvPointXY& point : points)
+        places.append({double(point.x), double(point.y)});
+    drawDots(drawing_, places, colour, picture_.before.isEmpty() || colour == beforeColour ? 3 : 2);
 }
 
 void Painter::drawSegments() {

@@ -1,0 +1,207 @@
+#include "kvmeasure/scan_picture.h"
+
+#include "kvmeasure/plot_axes.h"
+#include "kvmeasure/plot_raster.h"
+#include "kvmeasure/scan_grid.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace KvMeasure {
+
+using KvMath::KvMatrixCloud;
+
+namespace {
+
+constexpr double left = 84;  // pixels; room for the axis along the scan
+constexpr double top = 96;   // title and legend
+constexpr double bottom = 64;
+constexpr double widest = 900;
+constexpr double highest = 900;
+constexpr double barGap = 24;
+constexpr double barRoom = 74;  // numbers
+constexpr double barWidth = 22;
+const QString edgeColour = "#FF8FA3";
+const QString hullColour = "#FFFFFF";
+const QString lineColour = "#D0006F";
+
+/// The colours' ends: heights that all but a few are between, so that stray points do not take them.
+ColourScale scaleOf(const KvMatrixCloud& grid) {
+    ColourScale scale;
+    scale.unit = "height, mm";
+    std::vector<float> heights;
+    for (const float height : grid.heights) {
+        if (!std::isnan(height))
+            heights.push_back(height);
+    }
+    if (heights.empty())
+        return scale;
+    const auto few = std::ptrdiff_t(heights.size() / 200);
+    std::nth_element(heights.begin(), heights.begin() + few, heights.end());
+    scale.from = double(heights[std::size_t(few)]);
+    std::nth_element(heights.begin(), heights.end() - 1 - few, heights.end());
+    scale.to = double(*(heights.end() - 1 - few));
+    scale.to = std::max(scale.to, scale.from + std::max(1e-3, 1e-6 * std::fabs(scale.from)));
+    return scale;
+}
+
+/// Cells around the grid that leave room for labels.
+struct Room {
+    int columns = 0, rows = 0;  // on each side
+
+    explicit Room(const KvMatrixCloud& grid) {
+        constexpr double share = 0.06;
+        const double around =
+            share * std::max(grid.columns * double(grid.stepX), grid.rows * double(grid.stepZ));
+        const auto cells = [around](float step, int most) {
+            return int(std::min(around / double(step), double(most))) + 1;
+        };
+        columns = cells(grid.stepX, mostCells);
+        rows = cells(grid.stepZ, mostCells);
+    }
+    static constexpr int mostCells = 1 << 24;
+};
+
+/// The grid with the room around at equal scale.
+Projection projectionOf(const KvMatrixCloud& grid, const Room& room) {
+    const double width = (double(grid.columns) + 2.0 * room.columns) * double(grid.stepX);
+    const double height = (double(grid.rows) + 2.0 * room.rows) * double(grid.stepZ);
+    Projection view;
+    view.scaleX = view.scaleY = std::min(widest / width, highest / height);
+    view.origin = Vector(double(grid.originX) - room.columns * double(grid.stepX),
+                         double(grid.originZ) - room.rows * double(grid.stepZ));
+    view.area = {left, top, left + width * view.scaleX, top + height * view.scaleY};
+    return view;
+}
+
+class ScanPainter {
+public:
+    explicit ScanPainter(const ScanPicture& picture)
+        : picture_(picture), room_(picture.grid), scale_(scaleOf(picture.grid)),
+          drawing_(projectionOf(picture.grid, room_)) {}
+    QByteArray paint();
+
+private:
+    void drawHeights();
+    void drawScale();
+    void drawAxes();
+    void drawOutline();
+    void drawTexts(const QList<PlacedText>& texts, const QString& colour);
+    void drawHeader();
+
+    const ScanPicture& picture_;
+    Room room_;
+    ColourScale scale_;
+    Drawing drawing_;
+};
+
+/// Cells, joined to means where they are smaller than pixels.
+void ScanPainter::drawHeights() {
+    const KvMatrixCloud& grid = picture_.grid;
+    const Rect& area = drawing_.view.area;
+    const qint64 allColumns = qint64(grid.columns) + 2 * room_.columns;
+    const qint64 allRows = qint64(grid.rows) + 2 * room_.rows;
+    Raster raster;
+    raster.columns = int(std::min(allColumns, std::max(qint64(1), qint64(area.width()))));
+    raster.rows = int(std::min(allRows, std::max(qint64(1), qint64(area.height()))));
+    std::vector<double> sums(std::size_t(raster.columns) * std::size_t(raster.rows));
+    std::vector<int> counts(sums.size());
+    for (int row = 0; row < grid.rows; ++row) {
+        const qint64 line = raster.rows - 1 - (qint64(row) + room_.rows) * raster.rows / allRows;
+        for (int column = 0; column < grid.columns; ++column) {
+            const float height = grid.height(row, column);
+            if (std::isnan(height))
+                continue;
+            const qint64 place = (qint64(column) + room_.columns) * raster.columns / allColumns;
+            const auto at = std::size_t(line * raster.columns + place);
+            sums[at] += double(height);
+            ++counts[at];
+        }
+    }
+    for (std::size_t i = 0; i < sums.size(); ++i) {
+        raster.values.push_back(static_cast<float>(sums[i] / counts[i]));  // NaN for none
+        raster.outside.push_back(counts[i] == 0);
+    }
+    drawRaster(drawing_.canvas, area, raster, scale_);
+}
+
+void ScanPainter::drawScale() {
+    const Rect& area = drawing_.view.area;
+    drawColourScale(drawing_.canvas,
+                    {area.right + barGap, area.top, area.right + barGap + barWidth, area.bottom}, scale_);
+}
+
+void ScanPainter::drawAxes() {
+    const Rect& area = drawing_.view.area;
+    Canvas& canvas = drawing_.canvas;
+    drawTicks(canvas, drawing_.view, /*alongX=*/true);
+    drawTicks(canvas, drawing_.view, /*alongX=*/false);
+    canvas.rect(area, "fill=\"none\" " + stroke("#333", 1));
+    canvas.text({(area.left + area.right) / 2, area.bottom + 42}, "x, mm",
+                "text-anchor=\"middle\" fill=\"#333\"");
+    canvas.raw(QString("<text transform=\"translate(22,%1) rotate(-90)\" text-anchor=\"middle\" "
+                       "fill=\"#333\">scan, mm</text>")
+                   .arg((area.top + area.bottom) / 2, 0, 'f', 1));
+}
+
+void ScanPainter::drawOutline() {
+    drawDots(drawing_, picture_.edgePoints, edgeColour, 2);
+    QList<Vector> places;
+    for (const Vector& place : picture_.hull)
+        places.append(drawing_.view.toPixel(place));
+    if (!places.isEmpty()) {
+        drawing_.canvas.polyline(places, stroke("#222", 2.6, "stroke-linejoin=\"round\""));
+        drawing_.canvas.polyline(places, stroke(hullColour, 1.2, "stroke-linejoin=\"round\""));
+    }
+    for (const KvMath::LinePP& line : picture_.lines) {
+        const Vector a = drawing_.view.toPixel(line.p1);
+        const Vector b = drawing_.view.toPixel(line.p2);
+        drawing_.canvas.line(a, b, stroke(lineColour, 2.6, "stroke-linecap=\"round\""));
+        drawing_.canvas.circle(a, 3.2, QString("fill=\"%1\"").arg(lineColour));
+        drawing_.canvas.circle(b, 3.2, QString("fill=\"%1\"").arg(lineColour));
+        drawing_.placer.coverLine(a, b);
+    }
+}
+
+void ScanPainter::drawTexts(const QList<PlacedText>& texts, const QString& colour) {
+    for (const PlacedText& text : texts)
+        drawLabel(drawing_, drawing_.view.toPixel(text.at), text.text, colour,
+                  std::atan2(-text.towards.y, text.towards.x), /*isFilled=*/true);
+}
+
+void ScanPainter::drawHeader() {
+    Canvas& canvas = drawing_.canvas;
+    canvas.text({left, 32}, picture_.title, "font-size=\"20\" font-weight=\"bold\" fill=\"#111\"");
+    canvas.text({left, 54}, picture_.subtitle, "fill=\"#555\"");
+    double x = left;
+    const auto entry = [&](const QString& text, const QString& colour, double width, bool isShown) {
+        if (!isShown)
+            return;
+        if (colour == hullColour)
+            canvas.line({x, 72}, {x + 22, 72}, stroke("#222", width + 2));
+        canvas.line({x, 72}, {x + 22, 72}, stroke(colour, width, "stroke-linecap=\"round\""));
+        canvas.text({x + 28, 76.5}, text, "fill=\"#333\"");
+        x += 28 + textWidth(text, 13) + 20;
+    };
+    entry("edge points", edgeColour, 4, !picture_.edgePoints.isEmpty());
+    entry("hull", hullColour, 1.5, !picture_.hull.isEmpty());
+    entry("lines", lineColour, 2.6, !picture_.lines.isEmpty());
+}
+
+QByteArray ScanPainter::paint() {
+    drawHeights();
+    drawAxes();
+    drawHeader();
+    drawOutline();
+    drawTexts(picture_.angles, "#1D3557");
+    drawTexts(picture_.lengths, lineColour);
+    drawScale();
+    const Rect& area = drawing_.view.area;
+    return drawing_.canvas.document(area.right + barGap + barWidth + barRoom, area.bottom + bottom);
+}
+
+}  // namespace
+
+QByteArray drawScan(const ScanPicture& picture) { return ScanPainter(picture).paint(); }
+
+}  // namespace KvMeasure
