@@ -25,6 +25,29 @@ bool isPositive(double value) { return std::isfinite(value) && value > 0.0; }
 
 bool hasParameters(const double* params) { return params[0] != params[1]; }
 
+/// Sorts by insertion, which is linear where only neighbours are out of order, as noise leaves them. Gives
+/// up, false, when the moves show that it is not so.
+template <class Iterator, class Below>
+bool sortNearly(Iterator begin, Iterator end, Below below) {
+    std::ptrdiff_t moves = 8 * (end - begin);
+    for (Iterator i = begin; i != end; ++i) {
+        const auto value = *i;
+        Iterator gap = i;
+        for (; gap != begin && below(value, *(gap - 1)); --gap, --moves)
+            *gap = *(gap - 1);
+        *gap = value;
+        if (moves < 0)
+            return false;
+    }
+    return true;
+}
+
+/// For values from 0 to 2^31.
+int ceilOf(double value) {
+    const int whole = static_cast<int>(value);
+    return whole + (whole < value ? 1 : 0);
+}
+
 }  // namespace
 
 bool BuildRequest::isLegal() const {
@@ -117,7 +140,7 @@ void ColumnWalk::sortCrossings() {
     };
     if (count_ > 1 && begin->position > (end - 1)->position)
         std::reverse(begin, end);  // the usual record needs nothing more
-    if (!std::is_sorted(begin, end, below))
+    if (!sortNearly(begin, end, below))
         std::sort(begin, end, below);
     end = std::unique(begin, end,
                       [](const Crossing& a, const Crossing& b) { return a.position == b.position; });
@@ -134,12 +157,12 @@ bool ColumnWalk::areJoined(const Crossing& a, const Crossing& b) const {
 template <class Run>
 void ColumnWalk::eachRun(int positionStep, Run run) const {
     const double scale = 1.0 / positionStep;  // exact
-    int end = count_ > 0 ? static_cast<int>(std::ceil(crossings_[0].position * scale)) : 0;
+    int end = count_ > 0 ? ceilOf(crossings_[0].position * scale) : 0;
     for (std::size_t i = 0; i < count_; ++i) {
         const Crossing& a = crossings_[i];
         const Crossing& b = crossings_[std::min(i + 1, count_ - 1)];
         const int first = end;
-        end = static_cast<int>(std::ceil(b.position * scale));
+        end = ceilOf(b.position * scale);
         if (i + 1 < count_ && areJoined(a, b))
             run(a, b, first, end);
         else if (first * positionStep == a.position)
@@ -147,19 +170,24 @@ void ColumnWalk::eachRun(int positionStep, Run run) const {
     }
 }
 
+/// Casts instead of trunc and floor, which are calls on the base instruction set: below the least value that
+/// still gives 0 nothing is cast, and above it both round towards 0. False comparisons leave NaN out.
 unsigned short ColumnWalk::toCell(double units) const {
-    const double value = request_.form == Form::Triangles ? std::floor(units + 0.5) : std::trunc(units);
-    const bool fits = value >= 0.0 && value < kEmptyCell;  // false for NaN
-    return fits ? static_cast<unsigned short>(value) : kEmptyCell;
+    const bool nearest = request_.form == Form::Triangles;
+    const double value = nearest ? units + 0.5 : units;
+    const bool fits = (nearest ? value >= 0.0 : value > -1.0) && value < kEmptyCell;
+    return fits ? static_cast<unsigned short>(static_cast<int>(value)) : kEmptyCell;
 }
 
 void ColumnWalk::fillZ(const ColumnCells& out) const {
     eachRun(out.positionStep, [&](const Crossing& a, const Crossing& b, int first, int end) {
+        if (first >= end)
+            return;
         const double from = units_[static_cast<std::size_t>(a.step)];
-        const double rise = units_[static_cast<std::size_t>(b.step)] - from;
+        const double slope = (units_[static_cast<std::size_t>(b.step)] - from) / (b.position - a.position);
         for (int i = first; i < end; ++i) {
             const double offset = i * out.positionStep - a.position;
-            const double units = offset == 0.0 ? from : from + rise * (offset / (b.position - a.position));
+            const double units = offset == 0.0 ? from : from + offset * slope;  // not 0 * NaN where b is a
             out.cells[static_cast<std::size_t>(i) * out.stride] = toCell(units);
         }
     });

@@ -1,6 +1,6 @@
-// Columns outside, steps inside, as the DTF lies in memory: the table is read along a column, which for
-// neighbouring steps means neighbouring rows. A block of columns shares the table's cache lines and is
-// collected in one buffer, from which each profile takes a run of points.
+// Strips of columns outside, steps inside. Along a strip neighbouring steps read neighbouring rows of the
+// table and the next cells of a few rows of the DTF; the strip is as wide as a cache line of points, so that
+// every line of table, DTF and profiles is fetched about once.
 
 #include <kvmath/calibration/dtf_profiles.h>
 
@@ -16,6 +16,8 @@ namespace {
 
 constexpr std::size_t kSteps = kCalibrationSteps;
 constexpr std::size_t kColumns = kSensorColumns;
+constexpr std::size_t kStripColumns = 8;
+static_assert(kColumns % kStripColumns == 0);
 
 struct Ranges {
     double z, x;
@@ -45,9 +47,12 @@ void calcProfsFromDtf(const unsigned short* tbl, unsigned short** dtf, double zR
         return;
     for (std::size_t s = 0; s < kSteps; ++s)
         profiles[s].points.reserve(profiles[s].points.size() + kSensorColumns);
-    for (std::size_t c = 0; c < kColumns; ++c) {
-        for (std::size_t s = 0; s < kSteps; ++s)
-            profiles[s].points.append(pointAt(tbl + c, dtf[c][s], {zRange, xRange}));
+    for (std::size_t strip = 0; strip < kColumns; strip += kStripColumns) {
+        for (std::size_t s = 0; s < kSteps; ++s) {
+            QList<KvPointXY>& points = profiles[s].points;
+            for (std::size_t c = strip; c < strip + kStripColumns; ++c)
+                points.append(pointAt(tbl + c, dtf[c][s], {zRange, xRange}));
+        }
     }
 }
 

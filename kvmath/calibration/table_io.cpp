@@ -1,4 +1,5 @@
-// One buffer per file, one read or write. The byte orders are those of the file, whatever the machine's.
+// A raw record goes through one buffer, a table is read in place and written in pieces. The byte orders are
+// those of the file, whatever the machine's.
 
 #include <kvmath/calibration/table_io.h>
 
@@ -21,6 +22,7 @@ constexpr qint64 kCellBytes = 2;
 constexpr qint64 kParameterBytes = 8;
 constexpr qint64 kColumnBytes = kCalibrationSteps * kCellBytes;
 constexpr qint64 kPositionBytes = kSensorColumns * kColumnBytes;
+constexpr qint64 kPieceCells = 32768;
 constexpr qint64 kRawBytes = kPositionBytes + kCalibrationSteps * kParameterBytes;
 
 static_assert(kRawBytes == 1'304'000 && kTableCells * kCellBytes == 2'592'000);
@@ -45,18 +47,16 @@ void takeParameters(const char* bytes, qint64 size, double* parameters) {
     std::fill(parameters + complete, parameters + kCalibrationSteps, 0.0);
 }
 
-bool saveCells(const unsigned short* cells, qint64 count, const QString& path) {
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        return false;
-    if (count < 1)
-        return true;
-    const Buffer buffer = makeBuffer(count * kCellBytes);
-    if (buffer == nullptr)
-        return false;
-    qToLittleEndian<quint16>(cells, count, buffer.get());
-    file.write(buffer.get(), count * kCellBytes);
-    return true;
+/// In pieces that stay in the cache.
+void writeCells(QFile& file, const unsigned short* cells, qint64 count, char* piece) {
+    while (count > 0) {
+        const qint64 now = std::min(count, kPieceCells);
+        qToLittleEndian<quint16>(cells, now, piece);
+        if (file.write(piece, now * kCellBytes) < 0)
+            return;
+        cells += now;
+        count -= now;
+    }
 }
 
 }  // namespace
@@ -96,18 +96,22 @@ bool saveTableToFile(const unsigned short* tbl, QString path) {
 }
 
 bool saveTableToFile(const unsigned short* table, int count, QString path) {
-    return table != nullptr && saveCells(table, count, path);
+    if (table == nullptr)
+        return false;
+    const Buffer piece = makeBuffer(kPieceCells * kCellBytes);
+    QFile file(path);
+    if (piece == nullptr || !file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        return false;
+    writeCells(file, table, count, piece.get());
+    return true;
 }
 
 bool loadTableFromFile(unsigned short* tbl, QString path) {
     QFile file(path);
     if (tbl == nullptr || !file.open(QIODevice::ReadOnly))
         return false;
-    const Buffer buffer = makeBuffer(kTableCells * kCellBytes);
-    if (buffer == nullptr)
-        return false;
-    const qint64 size = readUpTo(file, buffer.get(), kTableCells * kCellBytes);
-    takeCells(buffer.get(), size, tbl, kTableCells, kEmptyCell);
+    const qint64 size = readUpTo(file, reinterpret_cast<char*>(tbl), kTableCells * kCellBytes);
+    takeCells(reinterpret_cast<const char*>(tbl), size, tbl, kTableCells, kEmptyCell);  // in place
     return true;
 }
 
