@@ -9,8 +9,8 @@ Wanted is a quarter to a third; the check leaves room on both sides.
 import pathlib
 import sys
 
-CODE = ("kvmath/core", "kvmath/profile", "kvmath/tsearch", "kvmath", "tarn", "simulator", "kvmeasure", "examples",
-        "benchmarks")
+CODE = ("kvmath/calibration", "kvmath/contours", "kvmath/core", "kvmath/profile", "kvmath/tsearch", "kvmath", "tarn",
+        "simulator", "kvmeasure", "examples", "benchmarks")
 TESTS = ("tests",)
 LONG = 400
 SHARE = (22, 38)

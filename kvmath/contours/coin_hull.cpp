@@ -1,0 +1,183 @@
+// A coin rolled around points. Its place is given by the point it lies against and the direction from there
+// to its centre. Turning about point P it meets point Q, at distance d, in the direction of the chord PQ
+// turned clockwise by alpha = acos(d / 2R); it then turns about Q, to which its centre lies in the direction
+// of the chord QP turned counter-clockwise by alpha.
+//
+// The next point is the least of a total order (turn, distance, index), so the way of looking does not
+// matter. A box is refused when no point in it can be met within the turn of the best one so far. While the
+// coin turns by theta <= pi about P it covers Q = P + q only if q . u >= |q|^2 / 2R for a direction u on the
+// way; directions on the way differ from the middle one by at most 2 sin(theta / 4).
+
+#include <kvmath/contours/hull.h>
+#include <kvmath/contours/plane_tree_p.h>
+
+namespace KvMath {
+namespace {
+
+using Internal::BoxView;
+using Internal::PlanePoint;
+using Internal::PlaneTree;
+
+constexpr double kFullTurn = 4;      // turns are counted in quarters
+constexpr double kSameTurn = 1e-12;  // radians about no turn at all that rounding makes
+constexpr double kLoose = 1e-6;      // radians; where d is nearly 2R rounding moves a direction by 3e-8
+constexpr double kTiny = 1e-140;     // mm; squares of shorter lengths lose digits
+constexpr double kUnitError = 1e-9;  // of the squared length of a direction
+constexpr double kUnset = std::numeric_limits<double>::quiet_NaN();
+
+double dot(const PlanePoint& a, const PlanePoint& b) { return a.x * b.x + a.y * b.y; }
+double cross(const PlanePoint& a, const PlanePoint& b) { return a.x * b.y - a.y * b.x; }
+
+/// `v` turned counter-clockwise.
+PlanePoint turned(const PlanePoint& v, double cosine, double sine) {
+    return {v.x * cosine - v.y * sine, v.x * sine + v.y * cosine};
+}
+
+/// Grows from 0 to 4 with the angle from 0 to 2 pi.
+double turnOf(double cosine, double sine) {
+    const double sum = std::fabs(cosine) + std::fabs(sine);
+    if (sine >= 0)
+        return cosine >= 0 ? sine / sum : 1 - cosine / sum;
+    return cosine < 0 ? 2 - sine / sum : 3 + cosine / sum;
+}
+
+struct Contact {
+    PlanePoint p;
+    int index = -1;
+    double turn = 0, distance = 0;
+    PlanePoint direction;  ///< from p to the centre of the coin that touches it
+
+    bool isBefore(const Contact& other) const {
+        if (turn != other.turn)
+            return turn < other.turn;
+        return distance != other.distance ? distance < other.distance : index < other.index;
+    }
+};
+
+/// What the coin can have covered on its way to the best contact so far.
+struct Sweep {
+    bool isKnown = false;
+    PlanePoint middle;         ///< unit vector
+    double squaredSpread = 0;  ///< no direction on the way differs more from the middle
+
+    /// Whether q with |q|^2 / 2R - q . middle >= shortfall and |q|^2 <= squared cannot have been covered. A
+    /// NaN, from values beyond range, says no.
+    bool isBehind(double shortfall, double squared) const {
+        return shortfall > 0 && shortfall * shortfall > squared * squaredSpread;
+    }
+
+    void narrow(const PlanePoint& from, double cosine, double sine) {
+        // Half angles, each from the sum that does not cancel.
+        const double c2 = cosine >= 0 ? std::sqrt((1 + cosine) / 2) : sine / std::sqrt(2 * (1 - cosine));
+        const double s2 = cosine >= 0 ? sine / std::sqrt(2 * (1 + cosine)) : std::sqrt((1 - cosine) / 2);
+        isKnown = true;
+        middle = turned(from, c2, s2);
+        const double spread = s2 / std::sqrt((1 + c2) / 2) + kLoose;
+        squaredSpread = spread * spread;
+    }
+};
+
+class Coin {
+public:
+    Coin(const PlaneTree& tree, double radius, const PlanePoint& start)
+        : tree_(tree), diameter_(2 * radius), squaredReach_(diameter_ * diameter_), inverse_(1 / diameter_),
+          at_(start), left_(kUnset, kUnset), direction_(0, -1) {}
+
+    const PlanePoint& place() const { return at_; }
+
+    /// Turns to the next point; its index, or -1 when no other point is in reach.
+    int roll() {
+        best_ = Contact();
+        sweep_ = Sweep();
+        mayRefuse_ = diameter_ >= kTiny && std::fabs(dot(direction_, direction_) - 1) < kUnitError;
+        tree_.search(
+            at_, [this](int node) { return isOutOfReach(tree_.view(node, at_)); },
+            [this](int place) { meet(tree_.place(place)); });
+        if (best_.index >= 0) {
+            left_ = at_;
+            at_ = best_.p;
+            direction_ = best_.direction;
+        }
+        return best_.index;
+    }
+
+private:
+    // Squares in place of lengths throughout: they are what costs the time on dense outlines.
+    bool isOutOfReach(const BoxView& box) const {
+        const double nearest = box.squaredNearest();
+        const double farthest = box.squaredFarthest();
+        if (nearest > squaredReach_ || farthest == 0)
+            return true;
+        return sweep_.isKnown && sweep_.isBehind(nearest * inverse_ - box.support(sweep_.middle), farthest);
+    }
+
+    void meet(const PlaneTree::Place& other) {
+        const PlanePoint way(other.p.x - at_.x, other.p.y - at_.y);
+        const double squared = dot(way, way);
+        if (sweep_.isKnown && sweep_.isBehind(squared * inverse_ - dot(way, sweep_.middle), squared))
+            return;
+        const double d = std::sqrt(squared);
+        if (!(d > 0 && d <= diameter_))
+            return;
+        const PlanePoint chord(way.x / d, way.y / d);
+        const double cosAlpha = d / diameter_;
+        const double sinAlpha = std::sqrt(std::max(0.0, 1 - cosAlpha * cosAlpha));
+        const PlanePoint centre = turned(chord, cosAlpha, -sinAlpha);
+        const double cosine = dot(direction_, centre);
+        const double sine = cross(direction_, centre);
+        Contact contact{other.p, other.index, turnOf(cosine, sine), d, {}};
+        // The same coin touches both: met at once. The point just left can only be met by going around.
+        if (cosine > 0 && std::fabs(sine) < kSameTurn)
+            contact.turn = Internal::isSamePlace(other.p, left_) ? kFullTurn : 0;
+        if (std::isnan(contact.turn) || (best_.index >= 0 && !contact.isBefore(best_)))
+            return;
+        contact.direction = turned({-chord.x, -chord.y}, cosAlpha, sinAlpha);
+        best_ = contact;
+        if (mayRefuse_ && best_.turn <= kFullTurn / 2)
+            sweep_.narrow(direction_, std::min(cosine, 1.0), std::max(sine, 0.0));
+    }
+
+    const PlaneTree& tree_;
+    double diameter_, squaredReach_, inverse_;
+    PlanePoint at_, left_;
+    PlanePoint direction_;
+    Contact best_;
+    Sweep sweep_;
+    bool mayRefuse_ = false;
+};
+
+}  // namespace
+
+bool getCoinHull(const QList<KvVector2D<double>>& points, double R, QList<int>& indices) {
+    indices.clear();
+    const int n = points.size();
+    if (n == 0)
+        return true;
+    const int first = std::max(0, Internal::lowestPoint(points));
+    indices.append(first);
+    if (n == 1)
+        return true;
+    const PlaneTree tree(points);
+    Coin coin(tree, R, points.at(first));
+    PlanePoint second;
+    while (true) {
+        const PlanePoint previous = coin.place();
+        const int next = coin.roll();
+        if (next < 0) {
+            indices.append(first);
+            return true;
+        }
+        indices.append(next);
+        if (indices.size() == 2)
+            second = coin.place();
+        else if (Internal::isSamePlace(coin.place(), second) &&
+                 Internal::isSamePlace(previous, points.at(first))) {
+            indices.removeLast();
+            return true;
+        }
+        if (indices.size() / 2 > n || (indices.size() / 2 == n && indices.size() % 2 != 0))
+            return false;
+    }
+}
+
+}  // namespace KvMath

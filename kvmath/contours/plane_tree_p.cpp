@@ -1,0 +1,70 @@
+#include <kvmath/contours/plane_tree_p.h>
+
+namespace KvMath::Internal {
+
+int lowestPoint(const QList<PlanePoint>& points) {
+    int lowest = -1;
+    PlanePoint least;
+    for (int i = 0; i < points.size(); ++i) {
+        const PlanePoint& p = points.at(i);
+        if (std::isnan(p.x) || std::isnan(p.y))
+            continue;
+        if (lowest < 0 || p.y < least.y || (p.y == least.y && p.x < least.x)) {
+            lowest = i;
+            least = p;
+        }
+    }
+    return lowest;
+}
+
+PlaneTree::PlaneTree(const QList<PlanePoint>& points) {
+    places_.reserve(static_cast<size_t>(points.size()));
+    for (int i = 0; i < points.size(); ++i) {
+        const PlanePoint& p = points.at(i);
+        if (std::isfinite(p.x) && std::isfinite(p.y))
+            places_.push_back({p, i});
+    }
+    // Each place once: the first index stands for all.
+    std::sort(places_.begin(), places_.end(), [](const Place& a, const Place& b) {
+        if (a.p.x != b.p.x)
+            return a.p.x < b.p.x;
+        return a.p.y != b.p.y ? a.p.y < b.p.y : a.index < b.index;
+    });
+    places_.erase(std::unique(places_.begin(), places_.end(),
+                              [](const Place& a, const Place& b) { return isSamePlace(a.p, b.p); }),
+                  places_.end());
+    if (places_.empty())
+        return;
+    size_t leaves = 1;
+    while (leaves * kPlacesPerLeaf < places_.size())
+        leaves *= 2;
+    nodes_.resize(2 * leaves - 1);
+    build(0, 0, static_cast<int>(places_.size()));
+}
+
+void PlaneTree::build(int node, int first, int last) {
+    const auto from = places_.begin() + first;
+    const auto to = places_.begin() + last;
+    constexpr double kFar = std::numeric_limits<double>::infinity();
+    Node box{kFar, -kFar, kFar, -kFar, first, last};
+    for (auto place = from; place != to; ++place) {
+        box.minX = std::min(box.minX, place->p.x);
+        box.maxX = std::max(box.maxX, place->p.x);
+        box.minY = std::min(box.minY, place->p.y);
+        box.maxY = std::max(box.maxY, place->p.y);
+    }
+    nodes_[static_cast<size_t>(node)] = box;
+    if (isLeaf(node))
+        return;
+    const int middle = first + (last - first) / 2;
+    if (box.maxX - box.minX > box.maxY - box.minY)
+        std::nth_element(from, places_.begin() + middle, to,
+                         [](const Place& a, const Place& b) { return a.p.x < b.p.x; });
+    else
+        std::nth_element(from, places_.begin() + middle, to,
+                         [](const Place& a, const Place& b) { return a.p.y < b.p.y; });
+    build(firstChild(node), first, middle);
+    build(secondChild(node), middle, last);
+}
+
+}  // namespace KvMath::Internal

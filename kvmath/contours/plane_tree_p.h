@@ -1,0 +1,112 @@
+#pragma once
+// Places in a plane, searched near first by questions that can refuse whole boxes.
+
+#include <kvmath/core/vector2d.h>
+
+#include <QtCore/QList>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+#include <vector>
+
+namespace KvMath::Internal {
+
+using PlanePoint = KvVector2D<double>;
+
+inline bool isSamePlace(const PlanePoint& a, const PlanePoint& b) { return a.x == b.x && a.y == b.y; }
+
+/// Index of the lowest point, the leftmost of equally low ones, the first of repeated ones. Points with a NaN
+/// do not count; -1 when there is no other.
+int lowestPoint(const QList<PlanePoint>& points);
+
+/// Bounds of a box seen from a place. Differences are rounded as those of the points in the box are, and
+/// rounding keeps order: the least square is never above that of a point in the box, computed alike.
+struct BoxView {
+    double left, right, below, above;
+    double squaredNearest() const {
+        const double x = std::max({left, -right, 0.0});
+        const double y = std::max({below, -above, 0.0});
+        return x * x + y * y;
+    }
+    double squaredFarthest() const {
+        const double x = std::max(-left, right);
+        const double y = std::max(-below, above);
+        return x * x + y * y;
+    }
+    /// At least the distance of any place in the box.
+    double size() const { return std::max(-left, right) + std::max(-below, above); }
+    /// Greatest product of `v` with a place in the box.
+    double support(const PlanePoint& v) const {
+        return (v.x < 0 ? left : right) * v.x + (v.y < 0 ? below : above) * v.y;
+    }
+};
+
+/// Balanced k-d tree (Bentley 1975) over the finite points, repeated ones once, under their lowest index.
+/// Built in n log n; memory in proportion to the points.
+class PlaneTree {
+public:
+    struct Place {
+        PlanePoint p;
+        int index;  ///< of the point in the list
+    };
+    struct Node {
+        double minX, maxX, minY, maxY;
+        int first, last;  ///< places first ... last - 1
+    };
+
+    explicit PlaneTree(const QList<PlanePoint>& points);
+
+    int nodes() const { return static_cast<int>(nodes_.size()); }
+    const Node& node(int i) const { return nodes_[static_cast<size_t>(i)]; }
+    const Place& place(int i) const { return places_[static_cast<size_t>(i)]; }
+    bool isLeaf(int i) const { return node(i).last - node(i).first <= kPlacesPerLeaf; }
+    /// Children of a node that is no leaf; the first holds the earlier places.
+    static int firstChild(int i) { return 2 * i + 1; }
+    static int secondChild(int i) { return 2 * i + 2; }
+    int childWith(int i, int place) const {
+        return place < node(firstChild(i)).last ? firstChild(i) : secondChild(i);
+    }
+
+    BoxView view(int i, const PlanePoint& from) const {
+        const Node& box = node(i);
+        return {box.minX - from.x, box.maxX - from.x, box.minY - from.y, box.maxY - from.y};
+    }
+
+    /// Calls visit(place) for the places of all leaves whose boxes, and those around them, reject(node) lets
+    /// pass; the nearer of two boxes first, so that a question that narrows with its answers narrows soon.
+    template <class Reject, class Visit>
+    void search(const PlanePoint& from, Reject reject, Visit visit) const {
+        if (places_.empty())
+            return;
+        std::array<int, kDeepest> open;
+        size_t count = 0;
+        open[count++] = 0;
+        while (count > 0) {
+            const int i = open[--count];
+            if (reject(i))
+                continue;
+            if (isLeaf(i)) {
+                for (int place = node(i).first; place < node(i).last; ++place)
+                    visit(place);
+                continue;
+            }
+            const bool swapped =
+                view(firstChild(i), from).squaredNearest() <= view(secondChild(i), from).squaredNearest();
+            open[count++] = swapped ? secondChild(i) : firstChild(i);
+            open[count++] = swapped ? firstChild(i) : secondChild(i);
+        }
+    }
+
+private:
+    static constexpr int kPlacesPerLeaf = 8;
+    static constexpr size_t kDeepest = 64;  // a path of 2^31 places is half as long
+
+    void build(int node, int first, int last);
+
+    std::vector<Place> places_;
+    std::vector<Node> nodes_;
+};
+
+}  // namespace KvMath::Internal
