@@ -1,0 +1,96 @@
+#include <kvmath/wheel/sensor_calibration.h>
+
+#include <kvmath/wheel/apexes.h>
+
+#include <tests/support/random_data.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+using namespace KvMath;
+using TestSupport::kNaN;
+
+namespace {
+
+/// Ridges of slope 1 to both sides at the given places, sampled every 0.25 mm.
+KvProfile ridges(const QList<KvPointXY>& tops) {
+    KvProfile profile;
+    for (int i = -400; i <= 400; ++i) {
+        const float x = 0.25F * static_cast<float>(i);
+        float y = -1e9F;
+        for (const KvPointXY& top : tops)
+            y = std::max(y, top.y - std::fabs(x - top.x));
+        profile.points.append({x, y});
+    }
+    return profile;
+}
+
+}  // namespace
+
+TEST(Apexes, AreWhereRisingMeetsFallingInAnyOrderOfPoints) {
+    KvProfile profile = ridges({{-60, 30}, {0, 40}, {50, 20}}), apexes;
+    std::reverse(profile.points.begin(), profile.points.end());
+    profile.points.insert(10, {kNaN, 3});
+    apexes.points.append({1, 1});
+    QList<KvLine> lines;
+    ASSERT_EQ(ORBIS_detectApexes(profile, apexes, lines, 2.0F), 3);
+    ASSERT_EQ(lines.size(), 6);
+    EXPECT_NEAR(apexes.points[0].x, -60, 1e-3);
+    EXPECT_NEAR(apexes.points[1].y, 40, 1e-3);
+    EXPECT_NEAR(apexes.points[2].x, 50, 1e-3);
+    EXPECT_NEAR(lines[4].k, 1, 1e-4);
+    EXPECT_EQ(ORBIS_detectApexes(KvProfile(), apexes, lines, kNaN), 0);
+    EXPECT_TRUE(apexes.points.isEmpty() && lines.isEmpty());
+}
+
+// The object is placed by a known sensor; the sensor found must put the ridges back where they are.
+TEST(SensorPlacement, PutsTheRidgesWhereTheyAre) {
+    const KvProfile profile = ridges({{-60, 30}, {0, 40}, {50, 20}});
+    for (const float angleC : {0.0F, 20.0F}) {
+        const _KvORBIS_SensorCoord_ truth = {500, -20, 90, 35, 0, angleC};
+        KvProfile apexes;
+        QList<KvLine> lines;
+        ORBIS_detectApexes(profile, apexes, lines, 2.0F);
+        KvPointCloud<KvPointXYZ> places;
+        ORBIS_XYtoXYZ(apexes, places, truth);
+        QList<QPointF> nodes;
+        for (const KvPointXYZ& p : qAsConst(places.points))
+            nodes.prepend({static_cast<double>(p.x) - 400.0, static_cast<double>(p.z) - 100.0});
+        _KvORBIS_SensorCoord_ found = {};
+        _KvORBIS_DbgData_ debug;
+        ASSERT_TRUE(ORBIS_calcAnglesCoord(profile, 400, -20, 100, 0.1F, found, nodes, &debug));
+        EXPECT_NEAR(found.x, truth.x, 0.05);
+        EXPECT_NEAR(found.z, truth.z, 0.05);
+        EXPECT_NEAR(found.angleA, truth.angleA, 0.02);
+        EXPECT_NEAR(found.angleC, truth.angleC, 0.1);
+        EXPECT_EQ(debug.points.size(), 3);
+        nodes[1].ry() += 5;
+        EXPECT_FALSE(ORBIS_calcAnglesCoord(profile, 400, -20, 100, 0.1F, found, nodes, nullptr));
+        EXPECT_TRUE(ORBIS_calcAnglesCoord(profile, 400, -20, 100, kNaN, found, nodes, nullptr));
+        EXPECT_FALSE(ORBIS_calcAnglesCoord(profile, 400, -20, 100, kNaN, found, nodes.mid(0, 1), nullptr));
+    }
+}
+
+TEST(CalibrationNodes, AreTheSharpestCornersAndTheirPlaces) {
+    KvProfile profile;
+    for (const KvPointXY& p : ridges({{-20, 30}, {20, 30}}).points)
+        if (std::fabs(p.x) < 40)
+            profile.points.append(p);
+    KvVector2D<double> nodes[3];
+    ASSERT_EQ(ORBIS_detectCalibrNodes(profile, nodes, 1.0F, 0.2F, 0), CalibrNodesFound);
+    EXPECT_NEAR(nodes[0].x, -20, 1e-6);
+    EXPECT_NEAR(nodes[1].y, 10, 1e-6);
+    EXPECT_NEAR(nodes[2].x, 20, 1e-6);
+    EXPECT_EQ(ORBIS_detectCalibrNodes(profile, nodes, 0.01F, 0.2F, 0), CalibrNodesTooFewPoints);
+    EXPECT_EQ(ORBIS_detectCalibrNodes(profile, nodes, 1.0F, 1e9F, 0), CalibrNodesTooFewLines);
+
+    const KvPointXY corners[3] = {{-20, 30}, {4, 10}, {20, 30}};
+    KvPointXYZ places[3];
+    ASSERT_TRUE(ORBIS_detectCalibr3DNodes(corners, places, 30, 0.5F, 25));
+    EXPECT_EQ(places[0].x, -20.0F);
+    EXPECT_EQ(places[1].x, 4.0F);
+    EXPECT_TRUE(places[1].y == 20.0F && places[1].z == 25.0F && places[2].z == 0.0F);
+    const KvPointXY same[3] = {{1, 1}, {4, 10}, {1, 1}};
+    EXPECT_FALSE(ORBIS_detectCalibr3DNodes(same, places, 30, 0.5F, 25));
+}
