@@ -1,0 +1,84 @@
+#include <kvmath/wheel/recording_p.h>
+
+#include <kvmath/core/line.h>
+#include <kvmath/profile/profile_z.h>
+
+#include <QtCore/QDir>
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
+
+#include <cmath>
+#include <limits>
+
+namespace KvMath::Internal {
+
+namespace {
+
+constexpr int kScannersAtMost = 49;
+
+QString withoutExtension(QString name) { return name.remove(QStringLiteral(".bin")); }
+
+}  // namespace
+
+QString wheelDirectory(const QString& recording) {
+    const QString name = withoutExtension(recording);
+    return QDir::isAbsolutePath(name) ? name : QStringLiteral("./") + name;
+}
+
+QString wheelFile(const QString& directory, int wheel, int profile) {
+    return directory + QString::asprintf("/%02d_%02d.bin", wheel, profile);
+}
+
+int serialOf(const QString& recording) {
+    const QString name = withoutExtension(QFileInfo(recording).fileName());
+    return name.mid(name.indexOf('_') + 1).toInt();
+}
+
+int scannerIndex(const QSettings& settings, int serial) {
+    for (int i = 1; i <= kScannersAtMost; ++i) {
+        const int configured = sensorValue(settings, i, "SN", 0).toInt();
+        if (configured == 0)
+            return 0;
+        if (configured == serial)
+            return i;
+    }
+    return kScannersAtMost + 1;  // by design: the search goes on with the index behind the last
+}
+
+QVariant sensorValue(const QSettings& settings, int index, const char* name, const QVariant& fallback) {
+    return settings.value(QStringLiteral("SENSOR%1/%2").arg(index).arg(QLatin1String(name)), fallback);
+}
+
+KvLine levelLine(const QSettings& settings, int index, const char* name, float slope, float intercept) {
+    const auto part = [&](const char* suffix, float fallback) {
+        return sensorValue(settings, index, (QByteArray(name) + suffix).constData(), fallback).toFloat();
+    };
+    return {part("_k", slope), part("_b", intercept)};
+}
+
+int truncated(float value) {
+    constexpr float kLimit = 2147483648.0F;
+    if (std::isnan(value))
+        return 0;
+    if (value >= kLimit)
+        return std::numeric_limits<int>::max();
+    return value < -kLimit ? std::numeric_limits<int>::min() : static_cast<int>(value);
+}
+
+bool readNextProfile(QFile& recording, KvProfile& profile) {
+    constexpr char kProfileZMarker = 0x05;
+    char marker = 0;
+    // The marker tells which of the two readers can succeed; trying both would read every record with Z
+    // twice.
+    if (recording.peek(&marker, 1) != 1)
+        return false;
+    if (marker != kProfileZMarker)
+        return profile.readFromFile(recording) >= 0;
+    KvProfileZ withPlace;
+    if (withPlace.readFromFile(recording, false) < 0)
+        return false;
+    profile = withPlace;
+    return true;
+}
+
+}  // namespace KvMath::Internal
