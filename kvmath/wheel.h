@@ -9,4 +9,5 @@
 #include <kvmath/wheel/wheel_defects.h>
 #include <kvmath/wheel/wheel_detection.h>
 #include <kvmath/wheel/wheel_parameters.h>
+#include <kvmath/wheel/wheel_variants.h>
 #include <kvmath/wheel/wheelset_distance.h>
