@@ -5,6 +5,7 @@
 
 namespace KvMeasure {
 
+int runCalibrate(const QStringList& words);
 int runFilter(const QStringList& words);
 int runFit(const QStringList& words);
 int runInfo(const QStringList& words);

@@ -31,6 +31,7 @@ constexpr Command commands[] = {
     {"fit", "fits a line, parabola, circle or plane, with residuals", runFit},
     {"scan", "3D scans: outlines, planes, grids, sections, conversion", runScan},
     {"simulate", "makes profiles of parts with known dimensions", runSimulate},
+    {"calibrate", "builds, applies and checks tables of a triangulation scanner", runCalibrate},
 };
 
 QString overview() {

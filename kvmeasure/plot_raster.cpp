@@ -98,7 +98,7 @@ Raster thinned(const Raster& raster, int mostCells) {
                     const float value = raster.at(c, r);
                     sum += std::isfinite(value) ? double(value) : 0.0;
                     count += std::isfinite(value) ? 1 : 0;
-                    isOutside = isOutside && raster.outside[static_cast<std::size_t>(r * raster.columns + c)];
+                    isOutside = isOutside && raster.outside[raster.cell(c, r)];
                 }
             }
             result.values.push_back(static_cast<float>(sum / count));  // NaN for none

@@ -21,10 +21,12 @@ struct Raster {
     int columns = 0, rows = 0;
     std::vector<float> values;  ///< row by row
     std::vector<bool> outside;  ///< cells left white, which are neither filled nor empty; may be empty
-    float at(int column, int row) const {
-        return values[static_cast<std::size_t>(row) * static_cast<std::size_t>(columns) +
-                      static_cast<std::size_t>(column)];
+
+    std::size_t cell(int column, int row) const {
+        return static_cast<std::size_t>(row) * static_cast<std::size_t>(columns) +
+               static_cast<std::size_t>(column);
     }
+    float at(int column, int row) const { return values[cell(column, row)]; }
 };
 
 /// Means of the finite values in blocks, so that the grid has at most `mostCells` cells. A block is outside

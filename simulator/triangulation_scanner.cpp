@@ -27,6 +27,8 @@ double undistorted(const ScannerGeometry& g, double image) {
     for (int i = 0; i < 20; ++i) {
         const double s = slope * slope;
         const double residue = slope * (1 + s * (g.radial1 + s * g.radial2)) - image;
+        if (residue == 0)
+            break;
         slope -= residue / (1 + s * (3 * g.radial1 + s * 5 * g.radial2));
     }
     return slope;

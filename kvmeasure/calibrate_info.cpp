@@ -1,0 +1,158 @@
+#include "kvmeasure/calibrate.h"
+#include "kvmeasure/calibration_file.h"
+#include "kvmeasure/failure.h"
+#include "kvmeasure/print.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace KvMeasure {
+
+namespace {
+
+const Usage usage{
+    "calibrate info",
+    "FILE...",
+    "What raw records and tables hold.",
+    {{"--z-range", "MM", "show Z of tables in mm"},
+     {"--x-range", "MM", "show X of tables in mm"},
+     {"--json", "", "print JSON"}},
+    "Without ranges, values of tables are in table units, 16384 of which make the range.\n\nExamples\n"
+    "  kvmeasure calibrate info flat.raw\n"
+    "  kvmeasure calibrate info scanner.tbl --z-range 100 --x-range 140 --json\n"};
+
+/// Smallest and largest of the values that came.
+struct Span {
+    double from = std::numeric_limits<double>::infinity(), to = -from;
+    void add(double value) {
+        from = std::min(from, value);
+        to = std::max(to, value);
+    }
+    bool isEmpty() const { return !(from <= to); }
+    QString text() const { return isEmpty() ? "-" : QString("%1 ... %2").arg(from).arg(to); }
+    QJsonValue json() const { return isEmpty() ? QJsonValue() : QJsonArray{from, to}; }
+};
+
+/// Rows "what, value" as text and JSON.
+struct Facts {
+    Table table{{"", ""}};
+    QJsonObject json;
+    void add(const char* key, const QString& what, const QString& value, const QJsonValue& number) {
+        table.add({what, value});
+        json[key] = number;
+    }
+    void add(const char* key, const QString& what, int value) {
+        add(key, what, QString::number(value), value);
+    }
+    void add(const char* key, const QString& what, const Span& span) {
+        add(key, what, span.text(), span.json());
+    }
+};
+
+void describeRecord(const QString& path, Facts& facts) {
+    const RawRecord record = loadRaw(path);
+    Span columns, steps, positions;
+    int found = 0, beyond = 0;
+    for (std::size_t i = 0; i < record.positions.size(); ++i) {
+        const int position = record.positions[i];
+        beyond += position >= KvMath::kSensorPositions ? 1 : 0;
+        if (position == 0 || position >= KvMath::kSensorPositions)
+            continue;
+        ++found;
+        columns.add(static_cast<double>(i / KvMath::kCalibrationSteps));
+        steps.add(static_cast<double>(i % KvMath::kCalibrationSteps));
+        positions.add(position / double(KvMath::kPositionsPerRow));
+    }
+    const std::vector<double>& z = record.parameters;
+    facts.add("found", "positions found", percent(found, static_cast<double>(record.positions.size())),
+              found);
+    facts.add("beyond", "positions beyond the sensor", beyond);
+    facts.add("columns", "columns with a line", columns);
+    facts.add("steps", "steps with a line", steps);
+    facts.add("rows", "sensor rows of the line", positions);
+    const bool hasZ = z[0] != z[1];  // what the builders ask
+    facts.add("z", "z of the first and last step",
+              hasZ ? QString("%1, %2").arg(z.front()).arg(z.back()) : QString("not recorded"),
+              hasZ ? QJsonValue(QJsonArray{jsonNumber(z.front()), jsonNumber(z.back())}) : QJsonValue());
+}
+
+void describeHalf(const PixelTable& table, Half half, double range, Facts& facts) {
+    Span columns, rows, values;
+    for (int row = 0; row < table.rows(); ++row) {
+        for (int column = 0; column < PixelTable::columns; ++column) {
+            const double value = table.value(half, row, column, range);
+            if (std::isnan(value))
+                continue;
+            columns.add(column);
+            rows.add(row / table.rowsPerPixel());
+            values.add(value);
+        }
+    }
+    const bool isZ = half == Half::Z;
+    const QString name = isZ ? "Z" : "X";
+    const QString unit = range == KvMath::kUnitsPerRange ? "table units" : "mm";
+    const int filled = table.filled(half);
+    facts.add(isZ ? "filledZ" : "filledX", name + ", cells filled",
+              QString("%1 (%2 of the sensor)")
+                  .arg(filled)
+                  .arg(percent(filled, double(table.rows()) * PixelTable::columns)),
+              filled);
+    facts.add(isZ ? "columnsZ" : "columnsX", name + ", columns", columns);
+    facts.add(isZ ? "rowsZ" : "rowsX", name + ", sensor rows", rows);
+    facts.add(isZ ? "valuesZ" : "valuesX", name + ", " + unit, values);
+}
+
+/// Steepest and flattest mm per sensor row, where neighbours are filled.
+void describeGradient(PixelTable& table, double zRange, double xRange, Facts& facts) {
+    std::vector<double> gradient(std::size_t{KvMath::kTableSensorRows} * KvMath::kSensorColumns);
+    if (!KvMath::gradientXandZtables(table.cells(), zRange, xRange, gradient.data(), nullptr))
+        return;
+    Span span;
+    for (const double value : gradient) {
+        if (!std::isnan(value))
+            span.add(value);
+    }
+    facts.add("gradientZ", "Z, mm per sensor row", span);
+}
+
+}  // namespace
+
+int runCalibrateInfo(const QStringList& words) {
+    constexpr int mostFiles = 1000;
+    constexpr double any = std::numeric_limits<double>::max();
+    if (words.contains("--help")) {
+        print(helpText(usage));
+        return Done;
+    }
+    const Arguments arguments(usage, words);
+    arguments.requireOperands(mostFiles);
+    const double zRange = arguments.number("--z-range", KvMath::kUnitsPerRange, 0, any);
+    const double xRange = arguments.number("--x-range", KvMath::kUnitsPerRange, 0, any);
+    QJsonArray json;
+    QString text;
+    for (const QString& path : arguments.operands()) {
+        const CalibrationForm form = calibrationForm(path);
+        Facts facts;
+        if (form == CalibrationForm::Raw) {
+            describeRecord(path, facts);
+        } else {
+            PixelTable table = loadTable(path);
+            describeHalf(table, Half::Z, zRange, facts);
+            describeHalf(table, Half::X, xRange, facts);
+            if (table.isFull() && arguments.has("--z-range"))
+                describeGradient(table, zRange, xRange, facts);
+        }
+        facts.json["file"] = path;
+        facts.json["form"] = formName(form);
+        json.append(facts.json);
+        text += path + ": " + formName(form) + facts.table.text();
+    }
+    if (arguments.has("--json"))
+        printJson({{"files", json}});
+    else
+        print(text);
+    return Done;
+}
+
+}  // namespace KvMeasure
