@@ -68,19 +68,20 @@ bool planeFitting(const double* xyz, int n, double* p) {
         sumPlus31(centroid, xyz + 3 * static_cast<std::ptrdiff_t>(i));
     for (double& coordinate : centroid)
         coordinate /= n;
-    Internal::UnitOffsetMatrix centred(n, 3);
-    for (int i = 0; i < n; ++i)
-        for (int k = 0; k < 3; ++k)
-            centred[i + 1][k + 1] = xyz[3 * static_cast<std::ptrdiff_t>(i) + k] - centroid[k];
-    Internal::UnitOffsetMatrix v(3, 3);
-    double w[4] = {};
-    if (!Internal::rightSingularVectors(centred.rows(), n, 3, w, v.rows()))
+    Internal::SvdBlock svd(n, 3);
+    if (!svd.isValid())
         return false;
-    int column = 1;
-    for (int k = 2; k <= 3; ++k)
-        if (w[k] < w[column])
-            column = k;
-    double normal[3] = {v[1][column], v[2][column], v[3][column]};
+    for (std::ptrdiff_t i = 0; i < n; ++i)
+        for (int k = 0; k < 3; ++k)
+            svd.column(k)[i] = xyz[3 * i + k] - centroid[k];
+    if (!svd.decompose(/*wantsLeft=*/false))
+        return false;
+    const double* w = svd.values();
+    int least = 0;
+    for (int k = 1; k < 3; ++k)
+        if (w[k] < w[least])
+            least = k;
+    double normal[3] = {svd.right(least)[0], svd.right(least)[1], svd.right(least)[2]};
     if (normal[2] < 0.0)
         mulV3byScalar(normal, -1.0);
     for (int k = 0; k < 3; ++k)

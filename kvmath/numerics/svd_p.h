@@ -1,8 +1,9 @@
 #pragma once
-// Pieces of the decomposition that other kernels and the tests reach.
+// The decomposition on columns, and what callers of it share.
 
 #include <cstddef>
-#include <vector>
+#include <memory>
+#include <new>
 
 namespace KvMath::Internal {
 
@@ -11,29 +12,29 @@ namespace KvMath::Internal {
 /// rounds to 0 gives the larger magnitude exactly. All results of the decomposition depend on it.
 double pythag(double a, double b);
 
-/// Owner of a rows x cols matrix that is addressed from 1, in one block with its row pointers.
-class UnitOffsetMatrix {
+/// A decomposition's storage, one block without initial values: the m x n matrix and V (n x n) column by
+/// column, the values w (n), work for the iteration and for the caller (3 n).
+class SvdBlock {
 public:
-    UnitOffsetMatrix(int rows, int cols);  ///< zeros; dimensions below 0 count as 0
-    /// Copies a row-major block of this shape.
-    void fillFrom(const double* block);
-    double** rows() { return rows_.data(); }
-    double* operator[](int row) { return rows_[static_cast<std::size_t>(row)]; }
-    const double* operator[](int row) const { return rows_[static_cast<std::size_t>(row)]; }
+    SvdBlock(int rows, int columns);  ///< dimensions below 0 count as 0
+    /// False when there is not as much memory; nothing else may be asked then.
+    bool isValid() const { return block_ != nullptr; }
+
+    /// Singular values in any order, and V; the matrix becomes U if that is wanted, else it is used up. w and
+    /// V do not depend on that, and for many rows it halves the time. False without convergence.
+    bool decompose(bool wantsLeft);
+
+    double* column(int j) { return block_.get() + j * rows_; }
+    double* right(int j) { return block_.get() + (rows_ + j) * columns_; }
+    double* values() { return right(0) + columns_ * columns_; }
+    double* work() { return values() + columns_; }
 
 private:
-    std::size_t rowCount_, colCount_;
-    std::vector<double> elements_;
-    std::vector<double*> rows_;
+    std::ptrdiff_t rows_, columns_;
+    std::unique_ptr<double[]> block_;
 };
 
-/// svdcmp without U: w and v are the same bit for bit, `a` is left as the reflections made it. For many rows
-/// a fraction of the time.
-bool rightSingularVectors(double** a, int m, int n, double* w, double** v);
-
-/// x[1..n] = V diag(1 / w) U^T b with 0 for every w that is 0; u m x n, v n x n, w and x unit-offset,
-/// b[0..m-1] not. `work` has n + 1 elements.
-void svdBackSubstitute(double** u, const double* w, double** v, int m, int n, const double* b, double* x,
-                       double* work);
+/// x[0..n-1] = V diag(1 / w) U^T b with 0 for every w that is 0; b has m elements.
+void svdBackSubstitute(SvdBlock& svd, int m, int n, const double* b, double* x);
 
 }  // namespace KvMath::Internal
