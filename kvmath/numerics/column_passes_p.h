@@ -2,6 +2,7 @@
 // Passes over contiguous columns. A sum is one chain of additions in index order, which fixes its last bits;
 // what may run side by side are the sums of several columns and everything that is not a sum.
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstddef>
@@ -71,14 +72,29 @@ inline void rotate(double* __restrict x, double* __restrict z, Count count, doub
     }
 }
 
+template <std::size_t Width>
+void reflectRowsOf(double* columns, Count stride, Count count, const double* pivot, const double* factors) {
+    for (Count k = 0; k < count; ++k) {
+        double dot = 0.0;
+        for (std::size_t j = 0; j < Width; ++j)
+            dot += columns[static_cast<Count>(j) * stride + k] * pivot[j];
+        for (std::size_t j = 0; j < Width; ++j)
+            columns[static_cast<Count>(j) * stride + k] += dot * factors[j];
+    }
+}
+
 /// Adds to every row of the columns its product with `pivot`, times `factors`.
 inline void reflectRows(double* columns, Count stride, Count width, Count count, const double* pivot,
                         const double* factors) {
+    if (width == 1)
+        return reflectRowsOf<1>(columns, stride, count, pivot, factors);
+    if (width == 2)
+        return reflectRowsOf<2>(columns, stride, count, pivot, factors);
     constexpr Count kBlock = 128;  // rows at a time stay in the nearest cache
     std::array<double, kBlock> dots;
     for (Count first = 0; first < count; first += kBlock) {
         const Count rows = count - first < kBlock ? count - first : kBlock;
-        dots.fill(0.0);
+        std::fill_n(dots.data(), rows, 0.0);
         for (Count j = 0; j < width; ++j)
             addMultiple(dots.data(), columns + j * stride + first, rows, pivot[j]);
         for (Count j = 0; j < width; ++j)

@@ -64,8 +64,9 @@ bool planeFitting(const double* xyz, int n, double* p) {
     if (n < 1)
         return false;
     double centroid[3] = {0.0, 0.0, 0.0};
-    for (int i = 0; i < n; ++i)
-        sumPlus31(centroid, xyz + 3 * static_cast<std::ptrdiff_t>(i));
+    for (std::ptrdiff_t i = 0; i < n; ++i)
+        for (int k = 0; k < 3; ++k)
+            centroid[k] += xyz[3 * i + k];
     for (double& coordinate : centroid)
         coordinate /= n;
     Internal::SvdBlock svd(n, 3);
