@@ -254,15 +254,14 @@ void Decomposition::sweep(Count l, Count k) {
 
 }  // namespace
 
-// larger * sqrt(1 + (smaller / larger)^2), the ratio and its square in single precision.
+// Both quotients, of which the smaller counts, cost less than a branch that nobody can predict.
 double pythag(double a, double b) {
     const double absA = std::fabs(a);
     const double absB = std::fabs(b);
-    const double larger = absA > absB ? absA : absB;
-    const double smaller = absA > absB ? absB : absA;
+    const double larger = std::max(absB, absA);  // |b| when |a| is NaN
     if (larger == 0.0)
         return 0.0;
-    const auto ratio = static_cast<float>(smaller / larger);
+    const auto ratio = static_cast<float>(std::min(absA / absB, absB / absA));
     const float square = ratio * ratio;
     return larger * std::sqrt(1.0 + static_cast<double>(square));
 }
@@ -271,8 +270,12 @@ SvdBlock::SvdBlock(int rows, int columns) : rows_(std::max(rows, 0)), columns_(s
     constexpr std::ptrdiff_t kMostElements = std::ptrdiff_t{1}
                                              << 48;  // no machine has that, no product overflows
     const std::ptrdiff_t height = rows_ + columns_ + 4;
-    if (columns_ < kMostElements / height)
-        block_.reset(new (std::nothrow) double[static_cast<std::size_t>(columns_ * height)]);
+    if (columns_ >= kMostElements / height)
+        return;
+    const auto size = static_cast<std::size_t>(columns_ * height);
+    if (size > small_.size())
+        large_.reset(new (std::nothrow) double[size]);
+    block_ = size > small_.size() ? large_.get() : small_.data();
 }
 
 bool SvdBlock::decompose(bool wantsLeft) { return Decomposition(*this, rows_, columns_, wantsLeft).run(); }
