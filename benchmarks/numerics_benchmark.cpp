@@ -1,7 +1,8 @@
 // The numerics beside Eigen and GSL, where those are installed: the same problem, the same data, one thread.
 //
 // The peers work in full double precision, column by column (Eigen) or row by row (GSL); svdcmp keeps its
-// prescribed rotations. Inputs are restored within the measured loop on all sides.
+// prescribed rotations. Inputs are restored within the measured loop on all sides, and small problems change
+// from round to round: the processor would learn the branches of a single one by heart.
 
 #include <kvmath/numerics/circle_fitting.h>
 #include <kvmath/numerics/curves.h>
@@ -25,7 +26,9 @@
 #include <gsl/gsl_spline.h>
 #endif
 
+#include <algorithm>
 #include <cmath>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -43,6 +46,24 @@ Values normals(std::size_t count) {
 std::size_t size(const benchmark::State& state, std::size_t i) {
     return static_cast<std::size_t>(state.range(i));
 }
+
+constexpr std::size_t kPool = 64;
+
+/// One of kPool stretches of `size` numbers after the other.
+class Pool {
+public:
+    Pool(Values values, std::size_t size) : values_(std::move(values)), size_(size) {}
+    explicit Pool(std::size_t size) : Pool(normals(kPool * size), size) {}
+    const double* next() {
+        at_ = at_ + 2 * size_ <= values_.size() ? at_ + size_ : 0;
+        return values_.data() + at_;
+    }
+
+private:
+    Values values_;
+    std::size_t size_;
+    std::size_t at_ = 0;
+};
 
 void shapes(benchmark::internal::Benchmark* b) {
     for (const auto& shape : {std::pair(3, 3), {6, 6}, {20, 6}, {100, 10}, {1000, 3}})
@@ -65,9 +86,9 @@ void BM_Svd(benchmark::State& state) {
     Rows a(m, n);
     Rows v(n, n);
     Values w(n + 1);
-    const Values source = normals(a.block.size());
+    Pool source(a.block.size());
     for (auto _ : state) {
-        a.block = source;
+        std::copy_n(source.next(), a.block.size(), a.block.begin());
         benchmark::DoNotOptimize(
             KvMath::svdcmp(a.rows.data(), static_cast<int>(m), static_cast<int>(n), w.data(), v.rows.data()));
     }
@@ -77,27 +98,27 @@ BENCHMARK(BM_Svd)->Apply(shapes);
 void BM_LeastSquares(benchmark::State& state) {
     const std::size_t m = size(state, 0);
     const std::size_t n = size(state, 1);
-    const Values a = normals(m * n);
+    Pool a(m * n);
     const Values b = normals(m);
     Values x(n);
     for (auto _ : state)
-        benchmark::DoNotOptimize(KvMath::svdLeastSquares(a.data(), b.data(), static_cast<int>(m),
+        benchmark::DoNotOptimize(KvMath::svdLeastSquares(a.next(), b.data(), static_cast<int>(m),
                                                          static_cast<int>(n), 1e-12, x.data()));
 }
 BENCHMARK(BM_LeastSquares)->Apply(shapes);
 
-Values planePoints(std::size_t count) {
-    Values xyz = normals(3 * count);
-    for (std::size_t i = 0; i < count; ++i)
-        xyz[3 * i + 2] = 0.01 * xyz[3 * i + 2] + 0.5 * xyz[3 * i];
-    return xyz;
+Pool planePoints(std::size_t count) {
+    Values xyz = normals(3 * count * (count <= 1000 ? kPool : 1));
+    for (std::size_t i = 0; i < xyz.size(); i += 3)
+        xyz[i + 2] = 0.01 * xyz[i + 2] + 0.5 * xyz[i];
+    return {std::move(xyz), 3 * count};
 }
 
 void BM_Plane(benchmark::State& state) {
-    const Values xyz = planePoints(size(state, 0));
+    Pool xyz = planePoints(size(state, 0));
     double p[4];
     for (auto _ : state)
-        benchmark::DoNotOptimize(KvMath::planeFitting(xyz.data(), static_cast<int>(state.range(0)), p));
+        benchmark::DoNotOptimize(KvMath::planeFitting(xyz.next(), static_cast<int>(state.range(0)), p));
 }
 BENCHMARK(BM_Plane)->RangeMultiplier(10)->Range(10, 1'000'000);
 
@@ -168,17 +189,33 @@ struct Knots {
     Values x, y, places;
 };
 
+struct SplineRows {
+    SplineRows() : block(4 * kKnots) {
+        for (std::size_t k = 0; k < kKnots; ++k)
+            rows.push_back(block.data() + 4 * k);
+    }
+    Values block;
+    std::vector<double*> rows;
+};
+
+void BM_Spline(benchmark::State& state) {
+    const Knots knots;
+    SplineRows table;
+    for (auto _ : state) {
+        KvMath::cubicInterpolation(kKnots, knots.x.data(), knots.y.data(), 0.0, 0.0, table.rows.data());
+        benchmark::ClobberMemory();
+    }
+}
+BENCHMARK(BM_Spline);
+
 void BM_SplineValue(benchmark::State& state) {
     const Knots knots;
-    Values block(4 * kKnots);
-    std::vector<double*> rows;
-    for (std::size_t k = 0; k < kKnots; ++k)
-        rows.push_back(block.data() + 4 * k);
-    KvMath::cubicInterpolation(kKnots, knots.x.data(), knots.y.data(), 0.0, 0.0, rows.data());
+    SplineRows table;
+    KvMath::cubicInterpolation(kKnots, knots.x.data(), knots.y.data(), 0.0, 0.0, table.rows.data());
     std::size_t i = 0;
     for (auto _ : state)
-        benchmark::DoNotOptimize(
-            KvMath::getCubicInterpolatedValue(knots.places[i++ % 1024], kKnots, knots.x.data(), rows.data()));
+        benchmark::DoNotOptimize(KvMath::getCubicInterpolatedValue(knots.places[i++ % 1024], kKnots,
+                                                                   knots.x.data(), table.rows.data()));
 }
 BENCHMARK(BM_SplineValue);
 
@@ -186,41 +223,42 @@ BENCHMARK(BM_SplineValue);
 using Dense = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic>;
 constexpr unsigned kThin = Eigen::ComputeThinU | Eigen::ComputeThinV;
 
-Eigen::Map<const Dense> asMatrix(const Values& v, const benchmark::State& state) {
-    return {v.data(), state.range(0), state.range(1)};
+Eigen::Map<const Dense> asMatrix(const double* v, const benchmark::State& state) {
+    return {v, state.range(0), state.range(1)};
 }
 
 void BM_SvdEigen(benchmark::State& state) {
-    const Values source = normals(size(state, 0) * size(state, 1));
+    Pool source(size(state, 0) * size(state, 1));
     Eigen::JacobiSVD<Dense> svd(state.range(0), state.range(1), kThin);
     for (auto _ : state)
-        benchmark::DoNotOptimize(svd.compute(asMatrix(source, state)).singularValues().data());
+        benchmark::DoNotOptimize(svd.compute(asMatrix(source.next(), state)).singularValues().data());
 }
 BENCHMARK(BM_SvdEigen)->Apply(shapes);
 
 void BM_SvdEigenDivideAndConquer(benchmark::State& state) {
-    const Values source = normals(size(state, 0) * size(state, 1));
+    Pool source(size(state, 0) * size(state, 1));
     Eigen::BDCSVD<Dense> svd(state.range(0), state.range(1), kThin);
     for (auto _ : state)
-        benchmark::DoNotOptimize(svd.compute(asMatrix(source, state)).singularValues().data());
+        benchmark::DoNotOptimize(svd.compute(asMatrix(source.next(), state)).singularValues().data());
 }
 BENCHMARK(BM_SvdEigenDivideAndConquer)->Apply(shapes);
 
 void BM_LeastSquaresEigen(benchmark::State& state) {
-    const Values source = normals(size(state, 0) * size(state, 1));
+    Pool source(size(state, 0) * size(state, 1));
     const Values b = normals(size(state, 0));
     const Eigen::Map<const Eigen::VectorXd> right(b.data(), state.range(0));
     for (auto _ : state) {
-        const Eigen::VectorXd x = asMatrix(source, state).jacobiSvd(kThin).solve(right);
+        const Eigen::VectorXd x = asMatrix(source.next(), state).jacobiSvd(kThin).solve(right);
         benchmark::DoNotOptimize(x.data());
     }
 }
 BENCHMARK(BM_LeastSquaresEigen)->Apply(shapes);
 
 void BM_PlaneEigen(benchmark::State& state) {  // decomposition of the centred points, as planeFitting
-    const Values xyz = planePoints(size(state, 0));
-    const Eigen::Map<const Eigen::Matrix<double, 3, Eigen::Dynamic>> points(xyz.data(), 3, state.range(0));
+    Pool xyz = planePoints(size(state, 0));
     for (auto _ : state) {
+        const Eigen::Map<const Eigen::Matrix<double, 3, Eigen::Dynamic>> points(xyz.next(), 3,
+                                                                                state.range(0));
         const Eigen::Vector3d centroid = points.rowwise().mean();
         const Eigen::Matrix<double, Eigen::Dynamic, 3> centred = (points.colwise() - centroid).transpose();
         Eigen::JacobiSVD<Eigen::Matrix<double, Eigen::Dynamic, 3>> svd(centred, Eigen::ComputeFullV);
@@ -232,8 +270,8 @@ BENCHMARK(BM_PlaneEigen)->RangeMultiplier(10)->Range(10, 1'000'000);
 
 #ifdef KVMATH_HAS_GSL
 void BM_SvdGsl(benchmark::State& state) {
-    const Values source = normals(size(state, 0) * size(state, 1));
-    Values a(source);
+    Pool source(size(state, 0) * size(state, 1));
+    Values a(size(state, 0) * size(state, 1));
     const std::size_t n = size(state, 1);
     Values v(n * n);
     Values w(n);
@@ -243,7 +281,7 @@ void BM_SvdGsl(benchmark::State& state) {
     auto viewW = gsl_vector_view_array(w.data(), n);
     auto viewWork = gsl_vector_view_array(work.data(), n);
     for (auto _ : state) {
-        a = source;
+        std::copy_n(source.next(), a.size(), a.begin());
         gsl_linalg_SV_decomp(&viewA.matrix, &viewV.matrix, &viewW.vector, &viewWork.vector);
         benchmark::DoNotOptimize(w.data());
     }
@@ -253,18 +291,19 @@ BENCHMARK(BM_SvdGsl)->Apply(shapes);
 void BM_LeastSquaresGsl(benchmark::State& state) {
     const std::size_t m = size(state, 0);
     const std::size_t n = size(state, 1);
-    const Values a = normals(m * n);
+    Pool a(m * n);
     const Values b = normals(m);
     Values x(n);
     Values covariance(n * n);
-    auto viewA = gsl_matrix_const_view_array(a.data(), m, n);
     auto viewB = gsl_vector_const_view_array(b.data(), m);
     auto viewX = gsl_vector_view_array(x.data(), n);
     auto viewC = gsl_matrix_view_array(covariance.data(), n, n);
     double chisq = 0.0;
     gsl_multifit_linear_workspace* work = gsl_multifit_linear_alloc(m, n);
-    for (auto _ : state)
+    for (auto _ : state) {
+        const auto viewA = gsl_matrix_const_view_array(a.next(), m, n);
         gsl_multifit_linear(&viewA.matrix, &viewB.vector, &viewX.vector, &viewC.matrix, &chisq, work);
+    }
     gsl_multifit_linear_free(work);
 }
 BENCHMARK(BM_LeastSquaresGsl)->Apply(shapes);
@@ -326,6 +365,44 @@ void BM_CircleGsl(benchmark::State& state) {
     gsl_multimin_fminimizer_free(minimizer);
 }
 BENCHMARK(BM_CircleGsl)->Arg(100)->Arg(1000);
+
+void BM_SplineGsl(
+    benchmark::State& state) {  // natural instead of clamped ends: the same system but for two rows
+    const Knots knots;
+    gsl_spline* spline = gsl_spline_alloc(gsl_interp_cspline, kKnots);
+    for (auto _ : state)
+        gsl_spline_init(spline, knots.x.data(), knots.y.data(), kKnots);
+    gsl_spline_free(spline);
+}
+BENCHMARK(BM_SplineGsl);
+
+/// A polynomial of the same degree fitted to the same window, the nearest to a Savitzky-Golay filter that GSL
+/// has.
+void BM_SavitzkyGolayGsl(benchmark::State& state) {
+    const std::size_t terms = size(state, 0) + 1;
+    constexpr std::size_t kWindow = 101;
+    Values a;
+    for (int k = -50; k <= 50; ++k)
+        for (std::size_t p = 0; p < terms; ++p)
+            a.push_back(std::pow(k, p));
+    Values tau(terms);
+    Values unit(kWindow);
+    unit[50] = 1.0;
+    Values x(terms);
+    Values residual(kWindow);
+    for (auto _ : state) {
+        Values qr(a);
+        auto viewQr = gsl_matrix_view_array(qr.data(), kWindow, terms);
+        auto viewTau = gsl_vector_view_array(tau.data(), terms);
+        auto viewB = gsl_vector_view_array(unit.data(), kWindow);
+        auto viewX = gsl_vector_view_array(x.data(), terms);
+        auto viewR = gsl_vector_view_array(residual.data(), kWindow);
+        gsl_linalg_QR_decomp(&viewQr.matrix, &viewTau.vector);
+        gsl_linalg_QR_lssolve(&viewQr.matrix, &viewTau.vector, &viewB.vector, &viewX.vector, &viewR.vector);
+        benchmark::DoNotOptimize(x.data());
+    }
+}
+BENCHMARK(BM_SavitzkyGolayGsl)->Arg(2)->Arg(4);
 
 void BM_SplineValueGsl(benchmark::State& state) {
     const Knots knots;

@@ -6,10 +6,11 @@
 
 #include <kvmath/numerics/curves.h>
 
+#include <kvmath/numerics/scratch_p.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <limits>
-#include <vector>
 
 namespace KvMath {
 
@@ -18,8 +19,10 @@ void cubicInterpolation(int n, const double* x, const double* y, double slopeSta
     if (n < 2)
         return;
     const auto last = static_cast<std::size_t>(n) - 1;
-    std::vector<double> work(3 * (last + 1));
-    double* above = work.data();        // super-diagonal after elimination
+    Internal::Scratch work(3, n);
+    double* above = work.data();  // super-diagonal after elimination
+    if (above == nullptr)
+        return;
     double* second = above + last + 1;  // right side, then second derivatives
     double* divided = second + last + 1;
     for (std::size_t k = 0; k < last; ++k)

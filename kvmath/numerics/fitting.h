@@ -17,7 +17,7 @@ KVMATH_EXPORT bool parabolaFitting(const double* x, const double* y, int n, doub
 /// Orthogonal plane p[0] x + p[1] y + p[2] z + p[3] = 0 through n points, xyz in 3 n doubles: (p[0], p[1],
 /// p[2]) is the unit direction of least spread about the centroid, p[2] >= 0 (the sign is free where it is
 /// 0). False, p zero, for n < 1 or a decomposition that does not converge. Fewer than 3 points or points on a
-/// line: one of the planes through them.
+/// line: one of the planes through them. Beyond 59 points one allocation; false where memory is short.
 KVMATH_EXPORT bool planeFitting(const double* xyz, int n, double* p);
 
 /// y = h[0] + h[1] cos phi + h[2] sin phi + h[3] cos 2 phi + h[4] sin 2 phi through n samples, phi in

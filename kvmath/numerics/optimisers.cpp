@@ -1,11 +1,11 @@
 #include <kvmath/numerics/optimisers.h>
 
 #include <kvmath/numerics/random.h>
+#include <kvmath/numerics/scratch_p.h>
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <vector>
 
 namespace KvMath {
 namespace {
@@ -17,8 +17,15 @@ using Cost = double (*)(double* params, void* data);
 class Simplex {
 public:
     Simplex(Cost f, void* data, int n)
-        : f_(f), data_(data), n_(static_cast<std::size_t>(n)), block_((n_ + 1) * n_ + 2 * n_ + n_ + 1),
-          sums_(block_.data() + (n_ + 1) * n_), trial_(sums_ + n_), costs_(trial_ + n_) {}
+        : f_(f), data_(data), n_(static_cast<std::size_t>(n)), scratch_(n + 5LL, n) {
+        vertices_ = scratch_.data();
+        if (vertices_ == nullptr)
+            return;
+        sums_ = vertices_ + (n_ + 1) * n_;
+        trial_ = sums_ + n_;
+        costs_ = trial_ + n_;
+    }
+    bool isValid() const { return vertices_ != nullptr; }  ///< false: memory is short
 
     void start(const double* x, const double* step);
     bool search(double tol, long long limit, long long& evaluations);
@@ -29,8 +36,8 @@ private:
         std::size_t best, worst, second;
     };
 
-    double* vertex(std::size_t i) { return block_.data() + i * n_; }
-    const double* vertex(std::size_t i) const { return block_.data() + i * n_; }
+    double* vertex(std::size_t i) { return vertices_ + i * n_; }
+    const double* vertex(std::size_t i) const { return vertices_ + i * n_; }
     double evaluate(double* place) {
         const double cost = f_(place, data_);
         return std::isnan(cost) ? std::numeric_limits<double>::infinity() : cost;
@@ -43,10 +50,11 @@ private:
     Cost f_;
     void* data_;
     std::size_t n_;
-    std::vector<double> block_;
-    double* sums_;
-    double* trial_;
-    double* costs_;
+    Internal::Scratch scratch_;
+    double* vertices_ = nullptr;
+    double* sums_ = nullptr;
+    double* trial_ = nullptr;
+    double* costs_ = nullptr;
     std::size_t resultVertex_ = 0;
 };
 
@@ -157,6 +165,8 @@ bool fminsearch(double (*f)(double* params, void* data), void* data, int n, doub
     if (n < 1)
         return true;
     Simplex simplex(f, data, n);
+    if (!simplex.isValid())
+        return false;
     simplex.start(x, step);
     long long count = 0;
     const bool converged = simplex.search(tol, maxEvaluations, count);
@@ -169,23 +179,26 @@ bool simulatedAnnealingMinimization(double (*f)(double* params, void* data), voi
                                     double T0, double Tmin, double alpha, int maxIterations,
                                     int& iterations) {
     const std::size_t count = n > 0 ? static_cast<std::size_t>(n) : 0;
-    std::vector<double> candidate(count);
+    iterations = 0;
+    Internal::Scratch scratch(static_cast<std::ptrdiff_t>(count));
+    double* candidate = scratch.data();
+    if (candidate == nullptr)
+        return false;
     double cost = f(x, data);
     double temperature = T0;
-    iterations = 0;
     while (temperature > Tmin && iterations < maxIterations) {
         for (std::size_t k = 0; k < count; ++k) {
             const double base = (iterations + 1.0) / temperature + 1.0;
             const double factor = std::pow(base, 2.0 * randu() - 1.0) - 1.0;
             candidate[k] = x[k] + randn() * temperature * factor;
         }
-        const double candidateCost = f(candidate.data(), data);
+        const double candidateCost = f(candidate, data);
         const double difference = candidateCost - cost;
         const bool rejected = difference > 0.0 && !(std::exp(-difference / temperature) > randu());
         if (rejected) {
             temperature *= alpha;
         } else {
-            std::copy(candidate.begin(), candidate.end(), x);
+            std::copy_n(candidate, count, x);
             cost = candidateCost;
         }
         iterations += 1;

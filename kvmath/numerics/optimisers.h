@@ -14,7 +14,7 @@ namespace KvMath {
 /// trials, without the n + 1 of the first simplex, and can pass the limit by the trials of one round. A cost
 /// of NaN counts as +infinity, so such a place is never accepted in place of a number. n < 1: true,
 /// evaluations 0, x untouched. A tol that is not > 0 ends by the limit only. `data` is handed to f unchanged.
-/// One allocation per call.
+/// Beyond 11 parameters one allocation per call; false, x untouched, where memory is short.
 KVMATH_EXPORT bool fminsearch(double (*f)(double* params, void* data), void* data, int n, double* x,
                               const double* step, double tol, int maxEvaluations, int& evaluations);
 
@@ -26,7 +26,8 @@ KVMATH_EXPORT bool fminsearch(double (*f)(double* params, void* data), void* dat
 /// ends it too. A cost of NaN makes the move an accepted one. Returns iterations <= maxIterations: true
 /// except for a negative limit. T0 <= Tmin or a NaN temperature: at once, iterations 0. Random numbers are
 /// those of randu and randn: one of each, in this order, per component, and one randu more for an uphill
-/// move. n < 1: the temperature still runs. One allocation per call.
+/// move. n < 1: the temperature still runs. Beyond 200 parameters one allocation; false, iterations 0, where
+/// memory is short.
 KVMATH_EXPORT bool simulatedAnnealingMinimization(double (*f)(double* params, void* data), void* data, int n,
                                                   double* x, double T0, double Tmin, double alpha,
                                                   int maxIterations, int& iterations);

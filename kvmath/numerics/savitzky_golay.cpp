@@ -3,9 +3,10 @@
 #include <kvmath/numerics/savitzky_golay.h>
 
 #include <kvmath/numerics/linear_solve_p.h>
+#include <kvmath/numerics/scratch_p.h>
 
-#include <cstddef>
-#include <vector>
+#include <algorithm>
+#include <array>
 
 namespace KvMath {
 namespace {
@@ -14,16 +15,15 @@ constexpr int kLargestOrder =
     1023;  // 4 * half^(2 * order) is infinite long before; bounds the matrix to 8 MB
 
 // sums[p] = sum of k^p for k = -half..half, 0^0 being 1.
-std::vector<double> powerSums(int half, int count) {
-    std::vector<double> sums(static_cast<std::size_t>(count), 0.0);
+void sumPowers(int half, double* sums, int count) {
+    std::fill_n(sums, count, 0.0);
     for (long long k = -static_cast<long long>(half); k <= half; ++k) {
         double power = 1.0;
-        for (double& sum : sums) {
-            sum += power;
+        for (int p = 0; p < count; ++p) {
+            sums[p] += power;
             power *= static_cast<double>(k);
         }
     }
-    return sums;
 }
 
 }  // namespace
@@ -33,23 +33,26 @@ bool SavitzkyGolay1dCoefficients(double* coeffs, int order, int half, int deriva
         2LL * half < order)
         return false;
     const int terms = order + 1;
-    const auto size = static_cast<std::size_t>(terms);
-    const std::vector<double> sums = powerSums(half, 2 * order + 1);
-    std::vector<double> matrix(size * size);
-    for (std::size_t i = 0; i < size; ++i)
-        for (std::size_t j = 0; j < size; ++j)
-            matrix[i * size + j] = sums[i + j];
-    std::vector<double> solution(size, 0.0);
-    std::vector<double> scale(size);
-    std::vector<int> rowOf(size);
-    solution[static_cast<std::size_t>(derivative)] = 1.0;
+    Internal::Scratch scratch(terms, terms + 4);
+    double* matrix = scratch.data();
+    if (matrix == nullptr)
+        return false;
+    double* solution = matrix + terms * terms;
+    double* scale = solution + terms;
+    double* sums = scale + terms;
+    std::array<int, kLargestOrder + 1> rowOf;
+    sumPowers(half, sums, 2 * order + 1);
+    for (int i = 0; i < terms; ++i)
+        std::copy_n(sums + i, terms, matrix + i * terms);
+    std::fill_n(solution, terms, 0.0);
+    solution[derivative] = 1.0;
     // No row of the normal matrix is zero: its diagonal holds sums of even powers.
-    Internal::decomposeLu(matrix.data(), terms, rowOf.data(), scale.data());
-    Internal::solveLu(matrix.data(), terms, rowOf.data(), solution.data());
+    Internal::decomposeLu(matrix, terms, rowOf.data(), scale);
+    Internal::solveLu(matrix, terms, rowOf.data(), solution);
     for (long long k = -static_cast<long long>(half); k <= half; ++k) {
         double sum = solution[0];
         double power = 1.0;
-        for (std::size_t p = 1; p < size; ++p) {
+        for (int p = 1; p < terms; ++p) {
             power *= static_cast<double>(k);
             sum += solution[p] * power;
         }

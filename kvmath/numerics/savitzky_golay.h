@@ -12,7 +12,7 @@ namespace KvMath {
 ///
 /// coeffs has 2 * half + 1 elements in natural order, offset -half first: result(i) = sum coeffs[k + half] *
 /// y(i + k). False, nothing written: half, order or derivative negative, derivative > order, 2 * half <
-/// order, order > 1023.
+/// order, order > 1023. One allocation beyond degree 11; false where memory is short.
 KVMATH_EXPORT bool SavitzkyGolay1dCoefficients(double* coeffs, int order, int half, int derivative);
 
 }  // namespace KvMath

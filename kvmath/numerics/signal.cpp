@@ -1,5 +1,7 @@
 #include <kvmath/numerics/signal.h>
 
+#include <kvmath/numerics/scratch_p.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
@@ -14,7 +16,11 @@ constexpr int kMostBins = 1 << 24;
 void convoluteCyclicaly(double* data, int n, const double* kernel, int half) {
     if (n < 1 || half < 0)
         return;
-    const std::vector<double> old(data, data + n);
+    Internal::Scratch scratch(n);
+    double* old = scratch.data();
+    if (old == nullptr)
+        return;
+    std::copy_n(data, n, old);
     const long long width = 2LL * half + 1;
     const int start = half % n == 0 ? 0 : n - half % n;  // where the window of value 0 begins
     for (int i = 0; i < n; ++i) {
@@ -24,7 +30,7 @@ void convoluteCyclicaly(double* data, int n, const double* kernel, int half) {
              j < width;) {  // whole runs up to the end of the data, then from its beginning again
             const int run = static_cast<int>(std::min<long long>(width - j, n - from));
             for (int r = 0; r < run; ++r)
-                sum += old.data()[from + r] * kernel[j + r];
+                sum += old[from + r] * kernel[j + r];
             j += run;
             from = 0;
         }

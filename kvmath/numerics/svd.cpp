@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <vector>
 
 namespace KvMath {
 
@@ -93,15 +92,18 @@ bool pca(const double* data, int count, int dim, double* mean, double* basis) {
 void pcaTransform(double* data, int count, int dim, const double* mean, const double* basis) {
     if (count < 1 || dim < 1)
         return;
-    const auto width = static_cast<std::size_t>(dim);
-    std::vector<double> centred(width);
-    for (int i = 0; i < count; ++i) {
-        double* point = data + static_cast<std::size_t>(i) * width;
-        for (std::size_t j = 0; j < width; ++j)
+    const std::ptrdiff_t width = dim;
+    Internal::Scratch scratch(width);
+    double* centred = scratch.data();
+    if (centred == nullptr)
+        return;
+    for (std::ptrdiff_t i = 0; i < count; ++i) {
+        double* point = data + i * width;
+        for (std::ptrdiff_t j = 0; j < width; ++j)
             centred[j] = point[j] - mean[j];
-        for (std::size_t k = 0; k < width; ++k) {
+        for (std::ptrdiff_t k = 0; k < width; ++k) {
             double sum = 0.0;
-            for (std::size_t j = 0; j < width; ++j)
+            for (std::ptrdiff_t j = 0; j < width; ++j)
                 sum += basis[j * width + k] * centred[j];
             point[k] = sum;
         }

@@ -15,7 +15,8 @@ namespace KvMath {
 ///
 /// False when one value has not converged at its 30th test, after 29 sweeps; a, w and v then hold partial
 /// results. NaN or infinite elements end in true or false with unusable numbers, always within the arrays. n
-/// < 1: true, nothing touched. m < 1: true, w zero, V the unit matrix.
+/// < 1: true, nothing touched. m < 1: true, w zero, V the unit matrix. Up to 20 x 6 without heap, beyond with
+/// one allocation; false, nothing touched, where memory is short. The same holds for the functions below.
 KVMATH_EXPORT bool svdcmp(double** a, int m, int n, double* const w, double** v);
 
 /// Least-squares solution x (n) of A x = b, A m x n row-major, b m values; of all solutions the one of least

@@ -266,17 +266,8 @@ double pythag(double a, double b) {
     return larger * std::sqrt(1.0 + static_cast<double>(square));
 }
 
-SvdBlock::SvdBlock(int rows, int columns) : rows_(std::max(rows, 0)), columns_(std::max(columns, 0)) {
-    constexpr std::ptrdiff_t kMostElements = std::ptrdiff_t{1}
-                                             << 48;  // no machine has that, no product overflows
-    const std::ptrdiff_t height = rows_ + columns_ + 4;
-    if (columns_ >= kMostElements / height)
-        return;
-    const auto size = static_cast<std::size_t>(columns_ * height);
-    if (size > small_.size())
-        large_.reset(new (std::nothrow) double[size]);
-    block_ = size > small_.size() ? large_.get() : small_.data();
-}
+SvdBlock::SvdBlock(int rows, int columns)
+    : rows_(std::max(rows, 0)), columns_(std::max(columns, 0)), scratch_(rows_ + columns_ + 4, columns_) {}
 
 bool SvdBlock::decompose(bool wantsLeft) { return Decomposition(*this, rows_, columns_, wantsLeft).run(); }
 

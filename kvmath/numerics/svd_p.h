@@ -1,10 +1,9 @@
 #pragma once
 // The decomposition on columns, and what callers of it share.
 
-#include <array>
+#include <kvmath/numerics/scratch_p.h>
+
 #include <cstddef>
-#include <memory>
-#include <new>
 
 namespace KvMath::Internal {
 
@@ -13,30 +12,26 @@ namespace KvMath::Internal {
 /// rounds to 0 gives the larger magnitude exactly. All results of the decomposition depend on it.
 double pythag(double a, double b);
 
-/// A decomposition's storage, one block (at most one allocation) without initial values: the m x n matrix and
-/// V (n x n) column by column, the values w (n), work for the iteration and for the caller (3 n).
+/// A decomposition's storage, one block without initial values: the m x n matrix and V (n x n) column by
+/// column, the values w (n), work for the iteration and for the caller (3 n).
 class SvdBlock {
 public:
-    SvdBlock(const SvdBlock&) = delete;
-    SvdBlock& operator=(const SvdBlock&) = delete;
     SvdBlock(int rows, int columns);  ///< dimensions below 0 count as 0
     /// False when there is not as much memory; nothing else may be asked then.
-    bool isValid() const { return block_ != nullptr; }
+    bool isValid() { return scratch_.data() != nullptr; }
 
     /// Singular values in any order, and V; the matrix becomes U if that is wanted, else it is used up. w and
     /// V do not depend on that, and for many rows it halves the time. False without convergence.
     bool decompose(bool wantsLeft);
 
-    double* column(int j) { return block_ + j * rows_; }
-    double* right(int j) { return block_ + (rows_ + j) * columns_; }
+    double* column(int j) { return scratch_.data() + j * rows_; }
+    double* right(int j) { return scratch_.data() + (rows_ + j) * columns_; }
     double* values() { return right(0) + columns_ * columns_; }
     double* work() { return values() + columns_; }
 
 private:
     std::ptrdiff_t rows_, columns_;
-    double* block_ = nullptr;
-    std::array<double, 200> small_;  // 20 x 6 needs no heap
-    std::unique_ptr<double[]> large_;
+    Scratch scratch_;
 };
 
 /// x[0..n-1] = V diag(1 / w) U^T b with 0 for every w that is 0; b has m elements.
