@@ -1,4 +1,5 @@
-// Keeps scanner lines: as text for other programs, and several binary records of different kinds in one file.
+// Keeps scanner lines: as text for other programs, several binary records of different kinds in one file, and
+// a scan.
 
 #include <kvmath/kvmath>
 
@@ -23,6 +24,21 @@ int main() {
     line.writeToCSVFile(text);
     KvProfile fromText;
     std::printf("text: %d points\n", fromText.readFromCSVFile(text, 0, 1));
+
+    // A scan is a stack of lines with their places; its file holds their records and nothing else.
+    KvProfileZSet stack, fromFile;
+    for (int i = 0; i < 20; ++i) {
+        stack.append(KvProfileZ());
+        stack[i] = line;
+    }
+    stack.setZ(0.0F, 0.5F);
+    if (!stack.writeToFile(directory.filePath("scan.bin")))
+        return 1;
+    const int profiles = fromFile.readFromFile(directory.filePath("scan.bin"));
+    KvMatrixCloud heights;
+    const int filled = fromFile.toMatrixCloud(heights, 1.0F, 1.0F);
+    std::printf("scan: %d profiles, %d cells, height %.2f\n", profiles, filled,
+                static_cast<double>(heights.sample(10.0F, 4.0F)));
 
     // Records follow each other in a file that the program opens.
     QFile file(records);
