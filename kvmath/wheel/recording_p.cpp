@@ -65,20 +65,17 @@ int truncated(float value) {
     return value < -kLimit ? std::numeric_limits<int>::min() : static_cast<int>(value);
 }
 
-bool readNextProfile(QFile& recording, KvProfile& profile) {
+bool readNextProfile(QFile& recording, KvProfileZ& profile) {
     constexpr char kProfileZMarker = 0x05;
     char marker = 0;
     // The marker tells which of the two readers can succeed; trying both would read every record with Z
     // twice.
     if (recording.peek(&marker, 1) != 1)
         return false;
-    if (marker != kProfileZMarker)
-        return profile.readFromFile(recording) >= 0;
-    KvProfileZ withPlace;
-    if (withPlace.readFromFile(recording, false) < 0)
-        return false;
-    profile = withPlace;
-    return true;
+    if (marker == kProfileZMarker)
+        return profile.readFromFile(recording, false) >= 0;
+    profile.z = std::numeric_limits<float>::quiet_NaN();
+    return profile.KvPointCloud<KvPointXY>::readFromFile(recording) >= 0;
 }
 
 }  // namespace KvMath::Internal

@@ -9,6 +9,10 @@
 
 class QFile;
 
+namespace KvMath {
+class KvProfileZ;
+}
+
 namespace KvMath::Internal {
 
 /// Directory of a recording's wheel files: "./" and the name without ".bin"; an absolute name stays absolute.
@@ -32,8 +36,8 @@ KvLine levelLine(const QSettings& settings, int index, const char* name, float s
 
 int truncated(float value);  ///< clamped to int; NaN is 0
 
-/// Reads the next profile, from a plane cloud's record or else a profile's with Z. False at the end of the
-/// recording or at a record of neither kind.
-bool readNextProfile(QFile& recording, KvProfile& profile);
+/// Reads the next profile, from a plane cloud's record (z NaN) or else a profile's with Z. False at the end
+/// of the recording or at a record of neither kind.
+bool readNextProfile(QFile& recording, KvProfileZ& profile);
 
 }  // namespace KvMath::Internal

@@ -1,5 +1,6 @@
 #include <kvmath/wheel/wheel_detection.h>
 
+#include <kvmath/profile/profile_z.h>
 #include <kvmath/wheel/recording_p.h>
 #include <kvmath/wheel/wheel_lines_p.h>
 
@@ -54,42 +55,48 @@ public:
         : directory_(std::move(directory)), minProfiles_(minProfiles) {}
 
     /// True when the profile begins a wheel.
-    bool add(const KvProfile& profile) {
-        const bool begins = profiles_ == 0;
+    bool add(const KvProfileZ& profile, int record) {
+        const bool begins = !open_;
         if (begins)
-            ++wheels_;
-        ++profiles_;
-        profile.writeToFile(Internal::wheelFile(directory_, wheels_, profiles_));
+            passages_.append(WheelPassage());
+        open_ = true;
+        WheelPassage& passage = passages_.last();
+        passage.records.append(record);
+        passage.z.append(profile.z);
+        // As a plane cloud, whichever record it came from.
+        profile.KvPointCloud<KvPointXY>::writeToFile(
+            Internal::wheelFile(directory_, passages_.size(), passage.records.size()));
         return begins;
     }
 
     /// A profile without wheel: a short run leaves no trace.
     void close() {
-        if (profiles_ > 0 && profiles_ < minProfiles_) {
-            for (int i = 1; i <= profiles_; ++i)
-                QFile::remove(Internal::wheelFile(directory_, wheels_, i));
-            --wheels_;
+        if (open_ && passages_.last().records.size() < minProfiles_) {
+            for (int i = 1; i <= passages_.last().records.size(); ++i)
+                QFile::remove(Internal::wheelFile(directory_, passages_.size(), i));
+            passages_.removeLast();
         }
-        profiles_ = 0;
+        open_ = false;
     }
 
-    int wheels() const { return wheels_; }
+    const QList<WheelPassage>& passages() const { return passages_; }
 
 private:
     QString directory_;
     int minProfiles_;
-    int wheels_ = 0;
-    int profiles_ = 0;  ///< of the open wheel; 0: none is open
+    QList<WheelPassage> passages_;
+    bool open_ = false;
 };
 
-/// What the trial form adds; `settings` null: it is not wanted.
+/// What the trial form adds.
 struct Trial {
     QSettings* settings;
     KvProfile summary;
 };
 
-bool detect(const QString& fileName, QSettings* settings, int mode, int* wheelCount, Trial* trial) {
-    if (settings == nullptr || wheelCount == nullptr)
+bool detect(const QString& fileName, QSettings* settings, int mode, Trial* trial,
+            QList<WheelPassage>& passages) {
+    if (settings == nullptr)
         return false;
     const int scanner = Internal::scannerIndex(*settings, Internal::serialOf(fileName));
     if (scanner == 0)
@@ -102,8 +109,8 @@ bool detect(const QString& fileName, QSettings* settings, int mode, int* wheelCo
         return false;
 
     WheelFiles files(directory, wanted.minProfiles);
-    KvProfile profile;
-    for (int number = 1; Internal::readNextProfile(recording, profile); ++number) {
+    KvProfileZ profile;
+    for (int record = 0; Internal::readNextProfile(recording, profile); ++record) {
         if (trial == nullptr) {
             profile.removeHighLevel(wanted.high);
             profile.removeLowLevel(wanted.low);
@@ -112,13 +119,13 @@ bool detect(const QString& fileName, QSettings* settings, int mode, int* wheelCo
             files.close();
             continue;
         }
-        if (files.add(profile) && trial != nullptr) {
-            trial->settings->setValue(QStringLiteral("Wheel_%1/firstProfInWheel").arg(files.wheels()),
-                                      number);
-            trial->summary.points.append({static_cast<float>(files.wheels()), static_cast<float>(number)});
+        if (files.add(profile, record) && trial != nullptr) {
+            const int wheel = files.passages().size(), number = record + 1;
+            trial->settings->setValue(QStringLiteral("Wheel_%1/firstProfInWheel").arg(wheel), number);
+            trial->summary.points.append({static_cast<float>(wheel), static_cast<float>(number)});
         }
     }
-    *wheelCount = files.wheels();
+    passages = files.passages();
     return true;
 }
 
@@ -135,18 +142,27 @@ bool moreThan(const QList<KvPointXY>& points, int limit, Test test) {
 
 }  // namespace
 
+bool ORBIS_detectWheels(QString fileName, QSettings* settings, int mode, int* wheelCount,
+                        QList<WheelPassage>& passages) {
+    if (wheelCount == nullptr || !detect(fileName, settings, mode, nullptr, passages))
+        return false;
+    *wheelCount = passages.size();
+    return true;
+}
+
 bool ORBIS_detectWheels(QString fileName, QSettings* settings, int mode, int* wheelCount) {
-    return detect(fileName, settings, mode, wheelCount, nullptr);
+    QList<WheelPassage> passages;
+    return ORBIS_detectWheels(std::move(fileName), settings, mode, wheelCount, passages);
 }
 
 bool ORBIS_detectWheels_Test(QString fileName, QSettings* settings, int mode, int* wheelCount,
                              QSettings* result) {
-    if (result == nullptr)
-        return false;
     Trial trial = {result, {}};
-    if (!detect(fileName, settings, mode, wheelCount, &trial))
+    QList<WheelPassage> passages;
+    if (result == nullptr || wheelCount == nullptr || !detect(fileName, settings, mode, &trial, passages))
         return false;
     trial.summary.writeToCSVFile(QStringLiteral("test.csv"));
+    *wheelCount = passages.size();
     return true;
 }
 

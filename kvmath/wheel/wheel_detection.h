@@ -10,6 +10,7 @@
 #include <kvmath/profile/profile.h>
 
 #include <QtCore/QString>
+#include <QtCore/QVector>
 
 class QSettings;
 
@@ -35,9 +36,20 @@ namespace KvMath {
 /// recording: true. Files that cannot be written or deleted go unreported; existing ones are overwritten.
 KVMATH_EXPORT bool ORBIS_detectWheels(QString fileName, QSettings* settings, int mode, int* wheelCount);
 
-/// The same for trying settings: without the two level cuts; the number of the profile (from 1) that begins
-/// wheel w goes to `result` under "Wheel_<w>/firstProfInWheel", and all pairs (w, profile) to "test.csv" in
-/// the current directory, undone wheels included.
+/// Where the profiles of a wheel come from: element p - 1 belongs to file p.
+struct WheelPassage {
+    QVector<int> records;  ///< number of the record in the recording, from 0
+    QVector<float> z;      ///< its place along the scan, mm; NaN for records without Z
+};
+
+/// The same, and `passages` is replaced by one entry per wheel that stays: what scanners that are triggered
+/// together saw at one moment has one record number. On false it is left alone.
+KVMATH_EXPORT bool ORBIS_detectWheels(QString fileName, QSettings* settings, int mode, int* wheelCount,
+                                      QList<WheelPassage>& passages);
+
+/// The first form for trying settings: without the two level cuts; the number of the profile (from 1) that
+/// begins wheel w goes to `result` under "Wheel_<w>/firstProfInWheel", and all pairs (w, profile) to
+/// "test.csv" in the current directory, undone wheels included.
 KVMATH_EXPORT bool ORBIS_detectWheels_Test(QString fileName, QSettings* settings, int mode, int* wheelCount,
                                            QSettings* result);
 

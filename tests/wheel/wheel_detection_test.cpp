@@ -27,6 +27,11 @@ TEST_F(WheelDetection, SplitsARecordingOfBothRecordKindsAndUndoesShortRuns) {
     KvProfile stored;
     EXPECT_EQ(stored.readFromFile("post_100/02_06.bin"), 9);  // removeNoise drops the last block of three
     EXPECT_EQ(stored.points.first().y, 50.0F);
+    QList<WheelPassage> passages;
+    ASSERT_TRUE(ORBIS_detectWheels("post_100.bin", &settings, 0, &wheels, passages));
+    ASSERT_EQ(passages.size(), 3);
+    EXPECT_THAT(passages[2].records, testing::ElementsAre(19, 20, 21));
+    EXPECT_TRUE(passages[2].z[0] == 19.0F && std::isnan(passages[2].z[1]));
 }
 
 TEST_F(WheelDetection, KeepsTheWheelsBeforeACut) {
