@@ -1,0 +1,275 @@
+// Cloud filters and planes beside the Point Cloud Library: the same clouds, one thread, results compared
+// before anything is timed. Rows that do not compute the same thing say so in their names.
+
+#include <kvmath/core/plane.h>
+#include <kvmath/core/point_cloud.h>
+#include <kvmath/numerics/fitting.h>
+#include <kvmath/profile/profile.h>
+#include <tests/support/random_data.h>
+
+#include <benchmark/benchmark.h>
+#include <pcl/common/centroid.h>
+#include <pcl/features/normal_3d.h>
+#include <pcl/filters/radius_outlier_removal.h>
+#include <pcl/filters/voxel_grid.h>
+
+#include <cmath>
+#include <vector>
+
+namespace {
+
+using Cloud = KvMath::KvPointCloud<KvMath::KvPointXYZ>;
+using PeerCloud = pcl::PointCloud<pcl::PointXYZ>;
+
+constexpr float kCell = 2.0F;  // mm; a power of two, so that both libraries put points into the same cells
+constexpr int kLeast = 50;     // points of a cell, or neighbours
+
+/// A bumpy surface of 100 points per square centimetre, with one point of a hundred astray above it.
+Cloud surface(int size) {
+    TestSupport::Draws draws(1);
+    const double side = std::sqrt(static_cast<double>(size));
+    Cloud cloud;
+    cloud.points.append({0, 0, 0});
+    while (cloud.points.size() < size) {
+        const auto x = static_cast<float>(draws.real(0.0, side));
+        const auto z = static_cast<float>(draws.real(0.0, side));
+        const float height = 6.0F + std::sin(x * 0.1F) * 5.0F;
+        cloud.points.append(
+            {x, draws.chance(0.01) ? height + static_cast<float>(draws.real(3.0, 30.0)) : height, z});
+    }
+    return cloud;
+}
+
+/// A scanner line of 20 points per mm with strays above it.
+KvMath::KvProfile line(int size) {
+    TestSupport::Draws draws(2);
+    KvMath::KvProfile profile;
+    for (int i = 0; i < size; ++i) {
+        const double stray = draws.chance(0.02) ? draws.real(1.0, 20.0) : 0.0;
+        profile.points.append(
+            {0.05F * static_cast<float>(i), static_cast<float>(draws.normal(0.02) + stray)});
+    }
+    return profile;
+}
+
+PeerCloud::Ptr peerOf(const Cloud& cloud) {
+    auto peer = std::make_shared<PeerCloud>();
+    for (const KvMath::KvPointXYZ& p : cloud.points)
+        peer->emplace_back(p.x, p.y, p.z);
+    return peer;
+}
+
+PeerCloud::Ptr peerOf(const KvMath::KvProfile& profile) {
+    auto peer = std::make_shared<PeerCloud>();
+    for (const KvMath::KvPointXY& p : profile.points)
+        peer->emplace_back(p.x, p.y, 0.0F);
+    return peer;
+}
+
+int sizeOf(const benchmark::State& state) { return static_cast<int>(state.range(0)); }
+
+void sizes(benchmark::internal::Benchmark* b) {
+    b->RangeMultiplier(10)->Range(1000, 1000000)->Unit(benchmark::kMicrosecond);
+}
+
+// ---- Cells with few points. The library removes their points; the peer puts one centre in the place of the
+// points of every other cell, which is a further step. Compared: the points in cells that stay.
+
+void setUp(pcl::VoxelGrid<pcl::PointXYZ>& grid, const PeerCloud::Ptr& cloud) {
+    grid.setInputCloud(cloud);
+    grid.setLeafSize(kCell, kCell, kCell);
+    grid.setMinimumPointsNumberPerVoxel(kLeast / 10);
+}
+
+int keptByPeer(const PeerCloud::Ptr& cloud) {
+    pcl::VoxelGrid<pcl::PointXYZ> grid;
+    setUp(grid, cloud);
+    grid.setSaveLeafLayout(true);
+    PeerCloud centres;
+    grid.filter(centres);
+    int kept = 0;
+    for (const pcl::PointXYZ& point : *cloud)
+        kept += grid.getCentroidIndex(point) >= 0 ? 1 : 0;
+    return kept;
+}
+
+void BM_Cells(benchmark::State& state) {
+    const Cloud input = surface(sizeOf(state));
+    Cloud kept = input;
+    kept.cubicFilter(kCell, kLeast / 10);
+    if (kept.points.size() != keptByPeer(peerOf(input)))
+        return state.SkipWithError("different points kept");
+    for (auto _ : state) {
+        Cloud cloud = input;
+        benchmark::DoNotOptimize(cloud.cubicFilter(kCell, kLeast / 10));
+    }
+    state.counters["kept"] = kept.points.size();
+}
+BENCHMARK(BM_Cells)->Apply(sizes);
+
+void BM_CellsPeerWithCentres(benchmark::State& state) {
+    const PeerCloud::Ptr input = peerOf(surface(sizeOf(state)));
+    PeerCloud centres;
+    for (auto _ : state) {
+        pcl::VoxelGrid<pcl::PointXYZ> grid;
+        setUp(grid, input);
+        grid.filter(centres);
+        benchmark::DoNotOptimize(centres.points.data());
+    }
+    state.counters["kept"] = keptByPeer(input);
+}
+BENCHMARK(BM_CellsPeerWithCentres)->Apply(sizes);
+
+// ---- Points with few neighbours within a radius: the same rule on both sides, in the plane.
+
+void setUp(pcl::RadiusOutlierRemoval<pcl::PointXYZ>& removal, const PeerCloud::Ptr& cloud, double radius,
+           int least) {
+    removal.setInputCloud(cloud);
+    removal.setRadiusSearch(radius);
+    removal.setMinNeighborsInRadius(least);
+}
+
+void BM_Neighbours(benchmark::State& state) {
+    const KvMath::KvProfile input = line(sizeOf(state));
+    KvMath::KvProfile kept = input;
+    kept.removeNoisyPoints(1.0F, 5);
+    pcl::RadiusOutlierRemoval<pcl::PointXYZ> removal;
+    PeerCloud peer;
+    setUp(removal, peerOf(input), 1.0, 5);
+    removal.filter(peer);
+    if (static_cast<std::size_t>(kept.points.size()) != peer.size())
+        return state.SkipWithError("different points kept");
+    for (int i = 0; i < kept.points.size(); ++i) {
+        const pcl::PointXYZ& p = peer[static_cast<std::size_t>(i)];
+        if (kept.points[i].x != p.x || kept.points[i].y != p.y)
+            return state.SkipWithError("different points kept");
+    }
+    for (auto _ : state) {
+        KvMath::KvProfile profile = input;
+        profile.removeNoisyPoints(1.0F, 5);
+        benchmark::DoNotOptimize(profile.points);
+    }
+    state.counters["kept"] = kept.points.size();
+}
+BENCHMARK(BM_Neighbours)->Apply(sizes);
+
+void BM_NeighboursPeer(benchmark::State& state) {
+    const PeerCloud::Ptr input = peerOf(line(sizeOf(state)));
+    PeerCloud kept;
+    for (auto _ : state) {
+        pcl::RadiusOutlierRemoval<pcl::PointXYZ> removal;
+        setUp(removal, input, 1.0, 5);
+        removal.filter(kept);
+        benchmark::DoNotOptimize(kept.points.data());
+    }
+    state.counters["kept"] = static_cast<double>(kept.size());
+}
+BENCHMARK(BM_NeighboursPeer)->Apply(sizes);
+
+// ---- Strays of a cloud. Different rules for one purpose: balls on a grid here, a ball around each point
+// there. Not compared; the counters tell how many points stay.
+
+void BM_Balls(benchmark::State& state) {
+    const Cloud input = surface(sizeOf(state));
+    Cloud cloud;
+    for (auto _ : state) {
+        cloud = input;
+        benchmark::DoNotOptimize(cloud.sphericalFilter2(3.0F, 0.0F, 3));
+    }
+    state.counters["kept"] = cloud.points.size();
+}
+BENCHMARK(BM_Balls)->Apply(sizes);
+
+void BM_BallsPeerAroundPoints(benchmark::State& state) {
+    const PeerCloud::Ptr input = peerOf(surface(sizeOf(state)));
+    PeerCloud kept;
+    for (auto _ : state) {
+        pcl::RadiusOutlierRemoval<pcl::PointXYZ> removal;
+        setUp(removal, input, 1.5, 2);
+        removal.filter(kept);
+        benchmark::DoNotOptimize(kept.points.data());
+    }
+    state.counters["kept"] = static_cast<double>(kept.size());
+}
+BENCHMARK(BM_BallsPeerAroundPoints)->Apply(sizes);
+
+// ---- Planes. Least squares of the height and orthogonal least squares here, both in double; orthogonal
+// there, in float and in double.
+
+Cloud slope(int size) {
+    TestSupport::Draws draws(3);
+    Cloud cloud;
+    for (int i = 0; i < size; ++i) {
+        const double x = draws.real(-50.0, 50.0);
+        const double y = draws.real(-50.0, 50.0);
+        cloud.points.append({static_cast<float>(x), static_cast<float>(y),
+                             static_cast<float>(0.1 * x - 0.05 * y + 70.0 + draws.normal(0.02))});
+    }
+    return cloud;
+}
+
+std::vector<double> doublesOf(const Cloud& cloud) {
+    std::vector<double> values;
+    for (const KvMath::KvPointXYZ& p : cloud.points)
+        values.insert(values.end(),
+                      {static_cast<double>(p.x), static_cast<double>(p.y), static_cast<double>(p.z)});
+    return values;
+}
+
+/// Unit normal of the plane, upwards.
+template <class Number>
+Eigen::Vector3d peerNormal(const PeerCloud& cloud) {
+    Eigen::Matrix<Number, 3, 3> covariance;
+    Eigen::Matrix<Number, 4, 1> centre;
+    pcl::computeMeanAndCovarianceMatrix(cloud, covariance, centre);
+    Number least = 0;
+    Eigen::Matrix<Number, 3, 1> normal;
+    pcl::eigen33(covariance, least, normal);
+    const Eigen::Vector3d up = normal.template cast<double>();
+    return up.z() < 0 ? Eigen::Vector3d(-up) : up;
+}
+
+Eigen::Vector3d orthogonalNormal(const std::vector<double>& xyz) {
+    double p[4] = {};
+    KvMath::planeFitting(xyz.data(), static_cast<int>(xyz.size() / 3), p);
+    return {p[0], p[1], p[2]};
+}
+
+void BM_PlaneOfHeights(benchmark::State& state) {
+    const Cloud cloud = slope(sizeOf(state));
+    double a = 0;
+    double b = 0;
+    double c = 0;
+    for (auto _ : state)
+        benchmark::DoNotOptimize(KvMath::KvPlane::calcFromPointCloud(cloud, a, b, c));
+    const Eigen::Vector3d normal = Eigen::Vector3d(-a, -b, 1).normalized();
+    state.counters["deviation"] = (normal - orthogonalNormal(doublesOf(cloud))).norm();
+}
+BENCHMARK(BM_PlaneOfHeights)->Apply(sizes);
+
+void BM_PlaneOrthogonal(benchmark::State& state) {
+    const Cloud cloud = slope(sizeOf(state));
+    const std::vector<double> xyz = doublesOf(cloud);
+    const double deviation = (orthogonalNormal(xyz) - peerNormal<double>(*peerOf(cloud))).norm();
+    if (!(deviation < 1e-6))
+        return state.SkipWithError("different planes");
+    for (auto _ : state)
+        benchmark::DoNotOptimize(orthogonalNormal(xyz));
+    state.counters["deviation"] = deviation;
+}
+BENCHMARK(BM_PlaneOrthogonal)->Apply(sizes);
+
+template <class Number>
+void planePeer(benchmark::State& state) {
+    const Cloud cloud = slope(sizeOf(state));
+    const PeerCloud::Ptr peer = peerOf(cloud);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(peerNormal<Number>(*peer));
+    state.counters["deviation"] = (peerNormal<Number>(*peer) - orthogonalNormal(doublesOf(cloud))).norm();
+}
+void BM_PlanePeerFloat(benchmark::State& state) { planePeer<float>(state); }
+void BM_PlanePeerDouble(benchmark::State& state) { planePeer<double>(state); }
+BENCHMARK(BM_PlanePeerFloat)->Apply(sizes);
+BENCHMARK(BM_PlanePeerDouble)->Apply(sizes);
+
+}  // namespace
