@@ -4,6 +4,7 @@
 #include "kvmeasure/filter_steps.h"
 #include "kvmeasure/plot.h"
 #include "kvmeasure/print.h"
+#include "kvmeasure/profile_sequence.h"
 #include "kvmeasure/profile_writer.h"
 #include "kvmeasure/progress.h"
 
@@ -115,6 +116,11 @@ void Filterer::filter(LoadedProfile& loaded, bool isOnly, ProfileWriter& writer)
 
 void Filterer::filterFile(const QString& from, const QString& to) {
     const QString columns = arguments_.text("--columns");
+    if (isWholeScan(from))
+        throw Failure{
+            QString("%1: is a scan whose profiles do not stand in it one by one; make profile records "
+                    "of it first: \"kvmeasure scan convert\"")
+                .arg(from)};
     ProfileSource source(from, columns);
     ProfileWriter writer(to, parseForm(arguments_.text("--format"), source.form()));
     Progress progress(from, source.size());

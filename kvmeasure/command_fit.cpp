@@ -4,7 +4,7 @@
 #include "kvmeasure/output_file.h"
 #include "kvmeasure/plot.h"
 #include "kvmeasure/print.h"
-#include "kvmeasure/profile_file.h"
+#include "kvmeasure/profile_sequence.h"
 
 #include <kvmath/numerics/circle_fitting.h>
 #include <kvmath/numerics/fitting.h>
@@ -27,6 +27,7 @@ const Usage usage{
      {"--known-radius", "R", "the circle has this radius, mm"},
      {"--plane", "", "a x + b y + c z + d = 0, of the first XYZ record of a binary file"},
      {"--svg", "FILE", "draw points and curve (not for a plane)"},
+     {"--record", "N", "which profile of a file with several, from 0 (0)"},
      {"--columns", "X,Y", "columns of a CSV file, from 1 (1,2)"},
      {"--json", "", "print JSON"}},
     "Residuals are y - fit for a line and a parabola, and distances from the circle or plane. The standard "
@@ -238,14 +239,12 @@ int runFit(const QStringList& words) {
         const std::vector<double> xyz = readXYZ(path, fit.unset);
         fitPlane(xyz, fit);
     } else {
-        ProfileSource source(path, arguments.text("--columns"));
+        loaded = takeProfile(arguments);
         std::vector<double> x;
         std::vector<double> y;
-        if (source.next(loaded)) {
-            for (const KvMath::KvPointXY& point : loaded.profile.points) {
-                x.push_back(double(point.x));
-                y.push_back(double(point.y));
-            }
+        for (const KvMath::KvPointXY& point : loaded.profile.points) {
+            x.push_back(double(point.x));
+            y.push_back(double(point.y));
         }
         if (x.empty())
             throw Failure{path + ": no points to fit"};

@@ -4,7 +4,7 @@
 #include "kvmeasure/output_file.h"
 #include "kvmeasure/plot.h"
 #include "kvmeasure/print.h"
-#include "kvmeasure/profile_file.h"
+#include "kvmeasure/profile_sequence.h"
 #include "kvmeasure/search_defaults.h"
 
 #include <kvmath/tsearch/line_extraction.h>
@@ -186,8 +186,7 @@ int runLines(const QStringList& words) {
     }
     const Arguments arguments(makeUsage(), words);
     arguments.requireOperands(1);
-    const LoadedProfile loaded = loadProfile(arguments.operands().first(), arguments.text("--columns"),
-                                             arguments.integer("--record", 0, 0, lastRecord));
+    const LoadedProfile loaded = takeProfile(arguments);
     KvMath::TSFindTemplateParams search = estimateSearch(loaded.profile);
     applySearchOptions(arguments, search);
     QList<Contour> contours = findContours(loaded.profile, search.contourGap);

@@ -4,8 +4,9 @@
 #include "kvmeasure/match_report.h"
 #include "kvmeasure/output_file.h"
 #include "kvmeasure/plot.h"
-#include "kvmeasure/profile_file.h"
+#include "kvmeasure/profile_sequence.h"
 #include "kvmeasure/progress.h"
+#include "kvmeasure/scan_options.h"
 #include "kvmeasure/search_defaults.h"
 
 #include <QtCore/QFileInfo>
@@ -19,28 +20,32 @@ namespace KvMeasure {
 
 namespace {
 
-const Usage usage{
-    "match",
-    "PROFILE...",
-    "Finds a template in profiles, or in each profile of a scan, and evaluates its measurements.",
-    {{"--template", "FILE", "template made by \"kvmeasure teach\" (required)"},
-     {"--all", "", "every assignment that meets the constraints, not only the best"},
-     {"--trend", "FILE", "draw each measurement along the scan"},
-     {"--svg", "FILE", "draw; with several profiles one picture each, the profile's name put into FILE"},
-     {"--columns", "X,Y", "columns of CSV files, from 1 (1,2)"},
-     {"--csv", "", "print CSV, one row per profile; statistics are comments below it"},
-     {"--json", "", "print JSON"}},
-    "The best assignment is the one with the greatest total length of its lines. A single profile is printed "
-    "with a\n"
-    "row per result. Several, from several files or from a file with several, have a row each, followed by "
-    "the\n"
-    "statistics of each measurement over its best assignments. Exit code 1: not found, a result that cannot "
-    "be had\n"
-    "or is out of tolerance.\n\n"
-    "Examples\n"
-    "  kvmeasure match part.csv --template groove.json --svg part.svg\n"
-    "  kvmeasure match rows/*.csv --template groove.json --json > results.json\n"
-    "  kvmeasure match stack.bin --template groove.json --trend trend.svg --csv > depth.csv\n"};
+Usage makeUsage() {
+    return withScanOptions(
+        {"match",
+         "PROFILE...",
+         "Finds a template in profiles, or in each profile of a scan, and evaluates its measurements.",
+         {{"--template", "FILE", "template made by \"kvmeasure teach\" (required)"},
+          {"--all", "", "every assignment that meets the constraints, not only the best"},
+          {"--trend", "FILE", "draw each measurement along the scan"},
+          {"--svg", "FILE", "draw; with several profiles one picture each, the profile's name put into FILE"},
+          {"--columns", "X,Y", "columns of CSV files, from 1 (1,2)"},
+          {"--csv", "", "print CSV, one row per profile; statistics are comments below it"}},
+         "The best assignment is the one with the greatest total length of its lines. A single profile is "
+         "printed "
+         "with a\n"
+         "row per result. Several, from several files or from a file with several, have a row each, followed "
+         "by "
+         "the\n"
+         "statistics of each measurement over its best assignments. Exit code 1: not found, a result that "
+         "cannot "
+         "be had\n"
+         "or is out of tolerance.\n\n"
+         "Examples\n"
+         "  kvmeasure match part.csv --template groove.json --svg part.svg\n"
+         "  kvmeasure match rows/*.csv --template groove.json --json > results.json\n"
+         "  kvmeasure match stack.bin --template groove.json --trend trend.svg --csv > depth.csv\n"});
+}
 
 MatchReport::Form formOf(const Arguments& arguments) {
     if (arguments.has("--json") && arguments.has("--csv"))
@@ -54,7 +59,8 @@ MatchReport::Form formOf(const Arguments& arguments) {
 class Matcher {
 public:
     explicit Matcher(const Arguments& arguments)
-        : arguments_(arguments), file_(readTemplateFile(arguments.text("--template"))),
+        : arguments_(arguments), scan_(readScanOptions(arguments)),
+          file_(readTemplateFile(arguments.text("--template"))),
           report_(formOf(arguments), file_, arguments.has("--all"), arguments.has("--trend")) {}
 
     void matchFile(const QString& path, Progress* files);
@@ -68,9 +74,11 @@ private:
     QString picturePath(const QString& stem);
 
     const Arguments& arguments_;
+    ScanOptions scan_;
     TemplateFile file_;
     MatchReport report_;
     int code_ = Done;
+    int profiles_ = 0;
     QSet<QString> pictures_;
 };
 
@@ -109,6 +117,9 @@ MatchedProfile Matcher::matchProfile(const LoadedProfile& loaded) {
     MatchedProfile matched;
     matched.name = loaded.name;
     matched.z = loaded.hasZ() ? double(loaded.z) : std::nan("");
+    if (!std::isnan(scan_.step))  // over all files
+        matched.z = scan_.start + profiles_ * scan_.step;
+    ++profiles_;
     matched.points = loaded.profile.points.size();
     matched.unset = loaded.unset;
     matched.segments = extractSegments(loaded.profile, search);
@@ -135,7 +146,7 @@ MatchedProfile Matcher::matchProfile(const LoadedProfile& loaded) {
 
 /// `files`: progress over several files, null for a single one, whose bytes are then shown.
 void Matcher::matchFile(const QString& path, Progress* files) {
-    ProfileSource source(path, arguments_.text("--columns"));
+    ProfileSequence source(path, arguments_.text("--columns"), scan_);
     Progress progress(path, source.size());
     LoadedProfile loaded;
     while (source.next(loaded)) {
@@ -181,10 +192,10 @@ void requireOwnFiles(const Arguments& arguments) {
 
 int runMatch(const QStringList& words) {
     if (words.contains("--help")) {
-        print(helpText(usage));
+        print(helpText(makeUsage()));
         return Done;
     }
-    const Arguments arguments(usage, words);
+    const Arguments arguments(makeUsage(), words);
     arguments.requireOperands(std::numeric_limits<int>::max());
     if (!arguments.has("--template"))
         throw Failure{"match: --template FILE is missing; make one with \"kvmeasure teach\""};

@@ -5,7 +5,7 @@
 #include "kvmeasure/output_file.h"
 #include "kvmeasure/plot.h"
 #include "kvmeasure/print.h"
-#include "kvmeasure/profile_file.h"
+#include "kvmeasure/profile_sequence.h"
 #include "kvmeasure/search_defaults.h"
 #include "kvmeasure/teaching.h"
 
@@ -173,8 +173,7 @@ int runTeach(const QStringList& words) {
     }
     const Arguments arguments(makeUsage(), words);
     arguments.requireOperands(1);
-    const LoadedProfile loaded = loadProfile(arguments.operands().first(), arguments.text("--columns"),
-                                             arguments.integer("--record", 0, 0, lastRecord));
+    const LoadedProfile loaded = takeProfile(arguments);
     TemplateFile file;
     file.search = estimateSearch(loaded.profile);
     file.search.allowReversed = arguments.has("--reversed");

@@ -90,6 +90,29 @@ TEST_F(MatchStack, TablesBeyondAThousandRowsKeepHeadAndColumns) {
     EXPECT_EQ(csv.filter("# ").size(), 5);
 }
 
+TEST_F(MatchStack, CloudsAreMatchedAsTheStackTheyCameFrom) {
+    KvMath::KvProfileZSet stack;
+    KvMath::KvPointCloud<KvMath::KvPointXYZ> cloud;
+    stack.readFromFile(path("stack.bin"));
+    stack.toPointCloud(cloud);
+    QFile file(path("cloud.bin"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && cloud.writeToFile(file));
+    file.close();
+    const auto rows = [this](const QString& name) {
+        QStringList kept;
+        for (const QString& row : QString::fromStdString(match({name, "--csv"}).out).split('\n')) {
+            if (row.startsWith(name) && !row.endsWith("NOT FOUND"))
+                kept.append(row.section(',', 1));
+        }
+        return kept;
+    };
+    EXPECT_GT(rows("cloud.bin").size(), 1000);
+    EXPECT_EQ(rows("cloud.bin"), rows("stack.bin"));
+    EXPECT_THAT(run({"lines", "cloud.bin"}).err, HasSubstr("choose another with --record N"));
+    EXPECT_EQ(run({"lines", "cloud.bin", "--record", "900"}).code, 0);
+    expectRefused({"filter", "cloud.bin", "f.bin", "--steps", "sort-x"}, "kvmeasure scan convert");
+}
+
 TEST_F(MatchStack, TrendShowsEveryMeasurementItsGapsAndWhatIsOut) {
     write("scale.csv", "0,1\n2,1\n4,1\n6,1\n8,1\n10.2,1\n");
     EXPECT_EQ(match({"stack.bin", "--trend", "z.svg"}).code, 1);
