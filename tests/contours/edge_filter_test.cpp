@@ -1,0 +1,105 @@
+#include <kvmath/contours/edge_filter.h>
+#include <kvmath/profile/profile.h>
+#include <kvmath/tsearch/constraints.h>
+#include <kvmath/tsearch/finder.h>
+#include <kvmath/tsearch/template.h>
+
+#include <tests/support/random_data.h>
+
+#include <QtCore/QPointF>
+
+#include <gmock/gmock.h>
+
+#include <cmath>
+
+namespace {
+
+using namespace KvMath;
+using testing::ElementsAre;
+
+constexpr TSFindTemplateParams kParams = {0.5, 0.2, 0, 1.0, true, 1e300};
+
+Profile3D stairs(const QList<QPointF>& corners) {
+    Profile3D profile;
+    for (int k = 0; k + 1 < corners.size(); k += 2)
+        for (int i = 0; i <= 20; ++i) {
+            const QPointF p = corners.at(k) + (corners.at(k + 1) - corners.at(k)) * i / 20.0;
+            profile.append(new Vector3D(float(p.x()), 7, float(p.y())));
+        }
+    return profile;
+}
+
+QList<QPointF> stored(const QMap<QString, QVariant>& result) {
+    QList<QPointF> points;
+    for (const QVariant& point : result.value("fltEdgePoints").toList())
+        points.append(point.toPointF());
+    return points;
+}
+
+TEST(EdgeFilter, FindsTheUpperEdgesOfSteps) {
+    Profile3D profile = stairs({{0, 0}, {4, 0}, {4.1, 2}, {8, 2}, {8.1, 1}, {12, 1}, {12.1, 9}, {16, 9}});
+    profile.append(nullptr);
+    profile.append(new Vector3D(17, NAN, 9));
+    QMap<QString, QVariant> result{{"other", 1}};
+    EXPECT_EQ(fltEdgePoints(profile, kParams, 0.5, 3, 2.5, 0.1, result), 2);
+    const float high = 4.1F, low = 8.0F;
+    EXPECT_THAT(stored(result), ElementsAre(QPointF(double(high), 2), QPointF(double(low), 2)));
+    EXPECT_EQ(fltEdgePoints(profile, kParams, 0.5, 9, 9, 0.1, result), 4);
+    EXPECT_EQ(fltEdgePoints(profile, kParams, 0.5, 9, 2, 0.1, result), 1);  // gaps of 2.002 and 8.0006
+    EXPECT_EQ(fltEdgePointsWithoutTable(profile, kParams, 1.5, 2.5, 0.1, result), 6);
+    EXPECT_EQ(fltEdgePointsWithoutTable(profile, kParams, 9, 20, 0.1, result), 2);  // the ends of the line
+    EXPECT_EQ(result.size(), 2);
+    for (const double odd : {double(NAN), -1.0}) {
+        EXPECT_EQ(fltEdgePoints(profile, kParams, odd, 9, 9, 0.1, result), 0);
+        EXPECT_EQ(fltEdgePoints(profile, kParams, 0.5, odd, 9, 0.1, result), 0);
+        EXPECT_EQ(fltEdgePointsWithoutTable(profile, kParams, 1, odd, 0.1, result), 0);
+        EXPECT_EQ(fltEdgePointsWithoutTable(profile, kParams, 1, 9, odd, result), 0);
+    }
+    EXPECT_EQ(fltEdgePoints(Profile3D(), kParams, 0.5, 9, 9, 0.1, result), 0);
+    EXPECT_TRUE(stored(result).isEmpty());
+}
+
+TEST(EdgeFilter, MarksWhatATemplateSearchMatches) {
+    TestSupport::Draws draws(91);
+    for (int run = 0; run < 100; ++run) {
+        QList<QPointF> corners;
+        for (int k = 0; k < 12; ++k)
+            corners += {QPointF(3 * k, draws.integer(0, 4)), QPointF(3 * k + 2.5, draws.integer(0, 4))};
+        const Profile3D profile = stairs(corners);
+        const double gap = draws.chance(0.2) ? HUGE_VAL : draws.real(0, 6), angle = draws.real(0, 1.5);
+        QMap<QString, QVariant> result;
+        fltEdgePoints(profile, kParams, 0.5, 2.5, gap, angle, result);
+
+        KvProfile plane;
+        for (int i = 0; i < profile.size(); ++i)
+            plane.points.append(KvPointXY(profile[i]->x, profile[i]->z));
+        TSFindTemplateParams params = kParams;
+        params.allowReversed = false;
+        QList<LinePP> lines;
+        std::vector<bool> starts(100), ends(100);
+        for (const int sign : {1, -1}) {
+            TSTemplate pair(2);
+            pair.addConstraint(new TSCRotationAngle(0, 1, 0, angle, TSCRotationAngle::AnyDirection));
+            pair.addConstraint(new TSCEndPointDistanceWithCheck(0, 1, -1e100, gap));
+            pair.addConstraint(new TSCEndPointShiftInDirection(0, 1, sign > 0 ? 0.5 : -2.5,
+                                                               sign > 0 ? 2.5 : -0.5, M_PI / 2, true));
+            QList<TSLinesIndecies> matches;
+            findTemplate(plane, &pair, params, lines, matches);
+            for (const TSLinesIndecies& match : matches) {
+                int segment = 0;
+                match.getLineIndex(sign > 0 ? 1 : 0, segment);
+                (sign > 0 ? starts : ends)[size_t(segment)] = true;
+            }
+        }
+        QList<QPointF> expected;
+        for (int i = 0; i < lines.size(); ++i) {
+            if (starts[size_t(i)])
+                expected.append(QPointF(lines.at(i).p1.x, lines.at(i).p1.y));
+            if (ends[size_t(i)])
+                expected.append(QPointF(lines.at(i).p2.x, lines.at(i).p2.y));
+        }
+        ASSERT_EQ(stored(result), expected) << run;
+    }
+}
+
+}  // namespace
