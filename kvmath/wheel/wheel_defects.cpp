@@ -88,7 +88,9 @@ bool ORBIS_detectDefectsInTrain(QString fileName, QSettings* settings, unsigned 
     if (scanner == 0 || !QDir(directory).exists() || (flags == nullptr && wheelCount > 0))
         return false;
     const DefectTest test = readTest(*settings, scanner);
-    if (test.allowedProfiles < 0 && wheelCount > 0)
+    if (wheelCount < 1)
+        return true;
+    if (test.allowedProfiles < 0)
         std::memset(flags, 0, static_cast<std::size_t>(wheelCount));  // even no defective profile is too many
     for (const int wheel : wheelsWithFiles(directory)) {
         if (wheel >= 0 && wheel < wheelCount && countDefective(directory, wheel, test) > test.allowedProfiles)
