@@ -4,6 +4,8 @@
 #include "kvmeasure/output_file.h"
 #include "kvmeasure/plot.h"
 #include "kvmeasure/print.h"
+#include "kvmeasure/scan_commands.h"
+#include "kvmeasure/simulate_recipe.h"
 
 #include "simulator/profile_simulator.h"
 
@@ -35,57 +37,17 @@ const Usage usage{
      {"--json", "", "print the true values as JSON"}},
     "Examples\n"
     "  kvmeasure simulate profile --shape v-groove --noise 0.02 --dropouts 2 --seed 7 --out part.csv\n"
+    "  kvmeasure simulate scan --help\n"
     "  kvmeasure simulate profile --shape square-groove --dimensions \"depth=12\" --rotate 2 --out "
     "part.csv\n"};
-
-QString shapesText() {
-    QString text = "Shapes and their dimensions\n";
-    for (const QString& shape : Simulator::shapeNames()) {
-        text += "  " + shape + '\n';
-        for (const Simulator::Dimension& d : Simulator::shapeDimensions(shape))
-            text += QString("    %1  %2 %3, %4 to %5: %6\n")
-                        .arg(d.name, -14)
-                        .arg(d.standard)
-                        .arg(d.unit)
-                        .arg(d.minimum)
-                        .arg(d.maximum)
-                        .arg(d.meaning);
-    }
-    return text + '\n';
-}
-
-void readDimensions(const QString& text, Simulator::ProfileRecipe& recipe) {
-    QStringList known;
-    for (const Simulator::Dimension& dimension : Simulator::shapeDimensions(recipe.shape))
-        known.append(dimension.name);
-    for (const QString& part : text.split(',')) {
-        if (part.trimmed().isEmpty())
-            continue;
-        const QString name = part.section('=', 0, 0).trimmed();
-        double value = 0;
-        if (!parseNumber(part.section('=', 1), value))
-            throw Failure{
-                QString("simulate: --dimensions: expected NAME=NUMBER, found \"%1\"").arg(part.trimmed())};
-        if (!known.contains(name))
-            throw Failure{QString("simulate: --dimensions: %1 has no \"%2\"%3; it has %4")
-                              .arg(recipe.shape, name, suggestion(name, known), known.join(", "))};
-        recipe.dimensions[name] = value;
-    }
-}
 
 Simulator::ProfileRecipe readRecipe(const Arguments& arguments) {
     constexpr double any = std::numeric_limits<double>::max();
     constexpr int anyCount = std::numeric_limits<int>::max();
     Simulator::ProfileRecipe recipe;
-    if (arguments.has("--shape"))
-        recipe.shape = arguments.text("--shape");
-    QStringList shapes;
-    for (const QString& shape : Simulator::shapeNames())
-        shapes.append(shape);
-    if (!shapes.contains(recipe.shape))
-        throw Failure{QString("simulate: unknown shape \"%1\"%2; there are %3")
-                          .arg(recipe.shape, suggestion(recipe.shape, shapes), shapes.join(", "))};
-    readDimensions(arguments.text("--dimensions"), recipe);
+    recipe.shape = chooseShape(arguments, Simulator::shapeNames(), recipe.shape);
+    recipe.dimensions = readDimensions(arguments.text("--dimensions"), recipe.shape,
+                                       Simulator::shapeDimensions(recipe.shape));
     recipe.points = arguments.integer("--points", recipe.points, 2, 1'000'000);
     recipe.xFrom = arguments.number("--from", recipe.xFrom, -any, any);
     recipe.xTo = arguments.number("--to", recipe.xTo, -any, any);
@@ -114,16 +76,18 @@ QByteArray profileCsv(const KvMath::KvProfile& profile) {
 }  // namespace
 
 int runSimulate(const QStringList& words) {
+    if (words.value(0) == "scan")
+        return runSimulateScan(words.mid(1));
     if (words.contains("--help")) {
-        QString text = helpText(usage);
-        print(text.insert(text.lastIndexOf("Examples\n"), shapesText()));
+        print(helpWithShapes(usage, Simulator::shapeNames(), Simulator::shapeDimensions));
         return Done;
     }
     const Arguments arguments(usage, words);
     arguments.requireOperands(1);
     if (arguments.operands().first() != "profile")
-        throw Failure{QString("simulate: cannot simulate \"%1\"; expected \"profile\"")
-                          .arg(arguments.operands().first())};
+        throw Failure{
+            QString("simulate: cannot simulate \"%1\"; expected \"profile\" or, as the first word, \"scan\"")
+                .arg(arguments.operands().first())};
     if (!arguments.has("--out"))
         throw Failure{"simulate: --out FILE is missing; it names the profile to write"};
     const Simulator::ProfileRecipe recipe = readRecipe(arguments);
@@ -140,22 +104,9 @@ int runSimulate(const QStringList& words) {
         picture.profile = simulated->profile;
         writeOutputFile(arguments.text("--svg"), drawPicture(picture));
     }
-    if (arguments.has("--json")) {
-        QJsonArray values;
-        for (const Simulator::TrueValue& value : simulated->values)
-            values.append(
-                QJsonObject{{"name", value.name}, {"value", jsonNumber(value.value)}, {"unit", value.unit}});
-        printJson({{"file", path},
-                   {"shape", recipe.shape},
-                   {"points", simulated->profile.points.size()},
-                   {"truth", values}});
-        return Done;
-    }
-    Table table({"true value", "", "unit"});
-    for (const Simulator::TrueValue& value : simulated->values)
-        table.add({value.name, mm(value.value), value.unit});
-    print(QString("%1: %2, %3 points\n").arg(path, recipe.shape).arg(simulated->profile.points.size()) +
-          table.text());
+    const int points = simulated->profile.points.size();
+    reportTruth(arguments.has("--json"), path, QString("%1, %2 points").arg(recipe.shape).arg(points), points,
+                recipe.shape, simulated->values);
     return Done;
 }
 

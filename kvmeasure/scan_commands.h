@@ -1,5 +1,5 @@
 #pragma once
-// The commands under "kvmeasure scan". Each takes the words behind its name and returns an exit code.
+// The commands on scans. Each takes the words behind its name and returns an exit code.
 
 #include "kvmeasure/scan_options.h"
 
@@ -14,6 +14,7 @@ int runScanSection(const QStringList& words);
 int runScanGrid(const QStringList& words);
 int runScanPlane(const QStringList& words);
 int runScanOutline(const QStringList& words);
+int runSimulateScan(const QStringList& words);  ///< "kvmeasure simulate scan"
 
 /// What a scan holds, for reports.
 struct ScanSummary {

@@ -241,9 +241,11 @@ double trueValue(const SimulatedProfile& simulated, const QString& name) {
     return kNaN;
 }
 
-QByteArray truthCsv(const SimulatedProfile& simulated) {
+QByteArray truthCsv(const SimulatedProfile& simulated) { return truthCsv(simulated.values); }
+
+QByteArray truthCsv(const std::vector<TrueValue>& values) {
     QByteArray text = "name,value,unit\n";
-    for (const TrueValue& value : simulated.values)
+    for (const TrueValue& value : values)
         text += QString("%1,%2,%3\n")
                     .arg(value.name, QString::number(value.value + 0.0, 'g', 9), value.unit)
                     .toUtf8();

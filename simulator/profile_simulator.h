@@ -80,6 +80,7 @@ double trueValue(const SimulatedProfile& simulated, const QString& name);
 
 /// "name,value,unit" and one line for each true value, decimal points, 9 significant digits.
 QByteArray truthCsv(const SimulatedProfile& simulated);
+QByteArray truthCsv(const std::vector<TrueValue>& values);
 
 /// x, y, x, y ... as scanners deliver them.
 std::vector<float> xyBuffer(const KvMath::KvProfile& profile);

@@ -1,0 +1,75 @@
+#include "kvmeasure/simulate_recipe.h"
+
+#include "kvmeasure/failure.h"
+#include "kvmeasure/print.h"
+
+namespace KvMeasure {
+
+QString helpWithShapes(const Usage& usage, const std::vector<QString>& shapes,
+                       std::vector<Simulator::Dimension> (*dimensionsOf)(const QString&)) {
+    QString text = "Shapes and their dimensions\n";
+    for (const QString& shape : shapes) {
+        text += "  " + shape + '\n';
+        for (const Simulator::Dimension& d : dimensionsOf(shape))
+            text += QString("    %1  %2 %3, %4 to %5: %6\n")
+                        .arg(d.name, -14)
+                        .arg(d.standard)
+                        .arg(d.unit)
+                        .arg(d.minimum)
+                        .arg(d.maximum)
+                        .arg(d.meaning);
+    }
+    QString help = helpText(usage);
+    return help.insert(help.lastIndexOf("Examples\n"), text + '\n');
+}
+
+QString chooseShape(const Arguments& arguments, const std::vector<QString>& shapes, const QString& absent) {
+    const QString shape = arguments.has("--shape") ? arguments.text("--shape") : absent;
+    QStringList names;
+    for (const QString& name : shapes)
+        names.append(name);
+    if (!names.contains(shape))
+        throw Failure{QString("simulate: unknown shape \"%1\"%2; there are %3")
+                          .arg(shape, suggestion(shape, names), names.join(", "))};
+    return shape;
+}
+
+QMap<QString, double> readDimensions(const QString& text, const QString& shape,
+                                     const std::vector<Simulator::Dimension>& dimensions) {
+    QStringList known;
+    for (const Simulator::Dimension& dimension : dimensions)
+        known.append(dimension.name);
+    QMap<QString, double> values;
+    for (const QString& part : text.split(',')) {
+        if (part.trimmed().isEmpty())
+            continue;
+        const QString name = part.section('=', 0, 0).trimmed();
+        double value = 0;
+        if (!parseNumber(part.section('=', 1), value))
+            throw Failure{
+                QString("simulate: --dimensions: expected NAME=NUMBER, found \"%1\"").arg(part.trimmed())};
+        if (!known.contains(name))
+            throw Failure{QString("simulate: --dimensions: %1 has no \"%2\"%3; it has %4")
+                              .arg(shape, name, suggestion(name, known), known.join(", "))};
+        values[name] = value;
+    }
+    return values;
+}
+
+void reportTruth(bool isJson, const QString& path, const QString& summary, qint64 points,
+                 const QString& shape, const std::vector<Simulator::TrueValue>& values) {
+    if (isJson) {
+        QJsonArray array;
+        for (const Simulator::TrueValue& value : values)
+            array.append(
+                QJsonObject{{"name", value.name}, {"value", jsonNumber(value.value)}, {"unit", value.unit}});
+        printJson({{"file", path}, {"shape", shape}, {"points", points}, {"truth", array}});
+        return;
+    }
+    Table table({"true value", "", "unit"});
+    for (const Simulator::TrueValue& value : values)
+        table.add({value.name, mm(value.value), value.unit});
+    print(QString("%1: %2\n").arg(path, summary) + table.text());
+}
+
+}  // namespace KvMeasure

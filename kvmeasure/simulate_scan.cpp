@@ -1,0 +1,100 @@
+#include "kvmeasure/failure.h"
+#include "kvmeasure/output_file.h"
+#include "kvmeasure/print.h"
+#include "kvmeasure/scan_commands.h"
+#include "kvmeasure/scan_grid.h"
+#include "kvmeasure/scan_picture.h"
+#include "kvmeasure/scan_writer.h"
+#include "kvmeasure/simulate_recipe.h"
+
+#include "simulator/scan_simulator.h"
+
+#include <limits>
+
+namespace KvMeasure {
+
+namespace {
+
+const Usage usage{
+    "simulate scan",
+    "",
+    "Makes a 3D scan of an object with a known outline, and writes the true values beside it.",
+    {{"--out", "FILE", "scan to write, form by its suffix; the truth goes to FILE.truth.csv (required)"},
+     {"--shape", "NAME", "see below (grooved-plate)"},
+     {"--dimensions", "\"N=V, ...\"", "dimensions of the shape, e.g. \"width=40, length=30\""},
+     {"--columns", "N", "points of a profile (320)"},
+     {"--rows", "N", "profiles (280)"},
+     {"--from", "MM", "first column (-32)"},
+     {"--to", "MM", "last column (32)"},
+     {"--row-step", "MM", "distance of the profiles (0.2)"},
+     {"--rotate", "DEG", "turns the object, seen from above (0)"},
+     {"--noise", "MM", "standard deviation of the heights (0)"},
+     {"--dropouts", "N", "gaps without points (0)"},
+     {"--strays", "N", "single low points anywhere (0)"},
+     {"--seed", "N", "of the random draws; the same seed makes the same scan (1)"},
+     {"--svg", "FILE", "draw the scan from above"},
+     {"--json", "", "print the true values as JSON"}},
+    "Examples\n"
+    "  kvmeasure simulate scan --noise 0.02 --rotate 2 --out plate.kvs\n"
+    "  kvmeasure simulate scan --shape tray --strays 40 --out tray.ply --svg tray.svg\n"};
+
+Simulator::ScanRecipe readRecipe(const Arguments& arguments) {
+    constexpr double any = std::numeric_limits<double>::max();
+    constexpr int anyCount = std::numeric_limits<int>::max();
+    Simulator::ScanRecipe recipe;
+    recipe.shape = chooseShape(arguments, Simulator::scanShapeNames(), recipe.shape);
+    recipe.dimensions = readDimensions(arguments.text("--dimensions"), recipe.shape,
+                                       Simulator::scanShapeDimensions(recipe.shape));
+    recipe.columns = arguments.integer("--columns", recipe.columns, 0, anyCount);
+    recipe.rows = arguments.integer("--rows", recipe.rows, 0, anyCount);
+    recipe.xFrom = arguments.number("--from", recipe.xFrom, -any, any);
+    recipe.xTo = arguments.number("--to", recipe.xTo, -any, any);
+    recipe.rowStep = arguments.number("--row-step", recipe.rowStep, -any, any);
+    recipe.rotation = arguments.number("--rotate", recipe.rotation, -any, any);
+    recipe.noise = arguments.number("--noise", recipe.noise, -any, any);
+    recipe.dropouts = arguments.integer("--dropouts", recipe.dropouts, 0, anyCount);
+    recipe.strays = arguments.integer("--strays", recipe.strays, 0, anyCount);
+    recipe.seed = static_cast<std::uint64_t>(arguments.integer("--seed", 1, 0, anyCount));
+    return recipe;
+}
+
+}  // namespace
+
+int runSimulateScan(const QStringList& words) {
+    if (words.contains("--help")) {
+        print(helpWithShapes(usage, Simulator::scanShapeNames(), Simulator::scanShapeDimensions));
+        return Done;
+    }
+    const Arguments arguments(usage, words);
+    if (!arguments.operands().isEmpty())
+        throw Failure{QString("simulate scan: unexpected \"%1\"").arg(arguments.operands()[0])};
+    if (!arguments.has("--out"))
+        throw Failure{"simulate scan: --out FILE is missing; it names the scan to write"};
+    const Simulator::ScanRecipe recipe = readRecipe(arguments);
+    QString error;
+    const auto simulated = Simulator::simulateScan(recipe, &error);
+    if (!simulated)
+        throw Failure{"simulate scan: " + error};
+    const QString path = arguments.text("--out");
+    Scan scan;
+    scan.isStack = true;
+    scan.form = recipe.shape;
+    scan.stack = simulated->stack;
+    for (const KvMath::KvProfileZ& profile : scan.stack.profiles)
+        scan.points += profile.points.size();
+    if (scan.points == 0)
+        throw Failure{"simulate scan: nothing of the object is in view"};
+    writeScan(path, parseScanForm(QString(), path), /*heightLast=*/false, scan);
+    writeOutputFile(path + ".truth.csv", Simulator::truthCsv(*simulated));
+    if (arguments.has("--svg")) {
+        ScanPicture picture;
+        picture.title = "Simulated " + recipe.shape;
+        picture.grid = makeGrid(scan.stack, estimateSteps(scan.stack), path);
+        writeOutputFile(arguments.text("--svg"), drawScan(picture));
+    }
+    reportTruth(arguments.has("--json"), path, summarise(scan).line(), scan.points, recipe.shape,
+                simulated->values);
+    return Done;
+}
+
+}  // namespace KvMeasure
