@@ -24,7 +24,7 @@ constexpr Command commands[] = {
     {"section", "a profile along x, along the scan, or between two points", runScanSection},
     {"grid", "heights in a regular grid, as CSV and as a picture", runScanGrid},
     {"plane", "fits a plane, removes what lies above or below it, levels the scan", runScanPlane},
-    // {"outline", "the outline of an object as straight lines, with angles and a picture", runScanOutline},
+    {"outline", "the outline of an object as straight lines, with angles and a picture", runScanOutline},
 };
 
 QString overview() {
@@ -42,7 +42,7 @@ QString overview() {
                   "scan.\n\n"
                   "Examples\n"
                   "  kvmeasure scan info plate.kvs\n"
-                  "  kvmeasure scan grid plate.kvs --svg plate.svg\n"
+                  "  kvmeasure scan outline plate.kvs --svg outline.svg\n"
                   "  kvmeasure scan convert plate.kvs plate.ply\n"
                   "  kvmeasure scan COMMAND --help\n";
 }
