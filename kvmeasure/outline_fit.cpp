@@ -75,13 +75,12 @@ std::vector<Vector> outermost(const QList<Vector>& edgePoints, const Frame& fram
 
 double distance(const LineABC& line, const Vector& p) { return line.a * p.x + line.b * p.y + line.c; }
 
-/// Least squares without outliers. False for too few points.
-bool fitRobustly(std::vector<Vector> points, LineABC& fit, OutlineLine& result) {
+/// Least squares without outliers; points within `least` of the line are none. False for too few points.
+bool fitRobustly(std::vector<Vector> points, double least, LineABC& fit, OutlineLine& result) {
     constexpr int rounds = 12;
     constexpr std::size_t fewest = 5;
     constexpr double deviations = 2.5;
     constexpr double sigmaPerMedian = 1.4826;  // of the absolute deviations of a normal distribution
-    constexpr double exact = 1e-6;             // mm; noise-free points lose none to rounding
     const std::vector<Vector> all = points;
     for (int round = 0; round < rounds && points.size() >= fewest; ++round) {
         KvMath::lsd(points.data(), int(points.size()), fit);
@@ -90,7 +89,7 @@ bool fitRobustly(std::vector<Vector> points, LineABC& fit, OutlineLine& result) 
             distances.push_back(std::fabs(distance(fit, p)));
         const auto middle = distances.begin() + std::ptrdiff_t(distances.size() / 2);
         std::nth_element(distances.begin(), middle, distances.end());
-        const double limit = deviations * sigmaPerMedian * *middle + exact;
+        const double limit = std::max(least, deviations * sigmaPerMedian * *middle);
         std::vector<Vector> kept;
         for (const Vector& p : all) {
             if (std::fabs(distance(fit, p)) <= limit)
@@ -117,8 +116,9 @@ void fitLine(OutlineLine& line, const QList<Vector>& edgePoints, const Steps& st
     for (int pass = 0; pass < 2; ++pass) {  // the second one with the window about the fitted line
         const Frame frame(line.line);
         const double bin = std::fabs(frame.along.x) * steps.x + std::fabs(frame.along.y) * steps.scan;
+        const double across = std::fabs(frame.along.y) * steps.x + std::fabs(frame.along.x) * steps.scan;
         LineABC fit;
-        if (!fitRobustly(outermost(edgePoints, frame, bin, window), fit, line))
+        if (!fitRobustly(outermost(edgePoints, frame, bin, window), across, fit, line))
             return;
         Vector start;
         Vector end;
@@ -165,8 +165,10 @@ void mergeLines(QList<OutlineLine>& lines, double degrees, double join) {
     QList<OutlineLine> merged;
     LinePP first;   // of the present group
     LinePP before;  // the line added last
+    int placeOfFirst = 0;
     for (int k = 0; k < lines.size(); ++k) {
-        const LinePP& line = lines[(start + k) % lines.size()].line;
+        const int at = (start + k) % lines.size();
+        const LinePP& line = lines[at].line;
         const bool goesOn = k > 0 && length(before.p2, line.p1) <= join &&
                             std::fabs(turnBetween(before, line)) < degrees &&
                             std::fabs(turnBetween(first, line)) < degrees;
@@ -177,7 +179,10 @@ void mergeLines(QList<OutlineLine>& lines, double degrees, double join) {
             first = line;
         }
         before = line;
+        if (at == 0)
+            placeOfFirst = merged.size() - 1;
     }
+    std::rotate(merged.begin(), merged.begin() + placeOfFirst, merged.end());
     lines.swap(merged);
 }
 

@@ -24,11 +24,12 @@ struct Outline {
 };
 
 /// Joins neighbours whose ends are at most `join` apart while they turn by less than `degrees`, also in all.
+/// The line that the first one became part of stays the first.
 void mergeLines(QList<OutlineLine>& lines, double degrees, double join);
 
 /// Fits every line to the outermost edge points within `window` of it, one per step, without those that are
-/// farther off than 2.5 standard deviations (told from the median). Corners, where ends are at most `join`
-/// apart, move to where the fitted lines meet. A line with fewer than five points stays.
+/// farther off than 2.5 standard deviations (told from the median) and a step. Corners, where ends are at
+/// most `join` apart, move to where the fitted lines meet. A line with fewer than five points stays.
 void fitLines(Outline& outline, const Steps& steps, double window, double join);
 
 /// Angle inside the outline where line i meets the next one (the first follows the last), degrees in (0,
