@@ -72,8 +72,7 @@ void drawPanel(Canvas& canvas, double y, const ErrorMap& map) {
     Raster raster = thinned(map.raster, mostCells);
     for (float& value : raster.values)
         value *= static_cast<float>(micrometres);
-    constexpr double beyondMost = 1.5;
-    const double limit = roundedUp(map.all.percentile95 * beyondMost * micrometres);
+    const double limit = roundedUp(map.all.percentile95 * micrometres);
     const ColourScale scale{ColourScale::Kind::Diverging, -limit, limit, "µm"};
     drawRaster(canvas, area, raster, scale);
     drawRegions(canvas, area, map);

@@ -18,7 +18,8 @@ namespace {
 
 constexpr int degree = 7;  // total; the optics are smooth
 constexpr int terms = (degree + 1) * (degree + 2) / 2;
-constexpr int stepStride = 4;  // neighbouring steps see nearly the same places
+constexpr int mostUnknown = 4;  // columns in a row, behind which nobody can tell the flank
+constexpr int stepStride = 4;   // neighbouring steps see nearly the same places
 constexpr double middleColumn = (KvMath::kSensorColumns - 1) / 2.0;
 constexpr double middleRow = (KvMath::kSensorRows - 1) / 2.0;
 
@@ -46,20 +47,20 @@ class Surface {
 public:
     void add(double column, double row, double x) { places_.push_back({column, row, x}); }
 
+    /// Places far off, of flanks that were mistaken, are dropped; twice, as they bend the first surface.
     bool solve() {
-        std::array<double, std::size_t{terms} * terms> normal{};
-        Terms right{};
-        for (const Place& place : places_) {
-            const Terms t = termsAt(place.column, place.row);
-            for (std::size_t i = 0; i < terms; ++i) {
-                for (std::size_t j = 0; j < terms; ++j)
-                    normal[i * terms + j] += t[i] * t[j];
-                right[i] += t[i] * place.x;
-            }
+        constexpr int rounds = 3;
+        constexpr double farOff = 4;  // residuals
+        for (int round = 0; round < rounds; ++round) {
+            if (!fit())
+                return false;
+            const double most = farOff * residual();
+            const auto isFar = [this, most](const Place& p) {
+                return std::abs(at(p.column, p.row) - p.x) > most;
+            };
+            places_.erase(std::remove_if(places_.begin(), places_.end(), isFar), places_.end());
         }
-        constexpr double cutOff = 1e-13;  // polynomials that the places do not tell apart count nothing
-        return KvMath::svdLeastSquares(normal.data(), right.data(), terms, terms, cutOff,
-                                       coefficients_.data());
+        return fit();
     }
 
     int count() const { return static_cast<int>(places_.size()); }
@@ -85,6 +86,23 @@ private:
     struct Place {
         double column, row, x;
     };
+
+    bool fit() {
+        std::array<double, std::size_t{terms} * terms> normal{};
+        Terms right{};
+        for (const Place& place : places_) {
+            const Terms t = termsAt(place.column, place.row);
+            for (std::size_t i = 0; i < terms; ++i) {
+                for (std::size_t j = 0; j < terms; ++j)
+                    normal[i * terms + j] += t[i] * t[j];
+                right[i] += t[i] * place.x;
+            }
+        }
+        constexpr double cutOff = 1e-13;  // polynomials that the places do not tell apart count nothing
+        return KvMath::svdLeastSquares(normal.data(), right.data(), terms, terms, cutOff,
+                                       coefficients_.data());
+    }
+
     std::vector<Place> places_;
     Terms coefficients_{};
 };
@@ -131,14 +149,17 @@ private:
             if (std::isnan(d))
                 continue;
             const auto column = static_cast<double>(c);
-            if (d * lastDepth <= 0 && d != lastDepth)
+            const bool isGap = column - lastColumn > mostUnknown + 1;  // a whole tooth may be in it
+            if (isGap)
+                crossing = std::nan("");
+            else if (d * lastDepth <= 0 && d != lastDepth)
                 crossing = lastColumn + (column - lastColumn) * lastDepth / (lastDepth - d);
             lastColumn = column;
             lastDepth = d;
             if (std::abs(d) < well)
                 continue;
             const int now = d > 0 ? 1 : -1;
-            if (side != 0 && now != side)
+            if (side != 0 && now != side && !std::isnan(crossing))
                 crossings.push_back({crossing, now < 0});
             side = now;
         }
@@ -150,9 +171,12 @@ class ToothTracker {
 public:
     explicit ToothTracker(double pitch) : pitch_(pitch) {}
 
-    /// The first step: teeth are counted from the tip nearest to the middle.
+    /// The first step: teeth are counted from the tip nearest to the middle. False when a flank is missing.
     bool begin(ToothLine& line) {
         std::vector<Crossing>& all = line.crossings;
+        const auto isTwice = [](const Crossing& a, const Crossing& b) { return a.climbs == b.climbs; };
+        if (std::adjacent_find(all.begin(), all.end(), isTwice) != all.end())
+            return false;
         std::size_t middle = all.size();
         double nearest = 1e9;
         for (std::size_t i = 0; i + 1 < all.size(); ++i) {
@@ -198,11 +222,9 @@ private:
 };
 
 /// The places of a flank on one side of its crossing, up to near its end: there noise would put places onto
-/// the wrong flank. Where a few columns in a row are not known, nobody can tell whether it is still the same
-/// flank.
+/// the wrong flank.
 void addSide(const ToothLine& line, const Crossing& crossing, int direction, double pitch, Surface& surface) {
     constexpr double fromEnd = 0.1;
-    constexpr int mostUnknown = 4;
     int unknown = 0;
     int column = static_cast<int>(std::floor(crossing.column)) + (direction > 0 ? 1 : 0);
     for (; column >= 0 && column < KvMath::kSensorColumns && unknown <= mostUnknown; column += direction) {
@@ -252,23 +274,26 @@ TeethFit buildXFromTeeth(PixelTable& table, const RawRecord& record, const Table
         ++fit.steps;
     };
     ToothTracker start(teeth.pitch);
-    ToothLine middle = lineOf(middleStep);
-    if (start.begin(middle)) {
-        take(middle);
+    for (int first = middleStep; first < KvMath::kCalibrationSteps; first += stepStride) {
+        ToothLine line = lineOf(first);
+        if (!start.begin(line))
+            continue;
+        take(line);
         for (const int direction : {-stepStride, stepStride}) {
             ToothTracker tracker = start;
-            for (int step = middleStep + direction; step >= 0 && step < KvMath::kCalibrationSteps;
+            for (int step = first + direction; step >= 0 && step < KvMath::kCalibrationSteps;
                  step += direction) {
-                ToothLine line = lineOf(step);
-                if (tracker.follow(line))
-                    take(line);
+                ToothLine next = lineOf(step);
+                if (tracker.follow(next))
+                    take(next);
             }
         }
+        break;
     }
-    fit.places = surface.count();
-    if (fit.places < leastPlaces || !surface.solve())
+    if (surface.count() < leastPlaces || !surface.solve() || surface.count() < leastPlaces)
         throw Failure{"no teeth are recognised in the record of the toothed target; are --tooth-pitch and "
                       "--tooth-height those of the target, and its z those of the tips?"};
+    fit.places = surface.count();
     fit.residual = surface.residual();
     if (!(fit.residual < worstResidual * teeth.pitch))
         throw Failure{

@@ -147,7 +147,7 @@ void drawColourScale(Canvas& canvas, const Rect& area, const ColourScale& scale)
         const double y = area.bottom - area.height() * i / ticks;
         const double value = scale.from + (scale.to - scale.from) * i / ticks;
         canvas.line({area.right, y}, {area.right + 5, y}, stroke("#333", 1));
-        canvas.text({area.right + 9, y + 4.5}, QString::number(value, 'g', 4), "fill=\"#333\"");
+        canvas.text({area.right + 9, y + 4.5}, QString::number(value, 'g', 6), "fill=\"#333\"");
     }
     canvas.text({area.left, area.top - 10}, scale.unit, "fill=\"#333\"");
 }
