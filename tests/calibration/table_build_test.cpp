@@ -8,7 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 
 namespace {
 
@@ -16,171 +15,122 @@ using namespace KvMath;
 using TestSupport::CellRows;
 using TestSupport::Cells;
 
-constexpr double kZRange = 100.0;
-constexpr double kXRange = 140.0;
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-
-/// A record of the simulated scanner, whose true mapping is known.
+/// A record of the simulated scanner, whose true mapping is known, and a compact table from it.
 struct Scan {
-    explicit Scan(double noise, double missing) {
+    Scan(bool triangles, double noise) {
         recipe.noise = noise;
-        recipe.missing = missing;
+        recipe.missing = 0.02;
         record = *Simulator::simulateCalibration(recipe);
         columns = record.columns();
+        EXPECT_TRUE((triangles ? calc_XandZ_Triangles : calc_XandZ)(dtf(), params(), 100, 140, 100, 200, 3,
+                                                                    640, first, last, table.data()));
     }
     unsigned short** dtf() { return columns.data(); }
     const double* params() const { return record.parameters.data(); }
-    bool buildCompact(bool triangles, Cells& table, int& first, int& last) {
-        const auto build = triangles ? calc_XandZ_Triangles : calc_XandZ;
-        return build(dtf(), params(), kZRange, kXRange, 100.0, 200.0, 3, 640, first, last, table.data());
-    }
     Simulator::CalibrationRecipe recipe;
     Simulator::CalibrationRecord record;
-    std::array<unsigned short*, kSensorColumns> columns{};
+    std::array<unsigned short*, 648> columns{};
+    Cells table = Cells(kTableCells, 7);
+    int first = 0, last = 0;
 };
 
-/// Row r of `half` is look-up cell r * step in columns first ... last, and empty elsewhere.
-void expectRows(const unsigned short* half, int rows, int step, int first, int last, CellRows& lookUp) {
-    for (int r = 0; r < rows; ++r) {
-        for (int c = 0; c < kSensorColumns; ++c) {
-            const bool inside = c >= first && c <= last && r * step < kLookUpCells;
-            ASSERT_EQ(half[r * kSensorColumns + c], inside ? lookUp[c][r * step] : kEmptyCell)
-                << r << ' ' << c;
-        }
+/// Row r of a half is look-up cell r * step in columns first ... last, and empty elsewhere.
+void expectRows(const unsigned short* half, int rows, int first, int last, CellRows& lookUp) {
+    for (int i = 0; i < rows * 648; ++i) {
+        const int p = i / 648 * (rows == 512 ? 32 : 16), c = i % 648;
+        ASSERT_EQ(half[i], c >= first && c <= last && p < 15616 ? lookUp[c][p] : kEmptyCell) << i;
     }
 }
 
 TEST(Builders, TakeTheRowsOfTheLookUpsInsideWindowAndLimits) {
-    Scan scan(0.1, 0.1);
-    CellRows z(kLookUpCells), x(kLookUpCells);
-    convert_Pxl2Z(scan.dtf(), scan.params(), kZRange, 100.0, 3, 640, z.rows());
-    convert_Pxl2X(scan.dtf(), scan.params(), kXRange, 200.0, 3, 640, x.rows());
-    Cells full(kTableCells, 7), compact(kCompactCells, 7);
-    int first = 10, last = 600;
-    ASSERT_TRUE(calc_Z(scan.dtf(), scan.params(), kZRange, 100.0, 3, 640, first, last, full.data()));
-    expectRows(full.data(), 1000, 16, 10, 600, z);
-    EXPECT_EQ(Cells(full.begin() + 648000, full.end()), Cells(648000, 7));
-    first = 0;
-    ASSERT_TRUE(calc_X(scan.dtf(), scan.params(), kXRange, 200.0, 3, 640, first, last, full.data()));
-    EXPECT_EQ(std::pair(first, last), std::pair(1, 647));  // the simulated line fills the sensor
-    expectRows(full.data() + 648000, 1000, 16, 3, 640, x);
-    ASSERT_TRUE(scan.buildCompact(false, compact, first, last));
-    expectRows(compact.data(), 512, 32, 3, 640, z);
-    expectRows(compact.data() + 512 * 648, 512, 32, 3, 640, x);
-    convert_Triangles2PxlWithTemplate(scan.dtf(), scan.params(), kZRange, kXRange, 100.0, 200.0, 3, 640,
-                                      z.rows(), x.rows());
-    ASSERT_TRUE(scan.buildCompact(true, compact, first, last));
-    expectRows(compact.data(), 512, 32, 3, 640, z);
-    expectRows(compact.data() + 512 * 648, 512, 32, 3, 640, x);
-}
-
-// A position is rounded to 1/32 pixel and disturbed by the noise; between two steps the errors of both mix,
-// so that the bound of a single crossing holds. A truncated value is half a unit low, a rounded one is not.
-TEST(Builders, ZIsTrueWithinTruncationPositionsAndNoise) {
     for (const bool triangles : {false, true}) {
-        for (const double noise : {0.0, 0.2}) {
-            Scan scan(noise, 0.02);
-            const Simulator::TriangulationScanner scanner(scan.recipe.scanner);
-            Cells table(kCompactCells);
-            int first = 0, last = 0;
-            ASSERT_TRUE(scan.buildCompact(triangles, table, first, last));
-            double sum = 0, squares = 0, bound = 0, cells = 0, measured = 0;
-            for (int r = 1; r < kSensorRows; ++r) {
-                for (int c = 3; c <= 640; ++c) {
-                    const auto truth = scanner.toPlane({double(c), double(r)});
-                    const double perRow =
-                        (scanner.toPlane({double(c), r + 0.5}).y - scanner.toPlane({double(c), r - 0.5}).y) /
-                        kZRange * 16384;
-                    const double margin = std::abs(perRow) * (0.02 + 4 * noise) * kZRange / 16384;
-                    const double depth = std::min({truth.y, 99.9 - truth.y, 59 - std::abs(truth.x - 70)});
-                    const auto cell = table[std::size_t(r * kSensorColumns + c)];
-                    measured += depth > margin + 1.0 ? 1 : 0;
-                    if (cell == kEmptyCell) {
-                        ASSERT_LT(depth, margin + 1.0) << r << ' ' << c;
-                        continue;
-                    }
-                    ASSERT_GT(depth, -margin) << r << ' ' << c;
-                    const double error = cell - truth.y / kZRange * 16384;
-                    sum += error;
-                    squares += error * error;
-                    bound += 1 / 12.0 + perRow * perRow * (1 / 12.0 / 1024 + noise * noise);
-                    ++cells;
-                }
-            }
-            ASSERT_GT(measured, 100'000);
-            const double bias = triangles ? 0.0 : -0.5;
-            EXPECT_NEAR(sum / cells, bias, noise > 0 ? 0.3 : 0.02);
-            EXPECT_LT(std::sqrt(squares / cells), std::sqrt(bound / cells + bias * bias));
+        Scan s(triangles, 0.1);
+        CellRows z(kLookUpCells), x(kLookUpCells);
+        if (triangles) {
+            convert_Triangles2PxlWithTemplate(s.dtf(), s.params(), 100, 140, 100, 200, 3, 640, z.rows(),
+                                              x.rows());
+        } else {
+            convert_Pxl2Z(s.dtf(), s.params(), 100, 100, 3, 640, z.rows());
+            convert_Pxl2X(s.dtf(), s.params(), 140, 200, 3, 640, x.rows());
         }
+        EXPECT_EQ(std::pair(s.first, s.last), std::pair(1, 647));  // the simulated line fills the sensor
+        expectRows(s.table.data(), 512, 3, 640, z);
+        expectRows(s.table.data() + 512 * 648, 512, 3, 640, x);
+        if (triangles)
+            continue;
+        EXPECT_TRUE(calc_X(s.dtf(), s.params(), 140, 200, 3, 640, s.first, s.last, s.table.data()));
+        EXPECT_TRUE(
+            calc_Z(s.dtf(), s.params(), 100, 100, 3, 640, s.first = 10, s.last = 600, s.table.data()));
+        expectRows(s.table.data(), 1000, 10, 600, z);
+        expectRows(s.table.data() + 648000, 1000, 3, 640, x);
     }
 }
 
-TEST(Builders, GapsCountBeforeStep500) {
-    for (const auto& [from, fails] : {std::pair(498, true), {499, true}, {500, false}}) {
-        CellRows dtf(kCalibrationSteps);
-        std::vector<double> params(kCalibrationSteps);
-        for (int s = 3; s < kCalibrationSteps; ++s)
-            for (const int c : {100, 300})
-                dtf[c][s] = static_cast<unsigned short>(s == from ? 0 : 10 * s);
-        Cells table(kCompactCells, 7);
+// Table units. A position is rounded to 1/32 pixel and disturbed by the noise; a truncated value is half a
+// unit low.
+TEST(Builders, ZIsTrueWithinTruncationPositionsAndNoiseAndOnlyWhereMeasured) {
+    for (const auto& [triangles, noise] : {std::pair(false, 0.0), {true, 0.0}, {false, 0.2}}) {
+        const Scan scan(triangles, noise);
+        const Simulator::TriangulationScanner scanner(scan.recipe.scanner);
+        double sum = 0, squares = 0, bound = 0, cells = 0;
+        for (int i = 648; i < 488 * 648; ++i) {
+            const double r = i / 648, c = i % 648;
+            const auto truth = scanner.toPlane({c, r});
+            const double perRow = scanner.toPlane({c, r + 0.5}).y - scanner.toPlane({c, r - 0.5}).y;
+            const double inside = std::min({truth.y, 99.9 - truth.y, 59 - std::abs(truth.x - 70)});  // mm
+            const double blur = std::abs(perRow) * (0.02 + 5 * noise);
+            const bool filled = scan.table[std::size_t(i)] != kEmptyCell;
+            ASSERT_TRUE(filled ? inside > -blur : inside < blur + 1 || c < 3 || c > 640) << r << ' ' << c;
+            const double error = filled ? scan.table[std::size_t(i)] - truth.y * 163.84 : 0;
+            sum += error;
+            squares += error * error;
+            bound += filled ? 1 / 12.0 + std::pow(perRow * 163.84, 2) * (1 / 12288.0 + noise * noise) : 0;
+            cells += filled ? 1 : 0;
+        }
+        const double bias = triangles ? 0.0 : -0.5;
+        EXPECT_NEAR(sum / cells, bias, noise > 0 ? 0.3 : 0.02);
+        EXPECT_LT(squares / cells, bound / cells + bias * bias);
+    }
+}
+
+TEST(Builders, DeriveLimitsAndFailAtGapsBeforeStep500) {
+    const std::vector<double> params(1000);
+    for (const int gap : {498, 499, 500, 0}) {  // 0: no lines but single positions in two columns
+        CellRows dtf(1000);
+        for (int s = 3; gap > 0 && s < 1000; ++s)
+            dtf[100][s] = dtf[300][s] = static_cast<unsigned short>(s == gap ? 0 : 10 * s);
+        dtf[0][999] = dtf[300][999] = 77;  // column 0 is never inside
+        Cells table(kTableCells, 7);
         int first = 5, last = 700;
-        const bool built =
-            calc_XandZ(dtf.rows(), params.data(), 1, 1, 1, 1, 0, 647, first, last, table.data());
-        EXPECT_EQ(built, !fails) << from;
-        EXPECT_EQ(table[0], fails ? 7 : kEmptyCell);  // untouched on failure
-        EXPECT_EQ(std::pair(first, last), fails ? std::pair(5, 700) : std::pair(100, 300));
+        const bool x = calc_X(dtf.rows(), params.data(), 1, 1, 0, 647, first, last, table.data());
+        EXPECT_EQ(std::pair(first, last), std::pair(gap > 0 ? 100 : 300, 300));
+        EXPECT_TRUE(x == (gap > 0) && (x || table == Cells(kTableCells, 7)));
+        EXPECT_EQ(calc_XandZ(dtf.rows(), params.data(), 1, 1, 1, 1, 0, 647, first, last, table.data()),
+                  gap == 500);
     }
 }
 
-TEST(Builders, FailWhereLimitsCannotBeDerived) {
-    CellRows dtf(kCalibrationSteps);
-    std::vector<double> params(kCalibrationSteps);
-    Cells table(kTableCells, 7);
-    int first = 9, last = 9;
-    const auto build = [&] {
-        return calc_X(dtf.rows(), params.data(), 1, 1, 0, 647, first, last, table.data());
-    };
-    EXPECT_FALSE(build());
-    EXPECT_EQ(std::pair(first, last), std::pair(0, 0));
-    dtf[0][5] = dtf[400][5] = 77;  // column 0 is never inside
-    EXPECT_FALSE(build());
-    EXPECT_EQ(std::pair(first, last), std::pair(400, 400));
-    EXPECT_FALSE(calc_X(dtf.rows(), params.data(), kNaN, 1, 0, 647, first, last, table.data()));
-    EXPECT_FALSE(calc_X(dtf.rows(), params.data(), 1, 1, 0, 647, first, last, nullptr));
-    EXPECT_EQ(table, Cells(kTableCells, 7));
-}
-
-TEST(Gradient, IsCentralInsideOneSidedAtTheEndsAndUnsetBesideEmptyCells) {
+TEST(Scores, GradientsPerSensorRowAndExposure) {
     Cells table(kTableCells);
-    for (std::size_t i = 0; i < table.size(); ++i)
-        table[i] = static_cast<unsigned short>(i / 648 % 1000 * (i / 648 % 1000) / 50);
+    const auto v = [](int r) { return double(r * r / 50); };
+    for (int i = 0; i < kTableCells; ++i)
+        table[std::size_t(i)] = static_cast<unsigned short>(v(i / 648 % 1000));
     table[500 * 648 + 3] = kEmptyCell;
     std::vector<double> z(976 * 648), x(z);
-    ASSERT_TRUE(gradientXandZtables(table.data(), 32.0, 16384.0, z.data(), x.data()));
-    const auto v = [](int r) { return double(r * r / 50); };
-    EXPECT_EQ(x[0], v(2));
-    EXPECT_EQ(x[975 * 648], v(975) - v(973));
-    EXPECT_EQ(x[300 * 648 + 647], (v(302) - v(298)) / 2);
-    EXPECT_EQ(z[300 * 648], (v(302) - v(298)) / 2 * 32 / 16384);
+    ASSERT_TRUE(gradientXandZtables(table.data(), 32, 16384, z.data(), x.data()));
+    EXPECT_EQ(x[648] + x[975 * 648] + x[300 * 648], v(3) - v(1) + v(975) - v(973) + (v(302) - v(298)) / 2);
+    EXPECT_EQ(z[2 * 648], v(4) / 2 * 32 / 16384);
     EXPECT_TRUE(std::isnan(z[498 * 648 + 3]) && std::isnan(z[502 * 648 + 3]) &&
                 !std::isnan(z[500 * 648 + 3]));
-    EXPECT_FALSE(gradientXandZtables(table.data(), kNaN, 1.0, z.data(), x.data()));
-    EXPECT_TRUE(gradientXandZtables(table.data(), 1.0, 1.0, nullptr, nullptr));
-}
+    EXPECT_FALSE(gradientXandZtables(table.data(), NAN, 1, z.data(), x.data()));
 
-TEST(Exposure, IsTheShareOfColumnsTimesTheShareOfEvenPairs) {
     KvProfile profile;
     double score = 7;
-    EXPECT_FALSE(checkExposure(profile, 1, 0.1, score));
-    EXPECT_EQ(score, 0);
-    for (int i = 0; i < 324; ++i)
-        profile.append({float(i), i < 162 ? 0.0F : 1.0F}, false);
-    profile.append({1, std::numeric_limits<float>::quiet_NaN()}, false);
-    EXPECT_TRUE(checkExposure(profile, 1.0F, 0.5, score));  // a jump of just 1 is even
-    EXPECT_EQ(score, 0.5);
-    EXPECT_FALSE(checkExposure(profile, 0.99F, 0.5, score));
-    EXPECT_EQ(score, 0.5 * (322.0 / 323.0));
-    EXPECT_FALSE(checkExposure(profile, 1.0F, kNaN, score));
+    EXPECT_TRUE(!checkExposure(profile, 1, 0.1, score) && score == 0);
+    for (int i = 0; i < 325; ++i)
+        profile.append({float(i), i == 324 ? NAN : float(i / 162)}, false);
+    EXPECT_TRUE(checkExposure(profile, 1, 0.5, score) && score == 0.5);  // a jump of just 1 is even
+    EXPECT_TRUE(!checkExposure(profile, 0.99F, 0.5, score) && score == 0.5 * (322.0 / 323.0));
 }
 
 }  // namespace

@@ -9,20 +9,20 @@
 
 namespace {
 
-using namespace KvMath;
 using TestSupport::Cells;
+using Params = KvMath::CutDiagonalParamsCBR;
 
 Cells randomCells(int count, TestSupport::Draws& draws) {
-    Cells cells(static_cast<std::size_t>(count));
+    Cells cells(std::size_t(count), 0);
     for (auto& cell : cells)
         cell = static_cast<unsigned short>(draws.integer(0, 32767));
     return cells;
 }
 
-bool isCut(const CutDiagonalParamsCBR& p, double x, double y) {
-    const double bl = double(p.bottomLeftHeight) / p.bottomLeftWidth;
+bool isCut(const Params& p, double x, double y) {
+    const double bl = double(p.bottomLeftHeight) / p.bottomLeftWidth,
+                 tl = double(p.topLeftHeight) / p.topLeftWidth;
     const double br = double(p.bottomRightHeight) / p.bottomRightWidth;
-    const double tl = double(p.topLeftHeight) / p.topLeftWidth;
     const double tr = double(p.topRightHeight) / p.topRightWidth;
     return x > 648.0 - p.rightMargin || x < p.leftMargin || y > 488.0 - p.bottomMargin || y < p.topMargin ||
            (p.bottomLeftWidth != 0 && y > x * bl + 488.0 - p.bottomLeftHeight) ||
@@ -33,90 +33,65 @@ bool isCut(const CutDiagonalParamsCBR& p, double x, double y) {
 
 TEST(CutTbl, EqualsTheLiteralConditions) {
     TestSupport::Draws draws(1);
-    std::vector<CutDiagonalParamsCBR> cases = {
-        {},
-        {3, 1, 3, 1, 3, 1, 3, 1, 1, 0, 1, 0},  // flat corners, idle margins
-        {0, 0, 0, 0, 0, 0, 0, 0, 2, 10, 2, 1},
-        {0, 99, 0, 99, 0, 99, 0, 99, 0, 0, 0, 0},
-        {0, 0, 0, 0, 0, 0, 0, 0, INT_MAX, INT_MIN, 0, 0}};
-    const auto field = [&](int range) { return draws.chance(0.2) ? 0 : draws.integer(-range / 4, range); };
-    for (int i = 0; i < 12; ++i)
-        cases.push_back({field(300), field(300), field(300), field(300), field(300), field(300), field(300),
-                         field(300), field(20), field(20), field(20), field(20)});
-    for (const int extreme : {INT_MIN, INT_MAX})
-        cases.push_back(
-            {extreme, 5, 7, extreme, extreme, extreme, -3, extreme, INT_MIN, 3, INT_MIN, INT_MIN});
+    std::vector<Params> cases = {
+        {}, {3, 1, 3, 1, 3, 1, 3, 1, 1, 0, 1, 0}, {0, 9, 0, 9, 0, 9, 0, 9, 2, 10, 2, 1}};
+    for (const int range : {300, 300, 300, 300, INT_MAX, INT_MAX}) {
+        const auto f = [&] { return draws.chance(0.2) ? 0 : draws.integer(-range / 4, range); };
+        const auto m = [&] { return draws.chance(0.2) ? INT_MIN : draws.integer(-2, 20); };
+        cases.push_back({f(), f(), f(), f(), f(), f(), f(), f(), m(), m(), m(), m()});
+    }
     for (const auto& params : cases) {
-        const Cells before = randomCells(kTableCells, draws);
-        Cells expected = before;
-        for (std::size_t i = 0; i < expected.size(); ++i) {
-            const int row = static_cast<int>(i / 648) % 1000;
-            if (row < 976 && isCut(params, static_cast<double>(i % 648), row / 2))
+        Cells tbl = randomCells(KvMath::kTableCells, draws), expected = tbl;
+        for (std::size_t i = 0; i < expected.size(); ++i)
+            if (i / 648 % 1000 < 976 && isCut(params, double(i % 648), double(i / 648 % 1000 / 2)))
                 expected[i] = 32768;
-        }
-        Cells tbl = before;
-        cutTBL(tbl.data(), params);
+        KvMath::cutTBL(tbl.data(), params);
         ASSERT_TRUE(tbl == expected) << "case " << &params - cases.data();
     }
 }
 
-TEST(ZMirror, PositionsTurnAboutTheSensor) {
-    TestSupport::CellRows dtf(kCalibrationSteps);
-    const unsigned short pairs[][2] = {{0, 0}, {100, 15516}, {15615, 1}, {15616, 0}, {65535, 0}, {1, 15615}};
-    for (int i = 0; i < 6; ++i)
-        dtf[647][994 + i] = pairs[i][0];
-    zMirrorDTF(dtf.rows());
-    for (int i = 0; i < 6; ++i)
-        EXPECT_EQ(dtf[647][994 + i], pairs[i][1]);
-    dtf.pointers[3] = nullptr;
-    zMirrorDTF(dtf.rows());
-    EXPECT_EQ(dtf[647][995], 15516);
-}
-
-TEST(ZMirror, TablesTurn977RowsOfTheHalvesNamed) {
+TEST(ZMirror, TurnsPositionsAboutTheSensorAndTablesBy977Rows) {
     TestSupport::Draws draws(2);
-    const Cells before = randomCells(kTableCells, draws);
+    TestSupport::CellRows dtf(1000);
+    const Cells positions = {0, 100, 15615, 15616, 65535};
+    std::copy(positions.begin(), positions.end(), dtf[647]);
+    KvMath::zMirrorDTF(dtf.rows());
+    EXPECT_EQ(Cells(dtf[647], dtf[647] + 5), (Cells{0, 15516, 1, 0, 0}));
+    const Cells before = randomCells(KvMath::kTableCells, draws);
     for (const bool z : {false, true}) {
-        for (const bool x : {false, true}) {
-            Cells tbl = before;
-            zMirrorTBL(tbl.data(), z, x);
-            for (std::size_t i = 0; i < tbl.size(); ++i) {
-                const std::size_t half = i / 648000 * 1000;
-                const std::size_t row = i / 648 - half;
-                const bool turned = (half == 0 ? z : x) && row <= 976;
-                ASSERT_EQ(tbl[i], before[(half + (turned ? 976 - row : row)) * 648 + i % 648]) << i;
-            }
+        Cells tbl = before;
+        KvMath::zMirrorTBL(tbl.data(), z, !z);
+        for (std::size_t i = 0; i < tbl.size(); ++i) {
+            const bool turned = (i < 648000) == z && i / 648 % 1000 <= 976;
+            ASSERT_EQ(tbl[i], before[turned ? i + 976 * 648 - 2 * 648 * (i / 648 % 1000) : i]);
         }
     }
 }
 
 TEST(Convert625, EqualsTheLiteralComparisonsAlsoInPlace) {
     TestSupport::Draws draws(3);
-    const Cells source = randomCells(kCompactCells, draws);
-    const int shifts[][2] = {{0, 0},       {3, -5},      {-3, 5},      {647, 511},
-                             {648, 0},     {0, 512},     {-647, 0},    {0, -512},
-                             {-648, -511}, {INT_MIN, 0}, {0, INT_MIN}, {INT_MAX, INT_MAX}};
-    for (const auto& [columns, rows] : shifts) {
-        Cells expected(source.size(), 32768);
+    const Cells source = randomCells(KvMath::kCompactCells, draws);
+    for (const auto& [columns, rows] : {std::pair(0, 0),
+                                        {3, -5},
+                                        {-3, 5},
+                                        {647, 511},
+                                        {648, 0},
+                                        {0, 512},
+                                        {-647, -511},
+                                        {-648, 0},
+                                        {INT_MIN, 0},
+                                        {0, INT_MIN},
+                                        {INT_MAX, INT_MAX}}) {
+        Cells expected(source.size(), 32768), other(source.size(), 1), own = source;
         for (unsigned i = 0; i < expected.size(); ++i) {
-            const unsigned r = static_cast<unsigned>(rows) + i / 648 % 512;
-            const unsigned c = static_cast<unsigned>(columns) + i % 648;
+            const unsigned r = unsigned(rows) + i / 648 % 512, c = unsigned(columns) + i % 648;
             if (r <= 511 && c <= 647)
                 expected[i] = source[(i / (512 * 648) * 512 + r) * 648 + c];
         }
-        Cells other(source.size(), 1);
-        Cells own = source;
-        EXPECT_TRUE(convert625to625d(source.data(), other.data(), columns, rows));
-        convert625to625d(own.data(), own.data(), columns, rows);
+        EXPECT_TRUE(KvMath::convert625to625d(source.data(), other.data(), columns, rows));
+        KvMath::convert625to625d(own.data(), own.data(), columns, rows);
         EXPECT_TRUE(other == expected && own == expected) << columns << ' ' << rows;
     }
-}
-
-TEST(TableOps, NullTablesAreLeftAlone) {
-    cutTBL(nullptr, {});
-    zMirrorDTF(nullptr);
-    zMirrorTBL(nullptr, true, true);
-    EXPECT_TRUE(convert625to625d(nullptr, nullptr, 0, 0));
 }
 
 }  // namespace

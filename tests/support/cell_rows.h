@@ -10,15 +10,12 @@ namespace TestSupport {
 using Cells = std::vector<unsigned short>;
 
 struct CellRows {
-    explicit CellRows(int length, unsigned short value = 0)
-        : cells(static_cast<std::size_t>(KvMath::kSensorColumns * length), value) {
+    explicit CellRows(int length, unsigned short value = 0) : cells(648 * std::size_t(length), value) {
         for (int c = 0; c < KvMath::kSensorColumns; ++c)
             pointers.push_back(cells.data() + c * length);
     }
-    CellRows(const CellRows&) = delete;
-    CellRows& operator=(const CellRows&) = delete;
     unsigned short** rows() { return pointers.data(); }
-    unsigned short* operator[](int column) { return pointers[static_cast<std::size_t>(column)]; }
+    unsigned short* operator[](int column) { return pointers[std::size_t(column)]; }
 
     Cells cells;
     std::vector<unsigned short*> pointers;
