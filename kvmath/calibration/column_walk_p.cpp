@@ -111,7 +111,12 @@ bool ColumnWalk::bridge(int column, std::size_t step, double& position) {
     const int from = request_.dtf[left][step];
     const int rise = (column - left) * (request_.dtf[right][step] - from);
     const int width = right - left;
-    position = request_.form == Form::Triangles ? from + double(rise) / width : from + rise / width;
+    if (request_.form == Form::Triangles) {
+        position = from + double(rise) / width;
+    } else {
+        const int whole = rise / width;
+        position = from + whole;
+    }
     return true;
 }
 

@@ -12,10 +12,10 @@ class KvProfile;
 /// v = dtf[c][s], q = v >> 5, rem = v & 31 and T a half of the table:
 ///     row = 2 * q + (rem >> 1),  f = rem & 1
 ///     z = (T[row][c] + (T[row + 1][c] - T[row][c]) * f * 0.5) * zRange / 16384, and x likewise.
-/// Deliberate: row is not v >> 4, so that a position with rem > 1 reads up to 14 half rows further down than
-/// its own (only rem 0 and 1 read their own row); and an empty table cell counts as the number 32768, which
-/// gives twice the range. An empty position, and one beyond the sensor, reads row 0. Null tables, DTF rows or
-/// profiles: nothing.
+/// Deliberate: row is not v >> 4. The table holds position v at half row 2 * q + rem / 16, while half row 2 *
+/// q + rem / 2 is read: true at whole pixels, up to 13.6 half rows further down just before the next one. An
+/// empty table cell counts as the number 32768, which gives twice the range. An empty position, and one
+/// beyond the sensor, reads row 0. Null tables, DTF rows or profiles: nothing.
 KVMATH_EXPORT void calcProfsFromDtf(const unsigned short* tbl, unsigned short** dtf, double zRange,
                                     double xRange, KvProfile* profiles);
 

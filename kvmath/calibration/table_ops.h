@@ -30,7 +30,7 @@ KVMATH_EXPORT void zMirrorDTF(unsigned short** dtf);
 
 /// Reverses the order of rows 0..976 of the Z half and of rows 1000..1976 of the X half of the full table;
 /// the values stay. Twice is the identity. Deliberately 977 rows, one more than the sensor has: row 976,
-/// empty in a built table, becomes row 0.
+/// empty in a built table, changes places with row 0.
 KVMATH_EXPORT void zMirrorTBL(unsigned short* tbl, bool mirrorZ, bool mirrorX);
 
 /// Moves a compact table: cell (r, c) of each half of `destination` becomes cell (rowShift + r, columnShift +
