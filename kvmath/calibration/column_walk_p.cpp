@@ -42,6 +42,15 @@ bool sortNearly(Iterator begin, Iterator end, Below below) {
     return true;
 }
 
+/// Casts instead of trunc and floor, which are calls on the base instruction set: below the least value that
+/// still gives 0 nothing is cast, and above it both round towards 0. False comparisons leave NaN out.
+template <Form form>
+unsigned short cellOf(double units) {
+    const double value = form == Form::Triangles ? units + 0.5 : units;
+    const bool fits = (form == Form::Triangles ? value >= 0.0 : value > -1.0) & (value < kEmptyCell);
+    return static_cast<unsigned short>(static_cast<int>(fits ? value : double(kEmptyCell)));
+}
+
 /// For values from 0 to 2^31.
 int ceilOf(double value) {
     const int whole = static_cast<int>(value);
@@ -144,7 +153,10 @@ void ColumnWalk::sortCrossings() {
         return a.position != b.position ? a.position < b.position : a.step > b.step;
     };
     if (count_ > 1 && begin->position > (end - 1)->position)
-        std::reverse(begin, end);  // the usual record needs nothing more
+        std::reverse(begin, end);
+    const auto notBelow = [](const Crossing& a, const Crossing& b) { return a.position >= b.position; };
+    if (std::adjacent_find(begin, end, notBelow) == end)
+        return;  // the usual record
     if (!sortNearly(begin, end, below))
         std::sort(begin, end, below);
     end = std::unique(begin, end,
@@ -175,25 +187,35 @@ void ColumnWalk::eachRun(int positionStep, Run run) const {
     }
 }
 
-/// Casts instead of trunc and floor, which are calls on the base instruction set: below the least value that
-/// still gives 0 nothing is cast, and above it both round towards 0. False comparisons leave NaN out.
 unsigned short ColumnWalk::toCell(double units) const {
-    const bool nearest = request_.form == Form::Triangles;
-    const double value = nearest ? units + 0.5 : units;
-    const bool fits = (nearest ? value >= 0.0 : value > -1.0) && value < kEmptyCell;
-    return fits ? static_cast<unsigned short>(static_cast<int>(value)) : kEmptyCell;
+    return request_.form == Form::Triangles ? cellOf<Form::Triangles>(units) : cellOf<Form::Steps>(units);
 }
 
 void ColumnWalk::fillZ(const ColumnCells& out) const {
+    if (request_.form == Form::Triangles)
+        fillZ<Form::Triangles>(out);
+    else
+        fillZ<Form::Steps>(out);
+}
+
+template <Form form>
+void ColumnWalk::fillZ(const ColumnCells& out) const {
     eachRun(out.positionStep, [&](const Crossing& a, const Crossing& b, int first, int end) {
+        const double from = units_[static_cast<std::size_t>(a.step)];
+        if (first < end && first * out.positionStep == a.position)  // needs no slope, which may be NaN
+            out.cells[static_cast<std::size_t>(first++) * out.stride] = cellOf<form>(from);
         if (first >= end)
             return;
-        const double from = units_[static_cast<std::size_t>(a.step)];
         const double slope = (units_[static_cast<std::size_t>(b.step)] - from) / (b.position - a.position);
+        if (out.stride == 1 && out.positionStep == 1) {  // the loop below, fit to run in lanes
+            unsigned short* cells = out.cells;
+            for (int i = first; i < end; ++i)
+                cells[i] = cellOf<form>(from + (i - a.position) * slope);
+            return;
+        }
         for (int i = first; i < end; ++i) {
-            const double offset = i * out.positionStep - a.position;
-            const double units = offset == 0.0 ? from : from + offset * slope;  // not 0 * NaN where b is a
-            out.cells[static_cast<std::size_t>(i) * out.stride] = toCell(units);
+            const double units = from + (i * out.positionStep - a.position) * slope;
+            out.cells[static_cast<std::size_t>(i) * out.stride] = cellOf<form>(units);
         }
     });
 }

@@ -67,6 +67,8 @@ private:
     void sortCrossings();
     bool areJoined(const Crossing& a, const Crossing& b) const;
     unsigned short toCell(double units) const;
+    template <Form form>
+    void fillZ(const ColumnCells& out) const;
     template <class Run>
     void eachRun(int positionStep, Run run) const;
 
