@@ -66,8 +66,9 @@ KeptRows keptRows(const CutDiagonalParamsCBR& p) {
 
 void cutRow(unsigned short* row, const KeptRows& kept, std::int16_t y) {
     for (std::size_t c = 0; c < kColumns; ++c) {
-        const bool stays = (y >= kept.first[c]) & (y <= kept.last[c]);
-        row[c] = stays ? row[c] : kEmptyCell;
+        const int stays =
+            int(y >= kept.first[c]) & int(y <= kept.last[c]);  // no branch, so that it runs in lanes
+        row[c] = stays != 0 ? row[c] : kEmptyCell;
     }
 }
 
@@ -111,7 +112,7 @@ void cutTBL(unsigned short* tbl, CutDiagonalParamsCBR params) {
     if (tbl == nullptr)
         return;
     const KeptRows kept = keptRows(params);
-    for (const std::size_t half : {0, kTableHalfRows}) {
+    for (const std::size_t half : {std::size_t(0), std::size_t(kTableHalfRows)}) {
         for (std::size_t r = 0; r < kTableSensorRows; ++r)
             cutRow(tbl + (half + r) * kColumns, kept, static_cast<std::int16_t>(r / 2));
     }
