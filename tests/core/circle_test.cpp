@@ -1,13 +1,6 @@
 #include <kvmath/core/circle.h>
 
-#include <tests/support/random_data.h>
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-
-using namespace KvMath;
-using TestSupport::kNaN;
+#include <tests/support/prelude.h>
 
 static KvPointCloud<KvPointXY> arc(double x, double y, double r, double from, double to, double sigma) {
     TestSupport::Draws draws(5);
@@ -44,7 +37,7 @@ TEST(CircleFit, RefusesWhatNoCircleGoesThrough) {
                                  {{1, 2}, {5, 7}, {1, 2}},
                                  {{0.1F, 3}, {0.2F, 3}, {0.7F, 3}},
                                  {{0, 0}, {0.1F, 0.3F}, {0.2F, 0.6F}, {0.7F, 2.1F}},
-                                 {{0, 0}, {1, 0}, {0, std::numeric_limits<float>::infinity()}}}) {
+                                 {{0, 0}, {1, 0}, {0, kInf}}}) {
         KvPointCloud<KvPointXY> cloud;
         cloud.points = points;
         KvCircle circle;

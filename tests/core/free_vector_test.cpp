@@ -1,13 +1,6 @@
 #include <kvmath/core/free_vector.h>
 
-#include <tests/support/random_data.h>
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-
-using namespace KvMath;
-using TestSupport::kNaN;
+#include <tests/support/prelude.h>
 
 TEST(FreeVector, ZeroLengthIsRefusedAndLeavesTheVector) {
     KvFreeVector v(3, -4);

@@ -1,16 +1,6 @@
 #include <kvmath/core/interpolant.h>
 
-#include <tests/support/random_data.h>
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <functional>
-
-using namespace KvMath;
-using TestSupport::kNaN;
-
-static const float kInf = std::numeric_limits<float>::infinity();
+#include <tests/support/prelude.h>
 
 // On a grid, equal secants in a row and corners between straight parts occur.
 static KvPointCloud<KvPointXY> scanLine(TestSupport::Draws& draws, int n, bool grid) {

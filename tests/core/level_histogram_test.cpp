@@ -1,14 +1,8 @@
 #include <kvmath/core/level_histogram.h>
 
-#include <tests/support/random_data.h>
+#include <tests/support/prelude.h>
 #include <tests/support/scratch_directory.h>
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-
-using namespace KvMath;
-using TestSupport::kNaN;
 using Bins = QMap<float, int>;
 
 static KvPointCloud<KvPointXY> heights(std::initializer_list<float> values) {
@@ -47,9 +41,8 @@ TEST(LevelHistogram, EqualsTheLiteralCountOnAnUnknownAndOnAnyStaleRange) {
 }
 
 TEST(LevelHistogram, RefusesWhatHasNoLevelsOrTooMany) {
-    const float inf = std::numeric_limits<float>::infinity();
     KvLevelHistogram<KvPointXY> histogram;
-    for (auto cloud : {heights({0, 4194304}), heights({}), heights({0, inf}), heights({-3e38F, 3e38F})}) {
+    for (auto cloud : {heights({0, 4194304}), heights({}), heights({0, kInf}), heights({-3e38F, 3e38F})}) {
         for (const float width : {1.0F, 0.0F, -1.0F, kNaN, 1e-38F}) {
             histogram.bins[5] = 5;
             EXPECT_EQ(histogram.calcFromPointCloud(cloud, width), 0) << width;
@@ -57,7 +50,7 @@ TEST(LevelHistogram, RefusesWhatHasNoLevelsOrTooMany) {
         }
     }
     EXPECT_TRUE(std::isnan(histogram.calcMassCenter()));
-    auto cloud = heights({0, 1, 3e38F, -3e38F, -inf});
+    auto cloud = heights({0, 1, 3e38F, -3e38F, -kInf});
     cloud.minY = 0;
     cloud.maxY = 1;
     EXPECT_EQ(histogram.calcFromPointCloud(cloud, 1), 2);  // bands beyond int are skipped

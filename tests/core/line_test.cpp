@@ -1,13 +1,6 @@
 #include <kvmath/core/line.h>
 
-#include <tests/support/random_data.h>
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-
-using namespace KvMath;
-using TestSupport::kNaN;
+#include <tests/support/prelude.h>
 
 TEST(Line, ThroughTwoPointsRefusesASteepRun) {
     KvLine line(3, 4);

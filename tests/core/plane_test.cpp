@@ -1,13 +1,6 @@
 #include <kvmath/core/plane.h>
 
-#include <tests/support/random_data.h>
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-
-using namespace KvMath;
-using TestSupport::kNaN;
+#include <tests/support/prelude.h>
 
 TEST(Plane, ThroughThreePointsIsInSinglePrecisionAndNotNormalised) {
     KvPlane plane;

@@ -1,22 +1,12 @@
 // Filters against their literal forms on seeded random clouds, and the limits of their arguments.
 
 #include <tests/support/literal_clouds.h>
-#include <tests/support/random_data.h>
+#include <tests/support/prelude.h>
 
-#include <gtest/gtest.h>
-
-#include <climits>
-#include <limits>
-
-using namespace KvMath;
-using TestSupport::Draws;
-using TestSupport::kNaN;
 using Cloud = KvPointCloud<KvPointXYZ>;
 namespace Literal = TestSupport::Literal;
 
 namespace {
-
-constexpr float kInf = std::numeric_limits<float>::infinity();
 
 /// Range and points, bit for bit.
 QByteArray bitsOf(const Cloud& cloud) {

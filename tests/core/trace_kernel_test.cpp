@@ -1,9 +1,8 @@
 #include <kvmath/core/trace.h>
 #include <kvmath/core/trace_p.h>
 
+#include <tests/support/prelude.h>
 #include <tests/support/scratch_directory.h>
-
-#include <gtest/gtest.h>
 
 TEST(TraceKernel, WritesLatin1UpToItsLevelAndNoPlaceMarkers) {
     const TestSupport::ScratchDirectory scratch;

@@ -1,12 +1,8 @@
 #include <kvmath/core/plane.h>
 #include <kvmath/core/trace.h>
 
-#include <tests/support/random_data.h>
+#include <tests/support/prelude.h>
 #include <tests/support/scratch_directory.h>
-
-#include <gtest/gtest.h>
-
-using namespace KvMath;
 
 static void usePlane() {
     KvPointCloud<KvPointXYZ> cloud;

@@ -1,8 +1,7 @@
+#include <kvmath/core/version.h>
 #include <kvmath/core/version_p.h>
 
-#include <gtest/gtest.h>
-
-#include <string>
+#include <tests/support/prelude.h>
 
 TEST(Version, ReadsMonthsByTheirLettersAndTakesAnyTextAsDate) {
     const char* const cases[][2] = {
@@ -22,4 +21,13 @@ TEST(Version, ReadsMonthsByTheirLettersAndTakesAnyTextAsDate) {
         KvMath::Internal::formatVersion(date, text);
         EXPECT_EQ(text, std::string("2.1.0.") + digits) << date;
     }
+}
+
+TEST(Version, NamesTheBuildThroughTheSamePointersOnEveryCall) {
+    char *name = nullptr, *version = nullptr, *nameAgain = nullptr, *versionAgain = nullptr;
+    KvMath::GetVersion(name, version);
+    EXPECT_STREQ(name, "KvMath library");
+    EXPECT_STREQ(version, "2.1.0.20181219");
+    KvMath::GetVersion(nameAgain, versionAgain);
+    EXPECT_TRUE(nameAgain == name && versionAgain == version);
 }

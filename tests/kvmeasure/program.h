@@ -2,12 +2,12 @@
 // Runs the program in a scratch directory: arguments in; standard output, standard error, files and exit
 // code out.
 
-#include <QtCore/QFile>
+#include <tests/support/scratch_directory.h>
+
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 #include <QtCore/QProcess>
-#include <QtCore/QTemporaryDir>
 
 #include <gmock/gmock.h>
 
@@ -19,11 +19,12 @@ struct Outcome {
 
 class Program : public testing::Test {
 protected:
-    QString path(const QString& name) const { return dir_.filePath(name); }
+    QString path(const QString& name) const { return scratch_.directory.filePath(name); }
+    QString write(const QString& name, const QByteArray& bytes) const { return scratch_.write(name, bytes); }
+    QByteArray read(const QString& name) const { return scratch_.read(name); }
 
     Outcome run(const QStringList& arguments) const {
         QProcess process;
-        process.setWorkingDirectory(dir_.path());
         process.start(KVMEASURE_PROGRAM, arguments);
         Outcome result;
         if (!process.waitForFinished(20'000)) {
@@ -39,16 +40,8 @@ protected:
         return result;
     }
 
-    void write(const QString& name, const QByteArray& content) const {
-        QFile file(path(name));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        ASSERT_EQ(file.write(content), content.size());
-    }
-
-    QByteArray read(const QString& name) const {
-        QFile file(path(name));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
+    /// Arguments separated by single blanks.
+    Outcome run(const char* arguments) const { return run(QString(arguments).split(' ')); }
 
     void expectRefused(const QStringList& arguments, const std::string& reason) const {
         const Outcome result = run(arguments);
@@ -56,11 +49,16 @@ protected:
         EXPECT_THAT(result.err, testing::HasSubstr(reason)) << arguments.join(' ').toStdString();
     }
 
+    void expectRefused(const char* arguments, const std::string& reason) const {
+        expectRefused(QString(arguments).split(' '), reason);
+    }
+
     void simulate(const QString& name, const QStringList& more) const {
         const Outcome result = run(QStringList{"simulate", "profile", "--out", name} + more);
         ASSERT_EQ(result.code, 0) << result.err;
     }
+    void simulate(const QString& name, const char* more) const { simulate(name, QString(more).split(' ')); }
 
 private:
-    QTemporaryDir dir_;
+    const TestSupport::ScratchDirectory scratch_;
 };

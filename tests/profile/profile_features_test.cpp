@@ -4,12 +4,6 @@
 
 #include <kvmath/core/line.h>
 
-#include <climits>
-
-using namespace KvMath;
-using namespace TestSupport;
-using namespace testing;
-
 namespace {
 
 double boxArea(KvProfile p, double degrees) {
@@ -65,7 +59,7 @@ TEST(ProfileRect, DegeneratesToAPieceAndAPlace) {
     EXPECT_NEAR(used, 45, 1e-5);
     KvProfile place = profileOf({{3, 4}, {3, 4}});
     ASSERT_TRUE(place.calcRect(place, nullptr, kNaN));
-    EXPECT_THAT(place, HasPointsOf(profileOf({{3, 4}, {3, 4}, {3, 4}, {3, 4}})));
+    EXPECT_THAT(place, PointsAre({{3, 4}, {3, 4}, {3, 4}, {3, 4}}));
 }
 
 TEST(ProfilePolynomial, RecoversExactPolynomialsFarFromTheOrigin) {
@@ -107,11 +101,11 @@ TEST(ProfilePolynomial, LowersTheDegreeToTheDistinctPlaces) {
     KvProfile p = profileOf({{1, 1}, {1, 3}, {2, 5}, {kNaN, 9}});
     double c[4] = {9, 9, 9, 9};
     ASSERT_TRUE(p.calcPolynomCoeffs(3, c));
-    EXPECT_THAT(c, Pointwise(DoubleNear(1e-12), {-1.0, 3.0, 0.0, 0.0}));
+    EXPECT_THAT(c, testing::Pointwise(testing::DoubleNear(1e-12), {-1.0, 3.0, 0.0, 0.0}));
     EXPECT_FALSE(p.calcPolynomCoeffs(-1, c) || p.calcPolynomCoeffs(1, nullptr) || p.polynomFit(INT_MIN));
     EXPECT_FALSE(KvProfile().polynomFit(2));
     ASSERT_TRUE(p.polynomFit(9));
-    EXPECT_THAT(p, HasPointsOf(profileOf({{1, 2}, {1, 2}, {2, 5}, {kNaN, 9}})));
+    EXPECT_THAT(p, PointsAre({{1, 2}, {1, 2}, {2, 5}, {kNaN, 9}}));
 }
 
 TEST(ProfileIntegral, IsTheAreaBetweenBounds) {
@@ -166,6 +160,6 @@ TEST(ProfileTopView, TakesXAndZ) {
     cloud.points << KvPointXYZ(1, 2, 3) << KvPointXYZ(4, 5, kNaN) << KvPointXYZ(0, 8, 9);
     KvProfile p = profileOf({{7, 7}});
     EXPECT_EQ(p.makeCloudTopView(cloud), 3);
-    EXPECT_THAT(p, HasPointsOf(profileOf({{1, 3}, {4, kNaN}, {0, 9}})));
+    EXPECT_THAT(p, PointsAre({{1, 3}, {4, kNaN}, {0, 9}}));
     EXPECT_TRUE(p.minX == 0 && p.maxX == 4 && p.minY == 3 && p.maxY == 9);
 }

@@ -4,11 +4,6 @@
 
 #include <kvmath/core/line.h>
 
-#include <climits>
-
-using namespace KvMath;
-using namespace TestSupport;
-
 namespace {
 
 using Points = QList<KvPointXY>;
@@ -87,11 +82,11 @@ TEST(ProfileFilter, MovingAverageLandsAtTwoFifthsAndSeesItsOwnResults) {
     five.wndFilter(5);  // means over 1 2 6 4 5, then over 2 3.6 4 5 11
     const float first = 18.0F / 5;
     EXPECT_THAT(
-        five, HasPointsOf(profileOf(
-                  {{0, 1}, {1, 2}, {2, first}, {3, (2 + first + 4 + 5 + 11) / 5}, {4, 5}, {5, 11}, {6, 0}})));
+        five,
+        PointsAre({{0, 1}, {1, 2}, {2, first}, {3, (2 + first + 4 + 5 + 11) / 5}, {4, 5}, {5, 11}, {6, 0}}));
     KvProfile two = profileOf({{0, 1}, {1, 3}, {2, 9}});
     two.wndFilter(2);  // at a half it would land at 1
-    EXPECT_THAT(two, HasPointsOf(profileOf({{0, 2}, {1, 3}, {2, 9}})));
+    EXPECT_THAT(two, PointsAre({{0, 2}, {1, 3}, {2, 9}}));
     KvProfile large = profileOf({{0, 16777216}, {1, 1}, {2, 1}, {3, 0}});
     large.wndFilter(3);  // a sum in single precision, which takes in neither 1
     EXPECT_EQ(large.points[1].y, 16777216.0F / 3);
@@ -101,8 +96,7 @@ TEST(ProfileFilter, SlopeReadsAndWritesDestination) {
     const KvProfile five = levelProfile(5);
     KvProfile dest = profileOf({{0, 1}, {1, 2}, {2, 4}, {3, 8}, {4, 16}, {9, 9}});
     five.diffFilt(dest, 3);  // upper half of two points; the last window starts at 2
-    EXPECT_THAT(dest, HasPointsOf(profileOf(
-                          {{0, 5.0F / 3}, {1, 10.0F / 4}, {2, 20.0F / 5}, {3, 8}, {4, 16}, {9, 9}})));
+    EXPECT_THAT(dest, PointsAre({{0, 5.0F / 3}, {1, 10.0F / 4}, {2, 20.0F / 5}, {3, 8}, {4, 16}, {9, 9}}));
     KvProfile untouched = dest;
     five.diffFilt(untouched, 4);
     EXPECT_THAT(untouched, HasPointsOf(dest));
@@ -140,9 +134,9 @@ TEST(ProfileFilter, LevelsKeepOnlyWhatIsProven) {
     const KvProfile p = profileOf({{0, 1}, {1, 2}, {2, 2}, {3, 5}, {kNaN, 0}, {4, kNaN}});
     KvProfile below = p, above = p;
     below.removeHighLevel(KvLine(1, 1));  // (0, 1) and (1, 2) are on the line
-    EXPECT_THAT(below, HasPointsOf(profileOf({{2, 2}})));
+    EXPECT_THAT(below, PointsAre({{2, 2}}));
     above.removeLowLevel(KvLine(1, 1));
-    EXPECT_THAT(above, HasPointsOf(profileOf({{3, 5}})));
+    EXPECT_THAT(above, PointsAre({{3, 5}}));
     KvProfile onLine = profileOf({{1, 1}});
     onLine.removeHighLevel(KvLine(1, 1e-9F));  // 1 + 1e-9 is 1 in single precision
     EXPECT_TRUE(onLine.points.isEmpty());
@@ -153,7 +147,7 @@ TEST(ProfileFilter, LevelsKeepOnlyWhatIsProven) {
 TEST(ProfileFilter, MedianBandIsOpenAndSorts) {
     KvProfile p = profileOf({{0, 4}, {1, 1}, {2, 2}, {3, 3}});
     p.removePointsByYMedian(1.5);  // median 2.5: 1 and 4 are on the limits
-    EXPECT_THAT(p, HasPointsOf(profileOf({{2, 2}, {3, 3}})));
+    EXPECT_THAT(p, PointsAre({{2, 2}, {3, 3}}));
     KvProfile all = profileOf({{0, 0}, {1, 1}, {2, 2}});
     all.removePointsByYMedian(1 + 1e-12);  // compared in double precision
     EXPECT_EQ(all.points.size(), 3);
@@ -217,7 +211,7 @@ TEST(ProfileFilter, SpikesGoAndEdgesStay) {
     EXPECT_TRUE(p.splashFilter(dest, 2, 0.5F)) << "the spike of two points is wider";
     EXPECT_EQ(dest.points.size(), 7);
     EXPECT_TRUE(p.splashFilter(p, 2, 1));
-    EXPECT_THAT(p, HasPointsOf(profileOf({{0, 0}, {4, 0.5F}, {6, -20}, {9, -20}, {12, -20}})));
+    EXPECT_THAT(p, PointsAre({{0, 0}, {4, 0.5F}, {6, -20}, {9, -20}, {12, -20}}));
     const KvProfile saw = profileOf({{0, 0}, {1, 3}, {2, 1.5F}, {3, 0}, {4, -1.5F}, {5, -3}, {6, 0}});
     EXPECT_TRUE(saw.splashFilter(dest, 2, 9));
     EXPECT_THAT(dest, HasPointsOf(saw)) << "left by a step of the same sign as it is entered";

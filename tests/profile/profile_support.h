@@ -3,13 +3,7 @@
 
 #include <kvmath/profile/profile.h>
 #include <tests/support/literal_clouds.h>
-#include <tests/support/random_data.h>
-
-#include <gmock/gmock.h>
-
-#include <cstring>
-#include <initializer_list>
-#include <utility>
+#include <tests/support/prelude.h>
 
 namespace TestSupport {
 
@@ -49,6 +43,11 @@ MATCHER_P(HasPointsOf, expected, "") {
         ++i;
     *result_listener << "sizes " << a.size() << ", " << b.size() << ", equal before point " << i;
     return i == a.size() && i == b.size();
+}
+
+/// HasPointsOf a profile of these points.
+inline auto PointsAre(std::initializer_list<std::pair<float, float>> points) {
+    return HasPointsOf(profileOf(points));
 }
 
 }  // namespace TestSupport

@@ -3,22 +3,17 @@
 #include <kvmath/core/circle.h>
 #include <kvmath/core/line.h>
 
-#include <QtCore/QTemporaryDir>
-
-#include <climits>
-
-using namespace KvMath;
-using namespace TestSupport;
+#include <tests/support/scratch_directory.h>
 
 TEST(ProfileBuffer, AppendsInterleavedPointsAndMayLieInTheProfile) {
     const float buffer[] = {1, 10, 2, 20, 3, 30};
     KvProfile profile(buffer, 3);
     profile.copyFromXYPointsBuffer(nullptr, 5);
     profile.copyFromXYPointsBuffer(buffer, 0);
-    EXPECT_THAT(profile, HasPointsOf(profileOf({{1, 10}, {2, 20}, {3, 30}})));
+    EXPECT_THAT(profile, PointsAre({{1, 10}, {2, 20}, {3, 30}}));
     EXPECT_TRUE(std::isnan(profile.minX));
     profile.copyFromXYPointsBuffer(&profile.points.first().x, 1);
-    EXPECT_THAT(profile, HasPointsOf(profileOf({{1, 10}, {2, 20}, {3, 30}, {1, 10}})));
+    EXPECT_THAT(profile, PointsAre({{1, 10}, {2, 20}, {3, 30}, {1, 10}}));
 }
 
 TEST(ProfileRange, FirstOfEqualExtremesWinsAndNaNAtPointZeroSticks) {
@@ -127,16 +122,15 @@ TEST(ProfileOrder, ResamplingSortsAndLeavesOutTheEnd) {
     KvProfile p = profileOf({{4, 8}, {0, 0}, {2, 4}, {0, 9}, {1, 2}, {3, 6}});
     KvProfile refused = p;
     EXPECT_EQ(refused.interpolate(0, kNaN, kNaN, KvInterpolantAkima), 0);
-    EXPECT_THAT(refused, HasPointsOf(profileOf({{0, 0}, {1, 2}, {2, 4}, {3, 6}, {4, 8}})));
+    EXPECT_THAT(refused, PointsAre({{0, 0}, {1, 2}, {2, 4}, {3, 6}, {4, 8}}));
     EXPECT_EQ(p.interpolate(0.5F, kNaN, 2.5F, KvInterpolantAkima), 5);
-    EXPECT_THAT(p, HasPointsOf(profileOf({{0, 0}, {0.5F, 1}, {1, 2}, {1.5F, 3}, {2, 4}})));
+    EXPECT_THAT(p, PointsAre({{0, 0}, {0.5F, 1}, {1, 2}, {1.5F, 3}, {2, 4}}));
 }
 
 TEST(ProfilePolar, AnglesAreInZeroTo360AndComeBack) {
     KvProfile p = profileOf({{0, 0}, {0, 2}, {0, -2}, {-2, 0}, {2, 0}, {1, -1e-30F}, {kNaN, 1}});
     p.toPolar();
-    EXPECT_THAT(p,
-                HasPointsOf(profileOf({{0, 0}, {2, 90}, {2, 270}, {2, 180}, {2, 0}, {1, 0}, {kNaN, kNaN}})));
+    EXPECT_THAT(p, PointsAre({{0, 0}, {2, 90}, {2, 270}, {2, 180}, {2, 0}, {1, 0}, {kNaN, kNaN}}));
     Draws draws(2102);
     for (int i = 0; i < 20000; ++i) {
         const KvPointXY from(float(draws.real(-700, 700)), float(draws.real(-700, 700)));
@@ -162,7 +156,7 @@ TEST(ProfilePolar, RotationsAreCounterClockwise) {
 
 TEST(ProfileFit, SlopesCorrelationAndLines) {
     const KvProfile slopes = profileOf({{0, 1}, {2, 5}, {2, 6}, {3, 6}}).derivative();
-    EXPECT_THAT(slopes, HasPointsOf(profileOf({{0, 2}, {2, INFINITY}, {2, 0}})));
+    EXPECT_THAT(slopes, PointsAre({{0, 2}, {2, INFINITY}, {2, 0}}));
     EXPECT_TRUE(profileOf({{1, 1}}).derivative().points.isEmpty() &&
                 KvProfile().derivative().points.isEmpty());
     const KvProfile line = profileOf({{0, 1}, {1, 3}, {2, 5}});
@@ -192,38 +186,30 @@ TEST(ProfileDistance, WholeBlocksTakeTheirAbsoluteMean) {
     a.calcDistance(b, dest, 2, 99, /*truncate=*/false);
     a.calcDistance(b, dest, 0, 5, /*truncate=*/true);  // nothing
     KvProfile().calcDistance(b, dest, 2, 5, /*truncate=*/true);
-    EXPECT_THAT(dest, HasPointsOf(profileOf({{10, 3}, {11, 3}, {12, 2}, {13, 2}, {14, -4}, {15, 7}})));
+    EXPECT_THAT(dest, PointsAre({{10, 3}, {11, 3}, {12, 2}, {13, 2}, {14, -4}, {15, 7}}));
     a.calcDistance(dest, dest, INT_MAX, 1, /*truncate=*/true);
-    EXPECT_THAT(dest, HasPointsOf(profileOf({{10, -2}})));
+    EXPECT_THAT(dest, PointsAre({{10, -2}}));
 }
 
-class ProfileText : public testing::Test {
-protected:
-    QString path(const QByteArray& content) const {
-        QFile file(dir.filePath("p.csv"));
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
-        return file.fileName();
-    }
-    QTemporaryDir dir;
+struct ProfileText : testing::Test {
+    static QString path(const QByteArray& content) { return ScratchDirectory::write("p.csv", content); }
+    const ScratchDirectory scratch;
 };
 
 TEST_F(ProfileText, WritesDecimalCommasSixDigitsAndBareLineFeeds) {
     const KvProfile p = profileOf({{1.5F, -0.25F}, {1234567, 100000}, {1.0F / 3, 1e-7F}, {kNaN, -INFINITY}});
-    QFile file(dir.filePath("w.csv"));
-    ASSERT_TRUE(p.writeToCSVFile(file.fileName()));
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    EXPECT_EQ(file.readAll().toStdString(), "1,5;-0,25\n1,23457e+06;100000\n0,333333;1e-07\nnan;-inf\n");
-    EXPECT_FALSE(p.writeToCSVFile(dir.path())) << "a directory";
+    ASSERT_TRUE(p.writeToCSVFile("w.csv"));
+    EXPECT_EQ(scratch.read("w.csv"), "1,5;-0,25\n1,23457e+06;100000\n0,333333;1e-07\nnan;-inf\n");
+    EXPECT_FALSE(p.writeToCSVFile(".")) << "a directory";
     KvProfile back;
-    EXPECT_EQ(back.readFromCSVFile(file.fileName(), 0, 1), 4);
-    EXPECT_THAT(back, HasPointsOf(profileOf(
-                          {{1.5F, -0.25F}, {1234570, 100000}, {0.333333F, 1e-7F}, {kNaN, -INFINITY}})));
+    EXPECT_EQ(back.readFromCSVFile("w.csv", 0, 1), 4);
+    EXPECT_THAT(back, PointsAre({{1.5F, -0.25F}, {1234570, 100000}, {0.333333F, 1e-7F}, {kNaN, -INFINITY}}));
 }
 
 TEST_F(ProfileText, ReadsColumnsUpToTheFirstEmptyLine) {
     KvProfile p = profileOf({{9, 9}});
     EXPECT_EQ(p.readFromCSVFile(path("a;1;2,5\r\nshort;1\n;3;\nb;4.5; x\n5;6;7;\n\n8;9;10\n"), 2, 1), 4);
-    EXPECT_THAT(p, HasPointsOf(profileOf({{2.5F, 1}, {0, 3}, {0, 4.5F}, {7, 6}})));
+    EXPECT_THAT(p, PointsAre({{2.5F, 1}, {0, 3}, {0, 4.5F}, {7, 6}}));
     EXPECT_EQ(p.readFromCSVFile(path("1;2\n\r\n3;4\n"), 0, 1), 1) << "a lone CR is an empty line";
     EXPECT_EQ(p.readFromCSVFile(path("1;2\n3;4"), 0, 0), 2);
     EXPECT_EQ(p.readFromCSVFile(path("1;2\n3;4"), -1, 0) + p.readFromCSVFile(path("1;2\n3;4"), 0, INT_MAX) +
@@ -244,13 +230,11 @@ TEST_F(ProfileText, SurvivesFilesThatAreNoProfiles) {
 
 TEST_F(ProfileText, FileThatCannotBeOpenedLogsAndKeepsTheProfile) {
     static QString logged;
-    const auto before =
-        qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString& text) {
-            logged = type == QtDebugMsg ? text : "";
-        });
+    const auto before = qInstallMessageHandler(
+        [](QtMsgType, const QMessageLogContext&, const QString& text) { logged = text; });
     KvProfile p = profileOf({{1, 2}, {3, 4}});
-    EXPECT_EQ(p.readFromCSVFile(dir.filePath("none.csv"), 0, 1), 2);
+    EXPECT_EQ(p.readFromCSVFile("none.csv", 0, 1), 2);
     qInstallMessageHandler(before);
     EXPECT_TRUE(logged.contains("No such file")) << logged.toStdString();
-    EXPECT_THAT(p, HasPointsOf(profileOf({{1, 2}, {3, 4}})));
+    EXPECT_THAT(p, PointsAre({{1, 2}, {3, 4}}));
 }

@@ -14,23 +14,6 @@ namespace TestSupport {
 
 using PointRun = std::vector<KvMath::KvVector2D<double>>;
 
-/// A groove of six straight flanks across 96 mm, noise of 0.02 mm, coordinates of single precision as
-/// profiles have.
-inline PointRun groove(int n, unsigned seed = 1) {
-    const double xs[] = {-48, -30, -12, -6, 6, 12, 48.1};
-    const double ys[] = {300, 300, 290, 284, 284, 290, 302};
-    Draws draws(seed);
-    PointRun run;
-    for (int i = 0, k = 0; i < n; ++i) {
-        const double x = -48 + 96.0 * i / n;
-        while (x > xs[k + 1])
-            ++k;
-        const double y = ys[k] + (ys[k + 1] - ys[k]) * (x - xs[k]) / (xs[k + 1] - xs[k]) + draws.normal(0.02);
-        run.emplace_back(static_cast<float>(x), static_cast<float>(y));
-    }
-    return run;
-}
-
 inline KvMath::KvVector2D<double> drawnPoint(Draws& draws, int kind, int i, int n) {
     switch (kind) {
     case 0:

@@ -1,6 +1,8 @@
 #pragma once
 // A directory that is current while the object lives, for what is written into the current directory.
 
+#include <gtest/gtest.h>
+
 #include <QtCore/QDir>
 #include <QtCore/QTemporaryDir>
 
@@ -13,9 +15,16 @@ struct ScratchDirectory {
     ~ScratchDirectory() { QDir::setCurrent(before); }
 
     /// All bytes of a file in the current directory, or "none".
-    static QByteArray read(const char* name) {
-        QFile file(QString::fromLatin1(name));
+    static QByteArray read(const QString& name) {
+        QFile file(name);
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("none");
+    }
+
+    /// Name of a file in the current directory that now holds these bytes and no others.
+    static QString write(const QString& name, const QByteArray& bytes) {
+        QFile file(name);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+        return name;
     }
 };
 

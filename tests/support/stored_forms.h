@@ -12,6 +12,8 @@
 
 namespace TestSupport {
 
+constexpr double kPi = 3.1415927410125732;  ///< of single precision
+
 inline KvMath::LinePP segment(double x1, double y1, double x2, double y2) { return {{x1, y1}, {x2, y2}}; }
 
 /// What `object` writes to a stream set to big-endian single precision, which must not matter.

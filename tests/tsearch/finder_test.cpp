@@ -6,19 +6,12 @@
 #include <kvmath/tsearch/measurements.h>
 #include <kvmath/tsearch/template.h>
 
-#include <tests/support/random_data.h>
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <vector>
-
-using namespace KvMath;
-using namespace TestSupport;
+#include <tests/support/literal_lines.h>
+#include <tests/support/point_runs.h>
+#include <tests/support/prelude.h>
 
 namespace {
 
-constexpr double kUnset = -1e100;
 using Codes = std::vector<int>;
 
 /// A polyline sampled every 0.5 mm.
@@ -105,16 +98,31 @@ TEST(FindTemplate, FindsWhatNestedLoopsFind) {
     EXPECT_GT(total, 500);
 }
 
-TEST(FindTemplate, GivesTheSegmentsAndClearsOldResults) {
-    QList<LinePP> lines = {LinePP()};
-    QList<TSLinesIndecies> results = {TSLinesIndecies()};
-    EXPECT_TRUE(findTemplate(sampled(kSteps), nullptr, parameters(false), lines, results));
-    ASSERT_EQ(lines.size(), 9);
-    EXPECT_TRUE(results.isEmpty());
-    for (int k = 0; k < 8; ++k)
-        EXPECT_LT(
-            std::hypot(lines[k].p2.x - kSteps[size_t(k) + 1].x, lines[k].p2.y - kSteps[size_t(k) + 1].y),
-            0.3);
+TEST(FindTemplate, GivesTheSegmentsOfTheStepsOneByOneAndClearsOldResults) {
+    Draws draws(5);
+    for (int trial = 0; trial < 3000; ++trial) {
+        SCOPED_TRACE(trial);
+        KvProfile profile;
+        PointRun run, expected, found;
+        for (const auto& p : drawnRun(draws)) {
+            profile.points.append({static_cast<float>(p.x), static_cast<float>(p.y)});
+            run.emplace_back(profile.points.last().x, profile.points.last().y);
+        }
+        const TSFindTemplateParams params{
+            draws.chance(0.5) ? 0.6 : 0.2, 0.1, draws.integer(0, 3), 0.3, true, 0.5};
+        for (const PointRun& contour : Literal::contours(run, params.contourGap)) {
+            const PointRun v = Literal::pieces(contour, 0.1, params.refineIterations, 0.5).second;
+            for (size_t k = 0; k + 1 < v.size(); ++k)
+                if (Literal::distance(v[k + 1], v[k]) > 0.3)
+                    expected.insert(expected.end(), {v[k], v[k + 1]});
+        }
+        QList<LinePP> lines = {LinePP()};
+        QList<TSLinesIndecies> results = {TSLinesIndecies()};
+        EXPECT_TRUE(findTemplate(profile, nullptr, params, lines, results) && results.isEmpty());
+        for (const LinePP& s : qAsConst(lines))
+            found.insert(found.end(), {s.p1, s.p2});
+        ASSERT_TRUE(sameBits(found, expected));
+    }
 }
 
 TEST(FindTemplate, ATemplateOfZeroLinesMapsAllSegments) {
@@ -130,8 +138,7 @@ TEST(FindTemplate, ATemplateOfZeroLinesMapsAllSegments) {
 }
 
 TEST(FindTemplate, WithoutEnoughSegmentsThereIsNoResult) {
-    TSTemplate ten(10);
-    TSTemplate one(1);
+    TSTemplate ten(10), one(1);
     QList<LinePP> lines;
     QList<TSLinesIndecies> results;
     EXPECT_TRUE(findTemplate(sampled(kSteps), &ten, parameters(true), lines, results));

@@ -1,22 +1,16 @@
 #include <kvmath/tsearch/lines_indices.h>
 
-#include <gtest/gtest.h>
-
-#include <climits>
-
-using namespace KvMath;
-
-namespace {
+#include <tests/support/prelude.h>
 
 TEST(LinesIndecies, DecodesSegmentAndOrientation) {
     const int codes[] = {7, 4, -1};
     const TSLinesIndecies indices(codes, 3);
     int segment = 9;
     bool reversed = false;
-    EXPECT_TRUE(indices.getLineIndex(0, segment) && segment == 3);
-    EXPECT_TRUE(indices.getLineOrientation(0, reversed) && reversed);
-    EXPECT_TRUE(indices.getLineIndex(1, segment) && segment == 2);
-    EXPECT_TRUE(indices.getLineOrientation(1, reversed) && !reversed);
+    EXPECT_TRUE(indices.getLineIndex(0, segment) && indices.getLineOrientation(0, reversed));
+    EXPECT_TRUE(segment == 3 && reversed);
+    EXPECT_TRUE(indices.getLineIndex(1, segment) && indices.getLineOrientation(1, reversed));
+    EXPECT_TRUE(segment == 2 && !reversed);
     EXPECT_TRUE(indices.isAssigned(1) && !indices.isAssigned(2));
 }
 
@@ -32,5 +26,3 @@ TEST(LinesIndecies, OutsideItIsFalseAndZero) {
     EXPECT_EQ(TSLinesIndecies(nullptr, 5).count(), 0);
     EXPECT_EQ(TSLinesIndecies(codes, -5).count(), 0);
 }
-
-}  // namespace

@@ -3,12 +3,8 @@
 #include <kvmath/tsearch/measurement_manager.h>
 #include <kvmath/tsearch/measurements.h>
 
+#include <tests/support/prelude.h>
 #include <tests/support/stored_forms.h>
-
-#include <memory>
-
-using namespace KvMath;
-using namespace TestSupport;
 
 namespace {
 

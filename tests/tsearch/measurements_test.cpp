@@ -2,25 +2,12 @@
 
 #include <kvmath/tsearch/measurement_manager.h>
 
-#include <tests/support/random_data.h>
+#include <tests/support/prelude.h>
 #include <tests/support/stored_forms.h>
-
-#include <climits>
-#include <cmath>
-#include <memory>
-
-using namespace KvMath;
-using namespace TestSupport;
 
 namespace {
 
-constexpr double kUnset = -1e100;
-constexpr double kPi = 3.1415927410125732;
 using Point = KvVector2D<double>;
-
-void expectPoint(const Point& p, double x, double y) {
-    EXPECT_TRUE(p.x == x && p.y == y) << p.x << ", " << p.y;
-}
 
 /// Template lines 0, 1, 2 on the segments with these codes.
 bool measure(TSMeasurement& m, QList<LinePP> lines, const std::vector<int>& codes) {
@@ -31,62 +18,108 @@ bool measure(TSMeasurement& m, QList<LinePP> lines, const std::vector<int>& code
     return measured;
 }
 
+/// The numbers of all uniform results: points, lines (ends, value), angles (vertex, arms, value).
+std::vector<double> numbersOf(TSMeasurement& m) {
+    std::vector<double> all;
+    const TSUniformResults results = m.getUniformResult();
+    for (const auto& r : results.points)
+        all.insert(all.end(), {r.point.x, r.point.y});
+    for (const auto& r : results.lines)
+        all.insert(all.end(), {r.p1.x, r.p1.y, r.p2.x, r.p2.y, r.value});
+    for (const auto& r : results.angles)
+        all.insert(all.end(),
+                   {r.vertex.x, r.vertex.y, r.first.x, r.first.y, r.second.x, r.second.y, r.value});
+    return all;
+}
+
 const QList<LinePP> kCorner = {segment(1, 2, 4, 6), segment(10, 0, 10, 5), segment(20, 0, 28, 0)};
+const double kQuarter = std::acos(0.0);
+const double kHalf = std::acos(-1.0);
 
-TEST(MeasureLength, IsThatOfTheSegment) {
-    TSUMLength m(0, "width");
-    EXPECT_EQ(m.getLength(), kUnset);
-    for (int code : {0, 1})
-        EXPECT_TRUE(measure(m, kCorner, {code}) && m.getLength() == 5.0);
-    const TSUniformResultLine line = m.getUniformResult().lines.value(0);
-    EXPECT_TRUE(line.name == "width" && line.value == 5.0);
-    expectPoint(line.p1, 4, 6);
-    expectPoint(line.p2, 1, 2);
+template <class M, class... Arguments>
+std::shared_ptr<TSMeasurement> make(Arguments... arguments) {
+    return std::make_shared<M>(arguments...);
 }
 
-TEST(MeasureInclinationAngle, IsSignedAndFollowsTheOrientation) {
-    TSUMInclinationAngle m(0, "tilt");
-    EXPECT_TRUE(measure(m, kCorner, {0}) && m.getAngle() == std::acos(0.6));
-    EXPECT_TRUE(measure(m, kCorner, {1}) && m.getAngle() == -std::acos(-0.6));
-    const TSUniformResultAngle angle = m.getUniformResult().angles.value(0);
-    expectPoint(angle.vertex, 4, 6);
-    expectPoint(angle.first, 9, 6);
-    expectPoint(angle.second, 1, 2);
-    EXPECT_TRUE(measure(m, kCorner, {5}) && m.getAngle() == std::acos(-1.0));
-}
-
-TEST(MeasureRotationAngle, GivesAngleAndSense) {
-    TSUMRotationAngle m(0, 1, "turn");
-    EXPECT_EQ(m.getDirection(), TSUMRotationAngle::NoDirection);
-    const double quarter = std::acos(0.0);
-    EXPECT_TRUE(measure(m, kCorner, {4, 2}) && m.getAngle() == quarter);
-    EXPECT_EQ(m.getDirection(), TSUMRotationAngle::CounterClockwise);
-    const TSUniformResultAngle angle = m.getUniformResult().angles.value(0);
-    expectPoint(angle.vertex, 10, 0);
-    expectPoint(angle.first, 18, 0);
-    expectPoint(angle.second, 10, 5);
-    EXPECT_TRUE(measure(m, kCorner, {5, 2}));
-    EXPECT_EQ(m.getDirection(), TSUMRotationAngle::Clockwise);
-    EXPECT_FALSE(measure(m, kCorner, {5}));
-    EXPECT_EQ(m.getDirection(), TSUMRotationAngle::NoDirection);
-    EXPECT_EQ(m.getAngle(), kUnset);
-}
-
-TEST(MeasureAngleBetweenLines, AddsOrSubtractsByTheSense) {
-    TSUMAngleBetweenLines m(0, 1, "corner");
-    const double quarter = std::acos(0.0);
-    const auto angle = [&](int from, int to) {
-        EXPECT_TRUE(measure(m, kCorner, {from, to}));
-        return m.getAngle();
+TEST(EveryMeasurement, GivesItsUniformResults) {
+    using Turn = TSUMRotationAngle;
+    using Between = TSUMAngleBetweenLines;
+    using Shift = TSUMEndPointShiftInDirection;
+    const struct {
+        std::shared_ptr<TSMeasurement> m;
+        std::vector<int> codes;
+        std::vector<double> numbers;
+    } cases[] = {
+        {make<TSUMLength>(0, "a"), {0}, {1, 2, 4, 6, 5}},
+        {make<TSUMLength>(0, "a"), {1}, {4, 6, 1, 2, 5}},
+        {make<TSUMInclinationAngle>(0, "a"), {0}, {1, 2, 6, 2, 4, 6, std::acos(0.6)}},
+        {make<TSUMInclinationAngle>(0, "a"), {1}, {4, 6, 9, 6, 1, 2, -std::acos(-0.6)}},
+        {make<TSUMInclinationAngle>(0, "a"), {5}, {28, 0, 36, 0, 20, 0, kHalf}},
+        {make<Turn>(0, 1, "a"), {4, 2}, {10, 0, 18, 0, 10, 5, kQuarter}},
+        {make<Between>(0, 1, "a"), {4, 2}, {10, 0, 18, 0, 10, 5, kQuarter + kPi}},
+        {make<Between>(0, 1, "a"), {2, 4}, {10, 0, 10, 5, 18, 0, kPi - kQuarter}},
+        {make<Between>(0, 1, "a"),
+         {4, 5},
+         {28, 0, 36, 0, 20, 0, kPi - kHalf}},  // parallel: start of the second
+        {make<TSUMLinePoint>(0, 0.0, "a"), {0}, {1, 2}},
+        {make<TSUMLinePoint>(0, 0.0, "a"), {1}, {4, 6}},
+        {make<TSUMLinePoint>(0, 0.5, "a"), {1}, {2.5, 4}},
+        {make<TSUMLinePoint>(0, 2.0, "a"), {0}, {7, 10}},
+        {make<TSUMLinesIntersection>(1, 0, "a"), {4, 2}, {10, 0}},
+        {make<TSUMLinesIntersection>(1, 0, "a"), {4, 3}, {10, 0}},
+        {make<TSUMPointBetween2Points>(0, 1, true, false, 0.25, "a"), {2, 4}, {14.5, 0}},
+        {make<TSUMPointBetween2Points>(0, 1, false, true, 0.25, "a"), {2, 4}, {12.5, 3.75}},
+        {make<TSUMPointBetween2Points>(0, 1, false, true, 0.25, "a"), {3, 5}, {14.5, 0}},
+        {make<Shift>(0, 1, false, true, 2, false, 0.0, "a"), {0, 2, 4}, {4, 6, 10, 0, 6}},
+        {make<Shift>(0, 1, false, true, 2, false, 0.0, "a"), {0, 2, 5}, {4, 6, 10, 0, -6}},
+        {make<Shift>(0, 1, false, true, 2, false, 0.0, "a"), {0, 2, 2}, {4, 6, 10, 0, -6}},
+        {make<Shift>(0, 1, false, true, 2, false, 0.0, "a"), {1, 2, 4}, {1, 2, 10, 0, 9}},
+        {make<Shift>(0, 1, true, false, 2, true, 0.0, "a"), {0, 2, 4}, {1, 2, 10, 5, -9}},
+        {make<Shift>(0, 1, true, false, 2, true, kQuarter, "a"),
+         {0, 2, 4},
+         {1, 2, 10, 5, -3 - 9 * std::cos(kQuarter)}},
+        {make<TSUMFarLineInDirection>(Point(0, 1), "n", "f", "l"), {}, {4, 6, 1, 2, 4, 6, 1, 2, 5}},
+        {make<TSUMFarLineInDirection>(Point(-1, 0), "n", "f", "l"), {-1}, {1, 2, 4, 6, 1, 2, 4, 6, 5}},
     };
-    EXPECT_EQ(angle(4, 2), quarter + kPi);
-    EXPECT_EQ(angle(2, 4), kPi - quarter);
-    EXPECT_EQ(angle(4, 4), kPi);
-    EXPECT_EQ(angle(4, 5), kPi - std::acos(-1.0));
-    expectPoint(m.getUniformResult().angles.value(0).vertex, 28, 0);  // parallel: start of the second line
+    for (const auto& [m, codes, numbers] : cases) {
+        EXPECT_TRUE(measure(*m, kCorner, codes));
+        EXPECT_EQ(numbersOf(*m), numbers) << m->getType().toStdString() << testing::PrintToString(codes);
+    }
 }
 
-TEST(MeasureAngles, OfParallelLinesAreNumbersInEveryDirection) {
+/// The getter says unset before a measurement and after a failure, else what the uniform result says.
+template <class M, class Get>
+void checkGetter(M m, Get get) {
+    EXPECT_EQ(get(m), kUnset);
+    EXPECT_TRUE(measure(m, kCorner, {0, 2, 4}));
+    const std::vector<double> numbers = numbersOf(m);
+    EXPECT_EQ(get(m), numbers.size() == 2 ? numbers[0] : numbers.back());
+    EXPECT_FALSE(measure(m, {}, {}));
+    EXPECT_EQ(get(m), kUnset);
+}
+
+TEST(EveryMeasurement, ShowsItsResultByItsGetter) {
+    const auto angle = [](auto& m) { return m.getAngle(); };
+    checkGetter(TSUMLength(0, "a"), [](auto& m) { return m.getLength(); });
+    checkGetter(TSUMInclinationAngle(0, "a"), angle);
+    checkGetter(TSUMRotationAngle(0, 1, "a"), angle);
+    checkGetter(TSUMAngleBetweenLines(0, 1, "a"), angle);
+    checkGetter(TSUMLinePoint(0, 0.5, "a"), [](auto& m) { return m.getPoint().x; });
+    checkGetter(TSUMLinesIntersection(0, 1, "a"), [](auto& m) { return m.getIntersectionPoint().x; });
+    checkGetter(TSUMPointBetween2Points(0, 1, true, true, 0.5, "a"), [](auto& m) { return m.getPoint().x; });
+    checkGetter(TSUMEndPointShiftInDirection(0, 1, true, true, 2, true, 0, "a"),
+                [](auto& m) { return m.getShift(); });
+}
+
+TEST(MeasureRotationAngle, GivesTheSenseAndParallelLinesAreNumbersInEveryDirection) {
+    TSUMRotationAngle turn(0, 1, "turn");
+    EXPECT_EQ(turn.getDirection(), TSUMRotationAngle::NoDirection);
+    EXPECT_TRUE(measure(turn, kCorner, {4, 2}));
+    EXPECT_EQ(turn.getDirection(), TSUMRotationAngle::CounterClockwise);
+    EXPECT_TRUE(measure(turn, kCorner, {5, 2}));
+    EXPECT_EQ(turn.getDirection(), TSUMRotationAngle::Clockwise);
+    EXPECT_FALSE(measure(turn, kCorner, {5}));
+    EXPECT_EQ(turn.getDirection(), TSUMRotationAngle::NoDirection);
     Draws draws(5);
     TSUMAngleBetweenLines m(0, 1, "");
     for (int k = 0; k < 2000; ++k) {
@@ -96,79 +129,24 @@ TEST(MeasureAngles, OfParallelLinesAreNumbersInEveryDirection) {
     }
 }
 
-TEST(MeasureLinePoint, RunsFromTheStartAsAssigned) {
-    TSUMLinePoint m(0, 0, "p");
-    const auto point = [&](double position, int code) {
-        m.setPosition(position);
-        EXPECT_TRUE(measure(m, kCorner, {code}));
-        return m.getPoint();
-    };
-    expectPoint(point(0, 0), 1, 2);
-    expectPoint(point(0, 1), 4, 6);
-    expectPoint(point(0.5, 1), 2.5, 4);
-    expectPoint(point(2, 0), 7, 10);
-    EXPECT_EQ(m.getUniformResult().points.value(0).point.y, 10);
-}
-
-TEST(MeasureLinesIntersection, IsWhereTheInfiniteLinesMeet) {
+TEST(MeasureLinesIntersection, OfParallelLinesIsNotFinite) {
     TSUMLinesIntersection m(1, 0, "x");
-    for (int code : {2, 3}) {
-        EXPECT_TRUE(measure(m, kCorner, {4, code}));
-        expectPoint(m.getIntersectionPoint(), 10, 0);
-    }
     EXPECT_TRUE(measure(m, {segment(0, 0, 1, 0), segment(0, 1, 1, 1)}, {0, 2}));
     EXPECT_FALSE(std::isfinite(m.getIntersectionPoint().x));
-}
-
-TEST(MeasurePointBetween2Points, GoesFromTheChosenEndToTheChosenEnd) {
-    TSUMPointBetween2Points m(0, 1, true, false, 0.25, "p");
-    EXPECT_TRUE(measure(m, kCorner, {2, 4}));
-    expectPoint(m.getPoint(), 14.5, 0);
-    m.setPointsChoice(false, true);
-    EXPECT_TRUE(measure(m, kCorner, {2, 4}));
-    expectPoint(m.getPoint(), 12.5, 3.75);
-    EXPECT_TRUE(measure(m, kCorner, {3, 5}));
-    expectPoint(m.getPoint(), 14.5, 0);
-}
-
-TEST(MeasureEndPointShiftInDirection, IsTakenAlongTheTurnedReference) {
-    TSUMEndPointShiftInDirection m(0, 1, false, true, 2, false, 0, "shift");
-    const auto shift = [&](const std::vector<int>& codes) {
-        EXPECT_TRUE(measure(m, kCorner, codes));
-        return m.getShift();
-    };
-    EXPECT_EQ(shift({0, 2, 4}), 6.0);  // from (4, 6) to (10, 0)
-    expectPoint(m.getUniformResult().lines.value(0).p1, 4, 6);
-    expectPoint(m.getUniformResult().lines.value(0).p2, 10, 0);
-    EXPECT_EQ(shift({0, 2, 5}), -6.0);
-    EXPECT_EQ(shift({0, 2, 2}), -6.0);
-    EXPECT_EQ(shift({1, 2, 4}), 9.0);
-    m.setLineReferenceReversed(true);
-    EXPECT_EQ(shift({0, 2, 4}), -6.0);
-    m.setDirectionAngle(std::acos(0.0));
-    m.setPointsChoice(true, false);
-    EXPECT_NEAR(shift({0, 2, 4}), -3.0, 1e-12);  // from (1, 2) to (10, 5), downward
-    EXPECT_FALSE(measure(m, kCorner, {0, 2}));
 }
 
 TEST(MeasureFarLineInDirection, TakesTheFirstOfTheFarthestEnds) {
     TSUMFarLineInDirection m({0, 1}, "near", "far", "line");
     EXPECT_TRUE(measure(m, {segment(0, 1, 0, 5), segment(3, 5, 4, 2)}, {}));
-    expectPoint(m.getNearPoint(), 0, 5);
-    expectPoint(m.getFarPoint(), 0, 1);
-    const TSUniformResults results = m.getUniformResult();
-    EXPECT_TRUE(results.points.size() == 2 && results.points[1].name == "far");
-    EXPECT_EQ(results.lines.value(0).value, 4.0);
-    EXPECT_TRUE(measure(m, {segment(0, 1, 0, 5), segment(3, 9, 4, 9)}, {}));
-    expectPoint(m.getNearPoint(), 3, 9);
-    m.setDirection({-1, 0});
-    EXPECT_TRUE(measure(m, kCorner, {-1}));
-    expectPoint(m.getNearPoint(), 1, 2);
+    EXPECT_EQ(numbersOf(m), (std::vector<double>{0, 5, 0, 1, 0, 5, 0, 1, 4}));
+    EXPECT_TRUE(m.getNearPoint().y == 5 && m.getFarPoint().y == 1);
+    EXPECT_TRUE(measure(m, {segment(0, 1, 0, 5), segment(3, 9, 4, 9)}, {}) && m.getNearPoint().x == 3);
+    EXPECT_EQ(m.getUniformResult().points[1].name, "far");
     EXPECT_FALSE(measure(m, {}, {}));
     for (const Point& unset : {Point(kUnset, 1), Point(1, kUnset)}) {
         m.setDirection(unset);
         EXPECT_FALSE(measure(m, kCorner, {}));
-        expectPoint(m.getNearPoint(), kUnset, kUnset);
+        EXPECT_TRUE(m.getNearPoint().x == kUnset && m.getNearPoint().y == kUnset);
     }
 }
 
@@ -184,7 +162,7 @@ std::vector<std::shared_ptr<TSMeasurement>> allNine() {
             std::make_shared<TSUMFarLineInDirection>(Point(0.5, -2), "a", "b", "c")};
 }
 
-TEST(EveryMeasurement, FailsWithoutASegmentForItsLine) {
+TEST(EveryMeasurement, FailsWithoutASegmentForItsLineAndShowsActiveResultsOnly) {
     QList<LinePP> lines = kCorner;
     for (const auto& m : allNine()) {
         if (m->getType() == "Far line in direction")
@@ -195,16 +173,11 @@ TEST(EveryMeasurement, FailsWithoutASegmentForItsLine) {
             EXPECT_FALSE(measure(*m, lines, {0, bad, 4, 0}));
         EXPECT_FALSE(measure(*m, lines, {0}));
     }
-}
-
-TEST(EveryMeasurement, KeepsItsResultsFromTheUniformOnesWhenInactive) {
-    QList<LinePP> lines = kCorner;
-    const int codes[] = {0, 2, 4, 0};
-    TSLinesIndecies indices(codes, 4);
+    TSLinesIndecies indices(std::vector<int>{0, 2, 4, 0}.data(), 4);
     for (const auto& m : allNine()) {
         for (const auto& info : m->getUniformResultsInfoAll())
             *info.second = false;
-        EXPECT_TRUE(m->measure(lines, indices) && m->getUniformResult().isEmpty());
+        EXPECT_TRUE(m->measure(lines, indices) && m->getUniformResult().isEmpty()) << "inactive results";
     }
 }
 

@@ -5,9 +5,7 @@
 #include <kvmath/tsearch/measurements.h>
 #include <kvmath/tsearch/template.h>
 
-#include <gtest/gtest.h>
-
-using namespace KvMath;
+#include <tests/support/prelude.h>
 
 namespace {
 
@@ -32,48 +30,39 @@ QVariantMap saved() {
     return doc.toMap();
 }
 
-TEST(TemplateDocument, ComesBackWhole) {
-    EXPECT_EQ(saved().keys(),
-              (QStringList{"fileVersion", "measurements", "name", "template", "userVersion"}));
-    Document d;
-    EXPECT_TRUE(d.load(saved()));
-    QVariant again;
-    EXPECT_TRUE(saveTemplate(again, d.templ, d.measurements, d.fileVersion, d.userVersion, d.name));
-    EXPECT_EQ(again.toMap(), saved());
-}
-
-TEST(TemplateDocument, MissingTextsAreEmpty) {
+TEST(TemplateDocument, ComesBackWholeAndMissingTextsAreEmpty) {
     QVariantMap doc = saved();
-    for (const char* key : {"fileVersion", "userVersion", "name"})
-        doc.remove(key);
     Document d;
     EXPECT_TRUE(d.load(doc));
-    EXPECT_TRUE(d.fileVersion.isEmpty() && d.userVersion.isEmpty() && d.name.isEmpty());
+    QVariant again;
+    EXPECT_TRUE(saveTemplate(again, d.templ, d.measurements, d.fileVersion, d.userVersion, d.name));
+    EXPECT_EQ(again.toMap(), doc);
+    EXPECT_EQ(doc.take("fileVersion"), "2.1");
+    EXPECT_EQ(doc.take("userVersion"), "7");
+    EXPECT_EQ(doc.take("name"), "groove");
+    EXPECT_EQ(doc.keys(), (QStringList{"measurements", "template"}));
+    EXPECT_TRUE(d.load(doc) && d.fileVersion.isEmpty() && d.userVersion.isEmpty() && d.name.isEmpty());
 }
 
-TEST(TemplateDocument, BothPartsAreRequiredAndBothAreTried) {
+TEST(TemplateDocument, BothPartsAreRequiredAndBothAreTriedUnlessItIsNoMap) {
+    Document d;
+    const auto sizes = [&d] {
+        return std::pair(d.templ.getAllConstraints().size(), d.measurements.getAllMeasurements().size());
+    };
+    for (const QVariant& bad : {QVariant(), QVariant("text"), QVariant(QVariantList{saved()})}) {
+        EXPECT_FALSE(d.load(bad));
+        EXPECT_TRUE(d.name == "old" && sizes() == std::pair(1, 1));
+    }
     for (const QVariant& bad : {QVariant(), QVariant(7), QVariant("text")}) {
         QVariantMap doc = saved();
         doc["template"] = bad;
-        Document d;
         EXPECT_FALSE(d.load(doc));
-        EXPECT_TRUE(d.templ.getAllConstraints().isEmpty());
-        EXPECT_EQ(d.measurements.getAllMeasurements().size(), 1);
+        EXPECT_EQ(sizes(), std::pair(0, 1));
         doc = saved();
         doc["measurements"] = bad;
         EXPECT_FALSE(d.load(doc));
-        EXPECT_EQ(d.templ.getAllConstraints().size(), 1);
-        EXPECT_TRUE(d.measurements.getAllMeasurements().isEmpty());
+        EXPECT_EQ(sizes(), std::pair(1, 0));
     }
-}
-
-TEST(TemplateDocument, WhatIsNoMapChangesNothing) {
-    Document d;
-    for (const QVariant& bad : {QVariant(), QVariant("text"), QVariant(QVariantList{saved()})})
-        EXPECT_FALSE(d.load(bad));
-    EXPECT_EQ(d.name, "old");
-    EXPECT_EQ(d.templ.getAllConstraints().size(), 1);
-    EXPECT_EQ(d.measurements.getAllMeasurements().size(), 1);
 }
 
 }  // namespace

@@ -2,20 +2,10 @@
 
 #include <kvmath/tsearch/constraints.h>
 
+#include <tests/support/prelude.h>
 #include <tests/support/stored_forms.h>
 
-#include <gmock/gmock.h>
-
-#include <memory>
-#include <utility>
-
-using namespace KvMath;
-using namespace TestSupport;
-using testing::ElementsAre;
-
 namespace {
-
-constexpr double kUnset = -1e100;
 
 /// Counts its lives; clones and judgements of a host's own constraint.
 class Probe : public TSConstraint {
@@ -45,13 +35,6 @@ private:
 int Probe::alive = 0;
 int Probe::calls = 0;
 
-QList<QString> typesOf(const TSTemplate& templ) {
-    QList<QString> types;
-    for (TSConstraint* constraint : templ.getAllConstraints())
-        types.append(constraint->getType());
-    return types;
-}
-
 void addAllSix(TSTemplate& templ) {
     templ.addConstraint(new TSCRotationAngle(0, 1, 1, 2, TSCRotationAngle::CounterClockwise));
     templ.addConstraint(new TSCLength(0, 5, kUnset));
@@ -64,9 +47,11 @@ void addAllSix(TSTemplate& templ) {
 TEST(Template, KeepsConstraintsInTheListOfTheirLastLine) {
     TSTemplate templ(3);
     addAllSix(templ);
-    EXPECT_THAT(typesOf(templ),
-                ElementsAre("Length", "Rotation angle", "Inclination angle", "Endpoint distance",
-                            "Endpoint distance w/c", "Endpoint shift in direction"));
+    QStringList types;
+    for (TSConstraint* constraint : templ.getAllConstraints())
+        types.append(constraint->getType());
+    EXPECT_THAT(types, ElementsAre("Length", "Rotation angle", "Inclination angle", "Endpoint distance",
+                                   "Endpoint distance w/c", "Endpoint shift in direction"));
     EXPECT_EQ(templ._getConstraintsForLine(2).size(), 4);
     EXPECT_TRUE(templ._getConstraintsForLine(-1).isEmpty() && templ._getConstraintsForLine(3).isEmpty());
 }
@@ -187,16 +172,16 @@ TEST(Template, HostileMapsFail) {
     unknown["constraintType"] = "Width";
     beyond["lineIndex"] = 1;
     const auto doc = [](const QVariant& lines, const QVariant& list) {
-        return QVariantMap{{"numOfLines", lines}, {"constraints", list}};
+        return QVariant(QVariantMap{{"numOfLines", lines}, {"constraints", list}});
     };
     TSTemplate templ(4);
     EXPECT_TRUE(templ.load(doc(1.0, QVariantList{entry})));
     for (const QVariant& bad :
          {QVariant(), QVariant(3), QVariant(QVariantList{entry}), QVariant(QVariantMap{{"numOfLines", 1}}),
-          QVariant(QVariantMap{{"constraints", QVariantList()}}), QVariant(doc("1", QVariantList{entry})),
-          QVariant(doc(-1, QVariantList())), QVariant(doc(65537, QVariantList())), QVariant(doc(1, entry)),
-          QVariant(doc(1, QVariantList{QVariant(7)})), QVariant(doc(1, QVariantList{unknown})),
-          QVariant(doc(1, QVariantList{beyond})), QVariant(doc(QVariantMap(), QVariantList()))}) {
+          QVariant(QVariantMap{{"constraints", QVariantList()}}), doc("1", QVariantList{entry}),
+          doc(-1, QVariantList()), doc(65537, QVariantList()), doc(1, entry),
+          doc(1, QVariantList{QVariant(7)}), doc(1, QVariantList{unknown}), doc(1, QVariantList{beyond}),
+          doc(QVariantMap(), QVariantList())}) {
         templ.setTemplateLinesNumber(4);
         templ.addConstraint(new Probe(3, true));
         EXPECT_FALSE(templ.load(bad));

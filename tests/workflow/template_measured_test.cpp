@@ -4,16 +4,12 @@
 #include <kvmath/tsearch/finder.h>
 #include <simulator/profile_simulator.h>
 #include <tests/support/groove_template.h>
+#include <tests/support/prelude.h>
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <array>
-#include <utility>
 
 namespace {
 
-using namespace KvMath;
 using Simulator::ProfileRecipe;
 using Simulator::SimulatedProfile;
 using Simulator::trueValue;

@@ -1,0 +1,28 @@
+#pragma once
+// What nearly every test uses: GoogleMock, seeded draws, and the names of the library without its namespace.
+
+#include <kvmath/core/global.h>
+
+#include <tests/support/random_data.h>
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <climits>
+#include <cmath>
+#include <cstring>
+#include <functional>
+#include <limits>
+#include <memory>
+#include <utility>
+#include <vector>
+
+namespace TestSupport {
+constexpr double kUnset = -1e100;  ///< of bounds and results
+}
+
+using namespace KvMath;
+using namespace TestSupport;
+using testing::Each;
+using testing::ElementsAre;
+using testing::HasSubstr;
