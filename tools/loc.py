@@ -1,19 +1,17 @@
 #!/usr/bin/env python3
 """Non-blank lines per folder, the longest files, and the size of the tests against all other C++ code.
 
-usage: loc.py [--check]    with --check, exit code 1 when the tests are outside 22 to 38 % of the other code
-
-Wanted is a quarter to a third; the check leaves room on both sides.
+usage: loc.py [--check]    with --check, exit code 1 when the tests are outside 25 to 33 % of the other code
 """
 
 import pathlib
 import sys
 
 CODE = ("kvmath/calibration", "kvmath/contours", "kvmath/core", "kvmath/profile", "kvmath/tsearch", "kvmath", "tarn",
-        "simulator", "kvmeasure", "examples", "benchmarks")
+        "simulator", "samples", "kvmeasure", "examples", "benchmarks")
 TESTS = ("tests",)
 LONG = 400
-SHARE = (22, 38)
+SHARE = (25, 33)
 
 
 def lines_by_folder(root):

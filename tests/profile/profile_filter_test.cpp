@@ -4,6 +4,8 @@
 
 #include <kvmath/core/line.h>
 
+#include <numeric>
+
 namespace {
 
 using Points = QList<KvPointXY>;
@@ -230,19 +232,38 @@ TEST(ProfileFilter, PolarSpikesAreSeenAcrossTheZeroAngle) {
     EXPECT_THAT(dest, HasPointsOf(ring));
 }
 
-TEST(ProfileFilter, PolarMeanSmoothsRadiusWithinSteps) {
+TEST(ProfileFilter, PolarMeanIsThatOfTheRadiusWithinSteps) {
     Draws draws(2206);
-    KvProfile noisy;
-    for (int i = 0; i < 400; ++i)  // a step of 10 mm halfway
-        noisy.points.append(KvPointXY(float((i < 200 ? 100 : 110) + draws.normal(0.1)), 0.2F * float(i)));
-    noisy.toEvklid();
-    KvProfile smooth = noisy;
-    noisy.wndFilterPolar(smooth, 2, 21, 2);
-    for (int i = 10; i < 390; ++i) {
-        const KvPointXY& p = smooth.points[i];
-        const bool atStep = i > 190 && i < 210;  // shorter windows, but nothing flows across
-        EXPECT_NEAR(std::hypot(p.x, p.y), i < 200 ? 100 : 110, atStep ? 0.5 : 0.1);
-        EXPECT_NEAR(std::atan2(p.y, p.x), std::atan2(noisy.points[i].y, noisy.points[i].x), 1e-6);
+    for (int round = 0; round < 200; ++round) {
+        KvProfile p;
+        std::vector<double> radius, before;
+        for (int i = draws.integer(1, 60); i > 0; --i) {
+            p.points.append(KvPointXY(100 + draws.coordinate(4, 1, 0), 4.0F * float(i)));
+            radius.push_back(double(p.points.last().x));
+        }
+        p.toEvklid();
+        const int n = p.points.size(), window = draws.integer(1, n), half = window / 2;
+        KvProfile smooth = p;
+        p.wndFilterPolar(smooth, 2.5F, window, round % 4);
+        std::vector<int> run(radius.size());
+        for (size_t i = 1; i < radius.size(); ++i)
+            run[i] = run[i - 1] + (std::abs(radius[i] - radius[i - 1]) > 2.5);
+        for (int pass = std::max(round % 4, 1); pass > 0; --pass) {
+            before = radius;
+            for (int i = 0; i < n; ++i) {
+                int reach = half;  // the same to both sides within the run
+                while (i - reach < 0 || i + reach >= n || run[i - reach] != run[i] ||
+                       run[i + reach] != run[i])
+                    --reach;
+                radius[i] =
+                    std::accumulate(&before[i - reach], &before[i + reach] + 1, 0.0) / (2 * reach + 1);
+            }
+        }
+        for (int i = 0; i < n; ++i) {
+            const KvPointXY q = smooth.points[i];
+            EXPECT_NEAR(std::hypot(q.x, q.y), radius[i], 1e-4) << round;
+            EXPECT_NEAR(std::remainder(std::atan2(q.y, q.x) - M_PI / 45 * (n - i), 2 * M_PI), 0, 1e-6);
+        }
     }
 }
 

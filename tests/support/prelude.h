@@ -18,8 +18,9 @@
 #include <vector>
 
 namespace TestSupport {
+constexpr float kInf = std::numeric_limits<float>::infinity();
 constexpr double kUnset = -1e100;  ///< of bounds and results
-}
+}  // namespace TestSupport
 
 using namespace KvMath;
 using namespace TestSupport;

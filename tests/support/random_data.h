@@ -10,7 +10,6 @@
 namespace TestSupport {
 
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-constexpr float kInf = std::numeric_limits<float>::infinity();
 
 class Draws {
 public:

@@ -8,39 +8,18 @@
 
 namespace {
 
-/// A host's own measurement: the number of found segments.
-class SegmentCount : public TSUniformMeasurement {
+/// A host's own measurement, which counts its lives.
+class OwnLength : public TSUMLength {
 public:
-    SegmentCount() : TSUniformMeasurement({}, {}, {}) { ++alive; }
-    SegmentCount(const SegmentCount& other) : TSUniformMeasurement(other), limit_(other.limit_) { ++alive; }
-    SegmentCount& operator=(const SegmentCount&) = delete;
-    ~SegmentCount() override { --alive; }
-    bool measure(QList<LinePP>& lines, TSLinesIndecies& /*indices*/) override {
-        clearResults();
-        return lines.size() <= limit_ && succeed();
-    }
-    QString getType() override { return "Segment count"; }
-    TSMeasurement* clone() override { return new SegmentCount(*this); }
+    OwnLength() : TSUMLength(0, "own") { ++alive; }
+    OwnLength(const OwnLength& other) : TSUMLength(other) { ++alive; }
+    OwnLength& operator=(const OwnLength&) = delete;
+    ~OwnLength() override { --alive; }
+    QString getType() override { return "Own length"; }
+    TSMeasurement* clone() override { return new OwnLength(*this); }
     static int alive;
-
-protected:
-    bool saveConcreteUniform(QMap<QString, QVariant>& map) override {
-        return map.insert("limit", limit_), true;
-    }
-    bool saveConcreteUniform(QDataStream& stream) override {
-        return (stream << limit_).status() == QDataStream::Ok;
-    }
-    bool loadConcreteUniform(QMap<QString, QVariant>& map) override {
-        return (limit_ = map["limit"].toInt()) > 0;
-    }
-    bool loadConcreteUniform(QDataStream& stream) override {
-        return (stream >> limit_).status() == QDataStream::Ok;
-    }
-
-private:
-    int limit_ = 3;
 };
-int SegmentCount::alive = 0;
+int OwnLength::alive = 0;
 
 TEST(Manager, MakesRegisteredTypesOnly) {
     TSManagerOfMeasurements manager;
@@ -65,28 +44,28 @@ TEST(Manager, HoldsTheNineAndThoseOfAHost) {
         ASSERT_NE(made, nullptr) << type;
         EXPECT_EQ(made->getType(), type);
     }
-    EXPECT_TRUE(manager.registerMeasurement(new SegmentCount));
+    EXPECT_TRUE(manager.registerMeasurement(new OwnLength));
     TSMeasurementList list;
-    list.addMeasurement(new SegmentCount);
+    list.addMeasurement(new OwnLength);
     TSMeasurementList loaded;
     EXPECT_TRUE(loadRecord(loaded, recordOf(list)));
     QVariant map;
     EXPECT_TRUE(list.save(map) && loaded.load(map));
-    EXPECT_EQ(loaded.getAllMeasurements().value(0)->getType(), "Segment count");
+    EXPECT_EQ(loaded.getAllMeasurements().value(0)->getType(), "Own length");
 }
 
 TEST(LoadMeasurement, OwnsNothingAfterAFailure) {
-    const int before = SegmentCount::alive;
+    const int before = OwnLength::alive;
     for (const QVariantMap& bad : {QVariantMap(), QVariantMap{{"measurementType", "Width"}},
                                    QVariantMap{{"measurementType", QVariantList{1}}},
-                                   QVariantMap{{"measurementType", "Segment count"}, {"limit", 0}}}) {
+                                   QVariantMap{{"measurementType", "Own length"}}}) {
         QVariantMap map = bad;
         TSUMLength other(0, "");
         TSMeasurement* made = &other;
         EXPECT_FALSE(TSMeasurement::loadMeasurement(map, made));
         EXPECT_EQ(made, nullptr);
     }
-    EXPECT_EQ(SegmentCount::alive, before);
+    EXPECT_EQ(OwnLength::alive, before);
     QVariantMap map;
     EXPECT_FALSE(TSMeasurement::saveMeasurement(map, nullptr));
 }
@@ -132,26 +111,26 @@ TEST(UniformInfos, TooLongANameIsNotWritten) {
 }
 
 TEST(MeasurementList, OwnsAndCopiesDeeply) {
-    const int before = SegmentCount::alive;
+    const int before = OwnLength::alive;
     {
         TSMeasurementList list;
-        auto* held = new SegmentCount;
+        auto* held = new OwnLength;
         EXPECT_TRUE(list.addMeasurement(held));
         EXPECT_FALSE(list.addMeasurement(held) || list.addMeasurement(nullptr));
         TSMeasurementList copy(list);
         TSMeasurementList assigned;
-        assigned.addMeasurement(new SegmentCount);
+        assigned.addMeasurement(new OwnLength);
         assigned = copy;
         const TSMeasurementList& self = assigned;
         assigned = self;
-        EXPECT_EQ(SegmentCount::alive, before + 3);
+        EXPECT_EQ(OwnLength::alive, before + 3);
         EXPECT_NE(assigned.getAllMeasurements(), list.getAllMeasurements());
         copy.addMeasurement(new TSUMFarLineInDirection({1, 0}, "a", "b", "c"));
-        EXPECT_EQ(copy.getUniformResultsInfo().size(), 3);
+        EXPECT_EQ(copy.getUniformResultsInfo().size(), 4);
         list.removeAllMeasurements();
-        EXPECT_EQ(SegmentCount::alive, before + 2);
+        EXPECT_EQ(OwnLength::alive, before + 2);
     }
-    EXPECT_EQ(SegmentCount::alive, before);
+    EXPECT_EQ(OwnLength::alive, before);
 }
 
 TEST(MeasurementList, RecordIsTheDocumentedBytesAndFailuresKeepWhatWasRead) {
