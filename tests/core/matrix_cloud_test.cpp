@@ -66,13 +66,13 @@ TEST(MatrixCloud, AnswersNothingWhereItsMembersContradictEachOther) {
 }
 
 TEST(MatrixWithHistos, RegionsAreWhatSmallStepsReachFromAFullBand) {
-    KvMatrixWithHistos matrix(grid({"11.5559", "1125554", "..25.53", "9.25553", "8811111"}, 0, 1));
+    KvMatrixWithHistos matrix(grid({"11.5551", "1125554", "4.25.53", "9.25553", "8811111"}, 0, 1));
     ASSERT_EQ(matrix.segment(1, 1, 4), 2);
     std::string regions;
     for (const int region : qAsConst(matrix.regions))
         regions += std::to_string(region);
     EXPECT_EQ(regions, "11022201112222001202200122220011111");
-    EXPECT_TRUE(matrix.bins.size() == 7 && matrix.bins[1] == 9 && matrix.bins[5] == 11);
+    EXPECT_TRUE(matrix.bins.size() == 7 && matrix.bins[1] == 10 && matrix.bins[5] == 11);
     EXPECT_EQ(matrix.segment(1, 0.5F, 3), 3) << "two of height 1; the 2 between is no full band";
     EXPECT_EQ(matrix.segment(1, 1, 14), 1);
     for (const float bad : {0.0F, -1.0F, kNaN})

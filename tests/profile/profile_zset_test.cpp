@@ -134,10 +134,11 @@ TEST(ProfileZSet, LosesDriftButNotLevelAndWhatLiesOutsideTheValleys) {
     EXPECT_EQ(text(set), "z100000 0,5.5 1,nanz100001 0,5.5 1,nanz100002 0,5.5 1,nanz100005 0,5.5 1,nan");
     set.setZ(0.1F, 0);  // equal, though their mean is rounded
     EXPECT_FALSE(set.removePCfromZ());
-    set.profiles = {line(0, {{0, 3}, {1, 1}, {2, 1}, {3, 8}, {4, kNaN}, {5, 2}, {6, 2}, {7, 4}}),
-                    line(1, {{0, 1}, {1, 2}}), line(2, {{0, kNaN}}), line(3, {})};
+    set.profiles = {
+        line(0, {{0, 3}, {1, 1}, {2, 1}, {3, 8}, {4, 1}, {5, 8}, {6, kNaN}, {7, 2}, {8, 2}, {9, 4}}),
+        line(1, {{0, 1}, {1, 2}}), line(2, {{0, kNaN}}), line(3, {})};
     set.clearEdgeEffect();
-    EXPECT_EQ(text(set), "z0 2,1 3,8 4,nan 5,2 6,2z1 0,1 1,2z2 0,nanz3");
+    EXPECT_EQ(text(set), "z0 4,1 5,8 6,nan 7,2 8,2z1 0,1 1,2z2 0,nanz3");
 }
 
 TEST(ProfileZSet, BecomesAGridOfMeans) {
