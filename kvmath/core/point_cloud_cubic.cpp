@@ -1,7 +1,8 @@
 // Sparse-cell filters. A scan over all cells would search the whole cloud once per cell. Only occupied cells
 // can lose points, so each point is put into the few cells that hold it, the pairs are sorted into scan
 // order, and each cell counts what is left of its points when its turn comes. Cost n log n in the points,
-// whatever the number of cells.
+// whatever the number of cells. Cubes that are not many more than the points are counted in a table instead:
+// only points on faces lie in several and make the order matter. Cost n.
 
 #include <kvmath/core/point_cloud.h>
 
@@ -10,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 #include <utility>
 #include <vector>
 
@@ -30,8 +32,44 @@ struct Candidates {
     const int* end() const { return cells.data() + count; }
 };
 
+/// The edges of one axis with a table of the first few thousand, for clouds of many points.
+class TabledEdges {
+public:
+    explicit TabledEdges(const CellEdges& edges) : edges_(edges) {
+        constexpr int mostTabled = 4096;
+        const int count = edges.count() <= mostTabled ? edges.count() : 0;
+        for (int i = 0; i < count; ++i)
+            table_.push_back(edges.at(i));
+        if (count > 1 && std::isfinite(table_.back() - table_.front()))
+            perMm_ = static_cast<float>(count - 1) / (table_.back() - table_.front());
+    }
+    int count() const { return edges_.count(); }
+    float at(int i) const { return table_.empty() ? edges_.at(i) : table_[static_cast<std::size_t>(i)]; }
+
+    /// A guess from the mean spacing, when the table confirms it.
+    int lastNotAbove(float p) const {
+        const float guess = (p - (table_.empty() ? 0.0F : table_.front())) * perMm_;
+        if (guess >= 0.0F && guess < static_cast<float>(table_.size())) {
+            auto i = static_cast<std::size_t>(guess);
+            if (table_[i] > p && i > 0)
+                --i;
+            else if (i + 1 < table_.size() && table_[i + 1] <= p)
+                ++i;
+            if (table_[i] <= p && (i + 1 == table_.size() || table_[i + 1] > p))
+                return static_cast<int>(i);
+        }
+        return edges_.lastNotAbove(p);
+    }
+
+private:
+    const CellEdges& edges_;
+    std::vector<float> table_;
+    float perMm_ = 0.0F;
+};
+
 /// Cubes closed on both ends: the upper face of a cell is, bit for bit, the lower face of the next.
-Candidates cubesHolding(const CellEdges& edges, float cell, float p) {
+template <class Edges>
+Candidates cubesHolding(const Edges& edges, float cell, float p) {
     Candidates found;
     const int last = std::isnan(p) ? -1 : edges.lastNotAbove(p);
     if (last < 0)
@@ -75,7 +113,7 @@ struct Grid {
 };
 
 std::vector<Membership> membershipsOf(const QList<KvPointXYZ>& points, const Grid& grid, bool balls) {
-    const auto candidates = balls ? ballsNear : cubesHolding;
+    const auto candidates = balls ? ballsNear : cubesHolding<CellEdges>;
     std::vector<Membership> found;
     found.reserve(static_cast<std::size_t>(points.size()));
     for (int i = 0; i < points.size(); ++i) {
@@ -116,6 +154,97 @@ int thinOut(const std::vector<Membership>& memberships, int minCount, std::vecto
     return removed;
 }
 
+/// The same for cubes of a grid that is small enough for one counter each.
+class CubeCounter {
+public:
+    CubeCounter(const QList<KvPointXYZ>& points, const Grid& grid, int minCount)
+        : points_(points), x_(grid.x), y_(grid.y), z_(grid.z), cell_(grid.cell), minCount_(minCount) {}
+
+    static bool isFeasible(const Grid& grid, int points) {
+        constexpr double perPoint = 16;
+        constexpr double always = 4096;
+        const double cubes = double(grid.x.count()) * double(grid.y.count()) * double(grid.z.count());
+        return cubes <= std::min(perPoint * points + always, double(std::numeric_limits<int>::max()));
+    }
+    int thinOut(std::vector<bool>& gone);
+
+private:
+    struct Shared {
+        int cube, point;
+        bool operator<(const Shared& other) const {
+            return cube != other.cube ? cube < other.cube : point < other.point;
+        }
+    };
+    template <class Visit>
+    void forCubes(const KvPointXYZ& p, Visit visit) const {
+        for (const int ix : cubesHolding(x_, cell_, p.x))
+            for (const int iy : cubesHolding(y_, cell_, p.y))
+                for (const int iz : cubesHolding(z_, cell_, p.z))
+                    visit((ix * y_.count() + iy) * z_.count() + iz);
+    }
+    void count();
+    int thinOutShared(std::vector<bool>& gone);
+    int& left(int cube) { return left_[static_cast<std::size_t>(cube)]; }
+
+    const QList<KvPointXYZ>& points_;
+    TabledEdges x_, y_, z_;
+    float cell_;
+    int minCount_;
+    std::vector<int> left_;       // per cube, in scan order; its points, until its turn has come
+    std::vector<int> cubeOf_;     // per point; -1 in none or several
+    std::vector<Shared> shared_;  // points in several, in scan order
+};
+
+void CubeCounter::count() {
+    left_.resize(static_cast<std::size_t>(x_.count()) * static_cast<std::size_t>(y_.count()) *
+                 static_cast<std::size_t>(z_.count()));
+    cubeOf_.reserve(static_cast<std::size_t>(points_.size()));
+    for (int i = 0; i < points_.size(); ++i) {
+        int cubes = 0;
+        int only = -1;
+        forCubes(points_.at(i), [&](int cube) {
+            ++left(cube);
+            if (++cubes == 2)
+                shared_.push_back({only, i});
+            if (cubes > 1)
+                shared_.push_back({cube, i});
+            only = cube;
+        });
+        cubeOf_.push_back(cubes == 1 ? only : -1);
+    }
+    std::sort(shared_.begin(), shared_.end());
+}
+
+/// A point taken by one cube is missing in those of its cubes that come later.
+int CubeCounter::thinOutShared(std::vector<bool>& gone) {
+    int removed = 0;
+    for (std::size_t first = 0, stop = 0; first < shared_.size(); first = stop) {
+        const int cube = shared_[first].cube;
+        const bool isSparse = left(cube) < minCount_;
+        for (stop = first; stop < shared_.size() && shared_[stop].cube == cube; ++stop) {
+            const int point = shared_[stop].point;
+            if (!isSparse || gone[static_cast<std::size_t>(point)])
+                continue;
+            gone[static_cast<std::size_t>(point)] = true;
+            ++removed;
+            forCubes(points_.at(point), [&](int other) { left(other) -= other > cube ? 1 : 0; });
+        }
+    }
+    return removed;
+}
+
+int CubeCounter::thinOut(std::vector<bool>& gone) {
+    count();
+    int removed = thinOutShared(gone);
+    for (std::size_t i = 0; i < cubeOf_.size(); ++i) {
+        if (cubeOf_[i] >= 0 && left(cubeOf_[i]) < minCount_) {
+            gone[i] = true;
+            ++removed;
+        }
+    }
+    return removed;
+}
+
 int removeSparse(KvPointCloud<KvPointXYZ>& cloud, float step, float cell, int minCount, bool balls) {
     if (std::isnan(cloud.minX) || std::isnan(cloud.maxX) || std::isnan(cloud.minY) ||
         std::isnan(cloud.maxY) || std::isnan(cloud.minZ) || std::isnan(cloud.maxZ))
@@ -127,7 +256,9 @@ int removeSparse(KvPointCloud<KvPointXYZ>& cloud, float step, float cell, int mi
         return 0;
     const QList<KvPointXYZ> source = cloud.points;
     std::vector<bool> gone(static_cast<std::size_t>(source.size()), false);
-    const int removed = thinOut(membershipsOf(source, grid, balls), minCount, gone);
+    const bool isCounted = !balls && CubeCounter::isFeasible(grid, source.size());
+    const int removed = isCounted ? CubeCounter(source, grid, minCount).thinOut(gone)
+                                  : thinOut(membershipsOf(source, grid, balls), minCount, gone);
     if (removed == 0)
         return 0;
     cloud.points.clear();
