@@ -1,6 +1,7 @@
-// Cloud filters and planes beside the Point Cloud Library: the same clouds, one thread, results compared
-// before anything is timed. Rows that do not compute the same thing say so in their names.
+// Cloud filters, planes and outlines beside the Point Cloud Library: the same clouds, one thread, results
+// compared before anything is timed. Rows that do not compute the same thing say so in their names.
 
+#include <kvmath/contours/hull.h>
 #include <kvmath/core/plane.h>
 #include <kvmath/core/point_cloud.h>
 #include <kvmath/numerics/fitting.h>
@@ -12,8 +13,10 @@
 #include <pcl/features/normal_3d.h>
 #include <pcl/filters/radius_outlier_removal.h>
 #include <pcl/filters/voxel_grid.h>
+#include <pcl/surface/concave_hull.h>
 
 #include <cmath>
+#include <set>
 #include <vector>
 
 namespace {
@@ -274,5 +277,68 @@ void BM_PlanePeerFloat(benchmark::State& state) { planePeer<float>(state); }
 void BM_PlanePeerDouble(benchmark::State& state) { planePeer<double>(state); }
 BENCHMARK(BM_PlanePeerFloat)->Apply(sizes);
 BENCHMARK(BM_PlanePeerDouble)->Apply(sizes);
+
+// ---- Outlines. A coin of radius R rolled around the points touches the corners of the outer boundary of the
+// triangles with circumcircles up to R, which is what the peer builds. Points lie so densely that the peer
+// finds no holes inside, which it would list too.
+
+constexpr double kCoin = 3.0;  // mm
+
+/// One point per square mm of an angle iron, seen from its end.
+std::vector<KvMath::KvPointXY> angleIron(int size) {
+    TestSupport::Draws draws(5);
+    const double side = std::sqrt(static_cast<double>(size) / 0.75);
+    std::vector<KvMath::KvPointXY> points;
+    while (points.size() < static_cast<std::size_t>(size)) {
+        const double x = draws.real(0.0, side);
+        const double y = draws.real(0.0, side);
+        if (x < side / 2 || y < side / 2)
+            points.emplace_back(static_cast<float>(x), static_cast<float>(y));
+    }
+    return points;
+}
+
+/// Indices of the corners. The peer's coordinates are rounded by a turn forth and back.
+std::set<int> peerOutline(const PeerCloud::Ptr& cloud, bool withIndices) {
+    pcl::ConcaveHull<pcl::PointXYZ> hull;
+    hull.setInputCloud(cloud);
+    hull.setAlpha(kCoin);
+    hull.setDimension(2);
+    hull.setKeepInformation(withIndices);  // costs a search, so not when timed
+    PeerCloud outline;
+    std::vector<pcl::Vertices> polygons;
+    hull.reconstruct(outline, polygons);
+    pcl::PointIndices corners;
+    hull.getHullPointIndices(corners);
+    return {corners.indices.begin(), corners.indices.end()};
+}
+
+PeerCloud::Ptr peerOf(const std::vector<KvMath::KvPointXY>& points) {
+    auto peer = std::make_shared<PeerCloud>();
+    for (const KvMath::KvPointXY& p : points)
+        peer->emplace_back(p.x, p.y, 0.0F);
+    return peer;
+}
+
+void BM_Outline(benchmark::State& state) {
+    const std::vector<KvMath::KvPointXY> iron = angleIron(sizeOf(state));
+    QList<KvMath::KvVector2D<double>> points;
+    for (const KvMath::KvPointXY& p : iron)
+        points.append({static_cast<double>(p.x), static_cast<double>(p.y)});
+    QList<int> indices;
+    for (auto _ : state)
+        benchmark::DoNotOptimize(KvMath::getCoinHull(points, kCoin, indices));
+    if (std::set<int>(indices.begin(), indices.end()) != peerOutline(peerOf(iron), true))
+        return state.SkipWithError("different corners");
+    state.counters["corners"] = indices.size() - 1;
+}
+BENCHMARK(BM_Outline)->RangeMultiplier(10)->Range(1000, 100000)->Unit(benchmark::kMicrosecond);
+
+void BM_OutlinePeer(benchmark::State& state) {
+    const PeerCloud::Ptr cloud = peerOf(angleIron(sizeOf(state)));
+    for (auto _ : state)
+        benchmark::DoNotOptimize(peerOutline(cloud, false));
+}
+BENCHMARK(BM_OutlinePeer)->RangeMultiplier(10)->Range(1000, 100000)->Unit(benchmark::kMicrosecond);
 
 }  // namespace
