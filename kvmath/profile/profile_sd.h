@@ -21,7 +21,7 @@ public:
     KvProfileSD(int tagA, int tagB);  ///< empty, reserved bytes 0
     KvProfileSD(int tagA, int tagB, const float* buffer,
                 unsigned short count);      ///< see copyFromXYPointsBuffer
-    KvProfileSD(const KvProfile& profile);  // points and range; both blocks 0. A conversion, on purpose.
+    KvProfileSD(const KvProfile& profile);  ///< points and range; both blocks 0. A conversion, on purpose.
     KvProfileSD(const KvProfileSD& other);  ///< points, range and both blocks
 
     /// Appends the other's points behind the own ones, by design, and takes its two tags; range and reserved
