@@ -18,11 +18,12 @@ using Internal::BoxView;
 using Internal::PlanePoint;
 using Internal::PlaneTree;
 
-constexpr double kFullTurn = 4;      // turns are counted in quarters
-constexpr double kSameTurn = 1e-12;  // radians about no turn at all that rounding makes
-constexpr double kLoose = 1e-6;      // radians; where d is nearly 2R rounding moves a direction by 3e-8
-constexpr double kTiny = 1e-140;     // mm; squares of shorter lengths lose digits
-constexpr double kUnitError = 1e-9;  // of the squared length of a direction
+constexpr double kFullTurn = 4;            // turns are counted in quarters
+constexpr double kSameTurn = 1e-12;        // radians about no turn at all that rounding makes
+constexpr double kLoose = 1e-6;            // radians; where d is nearly 2R rounding moves a direction by 3e-8
+constexpr double kNotFarther = 1 + 1e-14;  // of squares whose roots may be equal
+constexpr double kTiny = 1e-140;           // mm; squares of shorter lengths lose digits
+constexpr double kUnitError = 1e-9;        // of the squared length of a direction
 constexpr double kUnset = std::numeric_limits<double>::quiet_NaN();
 
 double dot(const PlanePoint& a, const PlanePoint& b) { return a.x * b.x + a.y * b.y; }
@@ -89,6 +90,7 @@ public:
     int roll() {
         best_ = Contact();
         sweep_ = Sweep();
+        squaredLimit_ = squaredReach_;
         mayRefuse_ = diameter_ >= kTiny && std::fabs(dot(direction_, direction_) - 1) < kUnitError;
         tree_.search(
             at_, [this](int node) { return isOutOfReach(tree_.view(node, at_)); },
@@ -106,7 +108,7 @@ private:
     bool isOutOfReach(const BoxView& box) const {
         const double nearest = box.squaredNearest();
         const double farthest = box.squaredFarthest();
-        if (nearest > squaredReach_ || farthest == 0)
+        if (nearest > squaredLimit_ || farthest == 0)
             return true;
         return sweep_.isKnown && sweep_.isBehind(nearest * inverse_ - box.support(sweep_.middle), farthest);
     }
@@ -133,12 +135,15 @@ private:
             return;
         contact.direction = turned({-chord.x, -chord.y}, cosAlpha, sinAlpha);
         best_ = contact;
+        if (best_.turn == 0)
+            squaredLimit_ = squared * kNotFarther;
         if (mayRefuse_ && best_.turn <= kFullTurn / 2)
             sweep_.narrow(direction_, std::min(cosine, 1.0), std::max(sine, 0.0));
     }
 
     const PlaneTree& tree_;
     double diameter_, squaredReach_, inverse_;
+    double squaredLimit_ = 0;  ///< of the distance of what may still be met
     PlanePoint at_, left_;
     PlanePoint direction_;
     Contact best_;

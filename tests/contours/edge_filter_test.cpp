@@ -65,40 +65,31 @@ TEST(EdgeFilter, MarksWhatATemplateSearchMatches) {
         QList<QPointF> corners;
         for (int k = 0; k < 12; ++k)
             corners += {QPointF(3 * k, draws.integer(0, 4)), QPointF(3 * k + 2.5, draws.integer(0, 4))};
-        const Profile3D profile = stairs(corners);
+        const Profile3D scan = stairs(corners);
         const double gap = draws.chance(0.2) ? HUGE_VAL : draws.real(0, 6), angle = draws.real(0, 1.5);
-        QMap<QString, QVariant> result;
-        fltEdgePoints(profile, kParams, 0.5, 2.5, gap, angle, result);
-
         KvProfile plane;
-        for (int i = 0; i < profile.size(); ++i)
-            plane.points.append(KvPointXY(profile[i]->x, profile[i]->z));
-        TSFindTemplateParams params = kParams;
-        params.allowReversed = false;
+        for (int i = 0; i < scan.size(); ++i)
+            plane.points.append(KvPointXY(scan[i]->x, scan[i]->z));
         QList<LinePP> lines;
-        std::vector<bool> starts(100), ends(100);
-        for (const int sign : {1, -1}) {
+        QMap<int, QPointF> expected;  // by segment, start before end
+        for (const int second : {1, 0}) {
             TSTemplate pair(2);
+            const double lower = second == 1 ? 0.5 : -2.5;
             pair.addConstraint(new TSCRotationAngle(0, 1, 0, angle, TSCRotationAngle::AnyDirection));
             pair.addConstraint(new TSCEndPointDistanceWithCheck(0, 1, -1e100, gap));
-            pair.addConstraint(new TSCEndPointShiftInDirection(0, 1, sign > 0 ? 0.5 : -2.5,
-                                                               sign > 0 ? 2.5 : -0.5, M_PI / 2, true));
+            pair.addConstraint(new TSCEndPointShiftInDirection(0, 1, lower, lower + 2, M_PI / 2, true));
             QList<TSLinesIndecies> matches;
-            findTemplate(plane, &pair, params, lines, matches);
+            findTemplate(plane, &pair, {0.5, 0.2, 0, 1.0, false, 1e300}, lines, matches);
             for (const TSLinesIndecies& match : matches) {
-                int segment = 0;
-                match.getLineIndex(sign > 0 ? 1 : 0, segment);
-                (sign > 0 ? starts : ends)[size_t(segment)] = true;
+                int i = 0;
+                match.getLineIndex(second, i);
+                const auto [x, y] = second == 1 ? lines.at(i).p1 : lines.at(i).p2;
+                expected[2 * i + 1 - second] = QPointF(x, y);
             }
         }
-        QList<QPointF> expected;
-        for (int i = 0; i < lines.size(); ++i) {
-            if (starts[size_t(i)])
-                expected.append(QPointF(lines.at(i).p1.x, lines.at(i).p1.y));
-            if (ends[size_t(i)])
-                expected.append(QPointF(lines.at(i).p2.x, lines.at(i).p2.y));
-        }
-        ASSERT_EQ(stored(result), expected) << run;
+        QMap<QString, QVariant> result;
+        fltEdgePoints(scan, kParams, 0.5, 2.5, gap, angle, result);
+        ASSERT_EQ(stored(result), expected.values()) << run;
     }
 }
 

@@ -12,125 +12,109 @@
 namespace TestSupport {
 
 using HullPoint = KvMath::KvVector2D<double>;
+using HullPoints = QList<HullPoint>;
 
 inline bool isSame(const HullPoint& a, const HullPoint& b) { return a.x == b.x && a.y == b.y; }
 
-inline int literalLowest(const QList<HullPoint>& points) {
+inline int literalLowest(const HullPoints& points) {
     int lowest = -1;
     for (int i = 0; i < points.size(); ++i) {
-        const HullPoint& p = points.at(i);
-        if (!std::isnan(p.x) && !std::isnan(p.y) &&
-            (lowest < 0 || p.y < points.at(lowest).y ||
-             (p.y == points.at(lowest).y && p.x < points.at(lowest).x)))
+        const auto [x, y] = points.at(i);
+        const HullPoint& least = points.at(std::max(0, lowest));
+        if (!std::isnan(x) && !std::isnan(y) && (lowest < 0 || y < least.y || (y == least.y && x < least.x)))
             lowest = i;
     }
     return lowest;
 }
 
-/// 0 to 4, ascending with the angle.
-inline double literalTurn(double cosine, double sine) {
+/// 0 to 4, ascending with the angle; `straight` for less than 1e-12 radians.
+inline double literalTurn(double cosine, double sine, double straight) {
     const double sum = std::fabs(cosine) + std::fabs(sine);
+    if (cosine > 0 && std::fabs(sine) < 1e-12)
+        return straight;
     if (sine >= 0)
         return cosine >= 0 ? sine / sum : 1 - cosine / sum;
     return cosine < 0 ? 2 - sine / sum : 3 + cosine / sum;
 }
 
-inline bool literalCoinHull(const QList<HullPoint>& points, double R, QList<int>& indices) {
+inline bool literalCoinHull(const HullPoints& points, double R, QList<int>& indices) {
     indices.clear();
     if (points.isEmpty())
         return true;
-    const int first = std::max(0, literalLowest(points));
-    indices.append(first);
-    if (points.size() == 1)
-        return true;
+    indices.append(std::max(0, literalLowest(points)));
     HullPoint u(0, -1), left(NAN, NAN);
-    for (int at = first;;) {
+    while (points.size() > 1) {
+        const HullPoint at = points.at(indices.last());
         int best = -1;
         double bestTurn = 0, bestD = 0;
         HullPoint bestU;
         for (int j = 0; j < points.size(); ++j) {
-            const double dx = points.at(j).x - points.at(at).x, dy = points.at(j).y - points.at(at).y;
-            const double d = std::sqrt(dx * dx + dy * dy);
+            const double dx = points.at(j).x - at.x, dy = points.at(j).y - at.y,
+                         d = std::sqrt(dx * dx + dy * dy);
             if (!(d > 0 && d <= 2 * R))
                 continue;
-            const double cx = dx / d, cy = dy / d, c = d / (2 * R), s = std::sqrt(std::max(0.0, 1 - c * c));
-            const double vx = cx * c + cy * s, vy = cy * c - cx * s;
-            const double cosine = u.x * vx + u.y * vy, sine = u.x * vy - u.y * vx;
-            double turn = literalTurn(cosine, sine);
-            if (cosine > 0 && std::fabs(sine) < 1e-12)
-                turn = isSame(points.at(j), left) ? 4 : 0;
+            const double x = dx / d, y = dy / d, c = d / (2 * R), s = std::sqrt(std::max(0.0, 1 - c * c));
+            const HullPoint v(x * c + y * s, y * c - x * s);
+            const double turn =
+                literalTurn(u.x * v.x + u.y * v.y, u.x * v.y - u.y * v.x, isSame(points.at(j), left) ? 4 : 0);
             if (!std::isnan(turn) && (best < 0 || turn < bestTurn || (turn == bestTurn && d < bestD))) {
                 best = j, bestTurn = turn, bestD = d;
-                bestU = {-cx * c + cy * s, -cx * s - cy * c};
+                bestU = {-x * c + y * s, -x * s - y * c};
             }
         }
-        if (best < 0) {
-            indices.append(first);
+        indices.append(best < 0 ? indices.first() : best);
+        if (best < 0)
             return true;
-        }
-        left = points.at(at);
-        u = bestU;
-        at = best;
-        indices.append(at);
-        if (indices.size() > 2 && isSame(points.at(at), points.at(indices.at(1))) &&
-            isSame(left, points.at(first))) {
+        if (indices.size() > 2 && isSame(points.at(best), points.at(indices.at(1))) &&
+            isSame(at, points.at(indices.first()))) {
             indices.removeLast();
             return true;
         }
         if (indices.size() > 2 * points.size())
             return false;
+        left = at, u = bestU;
     }
-}
-
-inline double literalSide(const HullPoint& a, const HullPoint& b, const HullPoint& c) {
-    return (b.x - a.x) * (c.y - a.y) - (b.y - a.y) * (c.x - a.x);
+    return true;
 }
 
 inline bool literalCrossing(const HullPoint& a, const HullPoint& b, const HullPoint& c, const HullPoint& d) {
+    const auto side = [](const HullPoint& p, const HullPoint& q, const HullPoint& r) {
+        return (q.x - p.x) * (r.y - p.y) - (q.y - p.y) * (r.x - p.x);
+    };
     const auto apart = [](double s, double t) { return (s > 0 && t < 0) || (s < 0 && t > 0); };
     const auto overlap = [](double a1, double a2, double b1, double b2) {
         return std::min(a1, a2) <= std::max(b1, b2) && std::min(b1, b2) <= std::max(a1, a2);
     };
     return overlap(a.x, b.x, c.x, d.x) && overlap(a.y, b.y, c.y, d.y) &&
-           apart(literalSide(a, b, c), literalSide(a, b, d)) &&
-           apart(literalSide(c, d, a), literalSide(c, d, b));
+           apart(side(a, b, c), side(a, b, d)) && apart(side(c, d, a), side(c, d, b));
 }
 
-inline QList<HullPoint> literalPseudoHull(const QList<HullPoint>& points, double reach, int limit) {
-    if (points.size() < 3)
-        return points;
+inline HullPoints literalPseudoHull(const HullPoints& points, double reach, int limit) {
     const int first = literalLowest(points);
-    if (first < 0)
-        return {};
-    QList<HullPoint> hull{points.at(first)};
+    if (points.size() < 3 || first < 0)
+        return points.size() < 3 ? points : HullPoints();
+    HullPoints hull{points.at(first)};
     struct Choice {
-        double turn, distance;
+        double turn, d;
         HullPoint p;
     };
     while (limit < 1 || hull.size() < limit) {
         const HullPoint at = hull.last();
         const bool isSecond = hull.size() == 1;
-        HullPoint back(1, 0);
-        if (!isSecond) {
-            const HullPoint way(hull.at(hull.size() - 2).x - at.x, hull.at(hull.size() - 2).y - at.y);
-            const double length = std::sqrt(way.x * way.x + way.y * way.y);
-            back = {way.x / length, way.y / length};
-        }
+        const HullPoint from = hull.at(std::max(0, hull.size() - 2)), way(from.x - at.x, from.y - at.y);
+        const double length = std::sqrt(way.x * way.x + way.y * way.y);
         std::vector<Choice> choices;
         for (const HullPoint& p : points) {
             const double dx = p.x - at.x, dy = p.y - at.y, d = std::sqrt(dx * dx + dy * dy);
-            const bool isListed =
-                std::any_of(hull.begin(), hull.end(), [&](const HullPoint& q) { return isSame(p, q); });
-            if (!(d > 0 && std::isfinite(d) && (isSecond || d <= reach)) ||
-                (isListed && !(hull.size() > 2 && isSame(p, hull.first()))))
+            const bool isListed = std::any_of(hull.begin() + (hull.size() > 2 ? 1 : 0), hull.end(),
+                                              [&](const HullPoint& q) { return isSame(p, q); });
+            if (isListed || !(d > 0 && std::isfinite(d) && (isSecond || d <= reach)))
                 continue;
-            const double x = dx / d, y = dy / d, cosine = back.x * x + back.y * y,
-                         sine = back.x * y - back.y * x;
-            const bool isBehind = cosine > 0 && std::fabs(sine) < 1e-12;
-            choices.push_back({isSecond ? -x : isBehind ? 4 : literalTurn(cosine, sine), d, p});
+            const double x = dx / d, y = dy / d, bx = way.x / length, by = way.y / length;
+            choices.push_back({isSecond ? -x : literalTurn(bx * x + by * y, bx * y - by * x, 4), d, p});
         }
         std::stable_sort(choices.begin(), choices.end(), [](const Choice& a, const Choice& b) {
-            return a.turn != b.turn ? a.turn < b.turn : a.distance < b.distance;
+            return a.turn != b.turn ? a.turn < b.turn : a.d < b.d;
         });
         const auto next = std::find_if(choices.begin(), choices.end(), [&](const Choice& choice) {
             for (int i = 0; i + 1 < hull.size(); ++i)
