@@ -4,6 +4,7 @@
 #include "kvmeasure/print.h"
 #include "kvmeasure/profile_file.h"
 #include "kvmeasure/progress.h"
+#include "kvmeasure/scan_file.h"
 
 #include <cmath>
 #include <cstdio>
@@ -24,7 +25,9 @@ const Usage usage{
     "with z,\n"
     "0x85 profile with tags; several may follow one another), CSV with semicolons and decimal commas, and "
     "CSV with\n"
-    "commas or tabs, decimal points and an optional header line. Damage gives exit code 2.\n\n"
+    "commas or tabs, decimal points and an optional header line. Damage gives exit code 2. Scans in other "
+    "forms (PLY, CSV\n"
+    "grids, height maps) are named as such; \"kvmeasure scan info\" reads them.\n\n"
     "Examples\n"
     "  kvmeasure info row_0100.csv\n"
     "  kvmeasure info --json recording.bin\n"};
@@ -70,6 +73,7 @@ struct Survey {
     QMap<QString, qint64> totals;
     qint64 records = 0;
     QString damage;
+    bool isScan = false;
 };
 
 constexpr int mostListed = 1000;
@@ -114,6 +118,11 @@ void surveyRows(PointFile& file, Survey& survey) {
 
 Survey surveyFile(const QString& path) {
     Survey survey;
+    survey.isScan = looksLikeScan(path);
+    if (survey.isScan && !isRecordFile(path)) {
+        survey.form = "3D scan";
+        return survey;
+    }
     PointFile file(path);
     survey.form = formName(file.form());
     try {
@@ -129,6 +138,10 @@ Survey surveyFile(const QString& path) {
 
 QString surveyText(const QString& path, const Survey& survey) {
     QString text = QString("%1: %2").arg(path, survey.form);
+    if (survey.isScan)
+        text += QString("; for its profiles and ranges: kvmeasure scan info %1").arg(path);
+    if (survey.sections.isEmpty())
+        return text + "\n\n";
     if (survey.records > 0)
         text += QString(", %1 record(s)").arg(survey.records);
     Table table({"offset", "kind", "points", "unset", "x mm", "y mm", "z mm"});
@@ -155,7 +168,8 @@ QJsonObject surveyJson(const QString& path, const Survey& survey) {
                                     {"x", section.x.json()},
                                     {"y", section.y.json()},
                                     {"z", section.z.json()}});
-    QJsonObject object{{"file", path}, {"form", survey.form}, {"sections", sections}};
+    QJsonObject object{
+        {"file", path}, {"form", survey.form}, {"scan", survey.isScan}, {"sections", sections}};
     if (survey.records > survey.sections.size())
         object["sectionsLeftOut"] = survey.records - survey.sections.size();
     if (!survey.damage.isEmpty())

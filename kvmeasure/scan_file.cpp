@@ -220,6 +220,12 @@ bool looksLikeScan(const QString& path) {
     return marker == 0x05 || recordHasZ(marker) || findMap(file, map, described);
 }
 
+bool isRecordFile(const QString& path) {
+    QFile file(path);
+    openRegularFile(file);
+    return isRecord(file.peek(1));
+}
+
 KvMath::KvProfileZSet takeStack(Scan& scan, const QString& path) {
     if (scan.isStack)
         return scan.stack;

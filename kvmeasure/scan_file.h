@@ -50,6 +50,7 @@ Scan loadScan(const QString& path, const ScanOptions& options);
 /// True when loadScan takes the file as a scan at first sight: a profile with z, an XYZ cloud, PLY, a grid,
 /// or a raw map with its description. Reads no more than the beginning.
 bool looksLikeScan(const QString& path);
+bool isRecordFile(const QString& path);  ///< begins with the marker of a binary record
 
 /// The profiles of a scan. The points of a cloud become profiles by equal z, in order of their first points;
 /// a cloud that has fewer than two points for each z has no profiles and is refused: slice it first.
