@@ -3,6 +3,8 @@
 #include "kvmeasure/failure.h"
 #include "kvmeasure/print.h"
 
+#include <kvmath/calibration/table_build.h>
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -60,8 +62,8 @@ void describeRecord(const QString& path, Facts& facts) {
         if (position == 0 || position >= KvMath::kSensorPositions)
             continue;
         ++found;
-        columns.add(static_cast<double>(i / KvMath::kCalibrationSteps));
-        steps.add(static_cast<double>(i % KvMath::kCalibrationSteps));
+        columns.add(static_cast<int>(i / KvMath::kCalibrationSteps));
+        steps.add(static_cast<int>(i % KvMath::kCalibrationSteps));
         positions.add(position / double(KvMath::kPositionsPerRow));
     }
     const std::vector<double>& z = record.parameters;

@@ -6,6 +6,9 @@
 #include "kvmeasure/profile_writer.h"
 #include "kvmeasure/progress.h"
 
+#include <kvmath/calibration/dtf_profiles.h>
+#include <kvmath/calibration/table_ops.h>
+
 #include <QtCore/QtEndian>
 
 #include <cmath>

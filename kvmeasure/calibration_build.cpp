@@ -2,6 +2,9 @@
 
 #include "kvmeasure/failure.h"
 
+#include <kvmath/calibration/pixel_lookup.h>
+#include <kvmath/calibration/table_build.h>
+
 namespace KvMeasure {
 
 namespace {
@@ -44,9 +47,8 @@ bool buildFullByTriangles(RawRecord& record, const BuildPlan& plan, PixelTable& 
 
 bool build(RawRecord& record, const BuildPlan& plan, PixelTable& table) {
     const TableUnits& u = plan.units;
-    unsigned short** dtf = nullptr;
     auto columns = record.columns();
-    dtf = columns.data();
+    unsigned short** dtf = columns.data();
     const double* z = record.parameters.data();
     int first = 0;  // out of order: derived from the record
     int last = 0;

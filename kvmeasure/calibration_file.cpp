@@ -3,6 +3,8 @@
 #include "kvmeasure/failure.h"
 #include "kvmeasure/output_file.h"
 
+#include <kvmath/calibration/table_io.h>
+
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 #include <QtCore/QTemporaryFile>

@@ -1,7 +1,7 @@
 #pragma once
 // Files of a scanner's calibration: raw records and pixel tables, told apart by their sizes.
 
-#include <kvmath/calibration.h>
+#include <kvmath/calibration/table_layout.h>
 
 #include "simulator/triangulation_scanner.h"
 

@@ -53,7 +53,8 @@ void drawRegions(Canvas& canvas, const Rect& area, const ErrorMap& map) {
     for (int i = 0; i < regionsAcross * regionsAcross; ++i) {
         const ErrorStatistics& region = map.regions[static_cast<std::size_t>(i)];
         const double x = area.left + area.width() * (i % regionsAcross) / regionsAcross;
-        const double y = area.top + area.height() * (i / regionsAcross) / regionsAcross;
+        const int down = i / regionsAcross;
+        const double y = area.top + area.height() * down / regionsAcross;
         const Rect cell{x, y, x + area.width() / regionsAcross, y + area.height() / regionsAcross};
         canvas.rect(cell, "fill=\"none\" " + stroke("#333", 0.5, "stroke-dasharray=\"4 4\""));
         if (region.count == 0)

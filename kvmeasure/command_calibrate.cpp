@@ -61,7 +61,7 @@ QString percent(double part, double whole) {
 int runCalibrate(const QStringList& words) {
     if (words.isEmpty())
         throw Failure{"calibrate: which action? See \"kvmeasure calibrate --help\""};
-    const QString name = words.first();
+    const QString& name = words.first();
     if (name == "--help") {
         print(overview());
         return Done;
