@@ -85,7 +85,7 @@ void Painter::drawAxes() {
                               ? QString("heights drawn %1 times larger than widths").arg(std::round(factor))
                               : QString("equal scale");
     const double x = (area.left + area.right) / 2;
-    canvas_.text({x, area.bottom + 42}, "x, mm", "text-anchor=\"middle\" fill=\"#333\"");
+    canvas_.text({x, area.bottom + 42}, picture_.along + ", mm", "text-anchor=\"middle\" fill=\"#333\"");
     canvas_.text({area.right, area.bottom + 42}, scale, "text-anchor=\"end\" fill=\"#666\" font-size=\"12\"");
     const double y = (area.top + area.bottom) / 2;
     canvas_.raw(QString("<text transform=\"translate(22,%1) rotate(-90)\" text-anchor=\"middle\" "

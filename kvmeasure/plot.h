@@ -17,6 +17,7 @@ struct PlacedLine {
 struct Picture {
     QString title;
     QString subtitle;
+    QString along = "x";  ///< what the profile runs along, for the axis
     KvMath::KvProfile profile;
     QList<KvMath::KvPointXY> before;  ///< of a filter, drawn below the profile
     Segments segments;                ///< all that were found

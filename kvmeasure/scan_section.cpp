@@ -247,6 +247,7 @@ int runScanSection(const QStringList& words) {
     if (arguments.has("--svg")) {
         Picture picture;
         picture.title = QFileInfo(section.name).completeBaseName() + ": section along " + course.name;
+        picture.along = course.name;
         picture.profile = section.profile;
         writeOutputFile(arguments.text("--svg"), drawPicture(picture));
     }
