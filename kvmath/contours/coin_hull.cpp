@@ -18,12 +18,14 @@ using Internal::BoxView;
 using Internal::PlanePoint;
 using Internal::PlaneTree;
 
-constexpr double kFullTurn = 4;            // turns are counted in quarters
-constexpr double kSameTurn = 1e-12;        // radians about no turn at all that rounding makes
-constexpr double kLoose = 1e-6;            // radians; where d is nearly 2R rounding moves a direction by 3e-8
+constexpr double kFullTurn = 4;      // turns are counted in quarters
+constexpr double kSameTurn = 1e-12;  // radians about no turn at all that rounding makes
+constexpr double kLoose = 4e-12;     // radians by which the tests of boxes stand back,
+constexpr double kLooseFar = 1e-6;   // and where d is nearly 2R: rounding moves directions by 3e-8 there
+constexpr double kFar = 0.98;        // of the square of 2R, from which that holds
 constexpr double kNotFarther = 1 + 1e-14;  // of squares whose roots may be equal
 constexpr double kTiny = 1e-140;           // mm; squares of shorter lengths lose digits
-constexpr double kUnitError = 1e-9;        // of the squared length of a direction
+constexpr double kUnitError = 1e-13;       // of the squared length of a direction
 constexpr double kUnset = std::numeric_limits<double>::quiet_NaN();
 
 double dot(const PlanePoint& a, const PlanePoint& b) { return a.x * b.x + a.y * b.y; }
@@ -60,11 +62,14 @@ struct Sweep {
     bool isKnown = false;
     PlanePoint middle;         ///< unit vector
     double squaredSpread = 0;  ///< no direction on the way differs more from the middle
+    double squaredSpreadFar = 0;
+    double squaredFar = 0;  ///< of lengths from which the second one counts
 
     /// Whether q with |q|^2 / 2R - q . middle >= shortfall and |q|^2 <= squared cannot have been covered. A
     /// NaN, from values beyond range, says no.
     bool isBehind(double shortfall, double squared) const {
-        return shortfall > 0 && shortfall * shortfall > squared * squaredSpread;
+        return shortfall > 0 &&
+               shortfall * shortfall > squared * (squared > squaredFar ? squaredSpreadFar : squaredSpread);
     }
 
     void narrow(const PlanePoint& from, double cosine, double sine) {
@@ -73,8 +78,9 @@ struct Sweep {
         const double s2 = cosine >= 0 ? sine / std::sqrt(2 * (1 + cosine)) : std::sqrt((1 - cosine) / 2);
         isKnown = true;
         middle = turned(from, c2, s2);
-        const double spread = s2 / std::sqrt((1 + c2) / 2) + kLoose;
-        squaredSpread = spread * spread;
+        const double spread = s2 / std::sqrt((1 + c2) / 2);
+        squaredSpread = (spread + kLoose) * (spread + kLoose);
+        squaredSpreadFar = (spread + kLooseFar) * (spread + kLooseFar);
     }
 };
 
@@ -90,6 +96,7 @@ public:
     int roll() {
         best_ = Contact();
         sweep_ = Sweep();
+        sweep_.squaredFar = kFar * squaredReach_;
         squaredLimit_ = squaredReach_;
         mayRefuse_ = diameter_ >= kTiny && std::fabs(dot(direction_, direction_) - 1) < kUnitError;
         tree_.search(
