@@ -36,8 +36,8 @@ KVMATH_EXPORT bool getCoinHull(const QList<KvVector2D<double>>& points, double R
 /// Moreira, M. Y. Santos, GRAPP 2007, with a radius in place of a number of neighbours.
 ///
 /// Fewer than 3 points: returned unchanged. All in one place: that one. None without NaN: nothing. Rmax not
-/// > 0 or NaN: the first two points. About n log n; a candidate that crosses costs a further search. Traces
-/// at level 1.
+/// > 0 or NaN: the first two points. About n log n; a candidate that crosses costs a further search,
+/// and each point of an exact straight line costs the number of those within reach. Traces at level 1.
 KVMATH_EXPORT QList<KvVector2D<double>> getPseudoConvexHull(const QList<KvVector2D<double>>& points,
                                                             double Rmax, int maxPointsNumber);
 
