@@ -14,7 +14,7 @@ constexpr double top = 96;
 constexpr double width = 648;  // a pixel per sensor column
 constexpr double height = 488;
 constexpr double panelHeight = height + 120;
-constexpr int mostCells = 80'000;
+constexpr int mostCells = 40'000;
 
 /// The next 1, 2 or 5 times a power of ten.
 double roundedUp(double value) {
