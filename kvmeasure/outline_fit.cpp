@@ -154,7 +154,7 @@ double direction(const LinePP& line) {
 double innerAngle(const QList<OutlineLine>& lines, int i) {
     const LinePP& line = lines[i].line;
     const LinePP& next = lines[(i + 1) % lines.size()].line;
-    if (length(line.p1, line.p2) == 0 || length(next.p1, next.p2) == 0)
+    if (lines.size() < 2 || length(line.p1, line.p2) == 0 || length(next.p1, next.p2) == 0)
         return std::nan("");
     // Clockwise: the object is on the right, and a turn to the right narrows its corner.
     return 180 + turnBetween(line, next);

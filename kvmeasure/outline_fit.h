@@ -32,8 +32,8 @@ void mergeLines(QList<OutlineLine>& lines, double degrees, double join);
 /// most `join` apart, move to where the fitted lines meet. A line with fewer than five points stays.
 void fitLines(Outline& outline, const Steps& steps, double window, double join);
 
-/// Angle inside the outline where line i meets the next one (the first follows the last), degrees in (0,
-/// 360); NaN for a line without direction.
+/// Angle inside the outline where line i meets the next one (the first follows the last), degrees in
+/// (0, 360); NaN for the only line and for one without direction.
 double innerAngle(const QList<OutlineLine>& lines, int i);
 
 /// Direction of a line, degrees from x towards the scan, in (-180, 180].

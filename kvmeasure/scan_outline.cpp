@@ -63,7 +63,7 @@ OutlineParameters readParameters(const Arguments& arguments) {
     return parameters;
 }
 
-QString degrees(double value) { return QString::number(value, 'f', 2); }
+QString degrees(double value) { return std::isnan(value) ? QString("-") : QString::number(value, 'f', 2); }
 
 struct Named {
     const char* name;
@@ -157,7 +157,7 @@ void draw(const QString& path, const QString& title, const KvMath::KvProfileZSet
                                 QString("%1: %2").arg(i).arg(length(line.p1, line.p2), 0, 'f', 2)});
         const KvMath::LinePP& next = outline.lines[(i + 1) % outline.lines.size()].line;
         const double angle = innerAngle(outline.lines, i);
-        if (outline.lines.size() > 1 && !std::isnan(angle))
+        if (!std::isnan(angle))
             picture.angles.append({{(line.p2.x + next.p1.x) / 2, (line.p2.y + next.p1.y) / 2},
                                    {next.p1.x - next.p2.x + along.x, next.p1.y - next.p2.y + along.y},
                                    degrees(angle) + QChar(0xB0)});
