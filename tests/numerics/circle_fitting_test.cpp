@@ -2,7 +2,6 @@
 
 #include <kvmath/core/circle.h>
 #include <kvmath/profile/profile.h>
-#include <tests/support/random_data.h>
 
 #include <gtest/gtest.h>
 
@@ -43,27 +42,11 @@ TEST(CircleFitting, OfKnownRadiusIsStationary) {
     EXPECT_NEAR(gy, 0.0, 1e-5);
 }
 
-TEST(CircleFitting, OfPointsOnACircleIsThatCircle) {
-    TestSupport::Draws draws(4);
-    std::vector<Point> pts;
-    for (int i = 0; i < 40; ++i) {
-        const double angle = draws.real(0.0, 6.0);
-        pts.emplace_back(20.0 + 8.0 * std::cos(angle), -30.0 + 8.0 * std::sin(angle));
-    }
-    Point centre;
-    double radius = 0.0;
-    // The cost ends within 1e-10 * tol of 0: all distances within its root, 1e-7.
-    ASSERT_TRUE(circleFitting(pts.data(), 40, centre, radius, 1e-4, 10'000));
-    EXPECT_NEAR(centre.x, 20.0, 1e-7);
-    EXPECT_NEAR(centre.y, -30.0, 1e-7);
-    EXPECT_NEAR(radius, 8.0, 1e-7);
-}
-
 TEST(CircleFitting, WritesWhatItHasWhenTheBudgetEnds) {
     Point centre;
     double radius = 0.0;
     std::vector<Point> pts;
-    KvProfile profile;
+    KvProfile profile;  // single precision counts: 0.1 is not a float
     for (const Point& p : published) {
         pts.emplace_back(p.x + 0.1, p.y);
         profile += KvPointXY(float(pts.back().x), float(pts.back().y));

@@ -110,7 +110,92 @@ TEST(Svdcmp, EndsForEveryMatrix) {
     }
 }
 
-// NIST StRD "Longley" (higher difficulty), y and six regressors.
+// NIST StRD, higher difficulty. y of "Wampler1" to "Wampler5" are certified polynomials in x = 0..20 plus
+// `wampler`, which no polynomial of degree 5 takes up.
+constexpr int wampler[11] = {759, -2048, 2048, -2048, 2523, -2048, 2048, -2048, 1838, -2048, 2048};
+constexpr double filip[82][2] = {
+    {-6.860120914, 0.8116}, {-4.324130045, 0.9072}, {-4.358625055, 0.9052}, {-4.358426747, 0.9039},
+    {-6.955852379, 0.8053}, {-6.661145254, 0.8377}, {-6.355462942, 0.8667}, {-6.118102026, 0.8809},
+    {-7.115148017, 0.7975}, {-6.815308569, 0.8162}, {-6.519993057, 0.8515}, {-6.204119983, 0.8766},
+    {-5.853871964, 0.8885}, {-6.109523091, 0.8859}, {-5.79832982, 0.8959},  {-5.482672118, 0.8913},
+    {-5.171791386, 0.8959}, {-4.851705903, 0.8971}, {-4.517126416, 0.9021}, {-4.143573228, 0.909},
+    {-3.709075441, 0.9139}, {-3.499489089, 0.9199}, {-6.300769497, 0.8692}, {-5.953504836, 0.8872},
+    {-5.642065153, 0.89},   {-5.031376979, 0.891},  {-4.680685696, 0.8977}, {-4.329846955, 0.9035},
+    {-3.928486195, 0.9078}, {-8.56735134, 0.7675},  {-8.363211311, 0.7705}, {-8.107682739, 0.7713},
+    {-7.823908741, 0.7736}, {-7.522878745, 0.7775}, {-7.218819279, 0.7841}, {-6.920818754, 0.7971},
+    {-6.628932138, 0.8329}, {-6.323946875, 0.8641}, {-5.991399828, 0.8804}, {-8.781464495, 0.7668},
+    {-8.663140179, 0.7633}, {-8.473531488, 0.7678}, {-8.247337057, 0.7697}, {-7.971428747, 0.77},
+    {-7.676129393, 0.7749}, {-7.352812702, 0.7796}, {-7.072065318, 0.7897}, {-6.774174009, 0.8131},
+    {-6.478861916, 0.8498}, {-6.159517513, 0.8741}, {-6.835647144, 0.8061}, {-6.53165267, 0.846},
+    {-6.224098421, 0.8751}, {-5.910094889, 0.8856}, {-5.598599459, 0.8919}, {-5.290645224, 0.8934},
+    {-4.974284616, 0.894},  {-4.64454848, 0.8957},  {-4.290560426, 0.9047}, {-3.885055584, 0.9129},
+    {-3.408378962, 0.9209}, {-3.13200249, 0.9219},  {-8.726767166, 0.7739}, {-8.66695597, 0.7681},
+    {-8.511026475, 0.7665}, {-8.165388579, 0.7703}, {-7.886056648, 0.7702}, {-7.588043762, 0.7761},
+    {-7.283412422, 0.7809}, {-6.995678626, 0.7961}, {-6.691862621, 0.8253}, {-6.392544977, 0.8602},
+    {-6.067374056, 0.8809}, {-6.684029655, 0.8301}, {-6.378719832, 0.8664}, {-6.065855188, 0.8834},
+    {-5.752272167, 0.8898}, {-5.132414673, 0.8964}, {-4.811352704, 0.8963}, {-4.098269308, 0.9074},
+    {-3.66174277, 0.9119},  {-3.2644011, 0.9228}};
+const std::vector<double> filipCertified = {
+    -1467.48961422980,      -2772.17959193342,      -2316.37108160893,     -1127.97394098372,
+    -354.478233703349,      -75.1242017393757,      -10.8753180355343,     -1.06221498588947,
+    -0.670191154593408E-01, -0.246781078275479E-02, -0.402962525080404E-04};
+
+double polynomial(const std::vector<double>& coefficients, double x) {
+    double value = 0.0;
+    for (std::size_t p = coefficients.size(); p-- > 0;)
+        value = value * x + coefficients[p];
+    return value;
+}
+
+/// Largest distance of the fitted from the certified curve at the samples, in units of the largest y. The
+/// basis is that of Chebyshev over the range of x, of condition below 5 here; powers of x have 1e7 and more.
+double curveError(const std::vector<double>& x, const std::vector<double>& y,
+                  const std::vector<double>& certified) {
+    const auto ends = std::minmax_element(x.begin(), x.end());
+    const int m = int(x.size());
+    const int n = int(certified.size());
+    std::vector<double> a;
+    for (const double place : x)
+        for (int p = 0; p < n; ++p)
+            a.push_back(std::cos(
+                p * std::acos((2 * place - *ends.first - *ends.second) / (*ends.second - *ends.first))));
+    std::vector<double> c(certified.size());
+    EXPECT_TRUE(KvMath::svdLeastSquares(a.data(), y.data(), m, n, 0.0, c.data()));
+    double worst = 0.0;
+    double largest = 0.0;
+    for (int i = 0; i < m; ++i) {
+        const double fitted =
+            TestSupport::sum(0, n - 1, [&](int p) { return a[std::size_t(n * i + p)] * c[std::size_t(p)]; });
+        worst = std::max(worst, std::fabs(fitted - polynomial(certified, x[std::size_t(i)])));
+        largest = std::max(largest, std::fabs(y[std::size_t(i)]));
+    }
+    return worst / largest;
+}
+
+TEST(SvdLeastSquares, MeetsTheCertifiedPolynomials) {
+    std::vector<double> x(21);
+    std::vector<double> y(21);
+    const struct { double ratio, share; } cases[] = {{1, 0}, {0.1, 0}, {1, 1}, {1, 100}, {1, 10'000}};
+    for (const auto& c : cases) {
+        std::vector<double> certified{1};
+        while (certified.size() < 6)
+            certified.push_back(certified.back() * c.ratio);
+        for (int i = 0; i <= 20; ++i) {
+            x[std::size_t(i)] = i;
+            y[std::size_t(i)] = polynomial(certified, i) + c.share * wampler[std::min(i, 20 - i)];
+        }
+        EXPECT_LT(curveError(x, y, certified), 5 * rotationError(6)) << c.ratio << ' ' << c.share;
+    }
+    x.clear();
+    y.clear();
+    for (const auto& sample : filip) {
+        x.push_back(sample[0]);
+        y.push_back(sample[1]);
+    }
+    EXPECT_LT(curveError(x, y, filipCertified), 5 * rotationError(11));
+}
+
+// NIST StRD "Longley", y and six regressors.
 constexpr double longley[16][7] = {
     {60323, 83.0, 234289, 2356, 1590, 107608, 1947},  {61122, 88.5, 259426, 2325, 1456, 108632, 1948},
     {60171, 88.2, 258054, 3682, 1616, 109773, 1949},  {61187, 89.5, 284599, 3351, 1650, 110929, 1950},
