@@ -38,37 +38,29 @@ void expectSmooth(const CubicBezierCurve& left, const CubicBezierCurve& right) {
     expectSame(bend(left.p1, left.p2, left.p3), bend(right.p0, right.p1, right.p2));
 }
 
+// Open, closed, and closed with the first point repeated.
 TEST(InterpolateTrajectory, JoinsSmoothlyAndEndsStraight) {
-    for (int count = 2; count < 12; ++count) {
-        const QList<Point> points = randomPoints(count, unsigned(count));
-        Pieces pieces;
-        ASSERT_TRUE(interpolateTrajectory(points, pieces));
-        ASSERT_EQ(pieces.size(), count - 1);
-        for (int i = 0; i + 1 < count; ++i) {
-            expectSame(pieces[i].p0, points[i]);
-            expectSame(pieces[i].p3, points[i + 1]);
-            if (i > 0)
-                expectSmooth(pieces[i - 1], pieces[i]);
-        }
-        expectSame(bend(pieces.first().p0, pieces.first().p1, pieces.first().p2), {0, 0});
-        expectSame(bend(pieces.last().p1, pieces.last().p2, pieces.last().p3), {0, 0});
-    }
-}
-
-TEST(InterpolateTrajectory, PeriodicClosesSmoothly) {
-    for (int count = 2; count < 12; ++count) {
-        QList<Point> points = randomPoints(count, unsigned(count));
-        for (const bool repeated : {false, true}) {
+    for (int count = 2; count < 12; ++count)
+        for (const int form : {0, 1, 2}) {
+            QList<Point> points = randomPoints(count, unsigned(count));
+            if (form == 2)
+                points.append(points.first());
             Pieces pieces;
-            ASSERT_TRUE(interpolateTrajectoryPeriodic(points, pieces));
-            ASSERT_EQ(pieces.size(), count) << repeated;
-            for (int i = 0; i < count; ++i) {
+            ASSERT_TRUE(form == 0 ? interpolateTrajectory(points, pieces)
+                                  : interpolateTrajectoryPeriodic(points, pieces));
+            const int size = form == 0 ? count - 1 : count;
+            ASSERT_EQ(pieces.size(), size);
+            for (int i = 0; i < size; ++i) {
                 expectSame(pieces[i].p0, points[i]);
-                expectSmooth(pieces[i], pieces[(i + 1) % count]);
+                expectSame(pieces[i].p3, points[(i + 1) % count]);
+                if (i + 1 < size || form != 0)
+                    expectSmooth(pieces[i], pieces[(i + 1) % size]);
             }
-            points.append(points.first());
+            if (form != 0)
+                continue;
+            expectSame(bend(pieces.first().p0, pieces.first().p1, pieces.first().p2), {0, 0});
+            expectSame(bend(pieces.last().p1, pieces.last().p2, pieces.last().p3), {0, 0});
         }
-    }
 }
 
 TEST(InterpolateTrajectory, NeedsTwoPoints) {
