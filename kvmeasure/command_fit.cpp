@@ -8,6 +8,9 @@
 
 #include <kvmath/numerics/circle_fitting.h>
 #include <kvmath/numerics/fitting.h>
+#include <kvmath/numerics/svd.h>
+
+#include <QtCore/QFileInfo>
 
 #include <algorithm>
 #include <cmath>
@@ -26,7 +29,7 @@ const Usage usage{
      {"--circle", "", "least squares of the distances to the circle"},
      {"--known-radius", "R", "the circle has this radius, mm"},
      {"--plane", "", "a x + b y + c z + d = 0, of the first XYZ record of a binary file"},
-     {"--svg", "FILE", "draw points and curve (not for a plane)"},
+     {"--svg", "FILE", "draw points and curve; a plane from its edge, distances large"},
      {"--record", "N", "which profile of a file with several, from 0 (0)"},
      {"--columns", "X,Y", "columns of a CSV file, from 1 (1,2)"},
      {"--json", "", "print JSON"}},
@@ -164,6 +167,39 @@ void fitPlane(const std::vector<double>& xyz, Fit& fit) {
         fit.add(p[0] * xyz[i] + p[1] * xyz[i + 1] + p[2] * xyz[i + 2] + p[3]);
 }
 
+/// The plane seen from its edge: places along the longest direction of the points, distances from the plane
+/// above.
+Picture edgeView(const std::vector<double>& xyz, const Fit& fit) {
+    Picture picture;
+    double centre[3];
+    double basis[9];
+    const int count = int(xyz.size() / 3);
+    if (!fit.isGood() || !KvMath::pca(xyz.data(), count, 3, centre, basis))
+        return picture;
+    const double normal[3] = {fit.parameters[0].second, fit.parameters[1].second, fit.parameters[2].second};
+    double from = 0;
+    double to = 0;
+    picture.profile.points.reserve(count);
+    for (std::size_t i = 0; i + 2 < xyz.size(); i += 3) {
+        double along = 0;
+        double distance = fit.parameters[3].second;
+        for (std::size_t k = 0; k < 3; ++k) {
+            along += basis[3 * k] * (xyz[i + k] - centre[k]);
+            distance += normal[k] * xyz[i + k];
+        }
+        picture.profile += KvMath::KvPointXY(float(along), float(distance));
+        from = std::min(from, along);
+        to = std::max(to, along);
+    }
+    picture.along = QString("from the centroid along (%1, %2, %3)")
+                        .arg(basis[0], 0, 'f', 3)
+                        .arg(basis[3], 0, 'f', 3)
+                        .arg(basis[6], 0, 'f', 3);
+    picture.upward = "distance from the plane";
+    picture.curve = {{from, 0}, {to, 0}};
+    return picture;
+}
+
 QString number(double value) { return QString::number(value, 'g', 10); }
 
 void report(const QString& file, const Fit& fit, bool isJson) {
@@ -193,16 +229,11 @@ void report(const QString& file, const Fit& fit, bool isJson) {
     print(QString("%1: %2%3\n%4").arg(file, fit.kind, fit.isGood() ? "" : " (NO RESULT)", table.text()));
 }
 
-void draw(const QString& path, const LoadedProfile& loaded, const Fit& fit) {
-    Picture picture;
-    picture.title = loaded.stem;
+void draw(const QString& path, Picture picture, const Fit& fit) {
     QStringList texts;
     for (const auto& parameter : fit.parameters)
         texts.append(QString("%1 %2").arg(parameter.first).arg(parameter.second, 0, 'g', 6));
     picture.subtitle = QString("%1: %2, rms %3 mm").arg(fit.kind, texts.join(", ")).arg(fit.rms(), 0, 'g', 3);
-    picture.profile = loaded.profile;
-    if (fit.isGood())
-        picture.curve = fit.curve;
     writeOutputFile(path, drawPicture(picture));
 }
 
@@ -216,8 +247,6 @@ QString chosenKind(const Arguments& arguments) {
         throw Failure{"fit: say one of --line, --parabola, --circle, --plane"};
     if (arguments.has("--known-radius") && kinds[0] != "circle")
         throw Failure{"fit: --known-radius goes with --circle"};
-    if (arguments.has("--svg") && kinds[0] == "plane")
-        throw Failure{"fit: a plane has no picture; leave --svg out"};
     return kinds[0];
 }
 
@@ -234,12 +263,15 @@ int runFit(const QStringList& words) {
     fit.kind = chosenKind(arguments);
     const double radius = arguments.number("--known-radius", 0, 1e-6, 1e6);
     const QString path = arguments.operands().first();
-    LoadedProfile loaded;
+    Picture picture;
     if (fit.kind == "plane") {
         const std::vector<double> xyz = readXYZ(path, fit.unset);
         fitPlane(xyz, fit);
+        if (arguments.has("--svg"))
+            picture = edgeView(xyz, fit);
+        picture.title = QFileInfo(path).completeBaseName();
     } else {
-        loaded = takeProfile(arguments);
+        const LoadedProfile loaded = takeProfile(arguments);
         std::vector<double> x;
         std::vector<double> y;
         for (const KvMath::KvPointXY& point : loaded.profile.points) {
@@ -253,9 +285,13 @@ int runFit(const QStringList& words) {
             fitCircle(x, y, radius, fit);
         else
             fitCurve(x, y, fit.kind == "parabola", fit);
+        picture.title = loaded.stem;
+        picture.profile = loaded.profile;
+        if (fit.isGood())
+            picture.curve = fit.curve;
     }
     if (arguments.has("--svg"))
-        draw(arguments.text("--svg"), loaded, fit);
+        draw(arguments.text("--svg"), picture, fit);
     report(path, fit, arguments.has("--json"));
     return fit.isGood() ? int(Done) : int(NotMet);
 }

@@ -89,8 +89,9 @@ void Painter::drawAxes() {
     canvas_.text({area.right, area.bottom + 42}, scale, "text-anchor=\"end\" fill=\"#666\" font-size=\"12\"");
     const double y = (area.top + area.bottom) / 2;
     canvas_.raw(QString("<text transform=\"translate(22,%1) rotate(-90)\" text-anchor=\"middle\" "
-                        "fill=\"#333\">height, mm</text>")
-                    .arg(y, 0, 'f', 1));
+                        "fill=\"#333\">%2, mm</text>")
+                    .arg(y, 0, 'f', 1)
+                    .arg(picture_.upward));
 }
 
 void Painter::drawPoints(const QList<KvPointXY>& points, const QString& colour) {

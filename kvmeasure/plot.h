@@ -17,7 +17,8 @@ struct PlacedLine {
 struct Picture {
     QString title;
     QString subtitle;
-    QString along = "x";  ///< what the profile runs along, for the axis
+    QString along = "x";        ///< what the profile runs along, for the axis
+    QString upward = "height";  ///< what stands upright
     KvMath::KvProfile profile;
     QList<KvMath::KvPointXY> before;  ///< of a filter, drawn below the profile
     Segments segments;                ///< all that were found

@@ -78,7 +78,6 @@ TEST_F(Kvmeasure, WrongUseSaysWhatIsWrong) {
         {"match p.csv --template none.json", "none.json: "},
         {"fit p.csv --line --circle", "one of"},
         {"fit p.csv --line --known-radius 2", "--circle"},
-        {"fit p.csv --plane --svg t", "no picture"},
         {"fit p.csv --plane", "XYZ record"},
         {"filter p.csv --steps sort-x", "OUT"},
         {"simulate profile --dimensions dept=3 --out x", "\"depth\"?"},
@@ -284,6 +283,8 @@ TEST_F(Kvmeasure, FitStatesParametersAndResiduals) {
     }
     EXPECT_EQ(run("fit upright.csv --line").code, 1);
     EXPECT_EQ(run("fit octagon.csv --circle --svg o.svg").code, 0);
+    EXPECT_EQ(run("fit table.bin --plane --svg t.svg").code, 0);
+    EXPECT_THAT(read("t.svg").toStdString(), HasSubstr("distance from the plane"));
     EXPECT_TRUE(read("o.svg").contains("<polyline"));
 }
 
