@@ -24,7 +24,7 @@ QString helpWithShapes(const Usage& usage, const std::vector<QString>& shapes,
 }
 
 QString chooseShape(const Arguments& arguments, const std::vector<QString>& shapes, const QString& absent) {
-    const QString shape = arguments.has("--shape") ? arguments.text("--shape") : absent;
+    QString shape = arguments.has("--shape") ? arguments.text("--shape") : absent;
     QStringList names;
     for (const QString& name : shapes)
         names.append(name);
