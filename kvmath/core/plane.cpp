@@ -15,25 +15,40 @@ constexpr int kTraceLevel = 1;
 bool tracing() { return Internal::traceEnabled(kTraceLevel); }
 void trace(const QString& message) { Internal::trace(kTraceLevel, message); }
 
-// Each product in float, each sum in double.
-struct Sums {
-    int n = 0;
-    double x = 0.0, y = 0.0, z = 0.0;
-    double xx = 0.0, yy = 0.0, xy = 0.0, xz = 0.0, yz = 0.0;
+// Two sums side by side: each lane rounds as a plain double does, so that every sum keeps its bits.
+using DoublePair = double __attribute__((vector_size(16)));
+using FloatPair = float __attribute__((vector_size(8)));
 
+DoublePair widened(float first, float second) {
+    return __builtin_convertvector((FloatPair{first, second}), DoublePair);
+}
+
+// Each product in float, each sum in double.
+class Sums {
+public:
     void add(float px, float py, float pz) {
-        if (std::isnan(px) || std::isnan(py) || std::isnan(pz))
+        if (std::isunordered(px, py) || std::isnan(pz))
             return;
-        x += static_cast<double>(px);
-        y += static_cast<double>(py);
-        z += static_cast<double>(pz);
-        xx += static_cast<double>(px * px);
-        yy += static_cast<double>(py * py);
-        xy += static_cast<double>(px * py);
-        xz += static_cast<double>(px * pz);
-        yz += static_cast<double>(py * pz);
-        ++n;
+        xAndY_ += widened(px, py);
+        zAndXz_ += widened(pz, px * pz);
+        xxAndYy_ += widened(px * px, py * py);
+        xyAndYz_ += widened(px * py, py * pz);
+        ++n_;
     }
+
+    int n() const { return n_; }
+    double x() const { return xAndY_[0]; }
+    double y() const { return xAndY_[1]; }
+    double z() const { return zAndXz_[0]; }
+    double xx() const { return xxAndYy_[0]; }
+    double yy() const { return xxAndYy_[1]; }
+    double xy() const { return xyAndYz_[0]; }
+    double xz() const { return zAndXz_[1]; }
+    double yz() const { return xyAndYz_[1]; }
+
+private:
+    int n_ = 0;
+    DoublePair xAndY_ = {}, zAndXz_ = {}, xxAndYy_ = {}, xyAndYz_ = {};
 };
 
 void add(Sums& sums, const Vector3D* p) {
@@ -53,15 +68,16 @@ double determinant(double p0, double p1, double p2, double q0, double q1, double
 //     | xy yy y | * | b | = | yz |
 //     | x  y  n |   | c |   | z  |
 bool solve(const Sums& s, double& a, double& b, double& c) {
-    if (s.n < 3)
+    if (s.n() < 3)
         return false;  // D is 0, which the rounded products could hide
-    const double n = s.n;
-    const double d = determinant(s.xx, s.xy, s.x, s.xy, s.yy, s.y, s.x, s.y, n);
+    const double n = s.n(), x = s.x(), y = s.y(), z = s.z();
+    const double xx = s.xx(), yy = s.yy(), xy = s.xy(), xz = s.xz(), yz = s.yz();
+    const double d = determinant(xx, xy, x, xy, yy, y, x, y, n);
     if (d == 0.0)
         return false;
-    a = determinant(s.xz, s.xy, s.x, s.yz, s.yy, s.y, s.z, s.y, n) / d;
-    b = determinant(s.xx, s.xz, s.x, s.xy, s.yz, s.y, s.x, s.z, n) / d;
-    c = determinant(s.xx, s.xy, s.xz, s.xy, s.yy, s.yz, s.x, s.y, s.z) / d;
+    a = determinant(xz, xy, x, yz, yy, y, z, y, n) / d;
+    b = determinant(xx, xz, x, xy, yz, y, x, z, n) / d;
+    c = determinant(xx, xy, xz, xy, yy, yz, x, y, z) / d;
     return true;
 }
 
