@@ -83,7 +83,7 @@ void ColumnWalk::countLines() {
     for (int c = request_.firstColumn; c <= request_.lastColumn; ++c) {
         const unsigned short* row = request_.dtf[c];
         for (std::size_t s = 0; s < kSteps; ++s)
-            found_[s] = static_cast<unsigned short>(found_[s] + (isLine(row[s]) ? 1 : 0));
+            found_[s] = static_cast<unsigned short>(found_[s] + (isFound(row[s]) ? 1 : 0));
     }
     previous_.fill(-1);
     next_.fill(-1);
@@ -110,7 +110,7 @@ bool ColumnWalk::bridge(int column, std::size_t step, double& position) {
         return false;
     if (next_[step] < column) {
         int c = column + 1;
-        while (c <= request_.lastColumn && !isLine(request_.dtf[c][step]))
+        while (c <= request_.lastColumn && !isFound(request_.dtf[c][step]))
             ++c;
         next_[step] = c <= request_.lastColumn ? static_cast<short>(c) : kNone;
     }
@@ -135,11 +135,11 @@ void ColumnWalk::enter(int column) {
     const unsigned short* row = request_.dtf[column];
     for (std::size_t s = 0; s < kSteps; ++s) {
         double position = row[s];
-        if (isLine(row[s]))
+        if (isFound(row[s]))
             previous_[s] = static_cast<short>(column);
         else if (!bridge(column, s, position))
             continue;
-        if (found_[s] > 1)
+        if (found_[s] > 1 && position < kSensorPositions)
             crossings_[count_++] = {position, static_cast<int>(s)};
     }
     sortCrossings();

@@ -31,7 +31,7 @@ float coordinate(const unsigned short* cell, int f, double range) {
 
 /// `column` is the table's cell of row 0 in the column of the position.
 KvPointXY pointAt(const unsigned short* column, unsigned short position, const Ranges& range) {
-    const unsigned v = Internal::isLine(position) ? position : 0U;
+    const unsigned v = Internal::isOnSensor(position) ? position : 0U;
     const unsigned rem = v & 31U;
     const std::size_t row = 2 * (v >> 5U) + (rem >> 1U);  // deliberately not v >> 4
     const int f = static_cast<int>(rem & 1U);

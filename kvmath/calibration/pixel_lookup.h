@@ -8,7 +8,7 @@
 //   - within a column, between neighbouring positions that come from steps at most eight apart with no step
 //     without any line between them, so that lost columns leave no holes.
 // Everything else is empty, and so are values below 0, above 32767 or not a number. Of several steps at one
-// position the last one counts. Positions from 15616 on are no lines.
+// position the last one counts. A position from 15616 on is no cell, but bridged to like any other.
 //
 // Coordinates of step s and column c, in the unit of the ranges:
 //     z = params[s] if params[0] and params[1] differ, else s * step / 1000

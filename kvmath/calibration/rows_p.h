@@ -1,5 +1,5 @@
 #pragma once
-// The row pointers of a DTF or of a look-up, and what counts as a line in it.
+// The row pointers of a DTF or of a look-up, and what its positions are.
 
 #include <kvmath/calibration/table_layout.h>
 
@@ -13,8 +13,11 @@ bool hasColumns(Cell* const* rows) {
            std::all_of(rows, rows + kSensorColumns, [](const Cell* row) { return row != nullptr; });
 }
 
+/// A line was found, if beyond the sensor.
+inline bool isFound(unsigned short position) { return position != 0; }
+
 /// A position on the sensor; one comparison, as 0 wraps around.
-inline bool isLine(unsigned short position) {
+inline bool isOnSensor(unsigned short position) {
     return static_cast<unsigned short>(position - 1) < kSensorPositions - 1;
 }
 

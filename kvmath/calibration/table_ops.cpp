@@ -124,8 +124,8 @@ void zMirrorDTF(unsigned short** dtf) {
     for (std::size_t c = 0; c < kColumns; ++c) {
         for (std::size_t s = 0; s < kCalibrationSteps; ++s) {
             const unsigned short v = dtf[c][s];
-            dtf[c][s] = Internal::isLine(v) ? static_cast<unsigned short>(kSensorPositions - v)
-                                            : static_cast<unsigned short>(0);
+            dtf[c][s] = Internal::isOnSensor(v) ? static_cast<unsigned short>(kSensorPositions - v)
+                                                : static_cast<unsigned short>(0);
         }
     }
 }

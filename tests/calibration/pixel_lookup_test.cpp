@@ -35,7 +35,7 @@ struct Record {
     std::vector<int> foundColumns(int s) {
         std::vector<int> found;
         for (int c = kFirst; c <= kLast; ++c)
-            if (dtf[c][s] > 0 && dtf[c][s] < 15616)
+            if (dtf[c][s] > 0)
                 found.push_back(c);
         return found;
     }
@@ -65,7 +65,9 @@ CellRows literal(Record& record, bool triangles, Units units) {
             const int c1 = found[i - 1], c2 = found[i], p1 = record.dtf[c1][s], p2 = record.dtf[c2][s];
             for (int c = c1; c <= c2; ++c) {
                 const double part = double((c - c1) * (p2 - p1)) / (c2 - c1);
-                columns[std::size_t(c)][p1 + (triangles ? part : std::trunc(part))] = s;
+                const double p = p1 + (triangles ? part : std::trunc(part));
+                if (p < 15616)
+                    columns[std::size_t(c)][p] = s;
             }
         }
     }
