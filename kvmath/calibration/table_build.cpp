@@ -27,7 +27,7 @@ struct Halves {
 };
 
 bool hasLine(const unsigned short* column) {
-    return std::any_of(column, column + kCalibrationSteps, Internal::isLine);
+    return std::any_of(column, column + kCalibrationSteps, Internal::isFound);
 }
 
 bool areInOrder(int first, int last) { return first >= 1 && last < kSensorColumns && first < last; }
@@ -51,7 +51,7 @@ bool settleLimits(unsigned short** dtf, int& first, int& last) {
 
 bool stepHasLine(unsigned short** dtf, int step) {
     return std::any_of(dtf, dtf + kSensorColumns,
-                       [step](const unsigned short* column) { return Internal::isLine(column[step]); });
+                       [step](const unsigned short* column) { return Internal::isFound(column[step]); });
 }
 
 /// A step without any line right behind one with lines.
@@ -66,10 +66,8 @@ bool hasGap(unsigned short** dtf) {
     return false;
 }
 
-/// For a legal request.
-bool build(const BuildRequest& request, int& firstLimit, int& lastLimit, const Halves& out) {
-    if (!settleLimits(request.dtf, firstLimit, lastLimit))
-        return false;
+/// The columns of a legal request from `first` to `last`.
+bool build(const BuildRequest& request, int first, int last, const Halves& out) {
     const auto walk = ColumnWalk::create(request);
     if (walk == nullptr || !walk->hasLine())
         return false;
@@ -78,10 +76,10 @@ bool build(const BuildRequest& request, int& firstLimit, int& lastLimit, const H
         if (half != nullptr)
             std::fill_n(half, cells, kEmptyCell);
     }
-    const int last = std::min(request.lastColumn, lastLimit);
-    for (int c = request.firstColumn; c <= last; ++c) {
-        walk->enter(c);  // those before the limit too: a line may begin there
-        if (c < firstLimit)
+    const int end = std::min(request.lastColumn, last);
+    for (int c = request.firstColumn; c <= end; ++c) {
+        walk->enter(c);  // those before the first too: a line may begin there
+        if (c < first)
             continue;
         if (out.z != nullptr)
             walk->fillZ({out.z + c, kSensorColumns, out.positionStep});
@@ -91,42 +89,38 @@ bool build(const BuildRequest& request, int& firstLimit, int& lastLimit, const H
     return true;
 }
 
+bool buildFull(const BuildRequest& request, int& firstLimit, int& lastLimit, unsigned short* table) {
+    if (table == nullptr || !request.isLegal() || !settleLimits(request.dtf, firstLimit, lastLimit))
+        return false;
+    unsigned short* x = table + static_cast<std::size_t>(kTableHalfRows) * kSensorColumns;
+    return build(request, firstLimit, lastLimit,
+                 {request.wantsZ ? table : nullptr, request.wantsX ? x : nullptr, kTableHalfRows,
+                  kPositionsPerRow / 2});
+}
+
 bool buildCompact(const BuildRequest& request, int& firstLimit, int& lastLimit, unsigned short* table) {
     if (table == nullptr || !request.isLegal() || hasGap(request.dtf))
         return false;
+    settleLimits(request.dtf, firstLimit, lastLimit);  // for the caller: the window alone counts here
     unsigned short* x = table + static_cast<std::size_t>(kCompactHalfRows) * kSensorColumns;
-    return build(request, firstLimit, lastLimit, {table, x, kCompactHalfRows, kPositionsPerRow});
+    return build(request, request.firstColumn, request.lastColumn,
+                 {table, x, kCompactHalfRows, kPositionsPerRow});
 }
 
 }  // namespace
 
 bool calc_X(unsigned short** dtf, const double* params, double xRange, double xStep, int firstColumn,
             int lastColumn, int& firstLimit, int& lastLimit, unsigned short* tbl) {
-    const BuildRequest request{dtf,
-                               params,
-                               0.0,
-                               xRange,
-                               0.0,
-                               xStep,
-                               firstColumn,
-                               lastColumn,
-                               Form::Steps,
-                               /*wantsZ=*/false,
-                               /*wantsX=*/true};
-    if (tbl == nullptr || !request.isLegal())
-        return false;
-    unsigned short* x = tbl + static_cast<std::size_t>(kTableHalfRows) * kSensorColumns;
-    return build(request, firstLimit, lastLimit, {nullptr, x, kTableHalfRows, kPositionsPerRow / 2});
+    return buildFull({dtf, params, 0.0, xRange, 0.0, xStep, firstColumn, lastColumn, Form::Steps,
+                      /*wantsZ=*/false, /*wantsX=*/true},
+                     firstLimit, lastLimit, tbl);
 }
 
 bool calc_Z(unsigned short** dtf, const double* params, double zRange, double zStep, int firstColumn,
             int lastColumn, int& firstLimit, int& lastLimit, unsigned short* tbl) {
-    const BuildRequest request{
-        dtf,         params,          zRange,          0.0, zStep, 0.0, firstColumn, lastColumn,
-        Form::Steps, /*wantsZ=*/true, /*wantsX=*/false};
-    if (tbl == nullptr || !request.isLegal())
-        return false;
-    return build(request, firstLimit, lastLimit, {tbl, nullptr, kTableHalfRows, kPositionsPerRow / 2});
+    return buildFull({dtf, params, zRange, 0.0, zStep, 0.0, firstColumn, lastColumn, Form::Steps,
+                      /*wantsZ=*/true, /*wantsX=*/false},
+                     firstLimit, lastLimit, tbl);
 }
 
 bool calc_XandZ(unsigned short** dtf, const double* params, double zRange, double xRange, double zStep,

@@ -3,10 +3,11 @@
 // filled and when arguments are refused: pixel_lookup.h.
 //
 // A cell of table row r is the look-up cell of that row's own position: 16 * r in the full table, 32 * r in
-// the compact one. Filled are the columns inside both the window and the column limits. Limits that are out
-// of order (first < 1, last >= 648 or first >= last) are replaced by the lowest and the highest column from 1
-// to 647 in which any step has a line, or 0 and 0 where there is none; these are written back even when the
-// call then fails because they are still out of order. Column 0 is therefore never filled.
+// the compact one. Column limits that are out of order (first < 1, last >= 648 or first >= last) are replaced
+// by the lowest and the highest column from 1 to 647 in which any step has a line, or 0 and 0 where there is
+// none, and written back. In a full table only columns inside both the window and the limits are filled, so
+// never column 0, and limits that are still out of order are a failure. A compact table holds the columns of
+// the window; the limits are only told.
 //
 // On false the table is untouched. Cost: one pass over the record, and the cells; 30 kilobytes of work
 // storage.

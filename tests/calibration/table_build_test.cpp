@@ -88,18 +88,20 @@ TEST(Builders, ZIsTrueWithinTruncationPositionsAndNoiseAndOnlyWhereMeasured) {
 
 TEST(Builders, DeriveLimitsAndFailAtGapsBeforeStep500) {
     const std::vector<double> params(1000);
-    for (const int gap : {498, 499, 500, 0}) {  // 0: no lines but single positions in two columns
+    for (const int gap : {498, 499, 500, 0}) {  // 0: one line, from column 0 to 300
         CellRows dtf(1000);
         for (int s = 3; gap > 0 && s < 1000; ++s)
             dtf[100][s] = dtf[300][s] = static_cast<unsigned short>(s == gap ? 0 : 10 * s);
-        dtf[0][999] = dtf[300][999] = 77;  // column 0 is never inside
+        dtf[0][999] = dtf[300][999] = 64;  // column 0 is never inside limits
         Cells table(kTableCells, 7);
         int first = 5, last = 700;
         const bool x = calc_X(dtf.rows(), params.data(), 1, 1, 0, 647, first, last, table.data());
         EXPECT_EQ(std::pair(first, last), std::pair(gap > 0 ? 100 : 300, 300));
         EXPECT_TRUE(x == (gap > 0) && (x || table == Cells(kTableCells, 7)));
+        const bool isWhole = gap == 500 || gap == 0;
         EXPECT_EQ(calc_XandZ(dtf.rows(), params.data(), 1, 1, 1, 1, 0, 647, first, last, table.data()),
-                  gap == 500);
+                  isWhole);
+        EXPECT_EQ(table[514 * 648], isWhole ? 0 : 7);  // X of column 0 at position 64
     }
 }
 
