@@ -2,7 +2,6 @@
 
 #include <kvmath/wheel/wheel_profile_p.h>
 
-#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -52,7 +51,8 @@ bool ORBIS_calcWheelParams_FromProf_Tram(KvProfile& profile, const _CalcProfileP
                                          KvProfile* debugPoints) {
     if (values == nullptr)
         return false;
-    std::fill(values->value, values->value + 11, kNaN);
+    for (int k = 0; k < 11; ++k)
+        values->value[k] = kNaN;  // by index: the record is packed, no pointer to a double may be formed
     if (debugPoints != nullptr)
         debugPoints->clear();
     profile.sort(KvSortAscending, KvSortNone);
