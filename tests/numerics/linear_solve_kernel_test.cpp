@@ -19,6 +19,7 @@ TEST(DecomposeLu, ChoosesRowsByTheirOwnScale) {
                  {{2, 2, 3, 6}, {0, 1}},
                  {{1, 2, 2, 4.5}, {0, 1}},
                  {{1, 2, 2, 4}, {1, 1}},
+                 {{0, 1, 100, 0, 3, 5, 1, 1, 1}, {2, 1, 2}},
                  {{1, 100, 9, 0, 3, 8, 2, 1, 1}, {2, 2, 2}}};
     for (const auto& c : cases) {
         const auto n = c.rows.size();

@@ -138,15 +138,12 @@ TEST(SimulatedAnnealing, RejectsOnEquality) {
         srand(++seed);
     while (randu() != 0.5);
     srand(seed);
-    double costs[] = {0.0, std::log(2.0)};
+    double costs[] = {0.0, std::log(2.0), 0.0};
     const auto next = [](double*, void* data) { return *(*static_cast<double**>(data))++; };
     double* at = costs;
     int iterations = 0;
-    simulatedAnnealingMinimization(next, &at, 0, nullptr, 1.0, 0.5, 0.5, 1, iterations);
-    const double after = randu();
-    srand(seed);
-    EXPECT_EQ(randu(), 0.5);
-    EXPECT_EQ(randu(), after);
+    simulatedAnnealingMinimization(next, &at, 0, nullptr, 1.0, 0.5, 0.5, 2, iterations);
+    EXPECT_EQ(iterations, 1);  // an accepted move would not have cooled
 }
 
 TEST(SimulatedAnnealing, CoolsOnRejectionOnly) {
