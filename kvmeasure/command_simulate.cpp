@@ -38,6 +38,7 @@ const Usage usage{
     "Examples\n"
     "  kvmeasure simulate profile --shape v-groove --noise 0.02 --dropouts 2 --seed 7 --out part.csv\n"
     "  kvmeasure simulate scan --help\n"
+    "  kvmeasure simulate pass --help\n"
     "  kvmeasure simulate profile --shape square-groove --dimensions \"depth=12\" --rotate 2 --out "
     "part.csv\n"};
 
@@ -78,6 +79,8 @@ QByteArray profileCsv(const KvMath::KvProfile& profile) {
 int runSimulate(const QStringList& words) {
     if (words.value(0) == "scan")
         return runSimulateScan(words.mid(1));
+    if (words.value(0) == "pass")
+        return runSimulatePass(words.mid(1));
     if (words.contains("--help")) {
         print(helpWithShapes(usage, Simulator::shapeNames(), Simulator::shapeDimensions));
         return Done;
@@ -86,7 +89,9 @@ int runSimulate(const QStringList& words) {
     arguments.requireOperands(1);
     if (arguments.operands().first() != "profile")
         throw Failure{
-            QString("simulate: cannot simulate \"%1\"; expected \"profile\" or, as the first word, \"scan\"")
+            QString(
+                "simulate: cannot simulate \"%1\"; expected \"profile\" or, as the first word, \"scan\" or "
+                "\"pass\"")
                 .arg(arguments.operands().first())};
     if (!arguments.has("--out"))
         throw Failure{"simulate: --out FILE is missing; it names the profile to write"};

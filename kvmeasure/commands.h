@@ -13,6 +13,8 @@ int runLines(const QStringList& words);
 int runMatch(const QStringList& words);
 int runScan(const QStringList& words);
 int runSimulate(const QStringList& words);
+int runSimulatePass(const QStringList& words);  ///< "kvmeasure simulate pass"
 int runTeach(const QStringList& words);
+int runWheels(const QStringList& words);
 
 }  // namespace KvMeasure

@@ -30,7 +30,8 @@ constexpr Command commands[] = {
     {"match", "finds a template in profiles and measures them", runMatch},
     {"fit", "fits a line, parabola, circle or plane, with residuals", runFit},
     {"scan", "3D scans: outlines, planes, grids, sections, conversion", runScan},
-    {"simulate", "makes profiles of parts with known dimensions", runSimulate},
+    {"simulate", "makes profiles, scans and train passes with known dimensions", runSimulate},
+    {"wheels", "wheels of a train that passed a measuring post", runWheels},
     {"calibrate", "builds, applies and checks tables of a triangulation scanner", runCalibrate},
 };
 

@@ -8,6 +8,7 @@
 
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace KvMath {
 
@@ -89,26 +90,31 @@ float ORBIS_calcWheelsDist(KvProfile& profileA, KvProfile& profileB, KvLine refA
     return static_cast<float>(offset(halfA, refA) + static_cast<double>(calibDistance) + offset(halfB, refB));
 }
 
-bool ORBIS_calcWheelsDistInTrain(QString recordingA, QString recordingB, int wheelCount, QSettings* settings,
-                                 float* const distances) {
+bool ORBIS_calcWheelsDistInTrain(QString recordingA, QString recordingB, int firstWheel, int wheelCount,
+                                 QSettings* settings, float* const distances) {
     Side a, b;
     if (settings == nullptr || !findSide(recordingA, *settings, a) || !findSide(recordingB, *settings, b))
         return false;
     if (wheelCount < 1)
         return true;
-    if (distances == nullptr)
+    if (distances == nullptr || firstWheel < 1 ||
+        wheelCount - 1 > std::numeric_limits<int>::max() - firstWheel)
         return false;
     const float calibDistance = settings->value(QStringLiteral("calibrLines2"), 0.0F).toFloat();
-    for (int wheel = 1; wheel <= wheelCount; ++wheel) {
+    for (int i = 0; i < wheelCount; ++i) {
+        const int wheel = firstWheel + i;
         KvProfile profileA, profileB;
         if (!chooseProfile(a, wheel, profileA) || !chooseProfile(b, wheel, profileB))
             return false;
-        distances[wheel - 1] =
-            ORBIS_calcWheelsDist(profileA, profileB, a.reference, b.reference, calibDistance);
-        if (wheel == std::numeric_limits<int>::max())
-            break;
+        distances[i] = ORBIS_calcWheelsDist(profileA, profileB, a.reference, b.reference, calibDistance);
     }
     return true;
+}
+
+bool ORBIS_calcWheelsDistInTrain(QString recordingA, QString recordingB, int wheelCount, QSettings* settings,
+                                 float* const distances) {
+    return ORBIS_calcWheelsDistInTrain(std::move(recordingA), std::move(recordingB), 1, wheelCount, settings,
+                                       distances);
 }
 
 }  // namespace KvMath

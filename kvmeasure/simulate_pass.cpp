@@ -1,0 +1,132 @@
+#include "kvmeasure/arguments.h"
+#include "kvmeasure/commands.h"
+#include "kvmeasure/failure.h"
+#include "kvmeasure/print.h"
+
+#include "simulator/train_pass.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QFileInfo>
+
+#include <cstdio>
+#include <limits>
+
+namespace KvMeasure {
+
+namespace {
+
+const Usage usage{
+    "simulate pass",
+    "",
+    "Makes the recordings of a train that passes a measuring post, its settings, and the true values.",
+    {{"--out", "DIR", "directory of pass_SERIAL.bin, settings.ini and truth.csv (required)"},
+     {"--wheelsets", "N", "of the train (8)"},
+     {"--diameter", "MM", "tread diameter of new wheels (920)"},
+     {"--turned", "MM", "largest loss of diameter (20)"},
+     {"--wear", "MM", "largest wear of the flange (3)"},
+     {"--hollow", "MM", "largest hollowing of the tread (2)"},
+     {"--breakouts", "N", "wheels with a breakout of the tread (0)"},
+     {"--flats", "N", "other wheels with a flat of 60 mm (0)"},
+     {"--spacing", "MM", "travel between profiles (20)"},
+     {"--speed", "M/S", "of the train, with --rate in place of --spacing"},
+     {"--rate", "HZ", "profiles per second"},
+     {"--noise", "MM", "standard deviation of the ranges (0.02)"},
+     {"--dropouts", "SHARE", "of the points, missing (0.01)"},
+     {"--lost", "SHARE", "of the profiles, left empty (0)"},
+     {"--false-targets", "N", "short sights of other things, for each scanner (0)"},
+     {"--records", "KIND", "z, plane or mixed (z)"},
+     {"--seed", "N", "of the random draws; the same seed makes the same pass (1)"},
+     {"--json", "", "print what was written as JSON"}},
+    "Examples\n"
+    "  kvmeasure simulate pass --wheelsets 40 --breakouts 3 --lost 0.002 --out train\n"
+    "  kvmeasure simulate pass --speed 15 --rate 1000 --noise 0.05 --out fast\n"};
+
+Simulator::RecordKind readKind(const QString& name) {
+    if (name.isEmpty() || name == "z")
+        return Simulator::RecordKind::WithZ;
+    if (name == "plane")
+        return Simulator::RecordKind::Plane;
+    if (name == "mixed")
+        return Simulator::RecordKind::Mixed;
+    throw Failure{QString("simulate pass: --records must be z, plane or mixed, not \"%1\"").arg(name)};
+}
+
+double readSpacing(const Arguments& arguments, double absent) {
+    constexpr double any = 1e9, mmPerMetre = 1000;
+    if (arguments.has("--speed") != arguments.has("--rate"))
+        throw Failure{"simulate pass: --speed and --rate belong together"};
+    if (!arguments.has("--speed"))
+        return arguments.number("--spacing", absent, -any, any);
+    if (arguments.has("--spacing"))
+        throw Failure{"simulate pass: give --spacing, or --speed and --rate"};
+    return arguments.number("--speed", 0, 0, any) / arguments.number("--rate", 0, 1, any) * mmPerMetre;
+}
+
+Simulator::PassRecipe readRecipe(const Arguments& arguments) {
+    constexpr double any = std::numeric_limits<double>::max();
+    constexpr int anyCount = std::numeric_limits<int>::max();
+    Simulator::PassRecipe recipe;
+    const auto number = [&](const char* name, double& value) {
+        value = arguments.number(name, value, -any, any);
+    };
+    const auto count = [&](const char* name, int& value) {
+        value = arguments.integer(name, value, 0, anyCount);
+    };
+    count("--wheelsets", recipe.wheelsets);
+    number("--diameter", recipe.diameter);
+    number("--turned", recipe.turned);
+    number("--wear", recipe.flangeWear);
+    number("--hollow", recipe.hollow);
+    count("--breakouts", recipe.breakouts);
+    count("--flats", recipe.flats);
+    recipe.spacing = readSpacing(arguments, recipe.spacing);
+    number("--noise", recipe.noise);
+    number("--dropouts", recipe.dropouts);
+    number("--lost", recipe.lost);
+    count("--false-targets", recipe.falseTargets);
+    recipe.records = readKind(arguments.text("--records"));
+    recipe.seed = static_cast<std::uint64_t>(arguments.integer("--seed", 1, 0, anyCount));
+    return recipe;
+}
+
+}  // namespace
+
+int runSimulatePass(const QStringList& words) {
+    if (words.contains("--help")) {
+        print(helpText(usage));
+        return Done;
+    }
+    const Arguments arguments(usage, words);
+    if (!arguments.operands().isEmpty())
+        throw Failure{QString("simulate pass: unexpected \"%1\"").arg(arguments.operands()[0])};
+    if (!arguments.has("--out"))
+        throw Failure{"simulate pass: --out DIR is missing; it names the directory of the recordings"};
+    const Simulator::PassRecipe recipe = readRecipe(arguments);
+    const QString folder = arguments.text("--out");
+    if (QFileInfo::exists(folder + "/settings.ini"))
+        std::fprintf(stderr, "kvmeasure: %s: holds an earlier pass, which is overwritten\n",
+                     folder.toUtf8().constData());
+    if (!QDir().mkpath(folder))
+        throw Failure{QString("%1: cannot be made or is no directory; name another one").arg(folder)};
+    QString error;
+    if (!Simulator::simulatePass(recipe, folder, &error))
+        throw Failure{"simulate pass: " + error};
+    const auto scanners = Simulator::measuringPost();
+    if (arguments.has("--json")) {
+        QJsonArray files;
+        for (const Simulator::Scanner& scanner : scanners)
+            files.append(QString("%1/pass_%2.bin").arg(folder).arg(scanner.serial));
+        printJson({{"recordings", files},
+                   {"settings", folder + "/settings.ini"},
+                   {"truth", folder + "/truth.csv"},
+                   {"wheelsets", recipe.wheelsets}});
+    } else {
+        print(QString("%1: %2 recordings of %3 wheelsets, settings.ini, truth.csv\n")
+                  .arg(folder)
+                  .arg(scanners.size())
+                  .arg(recipe.wheelsets));
+    }
+    return Done;
+}
+
+}  // namespace KvMeasure

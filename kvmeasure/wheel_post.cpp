@@ -1,0 +1,123 @@
+#include "kvmeasure/wheel_post.h"
+
+#include "kvmeasure/arguments.h"
+#include "kvmeasure/failure.h"
+#include "kvmeasure/profile_file.h"
+
+#include <cmath>
+#include <limits>
+
+namespace KvMeasure {
+
+namespace {
+
+constexpr int scannersAtMost = 49;
+
+QString regularFile(const QString& path) {
+    QFile file(path);
+    openRegularFile(file);
+    return path;
+}
+
+}  // namespace
+
+bool hasRole(int index) { return index == 1 || index == 2 || seesSections(index); }
+
+bool seesSections(int index) { return (index >= 3 && index <= 5) || (index >= 11 && index <= 13); }
+
+QString sensorName(int index) { return QString("SENSOR%1").arg(index); }
+
+QString sideName(int side) { return side == Left ? "left" : "right"; }
+
+PostSettings::PostSettings(const QString& path) : path_(path), ini_(regularFile(path), QSettings::IniFormat) {
+    if (ini_.status() != QSettings::NoError)
+        fail("is no INI file");
+    check("minProfsInWheel", 5, 1, true);
+    check("calibrLines2", 0, -std::numeric_limits<float>::max(), false);
+    check("polynomDegree", 20, 0, false);
+    check("maxDeviation", 0.3, 0, false);
+    check("pointsHigher", 5, 0, true);
+    check("minimalDefectsProf", 1, 0, true);
+    bool isAny = false;
+    for (int index = 1; index <= scannersAtMost; ++index) {
+        const int serial = ini_.value(sensorName(index) + "/SN", 0).toInt();
+        if (serial == 0) {
+            if (ini_.childGroups().contains(sensorName(index)))
+                fail(QString("%1/SN is missing; it ends the search for scanners").arg(sensorName(index)));
+            break;
+        }
+        isAny = true;
+        if (!hasRole(index))
+            continue;
+        checkSensor(index);
+        if (seesSections(index))
+            readRule(index);
+    }
+    if (!isAny)
+        fail("SENSOR1/SN is missing; no scanner is configured");
+}
+
+void PostSettings::fail(const QString& text) const { throw Failure{path_ + ": " + text}; }
+
+double PostSettings::number(const QString& key, double absent) const {
+    const QVariant value = ini_.value(key);
+    if (!value.isValid())
+        return absent;
+    double read = 0;
+    if (!parseNumber(value.toString().trimmed(), read))
+        fail(QString("%1 is \"%2\"; expected a number").arg(key, value.toStringList().join(", ")));
+    return read;
+}
+
+void PostSettings::check(const QString& key, double absent, double minimum, bool isWhole) const {
+    const double value = number(key, absent);
+    if (value >= minimum && value <= std::numeric_limits<float>::max() &&
+        (!isWhole || (value == std::floor(value) && value <= std::numeric_limits<int>::max())))
+        return;
+    fail(QString("%1 is %2; expected %3 from %4 on")
+             .arg(key)
+             .arg(value)
+             .arg(isWhole ? "a whole number" : "a number")
+             .arg(minimum));
+}
+
+void PostSettings::checkSensor(int index) const {
+    constexpr double any = -std::numeric_limits<float>::max();
+    const QString group = sensorName(index) + '/';
+    check(group + "wndSize", 3, 1, true);
+    check(group + "higherPoinInWnd", 1, 0, true);
+    check(group + "maxdY", 1.5, 0, false);
+    check(group + "minPointsIn", 1.5, 0, false);
+    for (const char* name : {"level_k", "level_b", "lowlevel_k", "lowlevel_b", "lowLevel_k", "lowLevel_b",
+                             "k2", "b2", "maxCorr", "parts", "maxDist"})
+        check(group + name, 0, any, false);
+}
+
+void PostSettings::readRule(int index) {
+    constexpr int numbers = 9;
+    const QString key = sensorName(index) + "/rule";
+    const QStringList parts = ini_.value(key).toStringList();
+    if (parts.size() != numbers)
+        fail(QString("%1 has %2 numbers; expected nine: origin X, Y, Z, then X, Y, Z per mm of x and of y")
+                 .arg(key)
+                 .arg(parts.size()));
+    double rule[numbers] = {};
+    for (int i = 0; i < numbers; ++i) {
+        if (!parseNumber(parts.at(i).trimmed(), rule[i]))
+            fail(QString("%1: \"%2\" is no number").arg(key, parts.at(i)));
+    }
+    rules_[index] = {rule[0], rule[1], rule[2], rule[3], rule[4], rule[5], rule[6], rule[7], rule[8]};
+}
+
+int PostSettings::indexOf(int serial) const {
+    for (int index = 1; index <= scannersAtMost; ++index) {
+        const int configured = ini_.value(sensorName(index) + "/SN", 0).toInt();
+        if (configured == 0)
+            return 0;
+        if (configured == serial)
+            return index;
+    }
+    return 0;
+}
+
+}  // namespace KvMeasure

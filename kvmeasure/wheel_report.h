@@ -1,0 +1,30 @@
+#pragma once
+// The results of a pass as text, CSV, JSON and binary records.
+
+#include "kvmeasure/wheel_pass.h"
+
+#include <QtCore/QByteArray>
+#include <QtCore/QJsonObject>
+
+namespace KvMeasure {
+
+/// Which results a report has.
+struct WheelColumns {
+    bool hasSections = false, hasDistances = false, hasDefects = false;
+};
+
+QString wheelTable(const QList<WheelsetResult>& wheelsets, const WheelColumns& columns);
+QByteArray wheelCsv(const QList<WheelsetResult>& wheelsets, const WheelColumns& columns);
+QJsonObject wheelJson(const WheelPass& pass, const WheelColumns& columns);
+/// _WheelProfileValues of each wheelset, left and right: 178 bytes.
+QByteArray wheelRecords(const QList<WheelsetResult>& wheelsets);
+
+/// The values of one section as JSON.
+QJsonObject wheelValuesJson(const KvMath::_WheelProfileValues& values);
+/// Named by the kind of wheel: basic, tram, loko. -1 for other names.
+int wheelKind(const QString& name);
+
+/// Recordings and their runs.
+QString runTable(const WheelPass& pass);
+
+}  // namespace KvMeasure

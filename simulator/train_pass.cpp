@@ -1,0 +1,236 @@
+#include "simulator/train_pass.h"
+
+#include "simulator/draws.h"
+#include "simulator/legal_range.h"
+
+#include <kvmath/profile/profile_z.h>
+
+#include <QtCore/QFile>
+
+#include <algorithm>
+#include <cmath>
+
+namespace Simulator {
+
+namespace {
+
+constexpr double kRunIn = 1000;  // travel before the first and behind the last axis, mm
+
+QString problemOf(const PassRecipe& r) {
+    const QString problems[] = {outside("wheelsets", r.wheelsets, 1, 1000),
+                                outside("diameter", r.diameter, 500, 1500),
+                                outside("turned", r.turned, 0, 100),
+                                outside("flangeWear", r.flangeWear, 0, 6),
+                                outside("hollow", r.hollow, 0, 4),
+                                outside("breakouts", r.breakouts, 0, 2 * r.wheelsets),
+                                outside("flats", r.flats, 0, 2 * r.wheelsets - r.breakouts),
+                                outside("spacing", r.spacing, 1, 100),
+                                outside("noise", r.noise, 0, 1),
+                                outside("dropouts", r.dropouts, 0, 0.5),
+                                outside("lost", r.lost, 0, 0.2),
+                                outside("falseTargets", r.falseTargets, 0, 1000)};
+    for (const QString& problem : problems) {
+        if (!problem.isEmpty())
+            return problem;
+    }
+    return {};
+}
+
+/// Where the scanner at this X sees the wheel, as an angle of the wheel in degrees.
+double angleSeenAt(double x, const WheelShape& shape) {
+    constexpr double kDegrees = 180 / 3.14159265358979323846;
+    return x / (shape.treadDiameter / 2) * kDegrees;
+}
+
+TreadDefect breakout(double x, const WheelShape& shape) {
+    return {angleSeenAt(x, shape), 60, 4, 85, 110, 3, true};
+}
+
+/// A flat of this length is a chord.
+TreadDefect flat(const WheelShape& shape) {
+    constexpr double kLength = 60;
+    return {0, kLength, kLength * kLength / (4 * shape.treadDiameter), 45, 200, 10, false};
+}
+
+/// Writes what one scanner sees of the whole pass.
+class Recorder {
+public:
+    Recorder(const PassRecipe& recipe, const std::vector<Wheelset>& train, const Scanner& scanner)
+        : recipe_(recipe), scanner_(scanner), noise_(recipe.seed, stream(1)), gaps_(recipe.seed, stream(2)),
+          lost_(recipe.seed, stream(3)) {
+        Draws targets(recipe.seed, stream(4));
+        for (const Wheelset& wheelset : train) {
+            const double half = wheelset.backToBack / 2;
+            const double back = scanner.side == 0 ? half + wheelset.shift : half - wheelset.shift;
+            wheels_.emplace_back(wheelset.wheels[scanner.side], back);
+            places_.push_back(wheelset.place);
+        }
+        for (int i = 0; i < recipe.falseTargets; ++i) {
+            constexpr int kRecordsAtMost = 4;
+            const int between = targets.below(static_cast<int>(places_.size()));
+            const double before = between == 0 ? 0.0 : places_[static_cast<std::size_t>(between) - 1];
+            const double middle = (before + places_[static_cast<std::size_t>(between)]) / 2;
+            const int first = static_cast<int>(middle / recipe.spacing);
+            targets_.push_back({first, first + targets.below(kRecordsAtMost)});
+        }
+    }
+
+    bool record(QFile& file) {
+        const int records = static_cast<int>((places_.back() + kRunIn) / recipe_.spacing);
+        for (int i = 0; i < records; ++i) {
+            look(i);
+            const bool isPlane =
+                recipe_.records == RecordKind::Plane || (recipe_.records == RecordKind::Mixed && i % 2 == 1);
+            const KvMath::KvPointCloud<KvMath::KvPointXY>& points = profile_;
+            if (!(isPlane ? points.writeToFile(file) : profile_.writeToFile(file)))
+                return false;
+        }
+        return true;
+    }
+
+private:
+    struct Target {
+        int first, last;  ///< records
+    };
+
+    std::uint64_t stream(int kind) const { return static_cast<std::uint64_t>(scanner_.index * 8 + kind); }
+
+    void look(int record) {
+        const double travel = record * recipe_.spacing;
+        profile_.points.clear();
+        profile_.z = static_cast<float>(travel);
+        if (recipe_.lost > 0 && lost_.unit() < recipe_.lost)
+            return;
+        while (nearest_ + 1 < places_.size() &&
+               std::fabs(places_[nearest_ + 1] - travel) < std::fabs(places_[nearest_] - travel))
+            ++nearest_;
+        const bool seen = seeWheel(scanner_, wheels_[nearest_], travel - places_[nearest_], ranges_);
+        const bool isTarget = std::any_of(targets_.begin(), targets_.end(), [&](const Target& target) {
+            return record >= target.first && record <= target.last;
+        });
+        for (int column = 0; column < scanner_.points; ++column)
+            addPoint(column, seen ? ranges_[static_cast<std::size_t>(column)] : std::nan(""), isTarget);
+    }
+
+    void addPoint(int column, double wheelRange, bool isTarget) {
+        const double x = scanner_.xFrom + column * scanner_.xStep;
+        double range = wheelRange;
+        if (std::isnan(range) && isTarget && std::fabs(x) < kTargetHalfWidth)
+            range = scanner_.intercept((scanner_.high + scanner_.low) / 2);
+        if (std::isnan(range) || column < kColumnsOfRail)
+            range = surroundings(column);
+        if (std::isnan(range) || (recipe_.dropouts > 0 && gaps_.unit() < recipe_.dropouts))
+            return;
+        range += recipe_.noise > 0 ? recipe_.noise * noise_.normal() : 0.0;
+        profile_.points.append({static_cast<float>(x), static_cast<float>(range)});
+    }
+
+    /// The rail and its fastenings near the scanner in the first columns, parts of the train far away in some
+    /// others.
+    double surroundings(int column) const {
+        constexpr int kStripes = 50;
+        constexpr double kNear = 25, kFar = 120;
+        if (column < kColumnsOfRail)
+            return scanner_.intercept(scanner_.low) - kNear;
+        return column / kStripes % 3 == 0 ? scanner_.intercept(scanner_.high) + kFar : std::nan("");
+    }
+
+    static constexpr int kColumnsOfRail = 30;
+    static constexpr double kTargetHalfWidth = 20;
+
+    const PassRecipe& recipe_;
+    const Scanner& scanner_;
+    Draws noise_, gaps_, lost_;
+    std::vector<Wheel> wheels_;
+    std::vector<double> places_;
+    std::vector<Target> targets_;
+    std::size_t nearest_ = 0;
+    std::vector<double> ranges_;
+    KvMath::KvProfileZ profile_;
+};
+
+bool fail(const QString& text, QString* error) {
+    if (error != nullptr)
+        *error = text;
+    return false;
+}
+
+bool writeWhole(const QString& path, const QByteArray& content, QString* error) {
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size() || !file.flush())
+        return fail(QString("%1: cannot be written: %2").arg(path, file.errorString()), error);
+    return true;
+}
+
+}  // namespace
+
+std::vector<Wheelset> trainOf(const PassRecipe& recipe) {
+    constexpr double kInBogie = 1800, kBetweenBogies = 3400, kShift = 3, kPlay = 2;
+    constexpr double kScannerX[] = {-200, 0, 200};
+    Draws draws(recipe.seed, 0);
+    const auto within = [&](double limit) { return (2 * draws.unit() - 1) * limit; };
+    std::vector<Wheelset> train;
+    double place = kRunIn;
+    for (int i = 0; i < recipe.wheelsets; ++i) {
+        Wheelset wheelset;
+        wheelset.place = place + within(20);
+        wheelset.backToBack += within(kPlay);
+        wheelset.shift = within(kShift);
+        const double diameter = recipe.diameter - recipe.turned * draws.unit();
+        for (WheelShape& shape : wheelset.wheels) {
+            shape.treadDiameter = diameter - draws.unit() * 0.5;
+            shape.flangeWear = recipe.flangeWear * draws.unit();
+            shape.hollow = recipe.hollow * draws.unit();
+        }
+        train.push_back(wheelset);
+        place += i % 2 == 0 ? kInBogie : kBetweenBogies;
+    }
+    // Damaged wheels are spread over the train: every one but those that have a defect already may be next.
+    for (int i = 0; i < recipe.breakouts + recipe.flats; ++i) {
+        int wheel = draws.below(2 * recipe.wheelsets);
+        const auto shapeOf = [&]() -> WheelShape& {
+            return train[static_cast<std::size_t>(wheel / 2)].wheels[wheel % 2];
+        };
+        while (!shapeOf().defects.empty())
+            wheel = (wheel + 1) % (2 * recipe.wheelsets);
+        WheelShape& shape = shapeOf();
+        shape.defects.push_back(i < recipe.breakouts ? breakout(kScannerX[draws.below(3)], shape)
+                                                     : flat(shape));
+    }
+    return train;
+}
+
+QByteArray passTruth(const std::vector<Wheelset>& train) {
+    QString text = "wheelset,side,flange_height,flange_thickness,position_18,radius,back_to_back,defect\n";
+    for (std::size_t i = 0; i < train.size(); ++i) {
+        for (const int side : {0, 1}) {
+            const WheelShape& shape = train[i].wheels[side];
+            const SectionTruth truth = sectionTruth(shape, 0);
+            const int defect = shape.defects.empty() ? 0 : (shape.defects.front().isBreakout ? 1 : 2);
+            text += QString("%1,%2").arg(i + 1).arg(side == 0 ? "left" : "right");
+            for (const double value : {truth.flangeHeight, truth.flangeThickness, truth.position18,
+                                       truth.tipRadius, train[i].backToBack})
+                text += ',' + QString::number(value, 'f', 4);
+            text += QString(",%1\n").arg(defect);
+        }
+    }
+    return text.toUtf8();
+}
+
+bool simulatePass(const PassRecipe& recipe, const QString& folder, QString* error) {
+    const QString problem = problemOf(recipe);
+    if (!problem.isEmpty())
+        return fail(problem, error);
+    const std::vector<Wheelset> train = trainOf(recipe);
+    const std::vector<Scanner> post = measuringPost();
+    for (const Scanner& scanner : post) {
+        QFile file(QString("%1/pass_%2.bin").arg(folder).arg(scanner.serial));
+        if (!file.open(QIODevice::WriteOnly) || !Recorder(recipe, train, scanner).record(file) ||
+            !file.flush())
+            return fail(QString("%1: cannot be written: %2").arg(file.fileName(), file.errorString()), error);
+    }
+    return writeWhole(folder + "/settings.ini", postSettings(post), error) &&
+           writeWhole(folder + "/truth.csv", passTruth(train), error);
+}
+
+}  // namespace Simulator

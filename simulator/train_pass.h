@@ -1,0 +1,54 @@
+#pragma once
+// A train that passes a measuring post: the recordings of its scanners, the settings of the post, the truth.
+//
+// All scanners are triggered together, every `spacing` mm of travel, and write one record for each trigger,
+// so records of one number show one moment; a trigger that a scanner misses leaves an empty record. The same
+// recipe gives the same files on every run.
+
+#include "simulator/measuring_post.h"
+
+#include <QtCore/QString>
+
+#include <cstdint>
+
+namespace Simulator {
+
+struct Wheelset {
+    double place = 0;  ///< travel at which its axis stands over the middle of the post, mm
+    double backToBack = 1360;
+    double shift = 0;      ///< of the wheelset to the left
+    WheelShape wheels[2];  ///< left, right
+};
+
+enum class RecordKind { WithZ, Plane, Mixed };
+
+/// What passes, and how well it is seen. Legal ranges in brackets; NaN is never legal.
+struct PassRecipe {
+    int wheelsets = 8;      ///< [1 ... 1000]
+    double diameter = 920;  ///< of new wheels, mm [500 ... 1500]
+    double turned = 20;     ///< largest loss of diameter [0 ... 100]
+    double flangeWear = 3;  ///< largest [0 ... 6]
+    double hollow = 2;      ///< largest depth of tread hollowing [0 ... 4]
+    int breakouts = 0;      ///< wheels with a breakout in view [0 ... 2 wheelsets]
+    int flats = 0;  ///< other wheels with a flat in the measured section [0 ... 2 wheelsets - breakouts]
+    double spacing = 20;     ///< travel between triggers, mm [1 ... 100]
+    double noise = 0.02;     ///< standard deviation of the ranges, mm [0 ... 1]
+    double dropouts = 0.01;  ///< share of points that are missing [0 ... 0.5]
+    double lost = 0;         ///< share of triggers that a scanner misses [0 ... 0.2]
+    int falseTargets = 0;    ///< short sights of something that is no wheel, for each scanner [0 ... 1000]
+    RecordKind records = RecordKind::WithZ;
+    std::uint64_t seed = 1;
+};
+
+/// The train of a recipe: wheelsets 1800 and 3400 mm apart by turns, drawn between new and worn.
+std::vector<Wheelset> trainOf(const PassRecipe& recipe);
+
+/// Writes pass_SERIAL.bin of every scanner, settings.ini and truth.csv into an existing folder. False and a
+/// text in `error` for an illegal recipe and for files that cannot be written. Memory holds one profile.
+bool simulatePass(const PassRecipe& recipe, const QString& folder, QString* error);
+
+/// "wheelset,side,flange_height,flange_thickness,position_18,radius,back_to_back,defect", one line for each
+/// wheel; radius is that of the flange tip, and the defect is 1 for a breakout, 2 for a flat.
+QByteArray passTruth(const std::vector<Wheelset>& train);
+
+}  // namespace Simulator
