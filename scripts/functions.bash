@@ -3,6 +3,8 @@
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 jobs=${JOBS:-$(nproc)}
 started=$SECONDS
+# Compiler cache, where there is one: the same entries for every checkout, wherever it lies.
+export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
 
 say() { printf '== [%3d s] %s\n' "$((SECONDS - started))" "$*"; }
 
