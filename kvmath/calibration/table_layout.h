@@ -12,9 +12,9 @@
 
 namespace KvMath {
 
-constexpr int kSensorColumns = 648;
-constexpr int kSensorRows = 488;
-constexpr int kCalibrationSteps = 1000;
+constexpr int kSensorColumns = 648;      ///< of the image sensor
+constexpr int kSensorRows = 488;         ///< of the image sensor
+constexpr int kCalibrationSteps = 1000;  ///< of a record
 
 constexpr int kPositionsPerRow = 32;                              ///< a position counts 1/32 pixel
 constexpr int kSensorPositions = kSensorRows * kPositionsPerRow;  ///< 15616: the first one outside

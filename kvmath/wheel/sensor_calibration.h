@@ -17,6 +17,7 @@ struct _KvORBIS_DbgData_ {
     QList<KvPointXY> points;
 };
 
+/// What ORBIS_detectCalibrNodes answers.
 enum codeResult : int { CalibrNodesFound = 0, CalibrNodesTooFewPoints = 1, CalibrNodesTooFewLines = 2 };
 
 /// Placement by angles, in degrees, of a sensor that sees ridges of a calibration object at (objectX,
