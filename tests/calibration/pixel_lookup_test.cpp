@@ -13,6 +13,7 @@ namespace {
 
 using TestSupport::CellRows;
 constexpr int kFirst = 5, kLast = 20;
+constexpr double kStepX = 49000 / 1024.0;  // whole table units
 
 /// Lines of 60 steps that climb unevenly, noisy, with lost columns, folds, strays and positions off the
 /// sensor.
@@ -21,13 +22,16 @@ struct Record {
         TestSupport::Draws draws(seed);
         const double rise = draws.chance(0.5) ? 12.3 : -12.3, noise = draws.real(0.0, 30.0);
         for (int s = 0; s < 1000; ++s) {
-            params[std::size_t(s)] = s == 130   ? NAN
-                                     : s == 131 ? 1e300
-                                                : draws.real(-1.0, 1.0) + 0.5 * (s - 95);
+            const double units = s == 132   ? -0.5
+                                 : s == 133 ? 32767.5
+                                            : 16.0 * (draws.integer(-20, 20) + 10 * (s - 95));
+            params[std::size_t(s)] = s == 130 ? NAN : s == 131 ? 1e300 : units * (49 / 16384.0);  // exact
             for (int c = 0; s >= 100 && s < 160 && c < 40; ++c) {
                 const int p = int(8000.0 + rise * s + 3.0 * c + draws.normal(noise));
                 const bool lost = draws.chance(0.2) || s == 120 || (s == 140 && c != 9);
-                const int stray = draws.chance(0.01) ? draws.integer(1, 65535) : p;
+                const int stray = draws.chance(0.01)   ? draws.integer(1, 65535)
+                                  : draws.chance(0.01) ? draws.integer(15615, 15616)
+                                                       : p;
                 dtf[c][s] = static_cast<unsigned short>(lost ? 0 : stray);
             }
         }
@@ -96,14 +100,14 @@ TEST(LookUps, EqualTheLinesDrawnOneByOneAndJoinedStepToStep) {
         if (round == 5)
             r.params[1] = r.params[0];  // nothing recorded: z from the step number
         const auto unitsZ = [&](int, int s) {
-            return (round == 5 ? s * 700.0 / 1000 : r.params[std::size_t(s)]) * 16384 / 90.0;
+            return (round == 5 ? s * 700.0 / 1000 : r.params[std::size_t(s)]) * 16384 / 49.0;
         };
-        const auto unitsX = [](int c, int) { return (c - kFirst) * 333.3 / 1000 * 16384 / 50.0; };
-        ASSERT_TRUE(KvMath::convert_Pxl2Z(r.dtf.rows(), r.params.data(), 90, 700, kFirst, kLast, z.rows()));
-        ASSERT_TRUE(KvMath::convert_Pxl2X(r.dtf.rows(), nullptr, 50, 333.3, kFirst, kLast, x.rows()));
+        const auto unitsX = [](int c, int) { return (c - kFirst) * kStepX / 1000 * 16384 / 49.0; };
+        ASSERT_TRUE(KvMath::convert_Pxl2Z(r.dtf.rows(), r.params.data(), 49, 700, kFirst, kLast, z.rows()));
+        ASSERT_TRUE(KvMath::convert_Pxl2X(r.dtf.rows(), nullptr, 49, kStepX, kFirst, kLast, x.rows()));
         EXPECT_TRUE(z.cells == literal(r, false, unitsZ).cells && x.cells == literal(r, false, unitsX).cells);
-        ASSERT_TRUE(KvMath::convert_Triangles2PxlWithTemplate(r.dtf.rows(), r.params.data(), 90, 50, 700,
-                                                              333.3, kFirst, kLast, z.rows(), x.rows()));
+        ASSERT_TRUE(KvMath::convert_Triangles2PxlWithTemplate(r.dtf.rows(), r.params.data(), 49, 49, 700,
+                                                              kStepX, kFirst, kLast, z.rows(), x.rows()));
         EXPECT_TRUE(z.cells == literal(r, true, unitsZ).cells && x.cells == literal(r, true, unitsX).cells);
     }
 }

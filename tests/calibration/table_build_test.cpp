@@ -88,19 +88,20 @@ TEST(Builders, ZIsTrueWithinTruncationPositionsAndNoiseAndOnlyWhereMeasured) {
 
 TEST(Builders, DeriveLimitsAndFailAtGapsBeforeStep500) {
     const std::vector<double> params(1000);
-    for (const int gap : {498, 499, 500, 0}) {  // 0: one line, from column 0 to 300
+    for (auto [gap, first, last] : {std::tuple(498, 0, 5), {499, 1, 648}, {500, 5, 700}, {0, 7, 7}}) {
+        // 0: one line, from column 0 to 300
         CellRows dtf(1000);
         for (int s = 3; gap > 0 && s < 1000; ++s)
             dtf[100][s] = dtf[300][s] = static_cast<unsigned short>(s == gap ? 0 : 10 * s);
         dtf[0][999] = dtf[300][999] = 64;  // column 0 is never inside limits
         Cells table(kTableCells, 7);
-        int first = 5, last = 700;
         const bool x = calc_X(dtf.rows(), params.data(), 1, 1, 0, 647, first, last, table.data());
         EXPECT_EQ(std::pair(first, last), std::pair(gap > 0 ? 100 : 300, 300));
         EXPECT_TRUE(x == (gap > 0) && (x || table == Cells(kTableCells, 7)));
         const bool isWhole = gap == 500 || gap == 0;
         EXPECT_EQ(calc_XandZ(dtf.rows(), params.data(), 1, 1, 1, 1, 0, 647, first, last, table.data()),
                   isWhole);
+        EXPECT_FALSE(calc_XandZ(dtf.rows(), params.data(), 1, NAN, 1, 1, 0, 647, first, last, table.data()));
         EXPECT_EQ(table[514 * 648], isWhole ? 0 : 7);  // X of column 0 at position 64
     }
 }
@@ -109,14 +110,14 @@ TEST(Scores, GradientsPerSensorRowAndExposure) {
     Cells table(kTableCells);
     for (std::size_t i = 0; i < table.size(); ++i)
         table[i] = static_cast<unsigned short>(i / 648 % 1000 * (i / 648 % 1000) / 32);
-    table[500 * 648 + 3] = kEmptyCell;
+    table[500 * 648 + 3] = table[976 * 648 + 3] = kEmptyCell;  // row 976 is beyond the sensor
     std::vector<double> z(976 * 648), x(z);
     ASSERT_TRUE(gradientXandZtables(table.data(), 32, 16384, z.data(), x.data()));
     EXPECT_EQ(x[32 * 648], 4);  // d(r^2 / 32) over two half rows, r^2 / 8 by the sensor row
     EXPECT_EQ(z[320 * 648], 40 * 32 / 16384.0);
     EXPECT_EQ(x[975 * 648], 29707 - 29585);  // of rows 975 and 973
     EXPECT_TRUE(std::isnan(z[498 * 648 + 3]) && std::isnan(z[502 * 648 + 3]) &&
-                !std::isnan(z[500 * 648 + 3]));
+                !std::isnan(z[500 * 648 + 3] + z[974 * 648 + 3]));
     EXPECT_FALSE(gradientXandZtables(table.data(), NAN, 1, z.data(), x.data()));
 
     KvProfile profile;
