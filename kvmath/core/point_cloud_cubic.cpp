@@ -245,6 +245,30 @@ int CubeCounter::thinOut(std::vector<bool>& gone) {
     return removed;
 }
 
+/// The points that are not gone, in their places in memory where no other cloud shares these.
+void keepOthers(QList<KvPointXYZ>& points, const std::vector<bool>& gone, int removed) {
+    const int size = points.size();
+    if (points.isDetached()) {
+        int kept = 0;
+        for (int i = 0; i < size; ++i) {
+            if (gone[static_cast<std::size_t>(i)])
+                continue;
+            if (kept != i)
+                points[kept] = points.at(i);
+            ++kept;
+        }
+        points.erase(points.begin() + kept, points.end());
+        return;
+    }
+    QList<KvPointXYZ> others;
+    others.reserve(size - removed);
+    for (int i = 0; i < size; ++i) {
+        if (!gone[static_cast<std::size_t>(i)])
+            others.append(points.at(i));
+    }
+    points.swap(others);
+}
+
 int removeSparse(KvPointCloud<KvPointXYZ>& cloud, float step, float cell, int minCount, bool balls) {
     if (std::isnan(cloud.minX) || std::isnan(cloud.maxX) || std::isnan(cloud.minY) ||
         std::isnan(cloud.maxY) || std::isnan(cloud.minZ) || std::isnan(cloud.maxZ))
@@ -254,18 +278,14 @@ int removeSparse(KvPointCloud<KvPointXYZ>& cloud, float step, float cell, int mi
     const Grid grid(cloud, step, cell);
     if (grid.x.count() == 0 || grid.y.count() == 0 || grid.z.count() == 0)
         return 0;
-    const QList<KvPointXYZ> source = cloud.points;
+    const QList<KvPointXYZ>& source = qAsConst(cloud.points);
     std::vector<bool> gone(static_cast<std::size_t>(source.size()), false);
     const bool isCounted = !balls && CubeCounter::isFeasible(grid, source.size());
     const int removed = isCounted ? CubeCounter(source, grid, minCount).thinOut(gone)
                                   : thinOut(membershipsOf(source, grid, balls), minCount, gone);
     if (removed == 0)
         return 0;
-    cloud.points.clear();
-    cloud.points.reserve(source.size() - removed);
-    for (int i = 0; i < source.size(); ++i)
-        if (!gone[static_cast<std::size_t>(i)])
-            cloud.points.append(source.at(i));
+    keepOthers(cloud.points, gone, removed);
     cloud.zIndexBuilt = false;
     return removed;
 }
