@@ -125,7 +125,7 @@ bool evaluateRow(PlaneInfo* row, Vector& point, Vector& upper) {
 }  // namespace
 
 void convertKorvanPlanes2planes(PlaneInfo* planes, int count) {
-    for (int i = 0; i < count; ++i) {
+    for (int i = 0; planes != nullptr && i < count; ++i) {
         PlaneInfo& info = planes[i];
         double n[3] = {std::nan(""), std::nan(""), std::nan("")};
         convertKorvanAngles2NormVector(info.angleA, info.angleB, info.axis1, info.axis2, info.axis3, n);
@@ -215,7 +215,7 @@ void getRotationMatrixByAxisAndAngle(const double* axis, double angle, double* M
 }
 
 bool getAdjustmentData(const double* measured, const double* reference, int count, double* M, double* t) {
-    if (count < 3)
+    if (count < 3 || measured == nullptr || reference == nullptr || M == nullptr || t == nullptr)
         return false;
     const Vector from = meanPoint(measured, count), to = meanPoint(reference, count);
     double H[9] = {}, R[9];
@@ -239,6 +239,8 @@ bool getAdjustmentData(const double* measured, const double* reference, int coun
 bool getAdjustmentDataPlanesMethod(const PlaneInfo* measured, const PlaneInfo* reference, int count,
                                    double* M, double* t) {
     constexpr double kDependent = 1e-9;
+    if (measured == nullptr || reference == nullptr || M == nullptr || t == nullptr)
+        return false;
     double H[9] = {}, moments[9] = {}, weighted[3] = {}, R[9];
     for (int i = 0; i < count; ++i) {
         const Plane a = unitPlane(measured[i].plane);
@@ -260,6 +262,8 @@ bool getAdjustmentDataPlanesMethod(const PlaneInfo* measured, const PlaneInfo* r
 }
 
 bool getBogieReferenceFrame(PlaneInfo (*planes)[7], int rows, double* M, double* origin) {
+    if (planes == nullptr || M == nullptr || origin == nullptr)
+        return false;
     std::vector<double> points;
     Vector third = {};
     for (int row = 0; row < rows; ++row) {

@@ -37,11 +37,12 @@ KVMATH_EXPORT void getRotationMatrixByAxisAndAngle(const double* axis, double an
 
 /// The rigid map p -> M p + t that carries `count` measured points onto the reference points with the least
 /// sum of squared distances (W. Kabsch, Acta Cryst. A 32 (1976) 922-923): a proper rotation always. False,
-/// outputs untouched: fewer than three points, points on a line, anything not finite.
+/// outputs untouched: null pointers, fewer than three points, points on a line, anything not finite.
 KVMATH_EXPORT bool getAdjustmentData(const double* measured, const double* reference, int count, double* M,
                                      double* t);
 /// The same from planes: the rotation from the unit normals, then t by least squares from the offsets. Pairs
-/// whose planes are not both valid are left out. False, outputs untouched, without three independent normals.
+/// whose planes are not both valid are left out. False, outputs untouched: null pointers, no three
+/// independent normals.
 KVMATH_EXPORT bool getAdjustmentDataPlanesMethod(const PlaneInfo* measured, const PlaneInfo* reference,
                                                  int count, double* M, double* t);
 
@@ -50,7 +51,7 @@ KVMATH_EXPORT bool getAdjustmentDataPlanesMethod(const PlaneInfo* measured, cons
 /// or whose three middle planes do not meet in a point, is left out. Origin: the mean of the meeting points.
 /// Third axis (M's third column): the mean of the upper normals, turned to the side of the first. First axis:
 /// from the first meeting point to the last, made square to it. Second: third x first. False, outputs
-/// untouched: fewer than two good rows, or no direction from first to last.
+/// untouched: null pointers, fewer than two good rows, or no direction from first to last.
 KVMATH_EXPORT bool getBogieReferenceFrame(PlaneInfo (*planes)[7], int rows, double* M, double* origin);
 
 }  // namespace KvMath

@@ -122,6 +122,8 @@ bool ORBIS_calcAnglesCoord(KvProfile profile, float objectX, float objectY, floa
 
 codeResult ORBIS_detectCalibrNodes(KvProfile profile, KvVector2D<double>* nodes, float contourGap,
                                    float tolerance, int writePoints) {
+    if (nodes == nullptr)
+        return CalibrNodesTooFewPoints;
     const std::vector<Internal::PlanePoints> contours =
         Internal::contoursOf(Internal::widened(profile.points), static_cast<double>(contourGap));
     const auto largest = std::max_element(contours.begin(), contours.end(),
@@ -145,6 +147,8 @@ codeResult ORBIS_detectCalibrNodes(KvProfile profile, KvVector2D<double>* nodes,
 
 bool ORBIS_detectCalibr3DNodes(const KvPointXY* nodes, KvPointXYZ* positions, float width, float taper,
                                float height) {
+    if (nodes == nullptr || positions == nullptr)
+        return false;
     const double chordX = static_cast<double>(nodes[2].x) - static_cast<double>(nodes[0].x);
     const double chordY = static_cast<double>(nodes[2].y) - static_cast<double>(nodes[0].y);
     const double d = std::hypot(chordX, chordY);

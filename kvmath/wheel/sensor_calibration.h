@@ -36,14 +36,14 @@ KVMATH_EXPORT bool ORBIS_calcAnglesCoord(KvProfile profile, float objectX, float
 /// mm) the three inner vertices of sharpest turn (contour2lines, `tolerance` mm, two passes), in walking
 /// order, to nodes[0 ... 2]; equal turns prefer the earlier. writePoints other than 0 also writes them to
 /// "points.csv" in the current directory. A contour of fewer than 4 points, or fewer than 3 inner vertices,
-/// answers with the other codes, nodes untouched.
+/// answers with the other codes, nodes untouched; null nodes with the first.
 KVMATH_EXPORT codeResult ORBIS_detectCalibrNodes(KvProfile profile, KvVector2D<double>* nodes,
                                                  float contourGap, float tolerance, int writePoints);
 
 /// The places in space of three such corners on a wedge that is `width` mm wide at Y = 0, widens by `taper`
 /// per mm of Y (0: Y is 0) and has its ridge at `height`. With d the distance of the outer nodes, Y = (d -
 /// width) / taper: positions (-d/2, Y, 0), (foot of the middle node on the chord, from its middle, Y,
-/// height), (d/2, Y, 0). False, positions untouched, when d is not finite and > 0.
+/// height), (d/2, Y, 0). False, positions untouched: null pointers, or d not finite and > 0.
 KVMATH_EXPORT bool ORBIS_detectCalibr3DNodes(const KvPointXY* nodes, KvPointXYZ* positions, float width,
                                              float taper, float height);
 

@@ -1,5 +1,6 @@
 #include <kvmath/wheel/wheel_variants.h>
 
+#include <kvmath/profile/point_list_p.h>
 #include <kvmath/wheel/wheel_profile_p.h>
 
 #include <cmath>
@@ -55,6 +56,7 @@ bool ORBIS_calcWheelParams_FromProf_Tram(KvProfile& profile, const _CalcProfileP
         values->value[k] = kNaN;  // by index: the record is packed, no pointer to a double may be formed
     if (debugPoints != nullptr)
         debugPoints->clear();
+    Internal::keepIf(profile.points, Internal::isFinite);  // unset points would bound the sort
     profile.sort(KvSortAscending, KvSortNone);
     const Internal::FlangeLevels levels = {
         static_cast<double>(profileParams.treadPosition), static_cast<double>(profileParams.flankDepth),

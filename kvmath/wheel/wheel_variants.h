@@ -40,11 +40,12 @@ KVMATH_EXPORT void ORBIS_calcWheelParameters_Loko(const KvPointCloud<KvPointXYZ>
                                                   _WheelProfileValues* values, KvProfile* profileOut,
                                                   KvProfile* debugPoints);
 
-/// Sorts the wheel profile by x (cut off an underside before: it would mix with the flange) and fills
-/// `values` from it: 0, 1, 8, 9 as for the basic wheel, at the given places; 2 and 3 the rim thickness below
-/// flange and tread (calcRimThFlng, calcRimThSurf), 4 and 5 the rim's corner (calcRimRefPoint), 6 its face
-/// (detectRimForB2B); NaN where not found, 7 and 10 as well. `debugPoints`, optional, is replaced by the
-/// places. Returns whether the flange height was found; null `values`: false.
+/// Frees the wheel profile of points that are not finite, sorts it by x (cut off an underside before: it
+/// would mix with the flange) and fills `values` from it: 0, 1, 8, 9 as for the basic wheel, at the given
+/// places; 2 and 3 the rim thickness below flange and tread (calcRimThFlng, calcRimThSurf), 4 and 5 the rim's
+/// corner (calcRimRefPoint), 6 its face (detectRimForB2B); NaN where not found, 7 and 10 as well.
+/// `debugPoints`, optional, is replaced by the places. Returns whether the flange height was found; null
+/// `values`: false.
 KVMATH_EXPORT bool ORBIS_calcWheelParams_FromProf_Tram(KvProfile& profile,
                                                        const _CalcProfileParameters_& profileParams,
                                                        const _CalcRimParameters_& rimParams,

@@ -76,6 +76,11 @@ TEST(WheelVariants, MeasureFlangeRimAndDiameter) {
         EXPECT_NEAR(values.value[3], 10 - height, 0.2);
         EXPECT_TRUE(std::isnan(values.value[10]));
         EXPECT_GT(profile.points.size(), 300);
+        std::reverse(profile.points.begin(), profile.points.end());
+        profile.points.insert(150, {kNaN, 3});  // must not keep its sides apart
+        ASSERT_TRUE(
+            ORBIS_calcWheelParams_FromProf_Tram(profile, {60, 2, 10, 14, 24}, kRim, &values, nullptr));
+        EXPECT_NEAR(values.value[0], 28 + 25 * 2.0 / 65, 2e-3);
     }
     ORBIS_calcWheelParameters_Tram({}, wheel, nullptr, nullptr, nullptr);
     _WheelProfileValues none;
