@@ -120,8 +120,12 @@ TEST(TiltAngles, GiveANormalOnNumberedAxes) {
     convertKorvanAngles2NormVector(0, 0, -3, 1, 2, n);
     EXPECT_THAT(n, ElementsAre(0, 0, -1));
     convertKorvanAngles2NormVector(45, -30, -2, 3, 1, n);
-    const double m = 1 / std::sqrt(2 + 1.0 / 3);
-    EXPECT_THAT(listOf(n, 3), Pointwise(testing::DoubleNear(1e-7), {-m / std::sqrt(3.0), -m, m}));
+    const double tanA = std::tan(45 * 0.01745329238474369), tanB = -std::tan(30 * 0.01745329238474369);
+    const double m = 1 / std::sqrt(tanA * tanA + 1 + tanB * tanB);
+    EXPECT_THAT(listOf(n, 3), Pointwise(testing::DoubleNear(1e-14), {m * tanB, -m, m * tanA}));
+    convertKorvanAngles2NormVector(45, -30, 2, 2, 1, n);  // the last takes what the second left of the first
+    EXPECT_THAT((std::vector<double>{n[0], n[1]}),
+                Pointwise(testing::DoubleNear(1e-14), {m * tanA * tanB, m * tanA}));
     for (const int bad : {0, 4, -4, std::numeric_limits<int>::min()}) {
         double kept[3] = {7, 8, 9};
         convertKorvanAngles2NormVector(1, 2, bad, 1, 2, kept);

@@ -1,5 +1,7 @@
 #include <kvmath/wheel/sensor_coord.h>
 
+#include <kvmath/wheel/rule_algebra.h>
+
 #include <tests/support/random_data.h>
 
 #include <gtest/gtest.h>
@@ -25,32 +27,57 @@ void expectPoint(const KvPointXYZ& p, float x, float y, float z) {
 
 }  // namespace
 
-TEST(SensorByAngles, FollowsTheThreeSumsInDegreesAndBehindTheOldPoints) {
+TEST(SensorByAngles, AppendsBehindTheOldPoints) {
     KvPointCloud<KvPointXYZ> cloud;
     cloud.points.append({7, 8, 9});
     const KvProfile profile = profileOf({{2, 5}, {-1, 3}});
     ORBIS_XYtoXYZ(profile, cloud, _KvORBIS_SensorCoord_{10, 20, 30, 0, 0, 0});
-    ORBIS_XYtoXYZ(profile, cloud, _KvORBIS_SensorCoord_{10, 20, 30, 30, 60, 45});
-    ASSERT_EQ(cloud.points.size(), 5);
+    ASSERT_EQ(cloud.points.size(), 3);
     expectPoint(cloud.points[0], 7, 8, 9);
     expectPoint(cloud.points[1], 15, 20, 32);
     expectPoint(cloud.points[2], 13, 20, 29);
-    const float h = std::sqrt(0.5F), t = std::sqrt(0.75F);  // sin 45 = cos 45; cos 30 = sin 60
-    expectPoint(cloud.points[3], (0.25F * h + h * t) * 2 + 10 + t * 5 * 0.5F,
-                (0.5F * t * h - h * 0.5F) * 2 + 20 + t * 5 * t, t * 2 * h + 30 - 0.5F * 5);
 }
 
-TEST(SensorOnARollingCircle, TakesRadiansAndAddsTheWayRolled) {
+// Any other order of the products and sums differs in some last bit.
+TEST(SensorSums, AreExactToTheLastBit) {
+    TestSupport::Draws draws(42);
+    const auto draw = [&](double range) { return static_cast<float>(draws.real(-range, range)); };
+    for (int round = 0; round < 300; ++round) {
+        const _KvORBIS_SensorCoord_ sensor = {draw(500), draw(500), draw(500),
+                                              draw(200), draw(200), draw(200)};
+        const float x = draw(100), y = draw(100), radius = 400 + draw(90), step = draw(5), index = draw(40);
+        const float s = std::trunc(index) * step, theta = -(step / radius * std::trunc(index));
+        KvPointCloud<KvPointXYZ> cloud;
+        ORBIS_XYtoXYZ(profileOf({{x, y}}), cloud, sensor);
+        ORBIS_XYtoXYZ(profileOf({{x, y}}), cloud, sensor, radius, step, static_cast<int>(index));
+        for (const bool rolls : {false, true}) {
+            const auto angle = [&](float a) { return rolls ? a : a / 180 * 3.1415927F; };
+            const float A = angle(sensor.angleA), B = angle(sensor.angleB), C = angle(sensor.angleC);
+            const float sA = std::sin(A), cA = std::cos(A), sB = std::sin(B), cB = std::cos(B);
+            const float sC = std::sin(C), cC = std::cos(C);
+            KvPointXYZ p((sA * cB * cC + sC * sB) * x + sensor.x + cA * y * cB,
+                         (sA * sB * cC - sC * cB) * x + sensor.y + cA * y * sB,
+                         cA * x * cC + sensor.z - sA * y);
+            p.x += rolls ? radius * std::cos(theta) - s : 0;
+            p.z += rolls ? radius * std::sin(theta) : 0;
+            const KvPointXYZ& q = cloud.points[rolls ? 1 : 0];
+            EXPECT_TRUE(p.x == q.x && p.y == q.y && p.z == q.z) << round;
+        }
+        const double rule[9] = {draws.real(-9, 9), 0, 0, draws.real(-1, 1), draws.real(-1, 1)},
+                     plane[2] = {0.3, 7};
+        double space[3];
+        plane2space(rule, plane, space);
+        EXPECT_EQ(space[0], rule[0] + rule[3] * 0.3 + rule[4] * 7);
+    }
+}
+
+TEST(SensorOnARollingCircle, AddsTheRadiusAtIndexZero) {
     KvPointCloud<KvPointXYZ> cloud;
     const KvProfile profile = profileOf({{2, 5}});
-    const float quarter = 1.5707964F;
     ORBIS_XYtoXYZ(profile, cloud, {10, 20, 30, 0, 0, 0}, 400, 3, 0);
-    ORBIS_XYtoXYZ(profile, cloud, {10, 20, 30, quarter, 0, 0}, 400, 3, 7);
     expectPoint(cloud.points[0], 415, 20, 32);
-    const float theta = -(3.0F / 400 * 7);
-    expectPoint(cloud.points[1], 12 + 400 * std::cos(theta) - 21, 20, 25 + 400 * std::sin(theta));
     ORBIS_XYtoXYZ(profile, cloud, {10, 20, 30, 0, 0, 0}, 0, 3, 1);
-    EXPECT_FALSE(std::isfinite(cloud.points[2].x));
+    EXPECT_FALSE(std::isfinite(cloud.points[1].x));
 }
 
 TEST(SensorByRule, CarriesTheCalibrationPointsExactlyAndSumsInDouble) {

@@ -58,46 +58,86 @@ TEST(WheelParameters, AreThoseOfTheProfile) {
     }
 }
 
-// The tread slopes, so that the mean of two close neighbours and the interpolation differ.
-TEST(WheelParameters, InterpolateTheTreadUnlessItsNeighboursAreClose) {
-    for (const bool close : {false, true}) {
-        KvPointCloud<KvPointXYZ> cloud;
-        for (const KvPointXYZ& p : wheelPoints([](double x) { return flange(x, 28); }).points) {
-            if (std::fabs(p.y + 5 - 70) > 1)
-                cloud.points.append(p);
-        }
-        const auto add = [&](double x, double depth) {
-            cloud.points.append({static_cast<float>(10 + 460 - depth), static_cast<float>(x - 5), 500});
-        };
-        add(69.997, close ? 20 : 28);
-        add(close ? 70.006 : 70.6, close ? 30 : 28.06);
-        _WheelProfileValues values;
-        ORBIS_calcWheelParameters(cloud, kWheel, &values, nullptr, nullptr);
-        EXPECT_NEAR(values.value[0], close ? 25.0 : 28.0003, 2e-4);
-    }
+namespace {
+
+/// The steps one by one: height, deviation, thickness, position at 18; the places found as (x, depth).
+std::vector<double> literalValues(const QList<KvPointXY>& p, QList<KvPointXY>& places) {
+    std::vector<double> values(4, std::nan(""));
+    const auto x = [&](int i) { return static_cast<double>(p[i].x); };
+    const auto y = [&](int i) { return static_cast<double>(p[i].y); };
+    const auto mark = [&](double atX, double depth) {
+        places.append({static_cast<float>(atX), static_cast<float>(depth)});
+    };
+    const int end = p.size() - 2;
+    int top = 0;
+    for (int i = 1; p.size() >= 4 && i <= end; ++i)
+        top = y(i) > 0 && (top == 0 || y(i) < y(top)) ? i : top;
+    if (top == 0)
+        return values;
+    mark(x(top), y(top));
+    const auto reaching = [&](double level) {
+        int i = top + 1;
+        while (i < end && !(y(i - 1) <= level && level <= y(i)))
+            ++i;
+        return i;
+    };
+    const int flank = reaching(2);
+    if (flank >= end)
+        return values;
+    mark((x(flank - 1) + x(flank)) / 2, 2);
+    int k = flank;
+    while (k < end && !(x(k) <= 70 && 70 <= x(k + 1)))
+        ++k;
+    if (k >= end)
+        return values;
+    const double spacing = x(k + 1) - x(k), height = spacing <= 0.01
+                                                         ? (y(k) + y(k + 1)) / 2
+                                                         : y(k) + (70 - x(k)) / spacing * (y(k + 1) - y(k));
+    mark(70, values[0] = height);
+    const int inner = reaching(height - 13);
+    if (inner >= end)
+        return values;
+    mark((x(inner - 1) + x(inner)) / 2, height - 13);
+    values[2] = (x(inner - 1) + x(inner)) / 2 - (x(flank - 1) + x(flank)) / 2;
+    values[1] = height - (height >= 29 ? 30 : 28);
+    const int i = reaching(18);
+    if (i < end)
+        mark(values[3] = x(i - 1) + (18 - y(i - 1)) / (y(i) - y(i - 1)) * (x(i) - x(i - 1)), 18);
+    return values;
 }
 
-TEST(WheelParameters, EndAtTheFirstStepThatFindsNothing) {
-    const auto evaluate = [](const KvPointCloud<KvPointXYZ>& cloud, KvProfile* places) {
+}  // namespace
+
+// Steps of a coarse grid meet every level and the limit of 0.01 exactly.
+TEST(WheelParameters, FollowTheirStepsOnAnyProfile) {
+    TestSupport::Draws draws(31);
+    const float ways[] = {0, 0.0078125F, 0.015625F, 1, 10, 30}, steps[] = {-2, -0.25F, 0, 0.25F, 2, 13};
+    for (int round = 0; round < 20000; ++round) {
+        KvPointCloud<KvPointXYZ> cloud;
+        float x = -5, depth = 4;
+        for (int i = draws.integer(0, 16); i > 0; --i) {
+            cloud.points.append({10 + 460 - depth, x, 500});
+            x += ways[draws.integer(0, 5)];
+            depth = std::fabs(depth + steps[draws.integer(0, 5)]);
+        }
+        cloud.points.insert(cloud.points.size() / 2, {470, kNaN, 500});
         _WheelProfileValues values;
-        ORBIS_calcWheelParameters(cloud, kWheel, &values, nullptr, places);
-        return std::vector<double>{values.value[0], values.value[8], values.value[9], values.value[1]};
-    };
-    KvProfile places;
-    for (const auto& [width, steps] : {std::pair(60.0, 2), std::pair(31.0, 1), std::pair(0.9, 0)}) {
-        KvPointCloud<KvPointXYZ> narrow;
-        for (const KvPointXYZ& p : wheelPoints([](double x) { return flange(x, 28); }).points)
-            if (p.y + 5 <= width)
-                narrow.points.append(p);
-        for (const double value : evaluate(narrow, &places))
-            EXPECT_TRUE(std::isnan(value));
-        EXPECT_EQ(places.points.size(), steps) << width;
+        KvProfile profile, places;
+        ORBIS_calcWheelParameters(cloud, kWheel, &values, &profile, &places);
+        QList<KvPointXY> expectedPlaces;
+        const std::vector<double> expected = literalValues(profile.points, expectedPlaces);
+        const int indices[] = {0, 8, 9, 1};
+        for (int k = 0; k < 4; ++k) {
+            const double value = values.value[indices[k]];
+            ASSERT_TRUE(std::fabs(value - expected[k]) < 1e-9 || value == expected[k] ||
+                        (std::isnan(value) && std::isnan(expected[k])))
+                << round << " " << k << ": " << value << " " << expected[k];
+        }
+        ASSERT_EQ(places.points.size(), expectedPlaces.size()) << round;
+        for (int k = 0; k < expectedPlaces.size(); ++k)
+            ASSERT_FALSE(places.points[k].x != expectedPlaces[k].x && !std::isnan(expectedPlaces[k].x))
+                << round;
     }
-    EXPECT_TRUE(std::isnan(evaluate({}, nullptr)[0]));
-    // A tread at depth 16 is measured, but the depth 18 is never reached.
-    const auto shallow = evaluate(wheelPoints([](double x) { return flange(x, 16); }), &places);
-    EXPECT_NEAR(shallow[0], 16, 1e-3);
-    EXPECT_TRUE(!std::isnan(shallow[2]) && std::isnan(shallow[3]));
     ORBIS_calcWheelParameters({}, kWheel, nullptr, nullptr, nullptr);
 }
 

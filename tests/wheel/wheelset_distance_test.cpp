@@ -17,8 +17,8 @@ TEST(WheelsDist, AddsTheOffsetsOfTheFirstHalvesSquareToTheReferences) {
                     static_cast<float>(2 + 1360 + 3 * std::sqrt(0.5)));
     EXPECT_EQ(a.points.size(), 5);
     EXPECT_EQ(b.points.size(), 4);
-    KvProfile same = level(8, 3), one = level(1, 3);
-    EXPECT_FLOAT_EQ(ORBIS_calcWheelsDist(same, same, KvLine(0, 1), KvLine(0, 1), 10), 14);
+    KvProfile same = level(8, 1.75F), one = level(1, 3);  // two offsets of 0.75 count in a sum in double only
+    EXPECT_EQ(ORBIS_calcWheelsDist(same, same, KvLine(0, 1), KvLine(0, 1), 16777216), 16777218.0F);
     EXPECT_TRUE(std::isnan(ORBIS_calcWheelsDist(one, same, KvLine(0, 0), KvLine(0, 0), 0)));
     EXPECT_TRUE(one.points.isEmpty());
 }
@@ -51,10 +51,17 @@ TEST_F(WheelsetDistance, TakesTheProfileBehindTheFullest) {
     set("SENSOR1/level_b", 32.5);  // of wheel 3 profiles 1 and 2 are left: equal, the first counts
     EXPECT_FALSE(ORBIS_calcWheelsDistInTrain("a_100.bin", "b_200.bin", 4, &settings, distances));
     EXPECT_FLOAT_EQ(distances[2], 1031);
+    set("SENSOR1/k2", 1);
+    set("SENSOR1/b2", 3);
+    EXPECT_TRUE(ORBIS_calcWheelsDistInTrain("a_100.bin", "b_200.bin", 1, &settings, distances));
+    EXPECT_FLOAT_EQ(distances[0], static_cast<float>(8 * std::sqrt(0.5) + 1000));
 }
 
 TEST_F(WheelsetDistance, IsRefusedWithoutScannerDirectoryOrPoints) {
     write("a_100/01_01.bin", level(6, -3));
+    write("a_300/01_01.bin", level(6, -3));
+    set("SENSOR2/SN", 100);  // the first group of the two counts
+    set("SENSOR2/b2", 5);
     float distance = -1;
     const auto run = [&](const char* a, const char* b, int count) {
         return ORBIS_calcWheelsDistInTrain(a, b, count, &settings, &distance);
