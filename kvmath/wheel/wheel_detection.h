@@ -24,9 +24,9 @@ namespace KvMath {
 ///   wndSize 3, higherPoinInWnd 1, maxdY 1.5      removeNoise
 ///   minPointsIn 1.5, rounded      a wheel profile has more points than this below the high line
 ///   maxCorr 1, parts 0, maxDist 10               removeLineParts, mode 3 only
-/// and for all scanners "minProfsInWheel" 5. In mode 3 removeLineParts(int(maxCorr), float(int(parts)),
-/// maxDist, 5) runs too, deliberately with these two exchanged, and the points must also lie above the low
-/// line.
+/// and for all scanners "minProfsInWheel" 5. The default 1.5 counts as 2, but the text 1.5 of an INI file,
+/// where a whole number belongs, as 0. In mode 3 removeLineParts(int(maxCorr), float(int(parts)), maxDist, 5)
+/// runs too, deliberately with these two exchanged, and the points must also lie above the low line.
 ///
 /// Wheel profiles that follow one another are one wheel. One of fewer than minProfsInWheel profiles is
 /// undone, files and number, when a profile without wheel ends it; at the end of the recording it is kept.

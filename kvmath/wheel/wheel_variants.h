@@ -57,7 +57,7 @@ KVMATH_EXPORT bool maxLineDetect(const KvProfile& profile, const TSFindTemplateP
 
 /// Circle of least squared distances through the points first ... last (limited to the profile;
 /// circleFitting, to 1e-9 within 2000 evaluations). False, outputs untouched: fewer than three points, or no
-/// convergence.
+/// convergence. Points on a line can end in some huge circle: look at the radius.
 KVMATH_EXPORT bool calcRefPoint(const KvProfile& profile, int first, int last, KvPointXY& centre,
                                 float& radius);
 /// The same for a known radius; false also for a radius that is not finite and > 0.
