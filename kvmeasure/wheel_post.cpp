@@ -87,7 +87,7 @@ void PostSettings::checkSensor(int index) const {
     check(group + "wndSize", 3, 1, true);
     check(group + "higherPoinInWnd", 1, 0, true);
     check(group + "maxdY", 1.5, 0, false);
-    check(group + "minPointsIn", 1.5, 0, false);
+    check(group + "minPointsIn", 2, 0, true);  // the text 1.5 would count as 0
     for (const char* name : {"level_k", "level_b", "lowlevel_k", "lowlevel_b", "lowLevel_k", "lowLevel_b",
                              "k2", "b2", "maxCorr", "parts", "maxDist"})
         check(group + name, 0, any, false);
