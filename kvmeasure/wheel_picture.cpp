@@ -125,7 +125,7 @@ private:
         thin({tip, 0}, {tread + 5, 0}, heightColour);
         dimension({tread, 0}, {tread, height}, QString("flange height %1").arg(height, 0, 'f', 2),
                   heightColour, {tread + 18, height / 2});
-        canvas_.text(view_.toPixel({tread + 1, height + 2}),
+        canvas_.text(view_.toPixel({tread + 1, height + 4.5}),
                      QString("tread point, %1 mm from the back").arg(tread),
                      QString("fill=\"%1\"").arg(heightColour));
     }
@@ -150,9 +150,9 @@ private:
         note({a, static_cast<double>(outer.y)}, QString("%1 deep").arg(static_cast<double>(outer.y)),
              {b + 8, 2.4});
         note({b, static_cast<double>(inner.y)},
-             QString("%1 above the tread point")
+             QString("%1 above the tread")
                  .arg(picture_.values.value[0] - static_cast<double>(inner.y), 0, 'f', 0),
-             {b + 18, static_cast<double>(inner.y) - 5});
+             {b + 9, static_cast<double>(inner.y) - 5});
     }
 
     /// Words beside a place, with a line to it.
@@ -187,14 +187,13 @@ private:
         canvas_.text({left, 34}, picture_.title, "font-size=\"20\" font-weight=\"bold\" fill=\"#111\"");
         canvas_.text({left, 56}, picture_.subtitle, "fill=\"#555\"");
         const double deviation = picture_.values.value[8];
-        QString facts =
-            QString("flange tip radius %1 mm").arg(static_cast<double>(picture_.radius), 0, 'f', 2);
+        QString facts = QString("tip radius %1").arg(static_cast<double>(picture_.radius), 0, 'f', 2);
         if (isKnown(picture_.values.value[0]))
             facts +=
-                QString(", running diameter %1 mm")
+                QString(", running diameter %1")
                     .arg(2 * (static_cast<double>(picture_.radius) - picture_.values.value[0]), 0, 'f', 2);
         if (isKnown(deviation))
-            facts += QString(", flange height %1%2 mm against nominal")
+            facts += QString(", height against nominal %1%2 mm")
                          .arg(deviation < 0 ? "" : "+")
                          .arg(deviation, 0, 'f', 2);
         canvas_.text({left, 76}, facts, "fill=\"#111\"");

@@ -130,14 +130,20 @@ QByteArray wheelCsv(const QList<WheelsetResult>& wheelsets, const WheelColumns& 
 
 QJsonObject wheelJson(const WheelPass& pass, const WheelColumns& columns) {
     QJsonArray recordings, wheelsets;
-    for (const Recording& recording : pass.recordings())
+    for (const Recording& recording : pass.recordings()) {
+        QJsonArray runs;
+        for (const KvMath::WheelPassage& wheel : recording.wheels)
+            runs.append(QJsonObject{{"firstRecord", wheel.records.first()},
+                                    {"lastRecord", wheel.records.last()},
+                                    {"profiles", wheel.records.size()}});
         recordings.append(QJsonObject{
             {"file", recording.path},
             {"sensor", recording.index},
             {"records", recording.records},
-            {"runs", recording.wheels.size()},
+            {"runs", runs},
             {"wheelFiles", recording.directory()},
             {"damagedAt", recording.damagedAt < 0 ? QJsonValue() : QJsonValue(recording.damagedAt)}});
+    }
     for (int w = 0; w < pass.wheelsets().size(); ++w) {
         const WheelsetResult& wheelset = pass.wheelsets().at(w);
         QJsonObject json{{"wheelset", w + 1},

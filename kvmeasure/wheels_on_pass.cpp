@@ -119,6 +119,8 @@ void draw(const MeasuredSection& section, const WheelsetResult& wheelset, const 
     if (!std::isnan(wheelset.z))
         picture.subtitle +=
             QString(", %1 m of travel").arg(static_cast<double>(wheelset.z) / 1000, 0, 'f', 2);
+    if (wheel.defect > 0)
+        picture.subtitle += "; a scanner saw a DEFECT of the tread";
     picture.profile = section.profile;
     picture.places = section.places;
     picture.values = wheel.values;
@@ -141,15 +143,15 @@ void measure(WheelPass& pass, const Plan& plan) {
         for (const QString& old : folder.entryList({"wheel_*.svg"}, QDir::Files))
             folder.remove(old);
     }
+    if (plan.columns.hasDistances)
+        pass.measureDistances();
+    if (plan.columns.hasDefects)
+        pass.searchDefects();
     if (plan.columns.hasSections)
         pass.measureSections(plan.kind, [&](const MeasuredSection& section) {
             if (plan.hasPictures)
                 draw(section, pass.wheelsets().at(section.wheelset - 1), pictures);
         });
-    if (plan.columns.hasDistances)
-        pass.measureDistances();
-    if (plan.columns.hasDefects)
-        pass.searchDefects();
 }
 
 void writeResults(const WheelPass& pass, const Plan& plan) {
@@ -241,6 +243,10 @@ int runWheelsOnPass(const QString& action, const QStringList& words) {
     }
     const Arguments arguments(usage, words);
     arguments.requireOperands(100'000);
+    for (const QString& operand : arguments.operands()) {
+        if (!QFileInfo::exists(operand))
+            throw Failure{operand + ": no such file or directory"};
+    }
     const Plan plan = readPlan(action, arguments);
     const QString first = arguments.operands().first();
     if (action == "parameters" && !QFileInfo(first).isDir() && !first.endsWith(".bin"))

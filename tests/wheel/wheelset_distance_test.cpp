@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <cmath>
 
 using namespace KvMath;
@@ -48,6 +49,10 @@ TEST_F(WheelsetDistance, TakesTheProfileBehindTheFullest) {
     EXPECT_TRUE(std::isnan(distances[3]));  // nothing lies behind the last
     EXPECT_EQ(distances[4], -1.0F);
     EXPECT_TRUE(ORBIS_calcWheelsDistInTrain("a_100.bin", "b_200.bin", 4, &settings, distances));
+    EXPECT_TRUE(ORBIS_calcWheelsDistInTrain("a_100.bin", "b_200.bin", 2, 2, &settings, distances));
+    EXPECT_FLOAT_EQ(distances[0], 1023);
+    EXPECT_FLOAT_EQ(distances[1], 1034);
+    EXPECT_FALSE(ORBIS_calcWheelsDistInTrain("a_100.bin", "b_200.bin", 2, INT_MAX, &settings, distances));
     set("SENSOR1/level_b", 32.5);  // of wheel 3 profiles 1 and 2 are left: equal, the first counts
     EXPECT_FALSE(ORBIS_calcWheelsDistInTrain("a_100.bin", "b_200.bin", 4, &settings, distances));
     EXPECT_FLOAT_EQ(distances[2], 1031);

@@ -1,0 +1,90 @@
+// Detection of wheels with default settings, beside a plain read of the same recording. Profiles of 300
+// points with noise; the page cache is warm.
+
+#include <kvmath/profile/profile_z.h>
+#include <kvmath/wheel/wheel_detection.h>
+#include <tests/support/random_data.h>
+
+#include <benchmark/benchmark.h>
+
+#include <QtCore/QSettings>
+#include <QtCore/QTemporaryDir>
+
+#include <sys/resource.h>
+
+namespace {
+
+using namespace KvMath;
+
+constexpr int kPoints = 300;
+constexpr int kFromWheelToWheel = 150;  // profiles
+
+/// A recording in which every wheel shows in this many profiles.
+class Recording {
+public:
+    Recording(int profiles, int profilesOfWheel) {
+        TestSupport::Draws draws(1);
+        KvProfileZ seen[2];  // the surroundings, a wheel
+        for (int i = 0; i < kPoints; ++i) {
+            const float x = 0.5F * static_cast<float>(i);
+            seen[0].points.append({x, 250.0F + static_cast<float>(draws.normal(0.05))});
+            seen[1].points.append({x, 90.0F + static_cast<float>(draws.normal(0.05))});
+        }
+        QFile file(path);
+        if (!file.open(QIODevice::WriteOnly))
+            return;
+        for (int i = 0; i < profiles; ++i)
+            seen[i % kFromWheelToWheel < profilesOfWheel ? 1 : 0].writeToFile(file);
+        QSettings(settings, QSettings::IniFormat).setValue("SENSOR1/SN", 1);
+    }
+
+    const QTemporaryDir directory;
+    const QString path = directory.filePath("pass_1.bin");
+    const QString settings = directory.filePath("settings.ini");
+};
+
+double peakMegabytes() {
+    constexpr double kKilobytes = 1024;
+    rusage usage = {};
+    getrusage(RUSAGE_SELF, &usage);
+    return static_cast<double>(usage.ru_maxrss) / kKilobytes;
+}
+
+void BM_PlainRead(benchmark::State& state) {
+    constexpr int kBlock = 65'536;
+    const Recording recording(static_cast<int>(state.range(0)), 0);
+    QByteArray block(kBlock, '\0');
+    for (auto _ : state) {
+        QFile file(recording.path);
+        if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+            state.SkipWithError("no file");
+        while (file.read(block.data(), kBlock) > 0)
+            benchmark::DoNotOptimize(block.constData());
+    }
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+    state.counters["peakMB"] = peakMegabytes();
+}
+BENCHMARK(BM_PlainRead)->RangeMultiplier(10)->Range(1000, 100000)->Unit(benchmark::kMillisecond);
+
+void detect(benchmark::State& state, int profilesOfWheel) {
+    const Recording recording(static_cast<int>(state.range(0)), profilesOfWheel);
+    QSettings settings(recording.settings, QSettings::IniFormat);
+    int wheels = 0;
+    for (auto _ : state) {
+        if (!ORBIS_detectWheels(recording.path, &settings, 0, &wheels))
+            state.SkipWithError("not read");
+    }
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+    state.counters["wheels"] = wheels;
+    state.counters["peakMB"] = peakMegabytes();
+}
+
+/// Nothing passes: reading and the two level lines.
+void BM_DetectNothing(benchmark::State& state) { detect(state, 0); }
+BENCHMARK(BM_DetectNothing)->RangeMultiplier(10)->Range(1000, 100000)->Unit(benchmark::kMillisecond);
+
+/// Every fifth profile is one of a wheel and is written to a file of its own.
+void BM_DetectWheels(benchmark::State& state) { detect(state, kFromWheelToWheel / 5); }
+BENCHMARK(BM_DetectWheels)->Arg(1000)->Arg(10000)->Iterations(2)->Unit(benchmark::kMillisecond);
+
+}  // namespace
