@@ -17,12 +17,13 @@ namespace {
 using Internal::BoxView;
 using Internal::PlanePoint;
 using Internal::PlaneTree;
+using Internal::SlabView;
 
 constexpr double kFullTurn = 4;      // turns are counted in quarters
 constexpr double kSameTurn = 1e-12;  // radians about no turn at all that rounding makes
 constexpr double kLoose = 4e-12;     // radians by which the tests of boxes stand back,
 constexpr double kLooseFar = 1e-6;   // and where d is nearly 2R: rounding moves directions by 3e-8 there
-constexpr double kFar = 0.98;        // of the square of 2R, from which that holds
+constexpr double kFar = 0.999999;    // of the square of 2R, from which that holds
 constexpr double kNotFarther = 1 + 1e-14;  // of squares whose roots may be equal
 constexpr double kTiny = 1e-140;           // mm; squares of shorter lengths lose digits
 constexpr double kUnitError = 1e-13;       // of the squared length of a direction
@@ -42,6 +43,12 @@ double turnOf(double cosine, double sine) {
     if (sine >= 0)
         return cosine >= 0 ? sine / sum : 1 - cosine / sum;
     return cosine < 0 ? 2 - sine / sum : 3 + cosine / sum;
+}
+
+/// Least of x^2 / 2R - x * k for x from `low` to `high`.
+double leastHeight(double low, double high, double k, double radius, double inverse) {
+    const double x = std::min(std::max(low, radius * k), high);
+    return x * (x * inverse - k);
 }
 
 struct Contact {
@@ -100,7 +107,7 @@ public:
         squaredLimit_ = squaredReach_;
         mayRefuse_ = diameter_ >= kTiny && std::fabs(dot(direction_, direction_) - 1) < kUnitError;
         tree_.search(
-            at_, [this](int node) { return isOutOfReach(tree_.view(node, at_)); },
+            at_, [this](int node) { return isOutOfReach(node); },
             [this](int place) { meet(tree_.place(place)); });
         if (best_.index >= 0) {
             left_ = at_;
@@ -112,12 +119,29 @@ public:
 
 private:
     // Squares in place of lengths throughout: they are what costs the time on dense outlines.
-    bool isOutOfReach(const BoxView& box) const {
+    bool isOutOfReach(int node) const {
+        const BoxView box = tree_.view(node, at_);
         const double nearest = box.squaredNearest();
         const double farthest = box.squaredFarthest();
         if (nearest > squaredLimit_ || farthest == 0)
             return true;
-        return sweep_.isKnown && sweep_.isBehind(nearest * inverse_ - box.support(sweep_.middle), farthest);
+        if (!sweep_.isKnown)
+            return false;
+        const PlanePoint& u = sweep_.middle;
+        return sweep_.isBehind(height(box.left, box.right, u.x) + height(box.below, box.above, u.y),
+                               farthest) ||
+               (!tree_.isLeaf(node) && isBehind(tree_.slab(node, at_), farthest));
+    }
+
+    bool isBehind(const SlabView& slab, double farthest) const {
+        const PlanePoint u = slab.inAxes(sweep_.middle);
+        return sweep_.isBehind(height(slab.start, slab.end, u.x) + height(slab.right, slab.left, u.y),
+                               farthest);
+    }
+
+    /// |q|^2 / 2R - q . u is the sum of one such height for each axis.
+    double height(double low, double high, double k) const {
+        return leastHeight(low, high, k, diameter_ / 2, inverse_);
     }
 
     void meet(const PlaneTree::Place& other) {

@@ -24,20 +24,21 @@ namespace KvMath {
 /// taken for n points without closing.
 ///
 /// A tree of the points refuses the boxes that the coin cannot reach before what it has met: about
-/// (n + h) log n for h indices, however the points lie together, n h when all lie near one circle of radius R
-/// around an empty middle.
+/// (n + h) log n for h indices, however the points lie together, on straight lines too. Only a hollow arc
+/// larger than the coin by a share e of its radius, which the coin rolls along inside, takes 1 / sqrt(e)
+/// boxes, at most all, in each step.
 KVMATH_EXPORT bool getCoinHull(const QList<KvVector2D<double>>& points, double R, QList<int>& indices);
 
 /// Outline by the sharpest turn to the outside: from the lowest point (of equally low ones that of least x)
 /// to the point seen from it at the smallest angle, and then, counter-clockwise, to the point at most Rmax
 /// away, mm, that is met first when the way back is turned counter-clockwise, unless the segment to it
-/// crosses the outline so far. Ends at the first point, which is not repeated, where no point is left, or
-/// with maxPointsNumber points (< 1: no limit). The second point may be farther than Rmax. Method: A.
-/// Moreira, M. Y. Santos, GRAPP 2007, with a radius in place of a number of neighbours.
+/// crosses the outline so far. Turns are compared in steps of 2^-38 quarter turns: of points on one straight
+/// line the nearest comes first. Ends at the first point, which is not repeated, where no point is left, the
+/// first 256 all cross, or with maxPointsNumber points (< 1: no limit). The second point may be farther than
+/// Rmax. Method: A. Moreira, M. Y. Santos, GRAPP 2007, with a radius in place of a number of neighbours.
 ///
 /// Fewer than 3 points: returned unchanged. All in one place: that one. None without NaN: nothing. Rmax not
-/// > 0 or NaN: the first two points. About n log n; a candidate that crosses costs a further search,
-/// and each point of an exact straight line costs the number of those within reach. Traces at level 1.
+/// > 0 or NaN: the first two points. About n log n, on straight lines too. Traces at level 1.
 KVMATH_EXPORT QList<KvVector2D<double>> getPseudoConvexHull(const QList<KvVector2D<double>>& points,
                                                             double Rmax, int maxPointsNumber);
 

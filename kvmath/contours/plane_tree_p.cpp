@@ -1,6 +1,11 @@
 #include <kvmath/contours/plane_tree_p.h>
 
 namespace KvMath::Internal {
+namespace {
+
+constexpr double kLeastLength = 1e-140;  // squares of shorter ones lose digits
+
+}  // namespace
 
 int lowestPoint(const QList<PlanePoint>& points) {
     int lowest = -1;
@@ -39,6 +44,7 @@ PlaneTree::PlaneTree(const QList<PlanePoint>& points) {
     while (leaves * kPlacesPerLeaf < places_.size())
         leaves *= 2;
     nodes_.resize(2 * leaves - 1);
+    slabs_.resize(nodes_.size());
     build(0, 0, static_cast<int>(places_.size()));
 }
 
@@ -65,6 +71,43 @@ void PlaneTree::build(int node, int first, int last) {
                          [](const Place& a, const Place& b) { return a.p.y < b.p.y; });
     build(firstChild(node), first, middle);
     build(secondChild(node), middle, last);
+}
+
+PlanePoint PlaneTree::farthestFrom(const PlanePoint& from, int i) const {
+    PlanePoint farthest = from;
+    double most = 0;
+    for (int k = node(i).first; k < node(i).last; ++k) {
+        const PlanePoint q(place(k).p.x - from.x, place(k).p.y - from.y);
+        const double squared = q.x * q.x + q.y * q.y;
+        if (squared > most) {
+            most = squared;
+            farthest = place(k).p;
+        }
+    }
+    return farthest;
+}
+
+/// Along the longest way that two looks find. Where the lengths leave the range of numbers, and for a single
+/// place, it is NaN or nothing, and refuses nothing.
+PlaneTree::Slab PlaneTree::slabOf(int i) const {
+    Slab slab;
+    slab.isKnown = true;
+    slab.origin = farthestFrom(place(node(i).first).p, i);
+    const PlanePoint other = farthestFrom(slab.origin, i);
+    const PlanePoint way(other.x - slab.origin.x, other.y - slab.origin.y);
+    const double length = std::sqrt(way.x * way.x + way.y * way.y);
+    constexpr double kUnset = std::numeric_limits<double>::quiet_NaN();
+    slab.along =
+        length > kLeastLength ? PlanePoint(way.x / length, way.y / length) : PlanePoint(kUnset, kUnset);
+    const SlabView axes{slab.along, 0, 0, 0, 0};
+    for (int k = node(i).first; k < node(i).last; ++k) {
+        const PlanePoint q = axes.inAxes({place(k).p.x - slab.origin.x, place(k).p.y - slab.origin.y});
+        slab.start = std::min(slab.start, q.x);
+        slab.end = std::max(slab.end, q.x);
+        slab.right = std::min(slab.right, q.y);
+        slab.left = std::max(slab.left, q.y);
+    }
+    return slab;
 }
 
 }  // namespace KvMath::Internal

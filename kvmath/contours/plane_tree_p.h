@@ -43,6 +43,24 @@ struct BoxView {
     }
 };
 
+/// A box with one side along the places in it, in its own axes, seen from a place. It is thin where the
+/// places lie on a line or a gentle curve, whatever its direction, and there tells what the upright box
+/// cannot.
+struct SlabView {
+    PlanePoint along;  ///< unit vector; the other axis is this one turned to the left
+    double start, end, right, left;
+
+    /// The components of `v` in the axes of the slab.
+    PlanePoint inAxes(const PlanePoint& v) const {
+        return {v.x * along.x + v.y * along.y, along.x * v.y - along.y * v.x};
+    }
+    /// Greatest product of `v` with a place in the slab. NaN when the slab is not known.
+    double support(const PlanePoint& v) const {
+        const PlanePoint own = inAxes(v);
+        return (own.x < 0 ? start : end) * own.x + (own.y < 0 ? right : left) * own.y;
+    }
+};
+
 /// Balanced k-d tree (Bentley 1975) over the finite points, repeated ones once, under their lowest index.
 /// Built in n log n; memory in proportion to the points.
 class PlaneTree {
@@ -74,6 +92,16 @@ public:
         return {box.minX - from.x, box.maxX - from.x, box.minY - from.y, box.maxY - from.y};
     }
 
+    SlabView slab(int i, const PlanePoint& from) const {
+        Slab& box = slabs_[static_cast<size_t>(i)];
+        if (!box.isKnown)
+            box = slabOf(i);
+        const SlabView axes{box.along, 0, 0, 0, 0};
+        const PlanePoint origin = axes.inAxes({box.origin.x - from.x, box.origin.y - from.y});
+        return {box.along, origin.x + box.start, origin.x + box.end, origin.y + box.right,
+                origin.y + box.left};
+    }
+
     /// Calls visit(place) for the places of all leaves whose boxes, and those around them, reject(node) lets
     /// pass; the nearer of two boxes first, so that a question that narrows with its answers narrows soon.
     template <class Reject, class Visit>
@@ -103,10 +131,19 @@ private:
     static constexpr int kPlacesPerLeaf = 8;
     static constexpr size_t kDeepest = 64;  // a path of 2^31 places is half as long
 
+    struct Slab {
+        bool isKnown = false;
+        PlanePoint origin, along;
+        double start = 0, end = 0, right = 0, left = 0;  ///< from the origin
+    };
+
     void build(int node, int first, int last);
+    PlanePoint farthestFrom(const PlanePoint& from, int node) const;
+    Slab slabOf(int node) const;
 
     std::vector<Place> places_;
     std::vector<Node> nodes_;
+    mutable std::vector<Slab> slabs_;  ///< made when first asked for: most boxes never are
 };
 
 }  // namespace KvMath::Internal

@@ -1,6 +1,6 @@
 // The next point of the outline is the least of a total order (turn from the way back, distance, index) among
 // the places that are not part of it and whose segment crosses nothing. The tree of the places refuses boxes
-// out of reach or behind the best place so far, and boxes without a free place; each of its boxes also knows
+// out of reach or behind the best places so far, and boxes without a free place; each of its boxes also knows
 // the box around the segments that start in it, so that only segments nearby are tested for crossing.
 
 #include <kvmath/contours/hull.h>
@@ -17,8 +17,12 @@ using Internal::PlaneTree;
 
 constexpr int kTraceLevel = 1;
 constexpr double kFar = std::numeric_limits<double>::infinity();
-constexpr double kBehind = 1e-12;  // radians; what lies straight behind is a full turn away
-constexpr double kLoose = 1e-9;    // radians by which the tests of boxes stand back
+constexpr double kFullTurn = 4;   // turns are counted in quarters,
+constexpr double kRound = 24576;  // compared in steps of 2^-38: the last digit of sums with this is one step
+constexpr double kHalfStep = 1.0 / (qint64(1) << 39);
+constexpr double kLoose = 1e-13;           // radians by which the tests of boxes stand back
+constexpr double kNotFarther = 1 + 1e-14;  // of squares whose roots may be equal
+constexpr size_t kMostTries = 256;
 
 double cross(const PlanePoint& a, const PlanePoint& b) { return a.x * b.y - a.y * b.x; }
 double dot(const PlanePoint& a, const PlanePoint& b) { return a.x * b.x + a.y * b.y; }
@@ -36,14 +40,24 @@ bool cross(const PlanePoint& a, const PlanePoint& b, const PlanePoint& c, const 
     return areApart(side(a, b, c), side(a, b, d)) && areApart(side(c, d, a), side(c, d, b));
 }
 
-/// Grows from 0 to 4 with the counter-clockwise angle from 0 to 2 pi; 4 for none.
+/// Grows from 0 to 4 with the counter-clockwise angle from 0 to 2 pi; 4 for none. Rounded, so that points on
+/// one straight line are at the same turn, whatever the last digits of their coordinates.
 double turnOf(double cosine, double sine) {
-    if (cosine > 0 && std::fabs(sine) < kBehind)
-        return 4;
     const double sum = std::fabs(cosine) + std::fabs(sine);
+    double turn = 0;
     if (sine >= 0)
-        return cosine >= 0 ? sine / sum : 1 - cosine / sum;
-    return cosine < 0 ? 2 - sine / sum : 3 + cosine / sum;
+        turn = cosine >= 0 ? sine / sum : 1 - cosine / sum;
+    else
+        turn = cosine < 0 ? 2 - sine / sum : 3 + cosine / sum;
+    turn = (turn + kRound) - kRound;
+    return turn > 0 ? turn : kFullTurn;
+}
+
+/// A direction (cosine, sine) at this turn, between 0.7 and 1 long.
+PlanePoint directionAt(double turn) {
+    if (turn < 2)
+        return {1 - turn, turn < 1 ? turn : 2 - turn};
+    return {turn - 3, turn < 3 ? 2 - turn : turn - 4};
 }
 
 struct Box {
@@ -77,6 +91,30 @@ struct Candidate {
             return turn < other.turn;
         return distance != other.distance ? distance < other.distance : index < other.index;
     }
+};
+
+/// What lies behind a turn, up to straight behind, which is a full turn, on either side of it.
+class Behind {
+public:
+    Behind() = default;
+    Behind(double turn, const PlanePoint& backwards, const PlanePoint& left)
+        : isWide_(turn <= 2 + kHalfStep), rightOfTurn_(rightOf(directionAt(turn), backwards, left)),
+          leftOfBack_(rightOf(directionAt(2 + kHalfStep), backwards, left)) {}
+
+    /// Whether all is there of which `support` gives the greatest products with directions.
+    template <class Support>
+    bool holds(Support support, double size) const {
+        const bool isBeyond = support(rightOfTurn_) < -kLoose * size;
+        return isWide_ == isBeyond ? isBeyond : support(leftOfBack_) < -kLoose * size;
+    }
+
+private:
+    static PlanePoint rightOf(const PlanePoint& way, const PlanePoint& backwards, const PlanePoint& left) {
+        return {way.x * backwards.y + way.y * left.y, -(way.x * backwards.x + way.y * left.x)};
+    }
+
+    bool isWide_ = true;  ///< half a turn or more
+    PlanePoint rightOfTurn_, leftOfBack_;
 };
 
 class Outline {
@@ -145,61 +183,89 @@ private:
         return best.place;
     }
 
-    int nextAfter(int at, int back) const {
-        Candidate last;
-        while (true) {
-            const Candidate best = sharpest(at, back, last);
-            if (best.place < 0 || !isCrossing(at, best.place))
-                return best.place;
-            last = best;
+    int nextAfter(int at, int back) {
+        size_t tried = 0;
+        for (size_t count = 1; count <= kMostTries; count *= 16) {
+            findFirst(count, viewOf(at, back));
+            for (; tried < candidates_.size(); ++tried)
+                if (!isCrossing(at, candidates_[tried].place))
+                    return candidates_[tried].place;
+            if (tried < count)
+                break;
         }
+        return -1;
     }
 
-    /// The first free candidate behind `last` in order; `last` without a place: the first of all.
-    Candidate sharpest(int at, int back, const Candidate& last) const {
-        const PlanePoint from = point(at);
-        PlanePoint backwards = difference(point(back), from);
-        const double length = std::sqrt(dot(backwards, backwards));
-        backwards = {backwards.x / length, backwards.y / length};
-        const PlanePoint leftOfBack(-backwards.y, backwards.x);
-        const double squaredReach = reach_ * reach_;
-        Candidate best;
-        PlanePoint rightOfBest;
-        // Given the greatest products with both, and a length in the order of the distance.
-        const auto isBehind = [&](double withLeft, double withRight, double size) {
-            const bool isBefore = withLeft < -kLoose * size;
-            const bool isBeyond = withRight < -kLoose * size;
-            return best.turn <= 2 ? isBefore || isBeyond : isBefore && isBeyond;
-        };
+    struct View {
+        PlanePoint from, backwards, left;
+    };
+
+    View viewOf(int at, int back) const {
+        const PlanePoint way = difference(point(back), point(at));
+        const double length = std::sqrt(dot(way, way));
+        const PlanePoint backwards(way.x / length, way.y / length);
+        return {point(at), backwards, {-backwards.y, backwards.x}};
+    }
+
+    /// Without a place when it is listed or out of reach.
+    Candidate candidateAt(int place, const View& view) const {
+        const PlanePoint way = difference(point(place), view.from);
+        const double d = std::sqrt(dot(way, way));
+        if (isFree_[static_cast<size_t>(place)] == 0 || !(d > 0 && d <= reach_ && d < kFar))
+            return {};
+        const PlanePoint to(way.x / d, way.y / d);
+        return {place, tree_.place(place).index, turnOf(dot(view.backwards, to), cross(view.backwards, to)),
+                d};
+    }
+
+    bool isEmpty(int node, const View& view) const {
+        return free_[static_cast<size_t>(node)] == 0 ||
+               tree_.view(node, view.from).squaredNearest() > reach_ * reach_;
+    }
+
+    /// The first `count` candidates in their order.
+    void findFirst(size_t count, const View& view) {
+        const auto isBefore = [](const Candidate& a, const Candidate& b) { return a.isBefore(b); };
+        candidates_.clear();
+        Behind farBehind, behind;  // what is at a greater turn than the last of them; at no smaller one
+        double squaredLast = 0;
         const auto isUseless = [&](int node) {
-            if (free_[static_cast<size_t>(node)] == 0)
+            if (isEmpty(node, view))
                 return true;
-            const Internal::BoxView box = tree_.view(node, from);
-            if (box.squaredNearest() > squaredReach)
+            if (candidates_.size() < count)
+                return false;
+            const Internal::BoxView box = tree_.view(node, view.from);
+            const bool isFarther = box.squaredNearest() > squaredLast * kNotFarther;
+            const Behind& region = isFarther ? behind : farBehind;
+            const double size = box.size();
+            if (region.holds([&](const PlanePoint& v) { return box.support(v); }, size))
                 return true;
-            return best.place >= 0 && isBehind(box.support(leftOfBack), box.support(rightOfBest), box.size());
+            if (tree_.isLeaf(node))
+                return false;
+            const Internal::SlabView slab = tree_.slab(node, view.from);
+            return region.holds([&](const PlanePoint& v) { return slab.support(v); }, size);
         };
-        tree_.search(from, isUseless, [&](int place) {
-            if (isFree_[static_cast<size_t>(place)] == 0)
+        tree_.search(view.from, isUseless, [&](int place) {
+            const PlanePoint way = difference(point(place), view.from);
+            const bool isFull = candidates_.size() == count;
+            if (isFull && farBehind.holds([&](const PlanePoint& v) { return dot(way, v); },
+                                          std::fabs(way.x) + std::fabs(way.y)))
                 return;
-            const PlanePoint way = difference(point(place), from);
-            if (best.place >= 0 &&
-                isBehind(dot(way, leftOfBack), dot(way, rightOfBest), std::fabs(way.x) + std::fabs(way.y)))
+            const Candidate candidate = candidateAt(place, view);
+            if (candidate.place < 0 || (isFull && !candidate.isBefore(candidates_.front())))
                 return;
-            const double d = std::sqrt(dot(way, way));
-            if (!(d > 0 && d <= reach_ && d < kFar))
-                return;
-            const PlanePoint to(way.x / d, way.y / d);
-            const Candidate candidate{place, tree_.place(place).index,
-                                      turnOf(dot(backwards, to), cross(backwards, to)), d};
-            if (last.place >= 0 && !last.isBefore(candidate))
-                return;
-            if (best.place < 0 || candidate.isBefore(best)) {
-                best = candidate;
-                rightOfBest = {to.y, -to.x};
+            if (isFull) {
+                std::pop_heap(candidates_.begin(), candidates_.end(), isBefore);
+                candidates_.pop_back();
             }
+            candidates_.push_back(candidate);
+            std::push_heap(candidates_.begin(), candidates_.end(), isBefore);
+            const Candidate& last = candidates_.front();
+            squaredLast = last.distance * last.distance;
+            behind = Behind(last.turn - kHalfStep, view.backwards, view.left);
+            farBehind = Behind(last.turn + kHalfStep, view.backwards, view.left);
         });
-        return best;
+        std::sort_heap(candidates_.begin(), candidates_.end(), isBefore);
     }
 
     bool isCrossing(int from, int to) const {
@@ -242,10 +308,11 @@ private:
 
     PlaneTree tree_;
     double reach_;
-    std::vector<int> free_;      ///< per node: places that are not part of the outline
-    std::vector<Box> segments_;  ///< per node: around the segments that start in it
-    std::vector<char> isFree_;   ///< per place
-    std::vector<int> next_;      ///< per place: the end of the segment that starts there; -1: none
+    std::vector<int> free_;              ///< per node: places that are not part of the outline
+    std::vector<Box> segments_;          ///< per node: around the segments that start in it
+    std::vector<char> isFree_;           ///< per place
+    std::vector<Candidate> candidates_;  ///< a heap while they are looked for, the last in front
+    std::vector<int> next_;              ///< per place: the end of the segment that starts there; -1: none
 };
 
 void trace(const char* text, int count, const char* reason) {

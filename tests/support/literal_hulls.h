@@ -27,11 +27,9 @@ inline int literalLowest(const HullPoints& points) {
     return lowest;
 }
 
-/// 0 to 4, ascending with the angle; `straight` for less than 1e-12 radians.
-inline double literalTurn(double cosine, double sine, double straight) {
+/// 0 to 4, ascending with the angle.
+inline double literalTurn(double cosine, double sine) {
     const double sum = std::fabs(cosine) + std::fabs(sine);
-    if (cosine > 0 && std::fabs(sine) < 1e-12)
-        return straight;
     if (sine >= 0)
         return cosine >= 0 ? sine / sum : 1 - cosine / sum;
     return cosine < 0 ? 2 - sine / sum : 3 + cosine / sum;
@@ -55,8 +53,9 @@ inline bool literalCoinHull(const HullPoints& points, double R, QList<int>& indi
                 continue;
             const double x = dx / d, y = dy / d, c = d / (2 * R), s = std::sqrt(std::max(0.0, 1 - c * c));
             const HullPoint v(x * c + y * s, y * c - x * s);
-            const double turn =
-                literalTurn(u.x * v.x + u.y * v.y, u.x * v.y - u.y * v.x, isSame(points.at(j), left) ? 4 : 0);
+            const double cosine = u.x * v.x + u.y * v.y, sine = u.x * v.y - u.y * v.x;
+            const double turn = cosine > 0 && std::fabs(sine) < 1e-12 ? (isSame(points.at(j), left) ? 4 : 0)
+                                                                      : literalTurn(cosine, sine);
             if (!std::isnan(turn) && (best < 0 || turn < bestTurn || (turn == bestTurn && d < bestD))) {
                 best = j, bestTurn = turn, bestD = d;
                 bestU = {-x * c + y * s, -x * s - y * c};
@@ -111,11 +110,13 @@ inline HullPoints literalPseudoHull(const HullPoints& points, double reach, int 
             if (isListed || !(d > 0 && std::isfinite(d) && (isSecond || d <= reach)))
                 continue;
             const double x = dx / d, y = dy / d, bx = way.x / length, by = way.y / length;
-            choices.push_back({isSecond ? -x : literalTurn(bx * x + by * y, bx * y - by * x, 4), d, p});
+            const double turn = std::nearbyint(std::ldexp(literalTurn(bx * x + by * y, bx * y - by * x), 38));
+            choices.push_back({isSecond ? -x : turn == 0 ? std::ldexp(4.0, 38) : turn, d, p});
         }
         std::stable_sort(choices.begin(), choices.end(), [](const Choice& a, const Choice& b) {
             return a.turn != b.turn ? a.turn < b.turn : a.d < b.d;
         });
+        choices.resize(std::min<size_t>(choices.size(), 256), {});
         const auto next = std::find_if(choices.begin(), choices.end(), [&](const Choice& choice) {
             for (int i = 0; i + 1 < hull.size(); ++i)
                 if (literalCrossing(at, choice.p, hull.at(i), hull.at(i + 1)))
