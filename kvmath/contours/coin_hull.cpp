@@ -94,8 +94,8 @@ struct Sweep {
 class Coin {
 public:
     Coin(const PlaneTree& tree, double radius, const PlanePoint& start)
-        : tree_(tree), diameter_(2 * radius), squaredReach_(diameter_ * diameter_), inverse_(1 / diameter_),
-          at_(start), left_(kUnset, kUnset), direction_(0, -1) {}
+        : tree_(tree), diameter_(2 * radius), squaredReach_(diameter_ * diameter_ * kNotFarther),
+          inverse_(1 / diameter_), at_(start), left_(kUnset, kUnset), direction_(0, -1) {}
 
     const PlanePoint& place() const { return at_; }
 

@@ -220,7 +220,7 @@ private:
 
     bool isEmpty(int node, const View& view) const {
         return free_[static_cast<size_t>(node)] == 0 ||
-               tree_.view(node, view.from).squaredNearest() > reach_ * reach_;
+               tree_.view(node, view.from).squaredNearest() > reach_ * reach_ * kNotFarther;
     }
 
     /// The first `count` candidates in their order.
