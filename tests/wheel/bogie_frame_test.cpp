@@ -133,7 +133,7 @@ TEST(BogieFrame, ComesFromMiddlePlanesAndUpperNormals) {
                                    planeOf(0, -1, 0, 12),
                                    planeOf(0, 0, 1, -15),
                                    planeOf(0, 0, 1, -25),
-                                   planeOf(0, 0, row == 1 ? -2 : 2, 1)};
+                                   planeOf(0, 0, row > 0 ? -2 : 2, 1)};
         std::copy_n(body, 7, planes[row]);
     }
     planes[3][2] = planes[3][3] = planeOf(1, 0, 0, 7);  // no common point: left out

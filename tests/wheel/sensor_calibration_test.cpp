@@ -65,8 +65,13 @@ TEST(SensorPlacement, PutsTheRidgesWhereTheyAre) {
         EXPECT_NEAR(found.angleA, truth.angleA, 0.02);
         EXPECT_NEAR(found.angleC, truth.angleC, 0.1);
         EXPECT_EQ(debug.points.size(), 3);
+        places.clear();
+        ORBIS_XYtoXYZ(apexes, places, found);
+        EXPECT_NEAR(places.points[0].y + places.points[1].y + places.points[2].y, 3 * -20, 0.01);
         nodes[1].ry() += 5;
-        EXPECT_FALSE(ORBIS_calcAnglesCoord(profile, 400, -20, 100, 0.1F, found, nodes, nullptr));
+        // The misfits are 5/3, 10/3 and 5/3, 2.36 as a root mean square.
+        EXPECT_FALSE(ORBIS_calcAnglesCoord(profile, 400, -20, 100, 2.3F, found, nodes, nullptr));
+        EXPECT_TRUE(ORBIS_calcAnglesCoord(profile, 400, -20, 100, 2.4F, found, nodes, nullptr));
         EXPECT_TRUE(ORBIS_calcAnglesCoord(profile, 400, -20, 100, kNaN, found, nodes, nullptr));
         EXPECT_FALSE(ORBIS_calcAnglesCoord(profile, 400, -20, 100, kNaN, found, nodes.mid(0, 1), nullptr));
     }

@@ -215,7 +215,14 @@ TEST(IsWheel, LooksForAPieceOfGivenLengthAndSlope) {
     EXPECT_TRUE(isWheel(0, 0.01F, 40, 0.01F));
     EXPECT_FALSE(isWheel(0, 0.01F, length, 0.01F));
     EXPECT_FALSE(isWheel(-0.5F, 0, length, 0.01F));
+    EXPECT_FALSE(isWheel(0, 0.01F, 39, 1));  // 40 is exactly 1 off
     EXPECT_FALSE(isWheel(-0.5F, 0.01F, kNaN, 1));
+    profile.points.erase(profile.points.begin() + 40);  // the corner shows when lines are fitted only
+    EXPECT_FALSE(ORBIS_isWheel(profile, 5, 1, 0, 0, 0.01F, 40, 0.5F));
+    EXPECT_TRUE(ORBIS_isWheel(profile, 5, 1, 2, 0, 0.01F, 40, 0.5F));
+    profile.points.erase(profile.points.begin() + 20, profile.points.begin() + 26);  // a gap of 7
+    EXPECT_FALSE(ORBIS_isWheel(profile, 6, 1, 2, 0, 0.01F, 40, 0.5F));
+    EXPECT_TRUE(ORBIS_isWheel(profile, 8, 1, 2, 0, 0.01F, 40, 0.5F));
     EXPECT_TRUE(ORBIS_isWheel(level(9, 0), 5, 1, 0, 7, 0, 1e6F, 0));
     EXPECT_FALSE(ORBIS_isWheel(level(10, 0), 5, 1, 0, 7, 0, 1e6F, 0));
 }

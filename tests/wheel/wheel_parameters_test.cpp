@@ -124,6 +124,7 @@ TEST(WheelParameters, FollowTheirStepsOnAnyProfile) {
         _WheelProfileValues values;
         KvProfile profile, places;
         ORBIS_calcWheelParameters(cloud, kWheel, &values, &profile, &places);
+        ASSERT_EQ(profile.points.size(), cloud.points.size() - 1);  // without the unset one
         QList<KvPointXY> expectedPlaces;
         const std::vector<double> expected = literalValues(profile.points, expectedPlaces);
         const int indices[] = {0, 8, 9, 1};

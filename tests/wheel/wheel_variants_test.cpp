@@ -95,6 +95,8 @@ TEST(Rim, HasItsFaceAndCornerOnTheLongestUprightPiece) {
     float face = 0;
     ASSERT_TRUE(detectRimForB2B(profile, kRim, face));
     EXPECT_NEAR(face, 0, 0.02);
+    EXPECT_FALSE(detectRimForB2B(profile, {5.0F, 0.3F, 8.0F, 0.6F}, face));  // tilted by 0.65 degrees
+    EXPECT_TRUE(detectRimForB2B(profile, {5.0F, 0.3F, 8.0F, 0.7F}, face));
     KvPointXY corner;
     ASSERT_TRUE(calcRimRefPoint(profile, kRim, corner));
     EXPECT_NEAR(corner.x, 0.4, 0.05);
