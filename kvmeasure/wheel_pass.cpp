@@ -83,6 +83,8 @@ const Recording* WheelPass::recordingOf(int index) const {
 }
 
 void WheelPass::split(const Splitting& splitting) {
+    for (Recording& recording : recordings_)
+        lookThrough(recording);  // whatever cannot be read ends the work before anything is written
     Progress progress("splitting recordings", recordings_.size());
     for (int i = 0; i < recordings_.size(); ++i) {
         progress.show(i);

@@ -23,29 +23,6 @@ QStringList wheelFilesIn(const QString& directory) {
 
 int serialOf(const QString& name) { return name.section('_', 1).remove(extension).toInt(); }
 
-/// Walks along the heads of the records.
-void countRecords(Recording& recording) {
-    constexpr char plane = 0x02, withZ = 0x05;
-    constexpr int planeHead = 3, zHead = 7, pointSize = 8;
-    QFile file(recording.path);
-    openRegularFile(file);
-    recording.size = file.size();
-    qint64 place = 0;
-    while (place < recording.size) {
-        char head[planeHead] = {};
-        const bool isRead = file.seek(place) && file.read(head, planeHead) == planeHead;
-        if (!isRead || (head[0] != plane && head[0] != withZ))
-            break;
-        const qint64 end = place + (head[0] == withZ ? zHead : planeHead) +
-                           pointSize * qint64(qFromLittleEndian<quint16>(head + 1));
-        if (end > recording.size)
-            break;
-        place = end;
-        ++recording.records;
-    }
-    recording.damagedAt = place < recording.size ? place : -1;
-}
-
 void makeDirectory(const QString& path) {
     if (!QDir().mkpath(path))
         throw Failure{QString("%1: cannot be made or is no directory; name another one").arg(path)};
@@ -128,8 +105,29 @@ QList<Recording> findRecordings(const QStringList& operands, const PostSettings&
     return found.values();
 }
 
+void lookThrough(Recording& recording) {
+    constexpr char plane = 0x02, withZ = 0x05;
+    constexpr int planeHead = 3, zHead = 7, pointSize = 8;
+    QFile file(recording.path);
+    openRegularFile(file);
+    recording.size = file.size();
+    qint64 place = 0;
+    while (place < recording.size) {
+        char head[planeHead] = {};
+        const bool isRead = file.seek(place) && file.read(head, planeHead) == planeHead;
+        if (!isRead || (head[0] != plane && head[0] != withZ))
+            break;
+        const qint64 end = place + (head[0] == withZ ? zHead : planeHead) +
+                           pointSize * qint64(qFromLittleEndian<quint16>(head + 1));
+        if (end > recording.size)
+            break;
+        place = end;
+        ++recording.records;
+    }
+    recording.damagedAt = place < recording.size ? place : -1;
+}
+
 void splitRecording(Recording& recording, PostSettings& settings, const Splitting& splitting) {
-    countRecords(recording);
     const QFileInfo file(recording.path);
     makeDirectory(splitting.work);
     const QString work = QDir(splitting.work).canonicalPath();

@@ -34,7 +34,10 @@ struct Splitting {
     QString work;  ///< directory of the wheel files
 };
 
-/// Counts the records, splits the recording, joins runs. Wheel files of an earlier pass are removed first:
+/// Counts the records and looks for damage. Throws Failure for what cannot be read.
+void lookThrough(Recording& recording);
+
+/// Splits the recording, joins runs. Wheel files of an earlier pass are removed first:
 /// those behind a new, shorter run would belong to it. Throws Failure.
 void splitRecording(Recording& recording, PostSettings& settings, const Splitting& splitting);
 

@@ -20,7 +20,7 @@ namespace {
 
 const Option sharedOptions[] = {
     {"--settings", "FILE", "settings of the post (settings.ini beside the recordings)"},
-    {"--work", "DIR", "directory of the wheel files (OUT/work, or \"wheels/work\" beside the recordings)"},
+    {"--work", "DIR", "directory of the wheel files (\"wheels/work\" beside the recordings; OUT/work)"},
     {"--mode", "N", "of the detection; 3 takes straight runs of points away first (0)"},
     {"--join", "N", "runs at most N records apart are one wheel with lost profiles (3)"},
 };

@@ -37,6 +37,7 @@ TEST_F(Wheels, APassIsMeasuredAsWellAsItsNoiseAllows) {
     for (const bool isFaulty : {false, true}) {
         Simulator::PassRecipe recipe;
         recipe.wheelsets = 6;
+        recipe.spacing = 30;
         recipe.breakouts = 3;
         recipe.flats = 1;
         recipe.noise = isFaulty ? 0.05 : 0.02;
