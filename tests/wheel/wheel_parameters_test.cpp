@@ -128,7 +128,7 @@ TEST(WheelParameters, FollowTheirStepsOnAnyProfile) {
         QList<KvPointXY> expectedPlaces;
         const std::vector<double> expected = literalValues(profile.points, expectedPlaces);
         const int indices[] = {0, 8, 9, 1};
-        for (int k = 0; k < 4; ++k) {
+        for (std::size_t k = 0; k < 4; ++k) {
             const double value = values.value[indices[k]];
             ASSERT_TRUE(std::fabs(value - expected[k]) < 1e-9 || value == expected[k] ||
                         (std::isnan(value) && std::isnan(expected[k])))
