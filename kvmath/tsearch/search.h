@@ -32,7 +32,8 @@ struct DefaultCheckFunctionParams {
 ///   the current best, which has negative entries while there is none. Null acts as defaultBestFunction.
 /// - result null: a new search; the array (new int[nTemplateLines]) is the caller's, also when nothing is
 ///   found: it then holds -1 (allowReversed) or -2. result from an earlier call: goes on behind that
-///   assignment; when nothing follows the array stays as given.
+///   assignment; when nothing follows the array stays as given. With findBest it is the current best to be
+///   beaten: true, and the array as given, when what follows is admissible but no better.
 /// The segments are read by the callbacks alone. An unconstrained template of T lines over N segments has
 /// N! / (N - T)! * 2^T assignments.
 /// More template lines than segments: false at once. nTemplateLines < 1 or > 65,536: false, null stays null.
