@@ -33,6 +33,7 @@ FOLDERS = {
     "kvmeasure": (6, {}),
     "examples": (6, {}),
     "tests": (6, {}),
+    "fuzz": (6, {}),
     "benchmarks": (6, {}),
 }
 UMBRELLAS = {"kvmath/kvmath"} | {
@@ -60,7 +61,7 @@ def rank_of(path):
 
 
 def sources(root):
-    for top in ("tarn", "kvmath", "simulator", "kvmeasure", "examples", "tests", "benchmarks"):
+    for top in ("tarn", "kvmath", "simulator", "kvmeasure", "examples", "tests", "fuzz", "benchmarks"):
         for path in sorted((root / top).rglob("*")):
             if path.suffix in (".h", ".cpp") or path == root / "kvmath/kvmath":
                 yield path.relative_to(root).as_posix()

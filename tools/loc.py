@@ -9,7 +9,7 @@ import sys
 
 CODE = ("kvmath/calibration", "kvmath/contours", "kvmath/core", "kvmath/profile", "kvmath/tsearch", "kvmath", "tarn",
         "simulator", "samples", "kvmeasure", "examples", "benchmarks")
-TESTS = ("tests",)
+TESTS = ("tests", "fuzz")
 LONG = 400
 SHARE = (25, 33)
 

@@ -1,0 +1,82 @@
+// Writes the inputs that fuzzing begins with beside samples/, one folder per target named on the command
+// line, into the directory named first: small files of forms that samples/ has not, and noise for targets
+// that take numbers.
+
+#include "tests/support/groove_template.h"
+
+#include <kvmath/profile/profile_zset.h>
+
+#include <QtCore/QDataStream>
+#include <QtCore/QDir>
+#include <QtCore/QFile>
+
+#include <cstdint>
+
+namespace {
+
+QString place(const QString& target, const QString& name) {
+    QDir().mkpath(target);
+    return target + '/' + name;
+}
+
+void put(const QString& target, const QString& name, const QByteArray& bytes) {
+    QFile file(place(target, name));
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+        qFatal("seed not written");
+}
+
+/// Twenty profiles with z: a scan, and a pass of wheels below the level of 187 mm.
+void putStack() {
+    KvMath::KvProfileZSet stack;
+    for (int i = 0; i < 20; ++i) {
+        KvMath::KvProfileZ profile(static_cast<float>(i));
+        for (int k = 0; k < 12; ++k)
+            profile.points.append({float(k), i % 8 < 6 ? 50.0F + float(k % 2) : 250.0F});
+        stack.append(profile);
+    }
+    for (const char* target : {"records", "stacks", "recordings", "host_files"})
+        stack.writeToFile(place(target, "stack"));
+}
+
+void putTemplates() {
+    const TestSupport::GrooveTemplate groove;
+    QByteArray both, list;
+    QDataStream stream(&both, QIODevice::WriteOnly), listStream(&list, QIODevice::WriteOnly);
+    groove.lines.save(stream);
+    groove.measurements.save(stream);
+    groove.measurements.save(listStream);
+    put("template_stream", "groove", both);
+    put("measurement_list", "groove", list);
+    put("measurement_list", "json",
+        R"([{"measurementType":"Line point","measureLineIndex":0,"position":0.5}])");
+}
+
+void putTexts() {
+    put("host_files", "grid", "scan,0,1\n0,5,6\n1,7,\n");
+    put("host_files", "ply",
+        "ply\nformat ascii 1.0\nelement vertex 1\nproperty float x\nproperty float y\nproperty float z\n"
+        "end_header\n1 2 3\n");
+}
+
+void putNoise(const QString& target) {
+    std::uint32_t state = 1;
+    for (const int size : {16, 64, 256, 1024, 4096}) {
+        QByteArray bytes;
+        for (; bytes.size() < size; state = state * 1664525U + 1013904223U)
+            bytes.append(static_cast<char>(state >> 24));
+        put(target, QString::number(size), bytes);
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc < 2 || !QDir().mkpath(argv[1]) || !QDir::setCurrent(argv[1]))
+        return 2;
+    putStack();
+    putTemplates();
+    putTexts();
+    for (int i = 2; i < argc; ++i)
+        putNoise(argv[i]);
+    return 0;
+}

@@ -1,0 +1,51 @@
+// Files of stacks in both forms, and what can be made of a stack.
+
+#include "fuzz/fuzz_input.h"
+#include "fuzz/scratch_file.h"
+
+#include <kvmath/core/matrix_cloud.h>
+#include <kvmath/profile/profile_zset.h>
+
+namespace {
+
+void use(KvMath::KvProfileZSet stack, Fuzz::Input& input) {
+    stack.calcRange();
+    stack.calcAverageY();
+    KvMath::KvProfileZSet part;
+    stack.getRange(input.real(), input.real(), part);
+    KvMath::KvPointCloud<KvMath::KvPointXYZ> cloud;
+    stack.toPointCloud(cloud, input.integer(), input.integer());
+    stack.toPointCloud(cloud);
+    part.calcFromPointCloud(cloud, input.real());
+    part.removePCfromZ();
+
+    KvMath::KvMatrixCloud grid;
+    const int held = stack.toMatrixCloud(grid, input.real(), input.real());
+    Fuzz::require(grid.toPointCloud(cloud) == held, "cells with points are points of the grid");
+    grid.sample(input.real(), input.real());
+    grid.setHeight(input.integer(), input.integer(), input.real());
+    KvMath::KvMatrixWithHistos regions(grid);
+    regions.segment(input.real(), input.real(), input.integer());
+
+    stack.removePCfromZ();
+    stack.clearEdgeEffect();
+    stack.setZ(input.real(), input.real());
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    Fuzz::Input input(data, size);
+    const float z0 = input.real(), step = input.real();
+    const QString path = Fuzz::scratchFile("in", QByteArray(reinterpret_cast<const char*>(data), int(size)));
+    KvMath::KvProfileZSet stack;
+    const int count = stack.readFromFile(path);
+    Fuzz::require(count == stack.size(), "the number of profiles is returned");
+    Fuzz::require(stack.writeToFile(Fuzz::scratchPath("out")), "a stack can be written");
+    KvMath::KvProfileZSet again;
+    Fuzz::require(again.readFromFile(Fuzz::scratchPath("out")) == count, "all profiles come back");
+    use(stack, input);
+    Fuzz::require(stack.readFromFile(path, z0, step) == stack.size(), "the number of profiles is returned");
+    use(stack, input);
+    return 0;
+}

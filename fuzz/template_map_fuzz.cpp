@@ -1,0 +1,38 @@
+// Template documents as they come out of JSON: what was loaded is saved and loaded again unchanged.
+
+#include "fuzz/fuzz_input.h"
+#include "fuzz/template_use.h"
+
+#include <kvmath/tsearch/template_document.h>
+
+namespace {
+
+struct Document {
+    KvMath::TSTemplate lines{0};
+    KvMath::TSMeasurementList measurements;
+    QString fileVersion, userVersion, name;
+
+    bool load(const QVariant& doc) {
+        return KvMath::loadTemplate(doc, lines, measurements, fileVersion, userVersion, name);
+    }
+    bool save(QVariant& doc) const {
+        return KvMath::saveTemplate(doc, lines, measurements, fileVersion, userVersion, name);
+    }
+};
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    Fuzz::Input input(data, size);
+    const QVariant given = Fuzz::jsonValue(input.rest());
+    Document first, second;
+    const bool isLoaded = first.load(given);
+    QVariant saved, again;
+    Fuzz::require(first.save(saved), "what is held can be saved");
+    if (isLoaded) {
+        Fuzz::require(second.load(saved) && second.save(again), "what was saved can be loaded");
+        Fuzz::require(saved == again, "a document is stable");
+    }
+    Fuzz::useTemplate(first.lines, first.measurements, input);
+    return 0;
+}

@@ -1,0 +1,27 @@
+// The stream form of a template with measurements behind it: what was loaded is saved byte by byte.
+
+#include "fuzz/fuzz_input.h"
+#include "fuzz/template_use.h"
+
+#include <QtCore/QDataStream>
+
+int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    Fuzz::Input input(data, size);
+    const QByteArray bytes = input.rest();
+    QDataStream stream(bytes);
+    KvMath::TSTemplate lines(0);
+    KvMath::TSMeasurementList measurements;
+    const bool isLoaded = lines.load(stream);
+    const qint64 end = stream.device()->pos();
+    if (isLoaded) {
+        QByteArray saved;
+        QDataStream out(&saved, QIODevice::WriteOnly);
+        Fuzz::require(lines.save(out), "what is held can be saved");
+        KvMath::TSTemplate again(0);
+        QDataStream back(saved);
+        Fuzz::require(saved.size() == end && again.load(back), "what was saved can be loaded");
+    }
+    measurements.load(stream);
+    Fuzz::useTemplate(KvMath::TSTemplate(lines), measurements, input);
+    return 0;
+}
