@@ -41,22 +41,18 @@ TEST(EdgeFilter, FindsTheUpperEdgesOfSteps) {
     profile.append(nullptr);
     profile.append(new Vector3D(17, NAN, 9));
     QMap<QString, QVariant> result{{"other", 1}};
-    EXPECT_EQ(fltEdgePoints(profile, kParams, 0.5, 3, 2.5, 0.1, result), 2);
-    const float high = 4.1F, low = 8.0F;
-    EXPECT_THAT(stored(result), ElementsAre(QPointF(double(high), 2), QPointF(double(low), 2)));
-    EXPECT_EQ(fltEdgePoints(profile, kParams, 0.5, 9, 9, 0.1, result), 4);
-    EXPECT_EQ(fltEdgePoints(profile, kParams, 0.5, 9, 2, 0.1, result), 1);  // gaps of 2.002 and 8.0006
-    EXPECT_EQ(fltEdgePointsWithoutTable(profile, kParams, 1.5, 2.5, 0.1, result), 6);
-    EXPECT_EQ(fltEdgePointsWithoutTable(profile, kParams, 9, 20, 0.1, result), 2);  // the ends of the line
-    EXPECT_EQ(result.size(), 2);
-    for (const double odd : {double(NAN), -1.0}) {
-        EXPECT_EQ(fltEdgePoints(profile, kParams, odd, 9, 9, 0.1, result), 0);
-        EXPECT_EQ(fltEdgePoints(profile, kParams, 0.5, odd, 9, 0.1, result), 0);
-        EXPECT_EQ(fltEdgePointsWithoutTable(profile, kParams, 1, odd, 0.1, result), 0);
-        EXPECT_EQ(fltEdgePointsWithoutTable(profile, kParams, 1, 9, odd, result), 0);
-    }
+    const double rows[][5] = {{0.5, 3, 2.5, 0.1, 2}, {0.5, 9, 9, 0.1, 4}, {0.5, 9, 2, 0.1, 1},
+                              {NAN, 9, 9, 0.1, 0},   {-1, 9, 9, 0.1, 0},  {0.5, NAN, 9, 0.1, 0}};
+    for (const auto& [least, most, gap, angle, count] : rows)
+        EXPECT_TRUE(fltEdgePoints(profile, kParams, least, most, gap, angle, result) == count &&
+                    stored(result).size() == count);
+    fltEdgePoints(profile, kParams, 0.5, 3, 2.5, 0.1, result);
+    EXPECT_THAT(stored(result), ElementsAre(QPointF(double(4.1F), 2), QPointF(8, 2)));
+    const double tables[][4] = {{1.5, 2.5, 0.1, 6}, {9, 20, 0.1, 2}, {1, NAN, 0.1, 0}, {1, 9, -1, 0}};
+    for (const auto& [height, gap, angle, count] : tables)  // with 2 the ends of the line remain
+        EXPECT_EQ(fltEdgePointsWithoutTable(profile, kParams, height, gap, angle, result), count);
     EXPECT_EQ(fltEdgePoints(Profile3D(), kParams, 0.5, 9, 9, 0.1, result), 0);
-    EXPECT_TRUE(stored(result).isEmpty());
+    EXPECT_EQ(result.size(), 2);
 }
 
 TEST(EdgeFilter, MarksWhatATemplateSearchMatches) {

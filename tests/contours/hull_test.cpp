@@ -20,10 +20,12 @@ QList<int> coinHull(const Points& points, double R) {
     return indices;
 }
 
-/// Grids with ties and repeated points, clouds, rings; some with values that are not finite, or scaled.
+/// Grids with ties and repeated points, clouds, rings, lines with points at exactly the reach; some with
+/// values that are not finite, or scaled.
 Points drawnPoints(Draws& draws) {
     const int n = draws.chance(0.1) ? draws.integer(0, 3) : draws.integer(4, draws.chance(0.1) ? 400 : 60);
-    const int kind = draws.integer(0, 3);
+    const int kind = draws.integer(0, 4);
+    const double angle = draws.real(0, 7);
     const double scale = draws.chance(0.15) ? std::pow(10, draws.real(-165, 160)) : 1;
     const double hostile[] = {std::nan(""), HUGE_VAL, -HUGE_VAL, 1e308, -1e308};
     Points points;
@@ -32,7 +34,8 @@ Points drawnPoints(Draws& draws) {
         const KvVector2D<double> kinds[] = {{draws.integer(-4, 4) * 0.5, draws.integer(-4, 4) * 0.5},
                                             {3 * std::cos(a), 3 * std::sin(a) * std::cos(a)},
                                             {2.0 * (i % 5), 0.1 * (i / 5)},
-                                            {draws.real(-3, 3), draws.real(-3, 3)}};
+                                            {draws.real(-3, 3), draws.real(-3, 3)},
+                                            {0.5 * i * std::cos(angle), 0.5 * i * std::sin(angle)}};
         points.append({kinds[kind].x * scale, kinds[kind].y * scale});
         if (draws.chance(0.03))
             (draws.chance(0.5) ? points.last().x : points.last().y) = hostile[draws.integer(0, 4)];
@@ -50,7 +53,6 @@ double drawnRadius(Draws& draws, const Points& points) {
 
 TEST(Hulls, AreTheLiteralWalksOnAnyInput) {
     Draws draws(71);
-    int closed = 0;
     for (int run = 0; run < 6000; ++run) {
         const Points points = drawnPoints(draws);
         const double R = drawnRadius(draws, points);
@@ -58,8 +60,6 @@ TEST(Hulls, AreTheLiteralWalksOnAnyInput) {
         const bool isClosed = TestSupport::literalCoinHull(points, R, literal);
         ASSERT_EQ(getCoinHull(points, R, fast), isClosed) << run;
         ASSERT_EQ(fast, literal) << "run " << run << " R " << R << " n " << points.size();
-        closed += isClosed && fast.size() > 3 ? 1 : 0;
-
         const int limit = draws.chance(0.2) ? draws.integer(-1, 9) : 0;
         const Points expected = TestSupport::literalPseudoHull(points, R, limit);
         const Points hull = getPseudoConvexHull(points, R, limit);
@@ -67,7 +67,6 @@ TEST(Hulls, AreTheLiteralWalksOnAnyInput) {
         for (int i = 0; i < hull.size(); ++i)
             ASSERT_TRUE(std::memcmp(&hull.at(i), &expected.at(i), sizeof hull.at(i)) == 0) << run;
     }
-    EXPECT_GT(closed, 2000);
 }
 
 TEST(CoinHull, KeepsTheCoinFreeOfPoints) {
@@ -80,29 +79,13 @@ TEST(CoinHull, KeepsTheCoinFreeOfPoints) {
         const QList<int> hull = coinHull(points, R);
         for (int k = 1; k < hull.size(); ++k) {
             const auto p = points.at(hull.at(k - 1)), q = points.at(hull.at(k));
-            const double d = std::max(1e-300, std::hypot(q.x - p.x, q.y - p.y)),
-                         h = std::sqrt(R * R - d * d / 4);
-            const double x = (p.x + q.x) / 2 + h * (q.y - p.y) / d, y = (p.y + q.y) / 2 - h * (q.x - p.x) / d;
+            const double dx = q.x - p.x, dy = q.y - p.y, d = std::max(1e-300, std::hypot(dx, dy));
+            const double h = std::sqrt(R * R - d * d / 4) / d;
+            const double x = (p.x + q.x) / 2 + h * dy, y = (p.y + q.y) / 2 - h * dx;
             for (const auto& other : points)
                 ASSERT_TRUE(hull.size() == 2 || std::hypot(other.x - x, other.y - y) > R * (1 - 1e-7)) << run;
         }
     }
-}
-
-TEST(CoinHull, EntersNotchesThatAreWiderThanTheCoin) {
-    Points square;
-    for (int x = 0; x <= 8; ++x)
-        for (int y = 0; y <= 8; ++y)
-            if (!(x > 2 && x < 6 && y > 3))  // a notch from x = 2 to 6 down to y = 3
-                square.append({double(x), double(y)});
-    const auto touches = [&square](double R, double x, double y) {
-        const QList<int> hull = coinHull(square, R);
-        return std::any_of(hull.begin(), hull.end(),
-                           [&](int i) { return square.at(i).x == x && square.at(i).y == y; });
-    };
-    EXPECT_TRUE(touches(1.9, 4, 3) && touches(1.9, 2, 6) && touches(2.1, 2, 8));
-    EXPECT_FALSE(touches(2.1, 4, 3) || touches(2.1, 2, 6));
-    EXPECT_EQ(coinHull(square, HUGE_VAL).size(), 30);  // all points of the four sides, the notch bridged
 }
 
 TEST(Hulls, HaveStatedResultsForFewPoints) {
@@ -111,25 +94,25 @@ TEST(Hulls, HaveStatedResultsForFewPoints) {
     EXPECT_THAT(coinHull({{NAN, 0}, {NAN, 1}}, 1), ElementsAre(0, 0));
     EXPECT_THAT(coinHull({{0, 0}, {2, 0}}, 0.99), ElementsAre(0, 0));
     EXPECT_THAT(coinHull({{0, 0}, {2, 0}, {2.5, 0}}, 1), ElementsAre(0, 1, 2, 1, 0));  // a thread of points
-    EXPECT_THAT(coinHull({{1, 1}, {1, 1}, {0, 0}, {0, 0}}, 5),
-                ElementsAre(2, 0, 2));  // repeated points close
-    const Points square = {{1, 1}, {0, 0}, {2, 0}, {2, 2}, {0, 2}};
-    EXPECT_EQ(getPseudoConvexHull(square, 2, 0).size(), 4);
-    EXPECT_EQ(getPseudoConvexHull(square, 9, 3).size(), 3);
-    EXPECT_EQ(getPseudoConvexHull(square, 1.5, 0).at(2).y, 1);  // the corner is out of reach
+    EXPECT_THAT(coinHull({{1, 1}, {1, 1}, {0, 0}, {0, 0}}, 5), ElementsAre(2, 0, 2));  // copies close
 }
 
-// Thousands of points under the coin, and hulls of all points: no walk may be quadratic.
-TEST(Hulls, TakeDenseAndRoundOutlines) {
-    Points circle, band;
+// Thousands of points under the coin, hulls of all points, straight lines: no walk may be quadratic.
+TEST(Hulls, TakeDenseRoundAndStraightOutlines) {
+    Points circle, band, line, rounded;
     Draws draws(73);
     for (int i = 0; i < 50000; ++i) {
         circle.append({100 * std::cos(i * 1.256637e-4), 100 * std::sin(i * 1.256637e-4)});
         band.append({draws.real(0, 100), draws.real(0, 2)});
+        line.append({1.0 * i, 3.0 * i});
+        rounded.append({1e-3 * i * std::cos(2), 1e-3 * i * std::sin(2)});
     }
     EXPECT_EQ(coinHull(circle, HUGE_VAL).size(), 50001);
     EXPECT_GT(coinHull(band, 1).size(), 300);
+    EXPECT_EQ(coinHull(line, 1e9).size(), 99999);  // there and back
     EXPECT_GT(getPseudoConvexHull(circle, HUGE_VAL, 0).size(), 40000);
+    EXPECT_EQ(getPseudoConvexHull(line, 1e9, 0).size(), 50000);
+    EXPECT_GT(getPseudoConvexHull(rounded, 1e9, 0).size(), 2);
 }
 
 }  // namespace
