@@ -69,8 +69,21 @@ QString suggestion(const QString& word, const QStringList& candidates) {
     return nearest.isEmpty() ? QString() : QString("; did you mean \"%1\"?").arg(nearest);
 }
 
-Arguments::Arguments(const Usage& usage, const QStringList& words)
-    : command_(usage.command), what_(usage.operands) {
+Usage with(Usage usage, const std::vector<Option>& more) {
+    usage.options.insert(usage.options.end(), more.begin(), more.end());
+    return usage;
+}
+
+Arguments::Arguments(const Usage& usage, const QStringList& words, int fewest, int most)
+    : Arguments(usage, words) {
+    requireOperands(most, fewest);
+}
+
+Arguments::Arguments(const Usage& usage, const QStringList& words) : usage_(usage), command_(usage.command) {
+    if (findOption(usage_, "--json") == nullptr)
+        usage_.options.push_back({"--json", "", "print JSON"});
+    if (words.contains("--help"))
+        throw Help{helpText(usage_)};
     bool optionsEnded = false;
     for (int i = 0; i < words.size(); ++i) {
         const QString& word = words[i];
@@ -84,17 +97,17 @@ Arguments::Arguments(const Usage& usage, const QStringList& words)
         }
         const int equals = word.indexOf('=');
         const QString name = equals < 0 ? word : word.left(equals);
-        const Option* option = findOption(usage, name);
+        const Option* option = findOption(usage_, name);
         if (option == nullptr)
             throw Failure{QString("%1: unknown option \"%2\"%3 (see \"kvmeasure %1 --help\")")
-                              .arg(command_, name, suggestion(name, optionNames(usage)))};
+                              .arg(command_, name, suggestion(name, optionNames(usage_)))};
         if (values_.contains(name))
             throw Failure{QString("%1: %2 is given twice; give it once").arg(command_, name)};
         const bool isFlag = *option->value == '\0';
         if (isFlag && equals >= 0)
             throw Failure{QString("%1: %2 takes no value").arg(command_, name)};
         const bool isLast = i + 1 == words.size();
-        if (!isFlag && equals < 0 && (isLast || findOption(usage, words[i + 1]) != nullptr))
+        if (!isFlag && equals < 0 && (isLast || findOption(usage_, words[i + 1]) != nullptr))
             throw Failure{QString("%1: %2 needs a value: %2 %3").arg(command_, name, option->value)};
         if (isFlag)
             values_[name] = QString();
@@ -126,18 +139,61 @@ int Arguments::integer(const QString& name, int absent, int minimum, int maximum
     return static_cast<int>(value);
 }
 
-void Arguments::requireOperands(int maximum) const {
-    if (operands_.isEmpty())
+void Arguments::pair(const QString& name, double& first, double& second) const {
+    if (!has(name))
+        return;
+    const QStringList words = text(name).replace(',', ' ').simplified().split(' ');
+    if (words.size() != 2 || !parseNumber(words[0], first) || !parseNumber(words[1], second))
         throw Failure{
-            QString("%1: nothing to read; name %2 (see \"kvmeasure %1 --help\")").arg(command_, what_)};
-    if (operands_.size() > maximum)
+            QString("%1: %2 needs two numbers, e.g. %2 -5,12.5, not \"%3\"").arg(command_, name, text(name))};
+}
+
+void Arguments::wholePair(const QString& name, int& first, int& second, int minimum, int maximum) const {
+    double values[] = {double(first), double(second)};
+    pair(name, values[0], values[1]);
+    for (const double value : values) {
+        if (has(name) && (value != std::floor(value) || value < minimum || value > maximum))
+            throw Failure{QString("%1: %2 needs two whole numbers from %3 to %4, not \"%5\"")
+                              .arg(command_, name)
+                              .arg(minimum)
+                              .arg(maximum)
+                              .arg(text(name))};
+    }
+    first = static_cast<int>(values[0]);
+    second = static_cast<int>(values[1]);
+}
+
+int Arguments::choice(const QString& name, const QStringList& words) const {
+    const int chosen = has(name) ? words.indexOf(text(name)) : 0;
+    if (chosen < 0)
         throw Failure{
-            QString("%1: unexpected \"%2\"; only %3 can be named").arg(command_, operands_[maximum], what_)};
+            QString("%1: %2 must be %3, not \"%4\"%5")
+                .arg(command_, name, alternatives(words), text(name), suggestion(text(name), words))};
+    return chosen;
+}
+
+QString Arguments::required(const QString& name, const QString& meaning) const {
+    if (text(name).isEmpty())
+        throw Failure{QString("%1: %2 %3 is missing; %4")
+                          .arg(command_, name, findOption(usage_, name)->value, meaning)};
+    return text(name);
+}
+
+void Arguments::requireOperands(int most, int fewest) const {
+    if (operands_.size() < fewest)
+        throw Failure{QString("%1: name %2 (see \"kvmeasure %1 --help\")").arg(command_, usage_.operands)};
+    if (operands_.size() > most)
+        throw Failure{
+            QString("%1: unexpected \"%2\" (see \"kvmeasure %1 --help\")").arg(command_, operands_[most])};
+}
+
+QString alternatives(const QStringList& words) {
+    return QStringList(words.mid(0, words.size() - 1)).join(", ") + " or " + words.last();
 }
 
 QString helpText(const Usage& usage) {
-    QString text = QString("kvmeasure %1 %2 [options]\n%3\n\nOptions\n")
-                       .arg(usage.command, usage.operands, usage.summary);
+    const QString words = QStringList{"kvmeasure", usage.command, usage.operands, "[options]"}.join(' ');
+    QString text = QString("%1\n%2\n\nOptions\n").arg(words.simplified(), usage.summary);
     for (const Option& option : usage.options) {
         const QString head = QString("  %1 %2").arg(option.name, option.value);
         text += head.leftJustified(30) + "  " + option.help + '\n';

@@ -5,6 +5,7 @@
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
+#include <limits>
 #include <vector>
 
 namespace KvMeasure {
@@ -22,16 +23,26 @@ struct Usage {
     const char* operands;  ///< e.g. "PROFILE..."
     const char* summary;   ///< one sentence
     std::vector<Option> options;
-    const char* details;  ///< further text with the examples
+    QString details;  ///< further text with the examples
 };
 
-/// A parsed command line. "--name value" and "--name=value" mean the same, "--" ends the options. The
-/// constructor throws Failure for unknown, repeated and incomplete options.
+/// The usage with further options behind its own.
+Usage with(Usage usage, const std::vector<Option>& more);
+
+constexpr int anyNumber = std::numeric_limits<int>::max();  ///< of operands
+
+/// A parsed command line. "--name value" and "--name=value" mean the same, "--" ends the options. Every
+/// command has --json and --help, which need not be declared. The constructor throws Help where it is asked
+/// for, and Failure for unknown, repeated and incomplete options; the others throw Failure.
 class Arguments {
 public:
     Arguments(const Usage& usage, const QStringList& words);
+    /// With from `fewest` to `most` operands.
+    Arguments(const Usage& usage, const QStringList& words, int fewest, int most);
 
     const QStringList& operands() const { return operands_; }
+    QString operand(int i) const { return operands_.value(i); }
+    bool isJson() const { return has("--json"); }
     bool has(const QString& name) const { return values_.contains(name); }
     QString text(const QString& name) const { return values_.value(name); }
 
@@ -39,17 +50,30 @@ public:
     double number(const QString& name, double absent, double minimum, double maximum) const;
     int integer(const QString& name, int absent, int minimum, int maximum) const;
 
-    /// Operands must number at least one, and at most `maximum`.
-    void requireOperands(int maximum) const;
+    /// Two numbers "A,B" or "A B"; unchanged when the option was not given.
+    void pair(const QString& name, double& first, double& second) const;
+    void wholePair(const QString& name, int& first, int& second, int minimum, int maximum) const;
+
+    /// Index of the value among these words; 0 when the option was not given.
+    int choice(const QString& name, const QStringList& words) const;
+
+    /// Value of an option that must be given; `meaning` says what it is.
+    QString required(const QString& name, const QString& meaning) const;
+
+    /// Operands must number at least `fewest`, and at most `most`.
+    void requireOperands(int most, int fewest = 1) const;
 
 private:
+    Usage usage_;
     QString command_;
-    QString what_;
     QStringList operands_;
     QMap<QString, QString> values_;
 };
 
 QString helpText(const Usage& usage);
+
+/// "a, b or c".
+QString alternatives(const QStringList& words);
 
 /// A finite number in plain or exponent notation with a decimal point, nothing else around it.
 bool parseNumber(const QString& text, double& value);

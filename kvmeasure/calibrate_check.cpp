@@ -1,5 +1,6 @@
-#include "kvmeasure/calibrate.h"
+#include "kvmeasure/arguments.h"
 #include "kvmeasure/calibration_check.h"
+#include "kvmeasure/commands.h"
 #include "kvmeasure/failure.h"
 #include "kvmeasure/output_file.h"
 #include "kvmeasure/print.h"
@@ -15,26 +16,24 @@ namespace {
 constexpr double micrometres = 1000;  // per mm
 
 Usage makeUsage() {
-    Usage usage{"calibrate check",
-                "TABLE",
-                "Compares a table with the true mapping of a simulated scanner, or with a second record of a "
-                "flat target.",
-                {{"--against", "RAW", "second record; its z are compared with those of the table"},
-                 {"--limit", "UM", "largest RMS of Z that is good; exit code 1 beyond it"},
-                 {"--svg", "FILE", "draw the error maps"}},
-                "Against the truth every cell inside the area that the target has covered is compared. The "
-                "mean deviation is\n"
-                "taken out of X, as records have no origin there. The expected RMS of Z is what the table's "
-                "units and the\n"
-                "steps of 1/32 pixel leave, and the simulated noise. A flat second record tells nothing "
-                "about X.\n\nExamples\n"
-                "  kvmeasure calibrate check scanner.tbl --truth flat.raw.truth.json --svg errors.svg\n"
-                "  kvmeasure calibrate check scanner.tbl --against again.raw --z-range 100 --x-range 140 "
-                "--limit 20\n"};
-    for (const Option& option : unitOptions(false))
-        usage.options.push_back(option);
-    usage.options.push_back({"--json", "", "print JSON"});
-    return usage;
+    return with(
+        {"calibrate check",
+         "TABLE",
+         "Compares a table with the true mapping of a simulated scanner, or with a second record of a "
+         "flat target.",
+         {{"--against", "RAW", "second record; its z are compared with those of the table"},
+          {"--limit", "UM", "largest RMS of Z that is good; exit code 1 beyond it"},
+          {"--svg", "FILE", "draw the error maps"}},
+         "Against the truth every cell inside the area that the target has covered is compared. The "
+         "mean deviation is\n"
+         "taken out of X, as records have no origin there. The expected RMS of Z is what the table's "
+         "units and the\n"
+         "steps of 1/32 pixel leave, and the simulated noise. A flat second record tells nothing "
+         "about X.\n\nExamples\n"
+         "  kvmeasure calibrate check scanner.tbl --truth flat.raw.truth.json --svg errors.svg\n"
+         "  kvmeasure calibrate check scanner.tbl --against again.raw --z-range 100 --x-range 140 "
+         "--limit 20\n"},
+        unitOptions(false));
 }
 
 QJsonObject statisticsJson(const ErrorStatistics& s) {
@@ -132,27 +131,33 @@ Result againstRecord(const PixelTable& table, const TableUnits& units, const QSt
 }  // namespace
 
 int runCalibrateCheck(const QStringList& words) {
-    const auto arguments = readAction(makeUsage(), words, 1);
-    if (!arguments)
-        return Done;
-    if (!arguments->has("--truth") && !arguments->has("--against"))
+    const Arguments arguments(makeUsage(), words, 1, 1);
+    const QString picture = arguments.text("--svg");
+    refuseOverwriting({picture},
+                      {arguments.operand(0), arguments.text("--truth"), arguments.text("--against")});
+    if (!arguments.has("--truth") && !arguments.has("--against"))
         throw Failure{"calibrate check: against what? Name --truth FILE or --against RAW"};
-    const double limit = arguments->number("--limit", 0, 0, std::numeric_limits<double>::max());
-    const TableUnits units = readUnits(*arguments, "calibrate check");
-    const QString path = arguments->operands().first();
+    const double limit = arguments.number("--limit", 0, 0, std::numeric_limits<double>::max());
+    const TableUnits units = readUnits(arguments);
+    const QString path = arguments.operand(0);
     const PixelTable table = loadTable(path);
-    Result result = arguments->has("--against") ? againstRecord(table, units, arguments->text("--against"))
-                                                : againstTruth(table, units, arguments->text("--truth"));
+    Result result = arguments.has("--against") ? againstRecord(table, units, arguments.text("--against"))
+                                               : againstTruth(table, units, arguments.text("--truth"));
     const double rms = result.maps[0].all.rms;
     const bool isGood =
-        !arguments->has("--limit") || (result.maps[0].all.count > 0 && rms * micrometres <= limit);
-    if (arguments->has("--svg"))
-        writeOutputFile(arguments->text("--svg"), drawErrorMaps(QFileInfo(path).fileName(), result.maps));
+        !arguments.has("--limit") || (result.maps[0].all.count > 0 && rms * micrometres <= limit);
+    if (arguments.has("--svg"))
+        writeOutputFile(
+            picture,
+            drawErrorMaps(
+                QFileInfo(path).fileName(),
+                QFileInfo(arguments.text(arguments.has("--against") ? "--against" : "--truth")).fileName(),
+                result.maps));
     result.json["file"] = path;
     result.json["good"] = isGood;
     if (!isGood)
         result.text += QString("the RMS of Z is beyond %1 um\n").arg(limit);
-    if (arguments->has("--json"))
+    if (arguments.isJson())
         printJson(result.json);
     else
         print(QString("%1: %2\n").arg(path, formName(table.form())) + result.text);

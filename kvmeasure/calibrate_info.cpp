@@ -1,5 +1,6 @@
-#include "kvmeasure/calibrate.h"
+#include "kvmeasure/arguments.h"
 #include "kvmeasure/calibration_file.h"
+#include "kvmeasure/commands.h"
 #include "kvmeasure/failure.h"
 #include "kvmeasure/print.h"
 
@@ -17,40 +18,16 @@ const Usage usage{
     "calibrate info",
     "FILE...",
     "What raw records and tables hold.",
-    {{"--z-range", "MM", "show Z of tables in mm"},
-     {"--x-range", "MM", "show X of tables in mm"},
-     {"--json", "", "print JSON"}},
+    {{"--z-range", "MM", "show Z of tables in mm"}, {"--x-range", "MM", "show X of tables in mm"}},
     "Without ranges, values of tables are in table units, 16384 of which make the range.\n\nExamples\n"
     "  kvmeasure calibrate info flat.raw\n"
     "  kvmeasure calibrate info scanner.tbl --z-range 100 --x-range 140 --json\n"};
 
-/// Smallest and largest of the values that came.
-struct Span {
-    double from = std::numeric_limits<double>::infinity(), to = -from;
-    void add(double value) {
-        from = std::min(from, value);
-        to = std::max(to, value);
-    }
-    bool isEmpty() const { return !(from <= to); }
-    QString text() const { return isEmpty() ? "-" : QString("%1 ... %2").arg(from).arg(to); }
-    QJsonValue json() const { return isEmpty() ? QJsonValue() : QJsonArray{from, to}; }
-};
+QString plain(double value) { return QString::number(value); }
 
-/// Rows "what, value" as text and JSON.
-struct Facts {
-    Table table{{"", ""}};
-    QJsonObject json;
-    void add(const char* key, const QString& what, const QString& value, const QJsonValue& number) {
-        table.add({what, value});
-        json[key] = number;
-    }
-    void add(const char* key, const QString& what, int value) {
-        add(key, what, QString::number(value), value);
-    }
-    void add(const char* key, const QString& what, const Span& span) {
-        add(key, what, span.text(), span.json());
-    }
-};
+void add(Facts& facts, const char* key, const QString& what, const Span& span) {
+    facts.add(key, what, span.text(plain), span.json());
+}
 
 void describeRecord(const QString& path, Facts& facts) {
     const RawRecord record = loadRaw(path);
@@ -70,9 +47,9 @@ void describeRecord(const QString& path, Facts& facts) {
     facts.add("found", "positions found", percent(found, static_cast<double>(record.positions.size())),
               found);
     facts.add("beyond", "positions beyond the sensor", beyond);
-    facts.add("columns", "columns with a line", columns);
-    facts.add("steps", "steps with a line", steps);
-    facts.add("rows", "sensor rows of the line", positions);
+    add(facts, "columns", "columns with a line", columns);
+    add(facts, "steps", "steps with a line", steps);
+    add(facts, "rows", "sensor rows of the line", positions);
     const bool hasZ = z[0] != z[1];  // what the builders ask
     facts.add("z", "z of the first and last step",
               hasZ ? QString("%1, %2").arg(z.front()).arg(z.back()) : QString("not recorded"),
@@ -100,9 +77,9 @@ void describeHalf(const PixelTable& table, Half half, double range, Facts& facts
                   .arg(filled)
                   .arg(percent(filled, double(table.rows()) * PixelTable::columns)),
               filled);
-    facts.add(isZ ? "columnsZ" : "columnsX", name + ", columns", columns);
-    facts.add(isZ ? "rowsZ" : "rowsX", name + ", sensor rows", rows);
-    facts.add(isZ ? "valuesZ" : "valuesX", name + ", " + unit, values);
+    add(facts, isZ ? "columnsZ" : "columnsX", name + ", columns", columns);
+    add(facts, isZ ? "rowsZ" : "rowsX", name + ", sensor rows", rows);
+    add(facts, isZ ? "valuesZ" : "valuesX", name + ", " + unit, values);
 }
 
 /// Steepest and flattest mm per sensor row, where neighbours are filled.
@@ -111,31 +88,23 @@ void describeGradient(PixelTable& table, double zRange, double xRange, Facts& fa
     if (!KvMath::gradientXandZtables(table.cells(), zRange, xRange, gradient.data(), nullptr))
         return;
     Span span;
-    for (const double value : gradient) {
-        if (!std::isnan(value))
-            span.add(value);
-    }
-    facts.add("gradientZ", "Z, mm per sensor row", span);
+    for (const double value : gradient)
+        span.add(value);
+    add(facts, "gradientZ", "Z, mm per sensor row", span);
 }
 
 }  // namespace
 
 int runCalibrateInfo(const QStringList& words) {
-    constexpr int mostFiles = 1000;
     constexpr double any = std::numeric_limits<double>::max();
-    if (words.contains("--help")) {
-        print(helpText(usage));
-        return Done;
-    }
-    const Arguments arguments(usage, words);
-    arguments.requireOperands(mostFiles);
+    const Arguments arguments(usage, words, 1, anyNumber);
     const double zRange = arguments.number("--z-range", KvMath::kUnitsPerRange, 0, any);
     const double xRange = arguments.number("--x-range", KvMath::kUnitsPerRange, 0, any);
     QJsonArray json;
-    QString text;
-    for (const QString& path : arguments.operands()) {
+    const int code = forEachFile(arguments.operands(), [&](const QString& path) {
         const CalibrationForm form = calibrationForm(path);
         Facts facts;
+        facts.json = {{"file", path}, {"form", formName(form)}};
         if (form == CalibrationForm::Raw) {
             describeRecord(path, facts);
         } else {
@@ -145,16 +114,13 @@ int runCalibrateInfo(const QStringList& words) {
             if (table.isFull() && arguments.has("--z-range"))
                 describeGradient(table, zRange, xRange, facts);
         }
-        facts.json["file"] = path;
-        facts.json["form"] = formName(form);
         json.append(facts.json);
-        text += path + ": " + formName(form) + facts.table.text();
-    }
-    if (arguments.has("--json"))
+        if (!arguments.isJson())
+            print(path + ": " + formName(form) + '\n' + facts.table.text() + '\n');
+    });
+    if (arguments.isJson())
         printJson({{"files", json}});
-    else
-        print(text);
-    return Done;
+    return code;
 }
 
 }  // namespace KvMeasure

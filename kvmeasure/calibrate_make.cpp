@@ -1,5 +1,6 @@
-#include "kvmeasure/calibrate.h"
+#include "kvmeasure/arguments.h"
 #include "kvmeasure/calibration_build.h"
+#include "kvmeasure/commands.h"
 #include "kvmeasure/failure.h"
 #include "kvmeasure/output_file.h"
 #include "kvmeasure/print.h"
@@ -24,7 +25,6 @@ Usage simulateUsage() {
                 "  kvmeasure calibrate simulate teeth.raw --target toothed --noise 0.05 --seed 2\n"
                 "  kvmeasure calibrate simulate dusty.raw --missing 0.05 --missing-columns 12 --tilt 2.3\n"};
     usage.options.insert(usage.options.begin(), {"--second", "FILE", "write a second record"});
-    usage.options.push_back({"--json", "", "print JSON"});
     return usage;
 }
 
@@ -36,9 +36,11 @@ RawRecord simulated(const CalibrationRecipe& recipe) {
     return *record;
 }
 
+QString truthPath(const QString& path) { return path + ".truth.json"; }
+
 void saveSimulated(RawRecord& record, const CalibrationRecipe& recipe, const QString& path) {
     saveRaw(record, path);
-    writeOutputFile(path + ".truth.json", truthText(recipe));
+    writeOutputFile(truthPath(path), truthText(recipe));
 }
 
 int foundIn(const RawRecord& record) {
@@ -65,36 +67,17 @@ Usage buildUsage() {
         "  kvmeasure calibrate build flat.raw scanner.tbl --z-range 100 --x-range 140 --x-step 185\n"
         "  kvmeasure calibrate build flat.raw scanner.tbl --truth flat.raw.truth.json --teeth teeth.raw "
         "--tooth-pitch 10 --tooth-height 5\n"};
-    for (const Option& option : unitOptions(true))
-        usage.options.push_back(option);
-    usage.options.push_back({"--json", "", "print JSON"});
-    return usage;
-}
-
-void readColumns(const Arguments& arguments, BuildPlan& plan) {
-    if (!arguments.has("--columns"))
-        return;
-    const QStringList parts = arguments.text("--columns").split(',');
-    bool firstOk = false, lastOk = false;
-    plan.firstColumn = parts.first().trimmed().toInt(&firstOk);
-    plan.lastColumn = parts.last().trimmed().toInt(&lastOk);
-    if (parts.size() != 2 || !firstOk || !lastOk || plan.firstColumn < 0 ||
-        plan.lastColumn <= plan.firstColumn || plan.lastColumn >= KvMath::kSensorColumns)
-        throw Failure{
-            QString("calibrate build: --columns needs FIRST,LAST with 0 <= FIRST < LAST <= 647, not \"%1\"")
-                .arg(arguments.text("--columns"))};
+    return with(usage, unitOptions(true));
 }
 
 BuildPlan readPlan(const Arguments& arguments) {
     BuildPlan plan;
-    plan.units = readUnits(arguments, "calibrate build");
+    plan.units = readUnits(arguments);
     plan.isCompact = arguments.has("--compact");
-    const QString builder = arguments.has("--builder") ? arguments.text("--builder") : QString("triangles");
-    if (builder != "triangles" && builder != "steps")
-        throw Failure{
-            QString("calibrate build: --builder must be triangles or steps, not \"%1\"").arg(builder)};
-    plan.byTriangles = builder == "triangles";
-    readColumns(arguments, plan);
+    plan.byTriangles = arguments.choice("--builder", {"triangles", "steps"}) == 0;
+    arguments.wholePair("--columns", plan.firstColumn, plan.lastColumn, 0, KvMath::kSensorColumns - 1);
+    if (plan.lastColumn <= plan.firstColumn)
+        throw Failure{"calibrate build: the first of --columns must be left of the last"};
     return plan;
 }
 
@@ -110,26 +93,26 @@ Teeth readTeeth(const Arguments& arguments) {
 }  // namespace
 
 int runCalibrateSimulate(const QStringList& words) {
-    const auto arguments = readAction(simulateUsage(), words, 1);
-    if (!arguments)
-        return Done;
-    const QString path = arguments->operands().first();
-    const QString secondPath = arguments->text("--second");
-    if (arguments->has("--second") && isSameFile(path, secondPath))
-        throw Failure{"calibrate simulate: --second is the file of the first record; name another one"};
-    CalibrationRecipe recipe = readRecipe(*arguments, "calibrate simulate");
+    const Arguments arguments(simulateUsage(), words, 1, 1);
+    const QString path = arguments.operand(0);
+    const QString secondPath = arguments.text("--second");
+    QStringList outputs{path, truthPath(path)};
+    if (arguments.has("--second"))
+        outputs << secondPath << truthPath(secondPath);
+    refuseOverwriting(outputs, {});
+    CalibrationRecipe recipe = readRecipe(arguments);
     RawRecord record = simulated(recipe);
     saveSimulated(record, recipe, path);
-    if (arguments->has("--second")) {
+    if (arguments.has("--second")) {
         ++recipe.seed;
         recipe.zFirst += recipe.zStep / 2;
         RawRecord second = simulated(recipe);
         saveSimulated(second, recipe, secondPath);
     }
     const int found = foundIn(record);
-    if (arguments->has("--json"))
+    if (arguments.isJson())
         printJson({{"file", path},
-                   {"truth", path + ".truth.json"},
+                   {"truth", truthPath(path)},
                    {"found", found},
                    {"cells", int(record.positions.size())}});
     else
@@ -139,22 +122,21 @@ int runCalibrateSimulate(const QStringList& words) {
 }
 
 int runCalibrateBuild(const QStringList& words) {
-    const auto arguments = readAction(buildUsage(), words, 2);
-    if (!arguments)
-        return Done;
-    const BuildPlan plan = readPlan(*arguments);
-    const QString out = arguments->operands().last();
-    RawRecord record = loadRaw(arguments->operands().first());
-    Progress progress("building, part", arguments->has("--teeth") ? 3 : 2);
+    const Arguments arguments(buildUsage(), words, 2, 2);
+    const BuildPlan plan = readPlan(arguments);
+    const QString out = arguments.operand(1);
+    refuseOverwriting({out}, {arguments.operand(0), arguments.text("--teeth"), arguments.text("--truth")});
+    RawRecord record = loadRaw(arguments.operand(0));
+    Progress progress("building, part", arguments.has("--teeth") ? 3 : 2);
     PixelTable table = buildTable(record, plan);
     progress.show(1);
     QString text;
     QJsonObject json{{"file", out},
                      {"form", formName(table.form())},
                      {"builder", plan.byTriangles ? "triangles" : "steps"}};
-    if (arguments->has("--teeth")) {
-        const RawRecord toothed = loadRaw(arguments->text("--teeth"));
-        const TeethFit fit = buildXFromTeeth(table, toothed, plan.units, readTeeth(*arguments));
+    if (arguments.has("--teeth")) {
+        const RawRecord toothed = loadRaw(arguments.text("--teeth"));
+        const TeethFit fit = buildXFromTeeth(table, toothed, plan.units, readTeeth(arguments));
         progress.show(2);
         text = QString("X from %1 places on flanks in %2 steps, which fit within RMS %3 mm\n")
                    .arg(fit.places)
@@ -166,7 +148,7 @@ int runCalibrateBuild(const QStringList& words) {
     progress.clear();
     json["filledZ"] = table.filled(Half::Z);
     json["filledX"] = table.filled(Half::X);
-    if (arguments->has("--json"))
+    if (arguments.isJson())
         printJson(json);
     else
         print(QString("%1: %2, %3 cells with Z, %4 with X\n")

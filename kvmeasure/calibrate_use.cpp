@@ -1,6 +1,7 @@
-#include "kvmeasure/calibrate.h"
+#include "kvmeasure/arguments.h"
 #include "kvmeasure/calibration_file.h"
 #include "kvmeasure/calibration_truth.h"
+#include "kvmeasure/commands.h"
 #include "kvmeasure/failure.h"
 #include "kvmeasure/print.h"
 #include "kvmeasure/profile_writer.h"
@@ -9,37 +10,32 @@
 #include <kvmath/calibration/dtf_profiles.h>
 #include <kvmath/calibration/table_ops.h>
 
-#include <QtCore/QtEndian>
-
 #include <cmath>
-#include <cstring>
 
 namespace KvMeasure {
 
 namespace {
 
 Usage applyUsage() {
-    Usage usage{"calibrate apply",
-                "TABLE RAW OUT",
-                "Turns the positions of a raw record into profiles, one per step.",
-                {{"--step", "N", "only this step, from 0; OUT is a CSV file then"},
-                 {"--rows", "NAME", "linear (all five binary places count) or library (see below) (linear)"},
-                 {"--pitch", "MM", "between the profiles of a stack (1)"},
-                 {"--format", "FORM", "csv or kv-csv for one step, record for a stack"}},
-                "A stack is a file of profiles with their places, as \"kvmeasure info\" and \"filter\" read "
-                "it. With linear rows,\n"
-                "places without line or table are left out. Library rows are those of "
-                "KvMath::calcProfsFromDtf: exact only\n"
-                "for positions whose fraction is below 2/32, up to 7 pixels too far down for the others, and "
-                "nothing is\n"
-                "left out: an empty cell becomes twice the range.\n\nExamples\n"
-                "  kvmeasure calibrate apply scanner.tbl again.raw again.zset --z-range 100 --x-range 140\n"
-                "  kvmeasure calibrate apply scanner.tbl again.raw step.csv --step 500 --truth "
-                "flat.raw.truth.json\n"};
-    for (const Option& option : unitOptions(false))
-        usage.options.push_back(option);
-    usage.options.push_back({"--json", "", "print JSON"});
-    return usage;
+    return with(
+        {"calibrate apply",
+         "TABLE RAW OUT",
+         "Turns the positions of a raw record into profiles, one per step.",
+         {{"--step", "N", "only this step, from 0; OUT is a CSV file then"},
+          {"--rows", "NAME", "linear (all five binary places count) or library (see below) (linear)"},
+          {"--pitch", "MM", "between the profiles of a stack (1)"},
+          {"--format", "FORM", "csv or kv-csv for one step, record for a stack"}},
+         "A stack is a file of profiles with their places, as \"kvmeasure info\" and \"filter\" read "
+         "it. With linear rows,\n"
+         "places without line or table are left out. Library rows are those of "
+         "KvMath::calcProfsFromDtf: exact only\n"
+         "for positions whose fraction is below 2/32, up to 7 pixels too far down for the others, and "
+         "nothing is\n"
+         "left out: an empty cell becomes twice the range.\n\nExamples\n"
+         "  kvmeasure calibrate apply scanner.tbl again.raw again.zset --z-range 100 --x-range 140\n"
+         "  kvmeasure calibrate apply scanner.tbl again.raw step.csv --step 500 --truth "
+         "flat.raw.truth.json\n"},
+        unitOptions(false));
 }
 
 /// Profiles of a record by linear rows.
@@ -63,24 +59,19 @@ KvMath::KvProfile linearProfile(const PixelTable& table, const RawRecord& record
 /// A record of a profile at a place along the scan; the writer enters the count of points.
 QByteArray recordHead(double place) {
     constexpr char profileWithPlace = 0x05;
-    const auto value = static_cast<float>(place);
-    quint32 bits = 0;
-    std::memcpy(&bits, &value, sizeof(bits));
-    bits = qToLittleEndian(bits);
-    return QByteArray(1, profileWithPlace) + QByteArray(2, '\0') +
-           QByteArray(reinterpret_cast<const char*>(&bits), sizeof(bits));
+    QByteArray head(3, '\0');
+    head[0] = profileWithPlace;
+    appendLittleEndian(head, static_cast<float>(place));
+    return head;
 }
 
 /// The run over the steps of a record.
 class Applier {
 public:
     explicit Applier(const Arguments& arguments)
-        : arguments_(arguments), units_(readUnits(arguments, "calibrate apply")),
-          table_(loadTable(arguments.operands().first())), record_(loadRaw(arguments.operands().at(1))) {
-        const QString rows = arguments.has("--rows") ? arguments.text("--rows") : QString("linear");
-        if (rows != "linear" && rows != "library")
-            throw Failure{QString("calibrate apply: --rows must be linear or library, not \"%1\"").arg(rows)};
-        if (rows == "linear")
+        : arguments_(arguments), units_(readUnits(arguments)), table_(loadTable(arguments.operand(0))),
+          record_(loadRaw(arguments.operand(1))) {
+        if (arguments.choice("--rows", {"linear", "library"}) == 0)
             return;
         if (!table_.isFull())
             throw Failure{"calibrate apply: --rows library needs a full table; this one is compact"};
@@ -98,7 +89,7 @@ public:
         if (!isOne && form != FileForm::Records)
             throw Failure{"calibrate apply: a CSV file holds one profile; choose one with --step N"};
         const double pitch = arguments_.number("--pitch", 1, -1e6, 1e6);
-        const QString path = arguments_.operands().last();
+        const QString path = arguments_.operand(2);
         ProfileWriter writer(path, form);
         Progress progress("profiles", last);
         qint64 points = 0;
@@ -114,7 +105,7 @@ public:
         writer.commit();
         progress.clear();
         const int count = isOne ? 1 : KvMath::kCalibrationSteps;
-        if (arguments_.has("--json"))
+        if (arguments_.isJson())
             printJson({{"file", path}, {"profiles", count}, {"points", points}});
         else
             print(QString("%1: %2 profiles, %3 points\n").arg(path).arg(count).arg(points));
@@ -140,22 +131,9 @@ const Usage cutUsage{"calibrate cut",
                       {"--top-left", "W,H", "a corner triangle, W pixels wide and H high"},
                       {"--top-right", "W,H", "the same"},
                       {"--bottom-left", "W,H", "the same"},
-                      {"--bottom-right", "W,H", "the same"},
-                      {"--json", "", "print JSON"}},
+                      {"--bottom-right", "W,H", "the same"}},
                      "OUT may be TABLE itself. A right or bottom margin of 1 cuts nothing.\n\nExamples\n"
                      "  kvmeasure calibrate cut scanner.tbl cut.tbl --left 10 --right 11 --top-left 80,60\n"};
-
-void readCorner(const Arguments& arguments, const QString& name, int& width, int& height) {
-    if (!arguments.has(name))
-        return;
-    const QStringList parts = arguments.text(name).split(',');
-    bool widthOk = false, heightOk = false;
-    width = parts.first().trimmed().toInt(&widthOk);
-    height = parts.last().trimmed().toInt(&heightOk);
-    if (parts.size() != 2 || !widthOk || !heightOk || width < 1 || height < 1)
-        throw Failure{QString("calibrate cut: %1 needs W,H in pixels, both above 0, not \"%2\"")
-                          .arg(name, arguments.text(name))};
-}
 
 KvMath::CutDiagonalParamsCBR readCut(const Arguments& arguments) {
     constexpr int most = 100'000;
@@ -164,20 +142,19 @@ KvMath::CutDiagonalParamsCBR readCut(const Arguments& arguments) {
     cut.rightMargin = arguments.integer("--right", 0, 0, most);
     cut.topMargin = arguments.integer("--top", 0, 0, most);
     cut.bottomMargin = arguments.integer("--bottom", 0, 0, most);
-    readCorner(arguments, "--top-left", cut.topLeftWidth, cut.topLeftHeight);
-    readCorner(arguments, "--top-right", cut.topRightWidth, cut.topRightHeight);
-    readCorner(arguments, "--bottom-left", cut.bottomLeftWidth, cut.bottomLeftHeight);
-    readCorner(arguments, "--bottom-right", cut.bottomRightWidth, cut.bottomRightHeight);
+    arguments.wholePair("--top-left", cut.topLeftWidth, cut.topLeftHeight, 1, most);
+    arguments.wholePair("--top-right", cut.topRightWidth, cut.topRightHeight, 1, most);
+    arguments.wholePair("--bottom-left", cut.bottomLeftWidth, cut.bottomLeftHeight, 1, most);
+    arguments.wholePair("--bottom-right", cut.bottomRightWidth, cut.bottomRightHeight, 1, most);
     return cut;
 }
 
 const Usage mirrorUsage{"calibrate mirror",
                         "FILE OUT",
                         "Turns the sensor upside down, in a raw record or in the halves of a full table.",
-                        {{"--z", "", "the Z half of a table"},
-                         {"--x", "", "the X half of a table"},
-                         {"--json", "", "print JSON"}},
-                        "A raw record is mirrored as a whole. Twice is the table as it was; in a record, a "
+                        {{"--z", "", "the Z half of a table"}, {"--x", "", "the X half of a table"}},
+                        "OUT may be FILE itself. A raw record is mirrored as a whole. Twice is the table as "
+                        "it was; in a record, a "
                         "position at the very edge of the\n"
                         "sensor is lost. A table is turned about row 488, half a sensor row below the "
                         "middle; its values stay.\n\nExamples\n"
@@ -194,42 +171,37 @@ PixelTable loadFullTable(const QString& path, const QString& action) {
 }  // namespace
 
 int runCalibrateApply(const QStringList& words) {
-    const auto arguments = readAction(applyUsage(), words, 3);
-    if (arguments)
-        Applier(*arguments).run();
+    const Arguments arguments(applyUsage(), words, 3, 3);
+    refuseOverwriting({arguments.operand(2)},
+                      {arguments.operand(0), arguments.operand(1), arguments.text("--truth")});
+    Applier(arguments).run();
     return Done;
 }
 
 int runCalibrateCut(const QStringList& words) {
-    const auto arguments = readAction(cutUsage, words, 2);
-    if (!arguments)
-        return Done;
-    const KvMath::CutDiagonalParamsCBR cut = readCut(*arguments);
-    PixelTable table = loadFullTable(arguments->operands().first(), "calibrate cut");
+    const Arguments arguments(cutUsage, words, 2, 2);
+    const QString out = arguments.operand(1);
+    const KvMath::CutDiagonalParamsCBR cut = readCut(arguments);
+    PixelTable table = loadFullTable(arguments.operand(0), "calibrate cut");
     const int before = table.filled(Half::Z);
     const int beforeX = table.filled(Half::X);
     KvMath::cutTBL(table.cells(), cut);
-    saveTable(table, arguments->operands().last());
+    saveTable(table, out);
     const int emptied = before - table.filled(Half::Z);
     const int emptiedX = beforeX - table.filled(Half::X);
-    if (arguments->has("--json"))
-        printJson({{"file", arguments->operands().last()}, {"emptiedZ", emptied}, {"emptiedX", emptiedX}});
+    if (arguments.isJson())
+        printJson({{"file", out}, {"emptiedZ", emptied}, {"emptiedX", emptiedX}});
     else
-        print(QString("%1: %2 cells with Z and %3 with X emptied\n")
-                  .arg(arguments->operands().last())
-                  .arg(emptied)
-                  .arg(emptiedX));
+        print(QString("%1: %2 cells with Z and %3 with X emptied\n").arg(out).arg(emptied).arg(emptiedX));
     return Done;
 }
 
 int runCalibrateMirror(const QStringList& words) {
-    const auto arguments = readAction(mirrorUsage, words, 2);
-    if (!arguments)
-        return Done;
-    const QString in = arguments->operands().first();
-    const QString out = arguments->operands().last();
-    const bool mirrorZ = arguments->has("--z");
-    const bool mirrorX = arguments->has("--x");
+    const Arguments arguments(mirrorUsage, words, 2, 2);
+    const QString in = arguments.operand(0);
+    const QString out = arguments.operand(1);
+    const bool mirrorZ = arguments.has("--z");
+    const bool mirrorX = arguments.has("--x");
     const CalibrationForm form = calibrationForm(in);
     if (form == CalibrationForm::Raw) {
         if (mirrorZ || mirrorX)
@@ -244,7 +216,7 @@ int runCalibrateMirror(const QStringList& words) {
         KvMath::zMirrorTBL(table.cells(), mirrorZ, mirrorX);
         saveTable(table, out);
     }
-    if (arguments->has("--json"))
+    if (arguments.isJson())
         printJson({{"file", out}, {"form", formName(form)}});
     else
         print(QString("%1: %2 mirrored\n").arg(out, formName(form)));

@@ -55,7 +55,7 @@ struct RecordReport {
 
 RecordReport compareWithRecord(const PixelTable& table, const TableUnits& units, const RawRecord& record);
 
-/// Error maps, one below the other, with their colour scales and the RMS of each region.
-QByteArray drawErrorMaps(const QString& title, const QList<ErrorMap>& maps);
+/// Error maps against a reference, one below the other, with their colour scales and the RMS of each region.
+QByteArray drawErrorMaps(const QString& title, const QString& reference, const QList<ErrorMap>& maps);
 
 }  // namespace KvMeasure

@@ -2,6 +2,7 @@
 
 #include "kvmeasure/failure.h"
 #include "kvmeasure/output_file.h"
+#include "kvmeasure/profile_file.h"
 
 #include <kvmath/calibration/table_io.h>
 
@@ -62,21 +63,18 @@ QString formName(CalibrationForm form) {
 }
 
 CalibrationForm calibrationForm(const QString& path) {
-    const QFileInfo info(path);
-    if (!info.exists())
-        throw Failure{QString("%1: no such file").arg(path)};
-    if (!info.isFile())
-        throw Failure{QString("%1: is no regular file").arg(path)};
+    QFile file(path);
+    openRegularFile(file);
     for (const CalibrationForm form :
          {CalibrationForm::Raw, CalibrationForm::FullTable, CalibrationForm::CompactTable}) {
-        if (info.size() == bytesOf(form))
+        if (file.size() == bytesOf(form))
             return form;
     }
     throw Failure{
         QString("%1: is no calibration file: it has %2 bytes; a raw record has 1304000, a full table "
                 "2592000, a compact table 1327104")
             .arg(path)
-            .arg(info.size())};
+            .arg(file.size())};
 }
 
 PixelTable::PixelTable(CalibrationForm form)

@@ -79,7 +79,7 @@ void drawPanel(Canvas& canvas, double y, const ErrorMap& map) {
     drawRegions(canvas, area, map);
     drawAxes(canvas, area);
     drawColourScale(canvas, {area.right + 24, area.top + 20, area.right + 44, area.bottom}, scale);
-    QString head = QString("%1, table minus truth: RMS %2 µm, 95 % within %3 µm, worst %4 µm")
+    QString head = QString("%1: RMS %2 µm, 95 % within %3 µm, worst %4 µm")
                        .arg(map.half == Half::Z ? "Z" : "X", um(map.all.rms), um(map.all.percentile95),
                             um(map.all.worst));
     canvas.text({area.left, area.top - 12}, head, "font-weight=\"bold\" fill=\"#111\"");
@@ -87,9 +87,10 @@ void drawPanel(Canvas& canvas, double y, const ErrorMap& map) {
 
 }  // namespace
 
-QByteArray drawErrorMaps(const QString& title, const QList<ErrorMap>& maps) {
+QByteArray drawErrorMaps(const QString& title, const QString& reference, const QList<ErrorMap>& maps) {
     Canvas canvas;
-    canvas.text({left, 32}, title, "font-size=\"18\" font-weight=\"bold\" fill=\"#111\"");
+    canvas.text({left, 32}, title + ", errors against " + reference,
+                "font-size=\"18\" font-weight=\"bold\" fill=\"#111\"");
     canvas.text({left, 54}, "grey: measured, but empty in the table; white: outside the measured area",
                 "font-size=\"12\" fill=\"#666\"");
     for (int i = 0; i < maps.size(); ++i)

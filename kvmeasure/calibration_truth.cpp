@@ -1,9 +1,9 @@
 #include "kvmeasure/calibration_truth.h"
 
 #include "kvmeasure/failure.h"
+#include "kvmeasure/profile_file.h"
 
 #include <QtCore/QFile>
-#include <QtCore/QFileInfo>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 
@@ -74,13 +74,10 @@ std::vector<Option> recipeOptions() {
     return options;
 }
 
-CalibrationRecipe readRecipe(const Arguments& arguments, const QString& action) {
+CalibrationRecipe readRecipe(const Arguments& arguments) {
     constexpr int anyCount = std::numeric_limits<int>::max();
     CalibrationRecipe recipe;
-    const QString target = arguments.has("--target") ? arguments.text("--target") : QString("flat");
-    if (target != "flat" && target != "toothed")
-        throw Failure{QString("%1: --target must be flat or toothed, not \"%2\"").arg(action, target)};
-    if (target == "toothed")
+    if (arguments.choice("--target", {"flat", "toothed"}) == 1)
         recipe.target = Simulator::CalibrationTarget::Toothed;
     for (const Field& field : fields)
         field.of(recipe) = arguments.number(field.option, field.of(recipe), -any, any);
@@ -103,9 +100,7 @@ QByteArray truthText(const CalibrationRecipe& recipe) {
 CalibrationRecipe loadTruth(const QString& path) {
     constexpr qint64 longest = 100'000;
     QFile file(path);
-    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
-        throw Failure{
-            QString("%1: cannot be read; name the .truth.json beside a simulated record").arg(path)};
+    openRegularFile(file);
     const QJsonObject object = QJsonDocument::fromJson(file.read(longest)).object();
     if (object["kind"].toString() != truthKind)
         throw Failure{
@@ -136,8 +131,9 @@ std::vector<Option> unitOptions(bool hasSteps) {
     return options;
 }
 
-TableUnits readUnits(const Arguments& arguments, const QString& action) {
+TableUnits readUnits(const Arguments& arguments) {
     constexpr double thousand = 1000;
+    constexpr double smallest = 1e-6;  // mm
     TableUnits units;
     if (arguments.has("--truth")) {
         const CalibrationRecipe recipe = loadTruth(arguments.text("--truth"));
@@ -148,13 +144,12 @@ TableUnits readUnits(const Arguments& arguments, const QString& action) {
         units = {recipe.scanner.zRange, recipe.scanner.xRange, recipe.zStep * thousand,
                  width / last * thousand};
     }
-    units.zRange = arguments.number("--z-range", units.zRange, 0, any);
-    units.xRange = arguments.number("--x-range", units.xRange, 0, any);
-    for (const auto& [option, value] :
-         {std::pair("--z-range", units.zRange), std::pair("--x-range", units.xRange)}) {
-        if (!(value > 0))
-            throw Failure{QString("%1: %2 MM is missing; it is not stored in the file").arg(action, option)};
-    }
+    units.zRange = arguments.number("--z-range", units.zRange, smallest, any);
+    units.xRange = arguments.number("--x-range", units.xRange, smallest, any);
+    if (!(units.zRange > 0))
+        arguments.required("--z-range", "it is not stored in the file");
+    if (!(units.xRange > 0))
+        arguments.required("--x-range", "it is not stored in the file");
     if (units.xStep == 0)
         units.xStep = units.xRange * thousand / Simulator::kSensorColumns;
     units.zStep = arguments.number("--z-step", units.zStep, 0, any);

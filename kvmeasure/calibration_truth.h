@@ -12,7 +12,7 @@ using Simulator::CalibrationRecipe;
 std::vector<Option> recipeOptions();  ///< one for each number of a recipe, and --target
 
 /// A recipe from options. Throws Failure for what is no number; legality is left to the simulator.
-CalibrationRecipe readRecipe(const Arguments& arguments, const QString& action);
+CalibrationRecipe readRecipe(const Arguments& arguments);
 
 QByteArray truthText(const CalibrationRecipe& recipe);
 
@@ -30,6 +30,6 @@ std::vector<Option> unitOptions(bool hasSteps);
 
 /// From the truth file, where one is named, and from the options, which take precedence. Throws Failure when
 /// a range is missing.
-TableUnits readUnits(const Arguments& arguments, const QString& action);
+TableUnits readUnits(const Arguments& arguments);
 
 }  // namespace KvMeasure

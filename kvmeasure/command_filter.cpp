@@ -22,17 +22,13 @@ const Usage usage{
      {"--format", "FORM", "csv, kv-csv (semicolons, decimal commas) or record (that of the input)"},
      {"--record", "N", "only this profile of a file with several, from 0"},
      {"--columns", "X,Y", "columns of a CSV file, from 1 (1,2)"},
-     {"--svg", "FILE", "draw before and after; one picture per profile, its name put into FILE"},
-     {"--json", "", "print JSON"}},
-    "Unset points are left out. OUT is written under a temporary name first and may be IN itself.\n\n"};
-
-QString filterHelp() {
-    return helpText(usage) + stepsHelp() +
-           "\nExamples\n"
-           "  kvmeasure filter raw.csv smooth.csv --steps \"median 5; trim-y 0 120\"\n"
-           "  kvmeasure filter raw.csv clean.csv --steps \"spikes 2 1; isolated 0.5 2\" --svg clean.svg\n"
-           "  kvmeasure filter recording.bin even.bin --steps \"sort-x; resample 0.05\" --json\n";
-}
+     {"--svg", "FILE", "draw before and after; one picture per profile, its name put into FILE"}},
+    "Unset points are left out. OUT is written under a temporary name first and may be IN itself.\n\n" +
+        stepsHelp() +
+        "\nExamples\n"
+        "  kvmeasure filter raw.csv smooth.csv --steps \"median 5; trim-y 0 120\"\n"
+        "  kvmeasure filter raw.csv clean.csv --steps \"spikes 2 1; isolated 0.5 2\" --svg clean.svg\n"
+        "  kvmeasure filter recording.bin even.bin --steps \"sort-x; resample 0.05\" --json\n"};
 
 /// Points before and after one step.
 struct StepCount {
@@ -108,7 +104,7 @@ void Filterer::filter(LoadedProfile& loaded, bool isOnly, ProfileWriter& writer)
         const QString path = arguments_.text("--svg");
         writeOutputFile(isOnly ? path : partPath(path, loaded.stem), drawPicture(picture));
     }
-    if (arguments_.has("--json"))
+    if (arguments_.isJson())
         json_.append(countJson(loaded, counts));
     else
         text_ += countTable(loaded, counts);
@@ -125,7 +121,7 @@ void Filterer::filterFile(const QString& from, const QString& to) {
     ProfileWriter writer(to, parseForm(arguments_.text("--format"), source.form()));
     Progress progress(from, source.size());
     if (arguments_.has("--record")) {
-        LoadedProfile loaded = loadProfile(from, columns, arguments_.integer("--record", 0, 0, lastRecord));
+        LoadedProfile loaded = takeProfile(arguments_);
         filter(loaded, true, writer);
     } else {
         LoadedProfile loaded;
@@ -137,7 +133,7 @@ void Filterer::filterFile(const QString& from, const QString& to) {
     }
     writer.commit();
     progress.clear();
-    if (arguments_.has("--json"))
+    if (arguments_.isJson())
         printJson({{"out", to}, {"profiles", json_}});
     else
         print(text_);
@@ -146,22 +142,10 @@ void Filterer::filterFile(const QString& from, const QString& to) {
 }  // namespace
 
 int runFilter(const QStringList& words) {
-    if (words.contains("--help")) {
-        print(filterHelp());
-        return Done;
-    }
-    const Arguments arguments(usage, words);
-    arguments.requireOperands(2);
-    const QString from = arguments.operands().first();
-    if (arguments.operands().size() < 2)
-        throw Failure{"filter: OUT is missing; name the file to write behind the one to read"};
-    if (!arguments.has("--steps"))
-        throw Failure{"filter: --steps TEXT is missing, e.g. --steps \"median 5; trim-y 0 120\""};
-    const QString to = arguments.operands().last();
-    const QString picture = arguments.text("--svg");
-    if (arguments.has("--svg") && (isSameFile(picture, from) || isSameFile(picture, to)))
-        throw Failure{QString("filter: --svg \"%1\" is the file of points; name another one").arg(picture)};
-    Filterer(arguments).filterFile(from, to);
+    const Arguments arguments(usage, words, 2, 2);
+    arguments.required("--steps", "e.g. --steps \"median 5; trim-y 0 120\"");
+    refuseOverwriting({arguments.text("--svg")}, arguments.operands());
+    Filterer(arguments).filterFile(arguments.operand(0), arguments.operand(1));
     return Done;
 }
 

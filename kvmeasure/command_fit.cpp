@@ -31,8 +31,7 @@ const Usage usage{
      {"--plane", "", "a x + b y + c z + d = 0, of the first XYZ record of a binary file"},
      {"--svg", "FILE", "draw points and curve; a plane from its edge, distances large"},
      {"--record", "N", "which profile of a file with several, from 0 (0)"},
-     {"--columns", "X,Y", "columns of a CSV file, from 1 (1,2)"},
-     {"--json", "", "print JSON"}},
+     {"--columns", "X,Y", "columns of a CSV file, from 1 (1,2)"}},
     "Residuals are y - fit for a line and a parabola, and distances from the circle or plane. The standard "
     "error is the\n"
     "root of (sum of squares / (count - parameters)). Exit code 1: the fit has no result or did not "
@@ -137,20 +136,14 @@ std::vector<double> readXYZ(const QString& path, int& unset) {
     RecordHead head;
     while (file.form() == FileForm::Records && file.nextHead(head)) {
         std::vector<double> xyz;
-        while (true) {
-            constexpr int pointsAtOnce = 65'536;
-            const QList<KvMath::KvPointXYZ>& points = file.nextPoints(pointsAtOnce);
-            if (points.isEmpty())
-                break;
-            for (const KvMath::KvPointXYZ& p : points) {
-                if (recordHasZ(head.marker) && std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z))
-                    xyz.insert(xyz.end(), {double(p.x), double(p.y), double(p.z)});
-                else
-                    ++unset;
-            }
+        file.forEachPoint([&](const KvMath::KvPointXYZ& p) {
+            if (recordHasZ(head.marker) && std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z))
+                xyz.insert(xyz.end(), {double(p.x), double(p.y), double(p.z)});
+            else
+                ++unset;
             if (xyz.size() > 3U * mostPoints)
-                throw Failure{path + ": more than 1000000 points"};
-        }
+                throw Failure{path + ": more than 1000000 points; a part of it by \"kvmeasure scan plane\""};
+        });
         if (recordHasZ(head.marker))
             return xyz;
         unset = 0;
@@ -200,33 +193,30 @@ Picture edgeView(const std::vector<double>& xyz, const Fit& fit) {
     return picture;
 }
 
-QString number(double value) { return QString::number(value, 'g', 10); }
-
 void report(const QString& file, const Fit& fit, bool isJson) {
-    if (isJson) {
-        QJsonObject parameters;
-        for (const auto& parameter : fit.parameters)
-            parameters[parameter.first] = jsonNumber(parameter.second);
-        printJson({{"file", file},
-                   {"kind", fit.kind},
-                   {"good", fit.isGood()},
-                   {"parameters", parameters},
-                   {"count", fit.count},
-                   {"unset", fit.unset},
-                   {"rms", jsonNumber(fit.rms())},
-                   {"max", jsonNumber(fit.largest)},
-                   {"standardError", fit.hasError() ? jsonNumber(fit.error()) : QJsonValue()}});
-        return;
+    Facts facts;
+    QJsonObject parameters;
+    for (const auto& parameter : fit.parameters) {
+        facts.add("", parameter.first, parameter.second);
+        parameters[parameter.first] = jsonNumber(parameter.second);
     }
-    Table table({"name", "value"});
-    for (const auto& parameter : fit.parameters)
-        table.add({parameter.first, number(parameter.second)});
-    table.add({"points", QString::number(fit.count)});
-    table.add({"unset", QString::number(fit.unset)});
-    table.add({"rms residual, mm", number(fit.rms())});
-    table.add({"max residual, mm", number(fit.largest)});
-    table.add({"standard error, mm", fit.hasError() ? number(fit.error()) : QString("-")});
-    print(QString("%1: %2%3\n%4").arg(file, fit.kind, fit.isGood() ? "" : " (NO RESULT)", table.text()));
+    facts.add("count", "points", fit.count);
+    facts.add("unset", "unset", fit.unset);
+    facts.add("rms", "rms residual, mm", fit.rms());
+    facts.add("max", "max residual, mm", fit.largest);
+    if (fit.hasError())
+        facts.add("standardError", "standard error, mm", fit.error());
+    else
+        facts.add("standardError", "standard error, mm", "-", QJsonValue());
+    facts.json["file"] = file;
+    facts.json["kind"] = fit.kind;
+    facts.json["good"] = fit.isGood();
+    facts.json["parameters"] = parameters;
+    if (isJson)
+        printJson(facts.json);
+    else
+        print(QString("%1: %2%3\n%4")
+                  .arg(file, fit.kind, fit.isGood() ? "" : " (NO RESULT)", facts.table.text()));
 }
 
 void draw(const QString& path, Picture picture, const Fit& fit) {
@@ -253,16 +243,12 @@ QString chosenKind(const Arguments& arguments) {
 }  // namespace
 
 int runFit(const QStringList& words) {
-    if (words.contains("--help")) {
-        print(helpText(usage));
-        return Done;
-    }
-    const Arguments arguments(usage, words);
-    arguments.requireOperands(1);
+    const Arguments arguments(usage, words, 1, 1);
+    refuseOverwriting({arguments.text("--svg")}, arguments.operands());
     Fit fit;
     fit.kind = chosenKind(arguments);
     const double radius = arguments.number("--known-radius", 0, 1e-6, 1e6);
-    const QString path = arguments.operands().first();
+    const QString path = arguments.operand(0);
     Picture picture;
     if (fit.kind == "plane") {
         const std::vector<double> xyz = readXYZ(path, fit.unset);
@@ -292,7 +278,7 @@ int runFit(const QStringList& words) {
     }
     if (arguments.has("--svg"))
         draw(arguments.text("--svg"), picture, fit);
-    report(path, fit, arguments.has("--json"));
+    report(path, fit, arguments.isJson());
     return fit.isGood() ? int(Done) : int(NotMet);
 }
 

@@ -7,7 +7,6 @@
 #include "kvmeasure/scan_file.h"
 
 #include <cmath>
-#include <cstdio>
 #include <limits>
 
 namespace KvMeasure {
@@ -20,7 +19,7 @@ const Usage usage{
     "info",
     "FILE...",
     "Says what files of points hold: the kinds of records, counts, ranges, and the first damaged place.",
-    {{"--json", "", "print JSON"}},
+    {},
     "Files are told apart by their content: binary records (0x02 XY, 0x03 XYZ, 0x04 XYZRGB, 0x05 profile "
     "with z,\n"
     "0x85 profile with tags; several may follow one another), CSV with semicolons and decimal commas, and "
@@ -32,38 +31,20 @@ const Usage usage{
     "  kvmeasure info row_0100.csv\n"
     "  kvmeasure info --json recording.bin\n"};
 
-/// Range and number of the set values of one coordinate.
-struct Extent {
-    double from = std::numeric_limits<double>::infinity();
-    double to = -std::numeric_limits<double>::infinity();
-
-    void add(float value) {
-        if (std::isnan(value))
-            return;
-        from = std::min(from, double(value));
-        to = std::max(to, double(value));
-    }
-    bool isKnown() const { return from <= to; }
-    QString text() const { return isKnown() ? QString("%1 .. %2").arg(mm(from), mm(to)) : QString("-"); }
-    QJsonValue json() const {
-        return isKnown() ? QJsonValue(QJsonArray{jsonNumber(from), jsonNumber(to)}) : QJsonValue();
-    }
-};
-
 /// One record, a whole CSV file, or all records of a kind.
 struct Section {
     QString kind;
     qint64 offset = 0;
     qint64 records = 1, points = 0, unset = 0;
-    Extent x, y, z;
+    Span x, y, z;
 
     void add(const KvPointXYZ& point, bool hasZ) {
         ++points;
         if (std::isnan(point.x) || std::isnan(point.y) || (hasZ && std::isnan(point.z)))
             ++unset;
-        x.add(point.x);
-        y.add(point.y);
-        z.add(point.z);
+        x.add(double(point.x));
+        y.add(double(point.y));
+        z.add(double(point.z));
     }
 };
 
@@ -79,7 +60,6 @@ struct Survey {
 constexpr int mostListed = 1000;
 
 void surveyRecords(PointFile& file, Survey& survey) {
-    constexpr int pointsAtOnce = 65'536;
     Progress progress(file.path(), file.size());
     RecordHead head;
     while (file.nextHead(head)) {
@@ -87,15 +67,9 @@ void surveyRecords(PointFile& file, Survey& survey) {
         section.kind = recordName(head.marker);
         section.offset = head.offset;
         if (head.marker == 0x05)
-            section.z.add(head.z);
-        while (true) {
-            const QList<KvPointXYZ>& points = file.nextPoints(pointsAtOnce);
-            if (points.isEmpty())
-                break;
-            for (const KvPointXYZ& point : points)
-                section.add(point, recordHasZ(head.marker));
-            progress.show(file.position());
-        }
+            section.z.add(double(head.z));
+        file.forEachPoint([&](const KvPointXYZ& point) { section.add(point, recordHasZ(head.marker)); });
+        progress.show(file.position());
         ++survey.records;
         survey.totals[section.kind] += section.points;
         if (survey.sections.size() < mostListed)
@@ -180,32 +154,18 @@ QJsonObject surveyJson(const QString& path, const Survey& survey) {
 }  // namespace
 
 int runInfo(const QStringList& words) {
-    if (words.contains("--help")) {
-        print(helpText(usage));
-        return Done;
-    }
-    const Arguments arguments(usage, words);
-    arguments.requireOperands(std::numeric_limits<int>::max());
+    const Arguments arguments(usage, words, 1, anyNumber);
     QJsonArray files;
-    int code = Done;
-    for (const QString& path : arguments.operands()) {
-        QString problem;
-        try {
-            const Survey survey = surveyFile(path);
-            problem = survey.damage;
-            if (arguments.has("--json"))
-                files.append(surveyJson(path, survey));
-            else
-                print(surveyText(path, survey));
-        } catch (const Failure& failure) {
-            problem = failure.text;
-        }
-        if (problem.isEmpty())
-            continue;
-        std::fprintf(stderr, "kvmeasure: %s\n", problem.toUtf8().constData());
-        code = Refused;
-    }
-    if (arguments.has("--json"))
+    const int code = forEachFile(arguments.operands(), [&](const QString& path) {
+        const Survey survey = surveyFile(path);
+        if (arguments.isJson())
+            files.append(surveyJson(path, survey));
+        else
+            print(surveyText(path, survey));
+        if (!survey.damage.isEmpty())
+            throw Failure{survey.damage};
+    });
+    if (arguments.isJson())
         printJson({{"files", files}});
     return code;
 }

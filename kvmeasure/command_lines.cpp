@@ -17,24 +17,20 @@ using KvMath::LinePP;
 
 namespace {
 
-Usage makeUsage() {
-    Usage usage{"lines",
-                "PROFILE",
-                "Shows the contours of a profile and the straight segments found in them.",
-                {{"--record", "N", "which profile of a file with several, from 0 (0)"},
-                 {"--columns", "X,Y", "columns of a CSV file, from 1 (1,2)"},
-                 {"--svg", "FILE", "draw the segments over the points"},
-                 {"--json", "", "print JSON"}},
-                "A segment's points are those of its contour that lie along it, nearer than the split "
-                "deviation and to no\n"
-                "other segment; rms is their deviation square to it. Segments are numbered as in teach.\n\n"
-                "Examples\n"
-                "  kvmeasure lines part.csv --svg lines.svg\n"
-                "  kvmeasure lines part.csv --split 0.08 --min-length 2 --json\n"};
-    for (const Option& option : searchOptions())
-        usage.options.push_back(option);
-    return usage;
-}
+const Usage usage = with(
+    {"lines",
+     "PROFILE",
+     "Shows the contours of a profile and the straight segments found in them.",
+     {{"--record", "N", "which profile of a file with several, from 0 (0)"},
+      {"--columns", "X,Y", "columns of a CSV file, from 1 (1,2)"},
+      {"--svg", "FILE", "draw the segments over the points"}},
+     "A segment's points are those of its contour that lie along it, nearer than the split deviation and to "
+     "no\n"
+     "other segment; rms is their deviation square to it. Segments are numbered as in teach.\n\n"
+     "Examples\n"
+     "  kvmeasure lines part.csv --svg lines.svg\n"
+     "  kvmeasure lines part.csv --split 0.08 --min-length 2 --json\n"},
+    searchOptions());
 
 /// A segment with what the points say of it.
 struct Found {
@@ -133,11 +129,6 @@ void collectPoints(const Contour& contour, double tolerance, QList<Found>& found
     }
 }
 
-double directionDegrees(const LinePP& line) {
-    constexpr double degreesPerRadian = 57.29577951308232;
-    return std::atan2(line.p2.y - line.p1.y, line.p2.x - line.p1.x) * degreesPerRadian;
-}
-
 QString linesText(const LoadedProfile& loaded, const QList<Contour>& contours, const QList<Found>& found) {
     QString text = QString("%1: %2 points, %3 contours, %4 segments\n")
                        .arg(loaded.name)
@@ -149,8 +140,8 @@ QString linesText(const LoadedProfile& loaded, const QList<Contour>& contours, c
     for (int i = 0; i < found.size(); ++i) {
         const LinePP& line = found[i].line;
         table.add({QString::number(found[i].contour), QString::number(i), mm(length(line.p1, line.p2)),
-                   QString::number(directionDegrees(line), 'f', 2), mm(line.p1.x), mm(line.p1.y),
-                   mm(line.p2.x), mm(line.p2.y), QString::number(found[i].points),
+                   QString::number(direction(line), 'f', 2), mm(line.p1.x), mm(line.p1.y), mm(line.p2.x),
+                   mm(line.p2.y), QString::number(found[i].points),
                    found[i].points > 0 ? mm(found[i].rms()) : QString("-")});
     }
     return text + table.text();
@@ -167,7 +158,7 @@ QJsonObject linesJson(const LoadedProfile& loaded, const QList<Contour>& contour
                                     {"p1", jsonPoint(segment.line.p1)},
                                     {"p2", jsonPoint(segment.line.p2)},
                                     {"length", jsonNumber(length(segment.line.p1, segment.line.p2))},
-                                    {"direction", jsonNumber(directionDegrees(segment.line))},
+                                    {"direction", jsonNumber(direction(segment.line))},
                                     {"points", segment.points},
                                     {"rms", jsonNumber(segment.rms())}});
     return {{"file", loaded.name},
@@ -180,12 +171,8 @@ QJsonObject linesJson(const LoadedProfile& loaded, const QList<Contour>& contour
 }  // namespace
 
 int runLines(const QStringList& words) {
-    if (words.contains("--help")) {
-        print(helpText(makeUsage()));
-        return Done;
-    }
-    const Arguments arguments(makeUsage(), words);
-    arguments.requireOperands(1);
+    const Arguments arguments(usage, words, 1, 1);
+    refuseOverwriting({arguments.text("--svg")}, arguments.operands());
     const LoadedProfile loaded = takeProfile(arguments);
     KvMath::TSFindTemplateParams search = estimateSearch(loaded.profile);
     applySearchOptions(arguments, search);
@@ -200,14 +187,12 @@ int runLines(const QStringList& words) {
     for (const Found& segment : found)
         picture.segments.append(segment.line);
     if (arguments.has("--svg")) {
-        if (isSameFile(arguments.text("--svg"), arguments.operands().first()))
-            throw Failure{"lines: --svg names the profile itself; name another file"};
         picture.title = loaded.stem + ": segments found";
         picture.profile = loaded.profile;
         picture.numberSegments = true;
         writeOutputFile(arguments.text("--svg"), drawPicture(picture));
     }
-    if (arguments.has("--json"))
+    if (arguments.isJson())
         printJson(linesJson(loaded, contours, found, search));
     else
         print(linesText(loaded, contours, found));

@@ -4,6 +4,7 @@
 #include "kvmeasure/match_report.h"
 #include "kvmeasure/output_file.h"
 #include "kvmeasure/plot.h"
+#include "kvmeasure/print.h"
 #include "kvmeasure/profile_sequence.h"
 #include "kvmeasure/progress.h"
 #include "kvmeasure/scan_options.h"
@@ -13,44 +14,40 @@
 #include <QtCore/QSet>
 
 #include <cmath>
-#include <cstdio>
-#include <limits>
 
 namespace KvMeasure {
 
 namespace {
 
-Usage makeUsage() {
-    return withScanOptions(
-        {"match",
-         "PROFILE...",
-         "Finds a template in profiles, or in each profile of a scan, and evaluates its measurements.",
-         {{"--template", "FILE", "template made by \"kvmeasure teach\" (required)"},
-          {"--all", "", "every assignment that meets the constraints, not only the best"},
-          {"--trend", "FILE", "draw each measurement along the scan"},
-          {"--svg", "FILE", "draw; with several profiles one picture each, the profile's name put into FILE"},
-          {"--columns", "X,Y", "columns of CSV files, from 1 (1,2)"},
-          {"--csv", "", "print CSV, one row per profile; statistics are comments below it"}},
-         "The best assignment is the one with the greatest total length of its lines. A single profile is "
-         "printed "
-         "with a\n"
-         "row per result. Several, from several files or from a file with several, have a row each, followed "
-         "by "
-         "the\n"
-         "statistics of each measurement over its best assignments. Exit code 1: not found, a result that "
-         "cannot "
-         "be had\n"
-         "or is out of tolerance.\n\n"
-         "Examples\n"
-         "  kvmeasure match part.csv --template groove.json --svg part.svg\n"
-         "  kvmeasure match rows/*.csv --template groove.json --json > results.json\n"
-         "  kvmeasure match stack.bin --template groove.json --trend trend.svg --csv > depth.csv\n"});
-}
+const Usage usage = withScanOptions(
+    {"match",
+     "PROFILE...",
+     "Finds a template in profiles, or in each profile of a scan, and evaluates its measurements.",
+     {{"--template", "FILE", "template made by \"kvmeasure teach\" (required)"},
+      {"--all", "", "every assignment that meets the constraints, not only the best"},
+      {"--trend", "FILE", "draw each measurement along the scan"},
+      {"--svg", "FILE", "draw; with several profiles one picture each, the profile's name put into FILE"},
+      {"--columns", "X,Y", "columns of CSV files, from 1 (1,2)"},
+      {"--csv", "", "print CSV, one row per profile; statistics are comments below it"}},
+     "The best assignment is the one with the greatest total length of its lines. A single profile is "
+     "printed "
+     "with a\n"
+     "row per result. Several, from several files or from a file with several, have a row each, followed "
+     "by "
+     "the\n"
+     "statistics of each measurement over its best assignments. Exit code 1: not found, a result that "
+     "cannot "
+     "be had\n"
+     "or is out of tolerance.\n\n"
+     "Examples\n"
+     "  kvmeasure match part.csv --template groove.json --svg part.svg\n"
+     "  kvmeasure match rows/*.csv --template groove.json --json > results.json\n"
+     "  kvmeasure match stack.bin --template groove.json --trend trend.svg --csv > depth.csv\n"});
 
 MatchReport::Form formOf(const Arguments& arguments) {
-    if (arguments.has("--json") && arguments.has("--csv"))
+    if (arguments.isJson() && arguments.has("--csv"))
         throw Failure{"match: --json and --csv are two forms of one output; give one of them"};
-    if (arguments.has("--json"))
+    if (arguments.isJson())
         return MatchReport::Json;
     return arguments.has("--csv") ? MatchReport::Csv : MatchReport::Text;
 }
@@ -173,51 +170,30 @@ void Matcher::finish() {
         writeOutputFile(arguments_.text("--trend"), drawTrend(report_.trend()));
 }
 
-/// Pictures must not take the place of a profile, of the template or of each other.
-void requireOwnFiles(const Arguments& arguments) {
-    for (const char* option : {"--svg", "--trend"}) {
-        if (!arguments.has(option))
-            continue;
-        for (const QString& path : arguments.operands() + QStringList{arguments.text("--template")}) {
-            if (isSameFile(arguments.text(option), path))
-                throw Failure{QString("match: %1 names the input %2; name another file").arg(option, path)};
-        }
-    }
-    if (arguments.has("--svg") && arguments.has("--trend") &&
-        isSameFile(arguments.text("--svg"), arguments.text("--trend")))
-        throw Failure{"match: --svg and --trend name one file; give each its own"};
-}
-
 }  // namespace
 
 int runMatch(const QStringList& words) {
-    if (words.contains("--help")) {
-        print(helpText(makeUsage()));
-        return Done;
-    }
-    const Arguments arguments(makeUsage(), words);
-    arguments.requireOperands(std::numeric_limits<int>::max());
-    if (!arguments.has("--template"))
-        throw Failure{"match: --template FILE is missing; make one with \"kvmeasure teach\""};
-    requireOwnFiles(arguments);
+    const Arguments arguments(usage, words, 1, anyNumber);
+    arguments.required("--template", "make one with \"kvmeasure teach\"");
+    refuseOverwriting({arguments.text("--svg"), arguments.text("--trend")},
+                      scanInputs(arguments) + QStringList{arguments.text("--template")});
     Matcher matcher(arguments);
-    bool isRefused = false;
     const QStringList& paths = arguments.operands();
     Progress files("files", paths.size());
-    for (int i = 0; i < paths.size(); ++i) {
+    int done = 0;
+    const int code = forEachFile(paths, [&](const QString& path) {
+        files.show(done);
+        ++done;
         try {
-            matcher.matchFile(paths[i], paths.size() > 1 ? &files : nullptr);
-            if (paths.size() > 1)
-                files.show(i + 1);
-        } catch (const Failure& failure) {
+            matcher.matchFile(path, paths.size() > 1 ? &files : nullptr);
+        } catch (const Failure&) {
             files.clear();
-            std::fprintf(stderr, "kvmeasure: %s\n", failure.text.toUtf8().constData());
-            isRefused = true;
+            throw;
         }
-    }
+    });
     files.clear();
     matcher.finish();
-    return isRefused ? int(Refused) : matcher.code();
+    return code == Done ? matcher.code() : code;
 }
 
 }  // namespace KvMeasure

@@ -16,40 +16,33 @@ namespace KvMeasure {
 namespace {
 
 Usage makeUsage() {
-    Usage usage{
-        "teach",
-        "PROFILE",
-        "Makes a template from the segments of a good part. Without --lines or --longest it shows the "
-        "segments "
-        "and their numbers.",
-        {{"--out", "FILE", "template to write (JSON)"},
-         {"--lines", "LIST", "segments that become the template lines, e.g. \"1,3\" or \"left=1, right=3\""},
-         {"--longest", "N", "take the N longest segments, in scan order"},
-         {"--measure", "TEXT", "measurements, see below"},
-         {"--name", "TEXT", "name of the template (that of the file)"},
-         {"--length-tolerance", "T", "of each line, \"20%\" or mm (20%)"},
-         {"--angle-tolerance", "DEG", "of the first line's inclination and of the turns between lines (5)"},
-         {"--distance-tolerance", "T",
-          "from line end to next line start, \"20%\" or mm (20%, at least 1 mm)"},
-         {"--any-inclination", "", "the part may lie at any angle"},
-         {"--reversed", "", "segments may also match from their end to their start"},
-         {"--record", "N", "which profile of a file with several, from 0 (0)"},
-         {"--columns", "X,Y", "columns of a CSV file, from 1 (1,2)"},
-         {"--svg", "FILE", "draw segments, or the template with its measurements"},
-         {"--json", "", "print JSON"}},
-        ""};
-    for (const Option& option : searchOptions())
-        usage.options.push_back(option);
-    return usage;
-}
-
-QString teachHelp() {
-    return helpText(makeUsage()) + measureHelp() +
-           "\nExamples\n"
-           "  kvmeasure teach good.csv --svg segments.svg\n"
-           "  kvmeasure teach good.csv --lines \"left=0, floor=1, right=2\" --out groove.json \\\n"
-           "      --measure \"depth = distance floor right : 12.1 +- 0.05; width = length floor\"\n"
-           "  kvmeasure teach good.csv --longest 3 --measure \"angle 0 2; shift 0 1 90\" --out t.json\n";
+    return with(
+        {"teach",
+         "PROFILE",
+         "Makes a template from the segments of a good part. Without --lines or --longest it shows the "
+         "segments "
+         "and their numbers.",
+         {{"--out", "FILE", "template to write (JSON)"},
+          {"--lines", "LIST", "segments that become the template lines, e.g. \"1,3\" or \"left=1, right=3\""},
+          {"--longest", "N", "take the N longest segments, in scan order"},
+          {"--measure", "TEXT", "measurements, see below"},
+          {"--name", "TEXT", "name of the template (that of the file)"},
+          {"--length-tolerance", "T", "of each line, \"20%\" or mm (20%)"},
+          {"--angle-tolerance", "DEG", "of the first line's inclination and of the turns between lines (5)"},
+          {"--distance-tolerance", "T",
+           "from line end to next line start, \"20%\" or mm (20%, at least 1 mm)"},
+          {"--any-inclination", "", "the part may lie at any angle"},
+          {"--reversed", "", "segments may also match from their end to their start"},
+          {"--record", "N", "which profile of a file with several, from 0 (0)"},
+          {"--columns", "X,Y", "columns of a CSV file, from 1 (1,2)"},
+          {"--svg", "FILE", "draw segments, or the template with its measurements"}},
+         QString(measureHelp()) +
+             "\nExamples\n"
+             "  kvmeasure teach good.csv --svg segments.svg\n"
+             "  kvmeasure teach good.csv --lines \"left=0, floor=1, right=2\" --out groove.json \\\n"
+             "      --measure \"depth = distance floor right : 12.1 +- 0.05; width = length floor\"\n"
+             "  kvmeasure teach good.csv --longest 3 --measure \"angle 0 2; shift 0 1 90\" --out t.json\n"},
+        searchOptions());
 }
 
 /// "20%" as a share or "2.5" in mm.
@@ -88,7 +81,7 @@ void showSegments(const Arguments& arguments, const LoadedProfile& loaded, const
         picture.numberSegments = true;
         writeOutputFile(arguments.text("--svg"), drawPicture(picture));
     }
-    if (arguments.has("--json")) {
+    if (arguments.isJson()) {
         printJson({{"file", loaded.name},
                    {"segments", jsonSegments(segments)},
                    {"search", jsonSearch(file.search)}});
@@ -133,7 +126,7 @@ void showTemplate(const Arguments& arguments, const LoadedProfile& loaded, const
         picture.evaluation = taught;
         writeOutputFile(arguments.text("--svg"), drawPicture(picture));
     }
-    if (arguments.has("--json")) {
+    if (arguments.isJson()) {
         QJsonArray lines;
         for (int i = 0; i < chosen.segments.size(); ++i)
             lines.append(
@@ -167,12 +160,8 @@ void showTemplate(const Arguments& arguments, const LoadedProfile& loaded, const
 }  // namespace
 
 int runTeach(const QStringList& words) {
-    if (words.contains("--help")) {
-        print(teachHelp());
-        return Done;
-    }
-    const Arguments arguments(makeUsage(), words);
-    arguments.requireOperands(1);
+    const Arguments arguments(makeUsage(), words, 1, 1);
+    refuseOverwriting({arguments.text("--out"), arguments.text("--svg")}, arguments.operands());
     const LoadedProfile loaded = takeProfile(arguments);
     TemplateFile file;
     file.search = estimateSearch(loaded.profile);
@@ -190,14 +179,12 @@ int runTeach(const QStringList& words) {
     }
     if (arguments.has("--lines") && arguments.has("--longest"))
         throw Failure{"teach: --lines and --longest exclude each other; give one"};
-    if (!arguments.has("--out"))
-        throw Failure{"teach: --out FILE is missing; it names the template to write"};
+    const QString out = arguments.required("--out", "it names the template to write");
     const ChosenLines chosen =
         arguments.has("--lines")
             ? parseLines(arguments.text("--lines"), segments.size())
             : longestLines(segments, arguments.integer("--longest", 1, 1, mostTemplateLines));
-    file.name = arguments.has("--name") ? arguments.text("--name")
-                                        : QFileInfo(arguments.text("--out")).completeBaseName();
+    file.name = arguments.has("--name") ? arguments.text("--name") : QFileInfo(out).completeBaseName();
     buildConstraints(segments, chosen, tolerances, file);
     const auto written = addMeasurements(arguments.text("--measure"), file);
 
@@ -207,7 +194,7 @@ int runTeach(const QStringList& words) {
     const KvMath::TSLinesIndecies indices(codes.data(), static_cast<int>(codes.size()));
     settleTolerances(written, evaluate(segments, indices, file), file);
     const Evaluation taught = evaluate(segments, indices, file);
-    writeOutputFile(arguments.text("--out"), templateFileText(file));
+    writeOutputFile(out, templateFileText(file));
     showTemplate(arguments, loaded, segments, chosen, taught, file);
     return Done;
 }

@@ -1,5 +1,5 @@
 #pragma once
-// How the commands report what keeps them from their work: main prints the text and exits with 2.
+// How the commands end without a result: main prints the text.
 
 #include <QtCore/QString>
 
@@ -14,6 +14,11 @@ enum ExitCode : int {
 
 /// Wrong use or unreadable input: says what, where and what to do.
 struct Failure {
+    QString text;
+};
+
+/// Thrown where --help is among the words: main prints the text and exits with 0.
+struct Help {
     QString text;
 };
 

@@ -219,6 +219,10 @@ void Collector::finish() {
 
 double length(const Vector& from, const Vector& to) { return std::hypot(to.x - from.x, to.y - from.y); }
 
+double direction(const LinePP& line) {
+    return std::atan2(line.p2.y - line.p1.y, line.p2.x - line.p1.x) * degreesPerRadian;
+}
+
 bool Value::isGood() const {
     if (!isValid || !hasTolerance)
         return isValid;

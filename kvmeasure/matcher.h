@@ -13,6 +13,9 @@ using Segments = QList<KvMath::LinePP>;
 
 double length(const Vector& from, const Vector& to);
 
+/// Degrees from x to the left, in (-180, 180].
+double direction(const KvMath::LinePP& line);
+
 /// The segments of a profile longer than the minimum, in scan order.
 Segments extractSegments(const KvMath::KvProfile& profile, const KvMath::TSFindTemplateParams& params);
 

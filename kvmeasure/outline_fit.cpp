@@ -12,8 +12,6 @@ using KvMath::LinePP;
 
 namespace {
 
-constexpr double degreesPerRadian = 57.29577951308232;
-
 double turnBetween(const LinePP& from, const LinePP& to) {
     return std::remainder(direction(to) - direction(from), 360.0);
 }
@@ -146,10 +144,6 @@ void joinCorner(OutlineLine& line, OutlineLine& next, double join) {
 }
 
 }  // namespace
-
-double direction(const LinePP& line) {
-    return std::atan2(line.p2.y - line.p1.y, line.p2.x - line.p1.x) * degreesPerRadian;
-}
 
 double innerAngle(const QList<OutlineLine>& lines, int i) {
     const LinePP& line = lines[i].line;

@@ -36,7 +36,4 @@ void fitLines(Outline& outline, const Steps& steps, double window, double join);
 /// (0, 360); NaN for the only line and for one without direction.
 double innerAngle(const QList<OutlineLine>& lines, int i);
 
-/// Direction of a line, degrees from x towards the scan, in (-180, 180].
-double direction(const KvMath::LinePP& line);
-
 }  // namespace KvMeasure

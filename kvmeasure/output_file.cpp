@@ -3,10 +3,16 @@
 #include "kvmeasure/failure.h"
 
 #include <QtCore/QFileInfo>
+#include <QtCore/QtEndian>
+
+#include <algorithm>
+#include <cstring>
 
 namespace KvMeasure {
 
 OutputFile::OutputFile(const QString& path) : path_(path), file_(path) {
+    if (path.isEmpty())
+        throw Failure{"the name of the file to write is empty"};
     const QFileInfo info(path);
     if (info.exists() && !info.isFile())
         throw Failure{QString("%1: cannot be written: it is not a regular file; name another one").arg(path)};
@@ -46,6 +52,35 @@ bool isSameFile(const QString& path, const QString& other) {
     const QFileInfo b(other);
     return a.exists() && b.exists() ? a.canonicalFilePath() == b.canonicalFilePath()
                                     : a.absoluteFilePath() == b.absoluteFilePath();
+}
+
+void refuseOverwriting(const QStringList& outputs, const QStringList& inputs) {
+    const auto isOneOf = [](const QString& path, const QStringList& others) {
+        const auto isIt = [&path](const QString& other) {
+            return !other.isEmpty() && isSameFile(path, other);
+        };
+        return std::any_of(others.begin(), others.end(), isIt);
+    };
+    for (int i = 0; i < outputs.size(); ++i) {
+        if (outputs[i].isEmpty())
+            continue;
+        if (isOneOf(outputs[i], inputs))
+            throw Failure{QString("%1: is read by this command; name another file to write").arg(outputs[i])};
+        if (isOneOf(outputs[i], outputs.mid(i + 1)))
+            throw Failure{QString("%1: would be written twice; name another file").arg(outputs[i])};
+    }
+}
+
+void appendLittleEndian(QByteArray& bytes, quint32 value, int size) {
+    for (int i = 0; i < size; ++i)
+        bytes.append(static_cast<char>((value >> (8 * i)) & 0xFF));
+}
+
+void appendLittleEndian(QByteArray& bytes, float value) {
+    quint32 bits = 0;
+    std::memcpy(&bits, &value, sizeof(bits));
+    bits = qToLittleEndian(bits);
+    bytes.append(reinterpret_cast<const char*>(&bits), sizeof(bits));
 }
 
 }  // namespace KvMeasure

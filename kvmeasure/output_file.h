@@ -4,6 +4,7 @@
 #include <QtCore/QByteArray>
 #include <QtCore/QSaveFile>
 #include <QtCore/QString>
+#include <QtCore/QStringList>
 
 namespace KvMeasure {
 
@@ -30,5 +31,12 @@ QString partPath(const QString& path, const QString& part);
 
 /// True when both name the same existing file, or the same place.
 bool isSameFile(const QString& path, const QString& other);
+
+/// Throws Failure when an output is one of the inputs or another output. Empty names are none.
+void refuseOverwriting(const QStringList& outputs, const QStringList& inputs);
+
+/// Numbers as records and PLY hold them.
+void appendLittleEndian(QByteArray& bytes, float value);
+void appendLittleEndian(QByteArray& bytes, quint32 value, int size);
 
 }  // namespace KvMeasure

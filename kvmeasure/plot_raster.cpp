@@ -142,12 +142,12 @@ void drawColourScale(Canvas& canvas, const Rect& area, const ColourScale& scale)
                     QString("fill=\"#%1\"").arg(colour, 6, 16, QChar('0')));
     }
     canvas.rect(area, "fill=\"none\" " + stroke("#333", 1));
-    constexpr int ticks = 4;
-    for (int i = 0; i <= ticks; ++i) {
-        const double y = area.bottom - area.height() * i / ticks;
-        const double value = scale.from + (scale.to - scale.from) * i / ticks;
+    constexpr int wanted = 8;
+    const Ticks ticks = ticksWithin(scale.from, scale.to, wanted);
+    for (const double value : ticks.values) {
+        const double y = area.bottom - area.height() * (value - scale.from) / (scale.to - scale.from);
         canvas.line({area.right, y}, {area.right + 5, y}, stroke("#333", 1));
-        canvas.text({area.right + 9, y + 4.5}, QString::number(value, 'g', 6), "fill=\"#333\"");
+        canvas.text({area.right + 9, y + 4.5}, ticks.text(value), "fill=\"#333\"");
     }
     canvas.text({area.left, area.top - 10}, scale.unit, "fill=\"#333\"");
 }

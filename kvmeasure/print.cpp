@@ -64,11 +64,59 @@ void print(const QString& text) {
         throw Failure{"standard output cannot be written; is the disk full?"};
 }
 
+void complain(const QString& text) { std::fprintf(stderr, "kvmeasure: %s\n", text.toUtf8().constData()); }
+
+int forEachFile(const QStringList& paths, const std::function<void(const QString& path)>& work) {
+    int code = Done;
+    for (const QString& path : paths) {
+        try {
+            work(path);
+        } catch (const Failure& failure) {
+            complain(failure.text);
+            code = Refused;
+        }
+    }
+    return code;
+}
+
+void Span::add(double value) {
+    from = std::fmin(from, value);
+    to = std::fmax(to, value);
+}
+
+QString Span::text(QString (*format)(double value)) const {
+    return isEmpty() ? QString("-") : format(from) + " .. " + format(to);
+}
+
+QJsonValue Span::json() const {
+    return isEmpty() ? QJsonValue() : QJsonValue(QJsonArray{jsonNumber(from), jsonNumber(to)});
+}
+
+void Facts::add(const char* key, const QString& what, const QString& value, const QJsonValue& number) {
+    table.add({what, value});
+    if (*key != '\0')
+        json[key] = number;
+}
+
+void Facts::add(const char* key, const QString& what, double value) {
+    constexpr int digits = 10;
+    add(key, what, QString::number(value, 'g', digits), jsonNumber(value));
+}
+
+void Facts::add(const char* key, const QString& what, const Span& span) {
+    add(key, what, span.text(), span.json());
+}
+
 void printJson(const QJsonObject& object) { print(QString::fromUtf8(QJsonDocument(object).toJson())); }
 
 QString mm(double value) {
     constexpr double widest = 1e7;  // no scanner sees that far; such numbers come from damaged files
     return std::fabs(value) < widest ? QString::number(value, 'f', 4) : QString::number(value, 'g', 6);
+}
+
+QString percent(double part, double whole) {
+    constexpr double hundred = 100;
+    return whole > 0 ? QString::number(hundred * part / whole, 'f', 2) + " %" : QString("-");
 }
 
 QJsonValue jsonNumber(double value) { return std::isfinite(value) ? QJsonValue(value) : QJsonValue(); }
@@ -112,13 +160,11 @@ QJsonObject jsonSearch(const KvMath::TSFindTemplateParams& search) {
 }
 
 QString segmentTable(const Segments& segments) {
-    constexpr double degreesPerRadian = 57.29577951308232;
     Table table({"segment", "length mm", "direction deg", "x1", "y1", "x2", "y2"});
     for (int i = 0; i < segments.size(); ++i) {
         const KvMath::LinePP& s = segments[i];
-        const double degrees = std::atan2(s.p2.y - s.p1.y, s.p2.x - s.p1.x) * degreesPerRadian;
-        table.add({QString::number(i), mm(length(s.p1, s.p2)), QString::number(degrees, 'f', 2), mm(s.p1.x),
-                   mm(s.p1.y), mm(s.p2.x), mm(s.p2.y)});
+        table.add({QString::number(i), mm(length(s.p1, s.p2)), QString::number(direction(s), 'f', 2),
+                   mm(s.p1.x), mm(s.p1.y), mm(s.p2.x), mm(s.p2.y)});
     }
     return table.text();
 }

@@ -1,10 +1,13 @@
 #pragma once
-// Text tables and JSON on standard output.
+// Text tables and JSON on standard output, complaints on standard error.
 
 #include "kvmeasure/matcher.h"
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonObject>
+
+#include <functional>
+#include <limits>
 
 namespace KvMeasure {
 
@@ -26,12 +29,41 @@ private:
     QList<bool> isRight_;
 };
 
+QString mm(double value);                    ///< four decimals, a tenth of a micrometre
+QString percent(double part, double whole);  ///< two decimals; "-" of nothing
+QJsonValue jsonNumber(double value);         ///< null for what JSON cannot hold
+
+/// Smallest and largest of the values that came; NaN is none.
+struct Span {
+    double from = std::numeric_limits<double>::infinity(), to = -from;
+
+    void add(double value);
+    bool isEmpty() const { return !(from <= to); }
+    QString text(QString (*format)(double value) = mm) const;  ///< "from .. to", "-" when empty
+    QJsonValue json() const;                                   ///< null when empty
+};
+
+/// Rows "what, value" of a table, and the same as JSON; without a key in the table alone.
+struct Facts {
+    Table table{{"", "value"}};
+    QJsonObject json;
+
+    void add(const char* key, const QString& what, const QString& value, const QJsonValue& number);
+    void add(const char* key, const QString& what, double value);  ///< ten digits
+    void add(const char* key, const QString& what, const Span& span);
+};
+
 /// Writes to standard output; throws Failure when it cannot take it (a full disk).
 void print(const QString& text);
 void printJson(const QJsonObject& object);
 
-QString mm(double value);             ///< four decimals, a tenth of a micrometre
-QJsonValue jsonNumber(double value);  ///< null for what JSON cannot hold
+/// One line on standard error, behind the name of the program.
+void complain(const QString& text);
+
+/// Does the work for one file after another; what keeps it from one is said, and the others follow. Refused
+/// when that occurred.
+int forEachFile(const QStringList& paths, const std::function<void(const QString& path)>& work);
+
 QJsonArray jsonPoint(const Vector& point);
 QJsonArray jsonSegments(const Segments& segments);
 QJsonArray jsonValues(const QList<Value>& values);

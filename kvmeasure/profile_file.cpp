@@ -304,26 +304,20 @@ void ProfileSource::add(LoadedProfile& loaded, float x, float y) const {
 }
 
 void ProfileSource::readRecord(const RecordHead& head, LoadedProfile& loaded) {
-    constexpr int pointsAtOnce = 65'536;
     float z = unset;
-    while (true) {
-        const QList<KvPointXYZ>& points = file_.nextPoints(pointsAtOnce);
-        if (points.isEmpty())
-            return;
-        for (const KvPointXYZ& point : points) {
-            if (std::isnan(z))
-                z = point.z;
-            if (point.z != z && !std::isnan(point.z))
-                throw Failure{
-                    QString("%1: offset %2: %3 record: its points lie at different z; expected one profile")
-                        .arg(file_.path())
-                        .arg(head.offset)
-                        .arg(recordName(head.marker))};
-            add(loaded, point.x, point.y);
-        }
-        if (recordHasZ(head.marker))
-            loaded.z = z;
-    }
+    file_.forEachPoint([&](const KvPointXYZ& point) {
+        if (std::isnan(z))
+            z = point.z;
+        if (point.z != z && !std::isnan(point.z))
+            throw Failure{
+                QString("%1: offset %2: %3 record: its points lie at different z; expected one profile")
+                    .arg(file_.path())
+                    .arg(head.offset)
+                    .arg(recordName(head.marker))};
+        add(loaded, point.x, point.y);
+    });
+    if (recordHasZ(head.marker) && head.count > 0)
+        loaded.z = z;
 }
 
 bool ProfileSource::next(LoadedProfile& loaded) {

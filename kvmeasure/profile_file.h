@@ -47,6 +47,15 @@ public:
     /// have z NaN. Throws Failure when the file ends early.
     const QList<KvMath::KvPointXYZ>& nextPoints(int most);
 
+    template <class Visit>  ///< of all points of the present record
+    void forEachPoint(const Visit& visit) {
+        constexpr int pointsAtOnce = 65'536;
+        while (!nextPoints(pointsAtOnce).isEmpty()) {
+            for (const KvMath::KvPointXYZ& point : chunk_)
+                visit(point);
+        }
+    }
+
     /// Text: the next point; false at the end of the file. Unset values ("nan" or nothing) are NaN. Throws
     /// Failure with the line.
     bool nextRow(KvMath::KvPointXY& point);

@@ -1,17 +1,15 @@
 #include "kvmeasure/profile_sequence.h"
 
 #include "kvmeasure/failure.h"
+#include "kvmeasure/print.h"
 
 #include <QtCore/QFileInfo>
 
 #include <cmath>
-#include <cstdio>
 
 namespace KvMeasure {
 
 namespace {
-
-constexpr int pointsAtOnce = 65'536;
 
 /// Of the first record of a file of clouds.
 bool liesAtDifferentZ(PointFile& file) {
@@ -19,6 +17,7 @@ bool liesAtDifferentZ(PointFile& file) {
     if (!file.nextHead(head) || !recordHasZ(head.marker))
         return false;
     float z = std::nanf("");
+    constexpr int pointsAtOnce = 65'536;
     while (true) {
         const QList<KvMath::KvPointXYZ>& points = file.nextPoints(pointsAtOnce);
         if (points.isEmpty())
@@ -77,7 +76,7 @@ bool ProfileSequence::next(LoadedProfile& loaded) {
 }
 
 LoadedProfile takeProfile(const Arguments& arguments) {
-    const QString path = arguments.operands().first();
+    const QString path = arguments.operand(0);
     const int record = arguments.integer("--record", 0, 0, lastRecord);
     ProfileSequence sequence(path, arguments.text("--columns"), ScanOptions());
     LoadedProfile loaded;
@@ -87,10 +86,7 @@ LoadedProfile takeProfile(const Arguments& arguments) {
                 QString("%1: has %2 profile(s); there is no --record %3").arg(path).arg(i).arg(record)};
     }
     if (!arguments.has("--record") && loaded.name != path)
-        std::fprintf(
-            stderr,
-            "kvmeasure: %s: holds several profiles; this is the first, choose another with --record N\n",
-            path.toUtf8().constData());
+        complain(path + ": holds several profiles; this is the first, choose another with --record N");
     return loaded;
 }
 

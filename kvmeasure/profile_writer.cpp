@@ -2,10 +2,7 @@
 
 #include "kvmeasure/failure.h"
 
-#include <QtCore/QtEndian>
-
 #include <cmath>
-#include <cstring>
 #include <limits>
 
 namespace KvMeasure {
@@ -33,25 +30,20 @@ QByteArray rows(const KvMath::KvProfile& profile, FileForm form) {
 }
 
 void append(QByteArray& bytes, float value) {
-    if (!std::isfinite(value))
-        value = std::numeric_limits<float>::quiet_NaN();
-    quint32 bits = 0;
-    std::memcpy(&bits, &value, sizeof(bits));
-    bits = qToLittleEndian(bits);
-    bytes.append(reinterpret_cast<const char*>(&bits), sizeof(bits));
+    appendLittleEndian(bytes, std::isfinite(value) ? value : std::numeric_limits<float>::quiet_NaN());
 }
 
 }  // namespace
 
 FileForm parseForm(const QString& text, FileForm absent) {
+    const QPair<const char*, FileForm> forms[] = {
+        {"csv", FileForm::Csv}, {"kv-csv", FileForm::LibraryCsv}, {"record", FileForm::Records}};
+    for (const auto& form : forms) {
+        if (text == form.first)
+            return form.second;
+    }
     if (text.isEmpty())
         return absent;
-    if (text == "csv")
-        return FileForm::Csv;
-    if (text == "kv-csv")
-        return FileForm::LibraryCsv;
-    if (text == "record")
-        return FileForm::Records;
     throw Failure{QString("--format must be csv, kv-csv or record, not \"%1\"").arg(text)};
 }
 
@@ -73,8 +65,9 @@ QByteArray ProfileWriter::record(const LoadedProfile& loaded) const {
                           .arg(points)
                           .arg(loaded.name)
                           .arg(most)};
-    for (int i = 0; i < (hasZ ? 4 : 2); ++i)
-        bytes[i + 1] = static_cast<char>((static_cast<unsigned>(points) >> (8 * i)) & 0xFF);
+    QByteArray count;
+    appendLittleEndian(count, static_cast<quint32>(points), hasZ ? 4 : 2);
+    bytes.replace(1, count.size(), count);
     for (const KvPointXY& point : loaded.profile.points) {
         append(bytes, point.x);
         append(bytes, point.y);
@@ -82,6 +75,12 @@ QByteArray ProfileWriter::record(const LoadedProfile& loaded) const {
             append(bytes, loaded.z);
     }
     return bytes;
+}
+
+void writeProfile(const QString& path, FileForm form, const LoadedProfile& loaded) {
+    ProfileWriter writer(path, form);
+    writer.add(loaded);
+    writer.commit();
 }
 
 void ProfileWriter::add(const LoadedProfile& loaded) {

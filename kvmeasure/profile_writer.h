@@ -27,4 +27,7 @@ private:
     bool hasProfile_ = false;
 };
 
+/// A file of one profile.
+void writeProfile(const QString& path, FileForm form, const LoadedProfile& loaded);
+
 }  // namespace KvMeasure

@@ -1,9 +1,10 @@
+#include "kvmeasure/commands.h"
 #include "kvmeasure/failure.h"
+#include "kvmeasure/output_file.h"
 #include "kvmeasure/print.h"
-#include "kvmeasure/scan_commands.h"
+#include "kvmeasure/scan_options.h"
+#include "kvmeasure/scan_summary.h"
 #include "kvmeasure/scan_writer.h"
-
-#include <cmath>
 
 namespace KvMeasure {
 
@@ -15,10 +16,7 @@ const std::vector<Option> outputOptions = {
     {"--out-axes", "ORDER", "of the points written, as --axes (x,height,scan)"},
 };
 
-Usage withOutput(Usage usage) {
-    usage.options.insert(usage.options.begin(), outputOptions.begin(), outputOptions.end());
-    return withScanOptions(usage);
-}
+Usage withOutput(const Usage& usage) { return withScanOptions(with(usage, outputOptions)); }
 
 const Usage convertUsage =
     withOutput(withLimits({"scan convert",
@@ -45,18 +43,20 @@ const Usage sliceUsage = withOutput(
      "Examples\n"
      "  kvmeasure scan slice cloud.ply stack.kvs --step 0.5\n"});
 
-void requireTwoOperands(const Arguments& arguments) {
-    arguments.requireOperands(2);
-    if (arguments.operands().size() != 2)
-        throw Failure{"scan: name the file to write behind the scan"};
-    refuseOverwriting(arguments, arguments.operands()[1], arguments.operands()[0]);
+/// Of two operands: what must not be written over.
+void checkOutput(const Arguments& arguments) {
+    QStringList inputs = scanInputs(arguments);
+    inputs.removeAt(1);
+    refuseOverwriting({arguments.operand(1)}, inputs);
+    isHeightLast(arguments, "--out-axes");  // before the work, not behind it
+    parseScanForm(arguments.text("--format"), QString());
 }
 
 void report(const Arguments& arguments, const Scan& scan, const QString& form) {
     ScanSummary summary = summarise(scan);
     summary.form = form;
-    const QString path = arguments.operands()[1];
-    if (!arguments.has("--json")) {
+    const QString path = arguments.operand(1);
+    if (!arguments.isJson()) {
         print(QString("%1: from %2\n").arg(path, summary.line()));
         return;
     }
@@ -66,23 +66,17 @@ void report(const Arguments& arguments, const Scan& scan, const QString& form) {
 }
 
 void write(const Arguments& arguments, Scan& scan) {
-    const QString path = arguments.operands()[1];
-    writeScan(path, parseScanForm(arguments.text("--format"), path),
-              parseAxes(arguments.text("--out-axes"), false), scan);
+    const QString path = arguments.operand(1);
+    writeScan(path, parseScanForm(arguments.text("--format"), path), isHeightLast(arguments, "--out-axes"),
+              scan);
 }
 
 }  // namespace
 
 int runScanConvert(const QStringList& words) {
-    if (askedForHelp(convertUsage, words))
-        return Done;
-    const Arguments arguments(convertUsage, words);
-    requireTwoOperands(arguments);
-    parseScanForm(arguments.text("--format"), QString());  // before the work, not behind it
-    const QString path = arguments.operands()[0];
-    Scan scan = loadScan(path, readScanOptions(arguments));
-    if (hasLimits(arguments))
-        applyLimits(readLimits(arguments), path, scan);
+    const Arguments arguments(convertUsage, words, 2, 2);
+    checkOutput(arguments);
+    Scan scan = takeScan(arguments);
     write(arguments, scan);
     report(arguments, scan, scan.form);
     return Done;
@@ -90,15 +84,11 @@ int runScanConvert(const QStringList& words) {
 
 int runScanSlice(const QStringList& words) {
     constexpr double finest = 1e-6;
-    if (askedForHelp(sliceUsage, words))
-        return Done;
-    const Arguments arguments(sliceUsage, words);
-    requireTwoOperands(arguments);
-    parseScanForm(arguments.text("--format"), QString());
-    const double step = arguments.number("--step", std::nan(""), finest, farthest);
-    if (std::isnan(step))
-        throw Failure{"scan slice: --step MM is missing; it is the distance of the profiles"};
-    const QString path = arguments.operands()[0];
+    const Arguments arguments(sliceUsage, words, 2, 2);
+    checkOutput(arguments);
+    arguments.required("--step", "it is the distance of the profiles");
+    const double step = arguments.number("--step", 0, finest, farthest);
+    const QString path = arguments.operand(0);
     Scan scan = loadScan(path, readScanOptions(arguments));
     Cloud cloud;
     takeCloud(scan, cloud);
@@ -109,8 +99,7 @@ int runScanSlice(const QStringList& words) {
         throw Failure{QString("%1: --step %2 gives more than a million profiles; take a larger one")
                           .arg(path)
                           .arg(step)};
-    for (const KvMath::KvProfileZ& profile : sliced.stack.profiles)
-        sliced.points += profile.points.size();
+    sliced.countPoints();
     if (sliced.points == 0)
         throw Failure{
             QString("%1: lies at one position along the scan; there is nothing to slice").arg(path)};

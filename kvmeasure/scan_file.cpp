@@ -185,6 +185,12 @@ void Scan::add(KvProfileZ& profile, float x, float y) {
     ++points;
 }
 
+void Scan::countPoints() {
+    points = cloud.points.size();
+    for (const KvProfileZ& profile : stack.profiles)
+        points += profile.points.size();
+}
+
 void Scan::requireRoom(const QString& path) const {
     if (points > largestScan)
         throw Failure{QString("%1: has more than %2 points; divide it").arg(path).arg(largestScan)};

@@ -10,6 +10,7 @@
 #include <QtCore/QFile>
 #include <QtCore/QString>
 
+#include <algorithm>
 #include <limits>
 
 namespace KvMeasure {
@@ -40,6 +41,28 @@ struct Scan {
     void add(const KvMath::KvPointXYZ& point);                ///< to the cloud
     void add(KvMath::KvProfileZ& profile, float x, float y);  ///< to a profile of the stack
     void add(const KvMath::KvProfileZ& profile) { stack.append(profile); }
+    /// Calls visit(x, position, height) for every point of a scan, const or not.
+    template <class AnyScan, class Visit>
+    static void forEachPoint(AnyScan& scan, const Visit& visit) {
+        for (auto& profile : scan.stack.profiles) {
+            for (auto& p : profile.points)
+                visit(p.x, profile.z, p.y);
+        }
+        for (auto& p : scan.cloud.points)
+            visit(p.x, p.z, p.y);
+    }
+    /// Leaves out the points for which isKept(x, position, height) is false.
+    template <class IsKept>
+    void keep(const IsKept& isKept) {
+        const auto take = [](auto& all, const auto& isGone) {
+            all.erase(std::remove_if(all.begin(), all.end(), isGone), all.end());
+        };
+        for (KvMath::KvProfileZ& profile : stack.profiles)
+            take(profile.points, [&](const KvMath::KvPointXY& p) { return !isKept(p.x, profile.z, p.y); });
+        take(cloud.points, [&](const KvMath::KvPointXYZ& p) { return !isKept(p.x, p.z, p.y); });
+        countPoints();
+    }
+    void countPoints();                           ///< those of the stack and the cloud
     void requireRoom(const QString& path) const;  ///< throws Failure beyond the limits above
 };
 

@@ -1,38 +1,41 @@
 #include "kvmeasure/scan_options.h"
 
 #include "kvmeasure/failure.h"
-#include "kvmeasure/output_file.h"
+#include "kvmeasure/scan_forms.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace KvMeasure {
 
-Usage withScanOptions(Usage usage) {
-    usage.options.insert(
-        usage.options.end(),
+namespace {
+
+/// Ends are inside.
+struct Range {
+    double from = -farthest, to = farthest;
+    bool holds(float value) const { return double(value) >= from && double(value) <= to; }
+};
+
+}  // namespace
+
+Usage withScanOptions(const Usage& usage) {
+    return with(
+        usage,
         {{"--map", "FILE", "description of a raw 16-bit height map (FILE.meta.csv or meta.csv beside it)"},
          {"--axes", "ORDER", "of XYZ, PLY and cloud points: x,height,scan or x,scan,height (x,height,scan)"},
          {"--scan-step", "MM", "distance of the profiles, in place of the positions in the file"},
-         {"--scan-start", "MM", "position of the first one, with --scan-step (0)"},
-         {"--json", "", "print JSON"}});
-    return usage;
+         {"--scan-start", "MM", "position of the first one, with --scan-step (0)"}});
 }
 
-bool parseAxes(const QString& text, bool absent) {
-    if (text.isEmpty())
-        return absent;
-    if (text == "x,height,scan")
-        return false;
-    if (text == "x,scan,height")
-        return true;
-    throw Failure{QString("the order of axes must be x,height,scan or x,scan,height, not \"%1\"").arg(text)};
+bool isHeightLast(const Arguments& arguments, const QString& option) {
+    return arguments.choice(option, {"x,height,scan", "x,scan,height"}) == 1;
 }
 
 ScanOptions readScanOptions(const Arguments& arguments) {
     constexpr double finest = 1e-6;
     ScanOptions options;
     options.map = arguments.text("--map");
-    options.heightLast = parseAxes(arguments.text("--axes"), false);
+    options.heightLast = isHeightLast(arguments, "--axes");
     options.step = arguments.number("--scan-step", std::nan(""), finest, farthest);
     options.start = arguments.number("--scan-start", 0, -farthest, farthest);
     if (arguments.has("--scan-start") && !arguments.has("--scan-step"))
@@ -40,67 +43,42 @@ ScanOptions readScanOptions(const Arguments& arguments) {
     return options;
 }
 
-void readPair(const Arguments& arguments, const QString& name, double& first, double& second) {
-    if (!arguments.has(name))
+Usage withLimits(const Usage& usage) {
+    return with(usage, {{"--x", "A,B", "takes points with x from A to B mm only"},
+                        {"--scan", "A,B", "likewise by the position along the scan, mm"},
+                        {"--height", "A,B", "likewise by height, mm"}});
+}
+
+void applyLimits(const Arguments& arguments, Scan& scan) {
+    Range x, along, height;
+    arguments.pair("--x", x.from, x.to);
+    arguments.pair("--scan", along.from, along.to);
+    arguments.pair("--height", height.from, height.to);
+    if (!arguments.has("--x") && !arguments.has("--scan") && !arguments.has("--height"))
         return;
-    const QStringList words = arguments.text(name).replace(',', ' ').simplified().split(' ');
-    double values[2] = {};
-    if (words.size() != 2 || !parseNumber(words[0], values[0]) || !parseNumber(words[1], values[1]))
-        throw Failure{
-            QString("%1 needs two numbers, e.g. %1 -5,12.5, not \"%2\"").arg(name, arguments.text(name))};
-    first = values[0];
-    second = values[1];
-}
-
-Usage withLimits(Usage usage) {
-    usage.options.insert(usage.options.begin(), {{"--x", "A,B", "takes points with x from A to B mm only"},
-                                                 {"--scan", "A,B", "likewise by the position along the scan"},
-                                                 {"--height", "A,B", "likewise by height"}});
-    return usage;
-}
-
-bool hasLimits(const Arguments& arguments) {
-    return arguments.has("--x") || arguments.has("--scan") || arguments.has("--height");
-}
-
-Limits readLimits(const Arguments& arguments) {
-    Limits limits;
-    readPair(arguments, "--x", limits.xFrom, limits.xTo);
-    readPair(arguments, "--scan", limits.scanFrom, limits.scanTo);
-    readPair(arguments, "--height", limits.heightFrom, limits.heightTo);
-    return limits;
-}
-
-void applyLimits(const Limits& limits, const QString& path, Scan& scan) {
-    KvMath::KvProfileZSet stack;
-    qint64 left = 0;
-    for (const KvMath::KvProfileZ& profile : scan.stack.profiles) {
-        KvMath::KvProfileZ kept(profile.z);
-        for (const KvMath::KvPointXY& p : profile.points) {
-            if (limits.holds(double(p.x), double(profile.z), double(p.y)))
-                kept.points.append(p);
-        }
-        left += kept.points.size();
-        if (double(profile.z) >= limits.scanFrom && double(profile.z) <= limits.scanTo)
-            stack.append(kept);
-    }
-    QList<KvMath::KvPointXYZ> points;
-    for (const KvMath::KvPointXYZ& p : scan.cloud.points) {
-        if (limits.holds(double(p.x), double(p.z), double(p.y)))
-            points.append(p);
-    }
-    scan.stack.profiles.swap(stack.profiles);
-    scan.cloud.points.swap(points);
-    scan.points = left + scan.cloud.points.size();
+    auto& profiles = scan.stack.profiles;
+    const auto isOutside = [&along](const KvMath::KvProfileZ& profile) { return !along.holds(profile.z); };
+    profiles.erase(std::remove_if(profiles.begin(), profiles.end(), isOutside), profiles.end());
+    scan.keep([&](float pointX, float place, float pointHeight) {
+        return x.holds(pointX) && along.holds(place) && height.holds(pointHeight);
+    });
     if (scan.points == 0)
-        throw Failure{QString("%1: no point lies within the limits").arg(path)};
+        throw Failure{QString("%1: no point lies within the limits").arg(arguments.operand(0))};
 }
 
-void refuseOverwriting(const Arguments& arguments, const QString& output, const QString& input) {
-    for (const QString& path : {input, arguments.text("--map")}) {
-        if (!output.isEmpty() && !path.isEmpty() && isSameFile(output, path))
-            throw Failure{QString("%1: is read by this command; name another file to write").arg(output)};
-    }
+Scan takeScan(const Arguments& arguments) {
+    Scan scan = loadScan(arguments.operand(0), readScanOptions(arguments));
+    applyLimits(arguments, scan);
+    return scan;
+}
+
+QStringList scanInputs(const Arguments& arguments) {
+    QStringList inputs = arguments.operands();
+    if (arguments.has("--map"))
+        return inputs << arguments.text("--map");
+    for (const QString& path : arguments.operands())
+        inputs << findMapDescription(path);
+    return inputs;
 }
 
 }  // namespace KvMeasure

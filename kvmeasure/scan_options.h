@@ -7,36 +7,22 @@
 namespace KvMeasure {
 
 /// Appends --map, --axes, --scan-step and --scan-start to the options of a command.
-Usage withScanOptions(Usage usage);
+Usage withScanOptions(const Usage& usage);
 ScanOptions readScanOptions(const Arguments& arguments);
-bool parseAxes(const QString& text, bool absent);  ///< true when the height is last; throws Failure
+bool isHeightLast(const Arguments& arguments, const QString& option);  ///< --axes or --out-axes
 
 constexpr double farthest = 1e9;  ///< mm; no limit, no step is larger
 
-/// Two numbers "A,B" or "A B". Throws Failure.
-void readPair(const Arguments& arguments, const QString& name, double& first, double& second);
-
-/// A box; ends are inside.
-struct Limits {
-    double xFrom = -farthest, xTo = farthest;
-    double scanFrom = -farthest, scanTo = farthest;
-    double heightFrom = -farthest, heightTo = farthest;
-
-    bool holds(double x, double scan, double height) const {
-        return x >= xFrom && x <= xTo && scan >= scanFrom && scan <= scanTo && height >= heightFrom &&
-               height <= heightTo;
-    }
-};
-
 /// Appends --x, --scan and --height.
-Usage withLimits(Usage usage);
-Limits readLimits(const Arguments& arguments);
-bool hasLimits(const Arguments& arguments);
+Usage withLimits(const Usage& usage);
 
-/// Keeps what is inside. Throws Failure when nothing is left.
-void applyLimits(const Limits& limits, const QString& path, Scan& scan);
+/// Keeps what lies within these options, where one was given. Throws Failure when nothing is left.
+void applyLimits(const Arguments& arguments, Scan& scan);
 
-/// Throws Failure when an output option or operand names one of the inputs.
-void refuseOverwriting(const Arguments& arguments, const QString& output, const QString& input);
+/// The scan that the first operand names, as the scan options tell it and within the limits.
+Scan takeScan(const Arguments& arguments);
+
+/// The operands and the descriptions of height maps that are read with them.
+QStringList scanInputs(const Arguments& arguments);
 
 }  // namespace KvMeasure

@@ -1,10 +1,12 @@
+#include "kvmeasure/commands.h"
 #include "kvmeasure/failure.h"
 #include "kvmeasure/outline_search.h"
 #include "kvmeasure/output_file.h"
 #include "kvmeasure/print.h"
 #include "kvmeasure/progress.h"
-#include "kvmeasure/scan_commands.h"
+#include "kvmeasure/scan_options.h"
 #include "kvmeasure/scan_picture.h"
+#include "kvmeasure/scan_summary.h"
 
 #include <QtCore/QFileInfo>
 
@@ -82,10 +84,10 @@ void reportText(const QString& path, const Scan& scan, const OutlineParameters& 
                 const Outline& outline, const Arguments& arguments) {
     QStringList chosen;
     for (const Named& parameter : named(parameters))
-        chosen.append(QString("%1 %2%3")
+        chosen.append(QString("%1 %2 mm%3")
                           .arg(parameter.name)
                           .arg(parameter.value, 0, 'g', 6)
-                          .arg(arguments.has(parameter.name) ? "" : " (chosen)"));
+                          .arg(arguments.has(parameter.name) ? "" : " (by the scan)"));
     print(QString("%1: %2\n%3\n%4 points above the level, %5 edge points, %6 in the hull, %7 lines\n")
               .arg(path, summarise(scan).line(), chosen.join(", "))
               .arg(outline.objectPoints)
@@ -168,22 +170,17 @@ void draw(const QString& path, const QString& title, const KvMath::KvProfileZSet
 }  // namespace
 
 int runScanOutline(const QStringList& words) {
-    if (askedForHelp(usage, words))
-        return Done;
-    const Arguments arguments(usage, words);
-    arguments.requireOperands(1);
-    const QString path = arguments.operands()[0];
-    refuseOverwriting(arguments, arguments.text("--svg"), path);
+    const Arguments arguments(usage, words, 1, 1);
+    const QString path = arguments.operand(0);
+    refuseOverwriting({arguments.text("--svg")}, scanInputs(arguments));
     OutlineParameters parameters = readParameters(arguments);
-    Scan scan = loadScan(path, readScanOptions(arguments));
-    if (hasLimits(arguments))
-        applyLimits(readLimits(arguments), path, scan);
+    Scan scan = takeScan(arguments);
     const KvMath::KvProfileZSet stack = takeStack(scan, path);
     deriveParameters(stack, path, parameters);
     const Outline outline = findOutline(stack, parameters);
     if (arguments.has("--svg"))
         draw(arguments.text("--svg"), QFileInfo(path).completeBaseName(), stack, outline, parameters);
-    if (arguments.has("--json"))
+    if (arguments.isJson())
         reportJson(path, scan, parameters, outline);
     else
         reportText(path, scan, parameters, outline, arguments);

@@ -1,6 +1,8 @@
+#include "kvmeasure/commands.h"
 #include "kvmeasure/failure.h"
+#include "kvmeasure/output_file.h"
 #include "kvmeasure/print.h"
-#include "kvmeasure/scan_commands.h"
+#include "kvmeasure/scan_options.h"
 #include "kvmeasure/scan_writer.h"
 
 #include <kvmath/core/plane.h>
@@ -75,86 +77,48 @@ Plane fitPlane(const Cloud& cloud, const QString& path) {
 }
 
 /// Points beyond the threshold go; returns their number.
-int removeSide(Scan& scan, const Plane& plane, bool above, double shift) {
-    const auto goes = [&](float x, float scanPosition, float height) {
-        const double surface = plane.height(double(x), double(scanPosition));
-        return above ? double(height) > surface - shift : double(height) < surface + shift;
-    };
-    qint64 left = 0;
-    for (KvMath::KvProfileZ& profile : scan.stack.profiles) {
-        QList<KvMath::KvPointXY> kept;
-        for (const KvMath::KvPointXY& p : profile.points) {
-            if (!goes(p.x, profile.z, p.y))
-                kept.append(p);
-        }
-        left += kept.size();
-        profile.points.swap(kept);
-    }
-    QList<KvPointXYZ> kept;
-    for (const KvPointXYZ& p : scan.cloud.points) {
-        if (!goes(p.x, p.z, p.y))
-            kept.append(p);
-    }
-    scan.cloud.points.swap(kept);
+qint64 removeSide(Scan& scan, const Plane& plane, bool above, double shift) {
     const qint64 before = scan.points;
-    scan.points = left + scan.cloud.points.size();
-    return int(before - scan.points);
+    scan.keep([&](float x, float place, float height) {
+        const double surface = plane.height(double(x), double(place));
+        return !(above ? double(height) > surface - shift : double(height) < surface + shift);
+    });
+    return before - scan.points;
 }
 
 void makeLevel(Scan& scan, const Plane& plane) {
-    const auto lowered = [&plane](float x, float scanPosition, float height) {
-        return static_cast<float>(double(height) - plane.height(double(x), double(scanPosition)));
-    };
-    for (KvMath::KvProfileZ& profile : scan.stack.profiles) {
-        for (KvMath::KvPointXY& p : profile.points)
-            p.y = lowered(p.x, profile.z, p.y);
-    }
-    for (KvPointXYZ& p : scan.cloud.points)
-        p.y = lowered(p.x, p.z, p.y);
+    Scan::forEachPoint(scan, [&plane](float x, float place, float& height) {
+        height = static_cast<float>(double(height) - plane.height(double(x), double(place)));
+    });
 }
 
-QString number(double value) { return QString::number(value, 'g', 10); }
-
-void report(const QString& path, const Plane& plane, int removed, const Arguments& arguments) {
-    if (arguments.has("--json")) {
-        QJsonObject object{{"file", path},
-                           {"a", plane.a},
-                           {"b", plane.b},
-                           {"c", plane.c},
-                           {"points", plane.count},
-                           {"rms", jsonNumber(plane.rms())},
-                           {"lowestResidual", plane.lowest},
-                           {"highestResidual", plane.highest},
-                           {"normal", QJsonArray{plane.normal[0], plane.normal[1], plane.normal[2]}},
-                           {"d", plane.normal[3]}};
-        if (arguments.has("--remove"))
-            object["removed"] = removed;
-        printJson(object);
-        return;
-    }
+void report(const QString& path, const Plane& plane, qint64 removed, const Arguments& arguments) {
     constexpr double degreesPerRadian = 57.29577951308232;
-    Table table({"plane", "value"});
-    table.add({"a, mm per mm of x", number(plane.a)});
-    table.add({"b, mm per mm of scan", number(plane.b)});
-    table.add({"c, mm", number(plane.c)});
-    table.add({"points", QString::number(plane.count)});
-    table.add({"rms residual, mm", number(plane.rms())});
-    table.add({"lowest residual, mm", number(plane.lowest)});
-    table.add({"highest residual, mm", number(plane.highest)});
-    table.add({"normal x", number(plane.normal[0])});
-    table.add({"normal scan", number(plane.normal[1])});
-    table.add({"normal height", number(plane.normal[2])});
-    table.add({"normal d, mm", number(plane.normal[3])});
-    table.add({"tilt, deg", number(std::atan(std::hypot(plane.a, plane.b)) * degreesPerRadian)});
+    Facts facts;
+    facts.add("a", "a, mm per mm of x", plane.a);
+    facts.add("b", "b, mm per mm of scan", plane.b);
+    facts.add("c", "c, mm", plane.c);
+    facts.add("points", "points", plane.count);
+    facts.add("rms", "rms residual, mm", plane.rms());
+    facts.add("lowestResidual", "lowest residual, mm", plane.lowest);
+    facts.add("highestResidual", "highest residual, mm", plane.highest);
+    facts.add("", "normal x", plane.normal[0]);
+    facts.add("", "normal scan", plane.normal[1]);
+    facts.add("", "normal height", plane.normal[2]);
+    facts.add("d", "normal d, mm", plane.normal[3]);
+    facts.add("tilt", "tilt, deg", std::atan(std::hypot(plane.a, plane.b)) * degreesPerRadian);
     if (arguments.has("--remove"))
-        table.add({"points removed", QString::number(removed)});
-    print(QString("%1: height = a*x + b*scan + c\n%2").arg(path, table.text()));
+        facts.add("removed", "points removed", double(removed));
+    facts.json["file"] = path;
+    facts.json["normal"] = QJsonArray{plane.normal[0], plane.normal[1], plane.normal[2]};
+    if (arguments.isJson())
+        printJson(facts.json);
+    else
+        print(QString("%1: height = a*x + b*scan + c\n%2").arg(path, facts.table.text()));
 }
 
 void checkOptions(const Arguments& arguments) {
-    const QString side = arguments.text("--remove");
-    if (arguments.has("--remove") && side != "above" && side != "below")
-        throw Failure{QString("scan plane: --remove must be above or below, not \"%1\"").arg(side)};
+    arguments.choice("--remove", {"above", "below"});
     if (arguments.has("--remove") && arguments.has("--level"))
         throw Failure{"scan plane: --remove and --level exclude each other; run it twice"};
     const bool changes = arguments.has("--remove") || arguments.has("--level");
@@ -163,26 +127,22 @@ void checkOptions(const Arguments& arguments) {
     if (arguments.has("--shift") && !arguments.has("--remove"))
         throw Failure{"scan plane: --shift goes with --remove"};
     parseScanForm(arguments.text("--format"), QString());
-    refuseOverwriting(arguments, arguments.text("--out"), arguments.operands()[0]);
+    refuseOverwriting({arguments.text("--out")}, scanInputs(arguments));
 }
 
 }  // namespace
 
 int runScanPlane(const QStringList& words) {
-    if (askedForHelp(usage, words))
-        return Done;
-    const Arguments arguments(usage, words);
-    arguments.requireOperands(1);
+    const Arguments arguments(usage, words, 1, 1);
     checkOptions(arguments);
-    const QString path = arguments.operands()[0];
+    const QString path = arguments.operand(0);
     const double shift = arguments.number("--shift", 0, -farthest, farthest);
     const ScanOptions options = readScanOptions(arguments);
     Scan scan = loadScan(path, options);
     Scan chosen = scan;
-    if (hasLimits(arguments))
-        applyLimits(readLimits(arguments), path, chosen);
+    applyLimits(arguments, chosen);
     const Plane plane = fitPlane(heightsOver(chosen), path);
-    int removed = 0;
+    qint64 removed = 0;
     if (arguments.has("--remove"))
         removed = removeSide(scan, plane, arguments.text("--remove") == "above", shift);
     if (arguments.has("--level"))

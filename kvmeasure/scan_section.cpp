@@ -1,10 +1,11 @@
+#include "kvmeasure/commands.h"
 #include "kvmeasure/failure.h"
 #include "kvmeasure/output_file.h"
 #include "kvmeasure/plot.h"
 #include "kvmeasure/print.h"
 #include "kvmeasure/profile_writer.h"
-#include "kvmeasure/scan_commands.h"
 #include "kvmeasure/scan_grid.h"
+#include "kvmeasure/scan_options.h"
 #include "kvmeasure/scan_picture.h"
 
 #include <QtCore/QFileInfo>
@@ -24,10 +25,7 @@ const std::vector<Option> gridOptions = {
     {"--step-scan", "MM", "size of a cell along the scan (the scan's own distance of profiles)"},
 };
 
-Usage withGrid(Usage usage) {
-    usage.options.insert(usage.options.end(), gridOptions.begin(), gridOptions.end());
-    return withScanOptions(withLimits(usage));
-}
+Usage withGrid(const Usage& usage) { return withScanOptions(withLimits(with(usage, gridOptions))); }
 
 const Usage gridUsage =
     withGrid({"scan grid",
@@ -41,34 +39,28 @@ const Usage gridUsage =
               "  kvmeasure scan grid plate.kvs --svg plate.svg\n"
               "  kvmeasure scan grid plate.kvs --step-x 0.5 --step-scan 0.5 --out plate.csv\n"});
 
-Usage makeSectionUsage() {
-    Usage usage{"scan section",
-                "SCAN",
-                "A profile through a scan: heights between the middles of grid cells, bilinear.",
-                {{"--at-scan", "MM", "along x, at this position along the scan"},
-                 {"--at-x", "MM", "along the scan, at this x"},
-                 {"--from", "X,SCAN", "with --to: along the straight line between two places"},
-                 {"--to", "X,SCAN", "see --from"},
-                 {"--spacing", "MM", "distance of the points (the smaller side of a cell)"},
-                 {"--out", "FILE", "profile to write: rows of place and height, for teach, match, fit"},
-                 {"--format", "NAME", "of --out: csv, kv-csv or record (csv)"},
-                 {"--svg", "FILE", "draw the profile"}},
-                "The place is x, the position along the scan, or the distance from --from. Where cells are "
-                "empty the\n"
-                "profile has no points.\n\n"
-                "Examples\n"
-                "  kvmeasure scan section plate.kvs --at-scan 26 --out profile.csv --svg profile.svg\n"
-                "  kvmeasure scan section plate.kvs --from -20,5 --to 20,45 --out diagonal.csv\n"};
-    return withGrid(usage);
-}
-
-const Usage sectionUsage = makeSectionUsage();
+const Usage sectionUsage =
+    withGrid({"scan section",
+              "SCAN",
+              "A profile through a scan: heights between the middles of grid cells, bilinear.",
+              {{"--at-scan", "MM", "along x, at this position along the scan"},
+               {"--at-x", "MM", "along the scan, at this x"},
+               {"--from", "X,SCAN", "with --to: along the straight line between two places"},
+               {"--to", "X,SCAN", "see --from"},
+               {"--spacing", "MM", "distance of the points (the smaller side of a cell)"},
+               {"--out", "FILE", "profile to write: rows of place and height, for teach, match, fit"},
+               {"--format", "NAME", "of --out: csv, kv-csv or record (csv)"},
+               {"--svg", "FILE", "draw the profile"}},
+              "The place is x, the position along the scan, or the distance from --from. Where cells are "
+              "empty the\n"
+              "profile has no points.\n\n"
+              "Examples\n"
+              "  kvmeasure scan section plate.kvs --at-scan 26 --out profile.csv --svg profile.svg\n"
+              "  kvmeasure scan section plate.kvs --from -20,5 --to 20,45 --out diagonal.csv\n"});
 
 KvMatrixCloud readGrid(const Arguments& arguments, Scan& scan) {
-    const QString path = arguments.operands()[0];
-    scan = loadScan(path, readScanOptions(arguments));
-    if (hasLimits(arguments))
-        applyLimits(readLimits(arguments), path, scan);
+    const QString path = arguments.operand(0);
+    scan = takeScan(arguments);
     const KvMath::KvProfileZSet stack = takeStack(scan, path);
     Steps steps = estimateSteps(stack);
     steps.x = arguments.number("--step-x", steps.x, finest, farthest);
@@ -105,8 +97,8 @@ Course readCourse(const Arguments& arguments, const KvMatrixCloud& grid) {
         course.first = course.from.scan;
         course.name = "scan";
     } else {
-        readPair(arguments, "--from", course.from.x, course.from.scan);
-        readPair(arguments, "--to", course.to.x, course.to.scan);
+        arguments.pair("--from", course.from.x, course.from.scan);
+        arguments.pair("--to", course.to.x, course.to.scan);
         course.name = "distance";
     }
     return course;
@@ -147,8 +139,8 @@ KvMath::KvProfile sampleCourse(const KvMatrixCloud& grid, const Course& course, 
 
 void reportGrid(const Arguments& arguments, const KvMatrixCloud& grid, const Scan& scan) {
     const int filled = filledCells(grid);
-    const QString path = arguments.operands()[0];
-    if (arguments.has("--json")) {
+    const QString path = arguments.operand(0);
+    if (arguments.isJson()) {
         printJson({{"file", path},
                    {"points", scan.points},
                    {"rows", grid.rows},
@@ -175,47 +167,39 @@ void reportGrid(const Arguments& arguments, const KvMatrixCloud& grid, const Sca
 
 void reportSection(const Arguments& arguments, const Course& course, const LoadedProfile& section) {
     const QList<KvMath::KvPointXY>& points = section.profile.points;
-    float lowest = points[0].y;
-    float highest = points[0].y;
+    Span heights;
     double sum = 0;
     QJsonArray array;
     for (const KvMath::KvPointXY& p : points) {
-        lowest = std::min(lowest, p.y);
-        highest = std::max(highest, p.y);
+        heights.add(double(p.y));
         sum += double(p.y);
-        if (arguments.has("--json"))
+        if (arguments.isJson())
             array.append(QJsonArray{double(p.x), double(p.y)});
     }
-    if (arguments.has("--json")) {
+    if (arguments.isJson()) {
         printJson({{"file", section.name}, {"along", course.name}, {"points", array}});
         return;
     }
-    print(QString("%1: section from x %2, scan %3 to x %4, scan %5: %6 points, %7 %8 .. %9 mm, height %10 .. "
-                  "%11, mean "
-                  "%12 mm\n")
+    print(QString("%1: section from x %2, scan %3 to x %4, scan %5: %6 points, %7 %8 .. %9 mm, height %10, "
+                  "mean %11 mm\n")
               .arg(section.name, mm(course.from.x), mm(course.from.scan), mm(course.to.x), mm(course.to.scan))
               .arg(points.size())
               .arg(course.name, mm(double(points.first().x)))
-              .arg(mm(double(points.last().x)), mm(double(lowest)), mm(double(highest)),
-                   mm(sum / points.size())));
+              .arg(mm(double(points.last().x)), heights.text(), mm(sum / points.size())));
 }
 
 }  // namespace
 
 int runScanGrid(const QStringList& words) {
-    if (askedForHelp(gridUsage, words))
-        return Done;
-    const Arguments arguments(gridUsage, words);
-    arguments.requireOperands(1);
-    for (const char* output : {"--out", "--svg"})
-        refuseOverwriting(arguments, arguments.text(output), arguments.operands()[0]);
+    const Arguments arguments(gridUsage, words, 1, 1);
+    refuseOverwriting({arguments.text("--out"), arguments.text("--svg")}, scanInputs(arguments));
     Scan scan;
     const KvMatrixCloud grid = readGrid(arguments, scan);
     if (arguments.has("--out"))
         writeOutputFile(arguments.text("--out"), gridCsv(grid));
     if (arguments.has("--svg")) {
         ScanPicture picture;
-        picture.title = QFileInfo(arguments.operands()[0]).completeBaseName();
+        picture.title = QFileInfo(arguments.operand(0)).completeBaseName();
         picture.grid = grid;
         writeOutputFile(arguments.text("--svg"), drawScan(picture));
     }
@@ -224,26 +208,19 @@ int runScanGrid(const QStringList& words) {
 }
 
 int runScanSection(const QStringList& words) {
-    if (askedForHelp(sectionUsage, words))
-        return Done;
-    const Arguments arguments(sectionUsage, words);
-    arguments.requireOperands(1);
-    for (const char* output : {"--out", "--svg"})
-        refuseOverwriting(arguments, arguments.text(output), arguments.operands()[0]);
+    const Arguments arguments(sectionUsage, words, 1, 1);
+    refuseOverwriting({arguments.text("--out"), arguments.text("--svg")}, scanInputs(arguments));
     const FileForm form = parseForm(arguments.text("--format"), FileForm::Csv);
     Scan scan;
     const KvMatrixCloud grid = readGrid(arguments, scan);
     const Course course = readCourse(arguments, grid);
     const double smaller = double(std::min(grid.stepX, grid.stepZ));
     LoadedProfile section;
-    section.name = arguments.operands()[0];
+    section.name = arguments.operand(0);
     section.profile =
         sampleCourse(grid, course, arguments.number("--spacing", smaller, finest, farthest), section.name);
-    if (arguments.has("--out")) {
-        ProfileWriter writer(arguments.text("--out"), form);
-        writer.add(section);
-        writer.commit();
-    }
+    if (arguments.has("--out"))
+        writeProfile(arguments.text("--out"), form, section);
     if (arguments.has("--svg")) {
         Picture picture;
         picture.title = QFileInfo(section.name).completeBaseName() + ": section along " + course.name;

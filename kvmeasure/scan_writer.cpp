@@ -7,9 +7,6 @@
 #include "kvmeasure/scan_grid.h"
 
 #include <QtCore/QFileInfo>
-#include <QtCore/QtEndian>
-
-#include <cstring>
 
 namespace KvMeasure {
 
@@ -19,18 +16,6 @@ using KvMath::KvProfileZ;
 namespace {
 
 constexpr int digits = 9;  // as many as tell any two floats apart
-
-void append(QByteArray& bytes, float value) {
-    quint32 bits = 0;
-    std::memcpy(&bits, &value, sizeof(bits));
-    bits = qToLittleEndian(bits);
-    bytes.append(reinterpret_cast<const char*>(&bits), sizeof(bits));
-}
-
-void append(QByteArray& bytes, quint32 value, int size) {
-    for (int i = 0; i < size; ++i)
-        bytes.append(static_cast<char>((value >> (8 * i)) & 0xFF));
-}
 
 /// Collects bytes so that a point costs no write, and shows how far it is.
 class Writer {
@@ -78,11 +63,11 @@ void writeStack(Writer& writer, const KvMath::KvProfileZSet& stack) {
                     .arg(profile.points.size())
                     .arg(mostPoints)};
         writer.bytes().append(marker);
-        append(writer.bytes(), quint32(profile.points.size()), 2);
-        append(writer.bytes(), profile.z);
+        appendLittleEndian(writer.bytes(), quint32(profile.points.size()), 2);
+        appendLittleEndian(writer.bytes(), profile.z);
         for (const KvMath::KvPointXY& p : profile.points) {
-            append(writer.bytes(), p.x);
-            append(writer.bytes(), p.y);
+            appendLittleEndian(writer.bytes(), p.x);
+            appendLittleEndian(writer.bytes(), p.y);
             writer.countPoint();
         }
     }
@@ -90,19 +75,15 @@ void writeStack(Writer& writer, const KvMath::KvProfileZSet& stack) {
 
 template <class Write>
 void forEachPoint(const Scan& scan, bool heightLast, const Write& write) {
-    const auto ordered = [&](const KvPointXYZ& p) { write(heightLast ? KvPointXYZ(p.x, p.z, p.y) : p); };
-    for (const KvProfileZ& profile : scan.stack.profiles) {
-        for (const KvMath::KvPointXY& p : profile.points)
-            ordered(KvPointXYZ(p.x, p.y, profile.z));
-    }
-    for (const KvPointXYZ& p : scan.cloud.points)
-        ordered(p);
+    Scan::forEachPoint(scan, [&](float x, float place, float height) {
+        write(heightLast ? KvPointXYZ(x, place, height) : KvPointXYZ(x, height, place));
+    });
 }
 
 void appendBinary(QByteArray& bytes, const KvPointXYZ& p) {
-    append(bytes, p.x);
-    append(bytes, p.y);
-    append(bytes, p.z);
+    appendLittleEndian(bytes, p.x);
+    appendLittleEndian(bytes, p.y);
+    appendLittleEndian(bytes, p.z);
 }
 
 void appendText(QByteArray& bytes, const KvPointXYZ& p) {
@@ -140,8 +121,8 @@ ScanForm parseScanForm(const QString& text, const QString& path) {
     }
     if (text.isEmpty())
         return ScanForm::Stack;
-    throw Failure{QString("--format must be one of %1, not \"%2\"%3")
-                      .arg(names.join(", "), text, suggestion(text, names))};
+    throw Failure{
+        QString("--format must be %1, not \"%2\"%3").arg(alternatives(names), text, suggestion(text, names))};
 }
 
 void writeScan(const QString& path, ScanForm form, bool heightLast, Scan& scan) {
@@ -162,7 +143,7 @@ void writeScan(const QString& path, ScanForm form, bool heightLast, Scan& scan) 
     if (form == ScanForm::CloudRecord) {
         constexpr char marker = 0x03;
         writer.bytes().append(marker);
-        append(writer.bytes(), quint32(scan.points), 4);
+        appendLittleEndian(writer.bytes(), quint32(scan.points), 4);
     } else if (form != ScanForm::Xyz) {
         writer.bytes() += plyHeader(scan.points, isText, heightLast);
     }

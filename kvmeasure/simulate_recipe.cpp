@@ -5,8 +5,8 @@
 
 namespace KvMeasure {
 
-QString helpWithShapes(const Usage& usage, const std::vector<QString>& shapes,
-                       std::vector<Simulator::Dimension> (*dimensionsOf)(const QString&)) {
+Usage withShapes(Usage usage, const std::vector<QString>& shapes,
+                 std::vector<Simulator::Dimension> (*dimensionsOf)(const QString&)) {
     QString text = "Shapes and their dimensions\n";
     for (const QString& shape : shapes) {
         text += "  " + shape + '\n';
@@ -19,8 +19,8 @@ QString helpWithShapes(const Usage& usage, const std::vector<QString>& shapes,
                         .arg(d.maximum)
                         .arg(d.meaning);
     }
-    QString help = helpText(usage);
-    return help.insert(help.lastIndexOf("Examples\n"), text + '\n');
+    usage.details.prepend(text + '\n');
+    return usage;
 }
 
 QString chooseShape(const Arguments& arguments, const std::vector<QString>& shapes, const QString& absent) {

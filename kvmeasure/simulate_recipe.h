@@ -7,9 +7,9 @@
 
 namespace KvMeasure {
 
-/// Help with the shapes and their dimensions in front of the examples.
-QString helpWithShapes(const Usage& usage, const std::vector<QString>& shapes,
-                       std::vector<Simulator::Dimension> (*dimensionsOf)(const QString&));
+/// The usage with the shapes and their dimensions in front of the examples.
+Usage withShapes(Usage usage, const std::vector<QString>& shapes,
+                 std::vector<Simulator::Dimension> (*dimensionsOf)(const QString&));
 
 /// --shape, one of these; throws Failure.
 QString chooseShape(const Arguments& arguments, const std::vector<QString>& shapes, const QString& absent);

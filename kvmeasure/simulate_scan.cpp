@@ -1,9 +1,10 @@
+#include "kvmeasure/commands.h"
 #include "kvmeasure/failure.h"
 #include "kvmeasure/output_file.h"
 #include "kvmeasure/print.h"
-#include "kvmeasure/scan_commands.h"
 #include "kvmeasure/scan_grid.h"
 #include "kvmeasure/scan_picture.h"
+#include "kvmeasure/scan_summary.h"
 #include "kvmeasure/scan_writer.h"
 #include "kvmeasure/simulate_recipe.h"
 
@@ -15,28 +16,30 @@ namespace KvMeasure {
 
 namespace {
 
-const Usage usage{
-    "simulate scan",
-    "",
-    "Makes a 3D scan of an object with a known outline, and writes the true values beside it.",
-    {{"--out", "FILE", "scan to write, form by its suffix; the truth goes to FILE.truth.csv (required)"},
-     {"--shape", "NAME", "see below (grooved-plate)"},
-     {"--dimensions", "\"N=V, ...\"", "dimensions of the shape, e.g. \"width=40, length=30\""},
-     {"--columns", "N", "points of a profile (320)"},
-     {"--rows", "N", "profiles (280)"},
-     {"--from", "MM", "first column (-32)"},
-     {"--to", "MM", "last column (32)"},
-     {"--row-step", "MM", "distance of the profiles (0.2)"},
-     {"--rotate", "DEG", "turns the object, seen from above (0)"},
-     {"--noise", "MM", "standard deviation of the heights (0)"},
-     {"--dropouts", "N", "gaps without points (0)"},
-     {"--strays", "N", "single low points anywhere (0)"},
-     {"--seed", "N", "of the random draws; the same seed makes the same scan (1)"},
-     {"--svg", "FILE", "draw the scan from above"},
-     {"--json", "", "print the true values as JSON"}},
-    "Examples\n"
-    "  kvmeasure simulate scan --noise 0.02 --rotate 2 --out plate.kvs\n"
-    "  kvmeasure simulate scan --shape tray --strays 40 --out tray.ply --svg tray.svg\n"};
+Usage makeUsage() {
+    return withShapes(
+        {"simulate scan",
+         "",
+         "Makes a 3D scan of an object with a known outline, and writes the true values beside it.",
+         {{"--out", "FILE", "scan to write, form by its suffix; the truth goes to FILE.truth.csv (required)"},
+          {"--shape", "NAME", "see below (grooved-plate)"},
+          {"--dimensions", "\"N=V, ...\"", "dimensions of the shape, e.g. \"width=40, length=30\""},
+          {"--columns", "N", "points of a profile (320)"},
+          {"--rows", "N", "profiles (280)"},
+          {"--from", "MM", "first column (-32)"},
+          {"--to", "MM", "last column (32)"},
+          {"--row-step", "MM", "distance of the profiles (0.2)"},
+          {"--rotate", "DEG", "turns the object, seen from above (0)"},
+          {"--noise", "MM", "standard deviation of the heights (0)"},
+          {"--dropouts", "N", "gaps without points (0)"},
+          {"--strays", "N", "single low points anywhere (0)"},
+          {"--seed", "N", "of the random draws; the same seed makes the same scan (1)"},
+          {"--svg", "FILE", "draw the scan from above"}},
+         "Examples\n"
+         "  kvmeasure simulate scan --noise 0.02 --rotate 2 --out plate.kvs\n"
+         "  kvmeasure simulate scan --shape tray --strays 40 --out tray.ply --svg tray.svg\n"},
+        Simulator::scanShapeNames(), Simulator::scanShapeDimensions);
+}
 
 Simulator::ScanRecipe readRecipe(const Arguments& arguments) {
     constexpr double any = std::numeric_limits<double>::max();
@@ -61,38 +64,31 @@ Simulator::ScanRecipe readRecipe(const Arguments& arguments) {
 }  // namespace
 
 int runSimulateScan(const QStringList& words) {
-    if (words.contains("--help")) {
-        print(helpWithShapes(usage, Simulator::scanShapeNames(), Simulator::scanShapeDimensions));
-        return Done;
-    }
-    const Arguments arguments(usage, words);
-    if (!arguments.operands().isEmpty())
-        throw Failure{QString("simulate scan: unexpected \"%1\"").arg(arguments.operands()[0])};
-    if (!arguments.has("--out"))
-        throw Failure{"simulate scan: --out FILE is missing; it names the scan to write"};
+    const Arguments arguments(makeUsage(), words, 0, 0);
+    const QString path = arguments.required("--out", "it names the scan to write");
+    const QString truth = path + ".truth.csv";
+    refuseOverwriting({path, truth, arguments.text("--svg")}, {});
     const Simulator::ScanRecipe recipe = readRecipe(arguments);
     QString error;
     const auto simulated = Simulator::simulateScan(recipe, &error);
     if (!simulated)
         throw Failure{"simulate scan: " + error};
-    const QString path = arguments.text("--out");
     Scan scan;
     scan.isStack = true;
     scan.form = recipe.shape;
     scan.stack = simulated->stack;
-    for (const KvMath::KvProfileZ& profile : scan.stack.profiles)
-        scan.points += profile.points.size();
+    scan.countPoints();
     if (scan.points == 0)
         throw Failure{"simulate scan: nothing of the object is in view"};
     writeScan(path, parseScanForm(QString(), path), /*heightLast=*/false, scan);
-    writeOutputFile(path + ".truth.csv", Simulator::truthCsv(*simulated));
+    writeOutputFile(truth, Simulator::truthCsv(*simulated));
     if (arguments.has("--svg")) {
         ScanPicture picture;
         picture.title = "Simulated " + recipe.shape;
         picture.grid = makeGrid(scan.stack, estimateSteps(scan.stack), path);
         writeOutputFile(arguments.text("--svg"), drawScan(picture));
     }
-    reportTruth(arguments.has("--json"), path, summarise(scan).line(), scan.points, recipe.shape,
+    reportTruth(arguments.isJson(), path, summarise(scan).line(), scan.points, recipe.shape,
                 simulated->values);
     return Done;
 }

@@ -21,7 +21,7 @@ namespace {
 constexpr double radiansPerDegree = 0.017453292519943295;
 constexpr double largestAngle = 3.1415927410125732;  // the limit of angle bounds
 
-Vector direction(const LinePP& line) { return {line.p2.x - line.p1.x, line.p2.y - line.p1.y}; }
+Vector along(const LinePP& line) { return {line.p2.x - line.p1.x, line.p2.y - line.p1.y}; }
 
 void add(TSTemplate& lines, TSConstraint* constraint) {
     std::unique_ptr<TSConstraint> owner(constraint);
@@ -39,7 +39,7 @@ void constrainLength(TSTemplate& lines, int line, const LinePP& segment, const T
 /// An inclination lives in (-180, 180] degrees and its bounds cannot run across the end, so a line that
 /// points back along x goes without.
 void constrainInclination(TSTemplate& lines, const LinePP& segment, const TeachTolerances& tolerances) {
-    const Vector d = direction(segment);
+    const Vector d = along(segment);
     const double nominal = std::atan2(d.y, d.x);
     const double band = tolerances.angleDegrees * radiansPerDegree;
     if (std::fabs(nominal) + band < largestAngle)
@@ -49,8 +49,8 @@ void constrainInclination(TSTemplate& lines, const LinePP& segment, const TeachT
 /// The sense of a turn is asked for only where the band keeps it: nearly straight or nearly back, both occur.
 void constrainRotation(TSTemplate& lines, int to, const LinePP& first, const LinePP& second,
                        const TeachTolerances& tolerances) {
-    const Vector u = direction(first);
-    const Vector w = direction(second);
+    const Vector u = along(first);
+    const Vector w = along(second);
     const double turn = std::atan2(u.x * w.y - u.y * w.x, u.x * w.x + u.y * w.y);
     const double band = tolerances.angleDegrees * radiansPerDegree;
     const double lower = std::fabs(turn) - band;
@@ -78,7 +78,7 @@ void constrainDistance(TSTemplate& lines, int to, const LinePP& first, const Lin
 void constrainShift(TSTemplate& lines, int to, const LinePP& first, const LinePP& second,
                     const TeachTolerances& tolerances) {
     constexpr double rightAngle = 90 * radiansPerDegree;
-    const Vector d = direction(first);
+    const Vector d = along(first);
     const Vector way(second.p1.x - first.p2.x, second.p1.y - first.p2.y);
     const double nominal = (d.x * way.y - d.y * way.x) / length(first.p1, first.p2);
     const double band = distanceBand(length(first.p2, second.p1), tolerances);

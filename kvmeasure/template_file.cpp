@@ -2,11 +2,11 @@
 
 #include "kvmeasure/arguments.h"
 #include "kvmeasure/failure.h"
+#include "kvmeasure/profile_file.h"
 
 #include <kvmath/tsearch/template_document.h>
 
 #include <QtCore/QFile>
-#include <QtCore/QFileInfo>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QSet>
 #include <QtCore/QVariant>
@@ -167,14 +167,8 @@ void DocumentReader::readTolerances(const QVariantMap& document, TemplateFile& f
 
 QByteArray readBounded(const QString& path) {
     constexpr qint64 largest = 4 << 20;
-    const QFileInfo info(path);
     QFile file(path);
-    if (!info.exists())
-        throw Failure{QString("%1: no such file; make one with \"kvmeasure teach\"").arg(path)};
-    if (!info.isFile())
-        throw Failure{QString("%1: is not a regular file; expected a template in JSON").arg(path)};
-    if (!file.open(QIODevice::ReadOnly))
-        throw Failure{QString("%1: cannot be read: %2").arg(path, file.errorString())};
+    openRegularFile(file);
     if (file.size() > largest)
         throw Failure{
             QString("%1: has %2 bytes; a template has at most %3").arg(path).arg(file.size()).arg(largest)};

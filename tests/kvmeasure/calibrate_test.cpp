@@ -97,7 +97,7 @@ TEST_F(Calibrate, WrongUseSaysWhatAndLeavesFilesWhole) {
     write("none.raw", QByteArray(1304000, '\0'));
     const QByteArray before = read("full.tbl");
     const std::pair<const char*, const char*> refusals[] = {
-        {"", "unknown action"},
+        {"", "which command"},
         {"bild flat.raw", "did you mean \"build\""},
         {"simulate a.raw --distance 10", "distance: 10 is outside"},
         {"build flat.raw full.tbl", "--z-range MM is missing"},
@@ -113,6 +113,10 @@ TEST_F(Calibrate, WrongUseSaysWhatAndLeavesFilesWhole) {
         {"mirror full.tbl full.tbl", "which half"},
         {"info flat.raw.truth.json", "is no calibration file"},
         {"check full.tbl --truth flat.raw", "is no truth file"},
+        {"build flat.raw flat.raw --z-range 100 --x-range 140", "is read by this command"},
+        {"apply full.tbl flat.raw full.tbl --z-range 100 --x-range 140", "is read by this command"},
+        {"check full.tbl --truth flat.raw.truth.json --svg full.tbl", "is read by this command"},
+        {"simulate s.raw --second s.raw.truth.json", "written twice"},
     };
     for (const auto& [line, reason] : refusals)
         expectRefused(QString("calibrate " + QString(line)).split(' '), reason);

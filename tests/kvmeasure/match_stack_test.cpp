@@ -136,7 +136,7 @@ TEST_F(MatchStack, TrendShowsEveryMeasurementItsGapsAndWhatIsOut) {
         EXPECT_LT(picture.size(), 400'000);
     }
     EXPECT_EQ(match({"part.csv", "--trend", "one.svg"}).code, 0);
-    expectRefused({"match", "part.csv", "--template", "t.json", "--trend", "part.csv"}, "names the input");
+    expectRefused({"match", "part.csv", "--template", "t.json", "--trend", "part.csv"}, "name another file");
     expectRefused({"match", "part.csv", "--template", "t.json", "--json", "--csv"}, "give one of them");
 }
 

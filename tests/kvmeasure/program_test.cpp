@@ -48,7 +48,8 @@ protected:
 };
 
 TEST_F(Kvmeasure, EveryCommandHasHelpWithExamples) {
-    for (const char* command : {"info", "teach", "match", "fit", "filter", "lines", "simulate"}) {
+    for (const char* command :
+         {"info", "teach", "match", "fit", "filter", "lines", "scan", "simulate", "calibrate"}) {
         const Outcome result = run({command, "--help"});
         EXPECT_EQ(result.code, 0) << command;
         EXPECT_THAT(result.out, HasSubstr("Examples\n  kvmeasure ")) << command;
@@ -86,6 +87,12 @@ TEST_F(Kvmeasure, WrongUseSaysWhatIsWrong) {
     for (const auto& [line, reason] : cases)
         expectRefused(line, reason);
     EXPECT_FALSE(QFile::exists("t"));
+    const QByteArray before = read("p.csv");
+    for (const char* line :
+         {"fit p.csv --line --svg p.csv", "lines p.csv --svg ./p.csv", "teach p.csv --svg p.csv",
+          "teach p.csv --longest 1 --out p.csv", "scan grid p.csv --out q --svg q"})
+        expectRefused(line, "name another file");
+    EXPECT_EQ(read("p.csv"), before);
 }
 
 TEST_F(Kvmeasure, TextErrorsQuoteTheStatementAndLeaveTheOldFile) {
@@ -101,7 +108,7 @@ TEST_F(Kvmeasure, TextErrorsQuoteTheStatementAndLeaveTheOldFile) {
         expectRefused({"filter", "p.csv", "old", "--steps", text},
                       QString(text).split("; ").last().toStdString());
     expectRefused({"filter", "p.csv", "old", "--steps", "; ;"}, "names no step");
-    expectRefused("filter p.csv old --steps sort-x --svg p.csv", "name another one");
+    expectRefused("filter p.csv old --steps sort-x --svg p.csv", "name another file");
     EXPECT_EQ(read("old"), "old");
 }
 
