@@ -181,7 +181,8 @@ QString Arguments::required(const QString& name, const QString& meaning) const {
 
 void Arguments::requireOperands(int most, int fewest) const {
     if (operands_.size() < fewest)
-        throw Failure{QString("%1: name %2 (see \"kvmeasure %1 --help\")").arg(command_, usage_.operands)};
+        throw Failure{QString("%1: %3name %2 (see \"kvmeasure %1 --help\")")
+                          .arg(command_, usage_.operands, operands_.isEmpty() ? "nothing to read; " : "")};
     if (operands_.size() > most)
         throw Failure{
             QString("%1: unexpected \"%2\" (see \"kvmeasure %1 --help\")").arg(command_, operands_[most])};

@@ -82,14 +82,15 @@ std::vector<Named> named(const OutlineParameters& p) {
 
 void reportText(const QString& path, const Scan& scan, const OutlineParameters& parameters,
                 const Outline& outline, const Arguments& arguments) {
-    QStringList chosen;
+    QStringList given, derived;
     for (const Named& parameter : named(parameters))
-        chosen.append(QString("%1 %2 mm%3")
-                          .arg(parameter.name)
-                          .arg(parameter.value, 0, 'g', 6)
-                          .arg(arguments.has(parameter.name) ? "" : " (by the scan)"));
+        (arguments.has(parameter.name) ? given : derived)
+            .append(QString("%1 %2").arg(parameter.name).arg(parameter.value, 0, 'g', 6));
+    QString values = "by the scan, mm: " + derived.join(' ');
+    if (!given.isEmpty())
+        values += "; given: " + given.join(' ');
     print(QString("%1: %2\n%3\n%4 points above the level, %5 edge points, %6 in the hull, %7 lines\n")
-              .arg(path, summarise(scan).line(), chosen.join(", "))
+              .arg(path, summarise(scan).line(), values)
               .arg(outline.objectPoints)
               .arg(outline.edgePoints.size())
               .arg(outline.hull.size())
