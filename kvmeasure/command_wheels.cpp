@@ -39,7 +39,7 @@ QString overview() {
 int runWheels(const QStringList& words) {
     if (words.isEmpty())
         throw Failure{"wheels: which action? See \"kvmeasure wheels --help\""};
-    const QString name = words.first();
+    const QString& name = words.first();
     if (name == "--help") {
         print(overview());
         return Done;

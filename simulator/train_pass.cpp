@@ -93,7 +93,10 @@ private:
         int first, last;  ///< records
     };
 
-    std::uint64_t stream(int kind) const { return static_cast<std::uint64_t>(scanner_.index * 8 + kind); }
+    std::uint64_t stream(int kind) const {
+        constexpr std::uint64_t kKinds = 8;
+        return static_cast<std::uint64_t>(scanner_.index) * kKinds + static_cast<std::uint64_t>(kind);
+    }
 
     void look(int record) {
         const double travel = record * recipe_.spacing;
