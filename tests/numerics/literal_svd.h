@@ -57,45 +57,41 @@ inline void literalRotate(Matrix& matrix, int p, int q, double c, double s) {
 
 inline double opposite(double size, double sign) { return sign >= 0.0 ? -size : size; }
 
-/// Returns the scale against which elements are negligible; e is the super-diagonal.
+/// Householder reflection of x(from..to) onto its first element, applied to y(j, .) for j = others..last;
+/// returns that element. Rows carry the quotient in the vector, columns in the factor.
+template <typename X, typename Y>
+double literalReflect(int from, int to, int last, bool isRow, X x, Y y) {
+    const double scale = sum(from, to, [&](int k) { return std::fabs(x(k)); });
+    if (scale == 0.0)
+        return 0.0;
+    each(from, to, [&](int k) { x(k) /= scale; });
+    const double s = sum(from, to, [&](int k) { return x(k) * x(k); });
+    const double g = opposite(std::sqrt(s), x(from));
+    const double h = x(from) * g - s;
+    x(from) -= g;
+    each(isRow ? from : from + 1, last, [&](int j) {
+        const double dot = sum(from, to, [&](int k) { return x(k) * y(j, k); });
+        each(from, to, [&](int k) { y(j, k) += isRow ? dot * (x(k) / h) : dot / h * x(k); });
+    });
+    each(from, to, [&](int k) { x(k) *= scale; });
+    return scale * g;
+}
+
+/// Returns the scale against which elements are negligible, NaN when any is NaN; e, zero so far, is the
+/// super-diagonal.
 inline double literalBidiagonal(Matrix& a, double* w, double* e) {
-    const int m = a.m;
-    const int n = a.n;
+    using Element = double&;
     double anorm = 0.0;
-    double upper = 0.0;
-    for (int i = 1; i <= n; ++i) {
-        const int l = i + 1;
-        e[i] = upper;
-        upper = w[i] = 0.0;
-        double scale = sum(i, m, [&](int k) { return std::fabs(a[k][i]); });
-        if (scale != 0.0) {
-            each(i, m, [&](int k) { a[k][i] /= scale; });
-            const double s = sum(i, m, [&](int k) { return a[k][i] * a[k][i]; });
-            const double g = opposite(std::sqrt(s), a[i][i]);
-            const double h = a[i][i] * g - s;
-            a[i][i] -= g;
-            each(l, n, [&](int j) {
-                const double f = sum(i, m, [&](int k) { return a[k][i] * a[k][j]; }) / h;
-                each(i, m, [&](int k) { a[k][j] += f * a[k][i]; });
-            });
-            each(i, m, [&](int k) { a[k][i] *= scale; });
-            w[i] = scale * g;
-        }
-        scale = i <= m ? sum(l, n, [&](int k) { return std::fabs(a[i][k]); }) : 0.0;
-        if (scale != 0.0) {
-            each(l, n, [&](int k) { a[i][k] /= scale; });
-            const double s = sum(l, n, [&](int k) { return a[i][k] * a[i][k]; });
-            const double g = opposite(std::sqrt(s), a[i][l]);
-            const double h = a[i][l] * g - s;
-            a[i][l] -= g;
-            each(l, m, [&](int j) {
-                const double dot = sum(l, n, [&](int k) { return a[j][k] * a[i][k]; });
-                each(l, n, [&](int k) { a[j][k] += dot * (a[i][k] / h); });
-            });
-            each(l, n, [&](int k) { a[i][k] *= scale; });
-            upper = scale * g;
-        }
-        anorm = std::max(anorm, std::fabs(w[i]) + std::fabs(e[i]));
+    for (int i = 1; i <= a.n; ++i) {
+        w[i] = literalReflect(
+            i, a.m, a.n, false, [&](int k) -> Element { return a[k][i]; },
+            [&](int j, int k) -> Element { return a[k][j]; });
+        if (!std::isnan(anorm))
+            anorm = std::max(std::fabs(w[i]) + std::fabs(e[i]), anorm);
+        if (i < a.n && i <= a.m)
+            e[i + 1] = literalReflect(
+                i + 1, a.n, a.m, true, [&](int k) -> Element { return a[i][k]; },
+                [&](int j, int k) -> Element { return a[j][k]; });
     }
     return anorm;
 }
@@ -115,13 +111,13 @@ inline void literalAccumulate(Matrix& a, const double* w, Matrix& v, const doubl
         v[i][i] = 1.0;
     }
     for (int i = std::min(m, n); i >= 1; --i) {
-        const double g = w[i] != 0.0 ? 1.0 / w[i] : 0.0;
+        const double g = 1.0 / w[i];
         each(i + 1, n, [&](int j) { a[i][j] = 0.0; });
-        each(i + 1, g != 0.0 ? n : 0, [&](int j) {
+        each(i + 1, w[i] != 0.0 ? n : 0, [&](int j) {
             const double f = sum(i + 1, m, [&](int k) { return a[k][i] * a[k][j]; }) / a[i][i] * g;
             each(i, m, [&](int k) { a[k][j] += f * a[k][i]; });
         });
-        each(i, m, [&](int k) { a[k][i] = g != 0.0 ? a[k][i] * g : 0.0; });
+        each(i, m, [&](int k) { a[k][i] = w[i] != 0.0 ? a[k][i] * g : 0.0; });
         a[i][i] += 1.0;
     }
 }
@@ -160,7 +156,7 @@ inline void literalSweep(Matrix& a, double* w, Matrix& v, double* e, int l, int 
     w[k] = x;
 }
 
-/// As KvMath::svdcmp, for finite elements.
+/// As KvMath::svdcmp.
 inline bool literalSvd(Matrix& a, double* w, Matrix& v) {
     std::vector<double> superDiagonal(std::size_t(a.n) + 1);
     double* e = superDiagonal.data();
@@ -170,11 +166,11 @@ inline bool literalSvd(Matrix& a, double* w, Matrix& v) {
     for (int k = a.n; k >= 1; --k) {
         for (int count = 1;; ++count) {
             int l = k;
-            while (!negligible(e[l]) && !negligible(w[l - 1]))
+            while (l > 1 && !negligible(e[l]) && !negligible(w[l - 1]))
                 --l;
             double c = 0.0;
-            double s = negligible(e[l]) ? 0.0 : 1.0;
-            for (int i = l; s != 0.0 && i <= k; ++i) {
+            double s = 1.0;
+            for (int i = l > 1 && !negligible(e[l]) ? l : k + 1; i <= k; ++i) {
                 const double f = s * e[i];
                 e[i] *= c;
                 if (negligible(f))
