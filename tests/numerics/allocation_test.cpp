@@ -43,64 +43,56 @@ namespace {
 using namespace KvMath;
 
 TEST(Allocation, IsOnePerCallAndNoneForSmallProblems) {
-    std::vector<double> in(100'000, 1.0);
-    for (std::size_t i = 0; i < in.size(); ++i)
-        in[i] = double(i * i % 1009);
-    std::vector<double> out(100'000);
-    std::vector<double*> rows;
-    for (std::size_t i = 0; i < 300; ++i)
-        rows.push_back(out.data() + 30 * i);
-    std::vector<double*> right(rows.begin() + 200, rows.end());
-    const auto cost = [](double* p, void*) { return p[0] * p[0]; };
-    int count = 0;
+    std::vector<double> in;
     std::vector<double> knots;
-    for (int i = 0; i < 100; ++i)
+    std::vector<double> out(10'000);
+    std::vector<double*> rows;
+    for (int i = 0; i < 300; ++i) {
+        in.push_back(i * i % 1009);
         knots.push_back(i);
+        rows.push_back(out.data() + 30 * i);
+    }
+    double* const w = out.data() + 9900;
+    double** const v = rows.data() + 200;
+    const auto cost = [](double* p, void*) { return p[0] * p[0]; };
+    int used = 0;
     double p[4];
     const struct {
-        const char* name;
-        std::function<bool(bool isLarge)> call;
+        int small;  // the largest problem that needs none
+        std::function<bool(int size)> call;
     } cases[] = {
-        {"svdcmp",
-         [&](bool l) { return svdcmp(rows.data(), l ? 60 : 20, 6, out.data() + 9900, right.data()); }},
-        {"svdLeastSquares",
-         [&](bool l) { return svdLeastSquares(in.data(), in.data(), l ? 60 : 20, 6, 0.0, out.data()); }},
-        {"pca", [&](bool l) { return pca(in.data(), l ? 60 : 20, 6, out.data(), out.data() + 100); }},
-        {"planeFitting", [&](bool l) { return planeFitting(in.data(), l ? 60 : 59, p); }},
-        {"SavitzkyGolay",
-         [&](bool l) { return SavitzkyGolay1dCoefficients(out.data(), l ? 12 : 11, 12, 0); }},
-        {"fminsearch",
-         [&](bool l) {
-             return fminsearch(cost, nullptr, l ? 12 : 11, out.data(), nullptr, 1.0, 100'000, count);
+        {23, [&](int m) { return svdcmp(rows.data(), m, 6, w, v); }},
+        {23, [&](int m) { return svdLeastSquares(in.data(), in.data(), m, 6, 0.0, out.data()); }},
+        {23, [&](int m) { return pca(in.data(), m, 6, out.data(), w); }},
+        {59, [&](int n) { return planeFitting(in.data(), n, p); }},
+        {11, [&](int order) { return SavitzkyGolay1dCoefficients(out.data(), order, 12, 0); }},
+        {11, [&](int n) { return fminsearch(cost, nullptr, n, out.data(), nullptr, 1.0, 100'000, used); }},
+        {200,
+         [&](int n) {
+             return simulatedAnnealingMinimization(cost, nullptr, n, out.data(), 1.0, 0.5, 0.5, 9, used);
          }},
-        {"annealing",
-         [&](bool l) {
-             return simulatedAnnealingMinimization(cost, nullptr, l ? 201 : 200, out.data(), 1.0, 0.5, 0.5, 9,
-                                                   count);
-         }},
-        {"spline",
-         [&](bool l) {
+        {66,
+         [&](int n) {
              out[0] = 0.0;
-             cubicInterpolation(l ? 67 : 66, knots.data(), in.data() + 1, 1.0, 1.0, rows.data());
+             cubicInterpolation(n, knots.data(), in.data() + 1, 1.0, 1.0, rows.data());
              return out[0] != 0.0;
          }},
-        {"convolution", [&](bool l) {
+        {200, [&](int n) {
              std::fill(out.begin(), out.end(), 0.0);
              out[0] = 1.0;
-             convoluteCyclicaly(out.data(), l ? 201 : 200, in.data() + 1, 1);
+             convoluteCyclicaly(out.data(), n, in.data() + 1, 1);
              return out[1] != 0.0;
          }}};
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        isEmpty = true;
-        allocations = 0;
-        EXPECT_TRUE(c.call(false));
-        EXPECT_EQ(allocations, 0);
-        EXPECT_FALSE(c.call(true));
-        isEmpty = false;
-        allocations = 0;
-        EXPECT_TRUE(c.call(true));
-        EXPECT_EQ(allocations, 1);
+        SCOPED_TRACE(&c - cases);
+        for (const int extra : {0, 1}) {
+            isEmpty = true;
+            EXPECT_EQ(c.call(c.small + extra), extra == 0);
+            isEmpty = false;
+            allocations = 0;
+            EXPECT_TRUE(c.call(c.small + extra));
+            EXPECT_EQ(allocations, extra);
+        }
     }
 }
 
