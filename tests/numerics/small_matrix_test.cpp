@@ -11,12 +11,12 @@ namespace {
 using namespace KvMath;
 using testing::ElementsAre;
 
-// The 2 x 2 inverse divides, the 3 x 3 inverse multiplies by the reciprocal: 5 / 3 is not 5 * (1 / 3).
+// The 2 x 2 inverse divides, the 3 x 3 inverse multiplies by the reciprocal, which shows in the last bits.
 TEST(SmallMatrix, FollowsTheFormulasAndMayWriteOverAnInput) {
     using V = std::vector<double>;
     const double a[] = {1, 2, 3, 4, 5, 6, 7, 8, 10};
     const double b[] = {1, -1, 2, 0, 3, 5};
-    const double third = 1.0 / 3.0;
+    const double r = 1.0 / 105;  // the determinant below
     const struct {
         V in;
         std::function<void(double* p)> call;
@@ -33,9 +33,10 @@ TEST(SmallMatrix, FollowsTheFormulasAndMayWriteOverAnInput) {
         {{4, 5, 6}, [](double* p) { sumPlus31(p, p); }, {8, 10, 12}},
         {{2, 3, 6}, [](double* p) { mulV3byScalar(p, v3Norm(p)); }, {14, 21, 42}},
         {{2, -1, 3}, [&](double* p) { p[0] = mul13with31(a, p); }, {9, -1, 3}},
-        {{1, 2, 1, 5}, inverseMatrix22, {5.0 / 3, -2.0 / 3, -third, third}},
-        {{1, 2, 0, 1, 5, 0, 0, 0, 1}, inverseMatrix33, {5 * third, -2 * third, 0, -third, third, 0, 0, 0, 1}},
-        {{1, 2, 3, 0, 1, 4, 5, 6, 0}, inverseMatrix33, {-24, 18, 5, 20, -15, -4, -5, 4, 1}},
+        {{1, 2, 1, 5}, inverseMatrix22, {5.0 / 3, -2.0 / 3, -1.0 / 3, 1.0 / 3}},
+        {{6, 3, 3, -3, 3, 4, -2, 4, 9},
+         inverseMatrix33,
+         {11 * r, -15 * r, 3 * r, 19 * r, 60 * r, -33 * r, -6 * r, -30 * r, 27 * r}},
         {{1, 1, 1, 0, 0, 1}, [](double* p) { pseudoInverseMatrix23(p, p); }, {0.5, -0.5, 0.5, -0.5, 0, 1}},
         {V(a, a + 9), transposeMatrix33, {1, 4, 7, 2, 5, 8, 3, 6, 10}},
         {V(9), [&](double* p) { copyMatrix33(a, p); }, V(a, a + 9)},
