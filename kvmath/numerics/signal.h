@@ -9,8 +9,8 @@ namespace KvMath {
 
 /// Replaces data (n) by its cyclic correlation with kernel (2 * half + 1): sum of data[(i + j) mod n] *
 /// kernel[j + half] for j = -half..half, in this order; the kernel is not mirrored. n < 1 or half < 0:
-/// nothing. Any half works, also beyond n. One allocation beyond 200 values; nothing
-/// where memory is short.
+/// nothing. Any half works, also beyond n. One allocation beyond 200 values; nothing where
+/// memory is short.
 KVMATH_EXPORT void convoluteCyclicaly(double* data, int n, const double* kernel, int half);
 
 /// Counts values in binCount bins of binWidth from `start`; centres receives their middles. The bin number is
