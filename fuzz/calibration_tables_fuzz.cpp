@@ -71,19 +71,17 @@ struct Bench {
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static Bench bench;
     Input input(data, size);
-    const int operations = input.byte();
+    const int operation = input.below(8);
     bench.fill(input);
-    if ((operations & 1) != 0)
+    if (operation < 2)
         bench.buildX();
-    if ((operations & 2) != 0)
+    else if (operation < 4)
         bench.buildZ();
-    if ((operations & 12) == 4)
-        bench.buildCompact(calc_XandZ);
-    if ((operations & 12) == 8)
-        bench.buildCompact(calc_XandZ_Triangles);
-    if ((operations & 48) == 48)
+    else if (operation < 6)
+        bench.buildCompact(operation == 4 ? calc_XandZ : calc_XandZ_Triangles);
+    else if (operation == 6)
         bench.lookUp();
-    if ((operations & 64) != 0)
+    if (operation % 2 != 0)
         bench.rework(input);
     return 0;
 }

@@ -29,7 +29,7 @@ void decompose(const std::vector<double>& matrix, int m, int n) {
     bool isModerate = true;
     for (int i = 0; i < m; ++i) {
         for (int j = 0; j < n; ++j) {
-            const double value = matrix[size_t(i * n + j)];
+            const double value = matrix[size_t(i) * size_t(n) + size_t(j)];
             u.rows[size_t(i) + 1][j + 1] = value;
             isModerate = isModerate && std::fabs(value) < 1e100 && (value == 0 || std::fabs(value) > 1e-100);
             most = std::fmax(most, std::fabs(value));
@@ -42,7 +42,7 @@ void decompose(const std::vector<double>& matrix, int m, int n) {
             double sum = 0;
             for (size_t k = 1; k <= size_t(n); ++k)
                 sum += u.rows[size_t(i) + 1][k] * w[k] * v.rows[size_t(j) + 1][k];
-            Fuzz::require(std::fabs(sum - matrix[size_t(i * n + j)]) <= kDigits * most,
+            Fuzz::require(std::fabs(sum - matrix[size_t(i) * size_t(n) + size_t(j)]) <= kDigits * most,
                           "U W V^T is the matrix");
         }
     }
