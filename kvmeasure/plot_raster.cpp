@@ -63,8 +63,7 @@ QByteArray chunk(const char* name, const QByteArray& content) {
     return bigEndian(static_cast<quint32>(content.size())) + body + bigEndian(crc(body));
 }
 
-}  // namespace
-
+/// A PNG image of palette colours. `pixels` row by row, as many as columns times rows; at most 256 colours.
 QByteArray palettePng(int columns, int rows, const QByteArray& pixels, const std::vector<unsigned>& colours) {
     QByteArray head = bigEndian(static_cast<quint32>(columns)) + bigEndian(static_cast<quint32>(rows));
     head +=
@@ -81,6 +80,8 @@ QByteArray palettePng(int columns, int rows, const QByteArray& pixels, const std
     return QByteArray("\x89PNG\r\n\x1A\n", 8) + chunk("IHDR", head) + chunk("PLTE", palette) +
            chunk("IDAT", qCompress(lines, 9).mid(sizePrefix)) + chunk("IEND", QByteArray());
 }
+
+}  // namespace
 
 Raster thinned(const Raster& raster, int mostCells) {
     const double excess = double(raster.columns) * raster.rows / mostCells;

@@ -39,7 +39,4 @@ void drawRaster(Canvas& canvas, const Rect& area, const Raster& raster, const Co
 /// The bar of colours with its numbers to the right; the area is that of the bar.
 void drawColourScale(Canvas& canvas, const Rect& area, const ColourScale& scale);
 
-/// A PNG image of palette colours. `pixels` row by row, as many as columns times rows; at most 256 colours.
-QByteArray palettePng(int columns, int rows, const QByteArray& pixels, const std::vector<unsigned>& colours);
-
 }  // namespace KvMeasure

@@ -17,7 +17,12 @@ double median(std::vector<double>& values) {
     return *middle;
 }
 
-}  // namespace
+/// Spacing and noise of a scanner line, mm.
+struct ProfileScale {
+    double spacing = 0;  // median distance of neighbouring points
+    double noise = 0;    // standard deviation of the heights about straight pieces
+    double extent = 0;   // diagonal of the bounding box
+};
 
 ProfileScale measureScale(const KvMath::KvProfile& profile) {
     const QList<KvPointXY>& points = profile.points;
@@ -43,6 +48,8 @@ ProfileScale measureScale(const KvMath::KvProfile& profile) {
         scale.extent = std::hypot(double(maxX) - minX, double(maxY) - minY);
     return scale;
 }
+
+}  // namespace
 
 KvMath::TSFindTemplateParams estimateSearch(const KvMath::KvProfile& profile) {
     const ProfileScale scale = measureScale(profile);

@@ -8,7 +8,6 @@
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
 
-#include <cstdio>
 #include <limits>
 
 namespace KvMeasure {
@@ -35,21 +34,10 @@ const Usage usage{
      {"--lost", "SHARE", "of the profiles, left empty (0)"},
      {"--false-targets", "N", "short sights of other things, for each scanner (0)"},
      {"--records", "KIND", "z, plane or mixed (z)"},
-     {"--seed", "N", "of the random draws; the same seed makes the same pass (1)"},
-     {"--json", "", "print what was written as JSON"}},
+     {"--seed", "N", "of the random draws; the same seed makes the same pass (1)"}},
     "Examples\n"
     "  kvmeasure simulate pass --wheelsets 40 --breakouts 3 --lost 0.002 --out train\n"
     "  kvmeasure simulate pass --speed 15 --rate 1000 --noise 0.05 --out fast\n"};
-
-Simulator::RecordKind readKind(const QString& name) {
-    if (name.isEmpty() || name == "z")
-        return Simulator::RecordKind::WithZ;
-    if (name == "plane")
-        return Simulator::RecordKind::Plane;
-    if (name == "mixed")
-        return Simulator::RecordKind::Mixed;
-    throw Failure{QString("simulate pass: --records must be z, plane or mixed, not \"%1\"").arg(name)};
-}
 
 double readSpacing(const Arguments& arguments, double absent) {
     constexpr double any = 1e9, mmPerMetre = 1000;
@@ -84,7 +72,9 @@ Simulator::PassRecipe readRecipe(const Arguments& arguments) {
     number("--dropouts", recipe.dropouts);
     number("--lost", recipe.lost);
     count("--false-targets", recipe.falseTargets);
-    recipe.records = readKind(arguments.text("--records"));
+    using Simulator::RecordKind;
+    const RecordKind kinds[] = {RecordKind::WithZ, RecordKind::Plane, RecordKind::Mixed};
+    recipe.records = kinds[arguments.choice("--records", {"z", "plane", "mixed"})];
     recipe.seed = static_cast<std::uint64_t>(arguments.integer("--seed", 1, 0, anyCount));
     return recipe;
 }
@@ -92,27 +82,18 @@ Simulator::PassRecipe readRecipe(const Arguments& arguments) {
 }  // namespace
 
 int runSimulatePass(const QStringList& words) {
-    if (words.contains("--help")) {
-        print(helpText(usage));
-        return Done;
-    }
-    const Arguments arguments(usage, words);
-    if (!arguments.operands().isEmpty())
-        throw Failure{QString("simulate pass: unexpected \"%1\"").arg(arguments.operands()[0])};
-    if (!arguments.has("--out"))
-        throw Failure{"simulate pass: --out DIR is missing; it names the directory of the recordings"};
+    const Arguments arguments(usage, words, 0, 0);
+    const QString folder = arguments.required("--out", "it names the directory of the recordings");
     const Simulator::PassRecipe recipe = readRecipe(arguments);
-    const QString folder = arguments.text("--out");
     if (QFileInfo::exists(folder + "/settings.ini"))
-        std::fprintf(stderr, "kvmeasure: %s: holds an earlier pass, which is overwritten\n",
-                     folder.toUtf8().constData());
+        complain(folder + ": holds an earlier pass, which is overwritten");
     if (!QDir().mkpath(folder))
         throw Failure{QString("%1: cannot be made or is no directory; name another one").arg(folder)};
     QString error;
     if (!Simulator::simulatePass(recipe, folder, &error))
         throw Failure{"simulate pass: " + error};
     const auto scanners = Simulator::measuringPost();
-    if (arguments.has("--json")) {
+    if (arguments.isJson()) {
         QJsonArray files;
         for (const Simulator::Scanner& scanner : scanners)
             files.append(QString("%1/pass_%2.bin").arg(folder).arg(scanner.serial));
