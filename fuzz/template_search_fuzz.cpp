@@ -71,7 +71,7 @@ void find(Fuzz::Input& input) {
     for (int i = input.below(5); i > 0; --i) {
         std::unique_ptr<KvMath::TSConstraint> constraint(anyConstraint(input));
         if (lines.addConstraint(constraint.get()))
-            constraint.release();
+            static_cast<void>(constraint.release());
     }
     const KvMath::TSFindTemplateParams params = {input.number(), input.number(), input.below(8),
                                                  input.number(), input.flag(),   input.number()};
