@@ -1,5 +1,6 @@
 #pragma once
-// Core geometry: points, clouds, lines, circles, planes, histograms, matrix clouds, the interpolant, version and trace.
+// Core geometry: points, clouds, lines, circles, planes, histograms, matrix clouds, the interpolant, version
+// and trace.
 
 #include <kvmath/core/circle.h>
 #include <kvmath/core/free_vector.h>

@@ -7,8 +7,8 @@ usage: loc.py [--check]    with --check, exit code 1 when the tests are outside 
 import pathlib
 import sys
 
-CODE = ("kvmath/calibration", "kvmath/contours", "kvmath/core", "kvmath/profile", "kvmath/tsearch", "kvmath", "tarn",
-        "simulator", "samples", "kvmeasure", "examples", "benchmarks")
+CODE = ("kvmath/calibration", "kvmath/contours", "kvmath/core", "kvmath/numerics", "kvmath/profile", "kvmath/tsearch",
+        "kvmath/wheel", "kvmath", "tarn", "simulator", "samples", "kvmeasure", "examples", "benchmarks")
 TESTS = ("tests", "fuzz")
 LONG = 400
 SHARE = (25, 33)
