@@ -236,7 +236,7 @@ TEST(ProfileFilter, PolarMeanIsThatOfTheRadiusWithinSteps) {
     Draws draws(2206);
     for (int round = 0; round < 200; ++round) {
         KvProfile p;
-        std::vector<double> radius, before;
+        QVector<double> radius, before;
         for (int i = draws.integer(1, 60); i > 0; --i) {
             p.points.append(KvPointXY(100 + draws.coordinate(4, 1, 0), 4.0F * float(i)));
             radius.push_back(double(p.points.last().x));
@@ -245,8 +245,8 @@ TEST(ProfileFilter, PolarMeanIsThatOfTheRadiusWithinSteps) {
         const int n = p.points.size(), window = draws.integer(1, n), half = window / 2;
         KvProfile smooth = p;
         p.wndFilterPolar(smooth, 2.5F, window, round % 4);
-        std::vector<int> run(radius.size());
-        for (size_t i = 1; i < radius.size(); ++i)
+        QVector<int> run(radius.size());
+        for (int i = 1; i < n; ++i)
             run[i] = run[i - 1] + (std::abs(radius[i] - radius[i - 1]) > 2.5);
         for (int pass = std::max(round % 4, 1); pass > 0; --pass) {
             before = radius;
@@ -255,8 +255,8 @@ TEST(ProfileFilter, PolarMeanIsThatOfTheRadiusWithinSteps) {
                 while (i - reach < 0 || i + reach >= n || run[i - reach] != run[i] ||
                        run[i + reach] != run[i])
                     --reach;
-                radius[i] =
-                    std::accumulate(&before[i - reach], &before[i + reach] + 1, 0.0) / (2 * reach + 1);
+                radius[i] = std::accumulate(before.begin() + i - reach, before.begin() + i + reach + 1, 0.0) /
+                            (2 * reach + 1);
             }
         }
         for (int i = 0; i < n; ++i) {
