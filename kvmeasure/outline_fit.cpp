@@ -83,6 +83,7 @@ bool fitRobustly(std::vector<Vector> points, double least, LineABC& fit, Outline
     for (int round = 0; round < rounds && points.size() >= fewest; ++round) {
         KvMath::lsd(points.data(), int(points.size()), fit);
         std::vector<double> distances;
+        distances.reserve(points.size());
         for (const Vector& p : points)
             distances.push_back(std::fabs(distance(fit, p)));
         const auto middle = distances.begin() + std::ptrdiff_t(distances.size() / 2);

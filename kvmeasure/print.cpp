@@ -51,7 +51,7 @@ QString Table::text() {
 }
 
 QString Table::takeText() {
-    const QString taken = text();
+    QString taken = text();
     rows_.clear();
     return taken;
 }

@@ -144,13 +144,11 @@ void readByContent(QFile& file, const ScanOptions& options, Scan& scan) {
         readPly(file, options.heightLast, scan);
     } else if (isText(start)) {
         readScanText(file, options.heightLast, scan);
-    } else if (findMap(file, map, described)) {
-        readHeightMap(file, map, scan);
+    } else if (findMap(file, map, described) || (!isRecord(start) && !described.isEmpty())) {
+        readHeightMap(file, map, scan);  // says what is wrong where only the size does not fit
     } else if (isRecord(start)) {
         file.close();
         RecordReader(path, options, scan).read();
-    } else if (!described.isEmpty()) {
-        readHeightMap(file, map, scan);  // says what is wrong with its size
     } else {
         throw Failure{
             QString("%1: begins with the byte 0x%2; expected records (0x02 to 0x05, 0x85), PLY, XYZ, "
