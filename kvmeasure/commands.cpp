@@ -2,6 +2,7 @@
 
 #include "kvmeasure/arguments.h"
 #include "kvmeasure/failure.h"
+#include "kvmeasure/wheels.h"
 
 namespace KvMeasure {
 
@@ -31,7 +32,7 @@ QString overview(const Group& group) {
     for (const Command& command : group.commands)
         text +=
             QString("  %1  %2%3\n")
-                .arg(command.name, -9)
+                .arg(command.name, -11)
                 .arg(QString(command.operands).leftJustified(widest > 0 ? widest + 2 : 0), command.summary);
     return text + '\n' + group.details +
            QString("\n\"%1 COMMAND --help\" tells the options of a command; every command has --json.\n")
@@ -116,6 +117,28 @@ int runCalibrate(const QStringList& words) {
         "  kvmeasure calibrate simulate flat.raw --noise 0.05\n"
         "  kvmeasure calibrate build flat.raw scanner.tbl --truth flat.raw.truth.json\n"
         "  kvmeasure calibrate check scanner.tbl --truth flat.raw.truth.json --svg errors.svg\n"};
+    return runGroup(group, words);
+}
+
+int runWheels(const QStringList& words) {
+    static const Group group{
+        "wheels",
+        "Wheels of a train that passed a measuring post; docs/wheels.md says what the values mean.",
+        {{"detect", "PASS", "splits recordings into wheel files",
+          [](const QStringList& rest) { return runWheelsOnPass("detect", rest); }},
+         {"parameters", "PASS", "flange height, thickness, position and circle of each wheel",
+          [](const QStringList& rest) { return runWheelsOnPass("parameters", rest); }},
+         {"distances", "PASS", "distance from back to back of each wheelset",
+          [](const QStringList& rest) { return runWheelsOnPass("distances", rest); }},
+         {"defects", "PASS", "wheels whose tread has breakouts",
+          [](const QStringList& rest) { return runWheelsOnPass("defects", rest); }},
+         {"pass", "PASS", "all of them, with tables and a picture of each wheel",
+          [](const QStringList& rest) { return runWheelsOnPass("pass", rest); }}},
+        "PASS is a folder of recordings, or the recordings; parameters takes sections as CSV too.\n\n"
+        "Examples\n"
+        "  kvmeasure simulate pass --wheelsets 8 --out train\n"
+        "  kvmeasure wheels pass train --out train/results\n"
+        "  kvmeasure wheels parameters section.csv --diameter 920 --svg section.svg\n"};
     return runGroup(group, words);
 }
 

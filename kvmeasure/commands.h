@@ -13,7 +13,6 @@ int runInfo(const QStringList& words);
 int runLines(const QStringList& words);
 int runMatch(const QStringList& words);
 int runTeach(const QStringList& words);
-int runWheels(const QStringList& words);
 
 int runSimulateProfile(const QStringList& words);
 int runSimulateScan(const QStringList& words);

@@ -183,7 +183,7 @@ TEST_F(Wheels, BadInputIsRefusedBeforeAnythingIsWritten) {
     }
     write("train/settings.ini", good);
     const std::pair<const char*, const char*> refusals[] = {
-        {"wheels", "which action"},
+        {"wheels", "which command"},
         {"wheels passs train", "did you mean \"pass\""},
         {"wheels pass", "nothing to read"},
         {"wheels pass nowhere", "nowhere: no such"},
