@@ -21,6 +21,22 @@ void extend(float& low, float& high, float c) {
         high = c;
 }
 
+/// Range of one coordinate from scratch. Compares without branches: infinities stand for bounds not yet
+/// known, and only without any number do they stay in their wrong order. A NaN compares false, the first of
+/// equal values (zeros of either sign) stays, both as in extend.
+struct Extent {
+    float low = std::numeric_limits<float>::infinity();
+    float high = -std::numeric_limits<float>::infinity();
+    void add(float c) {
+        low = c < low ? c : low;
+        high = c > high ? c : high;
+    }
+    void get(float& min, float& max) const {
+        min = low <= high ? low : kUnset;
+        max = low <= high ? high : kUnset;
+    }
+};
+
 // False for an unset bound: it stays unset.
 void extendKnown(float& low, float& high, float c) {
     if (low > c)
@@ -127,11 +143,19 @@ bool KvPointCloudBase<T>::isEmpty() const {
 
 template <class T>
 void KvPointCloudBase<T>::calcRange() {
-    minX = maxX = minY = maxY = kUnset;
+    Extent x;
+    Extent y;
+    [[maybe_unused]] Extent z;
+    for (const T& point : qAsConst(points)) {
+        x.add(point.x);
+        y.add(point.y);
+        if constexpr (kHasZ<T>)
+            z.add(point.z);
+    }
+    x.get(minX, maxX);
+    y.get(minY, maxY);
     if constexpr (kHasZ<T>)
-        minZ = maxZ = kUnset;
-    for (const T& point : qAsConst(points))
-        updateRange(point);
+        z.get(minZ, maxZ);
 }
 
 template <class T>

@@ -42,28 +42,28 @@ public:
             table_.push_back(edges.at(i));
         if (count > 1 && std::isfinite(table_.back() - table_.front()))
             perMm_ = static_cast<float>(count - 1) / (table_.back() - table_.front());
+        tabled_ = static_cast<float>(count);
+        table_.push_back(std::numeric_limits<float>::infinity());
     }
     int count() const { return edges_.count(); }
-    float at(int i) const { return table_.empty() ? edges_.at(i) : table_[static_cast<std::size_t>(i)]; }
+    float at(int i) const { return edges_.at(i); }
+    int lastNotAbove(float p) const { return edges_.lastNotAbove(p); }
 
-    /// A guess from the mean spacing, when the table confirms it.
-    int lastNotAbove(float p) const {
-        const float guess = (p - (table_.empty() ? 0.0F : table_.front())) * perMm_;
-        if (guess >= 0.0F && guess < static_cast<float>(table_.size())) {
-            auto i = static_cast<std::size_t>(guess);
-            if (table_[i] > p && i > 0)
-                --i;
-            else if (i + 1 < table_.size() && table_[i + 1] <= p)
-                ++i;
-            if (table_[i] <= p && (i + 1 == table_.size() || table_[i + 1] > p))
-                return static_cast<int>(i);
-        }
-        return edges_.lastNotAbove(p);
+    /// The cube that holds a coordinate away from any face: a guess from the mean spacing that the table
+    /// confirms. -1 where it does not, and on faces, where there may be two cubes or none.
+    int cubeInside(float p, float cell) const {
+        const float guess = (p - table_.front()) * perMm_;
+        if (!(guess >= 0.0F && guess < tabled_))  // NaN too
+            return -1;
+        const int i = static_cast<int>(guess);
+        const float* const lower = table_.data() + i;
+        return lower[0] < p && p < lower[1] && !(p > lower[0] + cell) ? i : -1;
     }
 
 private:
     const CellEdges& edges_;
-    std::vector<float> table_;
+    std::vector<float> table_;  // and infinity behind the last
+    float tabled_ = 0.0F;
     float perMm_ = 0.0F;
 };
 
@@ -180,9 +180,11 @@ private:
         for (const int ix : cubesHolding(x_, cell_, p.x))
             for (const int iy : cubesHolding(y_, cell_, p.y))
                 for (const int iz : cubesHolding(z_, cell_, p.z))
-                    visit((ix * y_.count() + iy) * z_.count() + iz);
+                    visit(cubeAt(ix, iy, iz));
     }
+    int cubeAt(int ix, int iy, int iz) const { return (ix * y_.count() + iy) * z_.count() + iz; }
     void count();
+    int countAtFace(int point);
     int thinOutShared(std::vector<bool>& gone);
     int& left(int cube) { return left_[static_cast<std::size_t>(cube)]; }
 
@@ -198,21 +200,37 @@ private:
 void CubeCounter::count() {
     left_.resize(static_cast<std::size_t>(x_.count()) * static_cast<std::size_t>(y_.count()) *
                  static_cast<std::size_t>(z_.count()));
-    cubeOf_.reserve(static_cast<std::size_t>(points_.size()));
+    cubeOf_.resize(static_cast<std::size_t>(points_.size()));
+    int* cubeOf = cubeOf_.data();
     for (int i = 0; i < points_.size(); ++i) {
-        int cubes = 0;
-        int only = -1;
-        forCubes(points_.at(i), [&](int cube) {
-            ++left(cube);
-            if (++cubes == 2)
-                shared_.push_back({only, i});
-            if (cubes > 1)
-                shared_.push_back({cube, i});
-            only = cube;
-        });
-        cubeOf_.push_back(cubes == 1 ? only : -1);
+        const KvPointXYZ& p = points_.at(i);
+        const int ix = x_.cubeInside(p.x, cell_);
+        const int iy = y_.cubeInside(p.y, cell_);
+        const int iz = z_.cubeInside(p.z, cell_);
+        if ((ix | iy | iz) >= 0) {
+            *cubeOf = cubeAt(ix, iy, iz);
+            ++left(*cubeOf);
+        } else {
+            *cubeOf = countAtFace(i);
+        }
+        ++cubeOf;
     }
     std::sort(shared_.begin(), shared_.end());
+}
+
+/// The same for a point that may be in none or several cubes. The one cube, or -1.
+int CubeCounter::countAtFace(int point) {
+    int cubes = 0;
+    int only = -1;
+    forCubes(points_.at(point), [&](int cube) {
+        ++left(cube);
+        if (++cubes == 2)
+            shared_.push_back({only, point});
+        if (cubes > 1)
+            shared_.push_back({cube, point});
+        only = cube;
+    });
+    return cubes == 1 ? only : -1;
 }
 
 /// A point taken by one cube is missing in those of its cubes that come later.
@@ -249,15 +267,13 @@ int CubeCounter::thinOut(std::vector<bool>& gone) {
 void keepOthers(QList<KvPointXYZ>& points, const std::vector<bool>& gone, int removed) {
     const int size = points.size();
     if (points.isDetached()) {
-        int kept = 0;
-        for (int i = 0; i < size; ++i) {
-            if (gone[static_cast<std::size_t>(i)])
-                continue;
-            if (kept != i)
-                points[kept] = points.at(i);
-            ++kept;
+        auto kept = points.begin();
+        auto point = kept;
+        for (int i = 0; i < size; ++i, ++point) {
+            if (!gone[static_cast<std::size_t>(i)])
+                *kept++ = *point;
         }
-        points.erase(points.begin() + kept, points.end());
+        points.erase(kept, points.end());
         return;
     }
     QList<KvPointXYZ> others;

@@ -2,15 +2,15 @@
 
 #include <kvmath/core/list_of_size_p.h>
 
-#include <QtCore/QByteArray>
-
 #include <algorithm>
 #include <type_traits>
 
 namespace KvMath::Internal {
 namespace {
 
-constexpr int kBlockPoints = 16384;  // a quarter of a megabyte of the largest point
+constexpr int kPieceBytes = 1 << 18;
+constexpr int kBlockPoints =
+    4096;  // 64 kilobytes of the largest point: stays in the cache until it is filled in
 
 template <class Point>
 constexpr int storedSize() {
@@ -37,54 +37,70 @@ void load(const char* bytes, Point& point) {
         point.rgb = qFromLittleEndian<quint32>(bytes + 12);
 }
 
-/// Points of 8 bytes lie in the list itself: added as a block and filled in place. Larger ones are allocated
-/// one by one anyway.
+/// How many of `count` points the rest of a file can hold; one block where that is not known beforehand.
 template <class Point>
-void appendStored(QList<Point>& points, const char* bytes, int count) {
-    constexpr int kSize = storedSize<Point>();
-    if constexpr (std::is_same_v<Point, KvPointXY>) {
-        QList<Point> added = listOfSize(count, Point(0.0F, 0.0F));
-        for (Point& point : added) {
-            load(bytes, point);
-            bytes += kSize;
-        }
-        if (points.isEmpty())
-            points.swap(added);
-        else
-            points.append(added);
-    } else {
-        Point point;
-        for (int i = 0; i < count; ++i) {
-            load(bytes + i * kSize, point);
-            points.append(point);
-        }
-    }
+int pointsToExpect(const QFile& file, quint32 count) {
+    constexpr qint64 kMostAtOnce = 1 << 26;
+    if (count <= kBlockPoints || file.isSequential())
+        return static_cast<int>(std::min<quint32>(count, kBlockPoints));
+    const qint64 bytes = std::max<qint64>(file.size() - file.pos(), 0);
+    return static_cast<int>(std::min({bytes / storedSize<Point>(), qint64(count), kMostAtOnce}));
 }
 
-/// A pipe may deliver in pieces: reads until `size` bytes are there or nothing more comes.
-qint64 readUpTo(QFile& file, char* data, qint64 size) {
-    qint64 total = 0;
-    while (total < size) {
-        const qint64 got = file.read(data + total, size - total);
-        if (got <= 0)
-            break;
-        total += got;
+template <class Point>
+int pointsToExpect(const RecordReader& /*source*/, quint32 count) {
+    return static_cast<int>(std::min<quint32>(count, kBlockPoints));
+}
+
+/// Stores points from `filled` on, in the places that the list has already, then behind them.
+template <class Point>
+void storePoints(QList<Point>& points, int filled, const char* bytes, int count) {
+    constexpr int kSize = storedSize<Point>();
+    const int inPlace = std::min(count, points.size() - filled);
+    const auto place = points.begin() + filled;
+    for (int i = 0; i < inPlace; ++i)
+        load(bytes + i * kSize, place[i]);
+    for (int i = inPlace; i < count; ++i) {
+        Point point;
+        load(bytes + i * kSize, point);
+        points.append(point);
     }
-    return total;
 }
 
 }  // namespace
 
-bool writeBytes(QFile& file, const void* data, qint64 size) {
-    return file.write(static_cast<const char*>(data), size) == size;
+qint64 RecordWriter::write(const char* data, qint64 size) {
+    if (pending_.size() + size > kPieceBytes && !flush())
+        return -1;
+    if (size > kPieceBytes)
+        return file_.write(data, size);
+    if (pending_.capacity() < kPieceBytes)
+        pending_.reserve(kPieceBytes);
+    pending_.append(data, static_cast<int>(size));
+    return size;
 }
 
-bool readBytes(QFile& file, void* data, qint64 size) {
-    return readUpTo(file, static_cast<char*>(data), size) == size;
+bool RecordWriter::flush() {
+    const bool written = writeBytes(file_, pending_.constData(), pending_.size());
+    pending_.resize(0);
+    return written;
 }
 
-template <class Point>
-bool writePoints(QFile& file, const QList<Point>& points, int count) {
+qint64 RecordReader::read(char* data, qint64 size) {
+    if (used_ == size_) {
+        if (block_.isEmpty())
+            block_ = QByteArray(kPieceBytes, Qt::Uninitialized);
+        used_ = 0;
+        size_ = std::max<qint64>(file_.read(block_.data(), kPieceBytes), 0);
+    }
+    const qint64 part = std::min(size, size_ - used_);
+    std::memcpy(data, block_.constData() + used_, static_cast<std::size_t>(part));
+    used_ += part;
+    return part;
+}
+
+template <class Target, class Point>
+bool writePoints(Target& target, const QList<Point>& points, int count) {
     constexpr int kSize = storedSize<Point>();
     count = std::min(count, points.size());
     QByteArray block(std::clamp(count, 0, kBlockPoints) * kSize, Qt::Uninitialized);
@@ -94,33 +110,39 @@ bool writePoints(QFile& file, const QList<Point>& points, int count) {
         const auto first = points.constBegin() + done;
         for (int i = 0; i < part; ++i)
             store(first[i], bytes + i * kSize);
-        if (!writeBytes(file, bytes, qint64(part) * kSize))
+        if (!writeBytes(target, bytes, qint64(part) * kSize))
             return false;
         done += part;
     }
     return true;
 }
 
-template <class Point>
-quint32 readPoints(QFile& file, QList<Point>& points, quint32 count) {
+template <class Source, class Point>
+quint32 readPoints(Source& source, QList<Point>& points, quint32 count) {
     constexpr int kSize = storedSize<Point>();
+    points = listOfSize(pointsToExpect<Point>(source, count), Point());
     QByteArray block(static_cast<int>(std::min<quint32>(count, kBlockPoints)) * kSize, Qt::Uninitialized);
-    for (quint32 done = 0; done < count;) {
-        const qint64 part = std::min<quint32>(kBlockPoints, count - done);
+    int filled = 0;
+    for (quint32 left = count; left > 0;) {
+        const qint64 part = std::min<quint32>(kBlockPoints, left);
         char* bytes = block.data();
-        const int complete = static_cast<int>(readUpTo(file, bytes, part * kSize) / kSize);
-        appendStored(points, bytes, complete);
-        done += static_cast<quint32>(complete);
+        const int complete = static_cast<int>(readUpTo(source, bytes, part * kSize) / kSize);
+        storePoints(points, filled, bytes, complete);
+        filled += complete;
+        left -= static_cast<quint32>(complete);
         if (complete < part)
-            return done;
+            break;
     }
-    return count;
+    points.erase(points.begin() + filled, points.end());
+    return static_cast<quint32>(filled);
 }
 
 template bool writePoints(QFile&, const QList<KvPointXY>&, int);
+template bool writePoints(RecordWriter&, const QList<KvPointXY>&, int);
 template bool writePoints(QFile&, const QList<KvPointXYZ>&, int);
 template bool writePoints(QFile&, const QList<KvPointXYZRGB>&, int);
 template quint32 readPoints(QFile&, QList<KvPointXY>&, quint32);
+template quint32 readPoints(RecordReader&, QList<KvPointXY>&, quint32);
 template quint32 readPoints(QFile&, QList<KvPointXYZ>&, quint32);
 template quint32 readPoints(QFile&, QList<KvPointXYZRGB>&, quint32);
 

@@ -2,6 +2,7 @@
 // What the records of profiles have in common: a 16-bit count in front and the points at the end.
 
 #include <kvmath/core/record_io_p.h>
+#include <kvmath/profile/profile_z.h>
 
 #include <QtCore/QIODevice>
 
@@ -19,6 +20,30 @@ inline int readRecordPoints(QFile& file, QList<KvPointXY>& points, quint16 count
         return -1;
     position.release();
     return static_cast<int>(complete);
+}
+
+constexpr unsigned char kProfileZMarker = 0x05;
+
+template <class Target>
+bool writeRecord(Target& target, const KvProfileZ& profile) {
+    const quint16 count = storedCount(profile.points);
+    return writeField(target, kProfileZMarker) && writeField(target, count) &&
+           writeField(target, profile.z) && writePoints(target, profile.points, count);
+}
+
+/// False when it is no record of a KvProfileZ.
+template <class Source>
+bool readRecordHead(Source& source, quint16& count, float& z) {
+    unsigned char marker = 0;
+    return readField(source, marker) && marker == kProfileZMarker && readField(source, count) &&
+           readField(source, z);
+}
+
+/// The whole record. False when it is none or incomplete.
+inline bool readRecord(RecordReader& source, KvProfileZ& profile) {
+    quint16 count = 0;
+    profile.clear();
+    return readRecordHead(source, count, profile.z) && readPoints(source, profile.points, count) == count;
 }
 
 }  // namespace KvMath::Internal

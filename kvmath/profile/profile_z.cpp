@@ -8,7 +8,6 @@ namespace KvMath {
 namespace {
 
 constexpr float kUnset = std::numeric_limits<float>::quiet_NaN();
-constexpr unsigned char kMarker = 0x05;
 
 }  // namespace
 
@@ -29,11 +28,7 @@ void KvProfileZ::clear() {
     z = kUnset;
 }
 
-bool KvProfileZ::writeToFile(QFile& file) const {
-    const quint16 count = Internal::storedCount(points);
-    return writeMarker(file, kMarker) && Internal::writeField(file, count) && Internal::writeField(file, z) &&
-           Internal::writePoints(file, points, count);
-}
+bool KvProfileZ::writeToFile(QFile& file) const { return Internal::writeRecord(file, *this); }
 
 bool KvProfileZ::writeToFile(QString path) const {
     QFile file(path);
@@ -44,7 +39,7 @@ int KvProfileZ::readFromFile(QFile& file, bool acceptPartial) {
     Internal::PositionGuard position(file);
     clear();
     quint16 count = 0;
-    if (!readMarker(file, kMarker) || !Internal::readField(file, count) || !Internal::readField(file, z))
+    if (!Internal::readRecordHead(file, count, z))
         return -1;
     return Internal::readRecordPoints(file, points, count, acceptPartial, position);
 }

@@ -4,6 +4,7 @@
 
 #include <kvmath/core/box_p.h>
 #include <kvmath/profile/point_list_p.h>
+#include <kvmath/profile/profile_record_p.h>
 
 #include <QtCore/QIODevice>
 #include <QtCore/QVector>
@@ -84,8 +85,11 @@ bool KvProfileZSet::writeToFile(QString path) const {
     QFile file(path);
     if (!file.open(QIODevice::ReadWrite | QIODevice::Truncate))
         return false;
-    const auto writes = [&file](const KvProfileZ& profile) { return profile.writeToFile(file); };
-    return std::all_of(profiles.constBegin(), profiles.constEnd(), writes) && file.flush();
+    Internal::RecordWriter target(file);
+    const auto writes = [&target](const KvProfileZ& profile) {
+        return Internal::writeRecord(target, profile);
+    };
+    return std::all_of(profiles.constBegin(), profiles.constEnd(), writes) && target.flush() && file.flush();
 }
 
 int KvProfileZSet::readFromFile(QString path) {
@@ -93,8 +97,9 @@ int KvProfileZSet::readFromFile(QString path) {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return -1;
+    Internal::RecordReader source(file);
     KvProfileZ profile;
-    while (profile.readFromFile(file, /*acceptPartial=*/false) >= 0)
+    while (Internal::readRecord(source, profile))
         profiles.append(profile);
     return size();
 }
