@@ -1,14 +1,12 @@
 // Cloud filters, planes and outlines beside the Point Cloud Library: the same clouds, one thread, results
 // compared before anything is timed. Rows that do not compute the same thing say so in their names.
 
+#include <benchmarks/peers.h>
 #include <kvmath/contours/hull.h>
 #include <kvmath/core/plane.h>
-#include <kvmath/core/point_cloud.h>
 #include <kvmath/numerics/fitting.h>
 #include <kvmath/profile/profile.h>
-#include <tests/support/random_data.h>
 
-#include <benchmark/benchmark.h>
 #include <pcl/common/centroid.h>
 #include <pcl/features/normal_3d.h>
 #include <pcl/filters/radius_outlier_removal.h>
@@ -21,6 +19,7 @@
 
 namespace {
 
+using namespace Peers;
 using Cloud = KvMath::KvPointCloud<KvMath::KvPointXYZ>;
 using PeerCloud = pcl::PointCloud<pcl::PointXYZ>;
 
@@ -70,12 +69,6 @@ PeerCloud::Ptr peerOf(const KvMath::KvProfile& profile) {
     for (const KvMath::KvPointXY& p : profile.points)
         peer->emplace_back(p.x, p.y, 0.0F);
     return peer;
-}
-
-int sizeOf(const benchmark::State& state) { return static_cast<int>(state.range(0)); }
-
-void sizes(benchmark::internal::Benchmark* b) {
-    b->RangeMultiplier(10)->Range(1000, 1000000)->Unit(benchmark::kMicrosecond);
 }
 
 // ---- Cells with few points. The library removes their points; the peer puts one centre in the place of the
@@ -207,26 +200,6 @@ BENCHMARK(BM_BallsPeerAroundPoints)->Apply(sizes);
 // ---- Planes. Least squares of the height and orthogonal least squares here, both in double; orthogonal
 // there, in float and in double.
 
-Cloud slope(int size) {
-    TestSupport::Draws draws(3);
-    Cloud cloud;
-    for (int i = 0; i < size; ++i) {
-        const double x = draws.real(-50.0, 50.0);
-        const double y = draws.real(-50.0, 50.0);
-        cloud.points.append({static_cast<float>(x), static_cast<float>(y),
-                             static_cast<float>(0.1 * x - 0.05 * y + 70.0 + draws.normal(0.02))});
-    }
-    return cloud;
-}
-
-std::vector<double> doublesOf(const Cloud& cloud) {
-    std::vector<double> values;
-    for (const KvMath::KvPointXYZ& p : cloud.points)
-        values.insert(values.end(),
-                      {static_cast<double>(p.x), static_cast<double>(p.y), static_cast<double>(p.z)});
-    return values;
-}
-
 /// Unit normal of the plane, upwards.
 template <class Number>
 Eigen::Vector3d peerNormal(const PeerCloud& cloud) {
@@ -287,22 +260,6 @@ BENCHMARK(BM_PlanePeerDouble)->Apply(sizes);
 // triangles with circumcircles up to R, which is what the peer builds. Points lie so densely that the peer
 // finds no holes inside, which it would list too.
 
-constexpr double kCoin = 3.0;  // mm
-
-/// One point per square mm of an angle iron, seen from its end.
-std::vector<KvMath::KvPointXY> angleIron(int size) {
-    TestSupport::Draws draws(5);
-    const double side = std::sqrt(static_cast<double>(size) / 0.75);
-    std::vector<KvMath::KvPointXY> points;
-    while (points.size() < static_cast<std::size_t>(size)) {
-        const double x = draws.real(0.0, side);
-        const double y = draws.real(0.0, side);
-        if (x < side / 2 || y < side / 2)
-            points.emplace_back(static_cast<float>(x), static_cast<float>(y));
-    }
-    return points;
-}
-
 /// Indices of the corners. The peer's coordinates are rounded by a turn forth and back.
 std::set<int> peerOutline(const PeerCloud::Ptr& cloud, bool withIndices) {
     pcl::ConcaveHull<pcl::PointXYZ> hull;
@@ -327,9 +284,7 @@ PeerCloud::Ptr peerOf(const std::vector<KvMath::KvPointXY>& points) {
 
 void BM_Outline(benchmark::State& state) {
     const std::vector<KvMath::KvPointXY> iron = angleIron(sizeOf(state));
-    QList<KvMath::KvVector2D<double>> points;
-    for (const KvMath::KvPointXY& p : iron)
-        points.append({static_cast<double>(p.x), static_cast<double>(p.y)});
+    const QList<KvMath::KvVector2D<double>> points = Peers::vectorsOf(iron);
     QList<int> indices;
     for (auto _ : state)
         benchmark::DoNotOptimize(KvMath::getCoinHull(points, kCoin, indices));
