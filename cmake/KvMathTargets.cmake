@@ -20,7 +20,6 @@ endfunction()
 function(kvmath_benchmark name)
     set(target ${name}_benchmark)
     add_executable(${target} ${PROJECT_SOURCE_DIR}/benchmarks/${target}.cpp)
-    target_link_libraries(${target} PRIVATE kvmath kvmath_simulator kvmath_build_flags
-                                            benchmark::benchmark benchmark::benchmark_main)
+    target_link_libraries(${target} PRIVATE kvmath kvmath_simulator kvmath_build_flags kvmath_benchmark_main)
     target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR})
 endfunction()
