@@ -110,6 +110,12 @@ void BM_PseudoConvexHull(benchmark::State& state) {
 }
 BENCHMARK(BM_PseudoConvexHull)->RangeMultiplier(10)->Range(1000, 1000000);
 
+void BM_LiteralPseudoConvexHull(benchmark::State& state) {
+    measure(state, outline(sizeOf(state)),
+            [](const Points& points) { return TestSupport::literalPseudoHull(points, 2, 0).size(); });
+}
+BENCHMARK(BM_LiteralPseudoConvexHull)->RangeMultiplier(10)->Range(1000, 10000);
+
 /// A plate of 60 x 40 mm, turned, in `profiles` profiles of 640 points, on an empty ground.
 KvProfileZSet scan(int profiles) {
     TestSupport::Draws draws(2);

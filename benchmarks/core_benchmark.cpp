@@ -8,6 +8,7 @@
 #include <benchmark/benchmark.h>
 
 #include <cmath>
+#include <map>
 
 namespace {
 
@@ -29,16 +30,42 @@ Cloud surface(int size) {
     return cloud;
 }
 
+/// Made once per size; copies share the points until one is changed.
+const Cloud& input(const benchmark::State& state) {
+    static std::map<int, Cloud> clouds;
+    const int size = static_cast<int>(state.range(0));
+    auto at = clouds.find(size);
+    if (at == clouds.end())
+        at = clouds.emplace(size, surface(size)).first;
+    return at->second;
+}
+
 template <class Operation>
 void measure(benchmark::State& state, Operation operation) {
-    const Cloud input = surface(static_cast<int>(state.range(0)));
+    const Cloud& source = input(state);
     for (auto step : state) {
         static_cast<void>(step);
-        Cloud cloud = input;
+        Cloud cloud = source;
         operation(cloud);
         benchmark::DoNotOptimize(cloud.points);
     }
     state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
+/// The units of comparison: the coordinates of all points added up, and a copy with points of its own.
+void plainPass(benchmark::State& state) {
+    const Cloud& source = input(state);
+    for (auto step : state) {
+        static_cast<void>(step);
+        float sum = 0;
+        for (const KvMath::KvPointXYZ& p : source.points)
+            sum += p.x + p.y + p.z;
+        benchmark::DoNotOptimize(sum);
+    }
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+void plainCopy(benchmark::State& state) {
+    measure(state, [](Cloud& c) { c.points.detach(); });
 }
 
 QList<int> everySecond(const Cloud& cloud) {
@@ -85,7 +112,7 @@ template <class Read>
 void readRecords(benchmark::State& state, Read read) {
     const QTemporaryDir dir;
     QFile file(dir.filePath("cloud.bin"));
-    if (!file.open(QIODevice::ReadWrite) || !surface(static_cast<int>(state.range(0))).writeToFile(file))
+    if (!file.open(QIODevice::ReadWrite) || !input(state).writeToFile(file))
         return state.SkipWithError("no scratch file");
     for (auto step : state) {
         static_cast<void>(step);
@@ -98,9 +125,40 @@ void readRecords(benchmark::State& state, Read read) {
 void readFast(benchmark::State& state) {
     readRecords(state, [](QFile& file, Cloud& cloud) { return cloud.readFromFile(file); });
 }
+void readBytes(benchmark::State& state) {
+    readRecords(state, [](QFile& file, Cloud&) { return file.readAll(); });
+}
+void writeFast(benchmark::State& state) {
+    const QTemporaryDir dir;
+    QFile file(dir.filePath("cloud.bin"));
+    for (auto step : state) {
+        static_cast<void>(step);
+        if (!file.open(QIODevice::WriteOnly) || !input(state).writeToFile(file))
+            state.SkipWithError("not written");
+        file.close();
+    }
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+void writeBytes(benchmark::State& state) {
+    const QTemporaryDir dir;
+    QFile file(dir.filePath("cloud.bin"));
+    if (!file.open(QIODevice::ReadWrite) || !input(state).writeToFile(file) || !file.seek(0))
+        return state.SkipWithError("no scratch file");
+    const QByteArray bytes = file.readAll();
+    file.close();
+    for (auto step : state) {
+        static_cast<void>(step);
+        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+            state.SkipWithError("not written");
+        file.close();
+    }
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+}
 void readLiteral(benchmark::State& state) { readRecords(state, Literal::readXYZ); }
 
 constexpr int kAll = 1000000;
+BENCHMARK(plainPass)->RangeMultiplier(10)->Range(100, kAll)->Unit(benchmark::kMicrosecond);
+BENCHMARK(plainCopy)->RangeMultiplier(10)->Range(100, kAll)->Unit(benchmark::kMicrosecond);
 BENCHMARK(sortFast)->RangeMultiplier(10)->Range(100, kAll)->Unit(benchmark::kMicrosecond);
 BENCHMARK(sortLiteral)->RangeMultiplier(10)->Range(100, 10000)->Unit(benchmark::kMicrosecond);
 BENCHMARK(removeIndecesFast)->RangeMultiplier(10)->Range(100, kAll)->Unit(benchmark::kMicrosecond);
@@ -109,8 +167,12 @@ BENCHMARK(cubicFilterFast)->RangeMultiplier(10)->Range(100, kAll)->Unit(benchmar
 BENCHMARK(cubicFilterLiteral)->RangeMultiplier(10)->Range(100, 10000)->Unit(benchmark::kMicrosecond);
 BENCHMARK(cubicFilterTinyCells)->RangeMultiplier(10)->Range(100, kAll)->Unit(benchmark::kMicrosecond);
 BENCHMARK(sphericalFilterFast)->RangeMultiplier(10)->Range(100, kAll)->Unit(benchmark::kMicrosecond);
-BENCHMARK(sphericalFilterLiteral)->RangeMultiplier(10)->Range(100, 10000)->Unit(benchmark::kMicrosecond);
+BENCHMARK(sphericalFilterLiteral)->Arg(100)->Arg(1000)->Unit(benchmark::kMicrosecond);
+BENCHMARK(sphericalFilterLiteral)->Arg(10000)->Repetitions(1)->Unit(benchmark::kMicrosecond);
 BENCHMARK(readFast)->RangeMultiplier(10)->Range(100, kAll)->Unit(benchmark::kMicrosecond);
 BENCHMARK(readLiteral)->RangeMultiplier(10)->Range(100, kAll)->Unit(benchmark::kMicrosecond);
+BENCHMARK(readBytes)->RangeMultiplier(10)->Range(100, kAll)->Unit(benchmark::kMicrosecond);
+BENCHMARK(writeFast)->RangeMultiplier(10)->Range(100, kAll)->Unit(benchmark::kMicrosecond);
+BENCHMARK(writeBytes)->RangeMultiplier(10)->Range(100, kAll)->Unit(benchmark::kMicrosecond);
 
 }  // namespace

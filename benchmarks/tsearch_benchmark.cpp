@@ -143,6 +143,8 @@ BENCHMARK(BM_ExtractSegments)
     ->Args({3200, 1000000});
 BENCHMARK(BM_ExtractSegmentsLiterally)->ArgName("points")->Arg(100)->Arg(3200)->Arg(65535)->Arg(1000000);
 BENCHMARK(BM_ManyContours)->ArgName("points")->RangeMultiplier(10)->Range(100, 1000000);
-BENCHMARK(BM_TemplateSearch)->ArgNames({"segments", "lines"})->ArgsProduct({{5, 20, 60, 200}, {2, 3, 5, 8}});
+BENCHMARK(BM_TemplateSearch)
+    ->ArgNames({"segments", "lines"})
+    ->ArgsProduct({{5, 10, 20, 50, 100, 200}, {2, 3, 5, 8}});
 
 }  // namespace
