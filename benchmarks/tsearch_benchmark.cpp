@@ -136,7 +136,7 @@ void BM_TemplateSearch(benchmark::State& state) {
     clearDefaultCheckFunctionParams(params);
 }
 
-BENCHMARK(BM_PlainPass)->ArgName("points")->Arg(100)->Arg(3200)->Arg(65535)->Arg(1000000);
+BENCHMARK(BM_PlainPass)->ArgName("points")->ArgsProduct({{100, 1000, 3200, 10000, 65535, 100000, 1000000}});
 BENCHMARK(BM_ExtractSegments)
     ->ArgNames({"points", "passes"})
     ->ArgsProduct({{100, 3200, 65535, 1000000}, {0, 2}})

@@ -12,7 +12,8 @@ table of lines; ```matrix ROWS COLUMNS one of times. Every line has a name and i
 
     `medFilt`, window of 5
         time: profile BM_MedFilt/window:5        program and name of the benchmark; * stands for the sizes
-        plain pass: cycle BM_PlainPass           what it stands beside; "peer NAME:" for a peer
+        plain pass: cycle BM_PlainPass           what it stands beside; "peer NAME:" for a peer, "part NAME:" for a part of
+                                                 a peer's work, which is shown and not judged
         only: 1000 1000000                       sizes that are shown; all, unless told
         fit: 1000                                least size that counts for the growth
         goal: 62.5 us                            what a host needs
@@ -133,7 +134,7 @@ def verdict(row, own, others):
     peers = {key: run for key, run in others.items() if run and key.startswith("peer ")}
     if peers:
         best = min(peers, key=lambda key: peers[key].time)
-        name = best.removeprefix("peer ")
+        name = title(best)
         parts.append(against(own.time, peers[best].time, name if len(peers) == 1 else f"the best peer, {name}"))
     if not parts and own.rate:
         parts.append(f"{three_digits(1e9 / own.rate)} ns {row.get('item', 'a point')}")
@@ -160,14 +161,18 @@ COMPARED = ("plain pass", "plain form")
 
 
 def is_compared(key):
-    return key in COMPARED or key.startswith("peer ")
+    return key in COMPARED or key.startswith(("peer ", "part "))
+
+
+def title(key):
+    return key.removeprefix("peer ").removeprefix("part ")
 
 
 def rows_of(block):
     rows = []
     for line in block:
         text = line.strip()
-        key = re.match(r"(time|plain pass|plain form|peer [^:]+|only|fit|goal|item|why|[a-z ]+ from): +(.*)", text)
+        key = re.match(r"(time|plain pass|plain form|peer [^:]+|part [^:]+|only|fit|goal|item|why|[A-Za-z ]+ from): +(.*)", text)
         if not text:
             continue
         if not line[0].isspace():
@@ -203,7 +208,7 @@ def growth_line(row, own, others):
     if exponents[""] is None:
         return None
     cells = {key: f"n^{value:.2f}" for key, value in exponents.items() if value is not None}
-    known = [f"the {key} as {cells[key]}" if key in COMPARED else f"{key.removeprefix('peer ')} as {cells[key]}"
+    known = [f"the {key} as {cells[key]}" if key in COMPARED else f"{title(key)} as {cells[key]}"
              for key in others if key in cells and key != "plain pass"]
     return cells, ", ".join([f"grows as {cells['']}", *known])
 
@@ -222,7 +227,8 @@ class Table:
 
     def extras(self, row, run):
         """Rates and counters that a row names, such as "profiles a second from: items_per_second"."""
-        values = [run.rate if row.get(key) == "items_per_second" else run.counters.get(row.get(key)) for key in self.extra]
+        known = {**run.counters, "items_per_second": run.rate, "calls_per_second": 1 / run.time}
+        values = [known.get(row.get(key)) for key in self.extra]
         return [three_digits(v) if v and v < 100 else count_text(v) for v in values]
 
     def fill(self, runs, only_measured):
@@ -253,10 +259,10 @@ class Table:
 
     def text(self):
         head = ["operation"] + ([self.sizes] if self.sizes else []) + ["KvMath"]
-        head += [key.removeprefix("peer ") for key in self.compared] + [key.removesuffix(" from") for key in self.extra]
+        head += [title(key) for key in self.compared] + [key.removesuffix(" from") for key in self.extra]
         head += ["allocations", "peak bytes", "in words"]
-        left = 1 + len(head[1:]) - 1
-        return ["| " + " | ".join(head) + " |", "|---|" + "---:|" * (left - 1) + "---|", *self.lines] if self.lines else []
+        rule = "|---|" + "---:|" * (len(head) - 2) + "---|"
+        return ["| " + " | ".join(head) + " |", rule, *self.lines] if self.lines else []
 
 
 def table_text(head, block, runs, only_measured):
@@ -289,7 +295,7 @@ def matrix_text(head, block, runs, only_measured):
         lines.append("| " + " | ".join([str(down), *(time_text(found[c]) if c in found else "" for c in acrosses),
                                         f"n^{growth:.2f}" if growth else "", count_text(last.allocations),
                                         bytes_text(last.bytes), sentence(words)]) + " |")
-    growths = [exponent([(r, cells[r, c].time) for r in downs if (r, c) in cells]) for c in acrosses]
+    growths = [exponent([(r, cells[r, c].time) for r in downs if (r, c) in cells and c >= least]) for c in acrosses]
     known = [f"m^{g:.2f}" if g is not None else "" for g in growths]
     lines.append("| " + " | ".join(["growth", *known, "", "", "",
                                     sentence(f"with {head[0]}, {max(acrosses)} {head[1]} grow as {known[-1]}", row.get("why"))]) + " |")
