@@ -1,11 +1,12 @@
 // Sparse-cell filters. A scan over all cells would search the whole cloud once per cell. Only occupied cells
 // can lose points, so each point is put into the few cells that hold it, the pairs are sorted into scan
 // order, and each cell counts what is left of its points when its turn comes. Cost n log n in the points,
-// whatever the number of cells. Cubes that are not many more than the points are counted in a table instead:
-// only points on faces lie in several and make the order matter. Cost n.
+// whatever the number of cells. Cells that are not many more than the points are counted in tables instead;
+// of cubes only the points on faces lie in several and make the order matter. Cost n.
 
 #include <kvmath/core/point_cloud.h>
 
+#include <kvmath/core/ball_lists_p.h>
 #include <kvmath/core/cell_edges_p.h>
 
 #include <algorithm>
@@ -154,18 +155,22 @@ int thinOut(const std::vector<Membership>& memberships, int minCount, std::vecto
     return removed;
 }
 
+/// Whether the cells are not many more than the points.
+bool isSmall(const Grid& grid, int points) {
+    constexpr double perPoint = 16;
+    constexpr double always = 4096;
+    const double cells = double(grid.x.count()) * double(grid.y.count()) * double(grid.z.count());
+    constexpr int mostPoints = 1 << 27;  // in up to eight balls each, counted by int
+    return points < mostPoints &&
+           cells <= std::min(perPoint * points + always, double(std::numeric_limits<int>::max() / 2));
+}
+
 /// The same for cubes of a grid that is small enough for one counter each.
 class CubeCounter {
 public:
     CubeCounter(const QList<KvPointXYZ>& points, const Grid& grid, int minCount)
         : points_(points), x_(grid.x), y_(grid.y), z_(grid.z), cell_(grid.cell), minCount_(minCount) {}
 
-    static bool isFeasible(const Grid& grid, int points) {
-        constexpr double perPoint = 16;
-        constexpr double always = 4096;
-        const double cubes = double(grid.x.count()) * double(grid.y.count()) * double(grid.z.count());
-        return cubes <= std::min(perPoint * points + always, double(std::numeric_limits<int>::max()));
-    }
     int thinOut(std::vector<bool>& gone);
 
 private:
@@ -296,9 +301,13 @@ int removeSparse(KvPointCloud<KvPointXYZ>& cloud, float step, float cell, int mi
         return 0;
     const QList<KvPointXYZ>& source = qAsConst(cloud.points);
     std::vector<bool> gone(static_cast<std::size_t>(source.size()), false);
-    const bool isCounted = !balls && CubeCounter::isFeasible(grid, source.size());
-    const int removed = isCounted ? CubeCounter(source, grid, minCount).thinOut(gone)
-                                  : thinOut(membershipsOf(source, grid, balls), minCount, gone);
+    int removed = 0;
+    if (!isSmall(grid, source.size()))
+        removed = thinOut(membershipsOf(source, grid, balls), minCount, gone);
+    else if (balls)
+        removed = Internal::BallLists(source, grid.x, grid.y, grid.z, cell).thinOut(minCount, gone);
+    else
+        removed = CubeCounter(source, grid, minCount).thinOut(gone);
     if (removed == 0)
         return 0;
     keepOthers(cloud.points, gone, removed);

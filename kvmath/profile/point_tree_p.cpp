@@ -8,12 +8,6 @@ namespace {
 
 constexpr size_t kPointsPerLeaf = 8;
 
-double squaredDistance(float x, float y, const KvPointXY& p) {
-    const double dx = static_cast<double>(x) - static_cast<double>(p.x);
-    const double dy = static_cast<double>(y) - static_cast<double>(p.y);
-    return dx * dx + dy * dy;
-}
-
 }  // namespace
 
 PointTree::PointTree(const QList<KvPointXY>& points) : points_(points.constBegin(), points.constEnd()) {

@@ -9,6 +9,12 @@
 
 namespace KvMath::Internal {
 
+inline double squaredDistance(float x, float y, const KvPointXY& p) {
+    const double dx = static_cast<double>(x) - static_cast<double>(p.x);
+    const double dy = static_cast<double>(y) - static_cast<double>(p.y);
+    return dx * dx + dy * dy;
+}
+
 /// Balanced k-d tree of finite points with the bounds of every node (Bentley 1975). Built in n log n; a count
 /// touches only the nodes that the rim of the disc crosses, however the points lie.
 class PointTree {

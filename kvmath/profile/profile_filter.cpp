@@ -41,6 +41,30 @@ void medianOfDisorder(ConstPointIterator in, PointIterator out, int from, int to
     }
 }
 
+constexpr int kTaps = 20;
+constexpr int kTapBlock = 64;
+
+/// The products are of numbers in single precision. Tap 0 is 0, but still carries an infinity or NaN of its
+/// point.
+constexpr double kCoefficients[kTaps] = {0.0F,    0.0013F, 0.0047F, 0.0117F, 0.0238F, 0.0407F, 0.0612F,
+                                         0.0824F, 0.1011F, 0.1139F, 0.1185F, 0.1139F, 0.1011F, 0.0824F,
+                                         0.0612F, 0.0407F, 0.0238F, 0.0117F, 0.0047F, 0.0013F};
+
+/// The filtered heights of a block, whose own heights start behind those of the last kTaps - 1 points before
+/// it. Each sum goes from tap 0 on as a loop over one point does, but several points go side by side.
+void weigh(const double* heights, double* sums) {
+    constexpr int kLanes = 8;
+    for (int k = 0; k < kTapBlock; k += kLanes) {
+        double lanes[kLanes] = {};
+        for (int j = 0; j < kTaps; ++j) {
+            const double* const heightsOfTap = heights + k + kTaps - 1 - j;
+            for (int lane = 0; lane < kLanes; ++lane)
+                lanes[lane] += kCoefficients[j] * heightsOfTap[lane];
+        }
+        std::copy(lanes, lanes + kLanes, sums + k);
+    }
+}
+
 }  // namespace
 
 void KvProfile::medFilt(KvProfile& dest, int window) const {
@@ -115,24 +139,35 @@ void KvProfile::diffFilt(KvProfile& dest, int window) const {
 }
 
 void KvProfile::zebFilter20(KvProfile& dest, float gap) const {
-    constexpr int kTaps = 20;
-    // Tap 0 is 0, but still carries an infinity or NaN of its point.
-    constexpr float kCoefficients[kTaps] = {0.0F,    0.0013F, 0.0047F, 0.0117F, 0.0238F, 0.0407F, 0.0612F,
-                                            0.0824F, 0.1011F, 0.1139F, 0.1185F, 0.1139F, 0.1011F, 0.0824F,
-                                            0.0612F, 0.0407F, 0.0238F, 0.0117F, 0.0047F, 0.0013F};
     const int n = points.size();
     if (n < kTaps || dest.points.size() < n)
         return;
     const auto out = dest.points.begin();
     const auto in = points.constBegin();
-    // From the end, so that in place no result is read again.
-    for (int i = n - 1; i >= 0; --i) {
+    // From the end, so that in place no result is read again: a block takes its heights before it writes.
+    int end = n;
+    for (; end - kTapBlock >= kTaps; end -= kTapBlock) {
+        const int first = end - kTapBlock;
+        double heights[kTapBlock + kTaps - 1];
+        for (int k = 0; k < kTapBlock + kTaps - 1; ++k)
+            heights[k] = static_cast<double>(in[first - (kTaps - 1) + k].y);
+        double sums[kTapBlock];
+        weigh(heights, sums);
+        for (int k = kTapBlock - 1; k >= 0; --k) {
+            const int i = first + k;
+            KvPointXY p(in[i]);
+            if (!(p.x - in[i - 1].x > gap))  // true for a NaN gap
+                p.y = static_cast<float>(sums[k]);
+            out[i] = p;
+        }
+    }
+    for (int i = end - 1; i >= 0; --i) {
         KvPointXY p(in[i]);
-        const bool atGap = i > 0 && p.x - in[i - 1].x > gap;  // false for a NaN gap
+        const bool atGap = i > 0 && p.x - in[i - 1].x > gap;
         if (i >= kTaps && !atGap) {
             double sum = 0;
             for (int j = 0; j < kTaps; ++j)
-                sum += static_cast<double>(kCoefficients[j]) * static_cast<double>(in[i - j].y);
+                sum += kCoefficients[j] * static_cast<double>(in[i - j].y);
             p.y = static_cast<float>(sum);
         }
         out[i] = p;

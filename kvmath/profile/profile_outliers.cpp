@@ -5,6 +5,7 @@
 #include <kvmath/profile/point_tree_p.h>
 #include <kvmath/profile/profile.h>
 
+#include <optional>
 #include <vector>
 
 namespace KvMath {
@@ -63,22 +64,77 @@ bool filterSpikes(const KvProfile& source, KvProfile& dest, float maxJump, float
     if (n < 3)
         return false;
     const auto in = input.constBegin();
-    std::vector<Sample> samples;
-    samples.reserve(static_cast<size_t>(n));
+    std::vector<Sample> samples(static_cast<size_t>(n));
+    size_t taken = 0;
     for (int i = 0; i < n; ++i) {
-        Sample sample{0, 0, i, true};
+        Sample& sample = samples[taken];
+        sample.index = i;
+        sample.kept = true;
         if (Internal::isFinite(in[i]) && sampleOf(in[i], sample))
-            samples.push_back(sample);
+            ++taken;
     }
+    samples.resize(taken);
     markSpikes(samples, maxJump, maxWidth);
-    auto target = dest.points.begin();
-    for (const Sample& sample : samples) {
-        if (sample.kept)
-            *target++ = in[sample.index];
+    // Points before the first that goes are in their places.
+    int inPlace = 0;
+    auto sample = samples.cbegin();
+    for (; sample != samples.cend() && sample->kept && sample->index == inPlace; ++sample)
+        ++inPlace;
+    if (inPlace == n)
+        return true;
+    auto target = dest.points.begin() + inPlace;
+    for (; sample != samples.cend(); ++sample) {
+        if (sample->kept)
+            *target++ = in[sample->index];
     }
     dest.points.erase(target, dest.points.end());
     return true;
 }
+
+/// Whether a point has more than so many points within the radius, itself counted. On a scanner line nearly
+/// all have them among those just before and behind it; the tree is asked only for the others, and alone
+/// where the order of the points is no help.
+class NeighbourTest {
+public:
+    NeighbourTest(const QList<KvPointXY>& points, float radius, int minNeighbours)
+        : points_(points), radius_(static_cast<double>(radius)), minNeighbours_(minNeighbours),
+          reach_(std::min(minNeighbours, kLongestReach) + 2) {}
+
+    bool hasEnough(int i) {
+        if (misses_ <= hits_ + kMissesToGiveUp) {
+            if (hasEnoughNearby(i)) {
+                ++hits_;
+                return true;
+            }
+            ++misses_;
+        }
+        if (!tree_)
+            tree_.emplace(points_);
+        return tree_->countWithin(points_.at(i), radius_, minNeighbours_) > minNeighbours_;
+    }
+
+private:
+    static constexpr int kLongestReach = 30;
+    static constexpr int kMissesToGiveUp = 64;
+
+    bool hasEnoughNearby(int i) const {
+        const auto p = points_.constBegin();
+        const int end = std::min(i + reach_ + 1, points_.size());
+        const double squared = radius_ * radius_;
+        int found = 0;
+        for (int k = std::max(i - reach_, 0); k < end; ++k)
+            found += Internal::squaredDistance(p[k].x, p[k].y, p[i]) <= squared ? 1 : 0;
+        return found > minNeighbours_;
+    }
+
+    const QList<KvPointXY>& points_;
+    double radius_;
+    int minNeighbours_;
+    int reach_;  // points on either side
+    int hits_ = 0;
+    int misses_ = 0;
+    std::optional<Internal::PointTree> tree_;
+};
 
 }  // namespace
 
@@ -108,12 +164,14 @@ void KvProfile::removeNoisyPoints(float radius, int minNeighbours) {
     if (!(radius > 0.0F) || minNeighbours < 1)
         return;
     Internal::keepIf(points, Internal::isFinite);
-    const Internal::PointTree tree(points);
+    NeighbourTest test(points, radius, minNeighbours);
     QList<KvPointXY> kept = points;
-    Internal::keepIf(kept, [&tree, radius, minNeighbours](const KvPointXY& p) {
-        // The point itself is counted too.
-        return tree.countWithin(p, static_cast<double>(radius), minNeighbours) > minNeighbours;
-    });
+    auto target = kept.begin();
+    for (int i = 0; i < qAsConst(points).size(); ++i) {
+        if (test.hasEnough(i))
+            *target++ = points.at(i);
+    }
+    kept.erase(target, kept.end());
     points.swap(kept);
 }
 

@@ -162,9 +162,11 @@ TEST(Sort, EqualsTheExchangeOfNeighbours) {
     Draws draw(21);
     for (int round = 0; round < 400; ++round) {
         RGB cloud;
-        for (int i = draw.integer(0, 25); i > 0; --i)
-            cloud += KvPointXYZRGB(draw.coordinate(2.0F, 1.0F, 0.15), 0.0F, draw.coordinate(2.0F, 1.0F, 0.1),
-                                   static_cast<unsigned>(i));
+        const bool many = round % 20 == 0;
+        const float grid = many ? 0.001F : 1.0F;
+        for (int i = draw.integer(0, many ? 800 : 25); i > 0; --i)
+            cloud += KvPointXYZRGB(draw.coordinate(2.0F, grid, many ? 0 : 0.15), 0.0F,
+                                   draw.coordinate(2.0F, grid, many ? 0 : 0.1), static_cast<unsigned>(i));
         auto slow = cloud.points;
         const auto first = static_cast<KvSortOrder>(draw.integer(-1, 3));
         const auto second = static_cast<KvSortOrder>(draw.integer(-1, 3));

@@ -111,7 +111,7 @@ TEST(ProfileFilter, LowPassEqualsTheSumOverItsTapsInPlaceToo) {
     Draws draws(2203);
     for (int round = 0; round < 100; ++round) {
         const KvProfile source =
-            randomProfile(draws, draws.integer(15, 70), draws.chance(0.5) ? 0.02 : 0, 0.7);
+            randomProfile(draws, draws.integer(15, 300), draws.chance(0.5) ? 0.02 : 0, 0.7);
         const float gap = draws.coordinate(2, 0.25F, 0.3);
         KvProfile expected = source;
         for (int i = 20; i < source.points.size(); ++i) {
