@@ -5,6 +5,8 @@
 
 #include "rows_p.h"
 
+#include <kvmath/core/record_io_p.h>
+
 #include <QtCore/QFile>
 #include <QtCore/QtEndian>
 
@@ -48,15 +50,26 @@ void takeParameters(const char* bytes, qint64 size, double* parameters) {
 }
 
 /// In pieces that stay in the cache.
-void writeCells(QFile& file, const unsigned short* cells, qint64 count, char* piece) {
+bool writeCells(QFile& file, const unsigned short* cells, qint64 count, char* piece) {
     while (count > 0) {
         const qint64 now = std::min(count, kPieceCells);
         qToLittleEndian<quint16>(cells, now, piece);
-        if (file.write(piece, now * kCellBytes) < 0)
-            return;
+        if (!Internal::writeBytes(file, piece, now * kCellBytes))
+            return false;
         cells += now;
         count -= now;
     }
+    return true;
+}
+
+/// True once the file is open, by design: one that could not be written completely is gone again.
+bool saveThrough(const QString& path, const std::function<bool(QFile&)>& write) {
+    bool isOpen = false;
+    Internal::writeFile(path, QIODevice::WriteOnly | QIODevice::Truncate, [&](QFile& file) {
+        isOpen = true;
+        return write(file);
+    });
+    return isOpen;
 }
 
 }  // namespace
@@ -65,14 +78,13 @@ bool saveRawCbrDataToFile(unsigned short** positions, const double* parameters, 
     if (parameters == nullptr || !Internal::hasColumns(positions))
         return false;
     const Buffer buffer = makeBuffer(kRawBytes);
-    QFile file(path);
-    if (buffer == nullptr || !file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+    if (buffer == nullptr)
         return false;
     for (int c = 0; c < kSensorColumns; ++c)
         qToLittleEndian<quint16>(positions[c], kCalibrationSteps, buffer.get() + c * kColumnBytes);
     qToBigEndian<quint64>(parameters, kCalibrationSteps, buffer.get() + kPositionBytes);  // by design
-    file.write(buffer.get(), kRawBytes);
-    return true;
+    return saveThrough(path,
+                       [&](QFile& file) { return Internal::writeBytes(file, buffer.get(), kRawBytes); });
 }
 
 bool loadRawCbrDataFromFile(unsigned short** positions, double* parameters, QString path) {
@@ -99,11 +111,9 @@ bool saveTableToFile(const unsigned short* table, int count, QString path) {
     if (table == nullptr)
         return false;
     const Buffer piece = makeBuffer(kPieceCells * kCellBytes);
-    QFile file(path);
-    if (piece == nullptr || !file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+    if (piece == nullptr)
         return false;
-    writeCells(file, table, count, piece.get());
-    return true;
+    return saveThrough(path, [&](QFile& file) { return writeCells(file, table, count, piece.get()); });
 }
 
 bool loadTableFromFile(unsigned short* tbl, QString path) {

@@ -12,7 +12,9 @@
 namespace KvMath {
 
 /// Writes the 648 x 1000 positions, column by column, little-endian, and then the 1000 parameters as
-/// big-endian doubles: 1,304,000 bytes. Deliberately both byte orders. False when the file cannot be opened.
+/// big-endian doubles: 1,304,000 bytes. Deliberately both byte orders. False when the file cannot be
+/// opened. A later failure (a full disk) gives true, deliberately; the incomplete file is then removed, for
+/// tables too.
 KVMATH_EXPORT bool saveRawCbrDataToFile(unsigned short** positions, const double* parameters, QString path);
 
 /// Reads that file. A short one is no failure: positions and parameters that are not there, or not

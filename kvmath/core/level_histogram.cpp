@@ -2,6 +2,8 @@
 // in key order; only points outside a stale range are counted in the map itself.
 #include <kvmath/core/level_histogram.h>
 
+#include <kvmath/core/record_io_p.h>
+
 #include <QtCore/QFile>
 #include <QtCore/QVector>
 
@@ -101,12 +103,15 @@ void KvLevelHistogram<T>::clear() {
 
 template <class T>
 bool KvLevelHistogram<T>::writeToCSV(QString path) const {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadWrite | QIODevice::Truncate))
-        return false;
-    for (auto entry = bins.constBegin(); entry != bins.constEnd(); ++entry)
-        file.write(keyText(entry.key()) + ';' + QByteArray::number(entry.value()) + "\r\n");
-    return true;
+    const auto write = [this](QFile& file) {
+        for (auto entry = bins.constBegin(); entry != bins.constEnd(); ++entry) {
+            const QByteArray line = keyText(entry.key()) + ';' + QByteArray::number(entry.value()) + "\r\n";
+            if (!Internal::writeBytes(file, line.constData(), line.size()))
+                return false;
+        }
+        return true;
+    };
+    return Internal::writeFile(path, QIODevice::ReadWrite | QIODevice::Truncate, write);
 }
 
 template class KvLevelHistogram<KvPointXY>;

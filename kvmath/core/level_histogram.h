@@ -33,7 +33,8 @@ public:
     void clear();
 
     /// Writes a line "key;count" with "\r\n" per entry, in key order, a key with as few of 6 to 9 significant
-    /// digits as read back to the same float. Truncates `path`; false only when it cannot be opened.
+    /// digits as read back to the same float. Truncates `path`; false if it cannot be opened or written
+    /// completely.
     bool writeToCSV(QString path) const;
 };
 

@@ -20,6 +20,21 @@ constexpr unsigned char kMarker = std::is_same_v<T, KvPointXY>
 template <class T>
 using StoredCount = std::conditional_t<std::is_same_v<T, KvPointXY>, quint16, quint32>;
 
+bool writeXYZ(QFile& file, const QList<KvPointXYZ>& points) {
+    // A coloured point of colour zero has exactly the layout wanted here.
+    constexpr int kBlock = 16384;
+    QList<KvPointXYZRGB> block;
+    for (const KvPointXYZ& point : points) {
+        block.append(KvPointXYZRGB(point.x, point.y, point.z, 0));
+        if (block.size() < kBlock)
+            continue;
+        if (!Internal::writePoints(file, block, kBlock))
+            return false;
+        block.clear();
+    }
+    return Internal::writePoints(file, block, block.size());
+}
+
 }  // namespace
 
 template <class T>
@@ -31,8 +46,8 @@ bool KvPointCloudBase<T>::writeToFile(QFile& file) const {
 
 template <class T>
 bool KvPointCloudBase<T>::writeToFile(QString path) const {
-    QFile file(path);
-    return file.open(QIODevice::ReadWrite | QIODevice::Truncate) && writeToFile(file) && file.flush();
+    return Internal::writeFile(path, QIODevice::ReadWrite | QIODevice::Truncate,
+                               [this](QFile& file) { return writeToFile(file); });
 }
 
 template <class T>
@@ -68,21 +83,8 @@ bool KvPointCloud<KvPointXY>::readMarker(QFile& file, unsigned char marker) {
 }
 
 bool KvPointCloud<KvPointXYZ>::compat_writeToXYZFile(QString path) const {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadWrite | QIODevice::Truncate))
-        return false;
-    // A coloured point of colour zero has exactly the layout wanted here.
-    constexpr int kBlock = 16384;
-    QList<KvPointXYZRGB> block;
-    for (const KvPointXYZ& point : points) {
-        block.append(KvPointXYZRGB(point.x, point.y, point.z, 0));
-        if (block.size() < kBlock)
-            continue;
-        if (!Internal::writePoints(file, block, kBlock))
-            return false;
-        block.clear();
-    }
-    return Internal::writePoints(file, block, block.size()) && file.flush();
+    const auto write = [this](QFile& file) { return writeXYZ(file, points); };
+    return Internal::writeFile(path, QIODevice::ReadWrite | QIODevice::Truncate, write);
 }
 
 template bool KvPointCloudBase<KvPointXY>::writeToFile(QFile&) const;

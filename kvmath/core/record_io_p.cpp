@@ -2,6 +2,8 @@
 
 #include <kvmath/core/list_of_size_p.h>
 
+#include <QtCore/QFileInfo>
+
 #include <algorithm>
 #include <type_traits>
 
@@ -40,17 +42,19 @@ void load(const char* bytes, Point& point) {
 /// How many of `count` points the rest of a file can hold; one block where that is not known beforehand.
 template <class Point>
 int pointsToExpect(const QFile& file, quint32 count) {
-    constexpr qint64 kMostAtOnce = 1 << 26;
     if (count <= kBlockPoints || file.isSequential())
         return static_cast<int>(std::min<quint32>(count, kBlockPoints));
     const qint64 bytes = std::max<qint64>(file.size() - file.pos(), 0);
-    return static_cast<int>(std::min({bytes / storedSize<Point>(), qint64(count), kMostAtOnce}));
+    return static_cast<int>(std::min({bytes / storedSize<Point>(), qint64(count)}));
 }
 
 template <class Point>
 int pointsToExpect(const RecordReader& /*source*/, quint32 count) {
     return static_cast<int>(std::min<quint32>(count, kBlockPoints));
 }
+
+bool holdsMoreThan(const QFile& file, qint64 bytes) { return file.size() - file.pos() > bytes; }
+bool holdsMoreThan(const RecordReader& /*source*/, qint64 /*bytes*/) { return false; }
 
 /// Stores points from `filled` on, in the places that the list has already, then behind them.
 template <class Point>
@@ -68,6 +72,23 @@ void storePoints(QList<Point>& points, int filled, const char* bytes, int count)
 }
 
 }  // namespace
+
+bool writeFile(const QString& path, QIODevice::OpenMode mode, const std::function<bool(QFile& file)>& write) {
+    QFile file(path);
+    if (!file.open(mode))
+        return false;
+    const qint64 before = file.size();
+    if (write(file) && file.flush())
+        return true;
+    const QFileInfo info(path);
+    if (!info.isFile())  // devices and pipes keep their names
+        return false;
+    file.close();  // drops what could not be written
+    QFile::resize(path, before);
+    if (before == 0 && !info.isSymLink())
+        QFile::remove(path);
+    return false;
+}
 
 qint64 RecordWriter::write(const char* data, qint64 size) {
     if (pending_.size() + size > kPieceBytes && !flush())
@@ -120,10 +141,15 @@ bool writePoints(Target& target, const QList<Point>& points, int count) {
 template <class Source, class Point>
 quint32 readPoints(Source& source, QList<Point>& points, quint32 count) {
     constexpr int kSize = storedSize<Point>();
-    points = listOfSize(pointsToExpect<Point>(source, count), Point());
-    QByteArray block(static_cast<int>(std::min<quint32>(count, kBlockPoints)) * kSize, Qt::Uninitialized);
+    const quint32 most = std::min(count, kMostPoints);
+    if (count > most && holdsMoreThan(source, qint64{kMostPoints} * kSize)) {
+        points.clear();
+        return 0;
+    }
+    points = listOfSize(pointsToExpect<Point>(source, most), Point());
+    QByteArray block(static_cast<int>(std::min<quint32>(most, kBlockPoints)) * kSize, Qt::Uninitialized);
     int filled = 0;
-    for (quint32 left = count; left > 0;) {
+    for (quint32 left = most; left > 0;) {
         const qint64 part = std::min<quint32>(kBlockPoints, left);
         char* bytes = block.data();
         const int complete = static_cast<int>(readUpTo(source, bytes, part * kSize) / kSize);

@@ -5,10 +5,12 @@
 
 #include <QtCore/QByteArray>
 #include <QtCore/QFile>
+#include <QtCore/QIODevice>
 #include <QtCore/QList>
 #include <QtCore/QtEndian>
 
 #include <cstring>
+#include <functional>
 
 namespace KvMath::Internal {
 
@@ -29,6 +31,11 @@ private:
     qint64 position_;
     bool released_ = false;
 };
+
+/// Opens `path` in `mode`, lets `write` fill it, and flushes. When anything fails, nothing half-written stays
+/// under the name: a regular file is cut back to what it held when it was opened, and removed if that is
+/// nothing (a link only emptied). False then.
+bool writeFile(const QString& path, QIODevice::OpenMode mode, const std::function<bool(QFile& file)>& write);
 
 /// Records on their way into a file, written in large pieces: for stacks of many small records.
 class RecordWriter {
@@ -101,9 +108,13 @@ bool readField(Source& source, Value& value) {
 template <class Target, class Point>
 bool writePoints(Target& target, const QList<Point>& points, int count);
 
+/// Most points that one record may have; their list takes 2.7 GB.
+constexpr quint32 kMostPoints = 1U << 26;
+
 /// Replaces the points by up to `count` as writePoints leaves them, as far as complete ones exist, and
 /// returns their number. A count reserves no more memory than the file has bytes, and the result is that of
-/// field by field reading. When points are missing the source stands at its end.
+/// field by field reading. When points are missing the source stands at its end. Of a file
+/// that holds more than kMostPoints for a record none are read, of a pipe no more than these.
 template <class Source, class Point>
 quint32 readPoints(Source& source, QList<Point>& points, quint32 count);
 

@@ -2,6 +2,8 @@
 
 #include <kvmath/profile/profile.h>
 
+#include <kvmath/core/record_io_p.h>
+
 #include <QtCore/QDebug>
 #include <QtCore/QTextStream>
 
@@ -55,17 +57,21 @@ int KvProfile::readFromCSVFile(QString path, int xColumn, int yColumn) {
 }
 
 bool KvProfile::writeToCSVFile(QString path) const {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadWrite | QIODevice::Truncate))
-        return false;
-    for (const KvPointXY& p : points) {
-        QByteArray line = QByteArray::number(static_cast<double>(p.x), 'g', 6);
-        line += ';';
-        line += QByteArray::number(static_cast<double>(p.y), 'g', 6);
-        line += '\n';
-        file.write(line.replace('.', ','));
-    }
-    return true;
+    bool isOpen = false;
+    Internal::writeFile(path, QIODevice::ReadWrite | QIODevice::Truncate, [&](QFile& file) {
+        isOpen = true;
+        bool isWritten = true;
+        for (const KvPointXY& p : points) {
+            QByteArray line = QByteArray::number(static_cast<double>(p.x), 'g', 6);
+            line += ';';
+            line += QByteArray::number(static_cast<double>(p.y), 'g', 6);
+            line += '\n';
+            line.replace('.', ',');
+            isWritten = isWritten && Internal::writeBytes(file, line.constData(), line.size());
+        }
+        return isWritten;
+    });
+    return isOpen;  // by design, also when not all was written
 }
 
 }  // namespace KvMath

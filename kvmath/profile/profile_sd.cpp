@@ -64,10 +64,9 @@ bool KvProfileSD::writeToFile(QFile& file) const {
 }
 
 bool KvProfileSD::writeToFile(QString path, bool append) const {
-    QFile file(path);
-    if (!file.open(append ? QIODevice::ReadWrite : QIODevice::ReadWrite | QIODevice::Truncate))
-        return false;
-    return (!append || file.seek(file.size())) && writeToFile(file) && file.flush();
+    return Internal::writeFile(
+        path, append ? QIODevice::ReadWrite : QIODevice::ReadWrite | QIODevice::Truncate,
+        [&](QFile& file) { return (!append || file.seek(file.size())) && writeToFile(file); });
 }
 
 int KvProfileSD::readFromFile(QFile& file, bool acceptPartial) {

@@ -31,8 +31,8 @@ void KvProfileZ::clear() {
 bool KvProfileZ::writeToFile(QFile& file) const { return Internal::writeRecord(file, *this); }
 
 bool KvProfileZ::writeToFile(QString path) const {
-    QFile file(path);
-    return file.open(QIODevice::ReadWrite | QIODevice::Truncate) && writeToFile(file) && file.flush();
+    return Internal::writeFile(path, QIODevice::ReadWrite | QIODevice::Truncate,
+                               [this](QFile& file) { return writeToFile(file); });
 }
 
 int KvProfileZ::readFromFile(QFile& file, bool acceptPartial) {

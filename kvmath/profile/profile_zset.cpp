@@ -82,14 +82,14 @@ KvProfileZ& KvProfileZSet::operator[](int i) { return profiles[i]; }
 const KvProfileZ& KvProfileZSet::at(int i) const { return profiles.at(i); }
 
 bool KvProfileZSet::writeToFile(QString path) const {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadWrite | QIODevice::Truncate))
-        return false;
-    Internal::RecordWriter target(file);
-    const auto writes = [&target](const KvProfileZ& profile) {
-        return Internal::writeRecord(target, profile);
+    const auto write = [this](QFile& file) {
+        Internal::RecordWriter target(file);
+        const auto writes = [&target](const KvProfileZ& profile) {
+            return Internal::writeRecord(target, profile);
+        };
+        return std::all_of(profiles.constBegin(), profiles.constEnd(), writes) && target.flush();
     };
-    return std::all_of(profiles.constBegin(), profiles.constEnd(), writes) && target.flush() && file.flush();
+    return Internal::writeFile(path, QIODevice::ReadWrite | QIODevice::Truncate, write);
 }
 
 int KvProfileZSet::readFromFile(QString path) {
