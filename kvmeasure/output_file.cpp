@@ -6,6 +6,7 @@
 #include <QtCore/QtEndian>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 
 namespace KvMeasure {
@@ -16,22 +17,28 @@ OutputFile::OutputFile(const QString& path) : path_(path), file_(path) {
     const QFileInfo info(path);
     if (info.exists() && !info.isFile())
         throw Failure{QString("%1: cannot be written: it is not a regular file; name another one").arg(path)};
+    errno = 0;
     if (!file_.open(QIODevice::WriteOnly))
         fail();
 }
 
 void OutputFile::write(const QByteArray& content) {
+    errno = 0;
     if (file_.write(content) != content.size())
         fail();
 }
 
 void OutputFile::commit() {
-    if (!file_.commit())
+    errno = 0;
+    // The commit does not tell of a buffer that the disk did not take.
+    if (!file_.flush() || !file_.commit())
         fail();
 }
 
 void OutputFile::fail() const {
-    throw Failure{QString("%1: cannot be written: %2").arg(path_, file_.errorString())};
+    // A write that ends halfway leaves its reason in errno alone.
+    throw Failure{QString("%1: cannot be written: %2")
+                      .arg(path_, errno != 0 ? qt_error_string(errno) : file_.errorString())};
 }
 
 void writeOutputFile(const QString& path, const QByteArray& content) {

@@ -4,6 +4,7 @@
 
 #include <QtCore/QJsonDocument>
 
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
 
@@ -58,10 +59,11 @@ QString Table::takeText() {
 
 void print(const QString& text) {
     const QByteArray bytes = text.toUtf8();
+    errno = 0;
     if (std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stdout) !=
             static_cast<std::size_t>(bytes.size()) ||
         std::fflush(stdout) != 0)
-        throw Failure{"standard output cannot be written; is the disk full?"};
+        throw Failure{"standard output cannot be written: " + qt_error_string(errno)};
 }
 
 void complain(const QString& text) { std::fprintf(stderr, "kvmeasure: %s\n", text.toUtf8().constData()); }

@@ -17,8 +17,9 @@ using KvMath::KvPointXYZ;
 
 namespace {
 
-constexpr int longestLine = 4096;          // bytes; no row of a profile comes near
-constexpr int largestProfile = 1'000'000;  // points
+constexpr int longestLine = 4096;                  // bytes; no row of a profile comes near
+constexpr int largestProfile = 1'000'000;          // points
+constexpr quint32 largestRecordRead = 20'000'000;  // points; no scan is larger
 constexpr float unset = std::numeric_limits<float>::quiet_NaN();
 
 /// Layout of one kind of record: marker, count, further head, points.
@@ -174,6 +175,11 @@ bool PointFile::nextHead(RecordHead& head) {
     head.offset = offset;
     head.count = layout->countBytes == 2 ? qFromLittleEndian<quint16>(bytes + 1)
                                          : qFromLittleEndian<quint32>(bytes + 1);
+    if (head.count > largestRecordRead &&
+        size_ - offset > qint64{largestRecordRead} * layout->pointBytes)  // and is not merely damaged
+        failAtOffset(offset, QString("%1 record: has more than %2 points; divide it")
+                                 .arg(layout->name)
+                                 .arg(largestRecordRead));
     if (marker == 0x05)
         head.z = floatAt(bytes + 3);
     if (marker == 0x85) {

@@ -153,11 +153,12 @@ void splitRecording(Recording& recording, PostSettings& settings, const Splittin
         QFile::remove(recording.link);
     if (!isSplit)
         throw Failure{recording.path + ": cannot be read"};
-    // The library reports no write errors: the last file of each wheel tells.
+    // The library reports no write errors, but leaves no incomplete file.
     for (int wheel = 1; wheel <= count; ++wheel) {
-        const QString last = recording.file(wheel, recording.wheels.at(wheel - 1).records.size());
-        if (QFileInfo(last).size() == 0)
-            throw Failure{last + ": was not written; is the disk full?"};
+        for (int p = 1; p <= recording.wheels.at(wheel - 1).records.size(); ++p) {
+            if (QFileInfo(recording.file(wheel, p)).size() == 0)
+                throw Failure{recording.file(wheel, p) + ": was not written; is the disk full?"};
+        }
     }
     joinRuns(recording, splitting.join);
 }

@@ -6,8 +6,10 @@
 #include <kvmath/profile/profile_z.h>
 
 #include <QtCore/QFile>
+#include <QtCore/QFileInfo>
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 
 namespace Simulator {
@@ -158,10 +160,21 @@ bool fail(const QString& text, QString* error) {
     return false;
 }
 
+/// Why a file cannot be written; what arrived of it goes.
+bool fail(QFile& file, QString* error) {
+    const QString reason = errno != 0 ? qt_error_string(errno) : file.errorString();
+    if (file.isOpen() && QFileInfo(file.fileName()).isFile()) {
+        file.close();
+        QFile::remove(file.fileName());
+    }
+    return fail(QString("%1: cannot be written: %2").arg(file.fileName(), reason), error);
+}
+
 bool writeWhole(const QString& path, const QByteArray& content, QString* error) {
     QFile file(path);
+    errno = 0;
     if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size() || !file.flush())
-        return fail(QString("%1: cannot be written: %2").arg(path, file.errorString()), error);
+        return fail(file, error);
     return true;
 }
 
@@ -228,9 +241,10 @@ bool simulatePass(const PassRecipe& recipe, const QString& folder, QString* erro
     const std::vector<Scanner> post = measuringPost();
     for (const Scanner& scanner : post) {
         QFile file(QString("%1/pass_%2.bin").arg(folder).arg(scanner.serial));
+        errno = 0;
         if (!file.open(QIODevice::WriteOnly) || !Recorder(recipe, train, scanner).record(file) ||
             !file.flush())
-            return fail(QString("%1: cannot be written: %2").arg(file.fileName(), file.errorString()), error);
+            return fail(file, error);
     }
     return writeWhole(folder + "/settings.ini", postSettings(post), error) &&
            writeWhole(folder + "/truth.csv", passTruth(train), error);
