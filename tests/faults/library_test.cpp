@@ -1,0 +1,136 @@
+// What the library answers when the outside world fails it.
+
+#include <kvmath/calibration/table_io.h>
+#include <kvmath/calibration/table_layout.h>
+#include <kvmath/core/level_histogram.h>
+#include <kvmath/core/point_cloud.h>
+#include <kvmath/profile/profile_sd.h>
+#include <kvmath/profile/profile_zset.h>
+#include <tests/support/child_process.h>
+#include <tests/support/scratch_directory.h>
+
+#include <QtCore/QFileInfo>
+
+#include <functional>
+#include <vector>
+
+namespace {
+
+using namespace KvMath;
+
+struct Writer {
+    const char* name;
+    bool isTrueOnceOpen;  ///< as published
+    std::function<bool(const QString& path)> write;
+};
+
+template <class Cloud, class Point>
+Cloud manyOf(const Point& point) {
+    Cloud cloud;
+    for (int i = 0; i < 1000; ++i)
+        cloud.points.append(point);
+    return cloud;
+}
+
+std::vector<Writer> writers() {
+    static auto plane = manyOf<KvPointCloud<KvPointXY>>(KvPointXY(1, 2));
+    static const auto space = manyOf<KvPointCloud<KvPointXYZ>>(KvPointXYZ(1, 2, 3));
+    static const auto coloured = manyOf<KvPointCloud<KvPointXYZRGB>>(KvPointXYZRGB(1, 2, 3, 4));
+    static const auto profile = manyOf<KvProfileZ>(KvPointXY(1, 2));
+    static const auto tagged = manyOf<KvProfileSD>(KvPointXY(1, 2));
+    static KvProfileZSet stack;
+    static KvLevelHistogram<KvPointXY> histogram;
+    static std::vector<unsigned short> cells(kTableCells, 7);
+    static std::vector<unsigned short*> columns(kSensorColumns, cells.data());
+    static const std::vector<double> parameters(kCalibrationSteps, 1.0);
+    stack.append(profile);
+    for (int i = 0; i < 100; ++i)
+        histogram.bins[static_cast<float>(i)] = i;
+    return {
+        {"XY", false, [](const QString& path) { return plane.writeToFile(path); }},
+        {"XYZ", false, [](const QString& path) { return space.writeToFile(path); }},
+        {"XYZRGB", false, [](const QString& path) { return coloured.writeToFile(path); }},
+        {"legacy XYZ", false, [](const QString& path) { return space.compat_writeToXYZFile(path); }},
+        {"profile with z", false, [](const QString& path) { return profile.writeToFile(path); }},
+        {"profile with tags", false, [](const QString& path) { return tagged.writeToFile(path, false); }},
+        {"appended", false, [](const QString& path) { return tagged.writeToFile(path, true); }},
+        {"stack", false, [](const QString& path) { return stack.writeToFile(path); }},
+        {"histogram", false, [](const QString& path) { return histogram.writeToCSV(path); }},
+        {"CSV", true, [](const QString& path) { return profile.writeToCSVFile(path); }},
+        {"raw record", true,
+         [](const QString& path) { return saveRawCbrDataToFile(columns.data(), parameters.data(), path); }},
+        {"table", true, [](const QString& path) { return saveTableToFile(cells.data(), path); }},
+    };
+}
+
+TEST(LibraryFaults, AFullDiskIsToldAndLeavesNoHalfFile) {
+    const TestSupport::ScratchDirectory scratch;
+    for (const Writer& writer : writers()) {
+        for (const rlim_t room : {1, 500}) {
+            EXPECT_TRUE(TestSupport::holdsInChild(
+                room, 0, [&] { return writer.write("out") == writer.isTrueOnceOpen; }))
+                << writer.name << ' ' << room;
+            EXPECT_FALSE(QFileInfo::exists("out")) << writer.name << ' ' << room;
+        }
+        EXPECT_TRUE(writer.write("out") && QFile::remove("out")) << writer.name << ": with room it works";
+    }
+}
+
+TEST(LibraryFaults, AnAppendedRecordThatFindsNoRoomIsCutOffAgainAndALinkStays) {
+    const TestSupport::ScratchDirectory scratch;
+    const QByteArray before(300, 'x');
+    scratch.write("records", before);
+    const std::vector<Writer> all = writers();
+    EXPECT_TRUE(TestSupport::holdsInChild(1000, 0, [&] { return !all[6].write("records"); }));
+    EXPECT_EQ(scratch.read("records"), before);
+    ASSERT_TRUE(QFile::link("records", "link"));
+    EXPECT_TRUE(TestSupport::holdsInChild(1000, 0, [&] { return !all[1].write("link"); }));
+    EXPECT_TRUE(QFileInfo("link").isSymLink());
+    EXPECT_EQ(scratch.read("records"), QByteArray());
+}
+
+TEST(LibraryFaults, PlacesThatTakeNoFileAreRefused) {
+    const TestSupport::ScratchDirectory scratch;
+    scratch.write("file", "kept");
+    for (const Writer& writer : writers()) {
+        for (const char* path : {"missing/out", "file/out", ".", ""})
+            EXPECT_FALSE(writer.write(path)) << writer.name << ": " << path;
+        EXPECT_EQ(writer.write("/dev/full"), writer.isTrueOnceOpen) << writer.name;
+        EXPECT_TRUE(QFileInfo::exists("/dev/full")) << writer.name;
+    }
+    EXPECT_EQ(scratch.read("file"), "kept");
+}
+
+TEST(LibraryFaults, HostileRecordsAreRefusedInLittleMemory) {
+#if defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << "the sanitizer maps terabytes";
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+    GTEST_SKIP() << "the sanitizer maps terabytes";
+#endif
+#endif
+    const TestSupport::ScratchDirectory scratch;
+    constexpr rlim_t memory = 1U << 30;
+    constexpr qint64 sizes[] = {0, 5, 1000, qint64{100} << 30};  // the last: 100 GB of holes
+    for (const char* head : {"\x02\xFF\xFF\xFF\xFF", "\x03\xFF\xFF\xFF\xFF", "\x04\xFF\xFF\xFF\xFF",
+                             "\x05\xFF\xFF\xFF\xFF", "\x85\xFF\xFF\xFF\xFF", "\0\0\0\0\0", "1;2;3"}) {
+        for (const qint64 size : sizes) {
+            scratch.write("in", QByteArray(head, 5));
+            if (!QFile::resize("in", size))
+                continue;  // a file system without such files
+            const auto answers = [] {
+                const QString in = "in";
+                std::vector<unsigned short> cells(kTableCells);
+                return KvPointCloud<KvPointXYZ>().readFromFile(in) == -1 &&
+                       KvPointCloud<KvPointXYZRGB>().readFromFile(in) == -1 &&
+                       KvPointCloud<KvPointXY>().readFromFile(in) <= 65535 &&
+                       KvProfileZ().readFromFile(in) <= 65535 && KvProfileSD().readFromFile(in) <= 65535 &&
+                       KvProfileZSet().readFromFile(in) <= 1 && KvProfileZSet().readFromFile(in, 0, 1) <= 1 &&
+                       KvProfile().readFromCSVFile(in, 0, 1) <= 1 && loadTableFromFile(cells.data(), in);
+            };
+            EXPECT_TRUE(TestSupport::holdsInChild(0, memory, answers)) << int(head[0]) << ", " << size;
+        }
+    }
+}
+
+}  // namespace
