@@ -19,6 +19,9 @@ TEST(ProfilesFromDtf, EqualTheLiteralForm) {
     std::vector<KvMath::KvProfile> profiles(1000);
     profiles[9].append({7, 8}, false);
     KvMath::calcProfsFromDtf(tbl.data(), dtf.rows(), 123.456, 87.1, profiles.data());
+    KvMath::calcProfsFromDtf(nullptr, dtf.rows(), 1, 1, profiles.data());
+    KvMath::calcProfsFromDtf(tbl.data(), nullptr, 1, 1, profiles.data());
+    KvMath::calcProfsFromDtf(tbl.data(), dtf.rows(), 1, 1, nullptr);
     for (int s = 0; s < 1000; ++s) {
         const QList<KvMath::KvPointXY> points = profiles[std::size_t(s)].points.mid(s == 9 ? 1 : 0);
         ASSERT_EQ(points.size(), 648);

@@ -125,6 +125,13 @@ TEST(LookUps, RefuseWhatCannotBeBuiltAndEndSoonOnAnything) {
                      KvMath::convert_Pxl2X(r.dtf.rows(), nullptr, 1, bad, 0, 9, out.rows()));
     for (const auto& [first, last] : {std::pair(-1, 5), {0, 648}, {9, 8}, {INT_MIN, INT_MAX}})
         EXPECT_FALSE(z(1, 1, first, last));
+    EXPECT_FALSE(KvMath::convert_Pxl2Z(nullptr, r.params.data(), 1, 1, 0, 647, out.rows()) ||
+                 KvMath::convert_Pxl2Z(r.dtf.rows(), nullptr, 1, 1, 0, 647, out.rows()) ||
+                 KvMath::convert_Pxl2X(r.dtf.rows(), nullptr, 1, 1, 0, 647, nullptr));
+    for (const auto& [z0, x0] :
+         {std::pair(out.rows(), static_cast<unsigned short**>(nullptr)), {nullptr, out.rows()}})
+        EXPECT_FALSE(KvMath::convert_Triangles2PxlWithTemplate(r.dtf.rows(), r.params.data(), 1, 1, 1, 1, 0,
+                                                               647, z0, x0));
     EXPECT_EQ(out[0][0] + out[647][16383], 14);  // untouched
     EXPECT_FALSE(z(1, NAN, 9, 9));               // one column is no line; the step is not used
     EXPECT_EQ(out.cells, TestSupport::Cells(out.cells.size(), KvMath::kEmptyCell));

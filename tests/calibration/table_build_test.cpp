@@ -118,7 +118,12 @@ TEST(Scores, GradientsPerSensorRowAndExposure) {
     EXPECT_EQ(x[975 * 648], 29707 - 29585);  // of rows 975 and 973
     EXPECT_TRUE(std::isnan(z[498 * 648 + 3]) && std::isnan(z[502 * 648 + 3]) &&
                 !std::isnan(z[500 * 648 + 3] + z[974 * 648 + 3]));
-    EXPECT_FALSE(gradientXandZtables(table.data(), NAN, 1, z.data(), x.data()));
+    EXPECT_FALSE(gradientXandZtables(table.data(), NAN, 1, z.data(), x.data()) ||
+                 gradientXandZtables(table.data(), 1, 0, z.data(), x.data()) ||
+                 gradientXandZtables(nullptr, 1, 1, z.data(), x.data()));
+    EXPECT_TRUE(gradientXandZtables(table.data(), 64, 16384, z.data(), nullptr) &&
+                gradientXandZtables(table.data(), 32, 8192, nullptr, x.data()));
+    EXPECT_TRUE(z[320 * 648] == 80 * 32 / 16384.0 && x[32 * 648] == 2) << "either alone";
 
     KvProfile profile;
     double score = 7;

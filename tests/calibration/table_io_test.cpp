@@ -46,6 +46,13 @@ TEST_F(CalibrationFiles, RawRecordMixesByteOrdersAndKeepsWhatAShortFileHas) {
     }
     EXPECT_FALSE(saveRawCbrDataToFile(raw.rows(), parameters.data(), missing));
     EXPECT_FALSE(loadRawCbrDataFromFile(raw.rows(), parameters.data(), missing));
+    EXPECT_FALSE(saveRawCbrDataToFile(raw.rows(), nullptr, path) ||
+                 saveRawCbrDataToFile(nullptr, values.data(), path));
+    EXPECT_FALSE(loadRawCbrDataFromFile(raw.rows(), nullptr, path) ||
+                 loadRawCbrDataFromFile(nullptr, values.data(), path));
+    EXPECT_FALSE(saveTableToFile(nullptr, path) || saveTableToFile(nullptr, 1, path) ||
+                 loadTableFromFile(nullptr, path));
+    EXPECT_EQ(bytes().size(), 1) << "untouched";
 }
 
 TEST_F(CalibrationFiles, TableIsItsCellsLittleEndianAndShortOnesEndEmpty) {

@@ -50,6 +50,19 @@ TEST(CutTbl, EqualsTheLiteralConditions) {
     }
 }
 
+TEST(Convert625, NullTablesAreLeftAlone) {
+    Cells one(std::size_t(KvMath::kTableCells), 7);
+    TestSupport::CellRows gap(1000, 7);
+    gap.pointers[647] = nullptr;
+    KvMath::cutTBL(nullptr, {});
+    KvMath::zMirrorTBL(nullptr, true, true);
+    KvMath::zMirrorDTF(nullptr);
+    KvMath::zMirrorDTF(gap.rows());
+    EXPECT_TRUE(KvMath::convert625to625d(nullptr, one.data(), 1, 1) &&
+                KvMath::convert625to625d(one.data(), nullptr, 1, 1));
+    EXPECT_TRUE(one == Cells(one.size(), 7) && gap.cells == Cells(gap.cells.size(), 7));
+}
+
 TEST(ZMirror, TurnsPositionsAboutTheSensorAndTablesBy977Rows) {
     TestSupport::Draws draws(2);
     TestSupport::CellRows dtf(1000);

@@ -3,6 +3,7 @@
 #include <tests/support/prelude.h>
 
 TEST(FreeVector, ZeroLengthIsRefusedAndLeavesTheVector) {
+    EXPECT_TRUE(std::isnan(KvFreeVector().x) && std::isnan(KvFreeVector().y));
     KvFreeVector v(3, -4);
     EXPECT_FALSE(v.resize(0) || v.resize(-1) || v.resize(kNaN) || KvFreeVector(0, 0).resize(2));
     EXPECT_FALSE(v.sumVectors({1, 2}, {-1, -2}));

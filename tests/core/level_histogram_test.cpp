@@ -50,6 +50,9 @@ TEST(LevelHistogram, RefusesWhatHasNoLevelsOrTooMany) {
         }
     }
     EXPECT_TRUE(std::isnan(histogram.calcMassCenter()));
+    histogram.bins[5] = 5;
+    histogram.clear();
+    EXPECT_EQ(histogram.count(), 0);
     auto cloud = heights({0, 1, 3e38F, -3e38F, -kInf});
     cloud.minY = 0;
     cloud.maxY = 1;

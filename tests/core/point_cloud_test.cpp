@@ -142,6 +142,23 @@ TEST(PointCloud, QueriesIncludeBoundsAndLeaveUnsetPointsOutside) {
     EXPECT_EQ(found, (QList<int>{0, 1}));
     EXPECT_EQ(cloud.getIndexZ(2.0F), 1);
     EXPECT_EQ(cloud.getIndexZ(kNaN), -1);
+    EXPECT_TRUE(cloud.getIndexX(3.0F) == 3 && cloud.getIndexX(9.0F) == -1 && cloud.getIndexY(0.0F) == 0);
+    XY flat;
+    for (const KvPointXY& p : {KvPointXY(1, 5), KvPointXY(2, 6), KvPointXY(3, 6), KvPointXY(kNaN, 6)})
+        flat.append(p, true);
+    EXPECT_TRUE(flat.getIndexX(2) == 1 && flat.getIndexY(6) == 1 && flat.getIndexX(6) == -1);
+    EXPECT_TRUE(flat.getRangeIndeces(found, 2, kNaN, kNaN, 6) == 2 && found == (QList<int>{1, 2}));
+    EXPECT_TRUE(flat.removePointsByYLevel(6, true) == 3 && flat.points.first().x == 1);
+    KvPointCloud<KvPointXYZRGB> coloured;
+    for (const float v : {0.0F, 0.0F, 1.0F}) {
+        KvPointXYZRGB p;
+        p.x = p.y = p.z = v;
+        coloured.points.append(p);
+    }
+    EXPECT_TRUE(coloured.getRangeIndeces(found, kNaN, kNaN, 0, 0, kNaN, kNaN) == 2 &&
+                found == (QList<int>{0, 1}));
+    coloured.buildZIndex();
+    EXPECT_TRUE(coloured.zIndexBuilt && coloured.zIndex == (QMap<float, int>{{0, 0}, {1, 1}}));
     EXPECT_EQ(cloud.calcSection(cloud, 2.5F, 0.5F), 3) << "own destination";
     EXPECT_THAT(xOf(cloud.points), testing::ElementsAre(1, 3, 4));
 }

@@ -29,7 +29,8 @@ TEST(ProfileSD, AssignmentAppendsAndTakesTheTagsOnly) {
 
 TEST(ProfileSD, RecordsAreAppendedAndReadAmongOthersWithTheirReservedBytes) {
     const TestSupport::ScratchDirectory scratch;
-    KvProfileSD profile(3, -4, kBuffer, 2), read;
+    KvProfileSD profile(3, -4), read;
+    profile = KvProfile(kBuffer, 2);
     std::memcpy(profile.blockA.reserved, "reserved", 8);
     for (const bool append : {false, false, true})
         EXPECT_TRUE(profile.writeToFile("records", append));
@@ -39,6 +40,7 @@ TEST(ProfileSD, RecordsAreAppendedAndReadAmongOthersWithTheirReservedBytes) {
     EXPECT_EQ(KvProfileZ().readFromFile(file), -1) << "left to its own kind";
     EXPECT_EQ(read.readFromFile(file), 2);
     EXPECT_EQ(std::memcmp(&read.blockA, &profile.blockA, 24), 0);
+    EXPECT_TRUE(read.readFromFile("none") == -1 && !profile.writeToFile("none/records", true));
     EXPECT_TRUE(read.readFromFile(file, true) == -1 && KvProfileZ().readFromFile(file) == 3);
 }
 

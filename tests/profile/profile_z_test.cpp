@@ -54,6 +54,12 @@ TEST(ProfileZ, TakesItsPlaceFromItsOwnKindAloneAndLosesItByClear) {
     profile = KvProfileZ(2.5F, kBuffer, 3);
     profile = KvProfile(kBuffer, 1);
     EXPECT_TRUE(profile.z == 2.5F && profile.points.size() == 1);
+    const TestSupport::ScratchDirectory scratch;
+    KvProfileZ read;
+    scratch.write("z", QByteArray(99, 'x'));
+    EXPECT_TRUE(profile.writeToFile("z") && !profile.writeToFile("none/z") &&
+                scratch.read("z").size() == 7 + 8);
+    EXPECT_TRUE(read.readFromFile("z") == 1 && read.z == 2.5F && read.points.first().y == -2);
     profile.clear();
     EXPECT_TRUE(std::isnan(profile.z) && profile.isEmpty());
 }

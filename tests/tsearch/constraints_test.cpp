@@ -187,6 +187,19 @@ TEST(StoredForms, AreTheDocumentedBytesAndKeys) {
                 pair + QStringList{"directionAngle", "isFromLineReference"});
 }
 
+TEST(GetContraint, TellsWhatTheConstructorTook) {
+    int from = 0, to = 0;
+    double lower = 0, upper = 0, angle = 0;
+    TSCInclinationAngle(7, 1, 2).getContraint(from, lower, upper);
+    EXPECT_TRUE(from == 7 && lower == 1 && upper == 2);
+    TSCRotationAngle::Direction direction;
+    TSCRotationAngle(3, 4, 5, 6, TSCRotationAngle::Clockwise).getContraint(from, to, lower, upper, direction);
+    EXPECT_TRUE(from == 3 && to == 4 && lower == 5 && upper == 6 && direction == TSCRotationAngle::Clockwise);
+    bool fromLine = false;
+    TSCEndPointShiftInDirection(5, 6, 7, 8, 9, true).getContraint(from, to, lower, upper, angle, fromLine);
+    EXPECT_TRUE(from == 5 && to == 6 && lower == 7 && upper == 8 && angle == 9 && fromLine);
+}
+
 TEST(StoredForms, BoundsAreDoublesIndicesNumbersThatFitAndADirectionMayBeMissing) {
     const auto map = [](const QVariant& line, const QVariant& upper) {
         return QVariantMap{{"lineIndex", line}, {"lowerBound", 2.5}, {"upperBound", upper}};
@@ -203,13 +216,23 @@ TEST(StoredForms, BoundsAreDoublesIndicesNumbersThatFitAndADirectionMayBeMissing
         EXPECT_TRUE(line == 2 && lower == 2.5 && upper == kUnset);
     }
     const double huge = 2147483648.0;
-    for (const QVariant& index : {QVariant(3.0), QVariant(quint64(7)), QVariant(-huge)}) {
+    for (const QVariant& index :
+         {QVariant(3.0), QVariant(quint64(7)), QVariant(-huge), QVariant(7U), QVariant(7.0F),
+          QVariant::fromValue(7L), QVariant::fromValue(7UL), QVariant::fromValue(short(-7)),
+          QVariant::fromValue(ushort(7)), QVariant::fromValue(static_cast<signed char>(-7)),
+          QVariant::fromValue(uchar(7))}) {
         QVariantMap good = map(index, 2.0);
         EXPECT_TRUE(c.load(good) && mapOf(c)["lineIndex"].toInt() == index.toInt());
     }
     for (const double index : {huge, std::nan(""), HUGE_VAL, -1e300}) {
         QVariantMap bad = map(index, 2.0);
         EXPECT_FALSE(c.load(bad));
+    }
+    TSCEndPointShiftInDirection shift;
+    QVariantMap flags = mapOf(shift);
+    for (const double flag : {0.0, 0.25}) {
+        flags["isFromLineReference"] = flag;
+        EXPECT_TRUE(shift.load(flags) && mapOf(shift)["isFromLineReference"] == QVariant(flag != 0));
     }
     TSCRotationAngle turn(0, 1, 1, 2, TSCRotationAngle::Clockwise);
     QVariantMap whole = mapOf(turn);

@@ -162,6 +162,56 @@ std::vector<std::shared_ptr<TSMeasurement>> allNine() {
             std::make_shared<TSUMFarLineInDirection>(Point(0.5, -2), "a", "b", "c")};
 }
 
+TEST(EveryMeasurement, IsWhatItsSettersMadeItAndItsGettersTell) {
+    const auto all = allNine();
+    const auto becomes = [&](size_t k, auto m, auto set) {
+        set(m);
+        EXPECT_EQ(recordOf(m), recordOf(*all[k])) << m.getType().toStdString();
+    };
+    const auto line = [](auto& m) {
+        m.setMeasureLineIndex(1);
+        EXPECT_EQ(m.getMeasureLineIndex(), 1);
+    };
+    const auto pair = [](auto& m) {
+        int from = 0, to = 0;
+        m.setMeasureLinesIndecies(1, 2);
+        m.getMeasureLinesIndecies(from, to);
+        EXPECT_TRUE(from == 1 && to == 2);
+    };
+    const auto position = [](auto& m) {
+        m.setPosition(0.5);
+        EXPECT_EQ(m.getPosition(), 0.5);
+    };
+    const auto ends = [](auto& m) {
+        bool from = false, to = true;
+        m.setPointsChoice(true, false);
+        m.getPointsChoice(from, to);
+        EXPECT_TRUE(from && !to);
+    };
+    becomes(0, TSUMLength(0, "a"), line);
+    becomes(1, TSUMInclinationAngle(0, "a"), line);
+    becomes(2, TSUMRotationAngle(0, 0, "a"), pair);
+    becomes(3, TSUMAngleBetweenLines(0, 0, "a"), pair);
+    becomes(4, TSUMLinePoint(0, 0, "a"), [&](auto& m) { line(m), position(m); });
+    becomes(5, TSUMLinesIntersection(0, 0, "a"), pair);
+    becomes(6, TSUMPointBetween2Points(0, 0, false, true, 0, "a"),
+            [&](auto& m) { pair(m), ends(m), position(m); });
+    becomes(7, TSUMEndPointShiftInDirection(0, 0, false, true, 0, false, 0, "a"), [&](auto& m) {
+        int from = 0, to = 0, reference = 0;
+        m.setMeasureLinesIndecies(1, 2, 3);
+        m.getMeasureLinesIndecies(from, to, reference);
+        EXPECT_TRUE(from == 1 && to == 2 && reference == 3);
+        ends(m);
+        m.setDirectionAngle(-2);
+        m.setLineReferenceReversed(true);
+        EXPECT_TRUE(m.getDirectionAngle() == -2 && m.getLineReferenceReversed());
+    });
+    becomes(8, TSUMFarLineInDirection(Point(0, 0), "a", "b", "c"), [](auto& m) {
+        m.setDirection({0.5, -2});
+        EXPECT_TRUE(m.getDirection().x == 0.5 && m.getDirection().y == -2);
+    });
+}
+
 TEST(EveryMeasurement, FailsWithoutASegmentForItsLineAndShowsActiveResultsOnly) {
     QList<LinePP> lines = kCorner;
     for (const auto& m : allNine()) {
@@ -172,6 +222,10 @@ TEST(EveryMeasurement, FailsWithoutASegmentForItsLineAndShowsActiveResultsOnly) 
         for (int bad : {-1, -2, INT_MIN, 6, INT_MAX})
             EXPECT_FALSE(measure(*m, lines, {0, bad, 4, 0}));
         EXPECT_FALSE(measure(*m, lines, {0}));
+        const QVariantMap map = mapOf(*m);
+        const bool two = map.contains("measureLineToIndex") || map.contains("measureSecondLineIndex");
+        EXPECT_EQ(measure(*m, lines, {0, 2, -1, 0}), !two);
+        EXPECT_EQ(measure(*m, lines, {0, 2, 4, -1}), !map.contains("measureLineReferenceIndex"));
     }
     TSLinesIndecies indices(std::vector<int>{0, 2, 4, 0}.data(), 4);
     for (const auto& m : allNine()) {

@@ -192,6 +192,10 @@ TEST(DefaultCheck, BoundsHoldOnEqualityAndMinusOneIsNone) {
         EXPECT_TRUE(defaultCheckFunction(lines, codes, 0, &params));
         EXPECT_FALSE(defaultCheckFunction(lines, codes, 2, &params)) << "unassigned";
         EXPECT_FALSE(defaultCheckFunction(lines, codes, 3, &params)) << "outside the tables";
+        EXPECT_FALSE(defaultCheckFunction(nullptr, codes, 0, &params) ||
+                     defaultCheckFunction(lines, nullptr, 0, &params) ||
+                     defaultCheckFunction(lines, codes, 0, nullptr) ||
+                     defaultCheckFunction(lines, codes, -1, &params));
         clearDefaultCheckFunctionParams(params);
     }
     for (const int T : {0, -5, 4097, INT_MAX}) {
@@ -227,6 +231,9 @@ TEST(DefaultBest, OnlyAGreaterTotalReplaces) {
     EXPECT_TRUE(defaultBestFunction(lines, longer, first, 1, nullptr));
     EXPECT_TRUE(defaultBestFunction(lines, both, partly, 2, nullptr));
     EXPECT_FALSE(defaultBestFunction(lines, partly, both, 2, nullptr));
+    EXPECT_FALSE(defaultBestFunction(lines, nullptr, none, 1, nullptr) ||
+                 defaultBestFunction(lines, first, nullptr, 1, nullptr));
+    EXPECT_FALSE(defaultBestFunction(nullptr, longer, first, 1, nullptr));
 }
 
 }  // namespace

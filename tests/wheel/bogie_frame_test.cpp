@@ -92,6 +92,25 @@ TEST(Adjustment, RefusesWhatDoesNotFixTheMotion) {
     const PlaneInfo planes[3] = {planeOf(1, 0, 0, 1), planeOf(0, 1, 0, 2), planeOf(1, 1, 0, 3)};
     EXPECT_FALSE(getAdjustmentDataPlanesMethod(planes, planes, 3, M, t));
     EXPECT_FALSE(getAdjustmentDataPlanesMethod(planes, planes, -1, M, t));
+    const PlaneInfo cube[3] = {planes[0], planes[1], planeOf(0, 0, 1, 3)};
+    double corners[9] = {0, 0, 0, 1, 2, 3, 2, 4, 7};
+    ASSERT_TRUE(getAdjustmentData(corners, corners, 3, M + 0, t) &&
+                getAdjustmentDataPlanesMethod(cube, cube, 3, M, t));
+    M[0] = 42, t[0] = 43;
+    EXPECT_FALSE(getAdjustmentData(nullptr, corners, 3, M, t) ||
+                 getAdjustmentData(corners, nullptr, 3, M, t) ||
+                 getAdjustmentData(corners, corners, 3, nullptr, t) ||
+                 getAdjustmentData(corners, corners, 3, M, nullptr));
+    EXPECT_FALSE(getAdjustmentDataPlanesMethod(nullptr, cube, 3, M, t) ||
+                 getAdjustmentDataPlanesMethod(cube, nullptr, 3, M, t) ||
+                 getAdjustmentDataPlanesMethod(cube, cube, 3, nullptr, t) ||
+                 getAdjustmentDataPlanesMethod(cube, cube, 3, M, nullptr));
+    for (PlaneInfo spoilt :
+         {PlaneInfo(), planeOf(0, 0, 0, 3), planeOf(0, 0, 1, NAN)}) {  // each leaves two planes
+        const PlaneInfo some[3] = {planes[0], planes[1], spoilt};
+        EXPECT_FALSE(getAdjustmentDataPlanesMethod(cube, some, 3, M, t) ||
+                     getAdjustmentDataPlanesMethod(some, cube, 3, M, t));
+    }
     EXPECT_TRUE(M[0] == 42 && t[0] == 43);
 }
 
@@ -101,6 +120,11 @@ TEST(PlanesAndLines, MeetOrAreRefused) {
     ASSERT_TRUE(intersectPlanes(x, y, z, point));
     EXPECT_THAT(point, ElementsAre(2, -3, 3));
     EXPECT_FALSE(intersectPlanes(x, y, y, point));
+    const double beyond[4] = {0, 0, 1, 1e308}, also[4] = {0, 1, 1, -1e308};
+    EXPECT_FALSE(intersectPlanes(x, beyond, also, point) && !std::isfinite(point[1]));
+    const double six[18] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 0, 0, 0, 6, 0, 0, 0, 3, 0};
+    middlePointOf6Points(six, point);
+    EXPECT_THAT(point, ElementsAre(3, 3, 3));
 
     const double p1[] = {0, 0, 0}, dir1[] = {5, 0, 0}, p2[] = {3, 7, 2}, dir2[] = {0, 2, 0};
     ASSERT_TRUE(lines3dIntersection(p1, dir1, p2, dir2, point));
@@ -143,4 +167,14 @@ TEST(BogieFrame, ComesFromMiddlePlanesAndUpperNormals) {
     EXPECT_THAT(listOf(M, 9), Pointwise(DoubleNear(1e-12), {1.0, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, 1.0}));
     EXPECT_FALSE(getBogieReferenceFrame(planes, 1, M, origin));
     EXPECT_FALSE(getBogieReferenceFrame(planes + 3, 1, M, origin));
+    EXPECT_FALSE(getBogieReferenceFrame(nullptr, 4, M, origin) ||
+                 getBogieReferenceFrame(planes, 4, nullptr, origin) ||
+                 getBogieReferenceFrame(planes, 4, M, nullptr));
+    PlaneInfo twice[2][7];
+    for (auto& row : twice)
+        std::copy_n(planes[1], 7, row);
+    EXPECT_FALSE(getBogieReferenceFrame(twice, 2, M, origin)) << "no way along the rows";
+    planes[2][4].valid = false;
+    planes[2][4].axis2 = 0;  // and no angles either: the row is left out
+    EXPECT_TRUE(getBogieReferenceFrame(planes, 4, M, origin) && std::fabs(origin[0] - 50) < 1e-9);
 }

@@ -3,6 +3,7 @@
 #include <kvmath/wheel/apexes.h>
 
 #include <tests/support/random_data.h>
+#include <tests/support/scratch_directory.h>
 
 #include <gtest/gtest.h>
 
@@ -46,9 +47,9 @@ TEST(Apexes, AreWhereRisingMeetsFallingInAnyOrderOfPoints) {
 
 // The object is placed by a known sensor; the sensor found must put the ridges back where they are.
 TEST(SensorPlacement, PutsTheRidgesWhereTheyAre) {
-    const KvProfile profile = ridges({{-60, 30}, {0, 40}, {50, 20}});
-    for (const float angleC : {0.0F, 20.0F}) {
-        const _KvORBIS_SensorCoord_ truth = {500, -20, 90, 35, 0, angleC};
+    const KvProfile profile = ridges({{-60, 50}, {0, 40}, {50, 20}});
+    for (const auto& [angleA, angleC] : {std::pair(35.0F, 0.0F), {35.0F, 20.0F}, {-178.0F, 0.0F}}) {
+        const _KvORBIS_SensorCoord_ truth = {500, -20, 90, angleA, 0, angleC};
         KvProfile apexes;
         QList<KvLine> lines;
         ORBIS_detectApexes(profile, apexes, lines, 2.0F);
@@ -87,6 +88,10 @@ TEST(CalibrationNodes, AreTheSharpestCornersAndTheirPlaces) {
     EXPECT_NEAR(nodes[0].x, -20, 1e-6);
     EXPECT_NEAR(nodes[1].y, 10, 1e-6);
     EXPECT_NEAR(nodes[2].x, 20, 1e-6);
+    const TestSupport::ScratchDirectory scratch;
+    EXPECT_EQ(ORBIS_detectCalibrNodes(profile, nodes, 1.0F, 0.2F, 1), CalibrNodesFound);
+    EXPECT_EQ(scratch.read("points.csv").count('\n'), 3) << "the three corners";
+    EXPECT_EQ(ORBIS_detectCalibrNodes(profile, nullptr, 1.0F, 0.2F, 0), CalibrNodesTooFewPoints);
     EXPECT_EQ(ORBIS_detectCalibrNodes(profile, nodes, 0.01F, 0.2F, 0), CalibrNodesTooFewPoints);
     EXPECT_EQ(ORBIS_detectCalibrNodes(profile, nodes, 1.0F, 1e9F, 0), CalibrNodesTooFewLines);
 
@@ -98,4 +103,8 @@ TEST(CalibrationNodes, AreTheSharpestCornersAndTheirPlaces) {
     EXPECT_TRUE(places[1].y == 20.0F && places[1].z == 25.0F && places[2].z == 0.0F);
     const KvPointXY same[3] = {{1, 1}, {4, 10}, {1, 1}};
     EXPECT_FALSE(ORBIS_detectCalibr3DNodes(same, places, 30, 0.5F, 25));
+    EXPECT_FALSE(ORBIS_detectCalibr3DNodes(nullptr, places, 30, 0.5F, 25) ||
+                 ORBIS_detectCalibr3DNodes(corners, nullptr, 30, 0.5F, 25));
+    ASSERT_TRUE(ORBIS_detectCalibr3DNodes(corners, places, 30, 0, 25));
+    EXPECT_EQ(places[0].y, 0.0F) << "without a taper";
 }
