@@ -13,6 +13,7 @@
 #include <pcl/filters/voxel_grid.h>
 #include <pcl/surface/concave_hull.h>
 
+#include <algorithm>
 #include <cmath>
 #include <set>
 #include <vector>
@@ -71,6 +72,11 @@ PeerCloud::Ptr peerOf(const KvMath::KvProfile& profile) {
     return peer;
 }
 
+bool isSame(const PeerCloud& a, const PeerCloud& b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](const auto& p, const auto& q) { return p.x == q.x && p.y == q.y && p.z == q.z; });
+}
+
 // ---- Cells with few points. The library removes their points; the peer puts one centre in the place of the
 // points of every other cell, which is a further step. Compared: the points in cells that stay.
 
@@ -80,24 +86,32 @@ void setUp(pcl::VoxelGrid<pcl::PointXYZ>& grid, const PeerCloud::Ptr& cloud) {
     grid.setMinimumPointsNumberPerVoxel(kLeast / 10);
 }
 
-int keptByPeer(const PeerCloud::Ptr& cloud) {
+/// The points of the cells that the peer keeps.
+PeerCloud keptByPeer(const PeerCloud::Ptr& cloud) {
     pcl::VoxelGrid<pcl::PointXYZ> grid;
     setUp(grid, cloud);
     grid.setSaveLeafLayout(true);
     PeerCloud centres;
     grid.filter(centres);
-    int kept = 0;
-    for (const pcl::PointXYZ& point : *cloud)
-        kept += grid.getCentroidIndex(point) >= 0 ? 1 : 0;
+    PeerCloud kept;
+    for (const pcl::PointXYZ& point : *cloud) {
+        if (grid.getCentroidIndex(point) >= 0)
+            kept.push_back(point);
+    }
     return kept;
 }
 
-void BM_Cells(benchmark::State& state) {
-    const Cloud input = surface(sizeOf(state));
+Comparison cells([](int size) {
+    const Cloud input = surface(size);
     Cloud kept = input;
     kept.cubicFilter(kCell, kLeast / 10);
-    if (kept.points.size() != keptByPeer(peerOf(input)))
-        return state.SkipWithError("different points kept");
+    return isSame(*peerOf(kept), keptByPeer(peerOf(input))) ? nullptr : "different points kept";
+});
+
+void BM_Cells(benchmark::State& state) {
+    if (cells.refuses(state))
+        return;
+    const Cloud input = surface(sizeOf(state));
     Cloud cloud;
     for (auto _ : state) {
         state.PauseTiming();  // a cloud of its own, as a host has it: not one that shares its points with the
@@ -107,11 +121,13 @@ void BM_Cells(benchmark::State& state) {
         state.ResumeTiming();
         benchmark::DoNotOptimize(cloud.cubicFilter(kCell, kLeast / 10));
     }
-    state.counters["kept"] = kept.points.size();
+    state.counters["kept"] = cloud.points.size();
 }
 BENCHMARK(BM_Cells)->Apply(sizes);
 
 void BM_CellsPeerWithCentres(benchmark::State& state) {
+    if (cells.refuses(state))
+        return;
     const PeerCloud::Ptr input = peerOf(surface(sizeOf(state)));
     PeerCloud centres;
     for (auto _ : state) {
@@ -120,7 +136,7 @@ void BM_CellsPeerWithCentres(benchmark::State& state) {
         grid.filter(centres);
         benchmark::DoNotOptimize(centres.points.data());
     }
-    state.counters["kept"] = keptByPeer(input);
+    state.counters["kept"] = static_cast<double>(keptByPeer(input).size());
 }
 BENCHMARK(BM_CellsPeerWithCentres)->Apply(sizes);
 
@@ -133,31 +149,33 @@ void setUp(pcl::RadiusOutlierRemoval<pcl::PointXYZ>& removal, const PeerCloud::P
     removal.setMinNeighborsInRadius(least);
 }
 
-void BM_Neighbours(benchmark::State& state) {
-    const KvMath::KvProfile input = line(sizeOf(state));
-    KvMath::KvProfile kept = input;
-    kept.removeNoisyPoints(1.0F, 5);
+Comparison neighbours([](int size) {
+    KvMath::KvProfile kept = line(size);
     pcl::RadiusOutlierRemoval<pcl::PointXYZ> removal;
+    setUp(removal, peerOf(kept), 1.0, 5);
     PeerCloud peer;
-    setUp(removal, peerOf(input), 1.0, 5);
     removal.filter(peer);
-    if (static_cast<std::size_t>(kept.points.size()) != peer.size())
-        return state.SkipWithError("different points kept");
-    for (int i = 0; i < kept.points.size(); ++i) {
-        const pcl::PointXYZ& p = peer[static_cast<std::size_t>(i)];
-        if (kept.points[i].x != p.x || kept.points[i].y != p.y)
-            return state.SkipWithError("different points kept");
-    }
+    kept.removeNoisyPoints(1.0F, 5);
+    return isSame(*peerOf(kept), peer) ? nullptr : "different points kept";
+});
+
+void BM_Neighbours(benchmark::State& state) {
+    if (neighbours.refuses(state))
+        return;
+    const KvMath::KvProfile input = line(sizeOf(state));
+    int kept = 0;
     for (auto _ : state) {
         KvMath::KvProfile profile = input;
         profile.removeNoisyPoints(1.0F, 5);
-        benchmark::DoNotOptimize(profile.points);
+        benchmark::DoNotOptimize(kept = profile.points.size());
     }
-    state.counters["kept"] = kept.points.size();
+    state.counters["kept"] = kept;
 }
 BENCHMARK(BM_Neighbours)->Apply(sizes);
 
 void BM_NeighboursPeer(benchmark::State& state) {
+    if (neighbours.refuses(state))
+        return;
     const PeerCloud::Ptr input = peerOf(line(sizeOf(state)));
     PeerCloud kept;
     for (auto _ : state) {
@@ -198,7 +216,8 @@ void BM_BallsPeerAroundPoints(benchmark::State& state) {
 BENCHMARK(BM_BallsPeerAroundPoints)->Apply(sizes);
 
 // ---- Planes. Least squares of the height and orthogonal least squares here, both in double; orthogonal
-// there, in float and in double.
+// there, in double, which is compared, and in float. `deviation` is that of the unit normal from the
+// library's orthogonal one.
 
 /// Unit normal of the plane, upwards.
 template <class Number>
@@ -231,25 +250,33 @@ void BM_PlaneOfHeights(benchmark::State& state) {
 }
 BENCHMARK(BM_PlaneOfHeights)->Apply(sizes);
 
+template <class Number>
+double peerDeviation(const Cloud& cloud) {
+    return (peerNormal<Number>(*peerOf(cloud)) - orthogonalNormal(doublesOf(cloud))).norm();
+}
+
+Comparison planes([](int size) {
+    return peerDeviation<double>(slope(size)) < 1e-7 ? nullptr : "different planes";
+});
+
 void BM_PlaneOrthogonal(benchmark::State& state) {
-    const Cloud cloud = slope(sizeOf(state));
-    const std::vector<double> xyz = doublesOf(cloud);
-    const double deviation = (orthogonalNormal(xyz) - peerNormal<double>(*peerOf(cloud))).norm();
-    if (!(deviation < 1e-6))
-        return state.SkipWithError("different planes");
+    if (planes.refuses(state))
+        return;
+    const std::vector<double> xyz = doublesOf(slope(sizeOf(state)));
     for (auto _ : state)
         benchmark::DoNotOptimize(orthogonalNormal(xyz));
-    state.counters["deviation"] = deviation;
 }
 BENCHMARK(BM_PlaneOrthogonal)->Apply(sizes);
 
 template <class Number>
 void planePeer(benchmark::State& state) {
+    if (planes.refuses(state))
+        return;
     const Cloud cloud = slope(sizeOf(state));
     const PeerCloud::Ptr peer = peerOf(cloud);
     for (auto _ : state)
         benchmark::DoNotOptimize(peerNormal<Number>(*peer));
-    state.counters["deviation"] = (peerNormal<Number>(*peer) - orthogonalNormal(doublesOf(cloud))).norm();
+    state.counters["deviation"] = peerDeviation<Number>(cloud);
 }
 void BM_PlanePeerFloat(benchmark::State& state) { planePeer<float>(state); }
 void BM_PlanePeerDouble(benchmark::State& state) { planePeer<double>(state); }
@@ -282,19 +309,31 @@ PeerCloud::Ptr peerOf(const std::vector<KvMath::KvPointXY>& points) {
     return peer;
 }
 
+std::set<int> outline(const std::vector<KvMath::KvPointXY>& points) {
+    QList<int> indices;
+    KvMath::getCoinHull(vectorsOf(points), kCoin, indices);
+    return {indices.begin(), indices.end()};
+}
+
+Comparison outlines([](int size) {
+    const std::vector<KvMath::KvPointXY> iron = angleIron(size);
+    return outline(iron) == peerOutline(peerOf(iron), true) ? nullptr : "different corners";
+});
+
 void BM_Outline(benchmark::State& state) {
-    const std::vector<KvMath::KvPointXY> iron = angleIron(sizeOf(state));
-    const QList<KvMath::KvVector2D<double>> points = Peers::vectorsOf(iron);
+    if (outlines.refuses(state))
+        return;
+    const QList<KvMath::KvVector2D<double>> points = vectorsOf(angleIron(sizeOf(state)));
     QList<int> indices;
     for (auto _ : state)
         benchmark::DoNotOptimize(KvMath::getCoinHull(points, kCoin, indices));
-    if (std::set<int>(indices.begin(), indices.end()) != peerOutline(peerOf(iron), true))
-        return state.SkipWithError("different corners");
     state.counters["corners"] = indices.size() - 1;
 }
 BENCHMARK(BM_Outline)->RangeMultiplier(10)->Range(1000, 100000)->Unit(benchmark::kMicrosecond);
 
 void BM_OutlinePeer(benchmark::State& state) {
+    if (outlines.refuses(state))
+        return;
     const PeerCloud::Ptr cloud = peerOf(angleIron(sizeOf(state)));
     for (auto _ : state)
         benchmark::DoNotOptimize(peerOutline(cloud, false));
