@@ -83,6 +83,17 @@ def filtered(lines):
     return result
 
 
+def in_topic(lines, folder):
+    """The content of namespace KvMath as part of the topic of its folder (docs/topics.dox)."""
+    opened = [i for i, line in enumerate(lines) if line == "namespace KvMath {"]
+    closed = [i for i, line in enumerate(lines) if line == "}  // namespace KvMath"]
+    if len(opened) == 1 and len(closed) == 1 and lines[opened[0] + 1] == "":
+        lines[opened[0]] += f" /** @addtogroup topic_{folder}"
+        lines[opened[0] + 1] = "@{ */"
+        lines[closed[0]] = "/** @} */ " + lines[closed[0]]
+    return lines
+
+
 def signature(line):
     """Types of result and parameters, no names: a trailing comment serves declarations that agree in them."""
     return re.sub(r"\w+(?=[(,)])|\s*//.*$", "", line).strip()
@@ -101,4 +112,5 @@ def goes_on(line):
 
 if __name__ == "__main__":
     source = pathlib.Path(sys.argv[1])
-    print("\n".join(filtered(source.read_text(encoding="utf-8").splitlines())))
+    lines = filtered(source.read_text(encoding="utf-8").splitlines())
+    print("\n".join(in_topic(lines, source.parent.name)))
