@@ -17,9 +17,9 @@ using KvMath::KvPointXYZ;
 
 namespace {
 
-constexpr int longestLine = 4096;                  // bytes; no row of a profile comes near
-constexpr int largestProfile = 1'000'000;          // points
-constexpr quint32 largestRecordRead = 20'000'000;  // points; no scan is larger
+constexpr int longestLine = 4096;                // bytes; no row of a profile comes near
+constexpr int largestProfile = 1'000'000;        // points
+constexpr quint32 largestRecordRead = 1U << 26;  // points, as in the library
 constexpr float unset = std::numeric_limits<float>::quiet_NaN();
 
 /// Layout of one kind of record: marker, count, further head, points.

@@ -89,8 +89,9 @@ public:
 
     /// Reads one record at the device's position. Points, range and zIndexBuilt are reset first. Returns the
     /// count, or -1 with the position back where it was: wrong marker, short header or short points (complete
-    /// ones and their range stay in the cloud). A count beyond the bytes that exist reserves no memory. A
-    /// pipe cannot be put back.
+    /// ones and their range stay in the cloud). A count beyond the bytes that exist reserves no memory; a
+    /// file that really holds more than 2^26 points for a record is refused unread. A pipe cannot be put
+    /// back.
     int readFromFile(QFile& file);
     int readFromFile(QString path);  ///< -1 if it cannot be opened; the cloud is then left alone
 };

@@ -66,7 +66,7 @@ std::vector<Writer> writers() {
 TEST(LibraryFaults, AFullDiskIsToldAndLeavesNoHalfFile) {
     const TestSupport::ScratchDirectory scratch;
     for (const Writer& writer : writers()) {
-        for (const rlim_t room : {1, 500}) {
+        for (const rlim_t room : {rlim_t{1}, rlim_t{500}}) {
             EXPECT_TRUE(TestSupport::holdsInChild(
                 room, 0, [&] { return writer.write("out") == writer.isTrueOnceOpen; }))
                 << writer.name << ' ' << room;
