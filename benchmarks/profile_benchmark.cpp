@@ -8,6 +8,7 @@
 
 #include <QtCore/QTemporaryDir>
 
+#include <cmath>
 #include <vector>
 
 namespace {
@@ -59,6 +60,24 @@ void BM_Copy(benchmark::State& state) {
     measure(state, profile(), [](KvProfile& p) { benchmark::DoNotOptimize(p.points.begin()); });
 }
 BENCHMARK(BM_Copy);
+
+/// The unit of comparison: distances of neighbours, stored.
+void BM_PlainPass(benchmark::State& state) {
+    const KvProfile source = profile();
+    std::vector<float> distances(kPoints);
+    for (auto _ : state) {
+        const KvMath::KvPointXY* p = &source.points.at(0);
+        for (std::size_t i = 1; i < kPoints; ++i) {
+            const float dx = p[i].x - p[i - 1].x;
+            const float dy = p[i].y - p[i - 1].y;
+            distances[i] = std::sqrt(dx * dx + dy * dy);
+        }
+        benchmark::DoNotOptimize(distances.data());
+        benchmark::ClobberMemory();
+    }
+    state.SetItemsProcessed(state.iterations() * kPoints);
+}
+BENCHMARK(BM_PlainPass);
 
 void BM_RemoveNoise(benchmark::State& state) {
     measure(state, profile(), [](KvProfile& p) { p.removeNoise(16, 2, 0.5F, 0); });

@@ -7,8 +7,8 @@ usage: benchmark_report.py RESULTS [--least N] [--tables]    the document; only 
 
 RESULTS holds <program>.json (timed), <program>_memory.json (counted allocations), machine.json and commands.txt.
 
-The text is Markdown with three additions. {{machine}} stands for what was measured where. A block ```table SIZES is a
-table of lines; ```matrix ROWS COLUMNS one of times. Every line has a name and indented keys:
+The text is Markdown with a few additions. {{machine}} stands for what was measured where, {{repetitions}} for how often.
+A block ```table SIZES is a table of lines; ```matrix ROWS COLUMNS one of times. Every line has a name and indented keys:
 
     `medFilt`, window of 5
         time: profile BM_MedFilt/window:5        program and name of the benchmark; * stands for the sizes
@@ -158,6 +158,7 @@ def exponent(pairs):
 # ---- Tables
 
 COMPARED = ("plain pass", "plain form")
+KEY = re.compile(r"(time|plain pass|plain form|peer [^:]+|part [^:]+|only|fit|goal|item|why|[A-Za-z ]+ from): +(.*)")
 
 
 def is_compared(key):
@@ -172,7 +173,7 @@ def rows_of(block):
     rows = []
     for line in block:
         text = line.strip()
-        key = re.match(r"(time|plain pass|plain form|peer [^:]+|part [^:]+|only|fit|goal|item|why|[A-Za-z ]+ from): +(.*)", text)
+        key = KEY.match(text)
         if not text:
             continue
         if not line[0].isspace():
@@ -285,8 +286,8 @@ def matrix_text(head, block, runs, only_measured):
         return [] if only_measured else ["Not measured here."]
     downs, acrosses = sorted({r for r, _ in cells}), sorted({c for _, c in cells})
     least = int(row.get("fit", 0))
-    lines = ["| " + " | ".join([f"{head[0]} \\ {head[1]}", *map(str, acrosses), "growth", "allocations", "peak bytes", "in words"]) + " |",
-             "|---|" + "---:|" * (len(acrosses) + 3) + "---|"]
+    titles = [f"{head[0]} \\ {head[1]}", *map(str, acrosses), "growth", "allocations", "peak bytes", "in words"]
+    lines = ["| " + " | ".join(titles) + " |", "|---|" + "---:|" * (len(titles) - 2) + "---|"]
     for down in downs:
         found = {c: cells[down, c] for c in acrosses if (down, c) in cells}
         growth = exponent([(c, run.time) for c, run in found.items() if c >= least])
@@ -297,8 +298,8 @@ def matrix_text(head, block, runs, only_measured):
                                         bytes_text(last.bytes), sentence(words)]) + " |")
     growths = [exponent([(r, cells[r, c].time) for r in downs if (r, c) in cells and c >= least]) for c in acrosses]
     known = [f"m^{g:.2f}" if g is not None else "" for g in growths]
-    lines.append("| " + " | ".join(["growth", *known, "", "", "",
-                                    sentence(f"with {head[0]}, {max(acrosses)} {head[1]} grow as {known[-1]}", row.get("why"))]) + " |")
+    words = sentence(f"with {head[0]}, {max(acrosses)} {head[1]} grow as {known[-1]}", row.get("why"))
+    lines.append("| " + " | ".join(["growth", *known, "", "", "", words]) + " |")
     return lines
 
 
@@ -371,7 +372,8 @@ def document(text, runs, machine, only_measured=False):
             made += machine
         elif not line.startswith("<!--"):
             made.append(line)
-    return "\n".join(made).strip() + "\n"
+    least = min((run.count for run in runs.values() if run.count > 1), default=1)
+    return "\n".join(made).strip().replace("{{repetitions}}", str(least)) + "\n"
 
 
 def self_test():
