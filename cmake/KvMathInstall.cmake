@@ -1,22 +1,32 @@
+# What is installed, in three components: the library alone, what building against it takes, and the program.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS kvmath kvmath_tarn EXPORT KvMathTargets
-        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_COMPONENT development
+        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT library
         INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-install(DIRECTORY kvmath/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kvmath
+install(DIRECTORY kvmath/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kvmath COMPONENT development
         FILES_MATCHING PATTERN "*.h" PATTERN "*_p.h" EXCLUDE)
-install(FILES kvmath/kvmath DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kvmath)
+install(FILES kvmath/kvmath DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kvmath COMPONENT development)
 if(NOT KVMATH_TARN_TARGET)
-    install(FILES tarn/tarn.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tarn)
+    install(FILES tarn/tarn.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tarn COMPONENT development)
 endif()
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/KvMath)
-install(EXPORT KvMathTargets NAMESPACE KvMath:: DESTINATION ${package_dir})
+install(EXPORT KvMathTargets NAMESPACE KvMath:: DESTINATION ${package_dir} COMPONENT development)
 configure_package_config_file(cmake/KvMathConfig.cmake.in KvMathConfig.cmake INSTALL_DESTINATION ${package_dir})
 write_basic_package_version_file(KvMathConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/KvMathConfig.cmake ${CMAKE_CURRENT_BINARY_DIR}/KvMathConfigVersion.cmake
-        DESTINATION ${package_dir})
+        DESTINATION ${package_dir} COMPONENT development)
 file(RELATIVE_PATH kvmath_prefix_from_pc /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)  # the package may be moved
 configure_file(cmake/kvmath.pc.in kvmath.pc @ONLY)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/kvmath.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/kvmath.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+
+if(KVMATH_BUILD_KVMEASURE)
+    install(TARGETS kvmeasure RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT program)
+    if(TARGET kvmeasure_texts)
+        install(FILES ${KVMEASURE_TEXTS}/kvmeasure.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT program)
+        install(FILES ${KVMEASURE_TEXTS}/kvmeasure.bash RENAME kvmeasure COMPONENT program
+                DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+    endif()
+endif()

@@ -1,7 +1,5 @@
 #include "kvmeasure/arguments.h"
 
-#include "kvmeasure/failure.h"
-
 #include <algorithm>
 #include <cmath>
 
@@ -83,7 +81,7 @@ Arguments::Arguments(const Usage& usage, const QStringList& words) : usage_(usag
     if (findOption(usage_, "--json") == nullptr)
         usage_.options.push_back({"--json", "", "print JSON"});
     if (words.contains("--help"))
-        throw Help{helpText(usage_)};
+        throw CommandHelp{{helpText(usage_)}, usage_};
     bool optionsEnded = false;
     for (int i = 0; i < words.size(); ++i) {
         const QString& word = words[i];
@@ -163,8 +161,11 @@ void Arguments::wholePair(const QString& name, int& first, int& second, int mini
     second = static_cast<int>(values[1]);
 }
 
-int Arguments::choice(const QString& name, const QStringList& words) const {
-    const int chosen = has(name) ? words.indexOf(text(name)) : 0;
+int Arguments::choice(const QString& name) const {
+    if (!has(name))
+        return 0;
+    const QStringList& words = findOption(usage_, name)->choices;
+    const int chosen = words.indexOf(text(name));
     if (chosen < 0)
         throw Failure{
             QString("%1: %2 must be %3, not \"%4\"%5")

@@ -1,6 +1,8 @@
 #pragma once
 // Command lines: operands, flags and options with a value, as a command declares them.
 
+#include "kvmeasure/failure.h"
+
 #include <QtCore/QMap>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
@@ -12,14 +14,15 @@ namespace KvMeasure {
 
 /// One option of a command.
 struct Option {
-    const char* name;   ///< with its dashes, e.g. "--out"
-    const char* value;  ///< name of the value in the help, or "" for a flag
-    const char* help;   ///< one line
+    const char* name;          ///< with its dashes, e.g. "--out"
+    const char* value;         ///< name of the value in the help, or "" for a flag
+    const char* help;          ///< one line
+    QStringList choices = {};  ///< all values that there are, where these are words
 };
 
-/// What a command takes; the help text is made from it.
+/// What a command takes; help text, manual page and completions are made from it.
 struct Usage {
-    const char* command;
+    QString command;
     const char* operands;  ///< e.g. "PROFILE..."
     const char* summary;   ///< one sentence
     std::vector<Option> options;
@@ -31,9 +34,14 @@ Usage with(Usage usage, const std::vector<Option>& more);
 
 constexpr int anyNumber = std::numeric_limits<int>::max();  ///< of operands
 
+/// Thrown where a command is asked for its help.
+struct CommandHelp : Help {
+    Usage usage;  ///< with what every command has
+};
+
 /// A parsed command line. "--name value" and "--name=value" mean the same, "--" ends the options. Every
-/// command has --json and --help, which need not be declared. The constructor throws Help where it is asked
-/// for, and Failure for unknown, repeated and incomplete options; the others throw Failure.
+/// command has --json and --help, which need not be declared. The constructor throws CommandHelp where it is
+/// asked for, and Failure for unknown, repeated and incomplete options; the others throw Failure.
 class Arguments {
 public:
     Arguments(const Usage& usage, const QStringList& words);
@@ -54,8 +62,8 @@ public:
     void pair(const QString& name, double& first, double& second) const;
     void wholePair(const QString& name, int& first, int& second, int minimum, int maximum) const;
 
-    /// Index of the value among these words; 0 when the option was not given.
-    int choice(const QString& name, const QStringList& words) const;
+    /// Index of the value among the choices of the option; 0 when the option was not given.
+    int choice(const QString& name) const;
 
     /// Value of an option that must be given; `meaning` says what it is.
     QString required(const QString& name, const QString& meaning) const;

@@ -55,7 +55,10 @@ Usage buildUsage() {
         "calibrate build",
         "RAW TABLE",
         "Makes a table from the raw record of a flat target.",
-        {{"--builder", "NAME", "triangles (rounded to nearest) or steps (truncated) (triangles)"},
+        {{"--builder",
+          "NAME",
+          "triangles (rounded to nearest) or steps (truncated) (triangles)",
+          {"triangles", "steps"}},
          {"--compact", "", "a compact table, one row per sensor row; else two"},
          {"--columns", "FIRST,LAST", "sensor columns to use (0,647)"},
          {"--teeth", "RAW", "record of a toothed target, which tells X"},
@@ -74,7 +77,7 @@ BuildPlan readPlan(const Arguments& arguments) {
     BuildPlan plan;
     plan.units = readUnits(arguments);
     plan.isCompact = arguments.has("--compact");
-    plan.byTriangles = arguments.choice("--builder", {"triangles", "steps"}) == 0;
+    plan.byTriangles = arguments.choice("--builder") == 0;
     arguments.wholePair("--columns", plan.firstColumn, plan.lastColumn, 0, KvMath::kSensorColumns - 1);
     if (plan.lastColumn <= plan.firstColumn)
         throw Failure{"calibrate build: the first of --columns must be left of the last"};

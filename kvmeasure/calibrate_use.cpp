@@ -22,9 +22,12 @@ Usage applyUsage() {
          "TABLE RAW OUT",
          "Turns the positions of a raw record into profiles, one per step.",
          {{"--step", "N", "only this step, from 0; OUT is a CSV file then"},
-          {"--rows", "NAME", "linear (all five binary places count) or library (see below) (linear)"},
+          {"--rows",
+           "NAME",
+           "linear (all five binary places count) or library (see below) (linear)",
+           {"linear", "library"}},
           {"--pitch", "MM", "between the profiles of a stack (1)"},
-          {"--format", "FORM", "csv or kv-csv for one step, record for a stack"}},
+          {"--format", "FORM", "csv or kv-csv for one step, record for a stack", formNames()}},
          "A stack is a file of profiles with their places, as \"kvmeasure info\" and \"filter\" read "
          "it. With linear rows,\n"
          "places without line or table are left out. Library rows are those of "
@@ -71,7 +74,7 @@ public:
     explicit Applier(const Arguments& arguments)
         : arguments_(arguments), units_(readUnits(arguments)), table_(loadTable(arguments.operand(0))),
           record_(loadRaw(arguments.operand(1))) {
-        if (arguments.choice("--rows", {"linear", "library"}) == 0)
+        if (arguments.choice("--rows") == 0)
             return;
         if (!table_.isFull())
             throw Failure{"calibrate apply: --rows library needs a full table; this one is compact"};

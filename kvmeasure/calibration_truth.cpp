@@ -66,7 +66,7 @@ QString targetName(const CalibrationRecipe& recipe) {
 }  // namespace
 
 std::vector<Option> recipeOptions() {
-    std::vector<Option> options{{"--target", "NAME", "flat or toothed (flat)"}};
+    std::vector<Option> options{{"--target", "NAME", "flat or toothed (flat)", {"flat", "toothed"}}};
     for (const Field& field : fields)
         options.push_back({field.option, field.value, field.help});
     options.push_back({"--missing-columns", "N", "columns without any position (0)"});
@@ -77,7 +77,7 @@ std::vector<Option> recipeOptions() {
 CalibrationRecipe readRecipe(const Arguments& arguments) {
     constexpr int anyCount = std::numeric_limits<int>::max();
     CalibrationRecipe recipe;
-    if (arguments.choice("--target", {"flat", "toothed"}) == 1)
+    if (arguments.choice("--target") == 1)
         recipe.target = Simulator::CalibrationTarget::Toothed;
     for (const Field& field : fields)
         field.of(recipe) = arguments.number(field.option, field.of(recipe), -any, any);

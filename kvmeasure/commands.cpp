@@ -1,6 +1,7 @@
 #include "kvmeasure/commands.h"
 
 #include "kvmeasure/arguments.h"
+#include "kvmeasure/description.h"
 #include "kvmeasure/failure.h"
 #include "kvmeasure/wheels.h"
 
@@ -20,7 +21,12 @@ struct Group {
     const char* name;
     const char* summary;
     std::vector<Command> commands;
-    const char* details;
+    QString details;
+};
+
+/// Thrown where a group is asked for its help.
+struct GroupHelp : Help {
+    const Group* group;
 };
 
 QString overview(const Group& group) {
@@ -46,7 +52,7 @@ int runGroup(const Group& group, const QStringList& words) {
     if (name.isEmpty())
         throw Failure{QString("%1which command? See \"%2\"").arg(place, help)};
     if (name == "--help" || name == "-h")
-        throw Help{overview(group)};
+        throw GroupHelp{{overview(group)}, &group};
     QStringList names{"--help"};
     for (const Command& command : group.commands) {
         names.append(command.name);
@@ -55,6 +61,42 @@ int runGroup(const Group& group, const QStringList& words) {
     }
     throw Failure{
         QString("%1unknown command \"%2\"%3 (see \"%4\")").arg(place, name, suggestion(name, names), help)};
+}
+
+Description describe(const Group& group) {
+    Description description{{group.name, "COMMAND", group.summary, {}, group.details}, "", {}};
+    for (const Command& command : group.commands) {
+        Description part;
+        try {
+            command.run({"--help"});
+        } catch (const CommandHelp& help) {
+            part.usage = help.usage;
+        } catch (const GroupHelp& help) {
+            part = describe(*help.group);
+        }
+        part.brief = command.summary;
+        description.commands.push_back(part);
+    }
+    return description;
+}
+
+QString exitCodes() {
+    QStringList codes;
+    for (const ExitCode code : {Done, NotMet, Refused})
+        codes << QString("%1 %2").arg(code).arg(meaning(code));
+    return "Exit codes: " + codes.join(", ") + ".\n\n";
+}
+
+int runHelp(const Group& program, const QStringList& words) {
+    const struct {
+        const char* option;
+        QString (*make)(const Description& program);
+    } texts[] = {{"--man", manualPage}, {"--bash", bashCompletion}};
+    for (const auto& text : texts) {
+        if (words == QStringList{text.option})
+            throw Help{text.make(describe(program))};
+    }
+    return runGroup(program, words + QStringList{"--help"});
 }
 
 int runScan(const QStringList& words) {
@@ -158,14 +200,15 @@ int runCommand(const QStringList& words) {
          {"simulate", "", "makes profiles, scans and train passes with known dimensions", runSimulate},
          {"wheels", "", "wheels of a train that passed a measuring post", runWheels},
          {"calibrate", "", "builds, applies and checks tables of a triangulation scanner", runCalibrate}},
-        "Examples\n"
-        "  kvmeasure simulate profile --shape square-groove --noise 0.02 --out part.csv\n"
-        "  kvmeasure teach part.csv --longest 3 --measure \"depth = distance 1 2\" --out part.json\n"
-        "  kvmeasure match part.csv --template part.json --svg part.svg\n\n"
-        "Exit codes: 0 done, 1 measured but out of tolerance or not found, 2 wrong use or unreadable "
-        "input.\n"};
+        QString("Examples\n"
+                "  kvmeasure simulate profile --shape square-groove --noise 0.02 --out part.csv\n"
+                "  kvmeasure teach part.csv --longest 3 --measure \"depth = distance 1 2\" --out part.json\n"
+                "  kvmeasure match part.csv --template part.json --svg part.svg\n\n") +
+            exitCodes() +
+            "\"kvmeasure help --man\" writes the manual page, \"kvmeasure help --bash\" the completion for "
+            "bash.\n"};
     if (words.value(0) == "help")
-        return runCommand(words.mid(1) + QStringList{"--help"});
+        return runHelp(program, words.mid(1));
     return runGroup(program, words);
 }
 

@@ -12,6 +12,12 @@ enum ExitCode : int {
     Refused = 2  ///< wrong use, or input that cannot be read
 };
 
+inline const char* meaning(ExitCode code) {
+    if (code == Done)
+        return "done";
+    return code == NotMet ? "measured but out of tolerance or not found" : "wrong use or unreadable input";
+}
+
 /// Wrong use or unreadable input: says what, where and what to do.
 struct Failure {
     QString text;

@@ -1,5 +1,6 @@
 #include "kvmeasure/profile_writer.h"
 
+#include "kvmeasure/arguments.h"
 #include "kvmeasure/failure.h"
 
 #include <cmath>
@@ -35,16 +36,16 @@ void append(QByteArray& bytes, float value) {
 
 }  // namespace
 
+QStringList formNames() { return {"csv", "kv-csv", "record"}; }
+
 FileForm parseForm(const QString& text, FileForm absent) {
-    const QPair<const char*, FileForm> forms[] = {
-        {"csv", FileForm::Csv}, {"kv-csv", FileForm::LibraryCsv}, {"record", FileForm::Records}};
-    for (const auto& form : forms) {
-        if (text == form.first)
-            return form.second;
-    }
+    constexpr FileForm forms[] = {FileForm::Csv, FileForm::LibraryCsv, FileForm::Records};
+    const int form = formNames().indexOf(text);
+    if (form >= 0)
+        return forms[form];
     if (text.isEmpty())
         return absent;
-    throw Failure{QString("--format must be csv, kv-csv or record, not \"%1\"").arg(text)};
+    throw Failure{QString("--format must be %1, not \"%2\"").arg(alternatives(formNames()), text)};
 }
 
 QByteArray ProfileWriter::record(const LoadedProfile& loaded) const {

@@ -7,6 +7,7 @@
 namespace KvMeasure {
 
 /// Reads "csv", "kv-csv" or "record"; empty: `absent`. Throws Failure.
+QStringList formNames();  ///< that parseForm takes
 FileForm parseForm(const QString& text, FileForm absent);
 
 /// Writes profiles one after another; the file appears on commit. Coordinates keep all their digits, those

@@ -12,8 +12,9 @@ namespace {
 
 const std::vector<Option> outputOptions = {
     {"--format", "NAME",
-     "stack, cloud, xyz, grid, ply or ply-ascii (by the suffix: .ply .xyz .txt .csv, else stack)"},
-    {"--out-axes", "ORDER", "of the points written, as --axes (x,height,scan)"},
+     "stack, cloud, xyz, grid, ply or ply-ascii (by the suffix: .ply .xyz .txt .csv, else stack)",
+     scanFormNames()},
+    {"--out-axes", "ORDER", "of the points written, as --axes (x,height,scan)", axesOrders()},
 };
 
 Usage withOutput(const Usage& usage) { return withScanOptions(with(usage, outputOptions)); }

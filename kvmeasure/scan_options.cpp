@@ -18,18 +18,19 @@ struct Range {
 
 }  // namespace
 
+QStringList axesOrders() { return {"x,height,scan", "x,scan,height"}; }
+
 Usage withScanOptions(const Usage& usage) {
     return with(
         usage,
         {{"--map", "FILE", "description of a raw 16-bit height map (FILE.meta.csv or meta.csv beside it)"},
-         {"--axes", "ORDER", "of XYZ, PLY and cloud points: x,height,scan or x,scan,height (x,height,scan)"},
+         {"--axes", "ORDER", "of XYZ, PLY and cloud points: x,height,scan or x,scan,height (x,height,scan)",
+          axesOrders()},
          {"--scan-step", "MM", "distance of the profiles, in place of the positions in the file"},
          {"--scan-start", "MM", "position of the first one, with --scan-step (0)"}});
 }
 
-bool isHeightLast(const Arguments& arguments, const QString& option) {
-    return arguments.choice(option, {"x,height,scan", "x,scan,height"}) == 1;
-}
+bool isHeightLast(const Arguments& arguments, const QString& option) { return arguments.choice(option) == 1; }
 
 ScanOptions readScanOptions(const Arguments& arguments) {
     constexpr double finest = 1e-6;

@@ -9,6 +9,7 @@ namespace KvMeasure {
 /// Appends --map, --axes, --scan-step and --scan-start to the options of a command.
 Usage withScanOptions(const Usage& usage);
 ScanOptions readScanOptions(const Arguments& arguments);
+QStringList axesOrders();  ///< that --axes and --out-axes may name
 bool isHeightLast(const Arguments& arguments, const QString& option);  ///< --axes or --out-axes
 
 constexpr double farthest = 1e9;  ///< mm; no limit, no step is larger

@@ -20,11 +20,14 @@ const Usage usage = withScanOptions(withLimits(
     {"scan plane",
      "SCAN",
      "Fits height = a*x + b*scan + c to a scan or to what lies within limits.",
-     {{"--remove", "SIDE", "above or below: removes these points of the whole scan, needs --out"},
+     {{"--remove",
+       "SIDE",
+       "above or below: removes these points of the whole scan, needs --out",
+       {"above", "below"}},
       {"--shift", "MM", "for --remove: moves the threshold through the plane, which removes more (0)"},
       {"--level", "", "lowers every point of the whole scan by the plane's height, needs --out"},
       {"--out", "FILE", "scan to write after --remove or --level"},
-      {"--format", "NAME", "of --out, see \"kvmeasure scan convert --help\""}},
+      {"--format", "NAME", "of --out, see \"kvmeasure scan convert --help\"", scanFormNames()}},
      "--remove above takes away what is higher than plane - shift, --remove below what is lower than plane + "
      "shift;\n"
      "a negative shift leaves room for noise. The normal is that of the plane nearest to the points square "
@@ -118,7 +121,7 @@ void report(const QString& path, const Plane& plane, qint64 removed, const Argum
 }
 
 void checkOptions(const Arguments& arguments) {
-    arguments.choice("--remove", {"above", "below"});
+    arguments.choice("--remove");
     if (arguments.has("--remove") && arguments.has("--level"))
         throw Failure{"scan plane: --remove and --level exclude each other; run it twice"};
     const bool changes = arguments.has("--remove") || arguments.has("--level");

@@ -49,7 +49,7 @@ const Usage sectionUsage =
                {"--to", "X,SCAN", "see --from"},
                {"--spacing", "MM", "distance of the points (the smaller side of a cell)"},
                {"--out", "FILE", "profile to write: rows of place and height, for teach, match, fit"},
-               {"--format", "NAME", "of --out: csv, kv-csv or record (csv)"},
+               {"--format", "NAME", "of --out: csv, kv-csv or record (csv)", formNames()},
                {"--svg", "FILE", "draw the profile"}},
               "The place is x, the position along the scan, or the distance from --from. Where cells are "
               "empty the\n"

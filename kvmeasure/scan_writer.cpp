@@ -101,26 +101,33 @@ QByteArray plyHeader(qint64 points, bool isText, bool heightLast) {
         .toUtf8();
 }
 
+constexpr struct {
+    const char* name;
+    const char* suffixes;
+    ScanForm form;
+} forms[] = {{"stack", "", ScanForm::Stack},    {"cloud", "", ScanForm::CloudRecord},
+             {"xyz", "xyz txt", ScanForm::Xyz}, {"grid", "csv", ScanForm::Grid},
+             {"ply", "ply", ScanForm::Ply},     {"ply-ascii", "", ScanForm::PlyText}};
+
 }  // namespace
 
-ScanForm parseScanForm(const QString& text, const QString& path) {
-    const struct {
-        const char* name;
-        const char* suffixes;
-        ScanForm form;
-    } forms[] = {{"stack", "", ScanForm::Stack},    {"cloud", "", ScanForm::CloudRecord},
-                 {"xyz", "xyz txt", ScanForm::Xyz}, {"grid", "csv", ScanForm::Grid},
-                 {"ply", "ply", ScanForm::Ply},     {"ply-ascii", "", ScanForm::PlyText}};
-    const QString suffix = QFileInfo(path).suffix().toLower();
+QStringList scanFormNames() {
     QStringList names;
-    for (const auto& form : forms) {
+    for (const auto& form : forms)
         names.append(form.name);
+    return names;
+}
+
+ScanForm parseScanForm(const QString& text, const QString& path) {
+    const QString suffix = QFileInfo(path).suffix().toLower();
+    for (const auto& form : forms) {
         if (text.isEmpty() ? !suffix.isEmpty() && QString(form.suffixes).split(' ').contains(suffix)
                            : text == form.name)
             return form.form;
     }
     if (text.isEmpty())
         return ScanForm::Stack;
+    const QStringList names = scanFormNames();
     throw Failure{
         QString("--format must be %1, not \"%2\"%3").arg(alternatives(names), text, suggestion(text, names))};
 }

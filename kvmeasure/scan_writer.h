@@ -7,7 +7,9 @@ namespace KvMeasure {
 
 enum class ScanForm { Stack, CloudRecord, Xyz, Grid, Ply, PlyText };
 
-/// From "stack", "cloud", "xyz", "grid", "ply", "ply-ascii"; empty: by the suffix of the path (.ply, .xyz,
+QStringList scanFormNames();
+
+/// From one of these names; empty: by the suffix of the path (.ply, .xyz,
 /// .txt, .csv; all others are stacks). Throws Failure.
 ScanForm parseScanForm(const QString& text, const QString& path);
 

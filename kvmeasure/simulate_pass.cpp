@@ -33,7 +33,7 @@ const Usage usage{
      {"--dropouts", "SHARE", "of the points, missing (0.01)"},
      {"--lost", "SHARE", "of the profiles, left empty (0)"},
      {"--false-targets", "N", "short sights of other things, for each scanner (0)"},
-     {"--records", "KIND", "z, plane or mixed (z)"},
+     {"--records", "KIND", "z, plane or mixed (z)", {"z", "plane", "mixed"}},
      {"--seed", "N", "of the random draws; the same seed makes the same pass (1)"}},
     "Examples\n"
     "  kvmeasure simulate pass --wheelsets 40 --breakouts 3 --lost 0.002 --out train\n"
@@ -74,7 +74,7 @@ Simulator::PassRecipe readRecipe(const Arguments& arguments) {
     count("--false-targets", recipe.falseTargets);
     using Simulator::RecordKind;
     const RecordKind kinds[] = {RecordKind::WithZ, RecordKind::Plane, RecordKind::Mixed};
-    recipe.records = kinds[arguments.choice("--records", {"z", "plane", "mixed"})];
+    recipe.records = kinds[arguments.choice("--records")];
     recipe.seed = static_cast<std::uint64_t>(arguments.integer("--seed", 1, 0, anyCount));
     return recipe;
 }

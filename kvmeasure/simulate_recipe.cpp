@@ -20,6 +20,10 @@ Usage withShapes(Usage usage, const std::vector<QString>& shapes,
                         .arg(d.meaning);
     }
     usage.details.prepend(text + '\n');
+    for (Option& option : usage.options) {
+        if (option.name == QLatin1String("--shape"))
+            option.choices = QStringList(shapes.begin(), shapes.end());
+    }
     return usage;
 }
 

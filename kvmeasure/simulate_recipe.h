@@ -7,7 +7,7 @@
 
 namespace KvMeasure {
 
-/// The usage with the shapes and their dimensions in front of the examples.
+/// The usage with the shapes as choices of --shape, and with their dimensions in front of the examples.
 Usage withShapes(Usage usage, const std::vector<QString>& shapes,
                  std::vector<Simulator::Dimension> (*dimensionsOf)(const QString&));
 

@@ -98,13 +98,7 @@ QJsonObject wheelValuesJson(const KvMath::_WheelProfileValues& values) {
     return json;
 }
 
-int wheelKind(const QString& name) {
-    for (int i = 0; i < 3; ++i) {
-        if (name == kindNames[i])
-            return i;
-    }
-    return -1;
-}
+QStringList wheelKinds() { return {std::begin(kindNames), std::end(kindNames)}; }
 
 QString wheelTable(const QList<WheelsetResult>& wheelsets, const WheelColumns& columns) {
     QStringList head = heading(columns);

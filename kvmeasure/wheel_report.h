@@ -21,8 +21,8 @@ QByteArray wheelRecords(const QList<WheelsetResult>& wheelsets);
 
 /// The values of one section as JSON.
 QJsonObject wheelValuesJson(const KvMath::_WheelProfileValues& values);
-/// Named by the kind of wheel: basic, tram, loko. -1 for other names.
-int wheelKind(const QString& name);
+/// Names of the kinds of wheels, in the order of _WheelProfileValues::wheelType.
+QStringList wheelKinds();
 
 /// Recordings and their runs.
 QString runTable(const WheelPass& pass);

@@ -24,11 +24,10 @@ const Option sharedOptions[] = {
     {"--mode", "N", "of the detection; 3 takes straight runs of points away first (0)"},
     {"--join", "N", "runs at most N records apart are one wheel with lost profiles (3)"},
 };
-const Option kindOption = {"--kind", "NAME", "basic, tram or loko (basic)"};
+const Option kindOption = {"--kind", "NAME", "basic, tram or loko (basic)", wheelKinds()};
 
-/// A usage for one action; the texts belong to the caller.
-Usage usageOf(const QString& action, const QByteArray& command) {
-    Usage usage{command.constData(), "FOLDER|RECORDING...", "", {}, ""};
+Usage usageOf(const QString& action) {
+    Usage usage{"wheels " + action, "FOLDER|RECORDING...", "", {}, ""};
     usage.options.assign(std::begin(sharedOptions), std::end(sharedOptions));
     if (action == "detect") {
         usage.summary = "Splits recordings into wheel files WORK/RECORDING/WW_PP.bin.";
@@ -63,7 +62,6 @@ Usage usageOf(const QString& action, const QByteArray& command) {
         usage.options.push_back({"--no-pictures", "", "no picture of each wheel"});
         usage.details = "Examples\n  kvmeasure wheels pass train --out results\n";
     }
-    usage.options.push_back({"--json", "", "print JSON"});
     return usage;
 }
 
@@ -91,11 +89,7 @@ Plan readPlan(const QString& action, const Arguments& arguments) {
     plan.splitting.mode = arguments.integer("--mode", 0, 0, anyCount);
     plan.splitting.join = arguments.integer("--join", plan.splitting.join, 0, anyCount);
     plan.hasPictures = isPass && !arguments.has("--no-pictures");
-    if (arguments.has("--kind"))
-        plan.kind = wheelKind(arguments.text("--kind"));
-    if (plan.kind < 0)
-        throw Failure{
-            QString("wheels: --kind must be basic, tram or loko, not \"%1\"").arg(arguments.text("--kind"))};
+    plan.kind = arguments.choice("--kind");
     return plan;
 }
 
@@ -227,7 +221,7 @@ int measureFiles(const Arguments& arguments) {
     options.areRadii = arguments.has("--radii");
     options.columns = arguments.text("--columns");
     options.picture = arguments.text("--svg");
-    options.kind = arguments.has("--kind") ? wheelKind(arguments.text("--kind")) : 0;
+    options.kind = arguments.choice("--kind");
     options.isJson = arguments.has("--json");
     return measureSections(arguments.operands(), options);
 }
@@ -235,13 +229,7 @@ int measureFiles(const Arguments& arguments) {
 }  // namespace
 
 int runWheelsOnPass(const QString& action, const QStringList& words) {
-    const QByteArray command = "wheels " + action.toUtf8();
-    const Usage usage = usageOf(action, command);
-    if (words.contains("--help")) {
-        print(helpText(usage));
-        return Done;
-    }
-    const Arguments arguments(usage, words);
+    const Arguments arguments(usageOf(action), words);
     arguments.requireOperands(100'000);
     for (const QString& operand : arguments.operands()) {
         if (!QFileInfo::exists(operand))

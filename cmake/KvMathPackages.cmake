@@ -1,0 +1,77 @@
+# Debian packages: libkvmath2, libkvmath-dev, kvmeasure. "cpack" in the build tree makes them, scripts/package as they
+# are meant to be shipped: under /usr, in the machine's own library directory.
+set(debian_release 1)
+set(debian_version ${PROJECT_VERSION}-${debian_release})
+set(kvmath_library_package libkvmath${PROJECT_VERSION_MAJOR})
+set(kvmath_components library development)
+if(KVMATH_BUILD_KVMEASURE)
+    list(APPEND kvmath_components program)
+endif()
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME kvmath)
+set(CPACK_PACKAGE_VENDOR KvMath)
+set(CPACK_PACKAGE_CONTACT "KvMath developers <kvmath@example.org>")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_COMPONENTS_ALL ${kvmath_components})
+set(CPACK_STRIP_FILES ON)
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+    OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/KvMathCompressDocs.cmake)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_RELEASE ${debian_release})
+set(CPACK_DEBIAN_PACKAGE_SOURCE kvmath)
+set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+# With the shlibs file comes the trigger that renews the cache of the dynamic linker.
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
+
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME ${kvmath_library_package})
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_LIBRARY_DESCRIPTION "${PROJECT_DESCRIPTION} - library
+ Filters lines of laser profile scanners, finds templates of straight lines in
+ them and measures on the match; outlines 3D scans; measures railway wheels and
+ wheelsets from train passes; builds and applies calibration tables.
+ .
+ This package holds the shared library.")
+
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libkvmath-dev)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
+    "${kvmath_library_package} (= ${debian_version}), qtbase5-dev (>= ${KVMATH_QT_VERSION})")
+set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "${PROJECT_DESCRIPTION} - development files
+ Filters lines of laser profile scanners, finds templates of straight lines in
+ them and measures on the match.
+ .
+ This package holds the headers, and the files by which CMake and pkg-config
+ find the library.")
+
+set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME kvmeasure)
+set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION science)
+set(CPACK_DEBIAN_PROGRAM_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PROGRAM_PACKAGE_DEPENDS "${kvmath_library_package} (= ${debian_version})")
+set(CPACK_DEBIAN_PROGRAM_DESCRIPTION "measures lines and 3D scans of laser profile scanners
+ Filters profiles, teaches templates of straight lines, finds and measures them;
+ outlines and converts 3D scans; measures wheels of train passes; builds and
+ checks calibration tables; simulates all of these with known dimensions.")
+
+# Packages of several architectures may lie side by side only where their libraries do.
+if(CMAKE_LIBRARY_ARCHITECTURE AND CMAKE_INSTALL_LIBDIR MATCHES "/${CMAKE_LIBRARY_ARCHITECTURE}$")
+    set(CPACK_DEBIAN_LIBRARY_PACKAGE_MULTIARCH same)
+    set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_MULTIARCH same)
+endif()
+
+# Documents in the place where Debian expects them; a plain installation goes without.
+configure_file(cmake/debian/changelog.in debian_changelog @ONLY)
+foreach(component IN LISTS kvmath_components)
+    string(TOUPPER ${component} upper)
+    set(documents ${CMAKE_INSTALL_DATADIR}/doc/${CPACK_DEBIAN_${upper}_PACKAGE_NAME})
+    install(FILES cmake/debian/copyright DESTINATION ${documents} COMPONENT ${component} EXCLUDE_FROM_ALL)
+    install(FILES CHANGELOG.md RENAME changelog DESTINATION ${documents} COMPONENT ${component} EXCLUDE_FROM_ALL)
+    install(FILES ${CMAKE_CURRENT_BINARY_DIR}/debian_changelog RENAME changelog.Debian
+            DESTINATION ${documents} COMPONENT ${component} EXCLUDE_FROM_ALL)
+endforeach()
+include(CPack)
