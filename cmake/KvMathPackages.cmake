@@ -24,39 +24,41 @@ set(CPACK_DEBIAN_PACKAGE_RELEASE ${debian_release})
 set(CPACK_DEBIAN_PACKAGE_SOURCE kvmath)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
-# With the shlibs file comes the trigger that renews the cache of the dynamic linker.
+
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME ${kvmath_library_package})
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/triggers)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_LIBRARY_DESCRIPTION "${PROJECT_DESCRIPTION} - library
- Filters lines of laser profile scanners, finds templates of straight lines in
- them and measures on the match; outlines 3D scans; measures railway wheels and
- wheelsets from train passes; builds and applies calibration tables.
- .
- This package holds the shared library.")
+Filters lines of laser profile scanners, finds templates of straight lines in
+them and measures on the match; outlines 3D scans; measures railway wheels and
+wheelsets from train passes; builds and applies calibration tables.
+
+This package holds the shared library.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libkvmath-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
     "${kvmath_library_package} (= ${debian_version}), qtbase5-dev (>= ${KVMATH_QT_VERSION})")
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "${PROJECT_DESCRIPTION} - development files
- Filters lines of laser profile scanners, finds templates of straight lines in
- them and measures on the match.
- .
- This package holds the headers, and the files by which CMake and pkg-config
- find the library.")
+Filters lines of laser profile scanners, finds templates of straight lines in
+them and measures on the match.
+
+This package holds the headers, and the files by which CMake and pkg-config
+find the library.")
 
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME kvmeasure)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION science)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/kvmath)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_DEPENDS "${kvmath_library_package} (= ${debian_version})")
 set(CPACK_DEBIAN_PROGRAM_DESCRIPTION "measures lines and 3D scans of laser profile scanners
- Filters profiles, teaches templates of straight lines, finds and measures them;
- outlines and converts 3D scans; measures wheels of train passes; builds and
- checks calibration tables; simulates all of these with known dimensions.")
+Filters profiles, teaches templates of straight lines, finds and measures them;
+outlines and converts 3D scans; measures wheels of train passes; builds and
+checks calibration tables; simulates all of these with known dimensions.")
 
 # Packages of several architectures may lie side by side only where their libraries do.
 if(CMAKE_LIBRARY_ARCHITECTURE AND CMAKE_INSTALL_LIBDIR MATCHES "/${CMAKE_LIBRARY_ARCHITECTURE}$")
