@@ -46,7 +46,8 @@ constexpr Field fields[] = {
     {"--target-width", "MM", "of the target (118)",
      [](CalibrationRecipe& r) -> double& { return r.targetWidth; }},
     {"--z-first", "MM", "z of step 0 (0)", [](CalibrationRecipe& r) -> double& { return r.zFirst; }},
-    {"--z-step", "MM", "from step to step (0.1)", [](CalibrationRecipe& r) -> double& { return r.zStep; }},
+    {"--z-step", "MM", "from step to step (0.1); 100 for \"build\", which takes thousandths",
+     [](CalibrationRecipe& r) -> double& { return r.zStep; }},
     {"--tooth-pitch", "MM", "of the toothed target (10)",
      [](CalibrationRecipe& r) -> double& { return r.toothPitch; }},
     {"--tooth-height", "MM", "of the toothed target (5)",
@@ -124,7 +125,8 @@ std::vector<Option> unitOptions(bool hasSteps) {
     std::vector<Option> options{{"--z-range", "MM", "measuring range in z, of 16384 table units"},
                                 {"--x-range", "MM", "the same in x"}};
     if (hasSteps) {
-        options.push_back({"--z-step", "UM", "between steps of a record without z, thousandths of a mm"});
+        options.push_back(
+            {"--z-step", "UM", "between steps of a record without z, thousandths of a mm: 100 is 0.1 mm"});
         options.push_back({"--x-step", "UM", "between columns, thousandths of a mm (x range / 648)"});
     }
     options.push_back({"--truth", "FILE", "of a simulated record; ranges and steps are taken from it"});
