@@ -120,16 +120,37 @@ bool isWithin(double value, double lower, double upper) {
     return !(isTableBound(upper) && value > upper) && !(isTableBound(lower) && lower > value);
 }
 
+/// Sign of root(square) - bound; 0 when one of them is NaN. The root itself is taken only where the squares
+/// are so near that its rounding could decide.
+int compareRoot(double square, double bound) {
+    constexpr double kMargin = 1e-14;
+    if (bound > 1e-150 && bound < 1e150) {
+        if (square > bound * bound * (1 + kMargin))
+            return 1;
+        if (square < bound * bound * (1 - kMargin))
+            return -1;
+    }
+    const double root = std::sqrt(square);
+    return root > bound ? 1 : (bound > root ? -1 : 0);
+}
+
+/// Also false when one of the lines is not assigned. Each bound must hold, so the order is free: most bounds
+/// are between neighbouring lines, so that these reject first.
 bool distancesHold(const LinePP* lines, const int* codes, int level, const DefaultCheckFunctionParams& p) {
+    if (codes[level] < 0)
+        return false;
     const KvVector2D<double>& start = startOf(lines, codes[level]);
-    for (int j = 0; j < level; ++j) {
+    for (int j = level - 1; j >= 0; --j) {
+        if (codes[j] < 0)
+            return false;
         const qint64 k = static_cast<qint64>(level) * p.linesNumber + j;
         const double lower = bound(p.minDistance, k);
         const double upper = bound(p.maxDistance, k);
         if (!isTableBound(lower) && !isTableBound(upper))
             continue;
-        const KvVector2D<double>& end = endOf(lines, codes[j]);
-        if (!isWithin(lengthOf({start.x - end.x, start.y - end.y}), lower, upper))
+        const double square = squareOf(between(endOf(lines, codes[j]), start));
+        if ((isTableBound(upper) && compareRoot(square, upper) > 0) ||
+            (isTableBound(lower) && compareRoot(square, lower) < 0))
             return false;
     }
     return true;
@@ -143,7 +164,7 @@ KvVector2D<double> unitDirection(const LinePP* lines, int code) {
 
 bool anglesHold(const LinePP* lines, const int* codes, int level, const DefaultCheckFunctionParams& p) {
     const KvVector2D<double> u = unitDirection(lines, codes[level]);
-    for (int j = 0; j < level; ++j) {
+    for (int j = level - 1; j >= 0; --j) {
         const qint64 k = static_cast<qint64>(level) * p.linesNumber + j;
         const double lower = bound(p.minAngle, k);
         const double upper = bound(p.maxAngle, k);
@@ -208,8 +229,6 @@ bool defaultCheckFunction(LinePP* lines, int* assignment, int level, void* param
         return false;
     const auto& p = *static_cast<const DefaultCheckFunctionParams*>(params);
     if (level > 0 && level >= p.linesNumber)
-        return false;
-    if (!isAssigned(assignment, level + 1))
         return false;
     return distancesHold(lines, assignment, level, p) && anglesHold(lines, assignment, level, p);
 }

@@ -206,6 +206,37 @@ TEST(DefaultCheck, BoundsHoldOnEqualityAndMinusOneIsNone) {
     }
 }
 
+// Bounds are often the very root that is judged, or its neighbour.
+TEST(DefaultCheck, DistancesAreJudgedByTheirRoots) {
+    Draws draws(3);
+    DefaultCheckFunctionParams params;
+    initDefaultCheckFunctionParams(params, 3);
+    const auto coordinate = [&draws] { return draws.real(-1, 1) * std::pow(10, draws.integer(-170, 170)); };
+    for (int trial = 0; trial < 3000; ++trial) {
+        std::vector<LinePP> lines;
+        for (int k = 0; k < 3; ++k)
+            lines.emplace_back(KvVector2D<double>(coordinate(), coordinate()),
+                               KvVector2D<double>(coordinate(), coordinate()));
+        bool expected = true;
+        for (int j = 0; j < 2; ++j) {
+            const double dx = lines[2].p1.x - lines[size_t(j)].p2.x,
+                         dy = lines[2].p1.y - lines[size_t(j)].p2.y;
+            const double d = std::sqrt(dx * dx + dy * dy);
+            const auto pick = [&] {
+                const double near[] = {d, std::nextafter(d, 0), std::nextafter(d, HUGE_VAL), d * 2, d / 2,
+                                       -1};
+                return near[draws.integer(0, 5)];
+            };
+            const double upper = params.maxDistance[2 * 3 + j] = pick();
+            const double lower = params.minDistance[2 * 3 + j] = pick();
+            expected = expected && !(upper != -1 && d > upper) && !(lower != -1 && lower > d);
+        }
+        int codes[] = {0, 2, 4};
+        ASSERT_EQ(defaultCheckFunction(lines.data(), codes, 2, &params), expected) << trial;
+    }
+    clearDefaultCheckFunctionParams(params);
+}
+
 // Rounding carries the cosine of every sixth such pair past 1.
 TEST(DefaultCheck, ParallelLinesHaveAnglesZeroAndPi) {
     Draws draws(2);
