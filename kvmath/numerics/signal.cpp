@@ -3,7 +3,6 @@
 #include <kvmath/numerics/scratch_p.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 
 namespace KvMath {
@@ -46,8 +45,9 @@ void hist(const std::vector<double>& values, double start, double binWidth, int 
     for (const double value : values) {
         if (bins == 0)
             break;
-        const double band = std::trunc((value - start) / binWidth);  // in double: an int would overflow
-        const bool below = !(band >= 0.0);                           // NaN too
+        // Truncated towards zero by the conversion to an index, once that is known not to overflow.
+        const double band = (value - start) / binWidth;
+        const bool below = !(band > -1.0);  // NaN too
         if (below || band >= binCount) {
             if (!dropOutside)
                 ++result[below ? 0 : bins - 1];

@@ -34,8 +34,11 @@ Vector inFirstQuadrant(Vector v) {
 }  // namespace
 
 std::vector<Vector> convexHull(std::vector<Vector> points) {
-    std::sort(points.begin(), points.end(),
-              [](const Vector& a, const Vector& b) { return a.x < b.x || (a.x == b.x && a.y < b.y); });
+    const auto before = [](const Vector& a, const Vector& b) {
+        return a.x < b.x || (a.x == b.x && a.y < b.y);
+    };
+    if (!std::is_sorted(points.begin(), points.end(), before))  // a scanner line is
+        std::sort(points.begin(), points.end(), before);
     const auto same = [](const Vector& a, const Vector& b) { return a.x == b.x && a.y == b.y; };
     points.erase(std::unique(points.begin(), points.end(), same), points.end());
     if (points.size() < 3)

@@ -12,8 +12,8 @@ using Internal::PointIterator;
 /// Median by x of the windows that start at [from, to), some of them out of order. A sort of neighbours never
 /// moves or crosses a NaN x, so the middle position m receives the point of its rank within the NaN-free run
 /// of the window around it; both ends of that run only ever advance. `in` and `out` may be the same points.
-void medianOfDisorder(ConstPointIterator in, PointIterator out, int from, int to, int window,
-                      Internal::WindowRank& ranks) {
+template <class Ranks>
+void medianOfDisorder(ConstPointIterator in, PointIterator out, int from, int to, int window, Ranks& ranks) {
     const ConstPointIterator base = in + from;
     const int middle = window / 2;
     const int count = to - from;
@@ -82,7 +82,8 @@ void KvProfile::medFilt(KvProfile& dest, int window) const {
             ++i;
         return i;
     };
-    Internal::WindowRank ranks;
+    Internal::NarrowWindowRank narrow;
+    Internal::WindowRank wide;
     int start = 0;
     int disorder = disorderFrom(0, n - 1);
     // By design the last window, at n - window, is not visited, and the value lands at the window's first
@@ -96,8 +97,10 @@ void KvProfile::medFilt(KvProfile& dest, int window) const {
             start = std::min(n - window, disorder + 1);
             disorder = disorderFrom(disorder + 1, n - 1);
         }
-        if (start > dirtyFrom)
-            medianOfDisorder(in, out, dirtyFrom, start, window, ranks);
+        if (start > dirtyFrom && window <= narrow.kWidest)
+            medianOfDisorder(in, out, dirtyFrom, start, window, narrow);
+        else if (start > dirtyFrom)
+            medianOfDisorder(in, out, dirtyFrom, start, window, wide);
     }
 }
 

@@ -46,4 +46,16 @@ inline bool readRecord(RecordReader& source, KvProfileZ& profile) {
     return readRecordHead(source, count, profile.z) && readPoints(source, profile.points, count) == count;
 }
 
+/// The points and the range of a whole record of a plane cloud; z stays. False when it is none or incomplete.
+inline bool readPlaneRecord(RecordReader& source, KvProfileZ& profile) {
+    constexpr unsigned char kPlaneMarker = 0x02;
+    unsigned char marker = 0;
+    quint16 count = 0;
+    if (!readField(source, marker) || marker != kPlaneMarker || !readField(source, count) ||
+        readPoints(source, profile.points, count) != count)
+        return false;
+    profile.calcRange();
+    return true;
+}
+
 }  // namespace KvMath::Internal

@@ -110,11 +110,11 @@ int KvProfileZSet::readFromFile(QString path, float z0, float step) {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return -1;
+    Internal::RecordReader source(file);
     KvProfileZ profile(z0);
-    for (int count = 0; (count = profile.KvPointCloud<KvPointXY>::readFromFile(file)) >= 0;) {
-        if (count > 0)
+    for (; Internal::readPlaneRecord(source, profile); profile.z += step) {
+        if (!profile.points.isEmpty())  // an empty record takes its place too, by design
             profiles.append(profile);
-        profile.z += step;  // an empty record takes its place too, by design
     }
     return size();
 }

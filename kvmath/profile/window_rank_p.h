@@ -58,4 +58,43 @@ private:
     size_t top_ = 1;            ///< greatest power of two within the tree
 };
 
+/// The same answers for narrow windows, from a list of the points inside in order of (x, index): a step
+/// shifts a few entries and needs no sort of the stretch. Positions are inserted in ascending order.
+class NarrowWindowRank {
+public:
+    static constexpr int kWidest = 64;  ///< points
+
+    void reset(ConstPointIterator first, ConstPointIterator /*last*/) {
+        points_ = first;
+        count_ = 0;
+    }
+
+    void insert(int position) {
+        const float x = points_[position].x;
+        int k = count_++;
+        for (; k > 0 && entries_[k - 1].x > x; --k)
+            entries_[k] = entries_[k - 1];
+        entries_[k] = {x, position};
+    }
+
+    void remove(int position) {
+        int k = 0;
+        while (entries_[k].position != position)
+            ++k;
+        for (--count_; k < count_; ++k)
+            entries_[k] = entries_[k + 1];
+    }
+
+    int at(int index) const { return entries_[index].position; }
+
+private:
+    struct Entry {
+        float x;
+        int position;
+    };
+    ConstPointIterator points_;
+    Entry entries_[kWidest];
+    int count_ = 0;
+};
+
 }  // namespace KvMath::Internal

@@ -91,6 +91,26 @@ TEST(ProfileZSet, ReadsFilesUpToTheFirstRecordThatIsNotWhole) {
     EXPECT_TRUE(read.readFromFile("none", 1, 3) == -1 && read.isEmpty() && read.zStep == 3);
 }
 
+TEST(ProfileZSet, FilesAreTheRecordsWhateverTheirSize) {
+    const TestSupport::ScratchDirectory scratch;
+    KvProfileZSet set, read;
+    QFile single("single");
+    ASSERT_TRUE(single.open(QIODevice::ReadWrite));
+    for (const int size : {20000, 0, 4097, 65535, 1, 32767, 30000, 5}) {
+        KvProfileZ profile(static_cast<float>(size));
+        for (int i = 0; i < size; ++i)
+            profile.points.append({static_cast<float>(i), static_cast<float>(i % 7)});
+        set.append(profile);
+        ASSERT_TRUE(profile.writeToFile(single));
+    }
+    ASSERT_TRUE(set.writeToFile("stack") && single.seek(0));
+    QFile stack("stack");
+    ASSERT_TRUE(stack.open(QIODevice::ReadOnly) && stack.readAll() == single.readAll());
+    EXPECT_TRUE(read.readFromFile("stack") == 8 && text(read) == text(set));
+    ASSERT_TRUE(QFile::resize("stack", stack.size() - 1));
+    EXPECT_EQ(read.readFromFile("stack"), 7);
+}
+
 TEST(ProfileZSet, TakesRangesOfPlacesWithTheirEndsEvenFromItself) {
     KvProfileZSet set, out;
     set.profiles = {line(0, {{0, 0}}), line(0, {{1, 0}}), line(0, {{2, 0}})};
