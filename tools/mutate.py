@@ -103,12 +103,12 @@ class Workshop:
                       for folder in folders}
         targets = [test["target"] for tests in self.tests.values() for test in tests]
         if not self.made(["kvmath"] + targets):
-            sys.exit("mutate: the unchanged checkout does not build")
+            raise RuntimeError("the unchanged checkout does not build")
         for tests in self.tests.values():
             for test in tests:
                 begun = time.monotonic()
                 if not self.passes(test):
-                    sys.exit(f"mutate: {test['target']} fails on the unchanged checkout")
+                    raise RuntimeError(f"{test['target']} fails on the unchanged checkout")
                 test["seconds"] = 5 + 3 * (time.monotonic() - begun)
             tests.sort(key=lambda test: test["seconds"])
 

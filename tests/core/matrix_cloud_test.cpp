@@ -48,6 +48,11 @@ TEST(MatrixCloud, SamplesABilinearSurfaceAndNothingBeyond) {
         const bool known = x >= 1 && x <= 9 && z >= 1 && z <= 7 && !(x > 7 && z > 5);
         EXPECT_THAT(matrix.sample(x, z), testing::NanSensitiveFloatEq(known ? surface(x, z) : kNaN));
     }
+    for (const auto& [row, column] : {std::pair(-1, 0), {4, 0}, {0, -1}, {0, 5}, {2, 5}}) {
+        matrix.setHeight(row, column, 99);
+        EXPECT_TRUE(std::isnan(matrix.height(row, column)));
+    }
+    EXPECT_EQ(std::count(matrix.heights.begin(), matrix.heights.end(), 99.0F), 0);
 }
 
 TEST(MatrixCloud, AnswersNothingWhereItsMembersContradictEachOther) {

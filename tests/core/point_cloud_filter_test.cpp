@@ -67,6 +67,15 @@ TEST(SparseFilters, EqualTheScanWhereCellsAreAsSmallAsRounding) {
             checkSparse(randomCloud(draw, 60, 0.75F, 0.125F, 0.0, offset), cell, 2);
 }
 
+TEST(SparseFilters, FlatCloudHasNoCellsAndKeepsItsPoints) {
+    for (int axis = 0; axis < 3; ++axis) {
+        Cloud flat;
+        for (float v = 0; v < 20; ++v)
+            flat.append({axis == 0 ? 1 : v, axis == 1 ? 1 : v, axis == 2 ? 1 : v}, true);
+        EXPECT_TRUE(flat.cubicFilter(1, 2) == 0 && flat.sphericalFilter2(1, 1, 2) == 0) << axis;
+    }
+}
+
 TEST(SparseFilters, AnswerAnyArgumentAtOnce) {
     Draws draw(14);
     const float huge = std::numeric_limits<float>::max();

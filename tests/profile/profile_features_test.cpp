@@ -41,7 +41,7 @@ TEST(ProfileRect, NoAngleOfASweepIsBetter) {
         for (int i = onGrid ? 0 : draws.integer(3, 40); i > 0; --i)
             p.points.append(KvPointXY(float(draws.normal(3)), float(draws.normal(1))));
         float width = 0, height = 0, used = 0;
-        ASSERT_TRUE(p.calcRect(&width, &height, &used, kNaN));
+        ASSERT_TRUE(p.calcRect(&width, &height, &used, kNaN) && p.calcRect(nullptr, nullptr, nullptr, kNaN));
         const double area = double(width) * double(height);
         EXPECT_TRUE(used >= 0 && used < 90);
         EXPECT_NEAR(area, boxArea(p, double(used)), 1e-4 * (1 + area));
@@ -123,7 +123,8 @@ TEST(ProfileCut, IsTheFirstMeetingFromEitherEnd) {
     EXPECT_TRUE(p.calcCutPoint(KvLine(0, 0.5F), cut) && cut.x == 0.5F && cut.y == 0.5F);
     EXPECT_TRUE(p.calcCutPoint(KvLine(0, 0.5F), cut, /*fromEnd=*/true) && cut.x == 5 && cut.y == 0.5F);
     EXPECT_TRUE(p.calcCutPoint(KvLine(1, 0), cut, /*fromEnd=*/true) && cut.x == 2) << "a point on the line";
-    EXPECT_FALSE(p.calcCutPoint(KvLine(0, 3), cut) || p.calcCutPoint(KvLine(), cut));
+    EXPECT_FALSE(p.calcCutPoint(KvLine(0, 3), cut) || p.calcCutPoint(KvLine(), cut) ||
+                 p.calcCutPoint(KvLine(0, kNaN), cut));
     EXPECT_EQ(cut.x, 2);
 }
 
@@ -153,6 +154,12 @@ TEST(ProfileLines, ParallelLineIsOffsetTowardsPositiveY) {
     EXPECT_LT(dest.points[1].calcDistance({1, 1}) + dest.points[3].calcDistance({7, -5}), 1e-5F);
     dest.addParallelLine(dest, INT_MIN, INT_MAX, -1);
     EXPECT_EQ(dest.points.size(), 8);
+    KvProfile upright, two = profileOf({{2, 1}, {2, 5}});
+    two.addParallelLine(upright, 0, 1, 3);
+    KvProfile feet;
+    profileOf({{0, 1}, {10, -2}, {20, 1}}).addParallelLine(feet, 0, 2, 5);
+    EXPECT_LT(feet.points[0].calcDistance({0, 5}) + feet.points[1].calcDistance({10, 5}), 1e-5F);
+    EXPECT_THAT(upright, PointsAre({{5, 1}, {5, 5}})) << "along x where there is no y";
 }
 
 TEST(ProfileTopView, TakesXAndZ) {

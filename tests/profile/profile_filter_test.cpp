@@ -218,19 +218,23 @@ TEST(ProfileFilter, SpikesGoAndEdgesStay) {
     const KvProfile saw = profileOf({{0, 0}, {1, 3}, {2, 1.5F}, {3, 0}, {4, -1.5F}, {5, -3}, {6, 0}});
     EXPECT_TRUE(saw.splashFilter(dest, 2, 9));
     EXPECT_THAT(dest, HasPointsOf(saw)) << "left by a step of the same sign as it is entered";
+    EXPECT_TRUE(profileOf({{0, 0}, {1, 9}, {2, 0}}).splashFilter(dest, 2, 1) && dest.points.size() == 2);
     EXPECT_FALSE(profileOf({{0, 0}, {1, kNaN}}).splashFilter(dest, 2, 1));
     EXPECT_EQ(dest.points.size(), 2);
 }
 
 TEST(ProfileFilter, PolarSpikesAreSeenAcrossTheZeroAngle) {
-    // Radius 100, every 2 degrees, a spike at 0 and 2.
-    KvProfile ring = profileOf({{100, -4}, {100, -2}, {110, 0}, {110, 2}, {100, 4}, {100, 6}, {3, 8}});
-    ring.toEvklid();
-    KvProfile dest;
-    EXPECT_TRUE(ring.splashFilterPolar(dest, 5, 2.01F, 50));
-    ring.points.erase(ring.points.begin() + 2, ring.points.begin() + 4);
-    ring.points.removeLast();
-    EXPECT_THAT(dest, HasPointsOf(ring));
+    // Radius 100, every 2 degrees, a spike at 0 and 2, and the same elsewhere.
+    for (const float turn : {0.0F, 130.0F}) {
+        KvProfile ring = profileOf({{100, -4}, {100, -2}, {110, 0}, {110, 2}, {100, 4}, {100, 6}, {3, 8}});
+        ring.rotatePolar(turn);
+        ring.toEvklid();
+        KvProfile dest;
+        EXPECT_TRUE(ring.splashFilterPolar(dest, 5, 2.01F, 50));
+        ring.points.erase(ring.points.begin() + 2, ring.points.begin() + 4);
+        ring.points.removeLast();
+        EXPECT_THAT(dest, HasPointsOf(ring)) << turn;
+    }
 }
 
 TEST(ProfileFilter, PolarMeanIsThatOfTheRadiusWithinSteps) {

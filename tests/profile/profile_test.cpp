@@ -189,6 +189,9 @@ TEST(ProfileDistance, WholeBlocksTakeTheirAbsoluteMean) {
     EXPECT_THAT(dest, PointsAre({{10, 3}, {11, 3}, {12, 2}, {13, 2}, {14, -4}, {15, 7}}));
     a.calcDistance(dest, dest, INT_MAX, 1, /*truncate=*/true);
     EXPECT_THAT(dest, PointsAre({{10, -2}}));
+    KvProfile even = profileOf({{0, 0}, {1, 0}});
+    a.calcDistance(b, even, 2, 2, /*truncate=*/false);
+    EXPECT_THAT(even, PointsAre({{0, 3}, {1, 3}})) << "the last block ends with the points";
 }
 
 struct ProfileText : testing::Test {

@@ -69,6 +69,8 @@ TEST(ProfileZSet, RefusesSlicesWithoutPlanesAndTooManyOfThem) {
             << step;
     cloud.maxZ = 0;
     EXPECT_TRUE(set.calcFromPointCloud(cloud, 1.0F) == 1 && set.at(0).isEmpty() && set.zStep == 1.0F);
+    cloud.maxZ = -1;
+    EXPECT_TRUE(set.calcFromPointCloud(cloud, 0.5F) == 0 && set.zStep == 0.5F) << "exchanged ends";
 }
 
 TEST(ProfileZSet, ReadsFilesUpToTheFirstRecordThatIsNotWhole) {
@@ -123,6 +125,7 @@ TEST(ProfileZSet, TakesRangesOfPlacesWithTheirEndsEvenFromItself) {
     EXPECT_TRUE(text(set) == "z1.5 1,0z2 2,0" && set.zStep == 0.5F && set.calcRange() && set.minZ == 1.5F);
     Cloud cloud;
     EXPECT_TRUE(set.toPointCloud(cloud, 1, 0) == 0 && set.toPointCloud(cloud, -5, 1 << 30) == 2);
+    EXPECT_TRUE(set.toPointCloud(cloud) == 2 && cloud.points.last().z == 2);
     set.clear();
     EXPECT_TRUE(!set.calcRange() && std::isnan(set.minZ + set.zStep) && set.calcAverageY() == 0);
 }
@@ -148,13 +151,16 @@ TEST(ProfileZSet, LosesDriftButNotLevelAndWhatLiesOutsideTheValleys) {
         set.append(line(1e5F + i, {{0, 5 + 0.25F * i}, {1, kNaN}}));
     EXPECT_TRUE(set.removePCfromZ());
     EXPECT_EQ(text(set), "z100000 0,5.5 1,nanz100001 0,5.5 1,nanz100002 0,5.5 1,nanz100005 0,5.5 1,nan");
+    set.append(line(kNaN, {{0, 7}}));  // has no part in the drift
+    EXPECT_TRUE(set.removePCfromZ() && set.at(4).points.first().y == 7);
     set.setZ(0.1F, 0);  // equal, though their mean is rounded
     EXPECT_FALSE(set.removePCfromZ());
     set.profiles = {
         line(0, {{0, 3}, {1, 1}, {2, 1}, {3, 8}, {4, 1}, {5, 8}, {6, kNaN}, {7, 2}, {8, 2}, {9, 4}}),
-        line(1, {{0, 1}, {1, 2}}), line(2, {{0, kNaN}}), line(3, {})};
+        line(1, {{0, 1}, {1, 2}}), line(2, {{0, kNaN}}), line(3, {}),
+        line(4, {{0, kNaN}, {1, 2}, {2, 9}, {3, kNaN}, {4, 3}})};
     set.clearEdgeEffect();
-    EXPECT_EQ(text(set), "z0 4,1 5,8 6,nan 7,2 8,2z1 0,1 1,2z2 0,nanz3");
+    EXPECT_EQ(text(set), "z0 4,1 5,8 6,nan 7,2 8,2z1 0,1 1,2z2 0,nanz3z4 1,2 2,9 3,nan 4,3");
 }
 
 TEST(ProfileZSet, BecomesAGridOfMeans) {

@@ -195,6 +195,8 @@ TEST(GetContraint, TellsWhatTheConstructorTook) {
     TSCRotationAngle::Direction direction;
     TSCRotationAngle(3, 4, 5, 6, TSCRotationAngle::Clockwise).getContraint(from, to, lower, upper, direction);
     EXPECT_TRUE(from == 3 && to == 4 && lower == 5 && upper == 6 && direction == TSCRotationAngle::Clockwise);
+    TSCRotationAngle().getContraint(from, to, lower, upper, direction);
+    EXPECT_TRUE(from == 0 && to == 0 && lower == kUnset && direction == TSCRotationAngle::AnyDirection);
     bool fromLine = false;
     TSCEndPointShiftInDirection(5, 6, 7, 8, 9, true).getContraint(from, to, lower, upper, angle, fromLine);
     EXPECT_TRUE(from == 5 && to == 6 && lower == 7 && upper == 8 && angle == 9 && fromLine);

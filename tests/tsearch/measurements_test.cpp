@@ -129,6 +129,12 @@ TEST(MeasureRotationAngle, GivesTheSenseAndParallelLinesAreNumbersInEveryDirecti
     }
 }
 
+TEST(MeasureEndPointShift, TurnsASlantedReferenceCounterClockwise) {
+    TSUMEndPointShiftInDirection m(0, 1, false, true, 2, false, std::acos(0.6), "shift");
+    EXPECT_TRUE(measure(m, kCorner, {0, 2, 0}));
+    EXPECT_NEAR(m.getShift(), 6 * -0.28 - 6 * 0.96, 1e-12);
+}
+
 TEST(MeasureLinesIntersection, OfParallelLinesIsNotFinite) {
     TSUMLinesIntersection m(1, 0, "x");
     EXPECT_TRUE(measure(m, {segment(0, 0, 1, 0), segment(0, 1, 1, 1)}, {0, 2}));
@@ -260,6 +266,9 @@ TEST(EveryMeasurement, HasItsDocumentedBytesAndKeys) {
         const auto fresh = [&] {
             return std::unique_ptr<TSMeasurement>(TSManagerOfMeasurements::instance().getMeasurement(type));
         };
+        const QVariantMap blank = mapOf(*fresh());
+        EXPECT_TRUE(
+            std::all_of(blank.begin(), blank.end(), [](const QVariant& v) { return v.toInt() == 0; }));
         checkRecord(*all[k], expected[k].first, fresh);
         checkMap(*all[k], *fresh(), expected[k].second);
     }

@@ -89,5 +89,6 @@ TEST_F(WheelDefects, UseTheSecondFlagsFromScannerElevenOnAndTheCapitalLevels) {
     EXPECT_EQ(flags[0], 0);
     EXPECT_FALSE(ORBIS_detectDefectsInTrain("pass_5.bin", &settings, flags, flags, 1));
     EXPECT_FALSE(ORBIS_detectDefectsInTrain("pass_111.bin", nullptr, flags, flags, 1));
-    EXPECT_TRUE(ORBIS_detectDefectsInTrain("pass_111.bin", &settings, nullptr, nullptr, -3));
+    EXPECT_TRUE(ORBIS_detectDefectsInTrain("pass_111.bin", &settings, nullptr, nullptr, -3) &&
+                ORBIS_detectDefectsInTrain("pass_111.bin", &settings, nullptr, nullptr, 0));
 }

@@ -114,6 +114,10 @@ TEST(Rim, HasItsFaceAndCornerOnTheLongestUprightPiece) {
     LinePP line;
     ASSERT_TRUE(maxLineDetect(level, {5, 0.3, 0, 1, false, 1e300}, line));
     EXPECT_NEAR(line.p2.x - line.p1.x, 59.5, 1e-6);
+    KvProfile alone = polyline({{0, 80}, {0, 10}});
+    EXPECT_TRUE(detectRimForB2B(alone, kRim, face) && !calcRimRefPoint(alone, kRim, corner))
+        << "nothing beside the face";
+    EXPECT_TRUE(std::isnan(calcRimThSurf(profile, corner, -99)));
     EXPECT_FALSE(maxLineDetect(level, {5, 0.3, 0, 100, false, 1e300}, line));
 }
 
@@ -121,17 +125,18 @@ TEST(ReferencePoint, IsTheCentreOfTheArc) {
     KvProfile profile = arc(100, -40, 13, 0.3, 2.5, 0.01);
     profile.points.prepend({900, 900});
     profile.points.insert(20, {kNaN, 0});
+    profile.points.insert(21, {0, kNaN});
     KvPointXY centre;
     float radius = 0;
     ASSERT_TRUE(calcRefPoint(profile, 1, 99999, centre, radius));
     EXPECT_NEAR(centre.x, 100, 0.01);
     EXPECT_NEAR(radius, 13, 0.01);
-    ASSERT_TRUE(calcRefPointWithConstR(profile, 1, 61, 13, centre));
+    ASSERT_TRUE(calcRefPointWithConstR(profile, 1, 62, 13, centre));
     EXPECT_NEAR(centre.y, -40, 0.01);
     for (const auto& [first, last] : {std::pair(5, 6), std::pair(60, 3), std::pair(-9, 1)})
         EXPECT_FALSE(calcRefPoint(profile, first, last, centre, radius));
     for (const float bad : {0.0F, -13.0F, kNaN, std::numeric_limits<float>::infinity()})
-        EXPECT_FALSE(calcRefPointWithConstR(profile, 1, 61, bad, centre));
+        EXPECT_FALSE(calcRefPointWithConstR(profile, 1, 62, bad, centre));
 
     KvPointCloud<KvPointXYZ> cloud;  // the arc in the plane z = 0.75 x + 10
     for (const KvPointXY& p : arc(100, -40, 13, 0.3, 2.5).points)
@@ -139,6 +144,11 @@ TEST(ReferencePoint, IsTheCentreOfTheArc) {
     KvPointXYZ inSpace;
     ASSERT_TRUE(calcRefPointWithConstR3D(cloud, 13, inSpace));
     EXPECT_LT(inSpace.calcDistance({80, -40, 70}), 0.01F);
+    for (const KvPointXYZ& unset : {KvPointXYZ(kNaN, 0, 0), KvPointXYZ(0, kNaN, 0), KvPointXYZ(0, 0, kNaN)})
+        cloud.points.append(unset);
+    ASSERT_TRUE(calcRefPointWithConstR3D(cloud, 13, inSpace));
+    EXPECT_LT(inSpace.calcDistance({80, -40, 70}), 0.01F);
+    EXPECT_FALSE(calcRefPointWithConstR3D(cloud, -13, inSpace));
     cloud.points = cloud.points.mid(0, 2);
     EXPECT_FALSE(calcRefPointWithConstR3D(cloud, 13, inSpace));
 }
