@@ -161,8 +161,7 @@ bool isSmall(const Grid& grid, int points) {
     constexpr double always = 4096;
     const double cells = double(grid.x.count()) * double(grid.y.count()) * double(grid.z.count());
     constexpr int mostPoints = 1 << 27;  // in up to eight balls each, counted by int
-    return points < mostPoints &&
-           cells <= std::min(perPoint * points + always, double(std::numeric_limits<int>::max() / 2));
+    return points < mostPoints && cells <= std::min(perPoint * points + always, double(1 << 30));
 }
 
 /// The same for cubes of a grid that is small enough for one counter each.

@@ -97,7 +97,7 @@ void KvProfile::medFilt(KvProfile& dest, int window) const {
             start = std::min(n - window, disorder + 1);
             disorder = disorderFrom(disorder + 1, n - 1);
         }
-        if (start > dirtyFrom && window <= narrow.kWidest)
+        if (start > dirtyFrom && window <= Internal::NarrowWindowRank::kWidest)
             medianOfDisorder(in, out, dirtyFrom, start, window, narrow);
         else if (start > dirtyFrom)
             medianOfDisorder(in, out, dirtyFrom, start, window, wide);

@@ -62,7 +62,7 @@ private:
 /// shifts a few entries and needs no sort of the stretch. Positions are inserted in ascending order.
 class NarrowWindowRank {
 public:
-    static constexpr int kWidest = 64;  ///< points
+    static constexpr int kWidest = 64;  ///< points of a window
 
     void reset(ConstPointIterator first, ConstPointIterator /*last*/) {
         points_ = first;
@@ -93,7 +93,7 @@ private:
         int position;
     };
     ConstPointIterator points_;
-    Entry entries_[kWidest];
+    Entry entries_[kWidest + 1];  // a step inserts the next point before it removes the last
     int count_ = 0;
 };
 
