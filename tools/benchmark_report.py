@@ -54,13 +54,21 @@ def plain_name(row):
     return re.sub(r"/(repeats|iterations|min_time):[^/]+|/(real|process)_time", "", row["run_name"])
 
 
+def rows_in(path, faults):
+    try:
+        return json.loads(path.read_text(encoding="utf-8"))["benchmarks"]
+    except ValueError:
+        faults.append(f"{path}: the program did not run to its end")
+        return []
+
+
 def load(folder, least):
     """{"program name": Run}; what did not run to its end or too seldom is a fault."""
     runs, faults = {}, []
     for path in sorted(folder.glob("*_benchmark.json")):
         program = path.name.removesuffix("_benchmark.json")
         grouped = {}
-        for row in json.loads(path.read_text(encoding="utf-8"))["benchmarks"]:
+        for row in rows_in(path, faults):
             if row.get("error_occurred"):
                 faults.append(f"{program} {row['name']}: {row.get('error_message')}")
             elif row["run_type"] == "iteration":
@@ -70,7 +78,7 @@ def load(folder, least):
             if runs[name].count < least and rows[0]["repetitions"] != 1:
                 faults.append(f"{name}: {runs[name].count} repetitions")
         memory = path.with_name(f"{program}_benchmark_memory.json")
-        for row in json.loads(memory.read_text(encoding="utf-8"))["benchmarks"] if memory.exists() else []:
+        for row in rows_in(memory, faults) if memory.exists() else []:
             run = runs.get(f"{program} {plain_name(row)}")
             if run and "allocs_per_iter" in row:
                 run.allocations, run.bytes = row["allocs_per_iter"], row["max_bytes_used"]
