@@ -173,9 +173,9 @@ TEST(Pca, TakesTheRightVectorsByFallingSpread) {
         std::vector<double> data;
         for (int i = 0; i < 3 * count; ++i)
             data.push_back(10.0 * (i % 3) + draws.normal(1.0 + i % 3));
-        double mean[3];
+        double mean[] = {0, 0, 0, 42};
         double basis[9];
-        ASSERT_TRUE(KvMath::pca(data.data(), count, 3, mean, basis));
+        ASSERT_TRUE(KvMath::pca(data.data(), count, 3, mean, basis) && mean[3] == 42);
         Matrix a(count, 3);
         for (int i = 0; i < 3 * count; ++i)
             a[i / 3 + 1][i % 3 + 1] = data[std::size_t(i)] - mean[i % 3];
