@@ -48,8 +48,10 @@ void saveThrough(const QString& path, CalibrationForm form,
     QTemporaryFile temporary(path + ".XXXXXX");
     if (!temporary.open())
         throw Failure{QString("%1: cannot be written: %2").arg(path, temporary.errorString())};
-    if (!save(temporary.fileName()) || QFileInfo(temporary.fileName()).size() != bytesOf(form))
-        throw Failure{QString("%1: cannot be written; is the disk full?").arg(path)};
+    if (!save(temporary.fileName()) || QFileInfo(temporary.fileName()).size() != bytesOf(form)) {
+        out.write(QByteArray(static_cast<int>(bytesOf(form)), '\0'));  // fails with the system's reason
+        throw Failure{QString("%1: was not written, though the disk takes it now; try again").arg(path)};
+    }
     out.write(temporary.readAll());
     out.commit();
 }

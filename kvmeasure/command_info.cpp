@@ -19,7 +19,7 @@ const Usage usage{
     "info",
     "FILE...",
     "Says what files of points hold: the kinds of records, counts, ranges, and the first damaged place.",
-    {},
+    {{"--columns", "X,Y", "columns of CSV files, from 1 (1,2)"}},
     "Files are told apart by their content: binary records (0x02 XY, 0x03 XYZ, 0x04 XYZRGB, 0x05 profile "
     "with z,\n"
     "0x85 profile with tags; several may follow one another), CSV with semicolons and decimal commas, and "
@@ -90,7 +90,7 @@ void surveyRows(PointFile& file, Survey& survey) {
     survey.totals["points"] = section.points;
 }
 
-Survey surveyFile(const QString& path) {
+Survey surveyFile(const QString& path, const QString& columns) {
     Survey survey;
     survey.isScan = looksLikeScan(path);
     if (survey.isScan && !isRecordFile(path)) {
@@ -98,6 +98,7 @@ Survey surveyFile(const QString& path) {
         return survey;
     }
     PointFile file(path);
+    file.setColumns(columns);
     survey.form = formName(file.form());
     try {
         if (file.form() == FileForm::Records)
@@ -157,7 +158,7 @@ int runInfo(const QStringList& words) {
     const Arguments arguments(usage, words, 1, anyNumber);
     QJsonArray files;
     const int code = forEachFile(arguments.operands(), [&](const QString& path) {
-        const Survey survey = surveyFile(path);
+        const Survey survey = surveyFile(path, arguments.text("--columns"));
         if (arguments.isJson())
             files.append(surveyJson(path, survey));
         else

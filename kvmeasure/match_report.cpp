@@ -242,6 +242,8 @@ QJsonObject MatchReport::summaryJson() const {
 }
 
 void MatchReport::finish() {
+    if (profiles_ == 0 && form_ != Json)
+        return;
     if (form_ == Json) {
         const QString tail = QString::fromUtf8(QJsonDocument(summaryJson()).toJson());
         print((profiles_ == 0 ? "{\"profiles\": [" : "\n") +

@@ -3,6 +3,7 @@
 #include "kvmeasure/failure.h"
 
 #include <QtCore/QFileInfo>
+#include <QtCore/QRegularExpression>
 #include <QtCore/QStringList>
 #include <QtCore/QtEndian>
 
@@ -216,9 +217,21 @@ const QList<KvPointXYZ>& PointFile::nextPoints(int most) {
     return chunk_;
 }
 
-void PointFile::setColumns(int x, int y) {
-    xColumn_ = x;
-    yColumn_ = y;
+void PointFile::setColumns(const QString& columns) {
+    if (columns.isEmpty())
+        return;
+    const QStringList parts = columns.split(',');
+    bool isX = false;
+    bool isY = false;
+    const int x = parts[0].toInt(&isX);
+    const int y = parts.size() == 2 ? parts[1].toInt(&isY) : 0;
+    constexpr int lastColumn = 1000;
+    if (!isX || !isY || x < 1 || y < 1 || x > lastColumn || y > lastColumn)
+        throw Failure{QString("--columns needs two column numbers counted from 1, e.g. \"1,3\", not \"%1\"")
+                          .arg(columns)};
+    xColumn_ = x - 1;
+    yColumn_ = y - 1;
+    areColumnsKnown_ = true;
 }
 
 bool PointFile::nextLine(QByteArray& line) {
@@ -252,6 +265,22 @@ float PointFile::field(const QList<QByteArray>& fields, int column, bool& isNumb
     return static_cast<float>(value);
 }
 
+/// "-1,0,0,02" are four columns, or -1.0 and 0.02. A row that can only be four settles it for the file.
+void PointFile::refuseDecimalCommas(const QByteArray& line, int fields) {
+    constexpr int fieldsOfTwoNumbers = 4;
+    if (areColumnsKnown_ || separator_ != ',' || fields != fieldsOfTwoNumbers)
+        return;
+    static const QRegularExpression twoNumbers(
+        R"(^\s*[+-]?\d+,\d+(e[+-]?\d+)?\s*,\s*[+-]?\d+,\d+(e[+-]?\d+)?\s*$)",
+        QRegularExpression::CaseInsensitiveOption);
+    if (twoNumbers.match(QString::fromLatin1(line)).hasMatch())
+        failAtLine(
+            QString("\"%1\" may be two numbers with decimal commas; separate numbers by semicolons, or "
+                    "give --columns 1,2 if these are four columns")
+                .arg(shown(line.trimmed())));
+    areColumnsKnown_ = true;
+}
+
 bool PointFile::nextRow(KvPointXY& point) {
     QByteArray line;
     while (nextLine(line)) {
@@ -264,6 +293,7 @@ bool PointFile::nextRow(KvPointXY& point) {
                     .arg(fields.size())
                     .arg(needed)
                     .arg(shown(line.trimmed())));
+        refuseDecimalCommas(line, fields.size());
         bool isX = false;
         bool isY = false;
         point.x = field(fields, xColumn_, isX);
@@ -283,18 +313,7 @@ bool PointFile::nextRow(KvPointXY& point) {
 }
 
 ProfileSource::ProfileSource(const QString& path, const QString& columns) : file_(path) {
-    if (columns.isEmpty())
-        return;
-    const QStringList parts = columns.split(',');
-    bool isX = false;
-    bool isY = false;
-    const int x = parts[0].toInt(&isX);
-    const int y = parts.size() == 2 ? parts[1].toInt(&isY) : 0;
-    constexpr int lastColumn = 1000;
-    if (!isX || !isY || x < 1 || y < 1 || x > lastColumn || y > lastColumn)
-        throw Failure{QString("--columns needs two column numbers counted from 1, e.g. \"1,3\", not \"%1\"")
-                          .arg(columns)};
-    file_.setColumns(x - 1, y - 1);
+    file_.setColumns(columns);
 }
 
 void ProfileSource::add(LoadedProfile& loaded, float x, float y) const {

@@ -57,9 +57,10 @@ public:
     }
 
     /// Text: the next point; false at the end of the file. Unset values ("nan" or nothing) are NaN. Throws
-    /// Failure with the line.
+    /// Failure with the line, also where commas may both separate and be decimal marks.
     bool nextRow(KvMath::KvPointXY& point);
-    void setColumns(int x, int y);  ///< counted from 0; 0 and 1 unless set
+    /// "X,Y" counted from 1; empty for the first two. Throws Failure.
+    void setColumns(const QString& columns);
 
 private:
     [[noreturn]] void failAtOffset(qint64 offset, const QString& text) const;
@@ -67,6 +68,7 @@ private:
     void sniff();
     void chooseSeparator(const QByteArray& line);
     bool nextLine(QByteArray& line);
+    void refuseDecimalCommas(const QByteArray& line, int fields);
     float field(const QList<QByteArray>& fields, int column, bool& isNumber) const;
 
     QString path_;
@@ -80,6 +82,7 @@ private:
     qint64 line_ = 0;
     char separator_ = ',';
     bool hasRows_ = false;
+    bool areColumnsKnown_ = false;  // no comma is a decimal mark
     int xColumn_ = 0, yColumn_ = 1;
 };
 

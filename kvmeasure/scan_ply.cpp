@@ -47,12 +47,15 @@ struct Element {
         return std::any_of(properties.begin(), properties.end(),
                            [](const Property& p) { return p.count != nullptr; });
     }
-    qint64 bytes() const {  // of one, without lists
+    qint64 bytes() const {  // of one; lists with the length alone
         qint64 sum = 0;
         for (const Property& property : properties)
-            sum += property.type->bytes;
+            sum += (property.count != nullptr ? property.count : property.type)->bytes;
         return sum;
     }
+    qint64 textBytes() const {
+        return 2 * qint64(properties.size());
+    }  // of one: a digit and a separator each
 };
 
 /// Number at `bytes`; exact for every type but the largest 64-bit ones, which do not occur.
@@ -94,6 +97,7 @@ private:
     void addElement(const QList<QByteArray>& words);
     void addProperty(const QList<QByteArray>& words);
     void chooseVertices(const Element& element);
+    void requireBytes(const Element& element, qint64 bytesOfOne) const;
     void skip(const Element& element);
     void readTextVertices(const Element& element);
     void readFixedVertices(const Element& element);
@@ -225,14 +229,29 @@ void PlyReader::skipList(const Property& property) {
     file_.seek(file_.pos() + qint64(bytes));
 }
 
+/// So many elements can be in the rest of the file. `bytesOfOne`: the fewest that one takes.
+void PlyReader::requireBytes(const Element& element, qint64 bytesOfOne) const {
+    const qint64 separatorBehindTheLast = isText_ ? 1 : 0;
+    const qint64 left = file_.size() - file_.pos();
+    const quint64 room = quint64(left + separatorBehindTheLast) / quint64(bytesOfOne);
+    if (element.count <= room)
+        return;
+    if (!isText_ && !element.hasList())
+        failCut(room, element);
+    fail(QString("announces %1 elements \"%2\", the %3 bytes behind its header hold at most %4; it is cut or "
+                 "damaged")
+             .arg(element.count)
+             .arg(QString::fromUtf8(element.name.left(40)))
+             .arg(left)
+             .arg(room));
+}
+
 /// Passes over an element in front of the vertices.
 void PlyReader::skip(const Element& element) {
     if (element.properties.isEmpty() && !isText_)
         return;
     if (!isText_ && !element.hasList()) {
-        const quint64 room = quint64(file_.size() - file_.pos()) / quint64(element.bytes());
-        if (element.count > room)
-            failCut(room, element);
+        requireBytes(element, element.bytes());
         file_.seek(file_.pos() + qint64(element.count) * element.bytes());
         return;
     }
@@ -281,9 +300,6 @@ void PlyReader::readTextVertices(const Element& element) {
 void PlyReader::readFixedVertices(const Element& element) {
     constexpr quint64 mostAtOnce = 4'096;
     const qint64 stride = element.bytes();
-    const quint64 room = quint64(file_.size() - file_.pos()) / quint64(stride);
-    if (element.count > room)
-        failCut(room, element);
     std::array<qint64, 3> offsets{};
     for (std::size_t axis = 0; axis < 3; ++axis) {
         for (int k = 0; k < place_[axis]; ++k)
@@ -339,6 +355,7 @@ void PlyReader::read() {
                      : isBigEndian_ ? "PLY, binary big-endian"
                                     : "PLY, binary little-endian";
         chooseVertices(element);
+        requireBytes(element, isText_ ? element.textBytes() : element.bytes());
         if (isText_)
             readTextVertices(element);
         else if (element.hasList())

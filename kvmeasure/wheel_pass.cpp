@@ -131,21 +131,39 @@ void WheelPass::group() {
             wheelsets_.append(WheelsetResult());
             wheelsets_.last().firstRecord = run.first;
             wheelsets_.last().lastRecord = run.last;
-            wheelsets_.last().z = std::nanf("");
             wheelsets_.last().backToBack = std::nan("");
         }
         addRun(wheelsets_.last(), run);
     }
     dropStrays();
+    for (WheelsetResult& wheelset : wheelsets_)
+        wheelset.z = travelOf(wheelset);
+}
+
+/// Travel in the middle of the longest run of the two scanners in the middle of the post: one that is cut
+/// short ends before the wheel is in the middle. Without them, of the scanner that saw the wheelset first.
+float WheelPass::travelOf(const WheelsetResult& wheelset) const {
+    const WheelPassage* chosen = nullptr;
+    bool isInMiddle = false;
+    for (auto seen = wheelset.seenBy.begin(); seen != wheelset.seenBy.end(); ++seen) {
+        const WheelPassage& run = recordingOf(seen.key())->wheels.at(seen.value());
+        const auto extent = [](const WheelPassage& of) { return of.records.last() - of.records.first(); };
+        const bool isMiddle = seen.key() == middleScanner(Left) || seen.key() == middleScanner(Right);
+        const bool isBetter = chosen == nullptr || (isMiddle && !isInMiddle) ||
+                              (isMiddle ? extent(run) > extent(*chosen)
+                                        : !isInMiddle && run.records.first() < chosen->records.first());
+        if (isBetter) {
+            chosen = &run;
+            isInMiddle = isMiddle;
+        }
+    }
+    return chosen == nullptr ? std::nanf("") : chosen->z.at(chosen->z.size() / 2);
 }
 
 void WheelPass::addRun(WheelsetResult& wheelset, const Run& run) {
     const QList<WheelPassage>& wheels = recordingOf(run.index)->wheels;
     const WheelPassage& passage = wheels.at(run.passage);
     wheelset.lastRecord = std::max(wheelset.lastRecord, run.last);
-    const float z = passage.z.at(passage.z.size() / 2);
-    if (std::isnan(wheelset.z) || run.index == middleScanner(Left))
-        wheelset.z = z;
     const auto other = wheelset.seenBy.find(run.index);
     if (other == wheelset.seenBy.end()) {
         wheelset.seenBy[run.index] = run.passage;

@@ -24,7 +24,7 @@ struct WheelResult {
 
 struct WheelsetResult {
     int firstRecord = 0, lastRecord = 0;  ///< in which any scanner sees it
-    float z = 0;                          ///< travel in the middle of them, mm; NaN for recordings without
+    float z = 0;                          ///< travel in its middle, mm; NaN for recordings without
     QMap<int, int> seenBy;                ///< scanner index -> passage in its recording
     double backToBack = 0;                ///< NaN: not known
     QStringList notes;
@@ -61,6 +61,7 @@ private:
     void group();
     void addRun(WheelsetResult& wheelset, const Run& run);
     void dropStrays();
+    float travelOf(const WheelsetResult& wheelset) const;
     const Recording* recordingOf(int index) const;
     bool measure(WheelsetResult& wheelset, int number, int side, int kind, MeasuredSection& section);
 

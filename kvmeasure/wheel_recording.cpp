@@ -1,6 +1,7 @@
 #include "kvmeasure/wheel_recording.h"
 
 #include "kvmeasure/failure.h"
+#include "kvmeasure/output_file.h"
 #include "kvmeasure/profile_file.h"
 
 #include <QtCore/QDir>
@@ -31,6 +32,13 @@ void makeDirectory(const QString& path) {
 void move(const QString& from, const QString& to) {
     if (!QFile::rename(from, to))
         throw Failure{QString("%1: cannot be renamed to %2").arg(from, to)};
+}
+
+/// The library does not tell why a file was not written: the same is tried again.
+[[noreturn]] void failWriting(const QString& path) {
+    constexpr int largestRecord = 3 + 8 * 0xFFFF;
+    OutputFile(path).write(QByteArray(largestRecord, '\0'));
+    throw Failure{path + ": was not written, though the disk takes a file of this name now; try again"};
 }
 
 /// Runs that only lost profiles part are one wheel. False when there are none.
@@ -157,7 +165,7 @@ void splitRecording(Recording& recording, PostSettings& settings, const Splittin
     for (int wheel = 1; wheel <= count; ++wheel) {
         for (int p = 1; p <= recording.wheels.at(wheel - 1).records.size(); ++p) {
             if (QFileInfo(recording.file(wheel, p)).size() == 0)
-                throw Failure{recording.file(wheel, p) + ": was not written; is the disk full?"};
+                failWriting(recording.file(wheel, p));
         }
     }
     joinRuns(recording, splitting.join);

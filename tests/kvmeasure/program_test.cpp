@@ -123,6 +123,7 @@ TEST_F(Kvmeasure, UnreadablePointsNameThePlace) {
         {"garbage", QByteArray("\x7f\x45\x4c\x01\x00", 5), "offset 3: byte 0x01"},
         {"text", "x,y\n1,2\n3,abc\n", "line 3: column 2: expected a number, found \"abc\""},
         {"inf", "1,inf\n", "line 1: column 2"},
+        {"commas", "-1,0\n-1,0,0,02\n", "line 2: \"-1,0,0,02\" may be two numbers with decimal commas"},
         {"huge", "1,1e300\n", "too large for a coordinate"},
         {"zero", QByteArray("1,2\n", 4).repeated(2000) + QByteArray("1,\0\n", 4),
          "line 2001: holds a zero byte"},
@@ -172,6 +173,10 @@ TEST_F(Kvmeasure, InfoTellsFormsApartByContent) {
     EXPECT_EQ(files[1].toObject()["form"].toString(), "CSV with semicolons");
     EXPECT_FLOAT_EQ(float(section(1, 0)["y"].toArray()[0].toDouble()), -0.3F);
     EXPECT_TRUE(section(2, 0)["x"].toArray()[1] == 2.5 && section(2, 0)["points"] == 2);
+    write("four", "1,5,2,75\n");
+    EXPECT_THAT(run("info --columns 1,4 four").out, HasSubstr("75.0000 .. 75.0000"));
+    write("four", "x,y,i,n\n1,5,2,75\n");
+    EXPECT_THAT(run("info four").out, HasSubstr("5.0000 .. 5.0000"));
 }
 
 TEST_F(Kvmeasure, TaughtPartAndItsTurnedNoisyCopyAreMeasuredRight) {
@@ -201,6 +206,7 @@ TEST_F(Kvmeasure, ToleranceDecidesTheExitCode) {
     const Outcome absent = run("match flat.csv --template groove.json");
     EXPECT_EQ(absent.code, 1);
     EXPECT_THAT(absent.out, HasSubstr("NOT FOUND"));
+    EXPECT_EQ(run("match none.csv --template groove.json").out, "") << "no head without a profile";
 }
 
 TEST_F(Kvmeasure, WholeNumbersInTemplatesStayBounds) {
