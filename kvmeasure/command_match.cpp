@@ -2,6 +2,7 @@
 #include "kvmeasure/commands.h"
 #include "kvmeasure/failure.h"
 #include "kvmeasure/match_report.h"
+#include "kvmeasure/near_miss.h"
 #include "kvmeasure/output_file.h"
 #include "kvmeasure/plot.h"
 #include "kvmeasure/print.h"
@@ -38,7 +39,9 @@ const Usage usage = withScanOptions(
      "statistics of each measurement over its best assignments. Exit code 1: not found, a result that "
      "cannot "
      "be had\n"
-     "or is out of tolerance.\n\n"
+     "or is out of tolerance. Where a single profile does not hold the template, the nearest assignment and "
+     "the\n"
+     "constraints that refuse it are named.\n\n"
      "Examples\n"
      "  kvmeasure match part.csv --template groove.json --svg part.svg\n"
      "  kvmeasure match rows/*.csv --template groove.json --json > results.json\n"
@@ -123,6 +126,8 @@ MatchedProfile Matcher::matchProfile(const LoadedProfile& loaded) {
     const QList<KvMath::TSLinesIndecies> found =
         findAssignments(matched.segments, file_.lines, search.allowReversed);
     matched.found = found.size();
+    if (found.isEmpty() && report_.showsReason())
+        matched.reason = nearMiss(matched.segments, file_, search.allowReversed);
     int best = 0;
     for (int i = 1; i < found.size(); ++i) {
         if (totalLength(matched.segments, found[i]) > totalLength(matched.segments, found[best]))

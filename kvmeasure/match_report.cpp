@@ -111,6 +111,7 @@ void MatchReport::count(const MatchedProfile& profile) {
 
 /// A row per result, for a single profile.
 void MatchReport::addDetails(const MatchedProfile& profile) {
+    reason_ = profile.reason.isEmpty() ? QString() : '\n' + profile.reason + '\n';
     if (profile.found == 0)
         details_.add({profile.name, "", "(not found)", "", "", "", "", "", "NOT FOUND", ""});
     for (const Assignment& assignment : profile.assignments) {
@@ -251,7 +252,7 @@ void MatchReport::finish() {
     } else if (form_ == Csv) {
         print(statisticsCsv());
     } else {
-        print(profiles_ > 1 ? rows_.takeText() + statisticsText() : details_.text());
+        print(profiles_ > 1 ? rows_.takeText() + statisticsText() : details_.text() + reason_);
     }
 }
 

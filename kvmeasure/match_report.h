@@ -20,6 +20,7 @@ struct MatchedProfile {
     int points = 0, unset = 0;
     Segments segments;
     int found = 0;                  ///< assignments
+    QString reason;                 ///< why there is none, where that is shown
     QList<Assignment> assignments;  ///< those to be reported
     Evaluation best;                ///< of the longest; empty when the template was not found
 
@@ -39,6 +40,8 @@ public:
     void finish();
     /// The next profile will be followed by rows on standard output.
     bool isAboutToPrint() const { return form_ != Text || rows_.size() >= rowsAtOnce; }
+    /// The next profile may be the only one, which says why the template is not in it.
+    bool showsReason() const { return form_ == Text && profiles_ == 0; }
     Trend trend() const;
 
 private:
@@ -61,6 +64,7 @@ private:
     const TemplateFile& file_;
     bool hasAll_, keepsValues_;
     int profiles_ = 0, found_ = 0;
+    QString reason_;
     std::vector<double> z_;
     QList<Series> series_;  ///< in the order of the template
     QMap<QString, int> indexOf_;

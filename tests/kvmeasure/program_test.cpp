@@ -206,7 +206,30 @@ TEST_F(Kvmeasure, ToleranceDecidesTheExitCode) {
     const Outcome absent = run("match flat.csv --template groove.json");
     EXPECT_EQ(absent.code, 1);
     EXPECT_THAT(absent.out, HasSubstr("NOT FOUND"));
+    EXPECT_THAT(absent.out, HasSubstr("the template has 3 lines, the profile 1 segment(s)"));
     EXPECT_EQ(run("match none.csv --template groove.json").out, "") << "no head without a profile";
+}
+
+TEST_F(Kvmeasure, TemplateThatIsNotFoundNamesTheConstraintThatRefusesTheNearestAssignment) {
+    write("z.csv", "0,0\n1,0\n2,0\n4,0\n4.1,3\n4.2,6\n");
+    const QByteArray first =
+        R"({"constraintType": "Length", "lineIndex": 0, "lowerBound": 5.0, "upperBound": 7.0},)";
+    const QByteArray keys = R"("lineFromIndex": 0, "lineToIndex": 1, "lowerBound": 0.5, "upperBound": )";
+    const QByteArray shift = R"(1.5, "directionAngle": 0.0, "isFromLineReference": true)";
+    const std::pair<QByteArray, const char*> cases[] = {
+        {R"("Endpoint distance", )" + keys + "1.0",
+         "but endpoint distance from line 0 to line 1 is 7.32 mm, allowed"},
+        {R"("Endpoint shift in direction", )" + keys + shift,
+         "line 0 to line 1 is -6.14 mm, allowed are from 0.50"},
+        {R"("Rotation angle", )" + keys + R"(3.1, "direction": 1)",
+         "line 0 to line 1 is 88.09 deg, but in the wrong"},
+    };
+    for (const auto& [second, reason] : cases) {
+        write("t.json", templateOf("2", first + R"({"constraintType": )" + second + "}"));
+        EXPECT_THAT(run("match z.csv --template t.json").out,
+                    testing::AllOf(HasSubstr("nearest: line 0 = segment 1, line 1 = segment 0; "),
+                                   HasSubstr(reason)));
+    }
 }
 
 TEST_F(Kvmeasure, WholeNumbersInTemplatesStayBounds) {
