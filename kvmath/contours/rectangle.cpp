@@ -76,7 +76,7 @@ bool findPassage(const QList<LinePP>& lines, const Rectangle& rectangle, Passage
     if (passage.in < 0 || passage.out < 0)
         return false;
     for (int i = (passage.in + 1) % lines.size(); i != passage.out; i = (i + 1) % lines.size())
-        if (!rectangle.contains(lines.at(i).p1) || !rectangle.contains(lines.at(i).p2))
+        if (!rectangle.contains(lines.at(i).p1))  // then so is its end: no other line crosses the border
             return false;
     return true;
 }
@@ -90,7 +90,7 @@ QList<LinePP> replaced(const QList<LinePP>& lines, const Passage& passage, const
 }
 
 void appendNew(QList<Point>& way, const Point& p) {
-    if (way.isEmpty() || way.last().x != p.x || way.last().y != p.y)
+    if (way.last().x != p.x || way.last().y != p.y)
         way.append(p);
 }
 
@@ -141,11 +141,9 @@ bool makePolynomInRectangle(QList<LinePP>& lines, KvVector2D<double> corner1, Kv
         return false;
     double from = 0;
     double to = 0;
-    if (!rectangle.clip(lines.at(passage.in), from, to))
-        return false;
+    rectangle.clip(lines.at(passage.in), from, to);  // true, as on the way out: one end is inside
     const Point first = rectangle.at(lines.at(passage.in), from);
-    if (!rectangle.clip(lines.at(passage.out), from, to))
-        return false;
+    rectangle.clip(lines.at(passage.out), from, to);
     const Point last = rectangle.at(lines.at(passage.out), to);
 
     QList<CubicBezierCurve> curves;

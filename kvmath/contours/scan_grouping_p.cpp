@@ -93,8 +93,6 @@ std::vector<ScanGrouping::Group> ScanGrouping::ascending() const {
     return sorted;
 }
 
-double ScanGrouping::span() const {
-    return points.empty() ? 0 : points.back().step - points.front().step + 1;
-}
+double ScanGrouping::span() const { return points.back().step - points.front().step + 1; }
 
 }  // namespace KvMath::Internal

@@ -27,7 +27,7 @@ struct ScanGrouping {
     ScanGrouping(const PointCloud& cloud, double zStep);
 
     std::vector<Group> ascending() const;  ///< the groups in the order of their steps
-    double span() const;                   ///< number of steps from the first to the last group
+    double span() const;                   ///< number of steps from the first to the last of the groups, >= 1
 };
 
 }  // namespace KvMath::Internal

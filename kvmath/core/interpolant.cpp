@@ -181,7 +181,7 @@ int KvInterpolant::generatePointCloud(KvPointCloud<KvPointXY>& out, float step, 
     for (;;) {
         while (interval < lastInterval && knotX.at(interval + 1) < x)
             ++interval;
-        const float y = x >= first && x <= last ? evaluate(*this, interval, x) : kUnset;
+        const float y = x <= last ? evaluate(*this, interval, x) : kUnset;
         if (!std::isnan(y))
             out.points.append(KvPointXY(x, y));
         const float next = x + step;

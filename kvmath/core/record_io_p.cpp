@@ -93,8 +93,6 @@ bool writeFile(const QString& path, QIODevice::OpenMode mode, const std::functio
 qint64 RecordWriter::write(const char* data, qint64 size) {
     if (pending_.size() + size > kPieceBytes && !flush())
         return -1;
-    if (size > kPieceBytes)
-        return file_.write(data, size);
     if (pending_.capacity() < kPieceBytes)
         pending_.reserve(kPieceBytes);
     pending_.append(data, static_cast<int>(size));

@@ -79,9 +79,7 @@ TurnedBox leastBox(const std::vector<Vector>& hull) {
     const size_t n = hull.size();
     if (n < 3)
         return boxAround(hull, inFirstQuadrant(difference(hull.back(), hull.front())));
-    const auto at = [&hull, n](size_t i) -> const Vector& {
-        return hull[i < n ? i : (i < 2 * n ? i - n : i - 2 * n)];
-    };
+    const auto at = [&hull, n](size_t i) -> const Vector& { return hull[i < n ? i : i - n]; };
     Vector best{1, 0};
     double bestArea = std::numeric_limits<double>::infinity();
     size_t right =

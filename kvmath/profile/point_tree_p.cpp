@@ -11,8 +11,6 @@ constexpr size_t kPointsPerLeaf = 8;
 }  // namespace
 
 PointTree::PointTree(const QList<KvPointXY>& points) : points_(points.constBegin(), points.constEnd()) {
-    if (points_.empty())
-        return;
     size_t leaves = 1;
     while (leaves * kPointsPerLeaf < points_.size())
         leaves *= 2;
@@ -42,8 +40,7 @@ void PointTree::build(size_t node, int first, int last) {
 
 int PointTree::countWithin(const KvPointXY& centre, double radius, int enough) const {
     int found = 0;
-    if (!nodes_.empty())
-        count(0, centre, radius * radius, enough, found);
+    count(0, centre, radius * radius, enough, found);
     return found;
 }
 

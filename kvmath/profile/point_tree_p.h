@@ -19,7 +19,7 @@ inline double squaredDistance(float x, float y, const KvPointXY& p) {
 /// touches only the nodes that the rim of the disc crosses, however the points lie.
 class PointTree {
 public:
-    explicit PointTree(const QList<KvPointXY>& points);
+    explicit PointTree(const QList<KvPointXY>& points);  // at least one
 
     /// Number of points at a distance <= radius of `centre`, itself included if it is one; counting may end
     /// beyond `enough`. Distances are compared squared, in double.

@@ -156,7 +156,7 @@ void KvProfile::addParallelLine(KvProfile& dest, int first, int last, float offs
         return;
     LineABC line;
     lsd(usable.data(), static_cast<int>(usable.size()), line);
-    const bool upwards = line.b > 0.0 || (line.b == 0.0 && line.a > 0.0);
+    const bool upwards = line.b >= 0.0;  // a normal without y points to positive x
     const double shift = upwards ? static_cast<double>(offset) : -static_cast<double>(offset);
     for (const Vector& p : usable) {
         const Vector foot = footOf(line, p);

@@ -101,7 +101,7 @@ void contour2lines(const Point* pts, int n, double tolerance, int iterations, do
 
 void Internal::extractSegments(const Point* pts, int n, const TSFindTemplateParams& params,
                                QList<LinePP>& segments) {
-    if (n < 1 || pts == nullptr)
+    if (n < 1)
         return;
     Contours contours;
     gather(pts, n, params.contourGap, contours);

@@ -88,7 +88,7 @@ bool writeInfos(QDataStream& stream, const Infos& infos) {
 
 bool readInfos(QDataStream& stream, Infos& infos) {
     qint32 count = 0;
-    if (!readRaw(stream, count) || count < 0 || static_cast<size_t>(count) != infos.size())
+    if (!readRaw(stream, count) || static_cast<size_t>(count) != infos.size())  // a negative one is huge
         return false;
     for (TSUniformResultInfo& info : infos) {
         qint32 length = 0;

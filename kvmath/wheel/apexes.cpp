@@ -11,12 +11,13 @@ namespace {
 
 bool isUnset(const KvPointXY& p) { return !std::isfinite(p.x) || !std::isfinite(p.y); }
 
-/// The line through the points first ... last; unset where they have no slope.
+/// The line through the points first ... last; its slope is not finite where they have none.
 KvLine fittedLine(const QList<KvPointXY>& points, int first, int last) {
     KvPointCloud<KvPointXY> piece;
     piece.points = points.mid(first, last - first + 1);
     KvLine line;
-    return line.calcFromPointCloud(piece) ? line : KvLine();
+    line.calcFromPointCloud(piece);  // of two points at least
+    return line;
 }
 
 }  // namespace
@@ -35,7 +36,8 @@ int ORBIS_detectApexes(KvProfile profile, KvProfile& apexes, QList<KvLine>& line
     for (std::size_t k = 0; k + 1 < breaks.size(); ++k) {
         const KvLine behind = fittedLine(points, breaks[k], breaks[k + 1]);
         KvPointXY apex;
-        if (before.k > 0 && behind.k < 0 && KvLine::calcIntersection(before, behind, apex)) {
+        if (before.k > 0 && behind.k < 0) {
+            KvLine::calcIntersection(before, behind, apex);  // slopes of either sign differ
             apexes.points.append(apex);
             lines.append(before);
             lines.append(behind);

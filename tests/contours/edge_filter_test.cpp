@@ -42,7 +42,8 @@ TEST(EdgeFilter, FindsTheUpperEdgesOfSteps) {
     profile.append(new Vector3D(17, NAN, 9));
     QMap<QString, QVariant> result{{"other", 1}};
     const double rows[][5] = {{0.5, 3, 2.5, 0.1, 2}, {0.5, 9, 9, 0.1, 4}, {0.5, 9, 2, 0.1, 1},
-                              {NAN, 9, 9, 0.1, 0},   {-1, 9, 9, 0.1, 0},  {0.5, NAN, 9, 0.1, 0}};
+                              {NAN, 9, 9, 0.1, 0},   {-1, 9, 9, 0.1, 0},  {0.5, NAN, 9, 0.1, 0},
+                              {0.5, 9, -1, 0.1, 0},  {0.5, 9, 9, -0.1, 0}};
     for (const auto& [least, most, gap, angle, count] : rows)
         EXPECT_TRUE(fltEdgePoints(profile, kParams, least, most, gap, angle, result) == count &&
                     stored(result).size() == count);

@@ -90,6 +90,7 @@ TEST(CoinHull, KeepsTheCoinFreeOfPoints) {
 
 TEST(Hulls, HaveStatedResultsForFewPoints) {
     EXPECT_THAT(coinHull({}, 1), ElementsAre());
+    EXPECT_TRUE(getPseudoConvexHull({{NAN, 0}, {NAN, 1}, {2, NAN}}, 1, 9).isEmpty());
     EXPECT_THAT(coinHull({{NAN, 0}}, 1), ElementsAre(0));
     EXPECT_THAT(coinHull({{NAN, 0}, {NAN, 1}}, 1), ElementsAre(0, 0));
     EXPECT_THAT(coinHull({{0, 0}, {2, 0}}, 0.99), ElementsAre(0, 0));

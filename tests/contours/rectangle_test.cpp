@@ -37,6 +37,8 @@ TEST(OneIntersection, MakesACornerSharp) {
     QList<LinePP> wrapped = cutSquare(3);  // the outline ends within the rectangle
     EXPECT_TRUE(makeOneIntersectionInRectangle(wrapped, {7, 7}, {11, 11}));
     EXPECT_THAT(wrapped.first(), Runs(10, 10, 0, 10));
+    QList<LinePP> whole = cutSquare(0);  // beside and above lines that run along the borders
+    EXPECT_TRUE(makeOneIntersectionInRectangle(whole, {-1, -1}, {1, 1}) && whole.size() == 6);
 }
 
 TEST(Rectangle, ChangesNothingUnlessOneLineComesInAndOneLeaves) {
@@ -52,6 +54,10 @@ TEST(Rectangle, ChangesNothingUnlessOneLineComesInAndOneLeaves) {
     EXPECT_FALSE(makeOneIntersectionInRectangle(blunt, {4, -1}, {6, 2}));
     QList<LinePP> twice = {{{0, 0}, {5, 0}}, {{5, 0}, {0, 1}}, {{0, 1}, {5, 2}}, {{5, 2}, {0, 3}}};
     EXPECT_FALSE(makeOneIntersectionInRectangle(twice, {4, -1}, {6, 3}));
+    QList<LinePP> in = {{{0, 0}, {5, 0}}}, torn = {{{0, 0}, {5, 0}}, {{20, 9}, {30, 9}}, {{5, 0}, {5, 9}}};
+    for (QList<LinePP>* lines : {&in, &torn})  // never comes out; leaves the rectangle between its lines
+        EXPECT_FALSE(makeOneIntersectionInRectangle(*lines, {4, -1}, {6, 1}) ||
+                     makePolynomInRectangle(*lines, {4, -1}, {6, 1}, 3));
     QList<LinePP> parallel = {{{0, 0}, {5, 0}}, {{5, 0}, {5, 1}}, {{5, 1}, {10, 1}}}, none;
     EXPECT_FALSE(makeOneIntersectionInRectangle(parallel, {4, -1}, {6, 2}));
     EXPECT_TRUE(makePolynomInRectangle(parallel, {4, -1}, {6, 2}, 3));

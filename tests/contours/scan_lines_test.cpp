@@ -68,6 +68,34 @@ TEST(ScanLines, AreTheFourSidesOfAPlate) {
         }
 }
 
+// Outlines between two slanted sides, 12 mm long, the short one at the end left out: its corners stay cut
+// where they are too far apart, where the sides are parallel, and where they would meet too far from either
+// end.
+TEST(ScanLines, MeetOnlyWithinReach) {
+    const double cases[][7] = {// left and right side at the start and at the end, reach, lines, corners
+                               {-7, -7, 7, 7, 2.5, 4, 4}, {-7, -2, 7, 2, 2.5, 3, 2},
+                               {-5, -1, 5, 1, 2.5, 3, 2}, {-7, -7, 7, -5, 2.5, 3, 2},
+                               {-7, 5, 7, 7, 2.5, 3, 2},  {-1, -1, 1, 1, HUGE_VAL, 2, 0}};
+    for (const auto& [l0, l1, r0, r1, reach, count, corners] : cases) {
+        KvProfileZSet stack;
+        for (int i = 0; i <= 48; ++i) {
+            stack.append(KvProfileZ(float(i) / 4));
+            for (double x = l0 + (l1 - l0) * i / 48, last = r0 + (r1 - r0) * i / 48; x < last + 0.1; x += 0.2)
+                stack[i].points.append(KvPointXY(float(std::min(x, last)), 5));
+        }
+        const auto lines =
+            convertProfilesZ2Lines(cloudOf(stack, 0.25), 0.25, 2, 1, 0.3, 1, 0.1, 0, reach, 5, false, 0);
+        int joined = 0;
+        for (int i = 0; i < lines.size(); ++i) {
+            const LinePP &a = lines.at(i), &b = lines.at((i + 1) % lines.size());
+            EXPECT_TRUE(std::isfinite(a.p2.x) && std::isfinite(a.p2.y));
+            joined += a.p2.x == b.p1.x && a.p2.y == b.p1.y;
+        }
+        EXPECT_TRUE(lines.size() == count && joined == corners)
+            << l1 << ' ' << r1 << ": " << lines.size() << ' ' << joined;
+    }
+}
+
 TEST(ScanLines, MapsInSinglePrecisionWhatIsAboveTheLevel) {
     KvProfileZSet stack;
     for (int i = 0; i < 4; ++i) {
@@ -94,6 +122,7 @@ PointCloud threeSteps() {  // steps 2, 0 and 1, then 4
         for (const float x : {3.0F, 1.0F, 2.0F, 0.0F})
             cloud.profiles().last().append(new Vector3D(x, y, 5));
         cloud.profiles().last().append(new Vector3D(0, y, TestSupport::kNaN));
+        cloud.profiles().last().append(nullptr);
     }
     return cloud;
 }
@@ -106,6 +135,9 @@ TEST(ScanLines, PartsOfACloudAreNoNeighbours) {
     EXPECT_TRUE(stack.at(3).z == 5.0F && stack.at(3).points.at(1).x == 4.0F);
     EXPECT_EQ(stack.at(3).points.at(1).y, 1.0F);      // sorted along the line
     EXPECT_EQ(entered.points.size(), 4 + 2 + 4 + 4);  // step 2 is a last one, step 4 stands alone
+    EXPECT_TRUE(
+        convertProfilesZ2Lines(PointCloud(), 1, 0, 1.5, 0.2, 2, 0.5, 0, 3, 0.5, true, 0, &stack).isEmpty() &&
+        stack.isEmpty());
 }
 
 TEST(ScanLines, TracesAreTheLibrarysTexts) {

@@ -9,7 +9,7 @@ static KvPointCloud<KvPointXY> arc(double x, double y, double r, double from, do
         const double angle = degrees * M_PI / 180, distance = r + draws.normal(1) * sigma;
         cloud.points << KvPointXY(static_cast<float>(x + distance * std::cos(angle)),
                                   static_cast<float>(y + distance * std::sin(angle)))
-                     << KvPointXY(kNaN, 0);
+                     << KvPointXY(kNaN, 0) << KvPointXY(0, kNaN);
     }
     return cloud;
 }
@@ -37,7 +37,10 @@ TEST(CircleFit, RefusesWhatNoCircleGoesThrough) {
                                  {{1, 2}, {5, 7}, {1, 2}},
                                  {{0.1F, 3}, {0.2F, 3}, {0.7F, 3}},
                                  {{0, 0}, {0.1F, 0.3F}, {0.2F, 0.6F}, {0.7F, 2.1F}},
-                                 {{0, 0}, {1, 0}, {0, kInf}}}) {
+                                 {{0, 0}, {1, 0}, {0, kInf}},
+                                 {{-3e38F, 0}, {3e38F, 0}, {0, 1e38F}},  // centre or radius beyond a float
+                                 {{0, -3e38F}, {0, 3e38F}, {1e38F, 0}},
+                                 {{-3e38F, 0}, {3e38F, 0}, {0, 1.5e38F}}}) {
         KvPointCloud<KvPointXY> cloud;
         cloud.points = points;
         KvCircle circle;

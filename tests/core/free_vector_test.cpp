@@ -38,4 +38,6 @@ TEST(FreeVector, DirectionOfACloudEndsAtTheFirstPointFarEnough) {
         EXPECT_EQ(v.calcFromPointCloud(cloud, start, step, length), y != 8.0F);
         EXPECT_TRUE(v.x == x && v.y == y) << start << ", " << step << ", " << length;
     }
+    cloud.points = {{-3e38F, 0}, {3e38F, 0}};
+    EXPECT_FALSE(KvFreeVector().calcFromPointCloud(cloud, 0, 1, 1)) << "an infinite distance";
 }

@@ -74,8 +74,13 @@ TEST(Interpolant, RefusedBuildsDropThePreviousOneExceptForNone) {
     EXPECT_EQ(spline.knotX.size() + spline.coefficients.size() + spline.knotCount, 0);
     EXPECT_EQ(spline.buildAkimaSpline(nullptr), 0);
     using Points = QList<KvPointXY>;
-    const Points cases[] = {
-        {}, {{1, 1}, {kNaN, 2}}, {{2, 1}, {1, 1}}, {{0, -3e38F}, {1e-3F, 3e38F}}, {{1, 1}, {1, 1}, {2, 1}}};
+    const Points cases[] = {{},
+                            {{1, 1}, {kNaN, 2}},
+                            {{2, 1}, {1, 1}},
+                            {{0, -3e38F}, {1e-3F, 3e38F}},
+                            {{1, 1}, {1, 1}, {2, 1}},
+                            {{0, 0}, {1e-10F, 1e20F}, {1, 0}},
+                            {{0, 0}, {1e-10F, 1e10F}, {2e-10F, 0}, {1, 7}}};  // beyond a float: c2, c3
     for (const Points& points : cases) {
         bad.points = points;
         EXPECT_EQ(spline.buildFromPointCloud(cloud, KvInterpolantAkima), 3);
@@ -94,8 +99,14 @@ TEST(Interpolant, TakesTheIntervalOnTheLeftOfAKnotAndNothingOutside) {
     EXPECT_EQ(spline.calcY(std::nextafter(1.0F, 2.0F)), 20.0F);
     for (const float outside : {-1e-30F, std::nextafter(2.0F, 3.0F), kNaN, kInf})
         EXPECT_TRUE(std::isnan(spline.calcY(outside)));
-    spline.knotCount = 9;  // more than there are
-    EXPECT_TRUE(std::isnan(spline.calcY(0)));
+    KvPointCloud<KvPointXY> out;
+    const int torn[][2] = {{9, 8}, {0, 8}, {-1, 8}, {3, 7}};  // knots told, coefficients there are
+    for (const auto& [knots, size] : torn) {
+        spline.knotCount = knots;
+        spline.coefficients.resize(size);
+        EXPECT_TRUE(std::isnan(spline.calcY(0)) && spline.generatePointCloud(out, 1, kNaN, kNaN) == 0)
+            << knots;
+    }
 }
 
 TEST(Interpolant, ResamplesAsTheLiteralLoopAndNeverHangs) {

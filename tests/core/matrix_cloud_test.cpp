@@ -57,7 +57,8 @@ TEST(MatrixCloud, SamplesABilinearSurfaceAndNothingBeyond) {
 
 TEST(MatrixCloud, AnswersNothingWhereItsMembersContradictEachOther) {
     KvMatrixCloud matrix = grid({"111", "111"}, 0, 1);
-    EXPECT_FALSE(matrix.resize(-1, 1) || matrix.resize(4097, 4096) || matrix.resize(1 << 30, 1 << 30));
+    EXPECT_FALSE(matrix.resize(-1, 1) || matrix.resize(1, -1) || matrix.resize(4097, 4096) ||
+                 matrix.resize(1 << 30, 1 << 30));
     for (const float step : {0.0F, -1.0F, kNaN, 1e-45F, 3e38F, kInf}) {
         matrix.stepX = matrix.stepZ = step;
         for (const float x : {0.0F, kNaN, 3e38F, -3e38F, kInf})
@@ -68,6 +69,8 @@ TEST(MatrixCloud, AnswersNothingWhereItsMembersContradictEachOther) {
     EXPECT_TRUE(std::isnan(matrix.height(1 << 30, 5)) && std::isnan(matrix.height(-1, 0)));
     KvPointCloud<KvPointXYZ> cloud;
     EXPECT_TRUE(matrix.toPointCloud(cloud) == 6 && KvMatrixWithHistos(matrix).segment(1, 1, 1) == 0);
+    matrix.columns = 0;
+    EXPECT_TRUE(matrix.toPointCloud(cloud) == 0 && KvMatrixWithHistos(matrix).segment(1, 1, 1) == 0);
 }
 
 TEST(MatrixWithHistos, RegionsAreWhatSmallStepsReachFromAFullBand) {
@@ -80,6 +83,9 @@ TEST(MatrixWithHistos, RegionsAreWhatSmallStepsReachFromAFullBand) {
     EXPECT_TRUE(matrix.bins.size() == 7 && matrix.bins[1] == 10 && matrix.bins[5] == 11);
     EXPECT_EQ(matrix.segment(1, 0.5F, 3), 3) << "two of height 1; the 2 between is no full band";
     EXPECT_EQ(matrix.segment(1, 1, 14), 1);
+    EXPECT_EQ(KvMatrixWithHistos(grid({"122", "333"}, 0, 1)).segment(1, 0.5F, 1), 1) << "the fullest band";
+    matrix.heights[2] = kInf;
+    EXPECT_TRUE(matrix.segment(1, kInf, 1) == 1 && matrix.regions[2] == 0) << "not within an infinite step";
     for (const float bad : {0.0F, -1.0F, kNaN})
         EXPECT_TRUE(matrix.segment(1, bad, 1) + matrix.segment(bad, 1, 1) == 0 && matrix.regions.isEmpty());
     EXPECT_TRUE(matrix.segment(kInf, 1, 1) + matrix.segment(1e-6F, 1, 1) == 0 && matrix.bins.isEmpty());

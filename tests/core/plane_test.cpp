@@ -17,7 +17,8 @@ TEST(PlaneFit, SolvesTheNormalEquationsForBothKindsOfCloud) {
     TestSupport::Draws draws(21);
     for (int round = 0; round < 50; ++round) {
         KvPointCloud<KvPointXYZ> cloud;
-        QList<Vector3D> scan;
+        cloud.points = {{kNaN, 1, 2}, {1, kNaN, 2}};
+        QList<Vector3D> scan = {{kNaN, 1, 2}, {1, kNaN, 2}};
         QList<const Vector3D*> pointers = {nullptr};
         double s[3][4] = {}, fit[3], same[3];
         for (int i = 0; i < 8 + 5 * round; ++i) {

@@ -60,6 +60,10 @@ TEST(SparseFilters, EqualTheScanOfAllCells) {
             cloud.calcRange();
             cloud.minX += 1;  // not that of the points
             cloud.maxZ += 3;
+            float Cloud::*const bounds[] = {&Cloud::minX, &Cloud::maxX, &Cloud::minY,
+                                            &Cloud::maxY, &Cloud::minZ, &Cloud::maxZ};
+            if (draw.chance(0.5))
+                cloud.*bounds[draw.integer(0, 5)] = kNaN;
         }
         checkSparse(cloud, draw.chance(0.5) ? 1.0F : static_cast<float>(draw.real(0.6, 4.0)),
                     draw.chance(0.1) ? cloud.points.size() : draw.integer(-1, 6));
@@ -71,6 +75,10 @@ TEST(SparseFilters, EqualTheScanWhereCellsAreAsSmallAsRounding) {
     for (const float offset : {1048576.0F, -1048576.0F, 1048570.0F, -1048570.0F, 0.0F})
         for (const float cell : {0.05F, 0.0625F, 0.07F, 0.09375F, 0.1F, 0.125F, 0.15F, 0.1875F, 0.2F, 0.3F})
             checkSparse(randomCloud(draw, 60, 0.75F, 0.125F, 0.0, offset), cell, 2);
+    Cloud line;  // more cells than are tabled
+    for (int i = 0; i < 200; ++i)
+        line.points.append({static_cast<float>(draw.integer(0, 4999)), float(i % 2), float(i / 2 % 2)});
+    checkSparse(line, 1, 2);
 }
 
 TEST(SparseFilters, FlatCloudHasNoCellsAndKeepsItsPoints) {
@@ -89,7 +97,8 @@ TEST(SparseFilters, AnswerAnyArgumentAtOnce) {
         Cloud cloud = randomCloud(draw, 200, 8.0F, 1.0F, 0.1);
         for (KvPointXYZ& p : cloud.points)
             p = KvPointXYZ(p.x / 8.0F * range, p.y / 8.0F * range, p.z / 8.0F * range);
-        for (const float cell : {1e-45F, 1e-38F, 1e-16F, 1e-6F, 1.0F, 1e19F, huge, kInf, kNaN, 0.0F, -1.0F}) {
+        for (const float cell :
+             {1e-45F, 1e-38F, 1e-16F, 1e-6F, 1.0F, 1e19F, 1e38F, huge, kInf, kNaN, 0.0F, -1.0F}) {
             for (const int minCount : {INT_MIN, 0, 1, 3, INT_MAX}) {
                 Cloud a = cloud, b = cloud;
                 const int taken = a.cubicFilter(cell, minCount) + b.sphericalFilter2(cell, kNaN, minCount);
@@ -174,6 +183,8 @@ TEST(ExtractInsulatingTape, IsTheDistanceOfTheMedians) {
     EXPECT_TRUE(std::isnan(thickness(50.0F, 1.0F))) << "one point in the box";
     cloud.points.append(KvPointXYZ(0.0F, 1.0F, 0.0F));
     EXPECT_EQ(thickness(50.0F, 1.0F), 0.0F) << "level";
+    cloud.points = {{0, 1, 0}, {0, 3, 0}, {0, 4, 0}};
+    EXPECT_TRUE(std::isnan(thickness(kNaN, kNaN))) << "a ground of one point";
 }
 
 }  // namespace

@@ -33,8 +33,12 @@ TEST(Trace, AppendsMessagesUpToItsLevelByteForByte) {
     ASSERT_TRUE(QDir().rmdir("kvmath_trace.txt"));
     PointCloud none;
     KvPlane::getPointsFromArea(none, nullptr, none);
-    EXPECT_EQ(scratch.read("kvmath_trace.txt"),
-              "KvPlane::getPointsFromArea\r\nKvPlane::getPointsFromArea: returning 0\r\n");
+    KvPlane::removePointsRelativelyPlane(none, false, 1, 0, 0, 5);
+    EXPECT_EQ(
+        scratch.read("kvmath_trace.txt"),
+        "KvPlane::getPointsFromArea\r\nKvPlane::getPointsFromArea: returning 0\r\n"
+        "KvPlane::removePointsRelativelyPlane(cloud(points.count=0), removeUpLevel=0, shiftFromPlane=1, "
+        "a=0, b=0, c=5)\r\nKvPlane::removePointsRelativelyPlane: returning 0\r\n");
     SetTrace(0);
     EXPECT_EQ(
         scratch.read("../kvmath_trace.txt"),

@@ -81,6 +81,7 @@ TEST(SmallMatrix, PlacesBlocks) {
     placeMatrixInMatrix(m, 3, 4, block, 2, 2, 1, 2);
     EXPECT_THAT(m, ElementsAre(0, 0, 0, 0, 0, 0, 1, 2, 0, 0, 3, 4));
     setMatrixToZero(m, -3, -4);
+    setMatrixToZero(m, 3, -4);
     placeMatrixInMatrix(m, 3, 4, block, -2, 2, 0, 2);
     EXPECT_THAT(m, ElementsAre(0, 0, 0, 0, 0, 0, 1, 2, 0, 0, 3, 4));
 }

@@ -210,6 +210,7 @@ TEST(Pca, OnTheEdges) {
     EXPECT_THAT(mean, testing::Each(0.0));
     EXPECT_FALSE(KvMath::pca(same, 2, -1, nullptr, nullptr));
     KvMath::pcaTransform(nullptr, 0, 2, mean, basis);
+    KvMath::pcaTransform(nullptr, 2, -1, mean, basis);
 }
 
 }  // namespace

@@ -70,6 +70,8 @@ TEST(InterpolateTrajectory, NeedsTwoPoints) {
         EXPECT_FALSE(interpolateTrajectoryPeriodic(points + points, pieces));
         EXPECT_TRUE(pieces.isEmpty());
     }
+    Pieces pieces;
+    EXPECT_TRUE(interpolateTrajectoryPeriodic({{0, 0}, {1, 0}, {0, 1}}, pieces) && pieces.size() == 3);
 }
 
 TEST(CubicBezierSpline, SamplesJointsOnce) {

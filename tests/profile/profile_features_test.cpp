@@ -106,6 +106,13 @@ TEST(ProfilePolynomial, LowersTheDegreeToTheDistinctPlaces) {
     EXPECT_FALSE(KvProfile().polynomFit(2));
     ASSERT_TRUE(p.polynomFit(9));
     EXPECT_THAT(p, PointsAre({{1, 2}, {1, 2}, {2, 5}, {kNaN, 9}}));
+    // Six places whose fourth power is no double.
+    KvProfile close = profileOf({{-1e38F, 2}, {1e38F, 4}});
+    for (float i = 1; i <= 6; ++i)
+        close.points.append(KvPointXY(i * 1e-44F, 3));
+    const KvProfile before = close;
+    ASSERT_TRUE(close.polynomFit(9));
+    EXPECT_THAT(close, HasPointsOf(before));
 }
 
 TEST(ProfileIntegral, IsTheAreaBetweenBounds) {

@@ -197,6 +197,7 @@ TEST(ProfileFilter, MeaninglessSettingsDoNothing) {
         same.removeNoise(std::min(window, 0), 0, 0, 0);
         same.removeLineParts(std::min(window, 1), 0, 0, 0);
         same.removeNoisyPoints(1, std::min(window, 0));
+        same.removeNoisyPoints(window > 0 ? kNaN : 0, 1);
     }
     EXPECT_THAT(same, HasPointsOf(p));
     p.medFilt(shorter, 3);
@@ -219,6 +220,7 @@ TEST(ProfileFilter, SpikesGoAndEdgesStay) {
     EXPECT_TRUE(saw.splashFilter(dest, 2, 9));
     EXPECT_THAT(dest, HasPointsOf(saw)) << "left by a step of the same sign as it is entered";
     EXPECT_TRUE(profileOf({{0, 0}, {1, 9}, {2, 0}}).splashFilter(dest, 2, 1) && dest.points.size() == 2);
+    EXPECT_TRUE(profileOf({{0, 0}, {1, kNaN}, {2, 0}}).splashFilter(dest, 2, 1) && dest.points.size() == 2);
     EXPECT_FALSE(profileOf({{0, 0}, {1, kNaN}}).splashFilter(dest, 2, 1));
     EXPECT_EQ(dest.points.size(), 2);
 }
@@ -270,6 +272,15 @@ TEST(ProfileFilter, PolarMeanIsThatOfTheRadiusWithinSteps) {
             EXPECT_NEAR(std::remainder(std::atan2(q.y, q.x) - M_PI / 45 * (n - i), 2 * M_PI), 0, 1e-6);
         }
     }
+}
+
+TEST(ProfileFilter, PolarMeanPassesOverUnsetPoints) {
+    const KvProfile p = profileOf({{3, 4}, {kNaN, 0}, {6, 8}, {1, INFINITY}, {15, 20}});
+    KvProfile smooth = p;
+    p.wndFilterPolar(smooth, 99, 3, 1);
+    EXPECT_NEAR(std::hypot(smooth.points[2].x, smooth.points[2].y), (5 + 10 + 25) / 3.0, 1e-5);
+    smooth.points[2] = p.points[2];
+    EXPECT_THAT(smooth, HasPointsOf(p));
 }
 
 TEST(ProfileFilter, SparsePointsAreThoseCountedByBruteForce) {

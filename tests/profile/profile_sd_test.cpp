@@ -40,6 +40,7 @@ TEST(ProfileSD, RecordsAreAppendedAndReadAmongOthersWithTheirReservedBytes) {
     EXPECT_EQ(KvProfileZ().readFromFile(file), -1) << "left to its own kind";
     EXPECT_EQ(read.readFromFile(file), 2);
     EXPECT_EQ(std::memcmp(&read.blockA, &profile.blockA, 24), 0);
+    EXPECT_TRUE(read.readFromFile("records") == 2 && read.blockB.tag == -4);
     EXPECT_TRUE(read.readFromFile("none") == -1 && !profile.writeToFile("none/records", true));
     EXPECT_TRUE(read.readFromFile(file, true) == -1 && KvProfileZ().readFromFile(file) == 3);
 }

@@ -71,6 +71,8 @@ TEST(ProfileZSet, RefusesSlicesWithoutPlanesAndTooManyOfThem) {
     EXPECT_TRUE(set.calcFromPointCloud(cloud, 1.0F) == 1 && set.at(0).isEmpty() && set.zStep == 1.0F);
     cloud.maxZ = -1;
     EXPECT_TRUE(set.calcFromPointCloud(cloud, 0.5F) == 0 && set.zStep == 0.5F) << "exchanged ends";
+    cloud.maxZ = kInf;
+    EXPECT_TRUE(set.calcFromPointCloud(cloud, 0.5F) == 0 && std::isnan(set.zStep)) << "no end";
 }
 
 TEST(ProfileZSet, ReadsFilesUpToTheFirstRecordThatIsNotWhole) {
@@ -91,6 +93,7 @@ TEST(ProfileZSet, ReadsFilesUpToTheFirstRecordThatIsNotWhole) {
     EXPECT_EQ(read.readFromFile("clouds", 10, 2), 2);
     EXPECT_EQ(text(read), "z10 1,2 nan,4z14 5,6") << "an empty record takes its place";
     EXPECT_TRUE(read.readFromFile("none", 1, 3) == -1 && read.isEmpty() && read.zStep == 3);
+    EXPECT_TRUE(read.readFromFile("none") == -1 && std::isnan(read.zStep));
 }
 
 TEST(ProfileZSet, FilesAreTheRecordsWhateverTheirSize) {
@@ -126,6 +129,8 @@ TEST(ProfileZSet, TakesRangesOfPlacesWithTheirEndsEvenFromItself) {
     Cloud cloud;
     EXPECT_TRUE(set.toPointCloud(cloud, 1, 0) == 0 && set.toPointCloud(cloud, -5, 1 << 30) == 2);
     EXPECT_TRUE(set.toPointCloud(cloud) == 2 && cloud.points.last().z == 2);
+    set.profiles = {line(3, {{kNaN, 4}, {1, 2}}), line(kNaN, {{5, kNaN}})};
+    EXPECT_TRUE(set.calcRange() && set.minX == 1 && set.maxX == 5 && set.minY == 2 && set.maxZ == 3);
     set.clear();
     EXPECT_TRUE(!set.calcRange() && std::isnan(set.minZ + set.zStep) && set.calcAverageY() == 0);
 }
@@ -157,10 +162,13 @@ TEST(ProfileZSet, LosesDriftButNotLevelAndWhatLiesOutsideTheValleys) {
     EXPECT_FALSE(set.removePCfromZ());
     set.profiles = {
         line(0, {{0, 3}, {1, 1}, {2, 1}, {3, 8}, {4, 1}, {5, 8}, {6, kNaN}, {7, 2}, {8, 2}, {9, 4}}),
-        line(1, {{0, 1}, {1, 2}}), line(2, {{0, kNaN}}), line(3, {}),
-        line(4, {{0, kNaN}, {1, 2}, {2, 9}, {3, kNaN}, {4, 3}})};
+        line(1, {{0, 1}, {1, 2}}),
+        line(2, {{0, kNaN}}),
+        line(3, {}),
+        line(4, {{0, kNaN}, {1, 2}, {2, 9}, {3, kNaN}, {4, 3}}),
+        line(5, {{0, 1}, {1, 9}, {2, 2}, {3, 4}})};
     set.clearEdgeEffect();
-    EXPECT_EQ(text(set), "z0 4,1 5,8 6,nan 7,2 8,2z1 0,1 1,2z2 0,nanz3z4 1,2 2,9 3,nan 4,3");
+    EXPECT_EQ(text(set), "z0 4,1 5,8 6,nan 7,2 8,2z1 0,1 1,2z2 0,nanz3z4 1,2 2,9 3,nan 4,3z5 0,1 1,9 2,2");
 }
 
 TEST(ProfileZSet, BecomesAGridOfMeans) {

@@ -6,6 +6,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+extern "C" int __llvm_profile_write_file() __attribute__((weak));  // NOLINT: there where coverage is measured
+
 namespace TestSupport {
 
 /// True when `check()` returned true in a child that may write `fileBytes` per file and map `memoryBytes`
@@ -15,14 +17,20 @@ bool holdsInChild(rlim_t fileBytes, rlim_t memoryBytes, Check check) {
     const pid_t child = fork();
     if (child == 0) {
         std::signal(SIGXFSZ, SIG_IGN);  // the write fails instead
-        const rlimit files{fileBytes, fileBytes}, memory{memoryBytes, memoryBytes};
-        bool holds = (fileBytes == 0 || setrlimit(RLIMIT_FSIZE, &files) == 0) &&
-                     (memoryBytes == 0 || setrlimit(RLIMIT_AS, &memory) == 0);
+        rlimit files{}, memory{};
+        bool holds = getrlimit(RLIMIT_FSIZE, &files) == 0 && getrlimit(RLIMIT_AS, &memory) == 0;
+        const rlimit fewer{fileBytes != 0 ? fileBytes : files.rlim_cur, files.rlim_max};
+        const rlimit less{memoryBytes != 0 ? memoryBytes : memory.rlim_cur, memory.rlim_max};
         try {
-            holds = holds && check();
+            holds =
+                holds && setrlimit(RLIMIT_FSIZE, &fewer) == 0 && setrlimit(RLIMIT_AS, &less) == 0 && check();
         } catch (...) {
             holds = false;
         }
+        setrlimit(RLIMIT_FSIZE, &files);
+        setrlimit(RLIMIT_AS, &memory);
+        if (__llvm_profile_write_file != nullptr)
+            __llvm_profile_write_file();
         _exit(holds ? 0 : 1);
     }
     int status = -1;

@@ -33,8 +33,25 @@ bool loadRecord(T& object, const QByteArray& bytes) {
     return object.load(stream);
 }
 
-/// The record is `hex` (blanks allowed), is read back from exactly these bytes, and from no fewer. `fresh()`
-/// makes an object to load into.
+/// Takes so many bytes, then no more.
+class Filling : public QIODevice {
+public:
+    explicit Filling(qint64 room) : room_(room) { open(WriteOnly | Unbuffered); }
+
+protected:
+    qint64 readData(char* /*data*/, qint64 /*size*/) override { return -1; }
+    qint64 writeData(const char* /*data*/, qint64 size) override {
+        const qint64 taken = std::min(size, room_);
+        room_ -= taken;
+        return taken;
+    }
+
+private:
+    qint64 room_;
+};
+
+/// The record is `hex` (blanks allowed), is read back from exactly these bytes, and from no fewer, and does not
+/// fit into fewer. `fresh()` makes an object to load into.
 template <class T, class Make>
 void checkRecord(T& object, const QByteArray& hex, Make fresh) {
     const QByteArray bytes = recordOf(object);
@@ -42,6 +59,9 @@ void checkRecord(T& object, const QByteArray& hex, Make fresh) {
     for (int size = 0; size < bytes.size(); ++size) {
         auto cut = fresh();
         EXPECT_FALSE(loadRecord(*cut, bytes.left(size))) << "of " << bytes.size() << " bytes: " << size;
+        Filling device(size);
+        QDataStream full(&device);
+        EXPECT_FALSE(object.save(full)) << "room for " << size;
     }
     auto copy = fresh();
     ASSERT_TRUE(loadRecord(*copy, bytes + "behind"));

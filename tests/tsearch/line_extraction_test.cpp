@@ -86,6 +86,12 @@ TEST(ContourToLines, DeviationEqualToToleranceSplitsAtTheFirstMaximum) {
     EXPECT_THAT(piecesOf({{0, 0}, {3, 0}, {3, 4}, {0, 0}}, 2.5, 0, 1e300).breaks, ElementsAre(0, 2, 3));
     const Pieces one = piecesOf({{7, 8}}, 0.1, 2, 0.5);
     EXPECT_TRUE(one.breaks.size() == 1 && !one.hasVertices && piecesOf({}, 0.1, 2, 0.5).breaks.empty());
+    int counts[2] = {7, 7}, *numbers = counts;
+    KvVector2D<double> point, *vertices = &point, **contours = &vertices;
+    profile2contours(nullptr, 3, 1, contours, counts[0], numbers);
+    EXPECT_TRUE(!contours && !numbers && counts[0] == 0);
+    contour2lines(nullptr, 3, 0.1, 2, 0.5, numbers, counts[1], vertices);
+    EXPECT_TRUE(!vertices && !numbers && counts[1] == 0);
 }
 
 TEST(ContourToLines, EqualsTheLiteralSteps) {

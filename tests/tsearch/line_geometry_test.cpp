@@ -49,6 +49,9 @@ TEST(Lsd, ChoosesAsTheResidualSumsDo) {
     LineABC l;
     lsd(&kUp.p1, 0, l);
     EXPECT_TRUE(std::isnan(l.a) && std::isnan(l.b) && std::isnan(l.c));
+    l = {1, 2, 3};
+    lsd(nullptr, 3, l);
+    EXPECT_TRUE(std::isnan(l.a + l.b + l.c));
     Draws draws(1);
     for (int trial = 0; trial < 20000; ++trial) {
         SCOPED_TRACE(trial);

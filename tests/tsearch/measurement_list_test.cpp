@@ -94,6 +94,11 @@ TEST(UniformInfos, MayBeMissingButNotWrong) {
         EXPECT_FALSE(m.load(map));
         EXPECT_EQ(mapOf(m), before);
     }
+    for (const char* key : {"linesInfos", "anglesInfos"}) {
+        QVariantMap map = whole;
+        map[key] = 3;
+        EXPECT_TRUE(!m.load(map) && mapOf(m) == before) << key;
+    }
 }
 
 TEST(UniformInfos, TooLongANameIsNotWritten) {
@@ -103,8 +108,9 @@ TEST(UniformInfos, TooLongANameIsNotWritten) {
     QByteArray bytes;
     QDataStream stream(&bytes, QIODevice::WriteOnly);
     EXPECT_FALSE(longer.save(stream));
-    for (const char* length : {"ffffffff", "00000100"}) {
-        QByteArray hostile = "00000000 00000000 01000000" + QByteArray(length);
+    for (const char* counts : {"00000000 01000000 ffffffff", "00000000 01000000 00000100",
+                               "ffffffff 01000000 00000000", "01000000 00000000 00000000"}) {
+        QByteArray hostile = "00000000" + QByteArray(counts);
         hostile = QByteArray::fromHex(hostile) + QByteArray(70000, 'x');
         EXPECT_FALSE(loadRecord(m, hostile));
     }

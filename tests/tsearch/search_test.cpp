@@ -198,6 +198,16 @@ TEST(DefaultCheck, BoundsHoldOnEqualityAndMinusOneIsNone) {
                      defaultCheckFunction(lines, codes, -1, &params));
         clearDefaultCheckFunctionParams(params);
     }
+    double quarterOnly[] = {-1, -1, quarter, -1};
+    DefaultCheckFunctionParams bare{};  // a host's own, without the tables that it does not need
+    bare.linesNumber = 2;
+    LinePP bent[] = {LinePP({0, 0}, {9, 0}), LinePP({9, 0}, {18, 9})};
+    int along[] = {0, 2};
+    EXPECT_TRUE(defaultCheckFunction(bent, along, 1, &bare));
+    bare.maxAngle = quarterOnly;
+    EXPECT_TRUE(defaultCheckFunction(bent, along, 1, &bare));
+    bare.minAngle = quarterOnly;
+    EXPECT_FALSE(defaultCheckFunction(bent, along, 1, &bare));
     for (const int T : {0, -5, 4097, INT_MAX}) {
         DefaultCheckFunctionParams none;
         initDefaultCheckFunctionParams(none, T);

@@ -111,7 +111,18 @@ TEST(Adjustment, RefusesWhatDoesNotFixTheMotion) {
         EXPECT_FALSE(getAdjustmentDataPlanesMethod(cube, some, 3, M, t) ||
                      getAdjustmentDataPlanesMethod(some, cube, 3, M, t));
     }
+    const PlaneInfo same[3] = {cube[0], cube[0], cube[0]};
+    EXPECT_FALSE(getAdjustmentDataPlanesMethod(same, cube, 3, M, t)) << "one measured direction";
     EXPECT_TRUE(M[0] == 42 && t[0] == 43);
+    // A mirrored octahedron: many rotations are as good, and one of them is found.
+    double pointed[18] = {1, 0, 0, -1, 0, 0, 0, 1, 0, 0, -1, 0, 0, 0, 1, 0, 0, -1}, mirrored[18], turn[9];
+    std::copy_n(pointed, 18, mirrored);
+    std::swap(mirrored[14], mirrored[17]);
+    ASSERT_TRUE(getAdjustmentData(pointed, mirrored, 6, M, t));
+    std::copy_n(M, 9, turn);
+    transposeMatrix33(turn);
+    mul33with33(M, turn, turn);
+    EXPECT_THAT(turn, Pointwise(DoubleNear(1e-9), {1.0, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, 1.0}));
 }
 
 TEST(PlanesAndLines, MeetOrAreRefused) {
@@ -131,6 +142,9 @@ TEST(PlanesAndLines, MeetOrAreRefused) {
     EXPECT_THAT(point, ElementsAre(3, 0, 1));
     EXPECT_FALSE(lines3dIntersection(p1, dir1, p2, dir1, point));
     EXPECT_FALSE(lines3dIntersection(p1, p1, p2, dir2, point));
+    const double far[] = {1.7e308, 0, 0}, dir3[] = {0, 0, 1};
+    EXPECT_FALSE(lines3dIntersection(far, dir2, far, dir3, point)) << "their middle is no number";
+    EXPECT_THAT(point, ElementsAre(3, 0, 1));
 }
 
 TEST(TiltedPlanes, MeetTheirAxisAtTheDistance) {
@@ -144,6 +158,10 @@ TEST(TiltedPlanes, MeetTheirAxisAtTheDistance) {
     convertKorvanPlanes2planes(planes, 2);
     EXPECT_TRUE(planes[0].valid && !planes[1].valid && planes[1].plane[3] == 0);
     EXPECT_NEAR(planes[0].plane[2] * 250 + planes[0].plane[3], 0, 1e-9);
+    planes[0].distance = NAN;
+    convertKorvanPlanes2planes(planes, 2);
+    EXPECT_TRUE(!planes[0].valid && planes[0].plane[2] == 0);
+    convertKorvanPlanes2planes(nullptr, 2);
 }
 
 // A body of three pairs of faces about (x, 10, 20) per row; the frame has its first axis along the rows.
@@ -165,6 +183,10 @@ TEST(BogieFrame, ComesFromMiddlePlanesAndUpperNormals) {
     ASSERT_TRUE(getBogieReferenceFrame(planes, 4, M, origin));
     EXPECT_THAT(listOf(origin, 3), Pointwise(DoubleNear(1e-9), {100.0, 10.0, 20.0}));
     EXPECT_THAT(listOf(M, 9), Pointwise(DoubleNear(1e-12), {1.0, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, 1.0}));
+    planes[1][6] = planeOf(0, 0, 0, 1);  // no normal: left out
+    EXPECT_TRUE(getBogieReferenceFrame(planes, 4, M, origin));
+    EXPECT_THAT(listOf(origin, 3), Pointwise(DoubleNear(1e-9), {100.0, 10.0, 20.0}));
+    planes[1][6] = planeOf(0, 0, -2, 1);
     EXPECT_FALSE(getBogieReferenceFrame(planes, 1, M, origin));
     EXPECT_FALSE(getBogieReferenceFrame(planes + 3, 1, M, origin));
     EXPECT_FALSE(getBogieReferenceFrame(nullptr, 4, M, origin) ||

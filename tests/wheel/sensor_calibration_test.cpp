@@ -33,6 +33,7 @@ TEST(Apexes, AreWhereRisingMeetsFallingInAnyOrderOfPoints) {
     KvProfile profile = ridges({{-60, 30}, {0, 40}, {50, 20}}), apexes;
     std::reverse(profile.points.begin(), profile.points.end());
     profile.points.insert(10, {kNaN, 3});
+    profile.points.insert(10, {3, kNaN});
     apexes.points.append({1, 1});
     QList<KvLine> lines;
     ASSERT_EQ(ORBIS_detectApexes(profile, apexes, lines, 2.0F), 3);
@@ -41,6 +42,13 @@ TEST(Apexes, AreWhereRisingMeetsFallingInAnyOrderOfPoints) {
     EXPECT_NEAR(apexes.points[1].y, 40, 1e-3);
     EXPECT_NEAR(apexes.points[2].x, 50, 1e-3);
     EXPECT_NEAR(lines[4].k, 1, 1e-4);
+    profile.points.clear();  // upwards, upright, upwards, less so, and down
+    for (int i = 0; i <= 100; ++i)
+        profile.points.append(i <= 50 ? KvPointXY(float(i), float(i))
+                                      : KvPointXY(float(i), i <= 75 ? 75 + float(i) / 2 : 187.5F - float(i)));
+    profile.points.insert(51, {50, 100});
+    ASSERT_EQ(ORBIS_detectApexes(profile, apexes, lines, 0.5F), 1);
+    EXPECT_LT(apexes.points[0].calcDistance({75, 112.5F}), 1.5F);
     EXPECT_EQ(ORBIS_detectApexes(KvProfile(), apexes, lines, kNaN), 0);
     EXPECT_TRUE(apexes.points.isEmpty() && lines.isEmpty());
 }
@@ -75,6 +83,9 @@ TEST(SensorPlacement, PutsTheRidgesWhereTheyAre) {
         EXPECT_TRUE(ORBIS_calcAnglesCoord(profile, 400, -20, 100, 2.4F, found, nodes, nullptr));
         EXPECT_TRUE(ORBIS_calcAnglesCoord(profile, 400, -20, 100, kNaN, found, nodes, nullptr));
         EXPECT_FALSE(ORBIS_calcAnglesCoord(profile, 400, -20, 100, kNaN, found, nodes.mid(0, 1), nullptr));
+        for (const QPointF& bad : {QPointF(1, 1), QPointF(HUGE_VAL, 1)})  // one place for all, or none
+            EXPECT_FALSE(
+                ORBIS_calcAnglesCoord(profile, 400, -20, 100, kNaN, found, {bad, bad, bad}, nullptr));
     }
 }
 
@@ -102,7 +113,9 @@ TEST(CalibrationNodes, AreTheSharpestCornersAndTheirPlaces) {
     EXPECT_EQ(places[1].x, 4.0F);
     EXPECT_TRUE(places[1].y == 20.0F && places[1].z == 25.0F && places[2].z == 0.0F);
     const KvPointXY same[3] = {{1, 1}, {4, 10}, {1, 1}};
-    EXPECT_FALSE(ORBIS_detectCalibr3DNodes(same, places, 30, 0.5F, 25));
+    const KvPointXY unset[3] = {{1, kNaN}, {4, 10}, {1, 1}};
+    EXPECT_FALSE(ORBIS_detectCalibr3DNodes(same, places, 30, 0.5F, 25) ||
+                 ORBIS_detectCalibr3DNodes(unset, places, 30, 0.5F, 25));
     EXPECT_FALSE(ORBIS_detectCalibr3DNodes(nullptr, places, 30, 0.5F, 25) ||
                  ORBIS_detectCalibr3DNodes(corners, nullptr, 30, 0.5F, 25));
     ASSERT_TRUE(ORBIS_detectCalibr3DNodes(corners, places, 30, 0, 25));

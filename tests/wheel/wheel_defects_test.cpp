@@ -49,6 +49,8 @@ TEST_F(WheelDefects, ClearTheFlagsOfTheirWheels) {
     write("pass_100/02_02.bin", bad);
     write("pass_100/03_01.bin", bad);
     write("pass_100/03_03.bin", bad);  // behind a gap: not looked at
+    write("pass_100/-1_01.bin", bad);  // no wheel of the train
+    write("pass_100/-1_02.bin", bad);
     write("pass_100/04_01.bin", cut);
     write("pass_100/04_02.bin", cut);
     unsigned char flags[5] = {1, 1, 1, 1, 1}, others[5] = {1, 1, 1, 1, 1};

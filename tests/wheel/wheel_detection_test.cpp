@@ -188,7 +188,16 @@ TEST_F(WheelDetection, FollowsItsStepsWithAnySettings) {
     }
     EXPECT_FALSE(ORBIS_detectWheels_Test("post_100.bin", &settings, 0, nullptr, &result));
     int wheels = 0;
-    EXPECT_FALSE(ORBIS_detectWheels_Test("post_100.bin", &settings, 0, &wheels, nullptr));
+    EXPECT_FALSE(ORBIS_detectWheels_Test("post_100.bin", &settings, 0, &wheels, nullptr) ||
+                 ORBIS_detectWheels_Test("missing_100.bin", &settings, 0, &wheels, &result));
+    record("many_100.bin", "wwwww");
+    for (const char* parts : {"nan", "3e38", "-3e38"}) {  // none, any number, none
+        settings.clear();
+        set("SENSOR1/SN", 100);
+        set("SENSOR1/maxCorr", parts);
+        EXPECT_TRUE(ORBIS_detectWheels("many_100.bin", &settings, 3, &wheels)) << parts;
+        EXPECT_EQ(wheels, parts[0] == '3' ? 0 : 1) << parts << ": straight parts go";
+    }
 }
 
 TEST(IsWheel, CountsStrictlyBetweenTheLines) {

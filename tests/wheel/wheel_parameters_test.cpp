@@ -55,6 +55,9 @@ TEST(WheelParameters, AreThoseOfTheProfile) {
         ASSERT_EQ(places.points.size(), 5);
         EXPECT_FLOAT_EQ(places.points[1].y, 2);
         EXPECT_FLOAT_EQ(places.points[2].x, 70);
+        _WheelProfileValues alone;
+        ORBIS_calcWheelParameters(cloud, kWheel, &alone, nullptr, nullptr);
+        EXPECT_EQ(alone.value[0], values.value[0]) << "places are not asked for";
     }
 }
 

@@ -83,6 +83,8 @@ TEST(WheelVariants, MeasureFlangeRimAndDiameter) {
         EXPECT_NEAR(values.value[0], 28 + 25 * 2.0 / 65, 2e-3);
     }
     ORBIS_calcWheelParameters_Tram({}, wheel, nullptr, nullptr, nullptr);
+    KvProfile empty;
+    EXPECT_FALSE(ORBIS_calcWheelParams_FromProf_Tram(empty, {60, 2, 10, 14, 24}, kRim, nullptr, nullptr));
     _WheelProfileValues none;
     ORBIS_calcWheelParameters_Loko({}, wheel, &none, nullptr, nullptr);
     for (int i = 0; i < 11; ++i)
@@ -117,7 +119,18 @@ TEST(Rim, HasItsFaceAndCornerOnTheLongestUprightPiece) {
     KvProfile alone = polyline({{0, 80}, {0, 10}});
     EXPECT_TRUE(detectRimForB2B(alone, kRim, face) && !calcRimRefPoint(alone, kRim, corner))
         << "nothing beside the face";
-    EXPECT_TRUE(std::isnan(calcRimThSurf(profile, corner, -99)));
+    EXPECT_TRUE(std::isnan(calcRimThSurf(profile, corner, -99)) && std::isnan(calcRimThSurf({}, corner, 0)));
+    QList<QPointF> hook = {{0, 80}, {0, 10}, {20, 10}, {20, 40}};
+    for (int order = 0; order < 2; ++order) {  // the face comes first, then last
+        EXPECT_TRUE(detectRimForB2B(polyline(hook), kRim, face) && std::fabs(face) < 0.05F) << order;
+        EXPECT_TRUE(calcRimRefPoint(polyline(hook), kRim, corner));
+        EXPECT_LT(corner.calcDistance({0, 10}), 0.6F) << "with the nearest other piece";
+        EXPECT_TRUE(maxLineDetect(polyline(hook), {5, 0.3, 0, 1, false, 1e300}, line));
+        EXPECT_NEAR(std::fabs(line.p2.y - line.p1.y), 70, 0.6);
+        std::reverse(hook.begin(), hook.end());
+    }
+    alone.points += polyline({{20, 10}, {20, 40}}).points;
+    EXPECT_FALSE(calcRimRefPoint(alone, kRim, corner)) << "parallel to the face";
     EXPECT_FALSE(maxLineDetect(level, {5, 0.3, 0, 100, false, 1e300}, line));
 }
 
@@ -163,7 +176,12 @@ TEST(CentreScanner, SeesTheWheelFromTheSide) {
     float angle = 0;
     ASSERT_TRUE(detectWheelByCScanOnlyAngle(profile, 460, angle));
     EXPECT_NEAR(angle, 180 - 1.6 * 180 / 3.14159265, 0.02);
-    EXPECT_FALSE(detectWheelByCScanOnlyAngle(KvProfile(), 460, angle));
+    EXPECT_FALSE(detectWheelByCScanOnlyAngle(KvProfile(), 460, angle) ||
+                 detectWheelByCenterScanner(KvProfile(), 400, 470, wheel) ||
+                 detectWheelByCenterScanner(profile, 400, 450, wheel));
+    KvProfile holed = profile;
+    holed.points[30] = {kNaN, kNaN};
+    EXPECT_FALSE(detectWheelByCScanOnlyAngle(holed, 460, angle)) << "no middle point";
 
     KvProfile moved = polyline({{1, 0}, {2, 0}});
     transform2dProfile(moved, 10, 20, 90);

@@ -60,6 +60,9 @@ TEST_F(WheelsetDistance, TakesTheProfileBehindTheFullest) {
     set("SENSOR1/b2", 3);
     EXPECT_TRUE(ORBIS_calcWheelsDistInTrain("a_100.bin", "b_200.bin", 1, &settings, distances));
     EXPECT_FLOAT_EQ(distances[0], static_cast<float>(8 * std::sqrt(0.5) + 1000));
+    EXPECT_FALSE(ORBIS_calcWheelsDistInTrain("a_100.bin", "b_200.bin", 0, 1, &settings, distances));
+    EXPECT_TRUE(QFile::remove("b_200/01_01.bin"));
+    EXPECT_FALSE(ORBIS_calcWheelsDistInTrain("a_100.bin", "b_200.bin", 1, &settings, distances));
 }
 
 TEST_F(WheelsetDistance, IsRefusedWithoutScannerDirectoryOrPoints) {
