@@ -24,6 +24,11 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/kvmath.pc DESTINATION ${CMAKE_INSTALL_
 
 if(KVMATH_BUILD_KVMEASURE)
     install(TARGETS kvmeasure RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT program)
+    # The documents keep their places to each other, so that their links hold.
+    set(documents ${CMAKE_INSTALL_DATADIR}/doc/kvmeasure)
+    install(FILES README.md CHANGELOG.md CONTRIBUTING.md DESTINATION ${documents} COMPONENT program)
+    install(DIRECTORY docs examples DESTINATION ${documents} COMPONENT program
+            FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN "*.cpp")
     if(TARGET kvmeasure_texts)
         install(FILES ${KVMEASURE_TEXTS}/kvmeasure.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT program)
         install(FILES ${KVMEASURE_TEXTS}/kvmeasure.bash RENAME kvmeasure COMPONENT program

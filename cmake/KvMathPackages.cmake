@@ -11,6 +11,7 @@ endif()
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME kvmath)
 set(CPACK_PACKAGE_VENDOR KvMath)
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # CPack would put it above each description
 set(CPACK_PACKAGE_CONTACT "KvMath developers <kvmath@example.org>")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_COMPONENTS_ALL ${kvmath_components})
@@ -18,6 +19,7 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/KvMathCompressDocs.cmake)
+set(CPACK_POST_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/KvMathMendPackages.cmake)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_RELEASE ${debian_release})
@@ -32,7 +34,7 @@ set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME ${kvmath_library_package})
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/triggers)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_LIBRARY_DESCRIPTION "${PROJECT_DESCRIPTION} - library
+set(CPACK_DEBIAN_LIBRARY_DESCRIPTION "measurement mathematics for laser profile scanners - library
 Filters lines of laser profile scanners, finds templates of straight lines in
 them and measures on the match; outlines 3D scans; measures railway wheels and
 wheelsets from train passes; builds and applies calibration tables.
@@ -43,7 +45,7 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libkvmath-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
     "${kvmath_library_package} (= ${debian_version}), qtbase5-dev (>= ${KVMATH_QT_VERSION})")
-set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "${PROJECT_DESCRIPTION} - development files
+set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "measurement mathematics for laser profile scanners - development files
 Filters lines of laser profile scanners, finds templates of straight lines in
 them and measures on the match.
 
@@ -60,10 +62,9 @@ Filters profiles, teaches templates of straight lines, finds and measures them;
 outlines and converts 3D scans; measures wheels of train passes; builds and
 checks calibration tables; simulates all of these with known dimensions.")
 
-# Packages of several architectures may lie side by side only where their libraries do.
+# Packages of several architectures may lie side by side only where their libraries do; KvMathMendPackages.cmake reads it.
 if(CMAKE_LIBRARY_ARCHITECTURE AND CMAKE_INSTALL_LIBDIR MATCHES "/${CMAKE_LIBRARY_ARCHITECTURE}$")
-    set(CPACK_DEBIAN_LIBRARY_PACKAGE_MULTIARCH same)
-    set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_MULTIARCH same)
+    set(CPACK_KVMATH_MULTI_ARCH_SAME ${kvmath_library_package} libkvmath-dev)
 endif()
 
 # Documents in the place where Debian expects them; a plain installation goes without.
@@ -76,4 +77,6 @@ foreach(component IN LISTS kvmath_components)
     install(FILES ${CMAKE_CURRENT_BINARY_DIR}/debian_changelog RENAME changelog.Debian
             DESTINATION ${documents} COMPONENT ${component} EXCLUDE_FROM_ALL)
 endforeach()
+install(FILES cmake/debian/libkvmath-dev.overrides RENAME libkvmath-dev COMPONENT development EXCLUDE_FROM_ALL
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides)
 include(CPack)

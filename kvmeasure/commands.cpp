@@ -165,7 +165,7 @@ int runCalibrate(const QStringList& words) {
 int runWheels(const QStringList& words) {
     static const Group group{
         "wheels",
-        "Wheels of a train that passed a measuring post; docs/wheels.md says what the values mean.",
+        "Wheels of a train that passed a measuring post.",
         {{"detect", "PASS", "splits recordings into wheel files",
           [](const QStringList& rest) { return runWheelsOnPass("detect", rest); }},
          {"parameters", "PASS", "flange height, thickness, position and circle of each wheel",
@@ -176,7 +176,8 @@ int runWheels(const QStringList& words) {
           [](const QStringList& rest) { return runWheelsOnPass("defects", rest); }},
          {"pass", "PASS", "all of them, with tables and a picture of each wheel",
           [](const QStringList& rest) { return runWheelsOnPass("pass", rest); }}},
-        "PASS is a folder of recordings, or the recordings; parameters takes sections as CSV too.\n\n"
+        "PASS is a folder of recordings, or the recordings; parameters takes sections as CSV too.\n"
+        "wheels.md in share/doc/kvmeasure/docs (docs of the sources) says what the values mean.\n\n"
         "Examples\n"
         "  kvmeasure simulate pass --wheelsets 8 --out train\n"
         "  kvmeasure wheels pass train --out train/results\n"
@@ -206,7 +207,8 @@ int runCommand(const QStringList& words) {
                 "  kvmeasure match part.csv --template part.json --svg part.svg\n\n") +
             exitCodes() +
             "\"kvmeasure help --man\" writes the manual page, \"kvmeasure help --bash\" the completion for "
-            "bash.\n"};
+            "bash.\n"
+            "Guides and file formats are in share/doc/kvmeasure, beside the bin folder.\n"};
     if (words.value(0) == "help")
         return runHelp(program, words.mid(1));
     return runGroup(program, words);
