@@ -41,10 +41,14 @@ wheelsets from train passes; builds and applies calibration tables.
 
 This package holds the shared library.")
 
+set(qt_development qtbase5-dev)
+if(KVMATH_QT_MAJOR EQUAL 6)
+    set(qt_development qt6-base-dev)
+endif()
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libkvmath-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
-    "${kvmath_library_package} (= ${debian_version}), qtbase5-dev (>= ${KVMATH_QT_VERSION})")
+    "${kvmath_library_package} (= ${debian_version}), ${qt_development} (>= ${KVMATH_QT_VERSION})")
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "measurement mathematics for laser profile scanners - development files
 Filters lines of laser profile scanners, finds templates of straight lines in
 them and measures on the match.
