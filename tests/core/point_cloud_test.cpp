@@ -190,10 +190,11 @@ TEST(Sort, EqualsTheExchangeOfNeighbours) {
     for (int round = 0; round < 400; ++round) {
         RGB cloud;
         const bool many = round % 20 == 0;
-        const float grid = many ? (round % 40 == 0 ? 0.001F : 1e-6F) : 1.0F;
+        const float grid = many ? 0.001F : 1.0F, around = round % 40 == 20 ? 100.0F : 0.0F;
         for (int i = draw.integer(0, many ? 800 : 25); i > 0; --i)
-            cloud += KvPointXYZRGB(draw.coordinate(2.0F, grid, many ? 0 : 0.15), 0.0F,
-                                   draw.coordinate(2.0F, grid, many ? 0 : 0.1), static_cast<unsigned>(i));
+            cloud +=
+                KvPointXYZRGB(around + draw.coordinate(2.0F, grid, many ? 0 : 0.15), 0.0F,
+                              around + draw.coordinate(2.0F, grid, many ? 0 : 0.1), static_cast<unsigned>(i));
         auto slow = cloud.points;
         const auto first = static_cast<KvSortOrder>(draw.integer(-1, 3));
         const auto second = static_cast<KvSortOrder>(draw.integer(-1, 3));

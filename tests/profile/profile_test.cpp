@@ -44,7 +44,8 @@ TEST(ProfileRange, RectangleHasItsTopAtTheGreaterYAndStaysForAnEmptyProfile) {
 TEST(ProfileSearch, NearestToXAnswersInOwnOrder) {
     const KvProfile p = profileOf({{1, 0}, {4, 1}, {6, 2}, {9, 3}});
     EXPECT_TRUE(p.findNearestToX(5, false) == 2 && p.findNearestToX(5, true) == 1);
-    EXPECT_TRUE(p.findNearestToX(10, false) == -1 && p.findNearestToX(0.5F, true) == -1);
+    EXPECT_TRUE(p.findNearestToX(10, false) == -1 && p.findNearestToX(0.5F, true) == -1 &&
+                p.findNearestToX(2, true) == 0);
     const KvProfile mixed = profileOf({{9, 0}, {kNaN, 0}, {4, 1}, {6, 2}, {1, 3}});
     EXPECT_TRUE(mixed.findNearestToX(5, false) == 0 && mixed.findNearestToX(5, true) == 4);
     KvPointXY found(7, 7);

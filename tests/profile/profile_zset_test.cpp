@@ -92,6 +92,7 @@ TEST(ProfileZSet, ReadsFilesUpToTheFirstRecordThatIsNotWhole) {
     file.close();
     EXPECT_EQ(read.readFromFile("clouds", 10, 2), 2);
     EXPECT_EQ(text(read), "z10 1,2 nan,4z14 5,6") << "an empty record takes its place";
+    EXPECT_TRUE(QFile::resize("clouds", 1) && read.readFromFile("clouds", 10, 2) == 0);
     EXPECT_TRUE(read.readFromFile("none", 1, 3) == -1 && read.isEmpty() && read.zStep == 3);
     EXPECT_TRUE(read.readFromFile("none") == -1 && std::isnan(read.zStep));
 }

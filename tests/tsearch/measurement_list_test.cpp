@@ -107,7 +107,9 @@ TEST(UniformInfos, TooLongANameIsNotWritten) {
     TSUMLength longer(0, QString(32768, QChar(0xe9)));  // two bytes each
     QByteArray bytes;
     QDataStream stream(&bytes, QIODevice::WriteOnly);
-    EXPECT_FALSE(longer.save(stream));
+    EXPECT_FALSE(longer.save(stream) || TSMeasurement::saveMeasurement(stream, nullptr));
+    *m.getUniformResultsInfoAll()[0].second = false;
+    EXPECT_TRUE(recordOf(m).endsWith(QByteArray("x\0\0\0\0\0", 6)));
     for (const char* counts : {"00000000 01000000 ffffffff", "00000000 01000000 00000100",
                                "ffffffff 01000000 00000000", "01000000 00000000 00000000"}) {
         QByteArray hostile = "00000000" + QByteArray(counts);

@@ -190,6 +190,8 @@ TEST(DefaultCheck, BoundsHoldOnEqualityAndMinusOneIsNone) {
         int codes[] = {1, 2, -1};
         EXPECT_EQ(defaultCheckFunction(lines, codes, 1, &params), c.accepted);
         EXPECT_TRUE(defaultCheckFunction(lines, codes, 0, &params));
+        int gap[] = {-1, 2};
+        EXPECT_FALSE(defaultCheckFunction(lines, gap, 1, &params)) << "the one before is not assigned";
         EXPECT_FALSE(defaultCheckFunction(lines, codes, 2, &params)) << "unassigned";
         EXPECT_FALSE(defaultCheckFunction(lines, codes, 3, &params)) << "outside the tables";
         EXPECT_FALSE(defaultCheckFunction(nullptr, codes, 0, &params) ||
