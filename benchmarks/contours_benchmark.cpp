@@ -142,7 +142,7 @@ void BM_OutlineOfAScan(benchmark::State& state) {
         KvProfileZSet stack = source;
         const QList<LinePP> lines =
             convertProfilesZ2Lines(stack, 80.0 / sizeOf(state), 2, 2, 0.5, 1, 0.5, 0, 5, 5, simplification);
-        state.counters["lines"] = lines.size();
+        state.counters["lines"] = static_cast<double>(lines.size());
     }
     state.SetItemsProcessed(state.iterations() * source.size() * 640);
 }

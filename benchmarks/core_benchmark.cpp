@@ -80,7 +80,8 @@ void sortFast(benchmark::State& state) {
 }
 void sortLiteral(benchmark::State& state) {
     const auto x = [](const KvMath::KvPointXYZ& p) { return p.x; };
-    measure(state, [x](Cloud& c) { Literal::bubbleSort(c.points, 0, c.points.size(), x, true); });
+    measure(state,
+            [x](Cloud& c) { Literal::bubbleSort(c.points, 0, static_cast<int>(c.points.size()), x, true); });
 }
 void removeIndecesFast(benchmark::State& state) {
     measure(state, [](Cloud& c) {

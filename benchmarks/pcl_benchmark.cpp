@@ -121,7 +121,7 @@ void BM_Cells(benchmark::State& state) {
         state.ResumeTiming();
         benchmark::DoNotOptimize(cloud.cubicFilter(kCell, kLeast / 10));
     }
-    state.counters["kept"] = cloud.points.size();
+    state.counters["kept"] = static_cast<double>(cloud.points.size());
 }
 BENCHMARK(BM_Cells)->Apply(sizes);
 
@@ -169,7 +169,7 @@ void BM_Neighbours(benchmark::State& state) {
         profile.removeNoisyPoints(1.0F, 5);
         benchmark::DoNotOptimize(kept = profile.points.size());
     }
-    state.counters["kept"] = kept;
+    state.counters["kept"] = static_cast<double>(kept);
 }
 BENCHMARK(BM_Neighbours)->Apply(sizes);
 
@@ -198,7 +198,7 @@ void BM_Balls(benchmark::State& state) {
         cloud = input;
         benchmark::DoNotOptimize(cloud.sphericalFilter2(3.0F, 0.0F, 3));
     }
-    state.counters["kept"] = cloud.points.size();
+    state.counters["kept"] = static_cast<double>(cloud.points.size());
 }
 BENCHMARK(BM_Balls)->Apply(sizes);
 
@@ -327,7 +327,7 @@ void BM_Outline(benchmark::State& state) {
     QList<int> indices;
     for (auto _ : state)
         benchmark::DoNotOptimize(KvMath::getCoinHull(points, kCoin, indices));
-    state.counters["corners"] = indices.size() - 1;
+    state.counters["corners"] = static_cast<double>(indices.size()) - 1;
 }
 BENCHMARK(BM_Outline)->RangeMultiplier(10)->Range(1000, 100000)->Unit(benchmark::kMicrosecond);
 

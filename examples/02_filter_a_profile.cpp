@@ -10,7 +10,7 @@ using namespace KvMath;
 
 static void print(const char* what, KvProfile& profile) {
     profile.calcRange();
-    std::printf("%-10s %4d points, heights %.2f to %.2f mm\n", what, profile.points.size(),
+    std::printf("%-10s %4d points, heights %.2f to %.2f mm\n", what, int(profile.points.size()),
                 double(profile.minY), double(profile.maxY));
 }
 

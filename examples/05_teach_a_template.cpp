@@ -3,6 +3,7 @@
 #include <kvmath/kvmath>
 
 #include <QtCore/QJsonDocument>
+#include <QtCore/QMetaType>
 
 #include <algorithm>
 #include <cmath>
@@ -21,19 +22,19 @@ static KvProfile scanOfARidge() {
 
 // JSON keeps 2.0 as the integer 2, but a bound that is not of type double is read as no bound.
 static QVariant withDoubleBounds(const QVariant& value, const QString& key = {}) {
-    if (value.type() == QVariant::Map) {
+    if (value.userType() == QMetaType::QVariantMap) {
         QVariantMap map = value.toMap();
         for (auto it = map.begin(); it != map.end(); ++it)
             *it = withDoubleBounds(*it, it.key());
         return map;
     }
-    if (value.type() == QVariant::List) {
+    if (value.userType() == QMetaType::QVariantList) {
         QVariantList list = value.toList();
         for (QVariant& entry : list)
             entry = withDoubleBounds(entry);
         return list;
     }
-    return key.endsWith("Bound") && value.type() != QVariant::String ? value.toDouble() : value;
+    return key.endsWith("Bound") && value.userType() != QMetaType::QString ? value.toDouble() : value;
 }
 
 int main() {
@@ -41,10 +42,10 @@ int main() {
     QList<LinePP> segments;
     QList<TSLinesIndecies> matches;
     findTemplate(scanOfARidge(), nullptr, params, segments, matches);  // no template: the segments alone
-    std::printf("taught on %d segments\n", segments.size());
+    std::printf("taught on %d segments\n", int(segments.size()));
 
     // Every line as long as it is here, to 1 mm, and as far from the one before it; poses do not matter.
-    TSTemplate taught(segments.size());
+    TSTemplate taught(static_cast<int>(segments.size()));
     TSMeasurementList measurements;
     for (int i = 0; i < segments.size(); ++i) {
         const LinePP& s = segments.at(i);

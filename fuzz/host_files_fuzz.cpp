@@ -42,7 +42,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     KvMeasure::ScanOptions options;
     options.heightLast = isTurned;
     options.step = input.byte() > 200 ? input.number() : options.step;
-    const int split = bytes.indexOf("\n\n");
+    const int split = static_cast<int>(bytes.indexOf("\n\n"));
     if (hasMap && split >= 0) {
         options.map = Fuzz::scratchFile("map.meta.csv", bytes.left(split));
         Fuzz::scratchFile("in", bytes.mid(split + 2));

@@ -43,7 +43,8 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     Place** contours = nullptr;
     int contoursCount = 0;
     int* sizes = nullptr;
-    KvMath::profile2contours(points.data(), list.size(), gap, contours, contoursCount, sizes);
+    KvMath::profile2contours(points.data(), static_cast<int>(list.size()), gap, contours, contoursCount,
+                             sizes);
     int total = 0;
     for (int k = 0; k < contoursCount; ++k) {
         const std::unique_ptr<Place[]> owns(contours[k]);
@@ -53,6 +54,6 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     Fuzz::require(total == list.size(), "every point is in one contour");
     delete[] contours;
     delete[] sizes;
-    extract(points.data(), list.size(), tolerance, iterations, cornerTolerance);
+    extract(points.data(), static_cast<int>(list.size()), tolerance, iterations, cornerTolerance);
     return 0;
 }

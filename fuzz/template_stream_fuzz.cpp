@@ -4,6 +4,7 @@
 #include "fuzz/template_use.h"
 
 #include <QtCore/QDataStream>
+#include <QtCore/QIODevice>
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     Fuzz::Input input(data, size);

@@ -56,7 +56,7 @@ QString suggestion(const QString& word, const QStringList& candidates) {
     if (word.size() > longestWord)
         return QString();
     QString nearest;
-    int best = std::max(1, word.size() / 3) + 1;
+    int best = std::max(1, static_cast<int>(word.size()) / 3) + 1;
     for (const QString& candidate : candidates) {
         const int distance = editDistance(word, candidate);
         if (distance < best) {
@@ -93,7 +93,7 @@ Arguments::Arguments(const Usage& usage, const QStringList& words) : usage_(usag
             optionsEnded = true;
             continue;
         }
-        const int equals = word.indexOf('=');
+        const int equals = static_cast<int>(word.indexOf('='));
         const QString name = equals < 0 ? word : word.left(equals);
         const Option* option = findOption(usage_, name);
         if (option == nullptr)
@@ -165,7 +165,7 @@ int Arguments::choice(const QString& name) const {
     if (!has(name))
         return 0;
     const QStringList& words = findOption(usage_, name)->choices;
-    const int chosen = words.indexOf(text(name));
+    const int chosen = static_cast<int>(words.indexOf(text(name)));
     if (chosen < 0)
         throw Failure{
             QString("%1: %2 must be %3, not \"%4\"%5")

@@ -95,7 +95,7 @@ QByteArray drawErrorMaps(const QString& title, const QString& reference, const Q
                 "font-size=\"12\" fill=\"#666\"");
     for (int i = 0; i < maps.size(); ++i)
         drawPanel(canvas, top + i * panelHeight, maps[i]);
-    return canvas.document(left + width + 130, top + maps.size() * panelHeight - 40);
+    return canvas.document(left + width + 130, top + static_cast<double>(maps.size()) * panelHeight - 40);
 }
 
 }  // namespace KvMeasure

@@ -90,9 +90,9 @@ void Filterer::filter(LoadedProfile& loaded, bool isOnly, ProfileWriter& writer)
     const KvMath::KvProfile before = loaded.profile;
     QList<StepCount> counts;
     for (int i = 0; i < steps_.size(); ++i) {
-        StepCount count{steps_[i].text, loaded.profile.points.size(), 0};
+        StepCount count{steps_[i].text, static_cast<int>(loaded.profile.points.size()), 0};
         applyStep(steps_[i], i + 1, loaded.profile);
-        count.after = loaded.profile.points.size();
+        count.after = static_cast<int>(loaded.profile.points.size());
         counts.append(count);
     }
     writer.add(loaded);

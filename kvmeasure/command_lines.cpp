@@ -180,7 +180,7 @@ int runLines(const QStringList& words) {
     QList<Found> found;
     Picture picture;
     for (int i = 0; i < contours.size(); ++i) {
-        const int first = found.size();
+        const int first = static_cast<int>(found.size());
         addSegments(contours[i], i, search, found);
         collectPoints(contours[i], search.splitTolerance, found, first);
     }

@@ -120,12 +120,12 @@ MatchedProfile Matcher::matchProfile(const LoadedProfile& loaded) {
     if (!std::isnan(scan_.step))  // over all files
         matched.z = scan_.start + profiles_ * scan_.step;
     ++profiles_;
-    matched.points = loaded.profile.points.size();
+    matched.points = static_cast<int>(loaded.profile.points.size());
     matched.unset = loaded.unset;
     matched.segments = extractSegments(loaded.profile, search);
     const QList<KvMath::TSLinesIndecies> found =
         findAssignments(matched.segments, file_.lines, search.allowReversed);
-    matched.found = found.size();
+    matched.found = static_cast<int>(found.size());
     if (found.isEmpty() && report_.showsReason())
         matched.reason = nearMiss(matched.segments, file_, search.allowReversed);
     int best = 0;

@@ -182,7 +182,7 @@ int runTeach(const QStringList& words) {
     const QString out = arguments.required("--out", "it names the template to write");
     const ChosenLines chosen =
         arguments.has("--lines")
-            ? parseLines(arguments.text("--lines"), segments.size())
+            ? parseLines(arguments.text("--lines"), static_cast<int>(segments.size()))
             : longestLines(segments, arguments.integer("--longest", 1, 1, mostTemplateLines));
     file.name = arguments.has("--name") ? arguments.text("--name") : QFileInfo(out).completeBaseName();
     buildConstraints(segments, chosen, tolerances, file);

@@ -34,7 +34,7 @@ QString overview(const Group& group) {
     QString text = QString("%1\n\n  %2 COMMAND ... [options]\n\nCommands\n").arg(group.summary, first);
     int widest = 0;
     for (const Command& command : group.commands)
-        widest = qMax(widest, QString(command.operands).size());
+        widest = qMax(widest, static_cast<int>(QString(command.operands).size()));
     for (const Command& command : group.commands)
         text +=
             QString("  %1  %2%3\n")

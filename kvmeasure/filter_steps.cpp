@@ -240,7 +240,7 @@ const StepKind& findKind(const QString& name, int number, const QString& text) {
 void checkLimits(const FilterStep& step, int number) {
     const int limits = step.kind->parameters.empty() || step.kind->parameters[0].form != Parameter::Limit
                            ? 0
-                           : step.numbers.size() / 2;
+                           : static_cast<int>(step.numbers.size()) / 2;
     for (int i = 0; i < limits; ++i) {
         const bool isTrim = step.kind->parameters[size_t(i) + size_t(limits)].form == Parameter::Limit;
         if (isTrim && step.numbers[i] > step.numbers[i + limits])

@@ -22,7 +22,7 @@ QMap<QString, QString> readKeys(const QString& path) {
         return keys;
     const QByteArray content = file.readAll();
     for (const QByteArray& line : content.split('\n')) {
-        const int comma = line.indexOf(',');
+        const int comma = static_cast<int>(line.indexOf(','));
         if (comma > 0)
             keys[QString::fromUtf8(line.left(comma)).trimmed()] =
                 QString::fromUtf8(line.mid(comma + 1)).trimmed();

@@ -1,12 +1,11 @@
 // kvmeasure: measures scanner profiles with templates of straight lines.
 
 #include "kvmeasure/commands.h"
+#include "kvmeasure/encoding.h"
 #include "kvmeasure/failure.h"
 #include "kvmeasure/print.h"
 
 #include <kvmath/core/version.h>
-
-#include <QtCore/QTextCodec>
 
 #include <exception>
 
@@ -29,8 +28,7 @@ int run(const QStringList& words) {
 }  // namespace KvMeasure
 
 int main(int argc, char** argv) {
-    // File names and arguments are UTF-8 whatever the locale says.
-    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+    KvMeasure::useUtf8ForFileNames();
     try {
         try {
             QStringList words;

@@ -77,7 +77,7 @@ MatchReport::MatchReport(Form form, const TemplateFile& file, bool allAssignment
         series.unit = value.unit;
         series.hasTolerance = file.tolerances.contains(value.name);
         series.tolerance = file.tolerances.value(value.name);
-        indexOf_[value.name] = series_.size();
+        indexOf_[value.name] = static_cast<int>(series_.size());
         series_.append(series);
     }
 }

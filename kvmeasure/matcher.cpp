@@ -255,7 +255,8 @@ QList<TSLinesIndecies> findAssignments(Segments& segments, const TSTemplate& wan
     BoundedCheck check{&wanted};
     int* codes = nullptr;
     std::unique_ptr<int[]> owner;
-    while (templateSearch(flat.data(), flat.size(), lines, checkBounded, &check, nullptr, nullptr,
+    while (templateSearch(flat.data(), static_cast<int>(flat.size()), lines, checkBounded, &check, nullptr,
+                          nullptr,
                           /*findBest=*/false, allowReversed, codes)) {
         if (owner == nullptr)
             owner.reset(codes);

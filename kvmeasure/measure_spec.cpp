@@ -80,12 +80,12 @@ Place Statement::takePlace() {
         place.end = word.endsWith(".end") ? 1 : 0;
         line = word.left(word.lastIndexOf('.'));
     }
-    place.line = file_.lineNames.indexOf(line);
+    place.line = static_cast<int>(file_.lineNames.indexOf(line));
     if (place.line >= 0)
         return place;
     bool isNumber = false;
     place.line = line.toInt(&isNumber);
-    const int last = file_.lineNames.size() - 1;
+    const int last = static_cast<int>(file_.lineNames.size()) - 1;
     if (!isNumber || place.line < 0 || place.line > last)
         fail(QString("\"%1\" is no template line; expected 0 to %2 or a name (%3)%4")
                  .arg(line)
@@ -102,7 +102,7 @@ int Statement::takeLine() {
 }
 
 void Statement::takeName(QString& rest) {
-    const int equals = rest.indexOf('=');
+    const int equals = static_cast<int>(rest.indexOf('='));
     if (equals < 0)
         return;
     name_ = rest.left(equals).trimmed();
@@ -116,7 +116,7 @@ void Statement::readTolerance(QString text) {
     WrittenTolerance written;
     Tolerance& tolerance = written.tolerance;
     const QString form = "expected \": NOMINAL +- T\" or \": NOMINAL +U -L\"";
-    const int symmetric = text.indexOf("+-");
+    const int symmetric = static_cast<int>(text.indexOf("+-"));
     QString nominal;
     if (symmetric >= 0) {
         nominal = text.left(symmetric).trimmed();
@@ -125,7 +125,7 @@ void Statement::readTolerance(QString text) {
         tolerance.lower = -tolerance.upper;
     } else {
         const QStringList parts = text.simplified().split(' ');
-        const int n = parts.size();
+        const int n = static_cast<int>(parts.size());
         if (n < 2 || n > 3 || !parseNumber(parts[n - 2], tolerance.upper) ||
             !parseNumber(parts[n - 1], tolerance.lower) || tolerance.lower > tolerance.upper)
             fail(form);
@@ -215,7 +215,7 @@ void Statement::readKind(const QString& kind) {
 }
 
 void Statement::read() {
-    const int colon = text_.indexOf(':');
+    const int colon = static_cast<int>(text_.indexOf(':'));
     QString rest = colon < 0 ? text_ : text_.left(colon);
     takeName(rest);
     words_ = rest.simplified().split(' ');

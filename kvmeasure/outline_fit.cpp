@@ -21,7 +21,7 @@ int lineBehindSharpestCorner(const QList<OutlineLine>& lines) {
     int start = 0;
     double sharpest = -1;
     for (int i = 0; i < lines.size(); ++i) {
-        const int next = (i + 1) % lines.size();
+        const int next = (i + 1) % static_cast<int>(lines.size());
         const double turn = std::fabs(turnBetween(lines[i].line, lines[next].line));
         if (turn > sharpest) {
             sharpest = turn;
@@ -162,7 +162,7 @@ void mergeLines(QList<OutlineLine>& lines, double degrees, double join) {
     LinePP before;  // the line added last
     int placeOfFirst = 0;
     for (int k = 0; k < lines.size(); ++k) {
-        const int at = (start + k) % lines.size();
+        const int at = (start + k) % static_cast<int>(lines.size());
         const LinePP& line = lines[at].line;
         const bool goesOn = k > 0 && length(before.p2, line.p1) <= join &&
                             std::fabs(turnBetween(before, line)) < degrees &&
@@ -175,7 +175,7 @@ void mergeLines(QList<OutlineLine>& lines, double degrees, double join) {
         }
         before = line;
         if (at == 0)
-            placeOfFirst = merged.size() - 1;
+            placeOfFirst = static_cast<int>(merged.size()) - 1;
     }
     std::rotate(merged.begin(), merged.begin() + placeOfFirst, merged.end());
     lines.swap(merged);
@@ -186,7 +186,7 @@ void fitLines(Outline& outline, const Steps& steps, double window, double join) 
     for (OutlineLine& line : outline.lines)
         fitLine(line, outline.edgePoints, steps, window);
     for (int i = 0; i < before.size() && before.size() > 1; ++i) {
-        const int next = (i + 1) % before.size();
+        const int next = (i + 1) % static_cast<int>(before.size());
         if (length(before[i].line.p2, before[next].line.p1) <= join)
             joinCorner(outline.lines[i], outline.lines[next], join);
     }

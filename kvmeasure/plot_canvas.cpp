@@ -122,7 +122,7 @@ QByteArray Canvas::document(double width, double height) const {
 
 double textWidth(const QString& text, double size) {
     constexpr double widthOfLetter = 0.63;
-    return widthOfLetter * size * text.size();
+    return widthOfLetter * size * static_cast<double>(text.size());
 }
 
 LabelPlacer::LabelPlacer(const Rect& area)

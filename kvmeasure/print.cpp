@@ -27,14 +27,14 @@ bool isNumeric(const QList<QStringList>& rows, int column) {
 
 QString Table::text() {
     QString text;
-    const int columns = rows_.isEmpty() ? 0 : rows_.first().size();
-    for (int column = widths_.size(); column < columns; ++column) {
+    const int columns = rows_.isEmpty() ? 0 : static_cast<int>(rows_.first().size());
+    for (int column = static_cast<int>(widths_.size()); column < columns; ++column) {
         widths_.append(0);
         isRight_.append(isNumeric(rows_, column));
     }
     for (const QStringList& row : rows_) {
         for (int column = 0; column < columns; ++column)
-            widths_[column] = qMax(widths_[column], row.value(column).size());
+            widths_[column] = qMax(widths_[column], static_cast<int>(row.value(column).size()));
     }
     for (const QStringList& row : rows_) {
         QString line;

@@ -21,7 +21,7 @@ public:
     /// For tables too long for memory: text, after which the rows are forgotten. Later text has no heading
     /// and keeps the alignment; a column widens where it must.
     QString takeText();
-    int size() const { return rows_.size(); }
+    int size() const { return static_cast<int>(rows_.size()); }
 
 private:
     QList<QStringList> rows_;

@@ -198,7 +198,7 @@ const QList<KvPointXYZ>& PointFile::nextPoints(int most) {
     const Layout& layout = *findLayout(head_.marker);
     const auto wanted = static_cast<int>(qMin(pointsLeft_, static_cast<quint32>(most)));
     const QByteArray bytes = file_.read(qint64(wanted) * layout.pointBytes);
-    const int complete = bytes.size() / layout.pointBytes;
+    const int complete = static_cast<int>(bytes.size()) / layout.pointBytes;
     if (complete < wanted) {
         const qint64 there = qint64(head_.count - pointsLeft_) + complete;
         failAtOffset(head_.offset,

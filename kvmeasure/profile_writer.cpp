@@ -40,7 +40,7 @@ QStringList formNames() { return {"csv", "kv-csv", "record"}; }
 
 FileForm parseForm(const QString& text, FileForm absent) {
     constexpr FileForm forms[] = {FileForm::Csv, FileForm::LibraryCsv, FileForm::Records};
-    const int form = formNames().indexOf(text);
+    const int form = static_cast<int>(formNames().indexOf(text));
     if (form >= 0)
         return forms[form];
     if (text.isEmpty())
@@ -57,7 +57,7 @@ QByteArray ProfileWriter::record(const LoadedProfile& loaded) const {
     const bool hasZ = recordHasZ(static_cast<unsigned char>(bytes[0]));
     if (hasZ)
         bytes[0] = xyz;
-    const int points = loaded.profile.points.size();
+    const int points = static_cast<int>(loaded.profile.points.size());
     const int most = largestRecord(static_cast<unsigned char>(bytes[0]));
     if (points > most)
         throw Failure{QString("%1: %2 points do not fit the record of \"%3\", which holds at most %4; take "

@@ -45,7 +45,7 @@ Survey survey(const QString& path, const ScanOptions& options) {
         double sum = 0;
         for (const KvMath::KvPointXYZ& p : scan.cloud.points)
             sum += double(p.y);
-        survey.mean = sum / scan.cloud.points.size();
+        survey.mean = sum / static_cast<double>(scan.cloud.points.size());
     }
     return survey;
 }

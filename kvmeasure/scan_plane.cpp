@@ -74,7 +74,7 @@ Plane fitPlane(const Cloud& cloud, const QString& path) {
         plane.lowest = std::min(plane.lowest, residual);
         plane.highest = std::max(plane.highest, residual);
     }
-    plane.count = cloud.points.size();
+    plane.count = static_cast<int>(cloud.points.size());
     KvMath::planeFitting(xyz.data(), plane.count, plane.normal);
     return plane;
 }

@@ -180,12 +180,13 @@ void reportSection(const Arguments& arguments, const Course& course, const Loade
         printJson({{"file", section.name}, {"along", course.name}, {"points", array}});
         return;
     }
-    print(QString("%1: section from x %2, scan %3 to x %4, scan %5: %6 points, %7 %8 .. %9 mm, height %10, "
-                  "mean %11 mm\n")
-              .arg(section.name, mm(course.from.x), mm(course.from.scan), mm(course.to.x), mm(course.to.scan))
-              .arg(points.size())
-              .arg(course.name, mm(double(points.first().x)))
-              .arg(mm(double(points.last().x)), heights.text(), mm(sum / points.size())));
+    print(
+        QString("%1: section from x %2, scan %3 to x %4, scan %5: %6 points, %7 %8 .. %9 mm, height %10, "
+                "mean %11 mm\n")
+            .arg(section.name, mm(course.from.x), mm(course.from.scan), mm(course.to.x), mm(course.to.scan))
+            .arg(points.size())
+            .arg(course.name, mm(double(points.first().x)))
+            .arg(mm(double(points.last().x)), heights.text(), mm(sum / static_cast<double>(points.size()))));
 }
 
 }  // namespace

@@ -92,7 +92,7 @@ float ScanText::requiredNumber(int column) const {
 }
 
 void ScanText::readGrid() {
-    const int columns = fields_.size();
+    const int columns = static_cast<int>(fields_.size());
     scan_.form = QString("CSV grid, %1 columns").arg(columns - 1);
     scan_.isStack = true;
     if (columns < 2 || columns > mostColumns)

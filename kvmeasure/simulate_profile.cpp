@@ -82,7 +82,7 @@ int runSimulateProfile(const QStringList& words) {
         picture.profile = simulated->profile;
         writeOutputFile(arguments.text("--svg"), drawPicture(picture));
     }
-    const int points = simulated->profile.points.size();
+    const int points = static_cast<int>(simulated->profile.points.size());
     reportTruth(arguments.isJson(), path, QString("%1, %2 points").arg(recipe.shape).arg(points), points,
                 recipe.shape, simulated->values);
     return Done;

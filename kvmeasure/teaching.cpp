@@ -94,7 +94,7 @@ ChosenLines parseLines(const QString& text, int segments) {
     if (segments == 0)
         throw Failure{"teach: no segments were found; lower --min-length or --split"};
     for (const QString& part : text.split(',')) {
-        const int equals = part.indexOf('=');
+        const int equals = static_cast<int>(part.indexOf('='));
         const QString label = part.left(std::max(equals, 0)).trimmed();
         bool isNumber = false;
         const int segment = part.mid(equals + 1).trimmed().toInt(&isNumber);
@@ -139,7 +139,7 @@ ChosenLines longestLines(const Segments& segments, int count) {
 
 void buildConstraints(const Segments& segments, const ChosenLines& chosen, const TeachTolerances& tolerances,
                       TemplateFile& file) {
-    file.lines = TSTemplate(chosen.segments.size());
+    file.lines = TSTemplate(static_cast<int>(chosen.segments.size()));
     file.lineNames = chosen.names;
     for (int line = 0; line < chosen.segments.size(); ++line) {
         const LinePP& segment = segments[chosen.segments[line]];

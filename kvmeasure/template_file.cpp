@@ -8,6 +8,7 @@
 
 #include <QtCore/QFile>
 #include <QtCore/QJsonDocument>
+#include <QtCore/QMetaType>
 #include <QtCore/QSet>
 #include <QtCore/QVariant>
 
@@ -40,8 +41,8 @@ const QStringList realKeys{"lowerBound", "upperBound", "directionAngle",
                            "position",   "directionX", "directionY"};
 
 bool isNumber(const QVariant& value) {
-    return value.type() == QVariant::Double || value.type() == QVariant::LongLong ||
-           value.type() == QVariant::ULongLong || value.type() == QVariant::Int;
+    return value.userType() == QMetaType::Double || value.userType() == QMetaType::LongLong ||
+           value.userType() == QMetaType::ULongLong || value.userType() == QMetaType::Int;
 }
 
 /// Checks a document that JSON has delivered and makes its numbers what the library expects.
@@ -61,13 +62,13 @@ public:
     }
 
     QVariantMap map(const QVariant& value, const QString& where) const {
-        if (value.type() != QVariant::Map)
+        if (value.userType() != QMetaType::QVariantMap)
             fail(where, "expected an object { ... }");
         return value.toMap();
     }
 
     QVariantList list(const QVariant& value, const QString& where) const {
-        if (value.type() != QVariant::List)
+        if (value.userType() != QMetaType::QVariantList)
             fail(where, "expected a list [ ... ]");
         return value.toList();
     }
@@ -117,7 +118,7 @@ void DocumentReader::readSearch(const QVariantMap& document, TemplateFile& file)
     if (!(passes >= 0 && passes <= mostPasses) || passes != std::floor(passes))
         fail("search", QString("\"refineIterations\" must be a whole number from 0 to %1").arg(mostPasses));
     file.search.refineIterations = static_cast<int>(passes);
-    if (search.value("allowReversed").type() != QVariant::Bool)
+    if (search.value("allowReversed").userType() != QMetaType::Bool)
         fail("search", "expected true or false under \"allowReversed\"");
     file.search.allowReversed = search["allowReversed"].toBool();
 }
@@ -246,8 +247,8 @@ TemplateFile readTemplateFile(const QString& path) {
     QString fileVersion;
     QString userVersion;
     if (!KvMath::loadTemplate(document, file.lines, file.measurements, fileVersion, userVersion, file.name)) {
-        const int got = file.lines.getAllConstraints().size();
-        const int wanted = lines["constraints"].toList().size();
+        const int got = static_cast<int>(file.lines.getAllConstraints().size());
+        const int wanted = static_cast<int>(lines["constraints"].toList().size());
         if (got < wanted)
             reader.fail(
                 QString("template.constraints[%1]").arg(got),

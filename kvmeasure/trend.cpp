@@ -365,7 +365,7 @@ QByteArray drawTrend(const Trend& trend) {
     Canvas canvas;
     const ScanAxis axis(trend);
     drawHeader(canvas, trend);
-    const int panels = std::min(trend.series.size(), mostPanels);
+    const int panels = std::min(static_cast<int>(trend.series.size()), mostPanels);
     const double height = panels < 4 ? 190 : 130;
     double y = top;
     for (int i = 0; i < panels; ++i) {

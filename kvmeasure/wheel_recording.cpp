@@ -53,15 +53,15 @@ bool joinRuns(Recording& recording, int join) {
             if (i + 1 == whole.size())
                 continue;  // its files have their names already
         }
-        const int before = continues ? whole.last().records.size() : 0;
+        const int before = continues ? static_cast<int>(whole.last().records.size()) : 0;
         for (int p = 1; p <= run.records.size(); ++p)
-            move(recording.file(i + 1, p), recording.file(whole.size(), before + p));
+            move(recording.file(i + 1, p), recording.file(static_cast<int>(whole.size()), before + p));
         if (continues) {
             whole.last().records += run.records;
             whole.last().z += run.z;
         }
     }
-    recording.joined = recording.wheels.size() - whole.size();
+    recording.joined = static_cast<int>(recording.wheels.size() - whole.size());
     recording.wheels = whole;
     return recording.joined > 0;
 }
@@ -191,7 +191,8 @@ void renumber(Recording& recording, const QList<int>& numbers) {
 int filesOfEarlierPass(const QList<Recording>& recordings, const QString& work) {
     int files = 0;
     for (const Recording& recording : recordings)
-        files += wheelFilesIn(directoryOf(work + '/' + QFileInfo(recording.path).fileName())).size();
+        files += static_cast<int>(
+            wheelFilesIn(directoryOf(work + '/' + QFileInfo(recording.path).fileName())).size());
     return files;
 }
 

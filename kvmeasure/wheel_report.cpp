@@ -178,8 +178,9 @@ QString runTable(const WheelPass& pass) {
     for (const Recording& recording : pass.recordings()) {
         int least = 0, most = 0;
         for (const KvMath::WheelPassage& wheel : recording.wheels) {
-            least = least == 0 ? wheel.records.size() : std::min(least, wheel.records.size());
-            most = std::max(most, wheel.records.size());
+            const int records = static_cast<int>(wheel.records.size());
+            least = least == 0 ? records : std::min(least, records);
+            most = std::max(most, records);
         }
         table.add({sensorName(recording.index), QFileInfo(recording.path).fileName(),
                    QString::number(recording.records), QString::number(recording.wheels.size()),

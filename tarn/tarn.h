@@ -20,7 +20,7 @@ public:
 /// One scanner line in space. Owns the points that are appended to it; copies of a profile share them.
 class Profile3D {
 public:
-    int size() const { return points_.size(); }
+    int size() const { return static_cast<int>(points_.size()); }
     /// The point at `index`, or null when there is none.
     Vector3D* operator[](int index) const {
         return index >= 0 && index < points_.size() ? points_.at(index).data() : nullptr;

@@ -10,6 +10,7 @@
 
 #include <kvmath/contours/hull.h>
 #include <kvmath/contours/plane_tree_p.h>
+#include <kvmath/core/count_p.h>
 
 namespace KvMath {
 namespace {
@@ -186,7 +187,7 @@ private:
 
 bool getCoinHull(const QList<KvVector2D<double>>& points, double R, QList<int>& indices) {
     indices.clear();
-    const int n = points.size();
+    const int n = Internal::countOf(points);
     if (n == 0)
         return true;
     const int first = std::max(0, Internal::lowestPoint(points));

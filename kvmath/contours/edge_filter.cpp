@@ -4,6 +4,7 @@
 
 #include <kvmath/contours/edge_filter.h>
 
+#include <kvmath/core/count_p.h>
 #include <kvmath/profile/profile.h>
 #include <kvmath/tsearch/constraints.h>
 #include <kvmath/tsearch/finder.h>
@@ -110,7 +111,7 @@ int store(QList<LinePP>& lines, const std::vector<char>& starts, const std::vect
             appendEnd(lines, i, 1.0, points);
     }
     result.insert(QStringLiteral("fltEdgePoints"), points);
-    return points.size();
+    return Internal::countOf(points);
 }
 
 }  // namespace

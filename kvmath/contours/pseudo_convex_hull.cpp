@@ -5,6 +5,7 @@
 
 #include <kvmath/contours/hull.h>
 #include <kvmath/contours/plane_tree_p.h>
+#include <kvmath/core/count_p.h>
 #include <kvmath/core/trace_p.h>
 
 #include <QtCore/QString>
@@ -332,7 +333,7 @@ QList<KvVector2D<double>> getPseudoConvexHull(const QList<KvVector2D<double>>& p
                 .arg(Rmax)
                 .arg(maxPointsNumber));
     if (points.size() < 3) {
-        trace("Contours::getPseudoConvexHull returning points(count=%1)", points.size(),
+        trace("Contours::getPseudoConvexHull returning points(count=%1)", Internal::countOf(points),
               " <points.size <= 2>");
         return points;
     }
@@ -340,7 +341,7 @@ QList<KvVector2D<double>> getPseudoConvexHull(const QList<KvVector2D<double>>& p
     const int first = Internal::lowestPoint(points);
     if (first >= 0)
         hull = Outline(points, Rmax).walk(points.at(first), maxPointsNumber);
-    trace("Contours::getPseudoConvexHull retuning res(count=%1)", hull.size(),
+    trace("Contours::getPseudoConvexHull retuning res(count=%1)", Internal::countOf(hull),
           " <ok>");  // published spelling
     return hull;
 }

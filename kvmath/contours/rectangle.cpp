@@ -1,5 +1,6 @@
 #include <kvmath/contours/rectangle.h>
 
+#include <kvmath/core/count_p.h>
 #include <kvmath/numerics/trajectories.h>
 #include <kvmath/profile/profile.h>
 #include <kvmath/tsearch/line_geometry.h>
@@ -75,7 +76,8 @@ bool findPassage(const QList<LinePP>& lines, const Rectangle& rectangle, Passage
     }
     if (passage.in < 0 || passage.out < 0)
         return false;
-    for (int i = (passage.in + 1) % lines.size(); i != passage.out; i = (i + 1) % lines.size())
+    const int n = Internal::countOf(lines);
+    for (int i = (passage.in + 1) % n; i != passage.out; i = (i + 1) % n)
         if (!rectangle.contains(lines.at(i).p1))  // then so is its end: no other line crosses the border
             return false;
     return true;
@@ -99,7 +101,7 @@ QList<Point> wayInside(const QList<LinePP>& lines, const Passage& passage, const
                        const Point& last) {
     QList<Point> way;
     way.append(first);
-    for (int i = passage.in;; i = (i + 1) % lines.size()) {
+    for (int i = passage.in;; i = (i + 1) % Internal::countOf(lines)) {
         if (i != passage.in)
             appendNew(way, lines.at(i).p1);
         if (i == passage.out)

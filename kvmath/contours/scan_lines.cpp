@@ -3,6 +3,7 @@
 #include <kvmath/contours/edge_points.h>
 #include <kvmath/contours/hull.h>
 #include <kvmath/contours/scan_grouping_p.h>
+#include <kvmath/core/count_p.h>
 #include <kvmath/core/line.h>
 #include <kvmath/core/trace_p.h>
 #include <kvmath/profile/profile_zset.h>
@@ -75,7 +76,7 @@ double distance(const KvVector2D<double>& a, const KvVector2D<double>& b) {
 /// Moves the facing ends of consecutive lines to where the lines meet. The lines themselves are those before
 /// any end was moved.
 void joinCorners(QList<LinePP>& lines, double reach) {
-    const int n = lines.size();
+    const int n = Internal::countOf(lines);
     QList<LineABC> abc;
     for (const LinePP& line : lines) {
         abc.append(LineABC());

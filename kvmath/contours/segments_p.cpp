@@ -1,4 +1,5 @@
 #include <kvmath/contours/segments_p.h>
+#include <kvmath/core/count_p.h>
 #include <kvmath/core/trace_p.h>
 
 #include <QtCore/QString>
@@ -17,7 +18,7 @@ double rise(const QList<KvPointXY>& points, int from, int to) {
 
 QList<int> runs(const QList<KvPointXY>& points, double Lmax, double Lmin) {
     QList<int> segments;
-    const int size = points.size();
+    const int size = countOf(points);
     for (int start = 0; start + 1 < size;) {
         int end = start;
         // By design signed: only a rise splits. False for a NaN, which splits too.

@@ -1,4 +1,5 @@
 #include <kvmath/core/constants_p.h>
+#include <kvmath/core/count_p.h>
 #include <kvmath/core/free_vector.h>
 
 #include <cmath>
@@ -60,7 +61,7 @@ double KvFreeVector::calcAngleBetweenVectors(const KvFreeVector& a, const KvFree
 
 bool KvFreeVector::calcFromPointCloud(const KvPointCloud<KvPointXY>& cloud, int start, int step,
                                       float length) {
-    const int count = cloud.points.size();
+    const int count = Internal::countOf(cloud.points);
     if ((step != 1 && step != -1) || start < 0 || start >= count)
         return false;
     const KvPointXY& from = cloud.points.at(start);

@@ -1,6 +1,8 @@
 // Akima spline: linear in the number of knots, one array of secants and one of slopes as scratch.
 #include <kvmath/core/interpolant.h>
 
+#include <kvmath/core/count_p.h>
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -32,7 +34,7 @@ double widthOf(const QVector<KvPointXY>& knots, int i) {
 
 // Secant i stands at index i + kPadding.
 QVector<double> paddedSecants(const QVector<KvPointXY>& knots) {
-    const int intervals = knots.size() - 1;
+    const int intervals = Internal::countOf(knots) - 1;
     QVector<double> m(intervals + 2 * kPadding);
     for (int i = 0; i < intervals; ++i)
         m[i + kPadding] =
@@ -89,11 +91,16 @@ int intervalOf(const float* knotX, int knotCount, float x) {
 }
 
 float evaluate(const KvInterpolant& spline, int interval, float x) {
-    const float* c = spline.coefficients.constData() + 4 * interval;
+    const float* c = spline.coefficients.constData() + qptrdiff(4) * interval;
     const double t = static_cast<double>(x) - static_cast<double>(spline.knotX.at(interval));
     const double slope =
         (static_cast<double>(c[3]) * t + static_cast<double>(c[2])) * t + static_cast<double>(c[1]);
     return static_cast<float>(slope * t + static_cast<double>(c[0]));
+}
+
+int lastCubic(const KvInterpolant& spline) {
+    return static_cast<int>(
+        std::min<qint64>(spline.coefficients.size() / 4 - 1, std::numeric_limits<int>::max()));
 }
 
 // False when nothing is built, or when the host took the public members apart.
@@ -135,17 +142,17 @@ int KvInterpolant::buildAkimaSpline(const KvPointCloud<KvPointXY>* cloud) {
         return 0;
     const QVector<double> secants = paddedSecants(knots);
     const QVector<double> slopes = akimaSlopes(secants);
-    const int intervals = knots.size() - 1;
-    QVector<float> cubics(4 * intervals);
+    const int intervals = Internal::countOf(knots) - 1;
+    QVector<float> cubics(4 * (knots.size() - 1));
     for (int i = 0; i < intervals; ++i) {
-        if (!storeCubic(cubics.data() + 4 * i, widthOf(knots, i), static_cast<double>(knots[i].y),
+        if (!storeCubic(cubics.data() + qptrdiff(4) * i, widthOf(knots, i), static_cast<double>(knots[i].y),
                         static_cast<double>(knots[i + 1].y), secants[i + kPadding], slopes[i], slopes[i + 1]))
             return 0;
     }
     knotX.resize(knots.size());
     std::transform(knots.begin(), knots.end(), knotX.begin(), [](const KvPointXY& p) { return p.x; });
     coefficients = cubics;
-    knotCount = knots.size();
+    knotCount = Internal::countOf(knots);
     type = KvInterpolantAkima;
     return knotCount;
 }
@@ -154,7 +161,7 @@ float KvInterpolant::calcY(float x) const {
     if (std::isnan(x) || !isBuilt(*this) || x < knotX.at(0) || !(x <= knotX.at(knotCount - 1)))
         return kUnset;
     const int interval = intervalOf(knotX.constData(), knotCount, x);
-    return evaluate(*this, std::min(interval, coefficients.size() / 4 - 1), x);
+    return evaluate(*this, std::min(interval, lastCubic(*this)), x);
 }
 
 int KvInterpolant::generatePointCloud(KvPointCloud<KvPointXY>& out, float step, float xFrom,
@@ -175,7 +182,7 @@ int KvInterpolant::generatePointCloud(KvPointCloud<KvPointXY>& out, float step, 
     if (asked > 0.0)
         out.points.reserve(static_cast<int>(asked) + 1);
     // x only grows, so the interval only moves on: the one that calcY finds, without its search.
-    const int lastInterval = std::min(std::max(knotCount - 2, 0), coefficients.size() / 4 - 1);
+    const int lastInterval = std::min(std::max(knotCount - 2, 0), lastCubic(*this));
     int interval = std::min(intervalOf(knotX.constData(), knotCount, start), lastInterval);
     float x = start;
     for (;;) {
@@ -189,7 +196,7 @@ int KvInterpolant::generatePointCloud(KvPointCloud<KvPointXY>& out, float step, 
             break;
         x = next;
     }
-    return out.points.size();
+    return Internal::countOf(out.points);
 }
 
 float KvInterpolant::diff3p(float x, float x0, float x1, float x2, float y0, float y1, float y2) const {

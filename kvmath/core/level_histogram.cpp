@@ -2,6 +2,7 @@
 // in key order; only points outside a stale range are counted in the map itself.
 #include <kvmath/core/level_histogram.h>
 
+#include <kvmath/core/count_p.h>
 #include <kvmath/core/record_io_p.h>
 
 #include <QtCore/QFile>
@@ -71,7 +72,7 @@ int KvLevelHistogram<T>::calcFromPointCloud(KvPointCloud<T>& cloud, float binWid
         if (counts[i] > 0)
             bins[static_cast<float>(i)] += counts[i];
     }
-    return bins.size();
+    return Internal::countOf(bins);
 }
 
 template <class T>
@@ -93,7 +94,7 @@ float KvLevelHistogram<T>::calcMassCenter() const {
 
 template <class T>
 int KvLevelHistogram<T>::count() const {
-    return bins.size();
+    return Internal::countOf(bins);
 }
 
 template <class T>

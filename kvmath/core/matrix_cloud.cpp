@@ -2,6 +2,8 @@
 
 #include <kvmath/core/matrix_cloud.h>
 
+#include <kvmath/core/count_p.h>
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -143,7 +145,7 @@ int KvMatrixCloud::toPointCloud(KvPointCloud<KvPointXYZ>& cloud) const {
             cloud.points.append(KvPointXYZ(static_cast<float>(middle(originX, stepX, cell % columns)), y,
                                            static_cast<float>(middle(originZ, stepZ, cell / columns))));
     }
-    return cloud.points.size();
+    return Internal::countOf(cloud.points);
 }
 
 KvMatrixWithHistos::KvMatrixWithHistos(const KvMatrixCloud& matrix) : KvMatrixCloud(matrix) {}

@@ -1,6 +1,7 @@
 #include <kvmath/core/point_cloud.h>
 
 #include <kvmath/core/box_p.h>
+#include <kvmath/core/count_p.h>
 
 #include <cmath>
 #include <limits>
@@ -59,7 +60,7 @@ int indicesOf(QList<int>& indices, const QList<T>& points, Inside inside) {
     for (int i = 0; i < points.size(); ++i)
         if (inside(points.at(i)))
             indices.append(i);
-    return indices.size();
+    return Internal::countOf(indices);
 }
 
 }  // namespace
@@ -209,7 +210,7 @@ float KvPointCloud<KvPointXY>::calcAverageY() const {
     double sum = 0.0;
     for (const KvPointXY& point : points)
         sum += static_cast<double>(point.y);
-    return static_cast<float>(sum / points.size());
+    return static_cast<float>(sum / static_cast<double>(points.size()));
 }
 
 int KvPointCloud<KvPointXY>::getIndexX(float x) const { return indexOf(points, &KvPointXY::x, x); }
@@ -256,7 +257,7 @@ int KvPointCloud<KvPointXYZ>::calcSection(KvPointCloud& dest, float z, float hal
     for (const KvPointXYZ& point : source)
         if (std::fabs(point.z - z) <= halfWidth)
             dest.points.append(point);
-    return dest.points.size();
+    return Internal::countOf(dest.points);
 }
 
 // All members defined above; the other files instantiate theirs one by one.

@@ -4,6 +4,7 @@
 // whatever the number of cells. Cells that are not many more than the points are counted in tables instead;
 // of cubes only the points on faces lie in several and make the order matter. Cost n.
 
+#include <kvmath/core/count_p.h>
 #include <kvmath/core/point_cloud.h>
 
 #include <kvmath/core/ball_lists_p.h>
@@ -269,7 +270,7 @@ int CubeCounter::thinOut(std::vector<bool>& gone) {
 
 /// The points that are not gone, in their places in memory where no other cloud shares these.
 void keepOthers(QList<KvPointXYZ>& points, const std::vector<bool>& gone, int removed) {
-    const int size = points.size();
+    const int size = Internal::countOf(points);
     if (points.isDetached()) {
         auto kept = points.begin();
         auto point = kept;
@@ -301,7 +302,7 @@ int removeSparse(KvPointCloud<KvPointXYZ>& cloud, float step, float cell, int mi
     const QList<KvPointXYZ>& source = qAsConst(cloud.points);
     std::vector<bool> gone(static_cast<std::size_t>(source.size()), false);
     int removed = 0;
-    if (!isSmall(grid, source.size()))
+    if (!isSmall(grid, Internal::countOf(source)))
         removed = thinOut(membershipsOf(source, grid, balls), minCount, gone);
     else if (balls)
         removed = Internal::BallLists(source, grid.x, grid.y, grid.z, cell).thinOut(minCount, gone);

@@ -1,6 +1,7 @@
 // Clearing of edge effects. Slices without points are passed over, so the cost does not depend on their
 // number.
 
+#include <kvmath/core/count_p.h>
 #include <kvmath/core/point_cloud.h>
 
 #include <kvmath/core/z_index_p.h>
@@ -135,7 +136,8 @@ int clearFirstFlank(KvPointCloud<KvPointXYZ>& cloud, const Slices& slices, int f
             i = firstSlice(slices, i + 1, [&](int k) { return slices.upper(k) >= first->first; });
             continue;
         }
-        const auto window = Internal::windowOfZ(cloud.zIndex, cloud.points.size(), falling, lower, upper);
+        const auto window =
+            Internal::windowOfZ(cloud.zIndex, Internal::countOf(cloud.points), falling, lower, upper);
         slab.clear();
         for (auto it = first; it != along.end() && it->first <= upper; ++it)
             if (it->second >= window.first && it->second <= window.last)

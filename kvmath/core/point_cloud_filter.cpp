@@ -1,6 +1,7 @@
 // Removal by index, level, box; edge effects; tape thickness. Each removal is one pass that keeps the
 // survivors in order. The sparse-cell filters are in point_cloud_cubic.cpp.
 
+#include <kvmath/core/count_p.h>
 #include <kvmath/core/point_cloud.h>
 
 #include <kvmath/core/box_p.h>
@@ -19,9 +20,9 @@ constexpr float kNoLimit = std::numeric_limits<float>::quiet_NaN();
 
 template <class T, class Unwanted>
 int removeIf(QList<T>& points, Unwanted unwanted) {
-    const int before = points.size();
+    const int before = Internal::countOf(points);
     points.erase(std::remove_if(points.begin(), points.end(), unwanted), points.end());
-    return before - points.size();
+    return before - Internal::countOf(points);
 }
 
 template <class T>
@@ -60,7 +61,7 @@ int KvPointCloudBase<T>::removeIndeces(QList<int>& indices) {
         return 0;
     // Points below `intact` are as they were; `above` holds the surviving ones from there on, the nearest on
     // top. As entries never grow, the point at the place of an entry is then always on top.
-    int intact = points.size();
+    int intact = Internal::countOf(points);
     std::vector<int> above;
     int count = 0;
     for (auto entry = indices.crbegin(); entry != indices.crend(); ++entry) {

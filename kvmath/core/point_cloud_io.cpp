@@ -1,5 +1,6 @@
 // Binary records and the headerless file of points.
 
+#include <kvmath/core/count_p.h>
 #include <kvmath/core/point_cloud.h>
 
 #include <kvmath/core/record_io_p.h>
@@ -64,7 +65,7 @@ int KvPointCloudBase<T>::readFromFile(QFile& file) {
     if (complete != count)
         return -1;  // the complete points stay, by design
     position.release();
-    return points.size();
+    return Internal::countOf(points);
 }
 
 template <class T>

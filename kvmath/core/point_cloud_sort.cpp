@@ -1,5 +1,6 @@
 // Sorting, the index of runs of equal z, and what rests on it.
 
+#include <kvmath/core/count_p.h>
 #include <kvmath/core/point_cloud.h>
 
 #include <kvmath/core/box_p.h>
@@ -72,7 +73,7 @@ void KvPointCloud<KvPointXYZ>::extract(KvPointCloud& dest, float xmin, float xma
         return;
     const Internal::Box box{xmin, xmax, ymin, ymax, zmin, zmax};
     const Internal::IndexWindow window =
-        Internal::windowOfZ(zIndex, source.size(), Internal::fallsAlongZ(source), zmin, zmax);
+        Internal::windowOfZ(zIndex, Internal::countOf(source), Internal::fallsAlongZ(source), zmin, zmax);
     for (int i = window.first; i <= window.last; ++i)
         if (box.contains(source.at(i)))
             dest.points.append(source.at(i));

@@ -5,6 +5,7 @@
 #include <QtCore/QFileInfo>
 
 #include <algorithm>
+#include <limits>
 #include <type_traits>
 
 namespace KvMath::Internal {
@@ -60,7 +61,7 @@ bool holdsMoreThan(const RecordReader& /*source*/, qint64 /*bytes*/) { return fa
 template <class Point>
 void storePoints(QList<Point>& points, int filled, const char* bytes, int count) {
     constexpr int kSize = storedSize<Point>();
-    const int inPlace = std::min(count, points.size() - filled);
+    const int inPlace = static_cast<int>(std::min<qint64>(count, points.size() - filled));
     const auto place = points.begin() + filled;
     for (int i = 0; i < inPlace; ++i)
         load(bytes + i * kSize, place[i]);
@@ -119,16 +120,16 @@ qint64 RecordReader::read(char* data, qint64 size) {
 }
 
 template <class Target, class Point>
-bool writePoints(Target& target, const QList<Point>& points, int count) {
+bool writePoints(Target& target, const QList<Point>& points, qint64 count) {
     constexpr int kSize = storedSize<Point>();
-    count = std::min(count, points.size());
-    QByteArray block(std::clamp(count, 0, kBlockPoints) * kSize, Qt::Uninitialized);
-    for (int done = 0; done < count;) {
-        const int part = std::min(kBlockPoints, count - done);
+    count = std::min<qint64>(count, points.size());
+    QByteArray block(static_cast<int>(std::clamp<qint64>(count, 0, kBlockPoints)) * kSize, Qt::Uninitialized);
+    auto point = points.constBegin();
+    for (qint64 done = 0; done < count;) {
+        const int part = static_cast<int>(std::min<qint64>(kBlockPoints, count - done));
         char* bytes = block.data();
-        const auto first = points.constBegin() + done;
-        for (int i = 0; i < part; ++i)
-            store(first[i], bytes + i * kSize);
+        for (int i = 0; i < part; ++i, ++point)
+            store(*point, bytes + i * kSize);
         if (!writeBytes(target, bytes, qint64(part) * kSize))
             return false;
         done += part;
@@ -154,17 +155,17 @@ quint32 readPoints(Source& source, QList<Point>& points, quint32 count) {
         storePoints(points, filled, bytes, complete);
         filled += complete;
         left -= static_cast<quint32>(complete);
-        if (complete < part)
+        if (complete < part || filled > std::numeric_limits<int>::max() - kBlockPoints)
             break;
     }
     points.erase(points.begin() + filled, points.end());
     return static_cast<quint32>(filled);
 }
 
-template bool writePoints(QFile&, const QList<KvPointXY>&, int);
-template bool writePoints(RecordWriter&, const QList<KvPointXY>&, int);
-template bool writePoints(QFile&, const QList<KvPointXYZ>&, int);
-template bool writePoints(QFile&, const QList<KvPointXYZRGB>&, int);
+template bool writePoints(QFile&, const QList<KvPointXY>&, qint64);
+template bool writePoints(RecordWriter&, const QList<KvPointXY>&, qint64);
+template bool writePoints(QFile&, const QList<KvPointXYZ>&, qint64);
+template bool writePoints(QFile&, const QList<KvPointXYZRGB>&, qint64);
 template quint32 readPoints(QFile&, QList<KvPointXY>&, quint32);
 template quint32 readPoints(RecordReader&, QList<KvPointXY>&, quint32);
 template quint32 readPoints(QFile&, QList<KvPointXYZ>&, quint32);

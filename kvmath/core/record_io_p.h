@@ -106,7 +106,7 @@ bool readField(Source& source, Value& value) {
 
 /// Writes the first `count` points without header, as x, y (, z (, rgb)). For all three point types.
 template <class Target, class Point>
-bool writePoints(Target& target, const QList<Point>& points, int count);
+bool writePoints(Target& target, const QList<Point>& points, qint64 count);
 
 /// Most points that one record may have; their list takes 2.7 GB.
 constexpr quint32 kMostPoints = 1U << 26;

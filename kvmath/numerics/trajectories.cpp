@@ -3,6 +3,7 @@
 
 #include <kvmath/numerics/trajectories.h>
 
+#include <kvmath/core/count_p.h>
 #include <kvmath/profile/profile.h>
 
 #include <algorithm>
@@ -70,7 +71,7 @@ void solveCyclic(std::vector<Point>& rhs) {
 
 bool interpolateTrajectory(const QList<KvVector2D<double>>& points, QList<CubicBezierCurve>& curves) {
     curves.clear();
-    const int pieces = points.size() - 1;
+    const int pieces = Internal::countOf(points) - 1;
     if (pieces < 1)
         return false;
     const Point& start = points.at(0);
@@ -101,7 +102,7 @@ bool interpolateTrajectory(const QList<KvVector2D<double>>& points, QList<CubicB
 
 bool interpolateTrajectoryPeriodic(const QList<KvVector2D<double>>& points, QList<CubicBezierCurve>& curves) {
     curves.clear();
-    int count = points.size();
+    int count = Internal::countOf(points);
     if (count > 1 && points.at(0).x == points.at(count - 1).x && points.at(0).y == points.at(count - 1).y)
         --count;
     if (count < 2)
@@ -137,7 +138,7 @@ int cubicBezierSpline2KvProfile(const QList<CubicBezierCurve>& curves, int point
         for (int j = 0; j < pointsPerPiece; ++j)
             profile += narrowed(onCurve(curve, static_cast<double>(j) / pointsPerPiece));
     profile += narrowed(curves.last().p3);
-    return profile.points.size();
+    return Internal::countOf(profile.points);
 }
 
 void filterProfile(KvProfile& profile, const double* kernel, int half) {

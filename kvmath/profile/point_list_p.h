@@ -1,6 +1,7 @@
 #pragma once
 // Block operations on the points of a profile; iterators walk the points in place.
 
+#include <kvmath/core/count_p.h>
 #include <kvmath/core/list_of_size_p.h>
 #include <kvmath/core/point.h>
 
@@ -27,12 +28,12 @@ int keepIf(QList<KvPointXY>& points, Condition keep) {
     const auto first = std::find_if_not(points.constBegin(), points.constEnd(), keep);
     if (first == points.constEnd())
         return 0;
-    const int before = points.size();
-    const int untouched = static_cast<int>(first - points.constBegin());
+    const int before = countOf(points);
+    const auto untouched = first - points.constBegin();
     const auto end = std::remove_if(points.begin() + untouched, points.end(),
                                     [&keep](const KvPointXY& p) { return !keep(p); });
-    truncateTo(points, static_cast<int>(end - points.begin()));
-    return before - points.size();
+    points.erase(end, points.end());
+    return before - countOf(points);
 }
 
 /// n points of any value.

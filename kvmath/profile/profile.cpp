@@ -2,6 +2,7 @@
 
 #include <kvmath/profile/profile.h>
 
+#include <kvmath/core/count_p.h>
 #include <kvmath/core/stable_sort_p.h>
 #include <kvmath/profile/point_list_p.h>
 
@@ -164,7 +165,7 @@ float KvProfile::calcCenterY() {
 int KvProfile::findNearestToX(float x, bool fromEnd) const {
     const auto p = points.constBegin();
     if (fromEnd) {
-        for (int i = points.size() - 1; i >= 0; --i) {
+        for (int i = Internal::countOf(points) - 1; i >= 0; --i) {
             if (p[i].x <= x)
                 return i;
         }
@@ -225,7 +226,7 @@ int KvProfile::removeDuplicates() {
     const auto notAscending = [](const KvPointXY& a, const KvPointXY& b) { return !(a.x < b.x); };
     if (std::adjacent_find(points.constBegin(), points.constEnd(), notAscending) == points.constEnd())
         return 0;
-    SeenCoordinates seen(points.size());
+    SeenCoordinates seen(Internal::countOf(points));
     QList<KvPointXY> kept = points;  // shares the points until the first is written
     auto target = kept.begin();
     for (const KvPointXY& p : qAsConst(points)) {
@@ -233,7 +234,7 @@ int KvProfile::removeDuplicates() {
             *target++ = p;
     }
     const int removed = static_cast<int>(kept.end() - target);
-    Internal::truncateTo(kept, kept.size() - removed);
+    Internal::truncateTo(kept, Internal::countOf(kept) - removed);
     points.swap(kept);
     return removed;
 }

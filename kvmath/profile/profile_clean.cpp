@@ -1,6 +1,7 @@
 // Filters that remove points by level, by jumps and by straightness. Survivors are moved up in place, in
 // order: one pass, no memory.
 
+#include <kvmath/core/count_p.h>
 #include <kvmath/core/line.h>
 #include <kvmath/profile/correlation_p.h>
 #include <kvmath/profile/point_list_p.h>
@@ -17,7 +18,7 @@ void KvProfile::removeLowLevel(KvLine line) {
 }
 
 void KvProfile::removePointsByYMedian(double tolerance) {
-    const int n = points.size();
+    const int n = Internal::countOf(points);
     if (n == 0)
         return;
     sortByY(KvSortAscending);
@@ -34,7 +35,7 @@ void KvProfile::removePointsByYMedian(double tolerance) {
 void KvProfile::removeNoise(int window, int maxJumps, float jumpThreshold, float /*unused*/) {
     if (window < 1)
         return;
-    const int n = points.size();
+    const int n = Internal::countOf(points);
     const auto begin = points.begin();
     auto target = begin;
     // By design a block needs a point behind it, so that the last one goes even when complete.
@@ -61,7 +62,7 @@ void KvProfile::removeLineParts(int maxParts, float maxCorrelation, float maxGap
     auto target = begin;
     auto part = begin;  // first point of the current part
     int parts = 1;
-    const int last = points.size() - 1;  // by design the last point belongs to no part
+    const int last = Internal::countOf(points) - 1;  // by design the last point belongs to no part
     for (int i = 0; i < last; ++i) {
         const bool gap = KvPointXY::calcDistance(begin[i], begin[i + 1]) > maxGap;
         if (!gap && i + 1 < last)

@@ -1,5 +1,6 @@
 // Text form of a profile: "x;y" lines with decimal commas.
 
+#include <kvmath/core/count_p.h>
 #include <kvmath/profile/profile.h>
 
 #include <kvmath/core/record_io_p.h>
@@ -20,11 +21,11 @@ constexpr int kLongestLine =
 bool takeField(const QString& line, int column, QString& field) {
     int from = 0;
     for (; column > 0; --column) {
-        from = line.indexOf(QLatin1Char(';'), from) + 1;
+        from = static_cast<int>(line.indexOf(QLatin1Char(';'), from)) + 1;
         if (from == 0)
             return false;
     }
-    const int end = line.indexOf(QLatin1Char(';'), from);
+    const auto end = line.indexOf(QLatin1Char(';'), from);
     field = line.mid(from, end < 0 ? -1 : end - from);
     return true;
 }
@@ -40,7 +41,7 @@ int KvProfile::readFromCSVFile(QString path, int xColumn, int yColumn) {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         qDebug() << file.errorString();
-        return points.size();
+        return Internal::countOf(points);
     }
     clear();
     QTextStream stream(&file);
@@ -53,7 +54,7 @@ int KvProfile::readFromCSVFile(QString path, int xColumn, int yColumn) {
         if (takeField(line, xColumn, x) && takeField(line, yColumn, y))
             points.append(KvPointXY(numberOf(x), numberOf(y)));
     }
-    return points.size();
+    return Internal::countOf(points);
 }
 
 bool KvProfile::writeToCSVFile(QString path) const {

@@ -2,6 +2,7 @@
 // Points that are not finite take no part.
 
 #include <kvmath/core/constants_p.h>
+#include <kvmath/core/count_p.h>
 #include <kvmath/core/line.h>
 #include <kvmath/profile/convex_hull_p.h>
 #include <kvmath/profile/point_list_p.h>
@@ -88,7 +89,7 @@ bool KvProfile::calcCutPoint(const KvLine& line, KvPointXY& cut, bool fromEnd) c
         return false;
     Vector before;
     double heightBefore = 0.0;  // above the line; 0 only until the first usable point
-    const int n = points.size();
+    const int n = Internal::countOf(points);
     const auto in = points.constBegin();
     for (int i = 0; i < n; ++i) {
         const KvPointXY point(in[fromEnd ? n - 1 - i : i]);
@@ -112,7 +113,7 @@ bool KvProfile::calcCutPoint(const KvLine& line, KvPointXY& cut, bool fromEnd) c
 }
 
 int KvProfile::makeCloudTopView(const KvPointCloud<KvPointXYZ>& cloud) {
-    points = Internal::pointListOfSize(cloud.points.size());
+    points = Internal::pointListOfSize(Internal::countOf(cloud.points));
     auto source = cloud.points.constBegin();
     for (KvPointXY& p : points) {
         p.x = source->x;
@@ -120,7 +121,7 @@ int KvProfile::makeCloudTopView(const KvPointCloud<KvPointXYZ>& cloud) {
         ++source;
     }
     KvPointCloud<KvPointXY>::calcRange();
-    return points.size();
+    return Internal::countOf(points);
 }
 
 int KvProfile::addLineSegments(QList<LinePP>& segments, int window, int step, double maxDeviation) const {
@@ -147,7 +148,7 @@ int KvProfile::addLineSegments(QList<LinePP>& segments, int window, int step, do
 
 void KvProfile::addParallelLine(KvProfile& dest, int first, int last, float offset) const {
     const int from = std::max(first, 0);
-    const int to = std::min(last, points.size() - 1);
+    const int to = std::min(last, Internal::countOf(points) - 1);
     if (from >= to)
         return;
     const std::vector<Vector> usable =

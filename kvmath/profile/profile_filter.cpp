@@ -1,5 +1,6 @@
 // Windowed filters and the fixed low-pass. No memory, except in medFilt where x is out of order.
 
+#include <kvmath/core/count_p.h>
 #include <kvmath/profile/profile.h>
 #include <kvmath/profile/window_rank_p.h>
 
@@ -68,7 +69,7 @@ void weigh(const double* heights, double* sums) {
 }  // namespace
 
 void KvProfile::medFilt(KvProfile& dest, int window) const {
-    const int n = points.size();
+    const int n = Internal::countOf(points);
     if (window < 1 || n < window || dest.points.size() < n)
         return;
     const auto out = dest.points.begin();
@@ -105,7 +106,7 @@ void KvProfile::medFilt(KvProfile& dest, int window) const {
 }
 
 void KvProfile::wndFilter(int window) {
-    const int n = points.size();
+    const int n = Internal::countOf(points);
     if (window < 1 || n <= window)
         return;
     const int half = static_cast<int>(window / 2.5);  // by design not 2: the mean lands at two fifths
@@ -119,7 +120,7 @@ void KvProfile::wndFilter(int window) {
 }
 
 void KvProfile::diffFilt(KvProfile& dest, int window) const {
-    const int n = points.size();
+    const int n = Internal::countOf(points);
     if (window < 1 || n - 2 < window || dest.points.size() < n)
         return;
     const int half = window / 2;
@@ -142,7 +143,7 @@ void KvProfile::diffFilt(KvProfile& dest, int window) const {
 }
 
 void KvProfile::zebFilter20(KvProfile& dest, float gap) const {
-    const int n = points.size();
+    const int n = Internal::countOf(points);
     if (n < kTaps || dest.points.size() < n)
         return;
     const auto out = dest.points.begin();

@@ -1,6 +1,7 @@
 // Fits, evaluation, slopes, differences and resampling of a profile.
 
 #include <kvmath/core/circle.h>
+#include <kvmath/core/count_p.h>
 #include <kvmath/core/line.h>
 #include <kvmath/profile/correlation_p.h>
 #include <kvmath/profile/point_list_p.h>
@@ -38,7 +39,7 @@ float heightOnPair(KvPointXY a, KvPointXY b, float x, float tolerance) {
 }  // namespace
 
 float KvProfile::calcY(float x, float tolerance, int* index) const {
-    const int n = points.size();
+    const int n = Internal::countOf(points);
     if (n == 0)
         return kUnset;
     const auto p = points.constBegin();
@@ -77,7 +78,7 @@ int KvProfile::interpolate(float step, float xFrom, float xTo, _KvInterpolantTyp
 
 KvProfile KvProfile::derivative() const {
     KvProfile slopes;
-    slopes.points = Internal::pointListOfSize(points.size() - 1);
+    slopes.points = Internal::pointListOfSize(Internal::countOf(points) - 1);
     auto p = points.constBegin();
     for (KvPointXY& slope : slopes.points) {
         slope.x = p[0].x;
@@ -98,14 +99,15 @@ void KvProfile::fitByLine(LineABC& line) const {
     wide.reserve(static_cast<size_t>(points.size()));
     for (const KvPointXY& p : points)
         wide.emplace_back(static_cast<double>(p.x), static_cast<double>(p.y));
-    lsd(wide.data(), points.size(), line);
+    lsd(wide.data(), Internal::countOf(points), line);
 }
 
 void KvProfile::calcDistance(const KvProfile& other, KvProfile& dest, int window, int count,
                              bool truncate) const {
     if (points.isEmpty() || other.points.isEmpty() || window < 1)
         return;
-    const int n = std::max(0, std::min({count, points.size(), other.points.size(), dest.points.size()}));
+    const int n = std::max(0, std::min({count, Internal::countOf(points), Internal::countOf(other.points),
+                                        Internal::countOf(dest.points)}));
     const auto out = dest.points.begin();
     const auto a = points.constBegin();
     const auto b = other.points.constBegin();

@@ -1,6 +1,7 @@
 // Filters against outliers: spikes along the line, and points with too few neighbours.
 
 #include <kvmath/core/constants_p.h>
+#include <kvmath/core/count_p.h>
 #include <kvmath/profile/point_list_p.h>
 #include <kvmath/profile/point_tree_p.h>
 #include <kvmath/profile/profile.h>
@@ -60,7 +61,7 @@ bool filterSpikes(const KvProfile& source, KvProfile& dest, float maxJump, float
     const QList<KvPointXY> input = source.points;  // dest may be the source
     if (&dest != &source)
         dest = source;
-    const int n = input.size();
+    const int n = Internal::countOf(input);
     if (n < 3)
         return false;
     const auto in = input.constBegin();
@@ -119,7 +120,7 @@ private:
 
     bool hasEnoughNearby(int i) const {
         const auto p = points_.constBegin();
-        const int end = std::min(i + reach_ + 1, points_.size());
+        const int end = std::min(i + reach_ + 1, Internal::countOf(points_));
         const double squared = radius_ * radius_;
         int found = 0;
         for (int k = std::max(i - reach_, 0); k < end; ++k)

@@ -2,6 +2,7 @@
 // library's single-precision pi in both directions; arithmetic in double, narrowed once.
 
 #include <kvmath/core/constants_p.h>
+#include <kvmath/core/count_p.h>
 #include <kvmath/core/polar_p.h>
 #include <kvmath/profile/point_list_p.h>
 #include <kvmath/profile/profile.h>
@@ -77,7 +78,7 @@ void KvProfile::rotateFixed(float degrees, const KvPointXY& centre) {
 }
 
 void KvProfile::wndFilterPolar(KvProfile& dest, float maxGap, int window, int passes) const {
-    const int n = points.size();
+    const int n = Internal::countOf(points);
     if (window < 1 || n < window || dest.points.size() < n)
         return;
     std::vector<int> usable;

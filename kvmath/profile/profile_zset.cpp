@@ -3,6 +3,7 @@
 #include <kvmath/profile/profile_zset.h>
 
 #include <kvmath/core/box_p.h>
+#include <kvmath/core/count_p.h>
 #include <kvmath/profile/point_list_p.h>
 #include <kvmath/profile/profile_record_p.h>
 
@@ -43,7 +44,7 @@ private:
     /// z. A quotient guesses it and is wrong by one at a plane; where rounding is coarse the search decides.
     int intervalOf(float z) const {
         const float* const planes = z_.constData();
-        const int last = z_.size() - 2;
+        const int last = Internal::countOf(z_) - 2;
         if (last < 0 || !(z >= planes[0] && z <= planes[last + 1]))  // NaN too
             return -1;
         const float quotient = (z - planes[0]) * perStep_;
@@ -74,7 +75,7 @@ int planeCount(const KvPointCloud<KvPointXYZ>& cloud, float step) {
 KvProfileZSet::KvProfileZSet()
     : minX(kUnset), maxX(kUnset), minY(kUnset), maxY(kUnset), minZ(kUnset), maxZ(kUnset), zStep(kUnset) {}
 
-int KvProfileZSet::size() const { return profiles.size(); }
+int KvProfileZSet::size() const { return Internal::countOf(profiles); }
 bool KvProfileZSet::isEmpty() const { return profiles.isEmpty(); }
 void KvProfileZSet::clear() { *this = KvProfileZSet(); }
 void KvProfileZSet::append(const KvProfileZ& profile) { profiles.append(profile); }
@@ -148,7 +149,7 @@ int KvProfileZSet::toPointCloud(KvPointCloud<KvPointXYZ>& cloud, int first, int 
         for (const KvPointXY& p : profile.points)
             cloud.points.append(KvPointXYZ(p.x, p.y, profile.z));
     }
-    return cloud.points.size();
+    return Internal::countOf(cloud.points);
 }
 
 int KvProfileZSet::toPointCloud(KvPointCloud<KvPointXYZ>& cloud) const {

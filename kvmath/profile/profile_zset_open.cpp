@@ -1,6 +1,7 @@
 // Range, mean, drift, edges and grid of a stack. Points with a coordinate that is not finite take no part,
 // but for the range, which passes over unset ones only.
 
+#include <kvmath/core/count_p.h>
 #include <kvmath/core/matrix_cloud.h>
 #include <kvmath/profile/point_list_p.h>
 #include <kvmath/profile/profile_zset.h>
@@ -86,7 +87,7 @@ std::pair<int, int> betweenValleys(const QList<KvPointXY>& points) {
         if (!std::isnan(y(i)) && (left < 0 || y(i) <= y(left)))
             left = i;
     int right = -1;
-    for (int i = points.size() - 1; i > top && top >= 0; --i)
+    for (int i = Internal::countOf(points) - 1; i > top && top >= 0; --i)
         if (!std::isnan(y(i)) && (right < 0 || y(i) < y(right)))
             right = i;
     return {std::max(left, 0), right < 0 ? points.size() - 1 : right};

@@ -1,5 +1,6 @@
 #include <kvmath/tsearch/finder.h>
 
+#include <kvmath/core/count_p.h>
 #include <kvmath/profile/profile.h>
 #include <kvmath/tsearch/line_extraction_p.h>
 #include <kvmath/tsearch/measurement_list.h>
@@ -42,8 +43,9 @@ bool collect(LinePP* /*lines*/, int* candidate, int* /*currentBest*/, int nTempl
 void searchAll(const QList<LinePP>& lines, TSTemplate* templ, bool allowReversed, Results& results) {
     std::vector<LinePP> segments(lines.begin(), lines.end());
     int* codes = nullptr;
-    templateSearch(segments.data(), lines.size(), templ->getTemplateLinesNumber(), &Internal::templateCheck,
-                   templ, &collect, &results, /*findBest=*/true, allowReversed, codes);
+    templateSearch(segments.data(), Internal::countOf(lines), templ->getTemplateLinesNumber(),
+                   &Internal::templateCheck, templ, &collect, &results, /*findBest=*/true, allowReversed,
+                   codes);
     delete[] codes;
 }
 
@@ -58,7 +60,7 @@ bool findTemplate(const KvProfile& profile, TSTemplate* templ, const TSFindTempl
     if (templ == nullptr)
         return true;
     if (templ->getTemplateLinesNumber() == 0)
-        results.append(storedOrder(lines.size()));
+        results.append(storedOrder(Internal::countOf(lines)));
     else
         searchAll(lines, templ, params.allowReversed, results);
     return true;

@@ -1,5 +1,6 @@
 #include <kvmath/tsearch/lines_indices.h>
 
+#include <kvmath/core/count_p.h>
 #include <kvmath/tsearch/assignment_p.h>
 
 namespace KvMath {
@@ -28,6 +29,6 @@ bool TSLinesIndecies::isAssigned(int templateLine) const {
     return templateLine >= 0 && templateLine < codes_.size() && codes_.at(templateLine) >= 0;
 }
 
-int TSLinesIndecies::count() const { return codes_.size(); }
+int TSLinesIndecies::count() const { return Internal::countOf(codes_); }
 
 }  // namespace KvMath

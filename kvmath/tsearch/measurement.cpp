@@ -1,5 +1,6 @@
 #include <kvmath/tsearch/measurement.h>
 
+#include <kvmath/core/count_p.h>
 #include <kvmath/tsearch/measurement_manager.h>
 #include <kvmath/tsearch/stored_fields_p.h>
 #include <kvmath/tsearch/type_tag_p.h>
@@ -78,8 +79,9 @@ bool writeInfos(QDataStream& stream, const Infos& infos) {
         return false;
     for (const TSUniformResultInfo& info : infos) {
         const QByteArray name = info.name.toUtf8();
-        if (name.size() > kMaxNameBytes || !writeRaw(stream, static_cast<qint32>(name.size())) ||
-            stream.writeRawData(name.constData(), name.size()) != name.size() ||
+        const int length = Internal::countOf(name);
+        if (length > kMaxNameBytes || !writeRaw(stream, static_cast<qint32>(length)) ||
+            stream.writeRawData(name.constData(), length) != length ||
             !writeRaw(stream, static_cast<quint8>(info.isActive ? 1 : 0)))
             return false;
     }

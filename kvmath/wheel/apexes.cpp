@@ -1,5 +1,6 @@
 #include <kvmath/wheel/apexes.h>
 
+#include <kvmath/core/count_p.h>
 #include <kvmath/wheel/wheel_lines_p.h>
 
 #include <algorithm>
@@ -44,7 +45,7 @@ int ORBIS_detectApexes(KvProfile profile, KvProfile& apexes, QList<KvLine>& line
         }
         before = behind;
     }
-    return apexes.points.size();
+    return Internal::countOf(apexes.points);
 }
 
 }  // namespace KvMath

@@ -1,5 +1,6 @@
 #include <kvmath/wheel/wheel_detection.h>
 
+#include <kvmath/core/count_p.h>
 #include <kvmath/profile/profile_z.h>
 #include <kvmath/wheel/recording_p.h>
 #include <kvmath/wheel/wheel_lines_p.h>
@@ -64,8 +65,8 @@ public:
         passage.records.append(record);
         passage.z.append(profile.z);
         // As a plane cloud, whichever record it came from.
-        profile.KvPointCloud<KvPointXY>::writeToFile(
-            Internal::wheelFile(directory_, passages_.size(), passage.records.size()));
+        profile.KvPointCloud<KvPointXY>::writeToFile(Internal::wheelFile(
+            directory_, Internal::countOf(passages_), Internal::countOf(passage.records)));
         return begins;
     }
 
@@ -73,7 +74,7 @@ public:
     void close() {
         if (open_ && passages_.last().records.size() < minProfiles_) {
             for (int i = 1; i <= passages_.last().records.size(); ++i)
-                QFile::remove(Internal::wheelFile(directory_, passages_.size(), i));
+                QFile::remove(Internal::wheelFile(directory_, Internal::countOf(passages_), i));
             passages_.removeLast();
         }
         open_ = false;
@@ -120,7 +121,7 @@ bool detect(const QString& fileName, QSettings* settings, int mode, Trial* trial
             continue;
         }
         if (files.add(profile, record) && trial != nullptr) {
-            const int wheel = files.passages().size(), number = record + 1;
+            const int wheel = Internal::countOf(files.passages()), number = record + 1;
             trial->settings->setValue(QStringLiteral("Wheel_%1/firstProfInWheel").arg(wheel), number);
             trial->summary.points.append({static_cast<float>(wheel), static_cast<float>(number)});
         }
@@ -146,7 +147,7 @@ bool ORBIS_detectWheels(QString fileName, QSettings* settings, int mode, int* wh
                         QList<WheelPassage>& passages) {
     if (wheelCount == nullptr || !detect(fileName, settings, mode, nullptr, passages))
         return false;
-    *wheelCount = passages.size();
+    *wheelCount = Internal::countOf(passages);
     return true;
 }
 
@@ -162,7 +163,7 @@ bool ORBIS_detectWheels_Test(QString fileName, QSettings* settings, int mode, in
     if (result == nullptr || wheelCount == nullptr || !detect(fileName, settings, mode, &trial, passages))
         return false;
     trial.summary.writeToCSVFile(QStringLiteral("test.csv"));
-    *wheelCount = passages.size();
+    *wheelCount = Internal::countOf(passages);
     return true;
 }
 

@@ -1,5 +1,7 @@
 #include <kvmath/wheel/wheel_profile_p.h>
 
+#include <kvmath/core/count_p.h>
+
 #include <cmath>
 
 namespace KvMath::Internal {
@@ -9,7 +11,7 @@ namespace {
 /// Doubles of the points of a wheel profile, and the searches along it. Every search ends before point n - 2.
 class Flange {
 public:
-    explicit Flange(const QList<KvPointXY>& points) : points_(points), end_(points.size() - 2) {}
+    explicit Flange(const QList<KvPointXY>& points) : points_(points), end_(countOf(points) - 2) {}
 
     double x(int i) const { return static_cast<double>(points_.at(i).x); }
     double depth(int i) const { return static_cast<double>(points_.at(i).y); }

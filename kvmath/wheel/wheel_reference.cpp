@@ -1,6 +1,7 @@
 // Circles and straight pieces of wheel profiles.
 
 #include <kvmath/core/constants_p.h>
+#include <kvmath/core/count_p.h>
 #include <kvmath/numerics/circle_fitting.h>
 #include <kvmath/numerics/fitting.h>
 #include <kvmath/numerics/small_matrix.h>
@@ -221,7 +222,7 @@ bool detectWheelByCenterScanner(const KvProfile& profile, float minRadius, float
 }
 
 bool detectWheelByCScanOnlyAngle(const KvProfile& profile, float radius, float& angle) {
-    const int size = profile.points.size();
+    const int size = Internal::countOf(profile.points);
     KvPointXY centre;
     if (!calcRefPointWithConstR(profile, 0, size - 1, radius, centre) || !isSet(profile.points.at(size / 2)))
         return false;

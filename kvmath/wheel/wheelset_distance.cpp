@@ -1,5 +1,6 @@
 #include <kvmath/wheel/wheelset_distance.h>
 
+#include <kvmath/core/count_p.h>
 #include <kvmath/wheel/recording_p.h>
 
 #include <QtCore/QDir>
@@ -65,10 +66,10 @@ KvProfile cutProfile(const Side& side, int wheel, int number) {
 bool chooseProfile(const Side& side, int wheel, KvProfile& chosen) {
     if (!QFile::exists(Internal::wheelFile(side.directory, wheel, 1)))
         return false;
-    int most = cutProfile(side, wheel, 1).points.size();
+    int most = Internal::countOf(cutProfile(side, wheel, 1).points);
     int remembered = most > 0 ? 1 : 0;
     for (int k = 2; QFile::exists(Internal::wheelFile(side.directory, wheel, k)); ++k) {
-        const int count = cutProfile(side, wheel, k).points.size();
+        const int count = Internal::countOf(cutProfile(side, wheel, k).points);
         if (count > most) {
             most = count;
             remembered = k + 1;

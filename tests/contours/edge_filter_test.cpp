@@ -46,7 +46,7 @@ TEST(EdgeFilter, FindsTheUpperEdgesOfSteps) {
                               {0.5, 9, -1, 0.1, 0},  {0.5, 9, 9, -0.1, 0}};
     for (const auto& [least, most, gap, angle, count] : rows)
         EXPECT_TRUE(fltEdgePoints(profile, kParams, least, most, gap, angle, result) == count &&
-                    stored(result).size() == count);
+                    static_cast<double>(stored(result).size()) == count);
     fltEdgePoints(profile, kParams, 0.5, 3, 2.5, 0.1, result);
     EXPECT_THAT(stored(result), ElementsAre(QPointF(double(4.1F), 2), QPointF(8, 2)));
     const double tables[][4] = {{1.5, 2.5, 0.1, 6}, {9, 20, 0.1, 2}, {1, NAN, 0.1, 0}, {1, 9, -1, 0}};

@@ -33,7 +33,7 @@ TEST(Segments, SplitAtRisesAndDropShortRuns) {
 QList<int> literalSegments(const KvProfile& p, double Lmax, double Lmin) {
     QList<int> list;
     const auto rise = [&p](int from, int to) { return double(p.points.at(to).y - p.points.at(from).y); };
-    for (int i = 1, size = p.points.size(); i < size; ++i) {
+    for (int i = 1, size = static_cast<int>(p.points.size()); i < size; ++i) {
         const int start = i - 1;
         while (i < size && Lmax > rise(i - 1, i))
             ++i;

@@ -36,7 +36,7 @@ PointCloud cloudOf(const KvProfileZSet& stack, double step) {
     PointCloud cloud;
     for (int i = stack.size() - 1; i >= 0; --i) {  // against the scan, and against the line
         cloud.profiles().append(Profile3D());
-        for (int j = stack.at(i).points.size() - 1; j >= 0; --j)
+        for (int j = static_cast<int>(stack.at(i).points.size()) - 1; j >= 0; --j)
             cloud.profiles().last().append(
                 new Vector3D(stack.at(i).points.at(j).x, float(i * step + 3), stack.at(i).points.at(j).y));
     }

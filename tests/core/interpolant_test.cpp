@@ -15,7 +15,7 @@ static KvPointCloud<KvPointXY> scanLine(TestSupport::Draws& draws, int n, bool g
 // Hermite form in long double, the secants beyond the ends by recursion. Returns value and slope from the
 // left.
 static std::pair<long double, long double> akima(const QList<KvPointXY>& p, long double x) {
-    const int n = p.size();
+    const int n = static_cast<int>(p.size());
     const auto width = [&](int i) { return static_cast<long double>(p[i + 1].x) - p[i].x; };
     const std::function<long double(int)> secant = [&](int i) -> long double {
         if (n > 2 && (i < 0 || i > n - 2))

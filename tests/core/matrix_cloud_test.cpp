@@ -17,7 +17,7 @@ constexpr float kInf = std::numeric_limits<float>::infinity();
 /// A digit is a height, anything else an empty cell.
 KvMatrixCloud grid(const QList<QByteArray>& lines, float origin, float step) {
     KvMatrixCloud matrix;
-    EXPECT_TRUE(matrix.resize(lines.size(), lines.first().size()));
+    EXPECT_TRUE(matrix.resize(static_cast<int>(lines.size()), static_cast<int>(lines.first().size())));
     for (int row = 0; row < matrix.rows; ++row)
         for (int column = 0; column < matrix.columns; ++column)
             if (const char c = lines.at(row).at(column); c >= '0' && c <= '9')

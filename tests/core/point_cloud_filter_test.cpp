@@ -66,7 +66,7 @@ TEST(SparseFilters, EqualTheScanOfAllCells) {
                 cloud.*bounds[draw.integer(0, 5)] = kNaN;
         }
         checkSparse(cloud, draw.chance(0.5) ? 1.0F : static_cast<float>(draw.real(0.6, 4.0)),
-                    draw.chance(0.1) ? cloud.points.size() : draw.integer(-1, 6));
+                    draw.chance(0.1) ? static_cast<int>(cloud.points.size()) : draw.integer(-1, 6));
     }
 }
 
@@ -121,10 +121,10 @@ TEST(ClearEdgeEffect, EqualsTheScanOfAllSlices) {
         Cloud slow = cloud;
         slow.zIndex = cloud.zIndex;
         slow.zIndexBuilt = cloud.zIndexBuilt;
-        touched += cloud.points.size();
+        touched += static_cast<int>(cloud.points.size());
         cloud.clearEdgeEffect(step);
         Literal::clearEdgeEffect(slow, step);
-        touched -= cloud.points.size();
+        touched -= static_cast<int>(cloud.points.size());
         ASSERT_EQ(bitsOf(cloud), bitsOf(slow)) << "round " << round << ", step " << step;
     }
     EXPECT_GT(touched, 200);

@@ -199,7 +199,7 @@ TEST(Sort, EqualsTheExchangeOfNeighbours) {
         const auto first = static_cast<KvSortOrder>(draw.integer(-1, 3));
         const auto second = static_cast<KvSortOrder>(draw.integer(-1, 3));
         cloud.sort(first, second);
-        const int size = slow.size();
+        const int size = static_cast<int>(slow.size());
         if (second == KvSortNone) {
             Literal::bubbleSort(slow, 0, size, x, first == KvSortAscending);
         } else {
@@ -237,7 +237,7 @@ TEST(ZIndex, HoldsTheFirstRunsOwnIndexAndThenTheLastOfTheRunBefore) {
 std::vector<float> betweenEntries(const XYZ& cloud, float zmin, float zmax) {
     const QMap<float, int>& index = cloud.zIndex;
     const auto from = index.lowerBound(zmin), to = index.upperBound(zmax);
-    int first = 0, last = cloud.points.size() - 1;
+    int first = 0, last = static_cast<int>(cloud.points.size()) - 1;
     if (!std::isnan(zmin) && !index.isEmpty())
         first = from == index.end() ? index.last() : *from;
     if (!std::isnan(zmax) && to != index.end())

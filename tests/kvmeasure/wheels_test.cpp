@@ -98,7 +98,7 @@ TEST_F(Wheels, ARecordingCutAnywhereGivesTheWheelsBeforeTheCut) {
         place += 7 + 8 * (static_cast<unsigned char>(bytes[place + 1]) +
                           256 * static_cast<unsigned char>(bytes[place + 2]));
     QDir().mkdir("cut");
-    const int step = bytes.size() / 40;
+    const int step = static_cast<int>(bytes.size()) / 40;
     for (int cut = 1; cut < bytes.size(); cut += step) {
         write("cut/pass_1004.bin", bytes.left(cut));
         const Outcome outcome =

@@ -31,7 +31,7 @@ Points noiseLiteral(const Points& points, int window, int maxJumps, float thresh
 }
 
 Points linePartsLiteral(Points points, int maxParts, float maxCorrelation, float maxGap, int minPoints) {
-    bubbleSort(points, 0, points.size(), xOf, true);
+    bubbleSort(points, 0, static_cast<int>(points.size()), xOf, true);
     QList<KvProfile> parts{KvProfile()};
     for (int i = 0; i + 1 < points.size(); ++i) {
         parts.last().points.append(points[i]);
@@ -67,7 +67,8 @@ TEST(ProfileFilter, MedianEqualsSortingEveryWindow) {
                                                 draws.chance(0.5) ? (wide ? 0.01 : 0.15) : 0, run);
         const int window = wide ? draws.integer(60, 70) : draws.integer(1, 14);
         SCOPED_TRACE(testing::Message() << "round " << round << " window " << window);
-        KvProfile dest = randomProfile(draws, profile.points.size() + draws.integer(0, 3), 0);
+        KvProfile dest =
+            randomProfile(draws, static_cast<int>(profile.points.size()) + draws.integer(0, 3), 0);
         KvProfile expected = dest;
         medianLiteral(profile, expected, window);
         profile.medFilt(dest, window);
@@ -125,11 +126,12 @@ TEST(ProfileFilter, LowPassEqualsTheSumOverItsTapsInPlaceToo) {
         KvProfile inPlace = source;
         inPlace.zebFilter20(gap);
         EXPECT_THAT(inPlace, HasPointsOf(expected));
-        KvProfile dest = levelProfile(source.points.size() + 1);
+        KvProfile dest = levelProfile(static_cast<int>(source.points.size()) + 1);
         source.zebFilter20(dest, gap);
         dest.points.removeLast();
-        EXPECT_THAT(dest,
-                    HasPointsOf(source.points.size() < 20 ? levelProfile(source.points.size()) : expected));
+        EXPECT_THAT(dest, HasPointsOf(source.points.size() < 20
+                                          ? levelProfile(static_cast<int>(source.points.size()))
+                                          : expected));
     }
 }
 
@@ -249,7 +251,7 @@ TEST(ProfileFilter, PolarMeanIsThatOfTheRadiusWithinSteps) {
             radius.push_back(double(p.points.last().x));
         }
         p.toEvklid();
-        const int n = p.points.size(), window = draws.integer(1, n), half = window / 2;
+        const int n = static_cast<int>(p.points.size()), window = draws.integer(1, n), half = window / 2;
         KvProfile smooth = p;
         p.wndFilterPolar(smooth, 2.5F, window, round % 4);
         QVector<int> run(radius.size());

@@ -94,13 +94,14 @@ TEST(ProfileOrder, SortAndDuplicatesEqualTheirLiteralForms) {
         KvProfile expected = profile;
         const KvSortOrder order = draws.chance(0.5) ? KvSortAscending : KvSortNone;
         sorted.sortByY(order);
-        bubbleSort(expected.points, 0, expected.points.size(), yOf, order == KvSortAscending);
+        bubbleSort(expected.points, 0, static_cast<int>(expected.points.size()), yOf,
+                   order == KvSortAscending);
         EXPECT_THAT(sorted, HasPointsOf(expected));
 
         KvProfile unique = profile;
         expected = profile;
         for (int i = 0; i < expected.points.size(); ++i) {
-            for (int k = expected.points.size() - 1; k > i; --k) {
+            for (int k = static_cast<int>(expected.points.size()) - 1; k > i; --k) {
                 if (expected.points[k].x == expected.points[i].x)
                     expected.points.removeAt(k);
             }

@@ -21,7 +21,7 @@ void checkRecord(const Profile& three, const QByteArray& head) {
     ASSERT_TRUE(file.open(QIODevice::ReadWrite) && three.writeToFile(file) && file.flush());
     const QByteArray whole = scratch.read("record");
     ASSERT_EQ(whole.toHex(), head + "0000803f000000c000004040000080400000a0400000c040");
-    const int headSize = head.size() / 2;
+    const int headSize = static_cast<int>(head.size()) / 2;
     for (int cut = 0; cut <= whole.size(); ++cut) {
         ASSERT_TRUE(file.seek(0) && file.write("xy" + whole) > 0 && file.resize(2 + cut));
         const int complete = cut < headSize ? 0 : (cut - headSize) / 8;

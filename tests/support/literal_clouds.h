@@ -33,7 +33,7 @@ template <class T>
 int removeIndeces(QList<T>& points, QList<int> indices) {
     std::sort(indices.begin(), indices.end());
     int count = 0;
-    for (int i = indices.size() - 1; i >= 0 && !(points.isEmpty() && count == 0); --i) {
+    for (int i = static_cast<int>(indices.size()) - 1; i >= 0 && !(points.isEmpty() && count == 0); --i) {
         if (indices.at(i) >= points.size())
             continue;
         ++count;
@@ -98,7 +98,7 @@ inline void clearEdgeEffect(Cloud& cloud, float step) {
         const float from = minZ + static_cast<float>(i) * step;
         cloud.extract(slab, none, none, none, none, from, from + step, false);
         const auto& p = slab.points;
-        const int size = p.size();
+        const int size = static_cast<int>(p.size());
         int top = -1;
         for (int k = 0; k < size; ++k)
             if (!std::isnan(p.at(k).y) && (top < 0 || p.at(k).y >= p.at(top).y))
@@ -141,7 +141,7 @@ inline int readXYZ(QFile& file, Cloud& cloud) {
     }
     if (!good)
         file.seek(start);
-    return good ? cloud.points.size() : -1;
+    return good ? static_cast<int>(cloud.points.size()) : -1;
 }
 
 }  // namespace TestSupport::Literal

@@ -100,7 +100,8 @@ inline HullPoints literalPseudoHull(const HullPoints& points, double reach, int 
     while (limit < 1 || hull.size() < limit) {
         const HullPoint at = hull.last();
         const bool isSecond = hull.size() == 1;
-        const HullPoint from = hull.at(std::max(0, hull.size() - 2)), way(from.x - at.x, from.y - at.y);
+        const HullPoint from = hull.at(std::max(0, static_cast<int>(hull.size()) - 2)),
+                        way(from.x - at.x, from.y - at.y);
         const double length = std::sqrt(way.x * way.x + way.y * way.y);
         std::vector<Choice> choices;
         for (const HullPoint& p : points) {

@@ -50,7 +50,7 @@ Codes codesOf(const TSLinesIndecies& indices) {
 std::vector<Codes> byNestedLoops(QList<LinePP>& lines, const TSTemplate& templ, bool allowReversed) {
     std::vector<LinePP> found(lines.begin(), lines.end());
     std::vector<Codes> all;
-    const int end = 2 * lines.size();
+    const int end = 2 * static_cast<int>(lines.size());
     const int step = allowReversed ? 1 : 2;
     for (int a = 0; a < end; a += step) {
         for (int b = 0; b < end; b += step) {
@@ -93,7 +93,7 @@ TEST(FindTemplate, FindsWhatNestedLoopsFind) {
         for (const TSLinesIndecies& indices : results)
             found.push_back(codesOf(indices));
         EXPECT_EQ(found, byNestedLoops(lines, templ, allowReversed));
-        total += results.size();
+        total += static_cast<int>(results.size());
     }
     EXPECT_GT(total, 500);
 }

@@ -47,7 +47,8 @@ TEST(TemplateDocument, ComesBackWholeAndMissingTextsAreEmpty) {
 TEST(TemplateDocument, BothPartsAreRequiredAndBothAreTriedUnlessItIsNoMap) {
     Document d;
     const auto sizes = [&d] {
-        return std::pair(d.templ.getAllConstraints().size(), d.measurements.getAllMeasurements().size());
+        return std::pair<int, int>(d.templ.getAllConstraints().size(),
+                                   d.measurements.getAllMeasurements().size());
     };
     for (const QVariant& bad : {QVariant(), QVariant("text"), QVariant(QVariantList{saved()})}) {
         EXPECT_FALSE(d.load(bad));

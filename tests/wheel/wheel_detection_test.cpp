@@ -155,8 +155,8 @@ TEST_F(WheelDetection, FollowsItsStepsWithAnySettings) {
         for (const QString& choice : choices) {
             const QStringList words = choice.split(' ');
             settings.remove(words[0]);
-            if (draws.chance(0.2 * words.size() - 0.2))
-                settings.setValue(words[0], words[draws.integer(1, words.size() - 1)]);
+            if (draws.chance(0.2 * static_cast<double>(words.size()) - 0.2))
+                settings.setValue(words[0], words[draws.integer(1, static_cast<int>(words.size()) - 1)]);
         }
         QList<KvProfile> records;
         QFile file("post_100.bin");

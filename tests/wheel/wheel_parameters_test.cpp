@@ -71,7 +71,7 @@ std::vector<double> literalValues(const QList<KvPointXY>& p, QList<KvPointXY>& p
     const auto mark = [&](double atX, double depth) {
         places.append({static_cast<float>(atX), static_cast<float>(depth)});
     };
-    const int end = p.size() - 2;
+    const int end = static_cast<int>(p.size()) - 2;
     int top = 0;
     for (int i = 1; p.size() >= 4 && i <= end; ++i)
         top = y(i) > 0 && (top == 0 || y(i) < y(top)) ? i : top;
