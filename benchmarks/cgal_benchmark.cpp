@@ -96,7 +96,7 @@ void BM_Outline(benchmark::State& state) {
     QList<int> indices;
     for (auto _ : state)
         benchmark::DoNotOptimize(KvMath::getCoinHull(points, kCoin, indices));
-    state.counters["corners"] = indices.size() - 1;
+    state.counters["corners"] = static_cast<double>(indices.size()) - 1;
     countPoints(state);
 }
 
@@ -155,7 +155,7 @@ void BM_ConvexOutline(benchmark::State& state) {
     for (auto _ : state)
         benchmark::DoNotOptimize(
             KvMath::getCoinHull(points, std::numeric_limits<double>::infinity(), indices));
-    state.counters["corners"] = indices.size() - 1;
+    state.counters["corners"] = static_cast<double>(indices.size()) - 1;
     countPoints(state);
 }
 

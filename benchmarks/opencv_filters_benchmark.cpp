@@ -22,7 +22,7 @@ using Peers::sizeOf;
 using Peers::sizes;
 
 cv::Mat rowOf(const KvProfile& profile) {
-    cv::Mat row(1, profile.points.size(), CV_32F);
+    cv::Mat row(1, static_cast<int>(profile.points.size()), CV_32F);
     for (int i = 0; i < profile.points.size(); ++i)
         row.at<float>(i) = profile.points[i].y;
     return row;

@@ -163,7 +163,7 @@ void BM_Neighbours(benchmark::State& state) {
     if (neighbours.refuses(state))
         return;
     const KvMath::KvProfile input = line(sizeOf(state));
-    int kept = 0;
+    auto kept = input.points.size();
     for (auto _ : state) {
         KvMath::KvProfile profile = input;
         profile.removeNoisyPoints(1.0F, 5);

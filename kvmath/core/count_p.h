@@ -8,8 +8,8 @@
 
 namespace KvMath::Internal {
 
-/// The length in int, as the public functions count. A longer list, of 16 GB at least, is used up to the
-/// largest int.
+/// The length in int, as the public functions count. Longer lists, of 16 GB at least, are out of range; this
+/// gives the largest int for them.
 template <class List>
 int countOf(const List& list) {
     return static_cast<int>(std::min<qsizetype>(list.size(), std::numeric_limits<int>::max()));
