@@ -42,7 +42,7 @@ bool checkAndRemember(LinePP* lines, int* assignment, int level, void* data) {
         return true;
     if (level < farthest->level)
         return false;
-    const int refusals = refusing(*farthest->wanted, lines, assignment, level).size();
+    const int refusals = static_cast<int>(refusing(*farthest->wanted, lines, assignment, level).size());
     if (level > farthest->level || refusals < farthest->refusals) {
         farthest->level = level;
         farthest->refusals = refusals;
@@ -114,7 +114,8 @@ QString nearMiss(Segments& segments, const TemplateFile& file, bool allowReverse
     Farthest farthest;
     farthest.wanted = &file.lines;
     int* codes = nullptr;
-    templateSearch(flat.data(), flat.size(), lines, checkAndRemember, &farthest, nullptr, nullptr,
+    templateSearch(flat.data(), static_cast<int>(flat.size()), lines, checkAndRemember, &farthest, nullptr,
+                   nullptr,
                    /*findBest=*/false, allowReversed, codes);
     const std::unique_ptr<int[]> owner(codes);
     if (farthest.level < 0)

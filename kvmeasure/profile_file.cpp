@@ -293,7 +293,7 @@ bool PointFile::nextRow(KvPointXY& point) {
                     .arg(fields.size())
                     .arg(needed)
                     .arg(shown(line.trimmed())));
-        refuseDecimalCommas(line, fields.size());
+        refuseDecimalCommas(line, static_cast<int>(fields.size()));
         bool isX = false;
         bool isY = false;
         point.x = field(fields, xColumn_, isX);

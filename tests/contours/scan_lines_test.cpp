@@ -91,7 +91,7 @@ TEST(ScanLines, MeetOnlyWithinReach) {
             EXPECT_TRUE(std::isfinite(a.p2.x) && std::isfinite(a.p2.y));
             joined += a.p2.x == b.p1.x && a.p2.y == b.p1.y;
         }
-        EXPECT_TRUE(lines.size() == count && joined == corners)
+        EXPECT_TRUE(static_cast<int>(lines.size()) == count && joined == corners)
             << l1 << ' ' << r1 << ": " << lines.size() << ' ' << joined;
     }
 }
