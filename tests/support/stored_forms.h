@@ -50,8 +50,8 @@ private:
     qint64 room_;
 };
 
-/// The record is `hex` (blanks allowed), is read back from exactly these bytes, and from no fewer, and does not
-/// fit into fewer. `fresh()` makes an object to load into.
+/// The record is `hex` (blanks allowed), is read back from exactly these bytes, and from no fewer, and does
+/// not fit into fewer. `fresh()` makes an object to load into.
 template <class T, class Make>
 void checkRecord(T& object, const QByteArray& hex, Make fresh) {
     const QByteArray bytes = recordOf(object);
