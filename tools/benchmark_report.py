@@ -8,12 +8,14 @@ usage: benchmark_report.py RESULTS [--least N] [--tables]    the document; only 
 RESULTS holds <program>.json (timed), <program>_memory.json (counted allocations), machine.json and commands.txt.
 
 The text is Markdown with a few additions. {{machine}} stands for what was measured where, {{repetitions}} for how often.
-A block ```table SIZES is a table of lines; ```matrix ROWS COLUMNS one of times. Every line has a name and indented keys:
+A block ```table SIZES is a table of lines; ```matrix ROWS COLUMNS one of times. ```table SIZES: TITLE gives the column of
+the library a title of its own. Every line has a name and indented keys:
 
     `medFilt`, window of 5
         time: profile BM_MedFilt/window:5        program and name of the benchmark; * stands for the sizes
         plain pass: cycle BM_PlainPass           what it stands beside; "peer NAME:" for a peer, "part NAME:" for a part of
-                                                 a peer's work, which is shown and not judged
+                                                 a peer's work, which is shown and not judged, "build NAME:" for the
+                                                 library itself, built otherwise
         only: 1000 1000000                       sizes that are shown; all, unless told
         fit: 1000                                least size that counts for the growth
         goal: 62.5 us                            what a host needs
@@ -32,7 +34,8 @@ import sys
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 UNITS = {"ns": 1e-9, "us": 1e-6, "µs": 1e-6, "ms": 1e-3, "s": 1.0}
 LEVEL = 1.05  # ratios below this are called level
-PEERS = ("libbenchmark-dev", "libeigen3-dev", "libgsl-dev", "libpcl-dev", "libopencv-dev", "libcgal-dev")
+LIBRARIES = ("qtbase5-dev", "qt6-base-dev", "libbenchmark-dev", "libeigen3-dev", "libgsl-dev", "libpcl-dev", "libopencv-dev",
+             "libcgal-dev")
 
 
 class Run:
@@ -139,6 +142,9 @@ def verdict(row, own, others):
         parts.append(f"takes {times_text(ratio) if ratio >= 0.95 else f'{ratio:.2f}'} plain passes")
     if others.get("plain form"):
         parts.append(against(own.time, others["plain form"].time, "the plain form"))
+    for key, run in others.items():
+        if run and key.startswith("build "):
+            parts.append(against(own.time, run.time, f"the build {title(key)}"))
     peers = {key: run for key, run in others.items() if run and key.startswith("peer ")}
     if peers:
         best = min(peers, key=lambda key: peers[key].time)
@@ -166,15 +172,15 @@ def exponent(pairs):
 # ---- Tables
 
 COMPARED = ("plain pass", "plain form")
-KEY = re.compile(r"(time|plain pass|plain form|peer [^:]+|part [^:]+|only|fit|goal|item|why|[A-Za-z ]+ from): +(.*)")
+KEY = re.compile(r"(time|plain pass|plain form|(?:peer|part|build) [^:]+|only|fit|goal|item|why|[A-Za-z ]+ from): +(.*)")
 
 
 def is_compared(key):
-    return key in COMPARED or key.startswith(("peer ", "part "))
+    return key in COMPARED or key.startswith(("peer ", "part ", "build "))
 
 
 def title(key):
-    return key.removeprefix("peer ").removeprefix("part ")
+    return re.sub("^(peer|part|build) ", "", key)
 
 
 def rows_of(block):
@@ -223,8 +229,10 @@ def growth_line(row, own, others):
 
 
 class Table:
-    def __init__(self, sizes, rows):
-        self.rows, self.sizes = rows, sizes
+    def __init__(self, head, rows):
+        self.rows = rows
+        self.sizes, _, own = head.partition(": ")
+        self.own = own or "KvMath"
         keys = list(dict.fromkeys(key for row in rows for key in row if is_compared(key)))
         self.compared = sorted(keys, key=lambda key: COMPARED.index(key) if key in COMPARED else len(COMPARED))
         self.extra = list(dict.fromkeys(key for row in rows for key in row if key.endswith(" from")))
@@ -267,7 +275,7 @@ class Table:
         return three_digits(ratio) if ratio >= 10 else f"{ratio:.2g}" if ratio < 0.1 else f"{ratio:.2f}"
 
     def text(self):
-        head = ["operation"] + ([self.sizes] if self.sizes else []) + ["KvMath"]
+        head = ["operation"] + ([self.sizes] if self.sizes else []) + [self.own]
         head += [title(key) for key in self.compared] + [key.removesuffix(" from") for key in self.extra]
         head += ["allocations", "peak bytes", "in words"]
         rule = "|---|" + "---:|" * (len(head) - 2) + "---|"
@@ -334,9 +342,7 @@ def describe(build):
     compiling = next((line for line in commands if line.endswith("cycle_benchmark.cpp")), "")
     flags = [flag for flag in compiling.split() if re.match(r"-(O|f|m|std=)", flag) or flag == "-DNDEBUG"]
     changed = output("git", "status", "--porcelain", "--", ".", ":!docs/benchmarks.md")
-    qt = "qt6-base-dev" if "Qt6Core_DIR" in (build / "CMakeCache.txt").read_text(encoding="utf-8") else "qtbase5-dev"
-    versions = [output("dpkg-query", "-W", "-f", "${Status} ${Package} ${source:Upstream-Version}", name)
-                for name in (qt, *PEERS)]
+    versions = [output("dpkg-query", "-W", "-f", "${Status} ${Package} ${source:Upstream-Version}", name) for name in LIBRARIES]
     load = field("/proc/loadavg", r"^(\S+)")
     memory = int(field("/proc/meminfo", r"^MemTotal:\s+(\d+)") or 0) / 1e6
     return {
@@ -391,15 +397,18 @@ def self_test():
 
     runs = {f"a {name}": Run(rows(name, times)) for name, times in {
         "Own/10": [1, 2, 9], "Own/100": [20] * 3, "Own/1000": [200] * 3, "Peer/10": [4] * 3, "Peer/1000": [100] * 3,
-        "Slow/10": [2000], "Grid/2/3": [5] * 3}.items()}
+        "Slow/10": [2000], "Grid/2/3": [5] * 3, "Other/10": [24] * 3, "Other/100": [20] * 3}.items()}
     text = ("prose stays\n```table points\nlabel\n  time: a Own/*\n  plain form: a Slow/*\n  peer P: a Peer/*\n  why: reason\n"
-            "    goes on\nnone\n  time: a Missing\n```\n```matrix m n\nx\n  time: a Grid/{row}/{column}\n```\n")
+            "    goes on\nnone\n  time: a Missing\n```\n```matrix m n\nx\n  time: a Grid/{row}/{column}\n```\n"
+            "```table points: on B\nmoved\n  time: a Own/*\n  build on A: a Other/*\n  peer P: a Peer/*\n  only: 10 100\n```\n")
     made = document(text, runs, [])
     for expected in ("prose stays\n| operation | points | KvMath | plain form | P |",
                      "| label | 10 | 2.00 µs | 2.00 ms once (0.001) | 4.00 µs (0.50) |  |  | 1,000 times as fast as the plain form, "
                      "2.0 times as fast as P. |", "|  | 1,000 | 200 µs |  | 100 µs (2.00) |  |  | Behind P by 2.0 times. |",
                      "|  | growth | n^1.00 |  |  |  |  | Grows as n^1.00; reason goes on. |",
-                     "| none |  | absent |", "| 2 | 5.00 µs |  |"):
+                     "| none |  | absent |", "| 2 | 5.00 µs |  |", "| operation | points | on B | on A | P |",
+                     "| moved | 10 | 2.00 µs | 24.0 µs (0.083) | 4.00 µs (0.50) |  |  | 12 times as fast as the build on A, 2.0 times "
+                     "as fast as P. |", "|  | 100 | 20.0 µs | 20.0 µs (1.00) |  |  |  | Level with the build on A. |"):
         assert expected in made, f"not found: {expected}\nin:\n{made}"
     print("benchmark_report: tables, verdicts and growth as expected")
 
