@@ -7,6 +7,10 @@
 // matter. A box is refused when no point in it can be met within the turn of the best one so far. While the
 // coin turns by theta <= pi about P it covers Q = P + q only if q . u >= |q|^2 / 2R for a direction u on the
 // way; directions on the way differ from the middle one by at most 2 sin(theta / 4).
+//
+// A coin so large that its edge is a straight line walks around the convex hull. Points well inside a polygon
+// of eight outermost ones are left out first (S. G. Akl, G. T. Toussaint 1978): seen from a point of the hull
+// they lie behind the next one by an angle that rounding does not reach.
 
 #include <kvmath/contours/hull.h>
 #include <kvmath/contours/plane_tree_p.h>
@@ -29,6 +33,9 @@ constexpr double kNotFarther = 1 + 1e-14;  // of squares whose roots may be equa
 constexpr double kTiny = 1e-140;           // mm; squares of shorter lengths lose digits
 constexpr double kUnitError = 1e-13;       // of the squared length of a direction
 constexpr double kUnset = std::numeric_limits<double>::quiet_NaN();
+constexpr double kStraight = 1e8;     // extents of the points in the radius of a coin with a straight edge
+constexpr double kWellInside = 1e-6;  // extents of the points from the edge of a polygon
+constexpr double kLeastExtent = 1e-100, kMostExtent = 1e100;  // mm; products stay in range
 
 double dot(const PlanePoint& a, const PlanePoint& b) { return a.x * b.x + a.y * b.y; }
 double cross(const PlanePoint& a, const PlanePoint& b) { return a.x * b.y - a.y * b.x; }
@@ -183,6 +190,58 @@ private:
     bool mayRefuse_ = false;
 };
 
+using Places = std::vector<PlaneTree::Place>;
+
+/// The outermost places in eight directions, counter-clockwise from the right.
+std::array<PlanePoint, 8> outermost(const Places& places) {
+    std::array<PlanePoint, 8> corners;
+    corners.fill(places.front().p);
+    for (const PlaneTree::Place& place : places) {
+        const double x = place.p.x, y = place.p.y;
+        const auto widen = [&place](PlanePoint& corner, bool isFarther) {
+            if (isFarther)
+                corner = place.p;
+        };
+        widen(corners[0], x > corners[0].x);
+        widen(corners[1], x + y > corners[1].x + corners[1].y);
+        widen(corners[2], y > corners[2].y);
+        widen(corners[3], y - x > corners[3].y - corners[3].x);
+        widen(corners[4], x < corners[4].x);
+        widen(corners[5], x + y < corners[5].x + corners[5].y);
+        widen(corners[6], y < corners[6].y);
+        widen(corners[7], x - y > corners[7].x - corners[7].y);
+    }
+    return corners;
+}
+
+/// Leaves out what a coin of radius `R` around all places cannot touch, if its edge is straight.
+void dropInside(Places& places, double R) {
+    if (places.empty())
+        return;
+    const std::array<PlanePoint, 8> corners = outermost(places);
+    const double extent = std::max(corners[0].x - corners[4].x, corners[2].y - corners[6].y);
+    if (!(R >= kStraight * extent && extent > kLeastExtent && extent < kMostExtent))
+        return;
+    struct Edge {
+        PlanePoint from, way;
+        double least;  ///< product with the way to a place that is well inside
+    };
+    std::vector<Edge> edges;
+    for (std::size_t i = 0; i < corners.size(); ++i) {
+        const PlanePoint& to = corners[(i + 1) % corners.size()];
+        const PlanePoint way(to.x - corners[i].x, to.y - corners[i].y);
+        const double length = std::sqrt(dot(way, way));
+        if (length > 0)
+            edges.push_back({corners[i], way, kWellInside * extent * length});
+    }
+    const auto isWellInside = [&edges](const PlaneTree::Place& place) {
+        return std::all_of(edges.begin(), edges.end(), [&place](const Edge& edge) {
+            return cross(edge.way, {place.p.x - edge.from.x, place.p.y - edge.from.y}) > edge.least;
+        });
+    };
+    places.erase(std::remove_if(places.begin(), places.end(), isWellInside), places.end());
+}
+
 }  // namespace
 
 bool getCoinHull(const QList<KvVector2D<double>>& points, double R, QList<int>& indices) {
@@ -194,7 +253,9 @@ bool getCoinHull(const QList<KvVector2D<double>>& points, double R, QList<int>& 
     indices.append(first);
     if (n == 1)
         return true;
-    const PlaneTree tree(points);
+    Places places = PlaneTree::finitePlaces(points);
+    dropInside(places, R);
+    const PlaneTree tree(std::move(places));
     Coin coin(tree, R, points.at(first));
     PlanePoint second;
     while (true) {

@@ -27,6 +27,7 @@ namespace KvMath {
 /// (n + h) log n for h indices, however the points lie together, on straight lines too. Only a hollow arc
 /// larger than the coin by a share e of its radius, which the coin rolls along inside, takes 1 / sqrt(e)
 /// boxes, at most all, in each step.
+/// From a radius of 1e8 extents of the points on, those well inside do not enter the tree at all.
 KVMATH_EXPORT bool getCoinHull(const QList<KvVector2D<double>>& points, double R, QList<int>& indices);
 
 /// Outline by the sharpest turn to the outside: from the lowest point (of equally low ones that of least x)

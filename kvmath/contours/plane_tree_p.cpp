@@ -22,13 +22,18 @@ int lowestPoint(const QList<PlanePoint>& points) {
     return lowest;
 }
 
-PlaneTree::PlaneTree(const QList<PlanePoint>& points) {
-    places_.reserve(static_cast<size_t>(points.size()));
+std::vector<PlaneTree::Place> PlaneTree::finitePlaces(const QList<PlanePoint>& points) {
+    std::vector<Place> places;
+    places.reserve(static_cast<size_t>(points.size()));
     for (int i = 0; i < points.size(); ++i) {
         const PlanePoint& p = points.at(i);
         if (std::isfinite(p.x) && std::isfinite(p.y))
-            places_.push_back({p, i});
+            places.push_back({p, i});
     }
+    return places;
+}
+
+PlaneTree::PlaneTree(std::vector<Place> places) : places_(std::move(places)) {
     // Each place once: the first index stands for all.
     std::sort(places_.begin(), places_.end(), [](const Place& a, const Place& b) {
         if (a.p.x != b.p.x)

@@ -74,7 +74,9 @@ public:
         int first, last;  ///< places first ... last - 1
     };
 
-    explicit PlaneTree(const QList<PlanePoint>& points);
+    explicit PlaneTree(const QList<PlanePoint>& points) : PlaneTree(finitePlaces(points)) {}
+    explicit PlaneTree(std::vector<Place> places);
+    static std::vector<Place> finitePlaces(const QList<PlanePoint>& points);
 
     int nodes() const { return static_cast<int>(nodes_.size()); }
     const Node& node(int i) const { return nodes_[static_cast<size_t>(i)]; }
