@@ -98,8 +98,9 @@ BallLists::BallLists(const QList<KvPointXYZ>& points, const CellEdges& x, const 
                     const float distance = std::sqrt(inX.square + inY.square + inZ.square);
                     if (!(static_cast<double>(distance) <= reach))
                         continue;
-                    memberships.push_back({row + inZ.index, i});
-                    ++first_[static_cast<std::size_t>(row + inZ.index)];
+                    const int ball = row + inZ.index;
+                    memberships.push_back({ball, i});
+                    ++first_[static_cast<std::size_t>(ball)];
                 }
             }
         }
