@@ -1,16 +1,14 @@
-// The numerics beside Eigen and GSL, where those are installed: the same problem, the same data, one thread.
+// Singular values, least squares and planes beside Eigen and GSL, where those are installed: the same
+// matrices, one thread, results compared before anything is timed. Searches and curves have files of their
+// own.
 //
 // The peers work in full double precision, column by column (Eigen) or row by row (GSL); svdcmp keeps its
 // prescribed rotations. Inputs are restored within the measured loop on all sides, and small problems change
 // from round to round: the processor would learn the branches of a single one by heart.
 
-#include <kvmath/numerics/circle_fitting.h>
-#include <kvmath/numerics/curves.h>
+#include <benchmarks/numerics_peers.h>
 #include <kvmath/numerics/fitting.h>
-#include <kvmath/numerics/optimisers.h>
-#include <kvmath/numerics/savitzky_golay.h>
 #include <kvmath/numerics/svd.h>
-#include <tests/support/random_data.h>
 
 #include <benchmark/benchmark.h>
 
@@ -19,56 +17,48 @@
 #include <Eigen/SVD>
 #endif
 #ifdef KVMATH_HAS_GSL
-#include <gsl/gsl_fit.h>
 #include <gsl/gsl_linalg.h>
 #include <gsl/gsl_multifit.h>
-#include <gsl/gsl_multimin.h>
-#include <gsl/gsl_spline.h>
 #endif
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <functional>
 #include <utility>
 #include <vector>
 
 namespace {
 
-using Values = std::vector<double>;
+using namespace Peers;
 
-Values normals(std::size_t count) {
-    TestSupport::Draws draws(7);
-    Values values(count);
-    for (double& value : values)
-        value = draws.normal(1.0);
-    return values;
-}
-
-std::size_t size(const benchmark::State& state, std::size_t i) {
-    return static_cast<std::size_t>(state.range(i));
-}
-
-constexpr std::size_t kPool = 64;
-
-/// One of kPool stretches of `size` numbers after the other.
-class Pool {
-public:
-    Pool(Values values, std::size_t size) : values_(std::move(values)), size_(size) {}
-    explicit Pool(std::size_t size) : Pool(normals(kPool * size), size) {}
-    const double* next() {
-        at_ = at_ + 2 * size_ <= values_.size() ? at_ + size_ : 0;
-        return values_.data() + at_;
-    }
-
-private:
-    Values values_;
-    std::size_t size_;
-    std::size_t at_ = 0;
-};
+// svdcmp takes the lengths of its rotations in single precision, by design, and so does what is built on it:
+// U and V are orthonormal, W right and U W V^T the matrix to a few roundings of float (6e-8 each; 9e-8 of the
+// largest value occurs).
+constexpr double kSingle = 3e-7;
+// The peers round doubles only (2.4e-15 occurs).
+[[maybe_unused]] constexpr double kDouble = 2e-14;
 
 void shapes(benchmark::internal::Benchmark* b) {
     for (const auto& shape : {std::pair(3, 3), {6, 6}, {20, 6}, {100, 10}, {1000, 3}})
         b->Args({shape.first, shape.second});
 }
+
+/// Times Problem(m, n).run(matrix).
+template <typename Problem>
+void time(benchmark::State& state, ComparisonOf<std::size_t, std::size_t>& comparison) {
+    if (comparison.refuses(state))
+        return;
+    const auto m = static_cast<std::size_t>(state.range(0));
+    const auto n = static_cast<std::size_t>(state.range(1));
+    Problem problem(m, n);
+    Pool source = matrices(m, n, Problem::kLayout);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(problem.run(source.next()));
+}
+
+// ---- Singular values. A class for each library: run returns the values, null when they do not converge;
+// u(row, column) and v(row, column) are the vectors then.
 
 // Unit-offset rows over one block.
 struct Rows {
@@ -80,340 +70,304 @@ struct Rows {
     std::vector<double*> rows;
 };
 
-void BM_Svd(benchmark::State& state) {
-    const std::size_t m = size(state, 0);
-    const std::size_t n = size(state, 1);
-    Rows a(m, n);
-    Rows v(n, n);
-    Values w(n + 1);
-    Pool source(a.block.size());
-    for (auto _ : state) {
-        std::copy_n(source.next(), a.block.size(), a.block.begin());
-        benchmark::DoNotOptimize(
-            KvMath::svdcmp(a.rows.data(), static_cast<int>(m), static_cast<int>(n), w.data(), v.rows.data()));
+class OwnSvd {
+public:
+    static constexpr Layout kLayout = Layout::kUnitOffset;
+    OwnSvd(std::size_t m, std::size_t n)
+        : m_(static_cast<int>(m)), n_(static_cast<int>(n)), a_(m, n), v_(n, n), w_(n + 1) {}
+    const double* run(const double* matrix) {
+        std::copy_n(matrix, a_.block.size(), a_.block.begin());
+        return KvMath::svdcmp(a_.rows.data(), m_, n_, w_.data(), v_.rows.data()) ? w_.data() + 1 : nullptr;
     }
-}
-BENCHMARK(BM_Svd)->Apply(shapes);
+    double u(std::size_t row, std::size_t column) const { return a_.rows[row + 1][column + 1]; }
+    double v(std::size_t row, std::size_t column) const { return v_.rows[row + 1][column + 1]; }
 
-void BM_LeastSquares(benchmark::State& state) {
-    const std::size_t m = size(state, 0);
-    const std::size_t n = size(state, 1);
-    Pool a(m * n);
-    const Values b = normals(m);
-    Values x(n);
-    for (auto _ : state)
-        benchmark::DoNotOptimize(KvMath::svdLeastSquares(a.next(), b.data(), static_cast<int>(m),
-                                                         static_cast<int>(n), 1e-12, x.data()));
-}
-BENCHMARK(BM_LeastSquares)->Apply(shapes);
-
-Pool planePoints(std::size_t count) {
-    Values xyz = normals(3 * count * (count <= 1000 ? kPool : 1));
-    for (std::size_t i = 0; i < xyz.size(); i += 3)
-        xyz[i + 2] = 0.01 * xyz[i + 2] + 0.5 * xyz[i];
-    return {std::move(xyz), 3 * count};
-}
-
-void BM_Plane(benchmark::State& state) {
-    Pool xyz = planePoints(size(state, 0));
-    double p[4];
-    for (auto _ : state)
-        benchmark::DoNotOptimize(KvMath::planeFitting(xyz.next(), static_cast<int>(state.range(0)), p));
-}
-BENCHMARK(BM_Plane)->RangeMultiplier(10)->Range(10, 1'000'000);
-
-void BM_Line(benchmark::State& state) {
-    const Values x = normals(size(state, 0));
-    const Values y = normals(size(state, 0));
-    double c[2];
-    for (auto _ : state) {
-        KvMath::lineFitting(x.data(), y.data(), static_cast<int>(state.range(0)), c);
-        benchmark::DoNotOptimize(c);
-    }
-}
-BENCHMARK(BM_Line)->Arg(100)->Arg(10'000);
-
-double rosenbrock(double x, double y) { return 100.0 * (y - x * x) * (y - x * x) + (1.0 - x) * (1.0 - x); }
-
-void BM_Rosenbrock(benchmark::State& state) {
-    int evaluations = 0;
-    for (auto _ : state) {
-        double x[] = {-1.2, 1.0};
-        KvMath::fminsearch([](double* p, void*) { return rosenbrock(p[0], p[1]); }, nullptr, 2, x, nullptr,
-                           1e-8, 1000, evaluations);
-        benchmark::DoNotOptimize(x);
-    }
-    state.counters["evaluations"] = evaluations;
-}
-BENCHMARK(BM_Rosenbrock);
-
-std::vector<KvMath::KvVector2D<double>> circlePoints(std::size_t count) {
-    const Values noise = normals(count);
-    std::vector<KvMath::KvVector2D<double>> points;
-    for (std::size_t i = 0; i < count; ++i) {
-        const double angle = 0.01 * static_cast<double>(i);
-        const double radius = 5.0 + 0.02 * noise[i];
-        points.emplace_back(1.0 + radius * std::cos(angle), 2.0 + radius * std::sin(angle));
-    }
-    return points;
-}
-
-void BM_Circle(benchmark::State& state) {
-    const auto points = circlePoints(size(state, 0));
-    KvMath::KvVector2D<double> centre;
-    double radius = 0.0;
-    for (auto _ : state)
-        benchmark::DoNotOptimize(KvMath::circleFitting(points.data(), static_cast<int>(state.range(0)),
-                                                       centre, radius, 1e-8, 1000));
-}
-BENCHMARK(BM_Circle)->Arg(100)->Arg(1000);
-
-void BM_SavitzkyGolay(benchmark::State& state) {
-    Values coeffs(101);
-    for (auto _ : state)
-        benchmark::DoNotOptimize(
-            KvMath::SavitzkyGolay1dCoefficients(coeffs.data(), static_cast<int>(state.range(0)), 50, 0));
-}
-BENCHMARK(BM_SavitzkyGolay)->Arg(2)->Arg(4);
-
-constexpr int kKnots = 1000;
-
-struct Knots {
-    Knots() : y(normals(kKnots)) {
-        for (int i = 0; i < kKnots; ++i)
-            x.push_back(i + 0.3 * std::sin(i));
-        const Values picks = normals(1024);
-        for (const double pick : picks)
-            places.push_back(500.0 + 100.0 * pick);
-    }
-    Values x, y, places;
+private:
+    int m_, n_;
+    Rows a_, v_;
+    Values w_;
 };
-
-struct SplineRows {
-    SplineRows() : block(4 * kKnots) {
-        for (std::size_t k = 0; k < kKnots; ++k)
-            rows.push_back(block.data() + 4 * k);
-    }
-    Values block;
-    std::vector<double*> rows;
-};
-
-void BM_Spline(benchmark::State& state) {
-    const Knots knots;
-    SplineRows table;
-    for (auto _ : state) {
-        KvMath::cubicInterpolation(kKnots, knots.x.data(), knots.y.data(), 0.0, 0.0, table.rows.data());
-        benchmark::ClobberMemory();
-    }
-}
-BENCHMARK(BM_Spline);
-
-void BM_SplineValue(benchmark::State& state) {
-    const Knots knots;
-    SplineRows table;
-    KvMath::cubicInterpolation(kKnots, knots.x.data(), knots.y.data(), 0.0, 0.0, table.rows.data());
-    std::size_t i = 0;
-    for (auto _ : state)
-        benchmark::DoNotOptimize(KvMath::getCubicInterpolatedValue(knots.places[i++ % 1024], kKnots,
-                                                                   knots.x.data(), table.rows.data()));
-}
-BENCHMARK(BM_SplineValue);
 
 #ifdef KVMATH_HAS_EIGEN
 using Dense = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic>;
 constexpr unsigned kThin = Eigen::ComputeThinU | Eigen::ComputeThinV;
 
-Eigen::Map<const Dense> asMatrix(const double* v, const benchmark::State& state) {
-    return {v, state.range(0), state.range(1)};
-}
+Eigen::Index indexOf(std::size_t i) { return static_cast<Eigen::Index>(i); }
 
-void BM_SvdEigen(benchmark::State& state) {
-    Pool source(size(state, 0) * size(state, 1));
-    Eigen::JacobiSVD<Dense> svd(state.range(0), state.range(1), kThin);
-    for (auto _ : state)
-        benchmark::DoNotOptimize(svd.compute(asMatrix(source.next(), state)).singularValues().data());
-}
-BENCHMARK(BM_SvdEigen)->Apply(shapes);
-
-void BM_SvdEigenDivideAndConquer(benchmark::State& state) {
-    Pool source(size(state, 0) * size(state, 1));
-    Eigen::BDCSVD<Dense> svd(state.range(0), state.range(1), kThin);
-    for (auto _ : state)
-        benchmark::DoNotOptimize(svd.compute(asMatrix(source.next(), state)).singularValues().data());
-}
-BENCHMARK(BM_SvdEigenDivideAndConquer)->Apply(shapes);
-
-void BM_LeastSquaresEigen(benchmark::State& state) {
-    Pool source(size(state, 0) * size(state, 1));
-    const Values b = normals(size(state, 0));
-    const Eigen::Map<const Eigen::VectorXd> right(b.data(), state.range(0));
-    for (auto _ : state) {
-        const Eigen::VectorXd x = asMatrix(source.next(), state).jacobiSvd(kThin).solve(right);
-        benchmark::DoNotOptimize(x.data());
+template <typename Svd>
+class EigenSvd {
+public:
+    static constexpr Layout kLayout = Layout::kColumns;
+    EigenSvd(std::size_t m, std::size_t n) : svd_(indexOf(m), indexOf(n), kThin) {}
+    const double* run(const double* matrix) {
+        return svd_.compute(Eigen::Map<const Dense>(matrix, svd_.rows(), svd_.cols()))
+            .singularValues()
+            .data();
     }
-}
-BENCHMARK(BM_LeastSquaresEigen)->Apply(shapes);
-
-void BM_PlaneEigen(benchmark::State& state) {  // decomposition of the centred points, as planeFitting
-    Pool xyz = planePoints(size(state, 0));
-    for (auto _ : state) {
-        const Eigen::Map<const Eigen::Matrix<double, 3, Eigen::Dynamic>> points(xyz.next(), 3,
-                                                                                state.range(0));
-        const Eigen::Vector3d centroid = points.rowwise().mean();
-        const Eigen::Matrix<double, Eigen::Dynamic, 3> centred = (points.colwise() - centroid).transpose();
-        Eigen::JacobiSVD<Eigen::Matrix<double, Eigen::Dynamic, 3>> svd(centred, Eigen::ComputeFullV);
-        benchmark::DoNotOptimize(svd.matrixV().data());
+    double u(std::size_t row, std::size_t column) const {
+        return svd_.matrixU()(indexOf(row), indexOf(column));
     }
-}
-BENCHMARK(BM_PlaneEigen)->RangeMultiplier(10)->Range(10, 1'000'000);
+    double v(std::size_t row, std::size_t column) const {
+        return svd_.matrixV()(indexOf(row), indexOf(column));
+    }
+
+private:
+    Svd svd_;
+};
+using EigenJacobi = EigenSvd<Eigen::JacobiSVD<Dense>>;
+using EigenDivideAndConquer = EigenSvd<Eigen::BDCSVD<Dense>>;
 #endif
 
 #ifdef KVMATH_HAS_GSL
-void BM_SvdGsl(benchmark::State& state) {
-    Pool source(size(state, 0) * size(state, 1));
-    Values a(size(state, 0) * size(state, 1));
-    const std::size_t n = size(state, 1);
-    Values v(n * n);
-    Values w(n);
-    Values work(n);
-    auto viewA = gsl_matrix_view_array(a.data(), size(state, 0), n);
-    auto viewV = gsl_matrix_view_array(v.data(), n, n);
-    auto viewW = gsl_vector_view_array(w.data(), n);
-    auto viewWork = gsl_vector_view_array(work.data(), n);
-    for (auto _ : state) {
-        std::copy_n(source.next(), a.size(), a.begin());
-        gsl_linalg_SV_decomp(&viewA.matrix, &viewV.matrix, &viewW.vector, &viewWork.vector);
-        benchmark::DoNotOptimize(w.data());
+class GslSvd {
+public:
+    static constexpr Layout kLayout = Layout::kRows;
+    GslSvd(std::size_t m, std::size_t n) : n_(n), a_(m * n), v_(n * n), w_(n), work_(n) {}
+    const double* run(const double* matrix) {
+        std::copy_n(matrix, a_.size(), a_.begin());
+        auto a = gsl_matrix_view_array(a_.data(), a_.size() / n_, n_);
+        auto v = gsl_matrix_view_array(v_.data(), n_, n_);
+        auto w = gsl_vector_view_array(w_.data(), n_);
+        auto work = gsl_vector_view_array(work_.data(), n_);
+        gsl_linalg_SV_decomp(&a.matrix, &v.matrix, &w.vector, &work.vector);
+        return w_.data();
     }
-}
-BENCHMARK(BM_SvdGsl)->Apply(shapes);
+    double u(std::size_t row, std::size_t column) const { return a_[row * n_ + column]; }
+    double v(std::size_t row, std::size_t column) const { return v_[row * n_ + column]; }
 
-void BM_LeastSquaresGsl(benchmark::State& state) {
-    const std::size_t m = size(state, 0);
-    const std::size_t n = size(state, 1);
-    Pool a(m * n);
-    const Values b = normals(m);
-    Values x(n);
-    Values covariance(n * n);
-    auto viewB = gsl_vector_const_view_array(b.data(), m);
-    auto viewX = gsl_vector_view_array(x.data(), n);
-    auto viewC = gsl_matrix_view_array(covariance.data(), n, n);
-    double chisq = 0.0;
-    gsl_multifit_linear_workspace* work = gsl_multifit_linear_alloc(m, n);
-    for (auto _ : state) {
-        const auto viewA = gsl_matrix_const_view_array(a.next(), m, n);
-        gsl_multifit_linear(&viewA.matrix, &viewB.vector, &viewX.vector, &viewC.matrix, &chisq, work);
-    }
-    gsl_multifit_linear_free(work);
-}
-BENCHMARK(BM_LeastSquaresGsl)->Apply(shapes);
+private:
+    std::size_t n_;
+    Values a_, v_, w_, work_;
+};
+#endif
 
-void BM_LineGsl(benchmark::State& state) {
-    const Values x = normals(size(state, 0));
-    const Values y = normals(size(state, 0));
-    double r[6];
-    for (auto _ : state) {
-        gsl_fit_linear(x.data(), 1, y.data(), 1, x.size(), r, r + 1, r + 2, r + 3, r + 4, r + 5);
-        benchmark::DoNotOptimize(r);
-    }
-}
-BENCHMARK(BM_LineGsl)->Arg(100)->Arg(10'000);
-
-using Cost = double (*)(const gsl_vector* p, void* data);
-
-/// GSL's simplex search until its size is below 1e-5; the trials are not comparable one by one.
-void minimise(Cost cost, void* data, gsl_vector* start, const gsl_vector* step,
-              gsl_multimin_fminimizer* minimizer) {
-    gsl_multimin_function f{cost, start->size, data};
-    gsl_multimin_fminimizer_set(minimizer, &f, start, step);
-    for (int i = 0; i < 1000 && gsl_multimin_fminimizer_size(minimizer) > 1e-5; ++i)
-        gsl_multimin_fminimizer_iterate(minimizer);
+Values descending(const double* values, std::size_t count) {
+    Values sorted(values, values + count);
+    std::sort(sorted.begin(), sorted.end(), std::greater<>());
+    return sorted;
 }
 
-void BM_RosenbrockGsl(benchmark::State& state) {
-    gsl_multimin_fminimizer* minimizer = gsl_multimin_fminimizer_alloc(gsl_multimin_fminimizer_nmsimplex2, 2);
-    double x[] = {-1.2, 1.0};
-    double step[] = {-0.06, 0.05};
-    auto viewX = gsl_vector_view_array(x, 2);
-    auto viewStep = gsl_vector_view_array(step, 2);
-    const Cost cost = [](const gsl_vector* p, void*) { return rosenbrock(p->data[0], p->data[1]); };
-    for (auto _ : state)
-        minimise(cost, nullptr, &viewX.vector, &viewStep.vector, minimizer);
-    gsl_multimin_fminimizer_free(minimizer);
-}
-BENCHMARK(BM_RosenbrockGsl);
-
-void BM_CircleGsl(benchmark::State& state) {
-    auto points = circlePoints(size(state, 0));
-    gsl_multimin_fminimizer* minimizer = gsl_multimin_fminimizer_alloc(gsl_multimin_fminimizer_nmsimplex2, 3);
-    double x[] = {1.0, 2.0, 5.0};  // near the result, as the algebraic start of circleFitting
-    double step[] = {0.05, 0.1, 0.25};
-    auto viewX = gsl_vector_view_array(x, 3);
-    auto viewStep = gsl_vector_view_array(step, 3);
-    const Cost cost = [](const gsl_vector* p, void* data) {
-        double sum = 0.0;
-        for (const auto& point : *static_cast<decltype(points)*>(data)) {
-            const double dx = point.x - p->data[0];
-            const double dy = point.y - p->data[1];
-            const double residual = std::sqrt(dx * dx + dy * dy) - p->data[2];
-            sum += residual * residual;
+/// Whether U W V^T is each of the matrices to `tolerance`, and W in falling order that of svdcmp to kSingle,
+/// both times the largest value.
+template <typename Svd>
+bool isDecomposed(std::size_t m, std::size_t n, double tolerance) {
+    Pool rows = matrices(m, n, Layout::kRows);
+    Pool ownInputs = matrices(m, n, OwnSvd::kLayout);
+    Pool inputs = matrices(m, n, Svd::kLayout);
+    OwnSvd own(m, n);
+    Svd svd(m, n);
+    for (std::size_t k = 0; k < inputs.count(); ++k) {
+        const double* matrix = rows.next();
+        const double* ownValues = own.run(ownInputs.next());
+        const double* values = svd.run(inputs.next());
+        if (ownValues == nullptr || values == nullptr)
+            return false;
+        const Values expected = descending(ownValues, n);
+        const Values found = descending(values, n);
+        for (std::size_t i = 0; i < n; ++i) {
+            if (!isNear(found[i], expected[i], kSingle * expected[0]))
+                return false;
         }
-        return sum;
-    };
-    for (auto _ : state)
-        minimise(cost, &points, &viewX.vector, &viewStep.vector, minimizer);
-    gsl_multimin_fminimizer_free(minimizer);
-}
-BENCHMARK(BM_CircleGsl)->Arg(100)->Arg(1000);
-
-void BM_SplineGsl(
-    benchmark::State& state) {  // natural instead of clamped ends: the same system but for two rows
-    const Knots knots;
-    gsl_spline* spline = gsl_spline_alloc(gsl_interp_cspline, kKnots);
-    for (auto _ : state)
-        gsl_spline_init(spline, knots.x.data(), knots.y.data(), kKnots);
-    gsl_spline_free(spline);
-}
-BENCHMARK(BM_SplineGsl);
-
-/// A polynomial of the same degree fitted to the same window, the nearest to a Savitzky-Golay filter that GSL
-/// has.
-void BM_SavitzkyGolayGsl(benchmark::State& state) {
-    const std::size_t terms = size(state, 0) + 1;
-    constexpr std::size_t kWindow = 101;
-    Values a;
-    for (int k = -50; k <= 50; ++k)
-        for (std::size_t p = 0; p < terms; ++p)
-            a.push_back(std::pow(k, p));
-    Values tau(terms);
-    Values unit(kWindow);
-    unit[50] = 1.0;
-    Values x(terms);
-    Values residual(kWindow);
-    for (auto _ : state) {
-        Values qr(a);
-        auto viewQr = gsl_matrix_view_array(qr.data(), kWindow, terms);
-        auto viewTau = gsl_vector_view_array(tau.data(), terms);
-        auto viewB = gsl_vector_view_array(unit.data(), kWindow);
-        auto viewX = gsl_vector_view_array(x.data(), terms);
-        auto viewR = gsl_vector_view_array(residual.data(), kWindow);
-        gsl_linalg_QR_decomp(&viewQr.matrix, &viewTau.vector);
-        gsl_linalg_QR_lssolve(&viewQr.matrix, &viewTau.vector, &viewB.vector, &viewX.vector, &viewR.vector);
-        benchmark::DoNotOptimize(x.data());
+        for (std::size_t i = 0; i < m * n; ++i) {
+            double sum = 0.0;
+            for (std::size_t j = 0; j < n; ++j)
+                sum += svd.u(i / n, j) * values[j] * svd.v(i % n, j);
+            if (!isNear(sum, matrix[i], tolerance * expected[0]))
+                return false;
+        }
     }
+    return true;
 }
-BENCHMARK(BM_SavitzkyGolayGsl)->Arg(2)->Arg(4);
 
-void BM_SplineValueGsl(benchmark::State& state) {
-    const Knots knots;
-    gsl_spline* spline = gsl_spline_alloc(gsl_interp_cspline, kKnots);
-    gsl_spline_init(spline, knots.x.data(), knots.y.data(), kKnots);
-    std::size_t i = 0;
-    for (auto _ : state)
-        benchmark::DoNotOptimize(gsl_spline_eval(spline, knots.places[i++ % 1024], nullptr));
-    gsl_spline_free(spline);
+ComparisonOf<std::size_t, std::size_t> decompositions([](std::size_t m, std::size_t n) -> const char* {
+    if (!isDecomposed<OwnSvd>(m, n, kSingle))
+        return "not the matrix of svdcmp";
+#ifdef KVMATH_HAS_EIGEN
+    if (!isDecomposed<EigenJacobi>(m, n, kDouble) || !isDecomposed<EigenDivideAndConquer>(m, n, kDouble))
+        return "other singular values by Eigen";
+#endif
+#ifdef KVMATH_HAS_GSL
+    if (!isDecomposed<GslSvd>(m, n, kDouble))
+        return "other singular values by GSL";
+#endif
+    return nullptr;
+});
+
+void BM_Svd(benchmark::State& state) { time<OwnSvd>(state, decompositions); }
+BENCHMARK(BM_Svd)->Apply(shapes);
+#ifdef KVMATH_HAS_EIGEN
+void BM_SvdEigen(benchmark::State& state) { time<EigenJacobi>(state, decompositions); }
+void BM_SvdEigenDivideAndConquer(benchmark::State& state) {
+    time<EigenDivideAndConquer>(state, decompositions);
 }
-BENCHMARK(BM_SplineValueGsl);
+BENCHMARK(BM_SvdEigen)->Apply(shapes);
+BENCHMARK(BM_SvdEigenDivideAndConquer)->Apply(shapes);
+#endif
+#ifdef KVMATH_HAS_GSL
+void BM_SvdGsl(benchmark::State& state) { time<GslSvd>(state, decompositions); }
+BENCHMARK(BM_SvdGsl)->Apply(shapes);
+#endif
+
+// ---- Least squares. A class for each library: run returns the solution, null when there is none.
+
+Values rightSide(std::size_t m) { return normals(m, 8); }
+
+class OwnLeastSquares {
+public:
+    static constexpr Layout kLayout = Layout::kRows;
+    OwnLeastSquares(std::size_t m, std::size_t n) : b_(rightSide(m)), x_(n) {}
+    const double* run(const double* matrix) {
+        return KvMath::svdLeastSquares(matrix, b_.data(), static_cast<int>(b_.size()),
+                                       static_cast<int>(x_.size()), 1e-12, x_.data())
+                   ? x_.data()
+                   : nullptr;
+    }
+
+private:
+    Values b_, x_;
+};
+
+#ifdef KVMATH_HAS_EIGEN
+class EigenLeastSquares {
+public:
+    static constexpr Layout kLayout = Layout::kColumns;
+    EigenLeastSquares(std::size_t m, std::size_t n) : b_(rightSide(m)), x_(indexOf(n)) {}
+    const double* run(const double* matrix) {
+        const Eigen::Map<const Eigen::VectorXd> right(b_.data(), indexOf(b_.size()));
+        x_ = Eigen::Map<const Dense>(matrix, right.size(), x_.size()).jacobiSvd(kThin).solve(right);
+        return x_.data();
+    }
+
+private:
+    Values b_;
+    Eigen::VectorXd x_;
+};
+#endif
+
+#ifdef KVMATH_HAS_GSL
+class GslLeastSquares {
+public:
+    static constexpr Layout kLayout = Layout::kRows;
+    GslLeastSquares(std::size_t m, std::size_t n)
+        : b_(rightSide(m)), x_(n), covariance_(n * n),
+          work_(gsl_multifit_linear_alloc(m, n), &gsl_multifit_linear_free) {}
+    const double* run(const double* matrix) {
+        const auto a = gsl_matrix_const_view_array(matrix, b_.size(), x_.size());
+        const auto b = gsl_vector_const_view_array(b_.data(), b_.size());
+        auto x = gsl_vector_view_array(x_.data(), x_.size());
+        auto covariance = gsl_matrix_view_array(covariance_.data(), x_.size(), x_.size());
+        double chisq = 0.0;
+        gsl_multifit_linear(&a.matrix, &b.vector, &x.vector, &covariance.matrix, &chisq, work_.get());
+        return x_.data();
+    }
+
+private:
+    Values b_, x_, covariance_;
+    Owned<gsl_multifit_linear_workspace> work_;
+};
+#endif
+
+/// Whether the solutions are those of svdLeastSquares. Its directions are off by kSingle at most; what they
+/// make of the right side is divided by the singular values, so that the least one bounds the error.
+template <typename LeastSquares>
+[[maybe_unused]] bool isSolved(std::size_t m, std::size_t n) {
+    Pool inputs = matrices(m, n, LeastSquares::kLayout);
+    Pool ownInputs = matrices(m, n, OwnLeastSquares::kLayout);
+    Pool svdInputs = matrices(m, n, OwnSvd::kLayout);
+    LeastSquares solver(m, n);
+    OwnLeastSquares own(m, n);
+    OwnSvd svd(m, n);
+    double length = 0.0;
+    for (const double b : rightSide(m))
+        length = std::hypot(length, b);
+    for (std::size_t k = 0; k < inputs.count(); ++k) {
+        const double* x = solver.run(inputs.next());
+        const double* ownX = own.run(ownInputs.next());
+        const double* values = svd.run(svdInputs.next());
+        if (x == nullptr || ownX == nullptr || values == nullptr)
+            return false;
+        const double tolerance = kSingle * length / *std::min_element(values, values + n);
+        if (!std::equal(x, x + n, ownX, [&](double a, double b) { return isNear(a, b, tolerance); }))
+            return false;
+    }
+    return true;
+}
+
+ComparisonOf<std::size_t, std::size_t> solutions([]([[maybe_unused]] std::size_t m,
+                                                    [[maybe_unused]] std::size_t n) -> const char* {
+#ifdef KVMATH_HAS_EIGEN
+    if (!isSolved<EigenLeastSquares>(m, n))
+        return "other solutions by Eigen";
+#endif
+#ifdef KVMATH_HAS_GSL
+    if (!isSolved<GslLeastSquares>(m, n))
+        return "other solutions by GSL";
+#endif
+    return nullptr;
+});
+
+void BM_LeastSquares(benchmark::State& state) { time<OwnLeastSquares>(state, solutions); }
+BENCHMARK(BM_LeastSquares)->Apply(shapes);
+#ifdef KVMATH_HAS_EIGEN
+void BM_LeastSquaresEigen(benchmark::State& state) { time<EigenLeastSquares>(state, solutions); }
+BENCHMARK(BM_LeastSquaresEigen)->Apply(shapes);
+#endif
+#ifdef KVMATH_HAS_GSL
+void BM_LeastSquaresGsl(benchmark::State& state) { time<GslLeastSquares>(state, solutions); }
+BENCHMARK(BM_LeastSquaresGsl)->Apply(shapes);
+#endif
+
+// ---- Planes, on both sides by decomposition of the centred points. Compared: the normal, its sign being
+// free, and the offset, to kSingle (3e-8 occurs).
+
+void planeSizes(benchmark::internal::Benchmark* b) { b->RangeMultiplier(10)->Range(10, 1'000'000); }
+
+#ifdef KVMATH_HAS_EIGEN
+Eigen::Vector4d planeOf(const double* xyz, int count) {
+    const Eigen::Map<const Eigen::Matrix<double, 3, Eigen::Dynamic>> points(xyz, 3, count);
+    const Eigen::Vector3d centroid = points.rowwise().mean();
+    const Eigen::Matrix<double, Eigen::Dynamic, 3> centred = (points.colwise() - centroid).transpose();
+    Eigen::JacobiSVD<Eigen::Matrix<double, Eigen::Dynamic, 3>> svd(centred, Eigen::ComputeFullV);
+    const Eigen::Vector3d normal = svd.matrixV().col(2);
+    return {normal.x(), normal.y(), normal.z(), -normal.dot(centroid)};
+}
+
+Comparison planes([](int size) -> const char* {
+    Pool points = planePoints(static_cast<std::size_t>(size));
+    for (std::size_t k = 0; k < points.count(); ++k) {
+        const double* xyz = points.next();
+        Eigen::Vector4d own;
+        if (!KvMath::planeFitting(xyz, size, own.data()))
+            return "no plane";
+        const Eigen::Vector4d peer = planeOf(xyz, size);
+        const double sign = own.head<3>().dot(peer.head<3>()) < 0.0 ? -1.0 : 1.0;
+        if (!((own - sign * peer).lpNorm<Eigen::Infinity>() <= kSingle))
+            return "different planes";
+    }
+    return nullptr;
+});
+#else
+Comparison planes;
+#endif
+
+void BM_Plane(benchmark::State& state) {
+    if (planes.refuses(state))
+        return;
+    Pool points = planePoints(static_cast<std::size_t>(state.range(0)));
+    double p[4];
+    for (auto _ : state)
+        benchmark::DoNotOptimize(KvMath::planeFitting(points.next(), sizeOf(state), p));
+}
+BENCHMARK(BM_Plane)->Apply(planeSizes);
+#ifdef KVMATH_HAS_EIGEN
+void BM_PlaneEigen(benchmark::State& state) {
+    if (planes.refuses(state))
+        return;
+    Pool points = planePoints(static_cast<std::size_t>(state.range(0)));
+    for (auto _ : state)
+        benchmark::DoNotOptimize(planeOf(points.next(), sizeOf(state)));
+}
+BENCHMARK(BM_PlaneEigen)->Apply(planeSizes);
 #endif
 
 }  // namespace

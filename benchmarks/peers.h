@@ -8,7 +8,10 @@
 #include <benchmark/benchmark.h>
 
 #include <cmath>
+#include <cstddef>
 #include <map>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 namespace Peers {
@@ -23,26 +26,38 @@ inline void sizes(benchmark::internal::Benchmark* b) {
     b->RangeMultiplier(10)->Range(1000, 1000000)->Unit(benchmark::kMicrosecond);
 }
 
-/// The comparison of a pair of rows, made once per size. Both rows stand aside where their results differ.
-class Comparison {
+/// The comparison of the rows of one problem, made once for each set of sizes, which are the arguments of the
+/// rows. All of them stand aside where their results differ.
+template <typename... Sizes>
+class ComparisonOf {
 public:
-    using Check = const char* (*)(int size);  ///< what differs, null when nothing does
-    explicit Comparison(Check check) : check_(check) {}
+    using Check = const char* (*)(Sizes... sizes);  ///< what differs, null when nothing does
+
+    /// Without a check: there is no peer to differ from.
+    explicit ComparisonOf(Check check = nullptr) : check_(check) {}
 
     /// True, with the row marked as failed, when it must not be timed.
-    bool refuses(benchmark::State& state) {
-        const auto [at, isNew] = differences_.try_emplace(sizeOf(state), nullptr);
+    bool refuses(benchmark::State& state) { return refuses(state, std::index_sequence_for<Sizes...>()); }
+
+private:
+    template <std::size_t... kPlaces>
+    bool refuses(benchmark::State& state, std::index_sequence<kPlaces...> /*places*/) {
+        if (check_ == nullptr)
+            return false;
+        const std::tuple<Sizes...> sizes(static_cast<Sizes>(state.range(kPlaces))...);
+        const auto [at, isNew] = differences_.try_emplace(sizes, nullptr);
         if (isNew)
-            at->second = check_(at->first);
+            at->second = std::apply(check_, sizes);
         if (at->second != nullptr)
             state.SkipWithError(at->second);
         return at->second != nullptr;
     }
 
-private:
     Check check_;
-    std::map<int, const char*> differences_;
+    std::map<std::tuple<Sizes...>, const char*> differences_;
 };
+
+using Comparison = ComparisonOf<int>;
 
 /// Points of a tilted plane of 100 x 100 mm with noise of 0.02 mm.
 inline KvMath::KvPointCloud<KvMath::KvPointXYZ> slope(int size) {
