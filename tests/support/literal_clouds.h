@@ -92,7 +92,8 @@ inline void clearEdgeEffect(Cloud& cloud, float step) {
     cloud.calcRange();
     const float minZ = cloud.minZ;
     const float none = std::nanf("");
-    const int slices = static_cast<int>((cloud.maxZ - minZ) / step);
+    const float depth = (cloud.maxZ - minZ) / step;
+    const int slices = std::isnan(depth) ? 0 : static_cast<int>(depth);
     for (int i = 0; i < slices && !cloud.isEmpty(); ++i) {
         Cloud slab;
         const float from = minZ + static_cast<float>(i) * step;
