@@ -3,7 +3,7 @@
 // own.
 //
 // The peers work in full double precision, column by column (Eigen) or row by row (GSL); svdcmp keeps its
-// prescribed rotations. Inputs are restored within the measured loop on all sides, and small problems change
+// own order of rotations. Inputs are restored within the measured loop on all sides, and small problems change
 // from round to round: the processor would learn the branches of a single one by heart.
 
 #include <benchmarks/numerics_peers.h>
