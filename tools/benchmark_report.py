@@ -2,6 +2,7 @@
 """docs/benchmarks.md from the JSON of the benchmark programs and the text in benchmarks/report.md.
 
 usage: benchmark_report.py RESULTS [--least N] [--tables]    the document; only headings and measured lines of tables
+       benchmark_report.py --readme RESULTS                  renews the table of headlines in README.md
        benchmark_report.py --describe BUILD                  machine, compiler, libraries, revision as JSON
        benchmark_report.py --self-test
 
@@ -19,6 +20,7 @@ the library a title of its own. Every line has a name and indented keys:
         only: 1000 1000000                       sizes that are shown; all, unless told
         fit: 1000                                least size that counts for the growth
         goal: 62.5 us                            what a host needs
+        headline: median of a line @ 1000        the line in the README's table, at this size where there are several
         why: the reason, without a full stop; the verdict before it is computed from the figures
 """
 
@@ -33,6 +35,7 @@ import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 UNITS = {"ns": 1e-9, "us": 1e-6, "µs": 1e-6, "ms": 1e-3, "s": 1.0}
+HEADLINES = re.compile(r"(<!-- speed -->\n).*?(<!-- /speed -->)", re.DOTALL)
 LEVEL = 1.05  # ratios below this are called level
 LIBRARIES = ("qtbase5-dev", "qt6-base-dev", "libbenchmark-dev", "libeigen3-dev", "libgsl-dev", "libpcl-dev", "libopencv-dev",
              "libcgal-dev")
@@ -113,6 +116,12 @@ def count_text(count):
     return "" if count is None else f"{count:,.0f}"
 
 
+def rate_text(run, source):
+    """A rate or counter that a row names, such as "profiles a second from: items_per_second"."""
+    value = {**run.counters, "items_per_second": run.rate, "calls_per_second": 1 / run.time}.get(source)
+    return three_digits(value) if value and value < 100 else count_text(value)
+
+
 def times_text(ratio):
     return f"{ratio:,.0f}" if ratio >= 10 else f"{ratio:.1f}"
 
@@ -172,7 +181,7 @@ def exponent(pairs):
 # ---- Tables
 
 COMPARED = ("plain pass", "plain form")
-KEY = re.compile(r"(time|plain pass|plain form|(?:peer|part|build) [^:]+|only|fit|goal|item|why|[A-Za-z ]+ from): +(.*)")
+KEY = re.compile(r"(time|plain pass|plain form|(?:peer|part|build) [^:]+|only|fit|goal|item|headline|why|[A-Za-z ]+ from): +(.*)")
 
 
 def is_compared(key):
@@ -243,10 +252,7 @@ class Table:
         self.lines.append("| " + " | ".join([*line, *extra, *heap, words]) + " |")
 
     def extras(self, row, run):
-        """Rates and counters that a row names, such as "profiles a second from: items_per_second"."""
-        known = {**run.counters, "items_per_second": run.rate, "calls_per_second": 1 / run.time}
-        values = [known.get(row.get(key)) for key in self.extra]
-        return [three_digits(v) if v and v < 100 else count_text(v) for v in values]
+        return [rate_text(run, row.get(key)) for key in self.extra]
 
     def fill(self, runs, only_measured):
         for row in self.rows:
@@ -286,6 +292,24 @@ def table_text(head, block, runs, only_measured):
     table = Table(" ".join(head), rows_of(block))
     table.fill(runs, only_measured)
     return table.text()
+
+
+def headline(row, runs):
+    """A line of the README's table: what, time, verdict without the plain pass."""
+    words, _, size = row["headline"].partition(" @ ")
+    run = sized(runs, row["time"], row).get(size)
+    if not run:
+        return f"| {words} | not measured | |"
+    others = {key: sized(runs, row[key], row).get(size) for key in row if key.startswith("peer ")}
+    rates = [f"{rate_text(run, row[key])} {key.removesuffix(' from')}" for key in row if key.endswith(" a second from")]
+    goal = {key: row[key] for key in row if key == "goal"}
+    return f"| {words} | {time_text(run)} | {', '.join(rates + ([verdict(goal, run, others)] if others or goal else []))} |"
+
+
+def headlines(text, runs):
+    blocks = re.findall(r"^```table.*?\n(.*?)^```$", text, re.DOTALL | re.MULTILINE)
+    rows = [row for block in blocks for row in rows_of(block.splitlines()) if "headline" in row]
+    return "\n".join(["| what | time | |", "|---|---:|---|", *(headline(row, runs) for row in rows)]) + "\n"
 
 
 def matrix_text(head, block, runs, only_measured):
@@ -341,7 +365,7 @@ def describe(build):
     commands = output("ninja", "-C", str(build), "-t", "commands", "benchmarks/cycle_benchmark").splitlines()
     compiling = next((line for line in commands if line.endswith("cycle_benchmark.cpp")), "")
     flags = [flag for flag in compiling.split() if re.match(r"-(O|f|m|std=)", flag) or flag == "-DNDEBUG"]
-    changed = output("git", "status", "--porcelain", "--", ".", ":!docs/benchmarks.md")
+    changed = output("git", "status", "--porcelain", "--", ".", ":!docs/benchmarks.md", ":!README.md")
     versions = [output("dpkg-query", "-W", "-f", "${Status} ${Package} ${source:Upstream-Version}", name) for name in LIBRARIES]
     load = field("/proc/loadavg", r"^(\S+)")
     memory = int(field("/proc/meminfo", r"^MemTotal:\s+(\d+)") or 0) / 1e6
@@ -398,8 +422,8 @@ def self_test():
     runs = {f"a {name}": Run(rows(name, times)) for name, times in {
         "Own/10": [1, 2, 9], "Own/100": [20] * 3, "Own/1000": [200] * 3, "Peer/10": [4] * 3, "Peer/1000": [100] * 3,
         "Slow/10": [2000], "Grid/2/3": [5] * 3, "Other/10": [24] * 3, "Other/100": [20] * 3}.items()}
-    text = ("prose stays\n```table points\nlabel\n  time: a Own/*\n  plain form: a Slow/*\n  peer P: a Peer/*\n  why: reason\n"
-            "    goes on\nnone\n  time: a Missing\n```\n```matrix m n\nx\n  time: a Grid/{row}/{column}\n```\n"
+    text = ("prose stays\n```table points\nlabel\n  time: a Own/*\n  plain form: a Slow/*\n  peer P: a Peer/*\n  headline: own @ 10\n"
+            "  why: reason\n    goes on\nnone\n  time: a Missing\n```\n```matrix m n\nx\n  time: a Grid/{row}/{column}\n```\n"
             "```table points: on B\nmoved\n  time: a Own/*\n  build on A: a Other/*\n  peer P: a Peer/*\n  only: 10 100\n```\n")
     made = document(text, runs, [])
     for expected in ("prose stays\n| operation | points | KvMath | plain form | P |",
@@ -410,6 +434,7 @@ def self_test():
                      "| moved | 10 | 2.00 µs | 24.0 µs (0.083) | 4.00 µs (0.50) |  |  | 12 times as fast as the build on A, 2.0 times "
                      "as fast as P. |", "|  | 100 | 20.0 µs | 20.0 µs (1.00) |  |  |  | Level with the build on A. |"):
         assert expected in made, f"not found: {expected}\nin:\n{made}"
+    assert headlines(text, runs).endswith("| own | 2.00 µs | 2.0 times as fast as P |\n"), headlines(text, runs)
     print("benchmark_report: tables, verdicts and growth as expected")
 
 
@@ -418,12 +443,18 @@ def main(arguments):
         return self_test()
     if arguments[:1] == ["--describe"]:
         return print(json.dumps(describe(pathlib.Path(arguments[1])), indent=1))
-    folder = pathlib.Path(arguments[0])
+    folder = pathlib.Path(arguments[-1] if arguments[0] == "--readme" else arguments[0])
     least = int(arguments[arguments.index("--least") + 1]) if "--least" in arguments else 9
     runs, faults = load(folder, least)
     if faults or not runs:
         return "\n".join(faults) or f"no results in {folder}"
     text = (ROOT / "benchmarks/report.md").read_text(encoding="utf-8")
+    if arguments[0] == "--readme":
+        readme = ROOT / "README.md"
+        table = headlines(text, runs)
+        readme.write_text(HEADLINES.sub(lambda match: match[1] + table + match[2], readme.read_text(encoding="utf-8")),
+                          encoding="utf-8")
+        return 0
     sys.stdout.write(document(text, runs, machine_text(folder, runs), "--tables" in arguments))
     return 0
 
