@@ -5,15 +5,13 @@
 #include <QtCore/QFileInfo>
 
 #include <algorithm>
-#include <limits>
 #include <type_traits>
 
 namespace KvMath::Internal {
 namespace {
 
 constexpr int kPieceBytes = 1 << 18;
-constexpr int kBlockPoints =
-    4096;  // 64 kilobytes of the largest point: stays in the cache until it is filled in
+constexpr int kBlockPoints = 4096;  // at most 64 kilobytes: stays in the cache until it is filled in
 
 template <class Point>
 constexpr int storedSize() {
@@ -155,7 +153,7 @@ quint32 readPoints(Source& source, QList<Point>& points, quint32 count) {
         storePoints(points, filled, bytes, complete);
         filled += complete;
         left -= static_cast<quint32>(complete);
-        if (complete < part || filled > std::numeric_limits<int>::max() - kBlockPoints)
+        if (complete < part)
             break;
     }
     points.erase(points.begin() + filled, points.end());
