@@ -106,6 +106,24 @@ TEST(LibraryFaults, PlacesThatTakeNoFileAreRefused) {
     EXPECT_EQ(scratch.read("file"), "kept");
 }
 
+TEST(LibraryFaults, AFileCutWhileItIsOpenIsACutFileAndARemovedOneIsReadToItsEnd) {
+    const TestSupport::ScratchDirectory scratch;
+    const auto profile = manyOf<KvProfileZ>(KvPointXY(1, 2));
+    for (const qint64 size : {0, 3, 40007}) {
+        ASSERT_TRUE(profile.writeToFile("in"));
+        QFile open("in"), removed("in");
+        ASSERT_TRUE(open.open(QIODevice::ReadOnly) && QFile::resize("in", size));
+        KvProfileZ cut, whole, after;
+        const int answer = open.size() == size ? cut.readFromFile(open, true) : -7;
+        QFile again("in");
+        ASSERT_TRUE(again.open(QIODevice::ReadOnly));
+        EXPECT_EQ(answer, whole.readFromFile(again, true)) << size;
+        EXPECT_EQ(cut.points.size(), whole.points.size()) << size;
+        ASSERT_TRUE(profile.writeToFile("in") && removed.open(QIODevice::ReadOnly) && QFile::remove("in"));
+        EXPECT_EQ(after.readFromFile(removed), 10000);
+    }
+}
+
 #if defined(__SANITIZE_ADDRESS__)
 #define MAPS_TERABYTES 1
 #elif defined(__has_feature)
