@@ -80,7 +80,10 @@ TEST(Polynom, JoinsTheCutsByASmoothPath) {
             EXPECT_EQ(lines.at(i).p1.y, lines.at(i - 1).p2.y);
         }
     }
-    QList<LinePP> lines = cutSquare(0);
+    QList<LinePP> slanted = {{{0, 0}, {8, 8}}, {{8, 8}, {16, 0}}}, lines = cutSquare(0);
+    EXPECT_TRUE(makePolynomInRectangle(slanted, {5, -1}, {11, 20}, 1));
+    EXPECT_THAT(slanted.first(), Runs(0, 0, 5, 5));
+    EXPECT_THAT(slanted.last(), Runs(11, 5, 16, 0));
     EXPECT_FALSE(makePolynomInRectangle(lines, {11, 7}, {7, 11}, 2147483647));  // more than 2^24 points
     EXPECT_EQ(lines.size(), 6);
 }

@@ -47,8 +47,8 @@ TEST(Hist, TruncatesTowardsZero) {
     hist(values, 0.0, 1.0, 3, true, centres, counts);
     EXPECT_THAT(counts, ElementsAre(2, 0, 1));
     EXPECT_THAT(centres, ElementsAre(0.5, 1.5, 2.5));
-    hist(values, 0.0, 1.0, 3, false, centres, counts);
-    EXPECT_THAT(counts, ElementsAre(3, 0, 2));
+    hist(values, -1.0, 0.5, 3, false, centres, counts);
+    EXPECT_THAT(counts, ElementsAre(1, 1, 3));
     values = {NAN, INFINITY, -INFINITY, 1e300, -1e300};
     hist(values, 0.0, 1.0, 3, true, centres, counts);
     EXPECT_THAT(counts, ElementsAre(0, 0, 0));

@@ -38,6 +38,7 @@ TEST(SmallMatrix, FollowsTheFormulasAndMayWriteOverAnInput) {
          inverseMatrix33,
          {11 * r, -15 * r, 3 * r, 19 * r, 60 * r, -33 * r, -6 * r, -30 * r, 27 * r}},
         {{1, 1, 1, 0, 0, 1}, [](double* p) { pseudoInverseMatrix23(p, p); }, {0.5, -0.5, 0.5, -0.5, 0, 1}},
+        {{1, 1, 0, 1, 1, 1}, [](double* p) { pseudoInverseMatrix23(p, p); }, {0.5, 0, 0.5, 0, -1, 1}},
         {V(a, a + 9), transposeMatrix33, {1, 4, 7, 2, 5, 8, 3, 6, 10}},
         {V(9), [&](double* p) { copyMatrix33(a, p); }, V(a, a + 9)},
         {V(9, 7), setMatrix33ToIdentity, {1, 0, 0, 0, 1, 0, 0, 0, 1}},
@@ -66,11 +67,12 @@ TEST(SmallMatrix, RotationsTurnCounterClockwise) {
     for (int axis = 0; axis < 3; ++axis) {
         double m[9];
         rotations[axis](m, angle);
-        double v[3] = {};
-        v[(axis + 1) % 3] = 1.0;
+        double v[3] = {1, 2, 3};
+        const double along = v[axis], first = v[(axis + 1) % 3], second = v[(axis + 2) % 3];
         vectorA2B(m, v, v);
-        for (int k = 0; k < 3; ++k)
-            EXPECT_NEAR(v[k], k == (axis + 2) % 3 ? 1.0 : 0.0, 1e-16) << axis;
+        EXPECT_EQ(v[axis], along);
+        EXPECT_NEAR(v[(axis + 1) % 3], -second, 1e-15) << axis;
+        EXPECT_NEAR(v[(axis + 2) % 3], first, 1e-15) << axis;
     }
 }
 

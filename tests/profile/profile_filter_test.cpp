@@ -101,6 +101,9 @@ TEST(ProfileFilter, SlopeReadsAndWritesDestination) {
     KvProfile dest = profileOf({{0, 1}, {1, 2}, {2, 4}, {3, 8}, {4, 16}, {9, 9}});
     five.diffFilt(dest, 3);  // upper half of two points; the last window starts at 2
     EXPECT_THAT(dest, PointsAre({{0, 5.0F / 3}, {1, 10.0F / 4}, {2, 20.0F / 5}, {3, 8}, {4, 16}, {9, 9}}));
+    KvProfile even = profileOf({{0, 1}, {1, 2}, {2, 4}, {3, 8}, {4, 16}, {5, 32}});
+    levelProfile(6).diffFilt(even, 4);
+    EXPECT_THAT(even, PointsAre({{0, 2.25F}, {1, 4.5F}, {2, 9}, {3, 8}, {4, 16}, {5, 32}}));
     KvProfile untouched = dest;
     five.diffFilt(untouched, 4);
     EXPECT_THAT(untouched, HasPointsOf(dest));

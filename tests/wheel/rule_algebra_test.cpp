@@ -62,7 +62,7 @@ TEST(Rules, MoveBetweenSpacesAndBack) {
     TestSupport::Draws draws(6);
     for (int round = 0; round < 200; ++round) {
         const Rule a = drawRule(draws), b = drawRule(draws);
-        Rule moved = a;
+        Rule moved = b;
         double M[9], O[3], t[3], frameB[9], originB[3], frameA[9], originA[3];
         rule2matrix(a.values, M, O);
         matrix2rule(M, O, moved.values);
