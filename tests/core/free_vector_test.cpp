@@ -26,10 +26,10 @@ TEST(FreeVector, AngleStaysWithinItsRange) {
 
 TEST(FreeVector, DirectionOfACloudEndsAtTheFirstPointFarEnough) {
     KvPointCloud<KvPointXY> cloud;
-    cloud.points = {{0, 0}, {2, 0}, {kNaN, 1}, {3, 4}, {0, 9}, {0, 0}};
+    cloud.points = {{0, 0}, {0.5F, 0}, {kNaN, 1}, {3, 4}, {0, 9}, {0, 0}};
     const std::tuple<int, int, float, float, float> cases[] = {
         // start, step, length, the unit vector or (7, 8) as before
-        {0, 1, 2.0F, 1, 0},   {0, 1, 2.001F, 0.6F, 0.8F}, {0, 1, 5.0F, 0.6F, 0.8F}, {0, 1, 5.1F, 0, 1},
+        {0, 1, 0.5F, 1, 0},   {0, 1, 0.501F, 0.6F, 0.8F}, {0, 1, 5.0F, 0.6F, 0.8F}, {0, 1, 5.1F, 0, 1},
         {4, -1, kNaN, 0, -1}, {1, 1, 100.0F, -1, 0},      {0, 1, kNaN, 7, 8},       {0, 1, 0.0F, 7, 8},
         {0, -1, 1.0F, 7, 8},  {2, 1, 1.0F, 7, 8},         {0, 2, 1.0F, 7, 8},       {0, 0, 1.0F, 7, 8},
         {-1, 1, 1.0F, 7, 8},  {6, -1, 1.0F, 7, 8}};
