@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstring>
 
 namespace KvMeasure {
@@ -285,13 +286,21 @@ void PlyReader::readTextVertices(const Element& element) {
                          .arg(i)
                          .arg(QString::fromUtf8(element.properties[k].name.left(40)),
                               QString::fromUtf8(words.value(word - 1).left(40))));
-            if (element.properties[k].count != nullptr)
-                word += int(std::min(std::max(value, 0.0), double(words.size())));
+            if (element.properties[k].count != nullptr) {
+                if (!(value >= 0 && value <= double(words.size() - word) && value == std::floor(value)))
+                    fail(QString("vertex %1: its list \"%2\" cannot have %3 entries")
+                             .arg(i)
+                             .arg(QString::fromUtf8(element.properties[k].name.left(40)))
+                             .arg(value));
+                word += int(value);
+            }
             for (std::size_t axis = 0; axis < 3; ++axis) {
                 if (place_[axis] == k)
                     at[axis] = value;
             }
         }
+        if (word != words.size())
+            fail(QString("vertex %1: has %2 numbers, expected %3").arg(i).arg(words.size()).arg(word));
         addVertex(at);
         progress.show(file_.pos());
     }
