@@ -226,8 +226,13 @@ void Statement::read() {
     if (name_.isEmpty())
         name_ = rest.simplified();
     for (const auto& info : file_.measurements.getUniformResultsInfo()) {
-        if (*info.first == name_ || info.first->startsWith(name_ + " (") || *info.first == name_ + " near")
-            fail(QString("there is a result \"%1\" already; give another name: NAME = ...").arg(name_));
+        const QString& other = *info.first;
+        const auto isTaken = [this, &other](const char* ending) {  // values have these behind their name
+            return other == name_ + ending || other + ending == name_;
+        };
+        if (isTaken("") || isTaken(" near") || isTaken(" far") || isTaken(".x") || isTaken(".y") ||
+            other.startsWith(name_ + " ("))
+            fail(QString("there is a result \"%1\" already; give another name: NAME = ...").arg(other));
     }
     readKind(kind);
     if (!atEnd())
