@@ -130,16 +130,29 @@ void DocumentReader::readOwn(const QVariantMap& document, TemplateFile& file) co
         const QVariantList names = list(document["lineNames"], "lineNames");
         if (names.size() != file.lineNames.size())
             fail("lineNames", QString("expected %1 names, one per template line").arg(file.lineNames.size()));
-        for (int i = 0; i < names.size(); ++i)
+        for (int i = 0; i < names.size(); ++i) {
             file.lineNames[i] = names[i].toString();
+            if (names[i].userType() != QMetaType::QString || names.indexOf(names[i]) != i)
+                fail("lineNames", QString("expected texts that differ, found \"%1\"").arg(file.lineNames[i]));
+        }
     }
     if (document.contains("means")) {
         const QVariantList means = list(document["means"], "means");
         if (means.size() > mostMeans)
             fail("means", QString("more than %1").arg(mostMeans));
+        QStringList known;
+        for (const ValueName& value : valueNames(file))
+            known.append(value.name);
         for (const QVariant& entry : means) {
-            const QVariantMap mean = map(entry, "means");
-            file.means.append({mean["name"].toString(), mean["first"].toString(), mean["second"].toString()});
+            const QVariantMap read = map(entry, "means");
+            const Mean mean{read["name"].toString(), read["first"].toString(), read["second"].toString()};
+            for (const QString& part : {mean.first, mean.second}) {
+                if (!known.contains(part))
+                    fail("means",
+                         QString("\"%1\" is the mean of \"%2\", which no measurement has as a result")
+                             .arg(mean.name, part));
+            }
+            file.means.append(mean);
         }
     }
 }
