@@ -85,6 +85,9 @@ int runSimulatePass(const QStringList& words) {
     const Arguments arguments(usage, words, 0, 0);
     const QString folder = arguments.required("--out", "it names the directory of the recordings");
     const Simulator::PassRecipe recipe = readRecipe(arguments);
+    const QString problem = Simulator::problemOf(recipe);
+    if (!problem.isEmpty())
+        throw Failure{"simulate pass: " + problem};
     if (QFileInfo::exists(folder + "/settings.ini"))
         complain(folder + ": holds an earlier pass, which is overwritten");
     if (!QDir().mkpath(folder))

@@ -18,26 +18,6 @@ namespace {
 
 constexpr double kRunIn = 1000;  // travel before the first and behind the last axis, mm
 
-QString problemOf(const PassRecipe& r) {
-    const QString problems[] = {outside("wheelsets", r.wheelsets, 1, 1000),
-                                outside("diameter", r.diameter, 500, 1500),
-                                outside("turned", r.turned, 0, 100),
-                                outside("flangeWear", r.flangeWear, 0, 6),
-                                outside("hollow", r.hollow, 0, 4),
-                                outside("breakouts", r.breakouts, 0, 2 * r.wheelsets),
-                                outside("flats", r.flats, 0, 2 * r.wheelsets - r.breakouts),
-                                outside("spacing", r.spacing, 1, 100),
-                                outside("noise", r.noise, 0, 1),
-                                outside("dropouts", r.dropouts, 0, 0.5),
-                                outside("lost", r.lost, 0, 0.2),
-                                outside("falseTargets", r.falseTargets, 0, 1000)};
-    for (const QString& problem : problems) {
-        if (!problem.isEmpty())
-            return problem;
-    }
-    return {};
-}
-
 /// Where the scanner at this X sees the wheel, as an angle of the wheel in degrees.
 double angleSeenAt(double x, const WheelShape& shape) {
     constexpr double kDegrees = 180 / 3.14159265358979323846;
@@ -231,6 +211,26 @@ QByteArray passTruth(const std::vector<Wheelset>& train) {
         }
     }
     return text.toUtf8();
+}
+
+QString problemOf(const PassRecipe& r) {
+    const QString problems[] = {outside("wheelsets", r.wheelsets, 1, 1000),
+                                outside("diameter", r.diameter, 500, 1500),
+                                outside("turned", r.turned, 0, 100),
+                                outside("flangeWear", r.flangeWear, 0, 6),
+                                outside("hollow", r.hollow, 0, 4),
+                                outside("breakouts", r.breakouts, 0, 2 * r.wheelsets),
+                                outside("flats", r.flats, 0, 2 * r.wheelsets - r.breakouts),
+                                outside("spacing", r.spacing, 1, 100),
+                                outside("noise", r.noise, 0, 1),
+                                outside("dropouts", r.dropouts, 0, 0.5),
+                                outside("lost", r.lost, 0, 0.2),
+                                outside("falseTargets", r.falseTargets, 0, 1000)};
+    for (const QString& problem : problems) {
+        if (!problem.isEmpty())
+            return problem;
+    }
+    return {};
 }
 
 bool simulatePass(const PassRecipe& recipe, const QString& folder, QString* error) {

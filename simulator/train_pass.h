@@ -43,6 +43,9 @@ struct PassRecipe {
 /// The train of a recipe: wheelsets 1800 and 3400 mm apart by turns, drawn between new and worn.
 std::vector<Wheelset> trainOf(const PassRecipe& recipe);
 
+/// What is illegal in a recipe; empty where nothing is.
+QString problemOf(const PassRecipe& recipe);
+
 /// Writes pass_SERIAL.bin of every scanner, settings.ini and truth.csv into an existing folder. False and a
 /// text in `error` for an illegal recipe and for files that cannot be written. Memory holds one profile.
 bool simulatePass(const PassRecipe& recipe, const QString& folder, QString* error);
