@@ -96,7 +96,8 @@ int runScanSlice(const QStringList& words) {
     Scan sliced;
     sliced.isStack = true;
     sliced.unset = scan.unset;
-    if (sliced.stack.calcFromPointCloud(cloud, static_cast<float>(step)) == 0)
+    if (sliced.stack.calcFromPointCloud(cloud, static_cast<float>(step)) == 0 ||
+        sliced.stack.size() > mostProfiles)
         throw Failure{QString("%1: --step %2 gives more than a million profiles; take a larger one")
                           .arg(path)
                           .arg(step)};
