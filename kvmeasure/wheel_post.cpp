@@ -32,6 +32,7 @@ QString sideName(int side) { return side == Left ? "left" : "right"; }
 PostSettings::PostSettings(const QString& path) : path_(path), ini_(regularFile(path), QSettings::IniFormat) {
     if (ini_.status() != QSettings::NoError)
         fail("is no INI file");
+    requireAssignments();
     check("minProfsInWheel", 5, 1, true);
     check("calibrLines2", 0, -std::numeric_limits<float>::max(), false);
     check("polynomDegree", 20, 0, false);
@@ -43,7 +44,8 @@ PostSettings::PostSettings(const QString& path) : path_(path), ini_(regularFile(
         const int serial = ini_.value(sensorName(index) + "/SN", 0).toInt();
         if (serial == 0) {
             if (ini_.childGroups().contains(sensorName(index)))
-                fail(QString("%1/SN is missing; it ends the search for scanners").arg(sensorName(index)));
+                fail(QString("%1/SN is missing or no number; it ends the search for scanners")
+                         .arg(sensorName(index)));
             break;
         }
         isAny = true;
@@ -58,6 +60,21 @@ PostSettings::PostSettings(const QString& path) : path_(path), ini_(regularFile(
 }
 
 void PostSettings::fail(const QString& text) const { throw Failure{path_ + ": " + text}; }
+
+/// QSettings passes over what it does not understand, and a default would take the place of what was meant.
+void PostSettings::requireAssignments() const {
+    QFile file(path_);
+    openRegularFile(file);
+    bool isContinued = false;
+    for (int number = 1; !file.atEnd(); ++number) {
+        constexpr int longestLine = 100'000;
+        const QByteArray line = file.readLine(longestLine).trimmed();
+        const bool isRemark = line.isEmpty() || line.startsWith(';') || line.startsWith('#');
+        if (!isContinued && !isRemark && !line.startsWith('[') && !line.contains('='))
+            fail(QString("line %1: \"%2\" has no \"=\"").arg(number).arg(QString::fromUtf8(line.left(40))));
+        isContinued = line.endsWith('\\');
+    }
+}
 
 double PostSettings::number(const QString& key, double absent) const {
     const QVariant value = ini_.value(key);

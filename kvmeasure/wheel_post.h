@@ -19,7 +19,8 @@ bool seesSections(int index);
 QString sensorName(int index);  ///< "SENSOR4"
 QString sideName(int side);
 
-/// Throws Failure for a file that is missing, unreadable or no INI file, for a scanner with a role whose
+/// Throws Failure for a file that is missing, unreadable or no INI file, for a line
+/// without "=", for a scanner with a role whose
 /// serial number is missing or behind a gap, and for values that are no numbers or beyond their range.
 class PostSettings {
 public:
@@ -31,6 +32,7 @@ public:
 
 private:
     [[noreturn]] void fail(const QString& text) const;
+    void requireAssignments() const;
     double number(const QString& key, double absent) const;
     void check(const QString& key, double absent, double minimum, bool isWhole) const;
     void checkSensor(int index) const;
