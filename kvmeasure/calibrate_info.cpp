@@ -98,8 +98,9 @@ void describeGradient(PixelTable& table, double zRange, double xRange, Facts& fa
 int runCalibrateInfo(const QStringList& words) {
     constexpr double any = std::numeric_limits<double>::max();
     const Arguments arguments(usage, words, 1, anyNumber);
-    const double zRange = arguments.number("--z-range", KvMath::kUnitsPerRange, 0, any);
-    const double xRange = arguments.number("--x-range", KvMath::kUnitsPerRange, 0, any);
+    constexpr double smallest = 1e-6;  // mm
+    const double zRange = arguments.number("--z-range", KvMath::kUnitsPerRange, smallest, any);
+    const double xRange = arguments.number("--x-range", KvMath::kUnitsPerRange, smallest, any);
     QJsonArray json;
     const int code = forEachFile(arguments.operands(), [&](const QString& path) {
         const CalibrationForm form = calibrationForm(path);

@@ -129,6 +129,8 @@ int runCalibrateBuild(const QStringList& words) {
     const BuildPlan plan = readPlan(arguments);
     const QString out = arguments.operand(1);
     refuseOverwriting({out}, {arguments.operand(0), arguments.text("--teeth"), arguments.text("--truth")});
+    if (!arguments.has("--teeth") && (arguments.has("--tooth-pitch") || arguments.has("--tooth-height")))
+        throw Failure{"calibrate build: --tooth-pitch and --tooth-height go with --teeth RAW"};
     RawRecord record = loadRaw(arguments.operand(0));
     Progress progress("building, part", arguments.has("--teeth") ? 3 : 2);
     PixelTable table = buildTable(record, plan);

@@ -237,6 +237,8 @@ QString chosenKind(const Arguments& arguments) {
         throw Failure{"fit: say one of --line, --parabola, --circle, --plane"};
     if (arguments.has("--known-radius") && kinds[0] != "circle")
         throw Failure{"fit: --known-radius goes with --circle"};
+    if (kinds[0] == "plane" && (arguments.has("--record") || arguments.has("--columns")))
+        throw Failure{"fit: --plane takes the first XYZ record; leave --record and --columns out"};
     return kinds[0];
 }
 

@@ -33,8 +33,8 @@ QString chooseShape(const Arguments& arguments, const std::vector<QString>& shap
     for (const QString& name : shapes)
         names.append(name);
     if (!names.contains(shape))
-        throw Failure{QString("simulate: unknown shape \"%1\"%2; there are %3")
-                          .arg(shape, suggestion(shape, names), names.join(", "))};
+        throw Failure{QString("simulate: unknown shape \"%1\"; there are %2%3")
+                          .arg(shape, names.join(", "), suggestion(shape, names))};
     return shape;
 }
 
@@ -53,8 +53,8 @@ QMap<QString, double> readDimensions(const QString& text, const QString& shape,
             throw Failure{
                 QString("simulate: --dimensions: expected NAME=NUMBER, found \"%1\"").arg(part.trimmed())};
         if (!known.contains(name))
-            throw Failure{QString("simulate: --dimensions: %1 has no \"%2\"%3; it has %4")
-                              .arg(shape, name, suggestion(name, known), known.join(", "))};
+            throw Failure{QString("simulate: --dimensions: %1 has no \"%2\"; it has %3%4")
+                              .arg(shape, name, known.join(", "), suggestion(name, known))};
         values[name] = value;
     }
     return values;
