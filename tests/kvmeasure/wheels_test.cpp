@@ -169,6 +169,7 @@ TEST_F(Wheels, BadInputIsRefusedBeforeAnythingIsWritten) {
         {"wndSize=3", "wndSize=0"},
         {"wndSize=3", "wndSize=-3"},
         {"wndSize=3", "wndSize=1.5"},
+        {"wndSize=3", "wndSize 3"},
         {"maxdY=6", "maxdY=nan"},
         {"SN=1006", "NS=1006"},
         {"level_b=", "level_b=1e99"},

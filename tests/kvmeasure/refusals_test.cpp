@@ -1,0 +1,204 @@
+// What the program refuses, with the place it names, and what it leaves behind: nothing. Then features that
+// no other test of the program runs, each with a value.
+
+#include <tests/kvmeasure/program.h>
+
+#include <QtCore/QXmlStreamReader>
+
+namespace {
+
+template <class T>
+QByteArray raw(std::initializer_list<T> values) {
+    return {reinterpret_cast<const char*>(values.begin()), int(sizeof(T) * values.size())};
+}
+
+const QByteArray xyz = "property float x\nproperty float y\nproperty float z\nend_header\n";
+const QByteArray little = "ply\nformat binary_little_endian 1.0\n", ascii = "ply\nformat ascii 1.0\n";
+
+QByteArray profile(float z, const QByteArray& points) {
+    return '\x05' + raw({quint16(points.size() / 8)}) + raw({z}) + points;
+}
+
+class Refusals : public Program {
+protected:
+    void SetUp() override {
+        write("p.csv", "0,0\n1,0\n2,0\n3,0\n");
+        write("a,b", "0,0\n1,0\n2,0\n4,0\n4.1,3\n4.2,6\n");
+        write("hill.csv", "0,0\n1,0\n2,5\n3,0\n4,0\n");
+        QByteArray slope;
+        for (const float z : {0.0F, 0.5F, 1.0F})
+            slope += profile(z, raw({0.0F, 1.0F, 0.5F, 1 + z, 1.0F, 1 + 2 * z}));
+        write("slope.kvs", slope);
+        write("rod.xyz", "1 2 3\n1 4 3\n");
+        write("two.bin", '\x03' + raw({3}) + raw({1.0F, 2.0F, 7.0F, 3.0F, 4.0F, 7.0F, 5.0F, NAN, 7.0F}));
+        write("flat.bin", profile(0, raw({1.0F, 1.0F})) + '\x03' + raw({4}) + raw({0.0F, 0.0F, 1.0F}) +
+                              raw({4.0F, 0.0F, 1.0F, 0.0F, 2.0F, 1.0F, NAN, 0.0F, 1.0F}));
+    }
+
+    /// Blanks part the arguments; "~" is a blank within one.
+    Outcome runLine(const QString& line) const { return run(line.split(' ').replaceInStrings("~", " ")); }
+
+    void expectRefusedWithoutTrace(const QString& line, const char* reason) const {
+        const auto listing = [] { return QDir().entryList(QDir::AllEntries).join(' ').toStdString(); };
+        const std::string before = listing();
+        const Outcome result = runLine(line);
+        EXPECT_EQ(result.code, 2) << line.toStdString();
+        EXPECT_THAT(result.err, testing::HasSubstr(reason)) << line.toStdString();
+        EXPECT_EQ(result.out + listing(), before) << line.toStdString();
+    }
+};
+
+TEST_F(Refusals, OfScansNameTheLineTheElementOrTheVertex) {
+    const QByteArray listed = ascii + "element vertex 1\nproperty list uchar short q\n" + xyz;
+    const QByteArray face = "element face 1\nproperty list int int q\nproperty int c\n";
+    const QByteArray faces = little + face + "element vertex 1\n" + xyz;
+    const std::pair<QByteArray, const char*> cases[] = {
+        {"ply\nformat asci 1.0\n", "unknown format \"asci\""},
+        {"ply\nelement vertex 1\nend_header\n", "the line \"format ...\" is missing"},
+        {"ply\n" + QByteArray("comment\n").repeated(10'000), "its header does not end"},
+        {"ply\ncomment " + QByteArray(70'000, 'c'), "a line of its header is longer than 65536 bytes"},
+        {ascii + "element vertex one\n", "expected \"element NAME COUNT\", found \"element vertex one\""},
+        {ascii + "property float x\n", "a property without element, type or name: \"property float x\""},
+        {ascii + "element vertex 1\nproperty flot x\n", "unknown type \"flot\""},
+        {ascii + "element vertex 1\nproperty list float int q\n", "a list must be a whole number"},
+        {ascii + "elemnt vertex 1\n", "unknown line \"elemnt vertex 1\""},
+        {ascii + "element vertex 2\n" + xyz + "1 2 3\n1 b 3\n", "vertex 1: expected a number for \"y\""},
+        {ascii + "element vertex 2\n" + xyz + "1 2 3\n1 2 3 4\n", "vertex 1: has 4 numbers, expected 3"},
+        {listed + "nan 1 2 3\n", "vertex 0: its list \"q\" cannot have nan entries"},
+        {listed + "1.5 9 1 2 3\n", "cannot have 1.5 entries"},
+        {faces + raw({-1, 0}), "a list goes beyond the end"},
+        {faces + raw({1, 5}) + "abc", "the file ends within an element"},
+        {QByteArray("1 2 3\n").repeated(1000) + QByteArray("1 \0", 3), "line 1001: holds a zero byte"},
+        {QByteArray(17 << 20, '1'), "line 1: is longer than 16777216 bytes"},
+        {"scan_mm/x_mm\n", "line 1: has 0 columns"},
+        {"scan_mm/x_mm,0,\n", "line 1: column 3: has no x"},
+        {"scan_mm/x_mm,0,1\n\n,5,6\n", "line 3: column 1: has no scan position"},
+    };
+    for (const auto& [content, reason] : cases) {
+        write("bad", content);
+        expectRefusedWithoutTrace("scan info bad", reason);
+    }
+    write("good", faces + raw({1, 5, 6}) + raw({1.0F, 2.0F, 3.0F}));
+    EXPECT_THAT(run("scan info good").out, testing::HasSubstr("height, mm       2.0000 .. 2.0000"));
+}
+
+TEST_F(Refusals, OfOptionsNameThemAndLeaveNothingBehind) {
+    write("wide.bin", '\x03' + raw({65'536}) + QByteArray(12 * 65'536, '\0'));
+    const std::pair<QString, const char*> cases[] = {
+        {"scan info flat.bin --map rod.xyz", "rod.xyz: is no description of a height map"},
+        {"scan section slope.kvs --at-x 1 --at-scan 1 --out o", "say where"},
+        {"scan section slope.kvs --from 1e300,0 --to 1e300,1", "no heights along this section"},
+        {"scan section slope.kvs --at-x 1 --spacing 1e-6", "a section of 1 mm has too many points"},
+        {"scan grid slope.kvs --x 2,-2 --out o", "no point lies within the limits"},
+        {"scan plane rod.xyz", "no plane through 2 point(s)"},
+        {"scan plane slope.kvs --level", "need --out FILE"},
+        {"scan convert slope.kvs o --format stak", "not \"stak\"; did you mean \"stack\"?"},
+        {"scan convert wide.bin o", "the profile at 0 mm has 65536 points, a record holds at most 65535"},
+        {"scan convert slope.kvs o --scan-start 1", "--scan-start goes with --scan-step"},
+        {"scan slice slope.kvs o --step 1e-6", "gives more than a million profiles"},
+        {"scan slice rod.xyz o --step 1", "rod.xyz: lies at one position along the scan"},
+        {"lines slope.kvs --record 3", "slope.kvs: has 3 profile(s); there is no --record 3"},
+        {"fit flat.bin --plane --record 1", "leave --record and --columns out"},
+        {"teach p.csv --out o", "Add --lines or --longest"},
+        {"teach p.csv --length-tolerance -5% --longest 1 --out o", "not \"-5%\""},
+        {"teach p.csv --min-length 100 --lines 0 --out o", "no segments were found"},
+        {"teach p.csv --lines 0 --out o --measure p=point~0~0;p.x=length~0", "a result \"p\" already"},
+        {"teach p.csv --lines 0 --out o --measure f~far=length~0;f=far~0~1", "\"f far\" already"},
+        {"filter p.csv o --steps sort-x;resample~1~5~2", "step 2 \"resample 1 5 2\": TO (2) must be"},
+        {"filter p.csv o --steps trim-x~1~1;resample~1~0~5", "step 2 \"resample 1 0 5\": needs at least"},
+        {"filter p.csv o --steps shift~1", "DY mm is missing; expected \"shift DX mm DY mm\""},
+        {"filter p.csv o --steps median~3~4", "unexpected \"4\""},
+        {"simulate profile --out o --shape v-grove", "round; did you mean \"v-groove\"?"},
+        {"simulate profile --out o --dimensions depth=3=4", "found \"depth=3=4\""},
+        {"simulate scan --out o --noise -1", "noise: -1 is outside"},
+        {"simulate pass --out o --wheelsets 0", "wheelsets: 0 is outside 1 ... 1000"},
+        {"simulate pass --out o --speed 3 --rate 9 --spacing 3", "--spacing, or --speed and --rate"},
+        {"calibrate info p.csv --z-range 0", "--z-range must be from 1e-06"},
+        {"calibrate build p.csv o --z-range 1 --x-range 1 --tooth-pitch 2", "go with --teeth"},
+    };
+    for (const auto& [line, reason] : cases)
+        expectRefusedWithoutTrace(line, reason);
+}
+
+TEST_F(Refusals, OfTemplatesNameTheKey) {
+    ASSERT_EQ(runLine("teach a,b --lines a=0,b=1 --gap 5 --measure d=distance~a~b:+-1 --out t").code, 0);
+    const QByteArray good = read("t");
+    const char* const cases[][3] = {
+        {"\"contourGap\": 5", "\"contourGap\": -5", "search: \"contourGap\" must not be negative"},
+        {"\"contourGap\": 5", "\"contourGap\": 5, \"gap\": 5", "search: unknown key \"gap\""},
+        {"\"allowReversed\": false", "\"allowReversed\": 0", "expected true or false"},
+        {"\"first\": \"d (start)", "\"first\": \"e", "means: \"d\" is the mean of \"e\""},
+        {"\"a\",", "", "lineNames: expected 2 names"},
+        {"\"a\",", "\"b\",", "lineNames: expected texts that differ, found \"b\""},
+        {"\"upper\": 1\n", "\"upper\": -2\n", "tolerances: \"d\": \"lower\" is greater"},
+    };
+    for (const auto& [from, to, reason] : cases) {
+        ASSERT_TRUE(good.contains(from)) << from;
+        write("bad", QByteArray(good).replace(from, to));
+        expectRefusedWithoutTrace("match a,b --template bad", reason);
+    }
+    write("bad", "[]");
+    expectRefusedWithoutTrace("match a,b --template bad", "expected a JSON object");
+}
+
+TEST_F(Refusals, AreNotAllThatRunsHere) {
+    QByteArray record(1'304'000, '\0'), stack;
+    record.replace(6014, 2, raw<quint16>({3200})).replace(10'018, 4, raw<quint16>({6400, 15'616}));
+    write("few.raw", record);
+    write("zero.tbl", QByteArray(2'592'000, '\0'));
+    for (int i = 0; i < 4500; ++i) {
+        const float step = i % 500 == 7 ? 6.0F : 2.0F + 0.01F * float(i % 7);
+        const QByteArray level = raw({0.0F, 1.0F, step, 1.0F, 2 * step, 1.0F, 3 * step, 1.0F});
+        stack += profile(float(i), i % 2 == 1 && i > 1000 && i < 1400 ? QByteArray() : level);
+    }
+    write("long.kvs", stack);
+    QString many = "0=length~0";
+    for (int i = 1; i < 45; ++i)
+        many += QString(";%1=length~0").arg(i);
+    const QString size = "n=length~0;x=intersection~0~0 --out n", kinds = "d=distance~0~1:+-1;i=point~1~0";
+    const std::tuple<QString, int, const char*, QByteArray> cases[] = {
+        {"filter hill.csv o --steps cut-above~1~1", 0, "o", "y_mm\n0,0\n1,0\n3,0\n4,0\n"},
+        {"filter hill.csv o --steps cut-below~0~1", 0, "o", "y_mm\n2,5\n"},
+        {"filter hill.csv o --steps spikes-polar~2~90", 0, "o", "y_mm\n0,0\n1,0\n3,0\n4,0\n"},
+        {"filter hill.csv o --steps smooth-polar~-~3~1", 0, "o", "y_mm\n0,0\n2.12838"},
+        {"filter hill.csv o --steps remove-straight~2~0.9~9~1", 0, "o", "y_mm\n0,0\n1,0\n2,5\n3,0\n"},
+        {"filter hill.csv o --steps trim-x~9~-;resample~1", 0, "", "0        0"},
+        {"filter two.bin o --steps sort-x", 0, "o", read("two.bin").left(29).replace(1, 1, "\x02")},
+        {"scan section slope.kvs --at-x 0.5 --out o --svg 1.svg", 0, "o", "0,1\n0.5,1.5\n1,2\n"},
+        {"fit flat.bin --plane --svg 2.svg --json", 0, "", "\"standardError\": null,\n    \"unset\": 1"},
+        {"info -- p.csv", 0, "", "points       4"},
+        {"teach a,b --lines 0,1 --gap 5 --svg 3.svg --json --out o --measure " + kinds, 0, "", "-1.99888"},
+        {"teach a,b --lines 0 --gap 5 --length-tolerance 9 --any-inclination --measure " + size, 0, "n",
+         ": 13"},
+        {"match a,b hill.csv --template n --csv --svg 4.svg --all", 1, "", "\"a,b\",,best,6.0033"},
+        {"teach p.csv --lines 0 --out m --length-tolerance 999% --measure " + many, 0, "", "44"},
+        {"match p.csv --template m --svg 5.svg --trend 6.svg", 0, "", "3.0000"},
+        {"teach p.csv --lines 0 --out e --length-tolerance 999% --measure length~0", 0, "", "3.0000"},
+        {"match long.kvs --template e --trend 7.svg --csv", 1, "", "found in 4300 of 4500"},
+        {"simulate profile --out o --svg 8.svg --json", 0, "", "\"value\": 8.485281374"},
+        {"simulate scan --out o --svg 9.svg --json", 0, "", "\"shape\": \"grooved-plate\""},
+        {"calibrate info few.raw", 0, "", "line           3 .. 5\nsteps with a line             7 .. 9\n"},
+        {"calibrate info zero.tbl --z-range 100", 0, "", "Z, mm per sensor row  0 .. 0"},
+        {"simulate pass --wheelsets 2 --speed 6 --rate 200 --lost .15 --seed 7 --out t --json", 0, "", ": 2"},
+        {"wheels detect t t/pass_1001.bin --join 1", 0, "", "SENSOR1   pass_1001.bin"},
+        {"wheels pass t --kind loko --join 1", 1, "", "records 30 to 35, a second run at one wheelset"},
+    };
+    for (const auto& [line, code, file, words] : cases) {
+        const Outcome result = runLine(line);
+        EXPECT_EQ(result.code, code) << line.toStdString() << result.err;
+        const std::string found = *file == '\0' ? result.out : read(file).toStdString();
+        EXPECT_THAT(found, testing::HasSubstr(words.toStdString())) << line.toStdString();
+    }
+    const std::pair<const char*, const char*> pictures[] = {
+        {"1.svg", "along scan"},       {"2.svg", "from the plane"}, {"3.svg", "taught on a,b"},
+        {"4-a,b.svg", "quot;n&quot;"}, {"5.svg", "... more in"},    {"6.svg", "5 more in"},
+        {"7.svg", "8 beyond the"},     {"8.svg", "d v-groove"},     {"9.svg", "d grooved-plate"}};
+    for (const auto& [name, words] : pictures) {
+        QXmlStreamReader xml(read(name));
+        while (!xml.atEnd())
+            xml.readNext();
+        EXPECT_TRUE(!xml.hasError() && read(name).contains(words)) << name;
+    }
+}
+
+}  // namespace
