@@ -3,8 +3,8 @@
 // own.
 //
 // The peers work in full double precision, column by column (Eigen) or row by row (GSL); svdcmp keeps its
-// own order of rotations. Inputs are restored within the measured loop on all sides, and small problems change
-// from round to round: the processor would learn the branches of a single one by heart.
+// own order of rotations. Inputs are restored within the measured loop on all sides, and small problems
+// change from round to round: the processor would learn the branches of a single one by heart.
 
 #include <benchmarks/numerics_peers.h>
 #include <kvmath/numerics/fitting.h>
