@@ -68,7 +68,9 @@ void PostSettings::requireAssignments() const {
     bool isContinued = false;
     for (int number = 1; !file.atEnd(); ++number) {
         constexpr int longestLine = 100'000;
-        const QByteArray line = file.readLine(longestLine).trimmed();
+        QByteArray line = file.readLine(longestLine).trimmed();
+        if (number == 1 && line.startsWith("\xEF\xBB\xBF"))  // UTF-8, as some editors mark it
+            line.remove(0, 3);
         const bool isRemark = line.isEmpty() || line.startsWith(';') || line.startsWith('#');
         if (!isContinued && !isRemark && !line.startsWith('[') && !line.contains('='))
             fail(QString("line %1: \"%2\" has no \"=\"").arg(number).arg(QString::fromUtf8(line.left(40))));

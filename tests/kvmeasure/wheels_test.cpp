@@ -182,7 +182,7 @@ TEST_F(Wheels, BadInputIsRefusedBeforeAnythingIsWritten) {
         replace("train/settings.ini", before, after);
         expectRefused("wheels pass train", "train/settings.ini: ");
     }
-    write("train/settings.ini", good);
+    write("train/settings.ini", "\xEF\xBB\xBF" + QByteArray(good).replace("\n", "\r\n"));  // read as well
     const std::pair<const char*, const char*> refusals[] = {
         {"wheels", "which command"},
         {"wheels passs train", "did you mean \"pass\""},
