@@ -1,7 +1,7 @@
 #include "kvmeasure/arguments.h"
 #include "kvmeasure/commands.h"
 #include "kvmeasure/failure.h"
-#include "kvmeasure/measure_spec.h"
+#include "kvmeasure/measure_expression.h"
 #include "kvmeasure/output_file.h"
 #include "kvmeasure/plot.h"
 #include "kvmeasure/print.h"

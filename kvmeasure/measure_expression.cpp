@@ -1,4 +1,4 @@
-#include "kvmeasure/measure_spec.h"
+#include "kvmeasure/measure_expression.h"
 
 #include "kvmeasure/arguments.h"
 #include "kvmeasure/failure.h"
