@@ -36,7 +36,7 @@ import sys
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 UNITS = {"ns": 1e-9, "us": 1e-6, "µs": 1e-6, "ms": 1e-3, "s": 1.0}
 HEADLINES = re.compile(r"(<!-- speed -->\n).*?(<!-- /speed -->)", re.DOTALL)
-LEVEL = 1.05  # ratios below this are called level
+LEVEL = 1.05  # ratios below this are called level, and so are times whose quartiles overlap
 LIBRARIES = ("qtbase5-dev", "qt6-base-dev", "libbenchmark-dev", "libeigen3-dev", "libgsl-dev", "libpcl-dev", "libopencv-dev",
              "libcgal-dev")
 
@@ -49,7 +49,8 @@ class Run:
         self.count = len(times)
         self.time = statistics.median(times)
         quartiles = statistics.quantiles(times, n=4) if self.count > 1 else [self.time] * 3
-        self.spread = (quartiles[2] - quartiles[0]) / 2 / self.time
+        self.low, self.high = quartiles[0], quartiles[2]
+        self.spread = (self.high - self.low) / 2 / self.time
         self.counters = rows[0]
         rate = [row["items_per_second"] for row in rows if "items_per_second" in row]
         self.rate = statistics.median(rate) if rate else None
@@ -130,14 +131,19 @@ def size_text(size):
     return " x ".join(f"{int(part):,}" if part.isdigit() else part for part in re.split("[/ ]", size))
 
 
-def against(own, other, name):
-    """own beside other, in words."""
+def faster(own, other, name):
+    """Two times beside each other, in words."""
     ratio = own / other
-    if 1 / LEVEL < ratio < LEVEL:
-        return f"level with {name}"
     factor = ratio if ratio > 1 else 1 / ratio
     text = f"{factor:.2f}" if factor < 1.15 else times_text(factor)
     return f"behind {name} by {text} times" if ratio > 1 else f"{text} times as fast as {name}"
+
+
+def against(own, other, name):
+    """Run own beside run other, in words: level where the run does not tell them apart."""
+    is_close = 1 / LEVEL < own.time / other.time < LEVEL
+    do_overlap = own.count > 1 and other.count > 1 and own.low <= other.high and other.low <= own.high
+    return f"level with {name}" if is_close or do_overlap else faster(own.time, other.time, name)
 
 
 def verdict(row, own, others):
@@ -145,20 +151,20 @@ def verdict(row, own, others):
     parts = []
     if "goal" in row:
         number, unit = row["goal"].split()
-        parts.append(against(own.time, float(number) * UNITS[unit], f"the goal of {number} {unit.replace('us', 'µs')}"))
+        parts.append(faster(own.time, float(number) * UNITS[unit], f"the goal of {number} {unit.replace('us', 'µs')}"))
     if others.get("plain pass"):
         ratio = own.time / others["plain pass"].time
         parts.append(f"takes {times_text(ratio) if ratio >= 0.95 else f'{ratio:.2f}'} plain passes")
     if others.get("plain form"):
-        parts.append(against(own.time, others["plain form"].time, "the plain form"))
+        parts.append(against(own, others["plain form"], "the plain form"))
     for key, run in others.items():
         if run and key.startswith("build "):
-            parts.append(against(own.time, run.time, f"the build {title(key)}"))
+            parts.append(against(own, run, f"the build {title(key)}"))
     peers = {key: run for key, run in others.items() if run and key.startswith("peer ")}
     if peers:
         best = min(peers, key=lambda key: peers[key].time)
         name = title(best)
-        parts.append(against(own.time, peers[best].time, name if len(peers) == 1 else f"the best peer, {name}"))
+        parts.append(against(own, peers[best], name if len(peers) == 1 else f"the best peer, {name}"))
     if not parts and own.rate:
         parts.append(f"{three_digits(1e9 / own.rate)} ns {row.get('item', 'a point')}")
     return ", ".join(parts) or "stands alone"
@@ -227,6 +233,12 @@ def growth_of(found, row):
                      if size.isdigit() and float(size) >= float(row.get("fit", 0))])
 
 
+def fitted_from(found, row):
+    """" from 1,000 on" where smaller sizes are shown that the growth leaves out."""
+    least = float(row.get("fit", 0))
+    return f" from {least:,.0f} on" if any(float(size) < least for size in found if size.isdigit()) else ""
+
+
 def growth_line(row, own, others):
     exponents = {key: growth_of(found, row) for key, found in {"": own, **others}.items()}
     if exponents[""] is None:
@@ -234,7 +246,7 @@ def growth_line(row, own, others):
     cells = {key: f"n^{value:.2f}" for key, value in exponents.items() if value is not None}
     known = [f"the {key} as {cells[key]}" if key in COMPARED else f"{title(key)} as {cells[key]}"
              for key in others if key in cells and key != "plain pass"]
-    return cells, ", ".join([f"grows as {cells['']}", *known])
+    return cells, ", ".join([f"grows as {cells['']}{fitted_from(own, row)}", *known])
 
 
 class Table:
@@ -382,11 +394,11 @@ def describe(build):
 
 def machine_text(folder, runs):
     facts = json.loads((folder / "machine.json").read_text(encoding="utf-8"))
-    spreads = sorted(run.spread for run in runs.values() if run.count > 1)
+    spreads = sorted(run.spread for run in runs.values() if run.count > 1)  # others ran once
     if spreads:
         half, most = (100 * spreads[int(share * (len(spreads) - 1))] for share in (0.5, 0.9))
         facts["spread"] = (f"half the distance of the quartiles: below {half:.1f} % of the median in half of the "
-                           f"{len(runs)} benchmarks, below {most:.1f} % in nine of ten")
+                           f"{len(spreads)} benchmarks, below {most:.1f} % in nine of ten")
     lines = ["| | |", "|---|---|", *(f"| {key} | {value} |" for key, value in facts.items())]
     commands = (folder / "commands.txt").read_text(encoding="utf-8").splitlines()
     return [*lines, "", *(f"    {command}" for command in commands)]
@@ -420,19 +432,22 @@ def self_test():
                  "time_unit": "us", **more} for time in times]
 
     runs = {f"a {name}": Run(rows(name, times)) for name, times in {
-        "Own/10": [1, 2, 9], "Own/100": [20] * 3, "Own/1000": [200] * 3, "Peer/10": [4] * 3, "Peer/1000": [100] * 3,
+        "Own/1": [1] * 3, "Own/10": [1.9, 2, 2.2], "Own/100": [20] * 3, "Own/1000": [200] * 3,
+        "Peer/10": [4] * 3, "Peer/100": [18, 22, 30], "Peer/1000": [100] * 3,
         "Slow/10": [2000], "Grid/2/3": [5] * 3, "Other/10": [24] * 3, "Other/100": [20] * 3}.items()}
-    text = ("prose stays\n```table points\nlabel\n  time: a Own/*\n  plain form: a Slow/*\n  peer P: a Peer/*\n  headline: own @ 10\n"
+    text = ("prose stays\n```table points\nlabel\n  time: a Own/*\n  plain form: a Slow/*\n  peer P: a Peer/*\n  headline: own @ 10\n  fit: 10\n"
             "  why: reason\n    goes on\nnone\n  time: a Missing\n```\n```matrix m n\nx\n  time: a Grid/{row}/{column}\n```\n"
             "```table points: on B\nmoved\n  time: a Own/*\n  build on A: a Other/*\n  peer P: a Peer/*\n  only: 10 100\n```\n")
     made = document(text, runs, [])
     for expected in ("prose stays\n| operation | points | KvMath | plain form | P |",
-                     "| label | 10 | 2.00 µs | 2.00 ms once (0.001) | 4.00 µs (0.50) |  |  | 1,000 times as fast as the plain form, "
-                     "2.0 times as fast as P. |", "|  | 1,000 | 200 µs |  | 100 µs (2.00) |  |  | Behind P by 2.0 times. |",
-                     "|  | growth | n^1.00 |  |  |  |  | Grows as n^1.00; reason goes on. |",
+                     "| label | 1 | 1.00 µs |", "|  | 10 | 2.00 µs | 2.00 ms once (0.001) | 4.00 µs (0.50) |  |  | 1,000 times as fast as the plain form, "
+                     "2.0 times as fast as P. |", "|  | 100 | 20.0 µs |  | 22.0 µs (0.91) |  |  | Level with P. |",
+                     "|  | 1,000 | 200 µs |  | 100 µs (2.00) |  |  | Behind P by 2.0 times. |",
+                     "|  | growth | n^1.00 |  | n^0.70 |  |  | Grows as n^1.00 from 10 on, P as n^0.70; reason goes on. |",
                      "| none |  | absent |", "| 2 | 5.00 µs |  |", "| operation | points | on B | on A | P |",
                      "| moved | 10 | 2.00 µs | 24.0 µs (0.083) | 4.00 µs (0.50) |  |  | 12 times as fast as the build on A, 2.0 times "
-                     "as fast as P. |", "|  | 100 | 20.0 µs | 20.0 µs (1.00) |  |  |  | Level with the build on A. |"):
+                     "as fast as P. |", "|  | 100 | 20.0 µs | 20.0 µs (1.00) | 22.0 µs (0.91) |  |  | Level with the build on A, "
+                     "level with P. |"):
         assert expected in made, f"not found: {expected}\nin:\n{made}"
     assert headlines(text, runs).endswith("| own | 2.00 µs | 2.0 times as fast as P |\n"), headlines(text, runs)
     print("benchmark_report: tables, verdicts and growth as expected")
