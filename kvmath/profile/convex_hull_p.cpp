@@ -21,6 +21,41 @@ bool turnsLeft(const Vector& a, const Vector& b, const Vector& c) {
     return dot(turned(difference(b, a)), difference(c, a)) > 0.0;
 }
 
+/// Leaves out points that are not right of the way between their neighbours: never corners of the chain.
+/// Noise turns left and right without a pattern, so that a branch at every point costs more than to go over
+/// all of them without one, and over the half that stays again.
+void thinOut(std::vector<Vector>& points) {
+    constexpr size_t kFew = 32;
+    for (bool isWorthwhile = true; isWorthwhile && points.size() > kFew;) {
+        const size_t before = points.size();
+        size_t kept = 1;
+        Vector last = points.front();
+        for (size_t i = 1; i + 1 < before; ++i) {
+            const Vector p = points[i];
+            points[kept] = p;
+            kept += turnsLeft(last, p, points[i + 1]) ? 1 : 0;
+            last = p;
+        }
+        points[kept++] = points.back();
+        points.resize(kept);
+        isWorthwhile = kept < before - before / 8;
+    }
+}
+
+/// Corners with a left turn from the first place to the last of places in order.
+template <class Iterator>
+std::vector<Vector> chain(Iterator first, Iterator last) {
+    std::vector<Vector> points(first, last);
+    thinOut(points);
+    std::vector<Vector> corners;
+    for (const Vector& p : points) {
+        while (corners.size() >= 2 && !turnsLeft(corners[corners.size() - 2], corners.back(), p))
+            corners.pop_back();
+        corners.push_back(p);
+    }
+    return corners;
+}
+
 /// Unit vector, turned by multiples of 90 degrees into 0 <= angle < 90: the box is the same.
 Vector inFirstQuadrant(Vector v) {
     const double length = std::hypot(v.x, v.y);
@@ -37,24 +72,16 @@ std::vector<Vector> convexHull(std::vector<Vector> points) {
     const auto before = [](const Vector& a, const Vector& b) {
         return a.x < b.x || (a.x == b.x && a.y < b.y);
     };
-    if (!std::is_sorted(points.begin(), points.end(), before))  // a scanner line is
+    const auto isNotBefore = [&before](const Vector& a, const Vector& b) { return !before(a, b); };
+    if (std::adjacent_find(points.begin(), points.end(), isNotBefore) != points.end()) {  // no scanner line
         std::sort(points.begin(), points.end(), before);
-    const auto same = [](const Vector& a, const Vector& b) { return a.x == b.x && a.y == b.y; };
-    points.erase(std::unique(points.begin(), points.end(), same), points.end());
+        points.erase(std::unique(points.begin(), points.end(), isNotBefore), points.end());
+    }
     if (points.size() < 3)
         return points;
-    std::vector<Vector> hull;
-    const auto extend = [&hull](const Vector& p, size_t keep) {
-        while (hull.size() >= keep + 2 && !turnsLeft(hull[hull.size() - 2], hull.back(), p))
-            hull.pop_back();
-        hull.push_back(p);
-    };
-    for (const Vector& p : points)
-        extend(p, 0);
-    const size_t lower = hull.size() - 1;
-    for (auto p = points.rbegin() + 1; p != points.rend(); ++p)
-        extend(*p, lower);
-    hull.pop_back();  // the first point again
+    std::vector<Vector> hull = chain(points.begin(), points.end());
+    const std::vector<Vector> back = chain(points.rbegin(), points.rend());
+    hull.insert(hull.end(), back.begin() + 1, back.end() - 1);
     return hull;
 }
 

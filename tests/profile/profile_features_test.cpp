@@ -19,7 +19,7 @@ TEST(ProfileRect, FindsTheTurnedRectangleThatWasFilled) {
     for (int round = 0; round < 100; ++round) {
         const float angle = static_cast<float>(draws.real(0, 89.9));
         KvProfile p = profileOf({{-20, -5}, {20, -5}, {20, 5}, {-20, 5}});
-        for (int i = draws.integer(0, 50); i > 0; --i)
+        for (int i = draws.integer(0, 200); i > 0; --i)
             p.points.append(KvPointXY(float(draws.real(-20, 20)), float(draws.real(-5, 5))));
         p.rotateEvklid(angle);
         p.points.append(KvPointXY());
@@ -37,8 +37,8 @@ TEST(ProfileRect, NoAngleOfASweepIsBetter) {
     Draws draws(2302);
     for (int round = 0; round < 60; ++round) {
         const bool onGrid = draws.chance(0.5);
-        KvProfile p = randomProfile(draws, onGrid ? draws.integer(3, 40) : 0, 0);
-        for (int i = onGrid ? 0 : draws.integer(3, 40); i > 0; --i)
+        KvProfile p = randomProfile(draws, onGrid ? draws.integer(3, 150) : 0, 0);
+        for (int i = onGrid ? 0 : draws.integer(3, 150); i > 0; --i)
             p.points.append(KvPointXY(float(draws.normal(3)), float(draws.normal(1))));
         float width = 0, height = 0, used = 0;
         ASSERT_TRUE(p.calcRect(&width, &height, &used, kNaN) && p.calcRect(nullptr, nullptr, nullptr, kNaN));
