@@ -19,8 +19,9 @@ write_basic_package_version_file(KvMathConfigVersion.cmake COMPATIBILITY SameMaj
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/KvMathConfig.cmake ${CMAKE_CURRENT_BINARY_DIR}/KvMathConfigVersion.cmake
         DESTINATION ${package_dir} COMPONENT development)
 file(RELATIVE_PATH kvmath_prefix_from_pc /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)  # the package may be moved
-configure_file(cmake/kvmath.pc.in kvmath.pc @ONLY)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/kvmath.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+configure_file(cmake/kvmath.pc.in ${KVMATH_FILE_NAME}.pc @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${KVMATH_FILE_NAME}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
+        COMPONENT development)
 
 if(KVMATH_BUILD_KVMEASURE)
     install(TARGETS kvmeasure RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT program)

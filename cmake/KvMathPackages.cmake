@@ -1,8 +1,17 @@
-# Debian packages: libkvmath2, libkvmath-dev, kvmeasure. "cpack" in the build tree makes them, scripts/package as they
-# are meant to be shipped: under /usr, in the machine's own library directory.
+# Debian packages: libkvmath2, libkvmath-dev, kvmeasure; on Qt 6 libkvmath-qt6-2, libkvmath-qt6-dev, kvmeasure. "cpack"
+# in the build tree makes them, scripts/package as they are meant to be shipped: under /usr, in the machine's own
+# library directory.
 set(debian_release 1)
 set(debian_version ${PROJECT_VERSION}-${debian_release})
-set(kvmath_library_package libkvmath${PROJECT_VERSION_MAJOR})
+set(kvmath_library_package lib${KVMATH_FILE_NAME}${PROJECT_VERSION_MAJOR})
+set(kvmath_development_package lib${KVMATH_FILE_NAME}-dev)
+set(qt_development qtbase5-dev)
+set(other_development libkvmath-qt6-dev)
+if(KVMATH_QT_MAJOR EQUAL 6)
+    set(kvmath_library_package lib${KVMATH_FILE_NAME}-${PROJECT_VERSION_MAJOR})  # two numbers are parted
+    set(qt_development qt6-base-dev)
+    set(other_development libkvmath-dev)
+endif()
 set(kvmath_components library development)
 if(KVMATH_BUILD_KVMEASURE)
     list(APPEND kvmath_components program)
@@ -26,6 +35,10 @@ set(CPACK_DEBIAN_PACKAGE_RELEASE ${debian_release})
 set(CPACK_DEBIAN_PACKAGE_SOURCE kvmath)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+if(CMAKE_CROSSCOMPILING AND CMAKE_LIBRARY_ARCHITECTURE)  # else CPack takes the builder's
+    execute_process(COMMAND dpkg-architecture --host-type ${CMAKE_LIBRARY_ARCHITECTURE} --query DEB_HOST_ARCH
+                    OUTPUT_VARIABLE CPACK_DEBIAN_PACKAGE_ARCHITECTURE OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)
+endif()
 
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
@@ -41,11 +54,8 @@ wheelsets from train passes; builds and applies calibration tables.
 
 This package holds the shared library.")
 
-set(qt_development qtbase5-dev)
-if(KVMATH_QT_MAJOR EQUAL 6)
-    set(qt_development qt6-base-dev)
-endif()
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libkvmath-dev)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME ${kvmath_development_package})
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_CONFLICTS ${other_development})  # same headers, same package for CMake
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
     "${kvmath_library_package} (= ${debian_version}), ${qt_development} (>= ${KVMATH_QT_VERSION})")
@@ -68,7 +78,7 @@ checks calibration tables; simulates all of these with known dimensions.")
 
 # Packages of several architectures may lie side by side only where their libraries do; KvMathMendPackages.cmake reads it.
 if(CMAKE_LIBRARY_ARCHITECTURE AND CMAKE_INSTALL_LIBDIR MATCHES "/${CMAKE_LIBRARY_ARCHITECTURE}$")
-    set(CPACK_KVMATH_MULTI_ARCH_SAME ${kvmath_library_package} libkvmath-dev)
+    set(CPACK_KVMATH_MULTI_ARCH_SAME ${kvmath_library_package} ${kvmath_development_package})
 endif()
 
 # Documents in the place where Debian expects them; a plain installation goes without.
@@ -81,6 +91,7 @@ foreach(component IN LISTS kvmath_components)
     install(FILES ${CMAKE_CURRENT_BINARY_DIR}/debian_changelog RENAME changelog.Debian
             DESTINATION ${documents} COMPONENT ${component} EXCLUDE_FROM_ALL)
 endforeach()
-install(FILES cmake/debian/libkvmath-dev.overrides RENAME libkvmath-dev COMPONENT development EXCLUDE_FROM_ALL
-        DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides)
+configure_file(cmake/debian/development.overrides.in debian_overrides @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/debian_overrides RENAME ${kvmath_development_package}
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides COMPONENT development EXCLUDE_FROM_ALL)
 include(CPack)

@@ -17,7 +17,7 @@ def output_of(*command):
 
 def main(library, soname):
     names = [line.split(None, 2)[2] for line in output_of("nm", "-DC", "--defined-only", library).splitlines()]
-    names = [name for name in names if not re.fullmatch(r"KVMATH_\d+(@@KVMATH_\d+)?", name)]
+    names = [name for name in names if not re.fullmatch(r"(KVMATH_(?:QT6_)?\d+)(@@\1)?", name)]
     strangers = [name for name in names if not INTERFACE.match(name)]
     for name in strangers:
         print(f"exported, but not of the interface: {name}")
