@@ -1,5 +1,5 @@
 // Files of raw records and tables, short, full and too long: what was loaded is saved and loaded again
-// unchanged.
+// unchanged. One of the forms at a time, seldom profiles of both: each takes milliseconds.
 
 #include "fuzz/calibration_data.h"
 #include "fuzz/scratch_file.h"
@@ -10,32 +10,97 @@
 
 #include <algorithm>
 
-int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    static Fuzz::Columns record(KvMath::kCalibrationSteps);
-    static std::vector<double> parameters(KvMath::kCalibrationSteps);
-    static std::vector<unsigned short> table(KvMath::kTableCells), again(KvMath::kTableCells);
-    static std::vector<KvMath::KvProfile> profiles(KvMath::kCalibrationSteps);
-    Fuzz::Input input(data, size);
-    // A file of full size is the few bytes over and over.
-    const int copies = input.below(8) == 7 ? 2'600'000 / int(size) : 1;
-    const int cut = input.byte();
-    const QByteArray bytes = input.rest().repeated(copies);
-    const QString path = Fuzz::scratchFile("in", bytes.left(bytes.size() - std::min(cut, int(bytes.size()))));
-    const QString out = Fuzz::scratchPath("out");
+namespace {
 
-    Fuzz::require(KvMath::loadRawCbrDataFromFile(record.rows(), parameters.data(), path), "a file opens");
-    Fuzz::require(KvMath::saveRawCbrDataToFile(record.rows(), parameters.data(), out), "a record is saved");
-    Fuzz::require(QFile(out).size() == 1'304'000, "a record has its size");
-    Fuzz::require(KvMath::loadTableFromFile(table.data(), path) &&
-                      KvMath::saveTableToFile(table.data(), out) &&
-                      KvMath::loadTableFromFile(again.data(), out) && table == again,
-                  "a table comes back");
-    KvMath::saveTableToFile(table.data(), input.raw<uint16_t>() - 100, out);
-    if (copies > 1) {
-        KvMath::calcProfsFromDtf(table.data(), record.rows(), input.number(), input.number(),
-                                 profiles.data());
-        for (KvMath::KvProfile& profile : profiles)
+using namespace KvMath;
+
+struct Record {
+    Fuzz::Columns columns{kCalibrationSteps};
+    std::vector<double> parameters = std::vector<double>(kCalibrationSteps);
+
+    bool load(const QString& path) { return loadRawCbrDataFromFile(columns.rows(), parameters.data(), path); }
+    bool operator==(const Record& other) const {
+        return columns.cells() == other.columns.cells() &&
+               std::memcmp(parameters.data(), other.parameters.data(), kCalibrationSteps * sizeof(double)) ==
+                   0;
+    }
+};
+
+/// What is loaded from the file `in`, saved to `out`, and loaded again.
+struct Desk {
+    Record record, recordAgain;
+    std::vector<unsigned short> table = std::vector<unsigned short>(kTableCells), tableAgain = table;
+    const std::vector<unsigned short> noCells = std::vector<unsigned short>(kTableCells + 1, kEmptyCell),
+                                      noPositions = std::vector<unsigned short>(kTableCells + 1);
+    std::vector<KvProfile> profiles = std::vector<KvProfile>(kCalibrationSteps);
+    QString in, out = Fuzz::scratchPath("out");
+
+    /// Cells as they stand in the file, then the value for those that are missing.
+    static void requireCells(const std::vector<unsigned short>& cells, const QByteArray& file,
+                             const std::vector<unsigned short>& missing) {
+        const size_t held = std::min(size_t(file.size()) / 2, cells.size());
+        const auto* bytes = reinterpret_cast<const unsigned char*>(file.constData());
+        bool areEqual = std::memcmp(cells.data() + held, missing.data(), 2 * (cells.size() - held)) == 0;
+        for (size_t i = 0; i < held && areEqual; ++i)
+            areEqual = cells[i] == (bytes[2 * i] | bytes[2 * i + 1] << 8);
+        Fuzz::require(areEqual, "what a file holds is loaded, the rest is missing");
+    }
+    void loadRecord(const QByteArray& file) {
+        Fuzz::require(record.load(in), "a file opens");
+        requireCells(record.columns.cells(), file, noPositions);
+    }
+    void loadTable(const QByteArray& file) {
+        Fuzz::require(loadTableFromFile(table.data(), in), "a file opens");
+        requireCells(table, file, noCells);
+    }
+    void passRecord() {
+        Fuzz::require(record.load(in), "a file opens");
+        Fuzz::require(saveRawCbrDataToFile(record.columns.rows(), record.parameters.data(), out),
+                      "a record is saved");
+        Fuzz::require(QFile(out).size() == 1'304'000, "a record has its size");
+        Fuzz::require(recordAgain.load(out) && record == recordAgain, "a record comes back");
+    }
+    void passTable() {
+        Fuzz::require(loadTableFromFile(table.data(), in) && saveTableToFile(table.data(), out) &&
+                          loadTableFromFile(tableAgain.data(), out) && table == tableAgain,
+                      "a table comes back");
+    }
+    void savePart(int count) {
+        Fuzz::require(loadTableFromFile(table.data(), in) && saveTableToFile(table.data(), count, out),
+                      "a part is saved");
+        Fuzz::require(QFile(out).size() == 2 * std::max(count, 0), "a part has its size");
+    }
+    void makeProfiles(double zRange, double xRange) {
+        Fuzz::require(record.load(in) && loadTableFromFile(table.data(), in), "a file opens");
+        calcProfsFromDtf(table.data(), record.columns.rows(), zRange, xRange, profiles.data());
+        for (KvProfile& profile : profiles)
             profile.clear();
     }
+};
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    static Desk desk;
+    Fuzz::Input input(data, size);
+    const int operation = input.byte();
+    // A file of full size is the few bytes over and over.
+    const bool isFull = input.below(16) == 15 || operation >= 252;
+    const int cut = input.byte();
+    const QByteArray bytes = input.rest().repeated(isFull && size > 0 ? 2'600'000 / int(size) : 1);
+    const QByteArray file = bytes.left(bytes.size() - std::min(cut, int(bytes.size())));
+    desk.in = Fuzz::scratchFile("in", file);
+    if (operation < 128)
+        desk.loadRecord(file);
+    else if (operation < 192)
+        desk.loadTable(file);
+    else if (operation < 216)
+        desk.passRecord();
+    else if (operation < 232)
+        desk.passTable();
+    else if (operation < 252)
+        desk.savePart(input.raw<uint16_t>() - 100);
+    else
+        desk.makeProfiles(input.number(), input.number());
     return 0;
 }

@@ -5,12 +5,15 @@
 #include "tests/support/groove_template.h"
 
 #include <kvmath/profile/profile_zset.h>
+#include <kvmath/tsearch/template_document.h>
 
 #include <QtCore/QDataStream>
 #include <QtCore/QDir>
 #include <QtCore/QFile>
+#include <QtCore/QJsonDocument>
 
 #include <cstdint>
+#include <initializer_list>
 
 namespace {
 
@@ -51,6 +54,34 @@ void putTemplates() {
         R"([{"measurementType":"Line point","measureLineIndex":0,"position":0.5}])");
 }
 
+/// A document with every kind of constraint and measurement.
+void putDocument() {
+    using namespace KvMath;
+    TSTemplate lines(3);
+    for (TSConstraint* constraint : std::initializer_list<TSConstraint*>{
+             new TSCLength(0, 1, 9), new TSCInclinationAngle(1, -1, 1), new TSCEndPointDistance(0, 1, 0, 2),
+             new TSCEndPointDistanceWithCheck(1, 2, 0, 2),
+             new TSCRotationAngle(0, 2, 0.1, 3, TSCRotationAngle::Clockwise),
+             new TSCEndPointShiftInDirection(0, 2, -5, 5, 0.5, true)})
+        lines.addConstraint(constraint);
+    TSMeasurementList list;
+    for (TSMeasurement* measurement : std::initializer_list<TSMeasurement*>{
+             new TSUMLength(0, "a"), new TSUMInclinationAngle(1, "b"), new TSUMRotationAngle(0, 1, "c"),
+             new TSUMAngleBetweenLines(1, 2, "d"), new TSUMLinePoint(2, 0.5, "e"),
+             new TSUMLinesIntersection(0, 2, "f"), new TSUMPointBetween2Points(0, 1, true, false, 0.5, "g"),
+             new TSUMEndPointShiftInDirection(0, 1, true, false, 2, true, 0.5, "h"),
+             new TSUMFarLineInDirection({1, 0}, "i", "j", "k")})
+        list.addMeasurement(measurement);
+    QVariant map;
+    saveTemplate(map, lines, list, "1", "2", "name");
+    put("template_map", "document", QJsonDocument::fromVariant(map).toJson(QJsonDocument::Compact));
+    QByteArray both;
+    QDataStream stream(&both, QIODevice::WriteOnly);
+    lines.save(stream);
+    list.save(stream);
+    put("template_stream", "document", both);
+}
+
 void putTexts() {
     put("host_files", "grid", "scan,0,1\n0,5,6\n1,7,\n");
     put("host_files", "ply",
@@ -75,6 +106,7 @@ int main(int argc, char** argv) {
         return 2;
     putStack();
     putTemplates();
+    putDocument();
     putTexts();
     for (int i = 2; i < argc; ++i)
         putNoise(argv[i]);

@@ -1,6 +1,8 @@
-// Template documents as they come out of JSON: what was loaded is saved and loaded again unchanged.
+// Template documents as they come out of JSON: what was loaded is saved and loaded again unchanged. Numbers
+// to judge and measure with follow the text behind a 0 byte.
 
 #include "fuzz/fuzz_input.h"
+#include "fuzz/json_mutator.h"
 #include "fuzz/template_use.h"
 
 #include <kvmath/tsearch/template_document.h>
@@ -23,8 +25,9 @@ struct Document {
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    Fuzz::Input input(data, size);
-    const QVariant given = Fuzz::jsonValue(input.rest());
+    const size_t text = Fuzz::textSize(data, size);
+    Fuzz::Input input(data + text, size - text);
+    const QVariant given = Fuzz::jsonValue({reinterpret_cast<const char*>(data), int(text)});
     Document first, second;
     const bool isLoaded = first.load(given);
     QVariant saved, again;
