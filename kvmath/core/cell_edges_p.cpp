@@ -58,6 +58,11 @@ float CellEdges::at(int i) const {
     return edge(stretch, i - stretch.index);
 }
 
+/// The division needs no correction. A stretch of more than one edge has another behind it, which begins at
+/// first + count * increment; so a target in it lies below that, in the span of the stretch, and is `first`
+/// plus a whole number m of units in the last place, the increment is d of them, and the difference is exact.
+/// Where m / d is no whole number it lies at least 1 / d > 2^-24 below the next one, which is at most 2^24:
+/// farther than a quotient is rounded there.
 int CellEdges::lastNotAbove(float p) const {
     const double target = static_cast<double>(p);
     const auto after = std::upper_bound(stretches_.begin(), stretches_.end(), target,
@@ -67,13 +72,7 @@ int CellEdges::lastNotAbove(float p) const {
     const Stretch& stretch = *(after - 1);
     if (stretch.count == 1)
         return stretch.index;
-    const double steps = (target - stretch.first) / stretch.increment;  // may be off by a rounding
-    int k = steps < stretch.count ? static_cast<int>(steps) : stretch.count - 1;
-    while (k > 0 && edge(stretch, k) > p)
-        --k;
-    while (k + 1 < stretch.count && edge(stretch, k + 1) <= p)
-        ++k;
-    return stretch.index + k;
+    return stretch.index + static_cast<int>((target - stretch.first) / stretch.increment);
 }
 
 }  // namespace KvMath::Internal

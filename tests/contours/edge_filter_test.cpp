@@ -56,6 +56,17 @@ TEST(EdgeFilter, FindsTheUpperEdgesOfSteps) {
     EXPECT_EQ(result.size(), 2);
 }
 
+TEST(EdgeFilter, TakesAsManySegmentsAsItSaysAndNoMore) {
+    Profile3D profile;
+    QMap<QString, QVariant> result;
+    for (const auto& [segments, points] : {std::pair(16384, 32768), std::pair(16385, 0)}) {
+        for (int i = profile.size(); i < 2 * segments; ++i)
+            profile.append(new Vector3D(float(i + i / 2), 7, 0));
+        EXPECT_EQ(fltEdgePointsWithoutTable(profile, {1.5, 0.2, 0, 0.5, true, 1e300}, 1, 0, 1, result),
+                  points);
+    }
+}
+
 TEST(EdgeFilter, MarksWhatATemplateSearchMatches) {
     TestSupport::Draws draws(91);
     for (int run = 0; run < 100; ++run) {

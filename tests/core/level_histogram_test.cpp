@@ -69,5 +69,7 @@ TEST(LevelHistogram, WritesKeysThatReadBack) {
     histogram.bins.remove(16777216);  // the longer file is cut
     EXPECT_TRUE(histogram.writeToCSV("bins.csv"));
     EXPECT_EQ(scratch.read("bins.csv"), "-2.5;1\r\n1e-07;2\r\n1000.00006;-3\r\n");
+    histogram.bins = {{kNaN, 1}};
+    EXPECT_TRUE(histogram.writeToCSV("bins.csv") && scratch.read("bins.csv") == "nan;1\r\n");
     EXPECT_FALSE(histogram.writeToCSV("missing/bins.csv"));
 }

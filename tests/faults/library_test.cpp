@@ -24,44 +24,44 @@ using namespace KvMath;
 
 struct Writer {
     const char* name;
-    bool isTrueOnceOpen;  ///< as published
+    bool isTrueOnceOpen;  ///< by design
     std::function<bool(const QString& path)> write;
 };
 
 template <class Cloud, class Point>
-Cloud manyOf(const Point& point) {
+Cloud manyOf(const Point& point, int count = 10000) {
     Cloud cloud;
-    for (int i = 0; i < 10000; ++i)
+    for (int i = 0; i < count; ++i)
         cloud.points.append(point);
     return cloud;
 }
 
-std::vector<Writer> writers() {
-    static auto plane = manyOf<KvPointCloud<KvPointXY>>(KvPointXY(1, 2));
-    static const auto space = manyOf<KvPointCloud<KvPointXYZ>>(KvPointXYZ(1, 2, 3));
-    static const auto coloured = manyOf<KvPointCloud<KvPointXYZRGB>>(KvPointXYZRGB(1, 2, 3, 4));
-    static const auto profile = manyOf<KvProfileZ>(KvPointXY(1, 2));
-    static const auto tagged = manyOf<KvProfileSD>(KvPointXY(1, 2));
-    static KvProfileZSet stack;
-    static KvLevelHistogram<KvPointXY> histogram;
+std::vector<Writer> writers(int count = 10000) {
+    const auto plane = manyOf<KvPointCloud<KvPointXY>>(KvPointXY(1, 2), count);
+    const auto space = manyOf<KvPointCloud<KvPointXYZ>>(KvPointXYZ(1, 2, 3), count);
+    const auto coloured = manyOf<KvPointCloud<KvPointXYZRGB>>(KvPointXYZRGB(1, 2, 3, 4), count);
+    const auto profile = manyOf<KvProfileZ>(KvPointXY(1, 2), count);
+    const auto tagged = manyOf<KvProfileSD>(KvPointXY(1, 2), count);
+    KvProfileZSet stack;
+    KvLevelHistogram<KvPointXY> histogram;
     static std::vector<unsigned short> cells(kTableCells, 7);
     static std::vector<unsigned short*> columns(kSensorColumns, cells.data());
     static const std::vector<double> parameters(kCalibrationSteps, 1.0);
     for (int i = 0; i < 5; ++i)
         stack.append(profile);
-    for (int i = 0; i < 5000; ++i)
+    for (int i = 0; i < count; ++i)
         histogram.bins[static_cast<float>(i)] = i;
     return {
-        {"XY", false, [](const QString& path) { return plane.writeToFile(path); }},
-        {"XYZ", false, [](const QString& path) { return space.writeToFile(path); }},
-        {"XYZRGB", false, [](const QString& path) { return coloured.writeToFile(path); }},
-        {"legacy XYZ", false, [](const QString& path) { return space.compat_writeToXYZFile(path); }},
-        {"profile with z", false, [](const QString& path) { return profile.writeToFile(path); }},
-        {"profile with tags", false, [](const QString& path) { return tagged.writeToFile(path, false); }},
-        {"appended", false, [](const QString& path) { return tagged.writeToFile(path, true); }},
-        {"stack", false, [](const QString& path) { return stack.writeToFile(path); }},
-        {"histogram", false, [](const QString& path) { return histogram.writeToCSV(path); }},
-        {"CSV", true, [](const QString& path) { return profile.writeToCSVFile(path); }},
+        {"XY", false, [=](const QString& path) { return plane.writeToFile(path); }},
+        {"XYZ", false, [=](const QString& path) { return space.writeToFile(path); }},
+        {"XYZRGB", false, [=](const QString& path) { return coloured.writeToFile(path); }},
+        {"legacy XYZ", false, [=](const QString& path) { return space.compat_writeToXYZFile(path); }},
+        {"profile with z", false, [=](const QString& path) { return profile.writeToFile(path); }},
+        {"profile with tags", false, [=](const QString& path) { return tagged.writeToFile(path, false); }},
+        {"appended", false, [=](const QString& path) { return tagged.writeToFile(path, true); }},
+        {"stack", false, [=](const QString& path) { return stack.writeToFile(path); }},
+        {"histogram", false, [=](const QString& path) { return histogram.writeToCSV(path); }},
+        {"CSV", true, [=](const QString& path) { return profile.writeToCSVFile(path); }},
         {"raw record", true,
          [](const QString& path) { return saveRawCbrDataToFile(columns.data(), parameters.data(), path); }},
         {"table", true, [](const QString& path) { return saveTableToFile(cells.data(), path); }},
@@ -97,13 +97,36 @@ TEST(LibraryFaults, AnAppendedRecordThatFindsNoRoomIsCutOffAgainAndALinkStays) {
 TEST(LibraryFaults, PlacesThatTakeNoFileAreRefused) {
     const TestSupport::ScratchDirectory scratch;
     scratch.write("file", "kept");
-    for (const Writer& writer : writers()) {
-        for (const char* path : {"missing/out", "file/out", ".", ""})
-            EXPECT_FALSE(writer.write(path)) << writer.name << ": " << path;
-        EXPECT_EQ(writer.write("/dev/full"), writer.isTrueOnceOpen) << writer.name;
-        EXPECT_TRUE(QFileInfo::exists("/dev/full")) << writer.name;
+    for (const int count : {1, 3000, 10000}) {  // all fits a file's buffer, only that of a stack, none
+        for (const Writer& writer : writers(count)) {
+            for (const char* path : {"missing/out", "file/out", "/proc/out", ".", ""})
+                EXPECT_FALSE(writer.write(path)) << writer.name << ": " << path;
+            EXPECT_EQ(writer.write("/dev/full"), writer.isTrueOnceOpen) << writer.name << ' ' << count;
+            EXPECT_TRUE(QFileInfo::exists("/dev/full")) << writer.name;
+        }
     }
     EXPECT_EQ(scratch.read("file"), "kept");
+}
+
+TEST(LibraryFaults, WritersToAnOpenFileAnswerFalseAtWhateverByteItIsFull) {
+    const TestSupport::ScratchDirectory scratch;
+    const auto one = [](const auto& cloud) { return [cloud](QFile& f) { return cloud.writeToFile(f); }; };
+    const std::pair<int, std::function<bool(QFile&)>> rows[] = {
+        {1, [](QFile& file) { return KvProfile::writeMarker(file, 5); }},
+        {11, one(manyOf<KvPointCloud<KvPointXY>>(KvPointXY(1, 2), 1))},
+        {17, one(manyOf<KvPointCloud<KvPointXYZ>>(KvPointXYZ(1, 2, 3), 1))},
+        {21, one(manyOf<KvPointCloud<KvPointXYZRGB>>(KvPointXYZRGB(1, 2, 3, 4), 1))},
+        {15, one(manyOf<KvProfileZ>(KvPointXY(1, 2), 1))},
+        {35, one(manyOf<KvProfileSD>(KvPointXY(1, 2), 1))}};
+    for (const auto& row : rows) {
+        EXPECT_TRUE(TestSupport::holdsInChild(100, 0, [&row] {
+            QFile out("out");
+            int right = out.open(QIODevice::ReadWrite | QIODevice::Unbuffered) ? 0 : -1;
+            for (int room = 0; room <= row.first; ++room)
+                right += int(out.seek(100 - room) && row.second(out) == (room == row.first));
+            return right == row.first + 1;
+        })) << row.first;
+    }
 }
 
 TEST(LibraryFaults, AFileCutWhileItIsOpenIsACutFileAndARemovedOneIsReadToItsEnd) {

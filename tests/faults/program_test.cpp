@@ -58,7 +58,7 @@ TEST_F(ProgramFaults, AnOutputThatCannotBeWrittenIsNamedAndNothingOfItStays) {
         EXPECT_THAT(full.err, HasSubstr("out/a file: cannot be written: " + tooLarge_));
         EXPECT_EQ(read("out/a file"), "kept");
         EXPECT_EQ(filesIn("out"), QStringList("out/a file"));
-        for (const QString place : {"missing/x", "part.csv/x", "out"}) {
+        for (const QString place : {"missing/x", "part.csv/x", "/proc/x", "out"}) {
             const Outcome refused = runIn("", command.arg(place));
             EXPECT_EQ(refused.code, 2);
             EXPECT_THAT(refused.err, HasSubstr(place.toStdString() + ": cannot be written"));

@@ -2,6 +2,8 @@
 
 #include <kvmath/tsearch/measurement_manager.h>
 #include <kvmath/tsearch/measurements.h>
+#include <kvmath/tsearch/template.h>
+#include <kvmath/tsearch/template_document.h>
 
 #include <tests/support/prelude.h>
 #include <tests/support/stored_forms.h>
@@ -20,6 +22,20 @@ public:
     static int alive;
 };
 int OwnLength::alive = 0;
+
+/// One that cannot be copied or saved, and asks for results that it has not named.
+class Reluctant : public OwnLength {
+public:
+    TSMeasurement* clone() override { return nullptr; }
+    bool measure(QList<LinePP>& /*lines*/, TSLinesIndecies& /*indices*/) override {
+        for (const int k : {-1, 1, INT_MIN, INT_MAX})
+            addPoint(k, {}), addLine(k, {}, {}, 0), addAngle(k, {}, {}, {}, 0);
+        return succeed();
+    }
+
+protected:
+    bool saveConcreteUniform(QMap<QString, QVariant>& /*map*/) override { return false; }
+};
 
 TEST(Manager, MakesRegisteredTypesOnly) {
     TSManagerOfMeasurements manager;
@@ -137,6 +153,24 @@ TEST(MeasurementList, OwnsAndCopiesDeeply) {
         EXPECT_EQ(copy.getUniformResultsInfo().size(), 4);
         list.removeAllMeasurements();
         EXPECT_EQ(OwnLength::alive, before + 2);
+    }
+    EXPECT_EQ(OwnLength::alive, before);
+}
+
+TEST(MeasurementList, OwnsWhatCannotBeCopiedOrSavedAndTellsSo) {
+    const int before = OwnLength::alive;
+    {
+        TSMeasurementList list;
+        list.addMeasurement(new Reluctant);
+        EXPECT_TRUE(TSMeasurementList(list).getAllMeasurements().isEmpty());
+        QVariant doc("as it was");
+        EXPECT_FALSE(list.save(doc) || saveTemplate(doc, TSTemplate(1), list, "1", "2", "3"));
+        EXPECT_EQ(doc, QVariant("as it was"));
+        QList<LinePP> lines;
+        TSLinesIndecies indices;
+        TSMeasurement* held = list.getAllMeasurements().first();
+        EXPECT_TRUE(held->measure(lines, indices) && held->getUniformResult().isEmpty());
+        EXPECT_EQ(OwnLength::alive, before + 1);
     }
     EXPECT_EQ(OwnLength::alive, before);
 }

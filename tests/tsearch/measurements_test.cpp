@@ -129,6 +129,15 @@ TEST(MeasureRotationAngle, GivesTheSenseAndParallelLinesAreNumbersInEveryDirecti
     }
 }
 
+TEST(EveryMeasurement, DrawsAnAngleAtItsSecondLineWhereTheMeetingPointHasOneCoordinateOnly) {
+    const QList<LinePP> lines = {segment(7.58631e-191, 8.10812e149, 2.49595e-25, 1.52464e-7),
+                                 segment(3.57602e227, 3.9357e-260, 3.57602e227, -0.0986407)};
+    for (const auto& m : {make<TSUMRotationAngle>(0, 1, "a"), make<TSUMAngleBetweenLines>(0, 1, "a")}) {
+        EXPECT_TRUE(measure(*m, lines, {0, 2}));
+        EXPECT_EQ(numbersOf(*m)[1], 3.9357e-260);
+    }
+}
+
 TEST(MeasureEndPointShift, TurnsASlantedReferenceCounterClockwise) {
     TSUMEndPointShiftInDirection m(0, 1, false, true, 2, false, std::acos(0.6), "shift");
     EXPECT_TRUE(measure(m, kCorner, {0, 2, 0}));

@@ -1,6 +1,8 @@
 #include <kvmath/tsearch/template.h>
 
 #include <kvmath/tsearch/constraints.h>
+#include <kvmath/tsearch/measurement_list.h>
+#include <kvmath/tsearch/template_document.h>
 
 #include <tests/support/prelude.h>
 #include <tests/support/stored_forms.h>
@@ -14,7 +16,7 @@ public:
     Probe(const Probe& other) : TSConstraint(other), line_(other.line_), verdict_(other.verdict_) { ++alive; }
     Probe& operator=(const Probe&) = delete;
     ~Probe() override { --alive; }
-    TSConstraint* clone() override { return new Probe(*this); }
+    TSConstraint* clone() override { return verdict_ ? new Probe(*this) : nullptr; }
     bool check(LinePP* /*lines*/, int* /*assignment*/) override { return ++calls, verdict_; }
     int getMaximumLineIndex() override { return std::exchange(line_, line_ + drift_); }
     int getMinimumLineIndex() override { return 0; }
@@ -191,12 +193,13 @@ TEST(Template, HostileMapsFail) {
     EXPECT_EQ(templ.getAllConstraints().size(), 1);  // what was read before the fault
 }
 
-TEST(Template, AConstraintThatCannotBeSavedFailsTheTemplate) {
+TEST(Template, AConstraintThatCannotBeSavedFailsTheTemplateAndIsNotCopied) {
     TSTemplate templ(1);
     templ.addConstraint(new Probe(0, false));
     QVariant doc("as it was");
-    EXPECT_FALSE(templ.save(doc));
+    EXPECT_FALSE(templ.save(doc) || saveTemplate(doc, templ, TSMeasurementList(), "1", "2", "3"));
     EXPECT_EQ(doc, QVariant("as it was"));
+    EXPECT_TRUE(TSTemplate(templ).getAllConstraints().isEmpty() && Probe::alive == 1);
     QByteArray bytes;
     QDataStream stream(&bytes, QIODevice::WriteOnly);
     EXPECT_FALSE(templ.save(stream));

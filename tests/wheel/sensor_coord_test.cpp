@@ -27,17 +27,6 @@ void expectPoint(const KvPointXYZ& p, float x, float y, float z) {
 
 }  // namespace
 
-TEST(SensorByAngles, AppendsBehindTheOldPoints) {
-    KvPointCloud<KvPointXYZ> cloud;
-    cloud.points.append({7, 8, 9});
-    const KvProfile profile = profileOf({{2, 5}, {-1, 3}});
-    ORBIS_XYtoXYZ(profile, cloud, _KvORBIS_SensorCoord_{10, 20, 30, 0, 0, 0});
-    ASSERT_EQ(cloud.points.size(), 3);
-    expectPoint(cloud.points[0], 7, 8, 9);
-    expectPoint(cloud.points[1], 15, 20, 32);
-    expectPoint(cloud.points[2], 13, 20, 29);
-}
-
 // Any other order of the products and sums differs in some last bit.
 TEST(SensorSums, AreExactToTheLastBit) {
     TestSupport::Draws draws(42);
@@ -48,8 +37,9 @@ TEST(SensorSums, AreExactToTheLastBit) {
         const float x = draw(100), y = draw(100), radius = 400 + draw(90), step = draw(5), index = draw(40);
         const float s = std::trunc(index) * step, theta = -(step / radius * std::trunc(index));
         KvPointCloud<KvPointXYZ> cloud;
-        ORBIS_XYtoXYZ(profileOf({{x, y}}), cloud, sensor);
-        ORBIS_XYtoXYZ(profileOf({{x, y}}), cloud, sensor, radius, step, static_cast<int>(index));
+        const KvProfile two = profileOf({{y, x}, {x, y}});
+        ORBIS_XYtoXYZ(two, cloud, sensor);
+        ORBIS_XYtoXYZ(two, cloud, sensor, radius, step, static_cast<int>(index));  // behind the others
         for (const bool rolls : {false, true}) {
             const auto angle = [&](float a) { return rolls ? a : a / 180 * 3.1415927F; };
             const float A = angle(sensor.angleA), B = angle(sensor.angleB), C = angle(sensor.angleC);
@@ -60,7 +50,7 @@ TEST(SensorSums, AreExactToTheLastBit) {
                          cA * x * cC + sensor.z - sA * y);
             p.x += rolls ? radius * std::cos(theta) - s : 0;
             p.z += rolls ? radius * std::sin(theta) : 0;
-            const KvPointXYZ& q = cloud.points[rolls ? 1 : 0];
+            const KvPointXYZ& q = cloud.points[rolls ? 3 : 1];
             EXPECT_TRUE(p.x == q.x && p.y == q.y && p.z == q.z) << round;
         }
         const double rule[9] = {draws.real(-9, 9), 0, 0, draws.real(-1, 1), draws.real(-1, 1)},
@@ -71,13 +61,10 @@ TEST(SensorSums, AreExactToTheLastBit) {
     }
 }
 
-TEST(SensorOnARollingCircle, AddsTheRadiusAtIndexZero) {
+TEST(SensorOnARollingCircle, HasNoPlaceWithoutARadius) {
     KvPointCloud<KvPointXYZ> cloud;
-    const KvProfile profile = profileOf({{2, 5}});
-    ORBIS_XYtoXYZ(profile, cloud, {10, 20, 30, 0, 0, 0}, 400, 3, 0);
-    expectPoint(cloud.points[0], 415, 20, 32);
-    ORBIS_XYtoXYZ(profile, cloud, {10, 20, 30, 0, 0, 0}, 0, 3, 1);
-    EXPECT_FALSE(std::isfinite(cloud.points[1].x));
+    ORBIS_XYtoXYZ(profileOf({{2, 5}}), cloud, {10, 20, 30, 0, 0, 0}, 0, 3, 1);
+    EXPECT_FALSE(std::isfinite(cloud.points[0].x));
 }
 
 TEST(SensorByRule, CarriesTheCalibrationPointsExactlyAndSumsInDouble) {

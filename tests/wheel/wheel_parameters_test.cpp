@@ -111,16 +111,6 @@ std::vector<double> literalValues(const QList<KvPointXY>& p, QList<KvPointXY>& p
 
 }  // namespace
 
-TEST(WheelParameters, StartAtTheFirstOfEqualTops) {
-    KvPointCloud<KvPointXYZ> cloud;  // on one ray, so that depths are exact
-    for (float x = -5; x <= 135; x += 0.5F)
-        cloud.points.append(
-            {469 - static_cast<float>(std::min(flange(x + 5, 32), flange(x - 20, 32))), x, 500});
-    _WheelProfileValues values;
-    ORBIS_calcWheelParameters(cloud, kWheel, &values, nullptr, nullptr);
-    EXPECT_NEAR(values.value[1], 39, 1e-3);
-}
-
 // Steps of a coarse grid meet every level and the limit of 0.01 exactly.
 TEST(WheelParameters, FollowTheirStepsOnAnyProfile) {
     TestSupport::Draws draws(31);

@@ -150,6 +150,11 @@ TEST(ReferencePoint, IsTheCentreOfTheArc) {
         EXPECT_FALSE(calcRefPoint(profile, first, last, centre, radius));
     for (const float bad : {0.0F, -13.0F, kNaN, std::numeric_limits<float>::infinity()})
         EXPECT_FALSE(calcRefPointWithConstR(profile, 1, 62, bad, centre));
+    profile.points = {{5, 1}, {3, 3}, {0, 6}};  // here 2000 evaluations are not enough
+    EXPECT_FALSE(calcRefPoint(profile, 0, 2, centre, radius));
+    profile.points = {{2, 0}, {3, 0}, {2, 2}, {1, 0}};
+    EXPECT_FALSE(calcRefPointWithConstR(profile, 0, 3, 3000, centre));
+    EXPECT_NEAR(centre.x + centre.y + radius, 73, 0.03) << "untouched";
 
     KvPointCloud<KvPointXYZ> cloud;  // the arc in the plane z = 0.75 x + 10
     for (const KvPointXY& p : arc(100, -40, 13, 0.3, 2.5).points)
