@@ -37,7 +37,8 @@ KVMATH_EXPORT void getRotationMatrixByAxisAndAngle(const double* axis, double an
 
 /// The rigid map p -> M p + t that carries `count` measured points onto the reference points with the least
 /// sum of squared distances (W. Kabsch, Acta Cryst. A 32 (1976) 922-923): a proper rotation always. False,
-/// outputs untouched: null pointers, fewer than three points, points on a line, anything not finite.
+/// outputs untouched: null pointers, fewer than three points, points on a line, anything not finite,
+/// distances whose fourth powers are no doubles.
 KVMATH_EXPORT bool getAdjustmentData(const double* measured, const double* reference, int count, double* M,
                                      double* t);
 /// The same from planes: the rotation from the unit normals, then t by least squares from the offsets. Pairs

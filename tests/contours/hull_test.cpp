@@ -98,6 +98,15 @@ TEST(Hulls, HaveStatedResultsForFewPoints) {
     EXPECT_THAT(coinHull({{1, 1}, {1, 1}, {0, 0}, {0, 0}}, 5), ElementsAre(2, 0, 2));  // copies close
 }
 
+TEST(PseudoConvexHull, EndsWhereTheFirst256CandidatesCross) {
+    Points points = {{2, 0},     {2, 9.9},     {1.1, 10},     {0.1, 10},
+                     {-0.8, 10}, {-0.4, 10.9}, {0.58, 10.88}, {1.2, 11.4}};  // the last is seen behind them
+    for (int count = 1; count < 260; ++count) {
+        points.append({0.5 + 0.001 * count, 9.95});
+        EXPECT_EQ(getPseudoConvexHull(points, 1, 0).size(), count < 256 ? 8 : 7) << count;
+    }
+}
+
 // Thousands of points under the coin, hulls of all points, straight lines: no walk may be quadratic.
 TEST(Hulls, TakeDenseRoundAndStraightOutlines) {
     Points circle, band, line, rounded;

@@ -63,7 +63,6 @@ TEST_F(Kvmeasure, WrongUseSaysWhatIsWrong) {
     expectRefused(QStringList(), "which command");
     const char* const cases[][2] = {
         {"mach", "\"match\"?"},
-        {"teach p.csv --out no/such/t.json --longest 1", "t.json: "},
         {"teach p.csv --longset 2", "\"--longest\"?"},
         {"teach p.csv --longest", "needs a value"},
         {"teach p.csv --longest 2.5 --out t", "whole number"},

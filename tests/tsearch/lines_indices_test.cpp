@@ -2,27 +2,19 @@
 
 #include <tests/support/prelude.h>
 
-TEST(LinesIndecies, DecodesSegmentAndOrientation) {
+TEST(LinesIndecies, DecodesSegmentAndOrientationAndIsFalseAndZeroOutside) {
     const int codes[] = {7, 4, -1};
     const TSLinesIndecies indices(codes, 3);
-    int segment = 9;
-    bool reversed = false;
-    EXPECT_TRUE(indices.getLineIndex(0, segment) && indices.getLineOrientation(0, reversed));
-    EXPECT_TRUE(segment == 3 && reversed);
-    EXPECT_TRUE(indices.getLineIndex(1, segment) && indices.getLineOrientation(1, reversed));
-    EXPECT_TRUE(segment == 2 && !reversed);
-    EXPECT_TRUE(indices.isAssigned(1) && !indices.isAssigned(2));
-}
-
-TEST(LinesIndecies, OutsideItIsFalseAndZero) {
-    const int codes[] = {7};
-    for (int line : {-1, 1, INT_MAX, INT_MIN}) {
-        int segment = 9;
-        bool reversed = true;
-        const TSLinesIndecies indices(codes, 1);
-        EXPECT_FALSE(indices.getLineIndex(line, segment) || indices.getLineOrientation(line, reversed) ||
-                     indices.isAssigned(line) || segment != 0);
+    const int rows[][4] = {{0, 3, 1, 1}, {1, 2, 0, 1},       {-1, 0, 0, 0},
+                           {3, 0, 0, 0}, {INT_MAX, 0, 0, 0}, {INT_MIN, 0, 0, 0}};
+    for (const auto& [line, segment, isReversed, isThere] : rows) {
+        int found = 9;
+        bool reversed = isReversed == 0;
+        EXPECT_EQ(indices.getLineIndex(line, found) + indices.getLineOrientation(line, reversed),
+                  2 * isThere);
+        EXPECT_TRUE(found == segment && reversed == (isReversed != 0)) << line;
+        EXPECT_EQ(indices.isAssigned(line), isThere != 0);
     }
-    EXPECT_EQ(TSLinesIndecies(nullptr, 5).count(), 0);
-    EXPECT_EQ(TSLinesIndecies(codes, -5).count(), 0);
+    EXPECT_FALSE(indices.isAssigned(2));
+    EXPECT_EQ(TSLinesIndecies(nullptr, 5).count() + TSLinesIndecies(codes, -5).count(), 0);
 }

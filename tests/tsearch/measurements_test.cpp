@@ -136,18 +136,14 @@ TEST(EveryMeasurement, DrawsAnAngleAtItsSecondLineWhereTheMeetingPointHasOneCoor
         EXPECT_TRUE(measure(*m, lines, {0, 2}));
         EXPECT_EQ(numbersOf(*m)[1], 3.9357e-260);
     }
+    TSUMLinesIntersection m(0, 1, "a");
+    EXPECT_TRUE(measure(m, lines, {0, 2}) && !std::isfinite(m.getIntersectionPoint().y));
 }
 
 TEST(MeasureEndPointShift, TurnsASlantedReferenceCounterClockwise) {
     TSUMEndPointShiftInDirection m(0, 1, false, true, 2, false, std::acos(0.6), "shift");
     EXPECT_TRUE(measure(m, kCorner, {0, 2, 0}));
     EXPECT_NEAR(m.getShift(), 6 * -0.28 - 6 * 0.96, 1e-12);
-}
-
-TEST(MeasureLinesIntersection, OfParallelLinesIsNotFinite) {
-    TSUMLinesIntersection m(1, 0, "x");
-    EXPECT_TRUE(measure(m, {segment(0, 0, 1, 0), segment(0, 1, 1, 1)}, {0, 2}));
-    EXPECT_FALSE(std::isfinite(m.getIntersectionPoint().x));
 }
 
 TEST(MeasureFarLineInDirection, TakesTheFirstOfTheFarthestEnds) {

@@ -96,11 +96,12 @@ TEST(Adjustment, RefusesWhatDoesNotFixTheMotion) {
     double corners[9] = {0, 0, 0, 1, 2, 3, 2, 4, 7};
     ASSERT_TRUE(getAdjustmentData(corners, corners, 3, M + 0, t) &&
                 getAdjustmentDataPlanesMethod(cube, cube, 3, M, t));
+    const double vast[9] = {0, 0, 0, 1e100, 2e100, 3e100, 2e100, 4e100, 7e100};
     M[0] = 42, t[0] = 43;
-    EXPECT_FALSE(getAdjustmentData(nullptr, corners, 3, M, t) ||
-                 getAdjustmentData(corners, nullptr, 3, M, t) ||
-                 getAdjustmentData(corners, corners, 3, nullptr, t) ||
-                 getAdjustmentData(corners, corners, 3, M, nullptr));
+    EXPECT_FALSE(
+        getAdjustmentData(nullptr, corners, 3, M, t) || getAdjustmentData(corners, nullptr, 3, M, t) ||
+        getAdjustmentData(corners, corners, 3, nullptr, t) ||
+        getAdjustmentData(corners, corners, 3, M, nullptr) || getAdjustmentData(vast, vast, 3, M, t));
     EXPECT_FALSE(getAdjustmentDataPlanesMethod(nullptr, cube, 3, M, t) ||
                  getAdjustmentDataPlanesMethod(cube, nullptr, 3, M, t) ||
                  getAdjustmentDataPlanesMethod(cube, cube, 3, nullptr, t) ||
@@ -199,4 +200,9 @@ TEST(BogieFrame, ComesFromMiddlePlanesAndUpperNormals) {
     planes[2][4].valid = false;
     planes[2][4].axis2 = 0;  // and no angles either: the row is left out
     EXPECT_TRUE(getBogieReferenceFrame(planes, 4, M, origin) && std::fabs(origin[0] - 50) < 1e-9);
+    planes[2][4] = planes[1][4];
+    for (int row = 0; row < 3; ++row)
+        for (const int side : {0, 1})
+            planes[row][side].plane[3] = 8e307 * (1 - row) * (1 - 2 * side);
+    EXPECT_FALSE(getBogieReferenceFrame(planes, 3, M, origin)) << "farther apart than a double tells";
 }

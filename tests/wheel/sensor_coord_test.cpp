@@ -53,18 +53,14 @@ TEST(SensorSums, AreExactToTheLastBit) {
             const KvPointXYZ& q = cloud.points[rolls ? 3 : 1];
             EXPECT_TRUE(p.x == q.x && p.y == q.y && p.z == q.z) << round;
         }
+        ORBIS_XYtoXYZ(two, cloud, sensor, 0, 3, 1);
+        EXPECT_FALSE(std::isfinite(cloud.points[4].x)) << "no radius to roll on";
         const double rule[9] = {draws.real(-9, 9), 0, 0, draws.real(-1, 1), draws.real(-1, 1)},
                      plane[2] = {0.3, 7};
         double space[3];
         plane2space(rule, plane, space);
         EXPECT_EQ(space[0], rule[0] + rule[3] * 0.3 + rule[4] * 7);
     }
-}
-
-TEST(SensorOnARollingCircle, HasNoPlaceWithoutARadius) {
-    KvPointCloud<KvPointXYZ> cloud;
-    ORBIS_XYtoXYZ(profileOf({{2, 5}}), cloud, {10, 20, 30, 0, 0, 0}, 0, 3, 1);
-    EXPECT_FALSE(std::isfinite(cloud.points[0].x));
 }
 
 TEST(SensorByRule, CarriesTheCalibrationPointsExactlyAndSumsInDouble) {
