@@ -53,16 +53,24 @@ float floatAt(const char* bytes) {
     return value;
 }
 
-/// What can be shown of bytes that are not what they should be.
+}  // namespace
+
 QString shown(const QByteArray& bytes) {
-    constexpr int longest = 24;
+    constexpr int longest = 40, bytesOfOne = 4;
+    const QString whole = QString::fromUtf8(bytes.left(bytesOfOne * longest));
     QString text;
-    for (const QChar letter : QString::fromUtf8(bytes.left(longest)))
+    for (const QChar letter : whole.left(longest))
         text += letter.isPrint() ? letter : QChar('?');
-    return bytes.size() > longest ? text + "..." : text;
+    return whole.size() > longest ? text + "..." : text;
 }
 
-}  // namespace
+double textNumber(const QByteArray& text, bool& isNumber) {
+    const double value = text.toDouble(&isNumber);
+    if (isNumber || (qstricmp(text.constData(), "nan") != 0 && qstricmp(text.constData(), "-nan") != 0))
+        return value;
+    isNumber = true;
+    return std::numeric_limits<double>::quiet_NaN();
+}
 
 QString formName(FileForm form) {
     switch (form) {
@@ -253,12 +261,12 @@ bool PointFile::nextLine(QByteArray& line) {
 float PointFile::field(const QList<QByteArray>& fields, int column, bool& isNumber) const {
     QByteArray text = fields[column].trimmed();
     isNumber = true;
-    if (text.isEmpty() || text.toLower() == "nan" || text.toLower() == "-nan")
+    if (text.isEmpty())
         return unset;
     if (separator_ != ',')
         text.replace(',', '.');
-    const double value = text.toDouble(&isNumber);
-    if (!isNumber)
+    const double value = textNumber(text, isNumber);
+    if (!isNumber || std::isnan(value))
         return unset;
     if (!(std::fabs(value) <= double(std::numeric_limits<float>::max())))
         failAtLine(QString("column %1: %2 is too large for a coordinate").arg(column + 1).arg(shown(text)));

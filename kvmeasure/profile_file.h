@@ -30,6 +30,12 @@ bool recordHasZ(unsigned char marker);     ///< its points have three coordinate
 /// Opens for reading. Throws Failure for what is missing, no regular file or may not be read.
 void openRegularFile(QFile& file);
 
+/// The first letters of bytes that are not what they should be, fit for a terminal.
+QString shown(const QByteArray& bytes);
+
+/// A number of a text file. "nan" and "-nan" in any case are NaN: C, C#, Java and JavaScript write 0/0 so.
+double textNumber(const QByteArray& text, bool& isNumber);
+
 /// Opens a regular file and looks at its first bytes. Throws Failure for what cannot be opened, is no regular
 /// file (devices and pipes are not touched), is empty, or is neither text nor begins with a record.
 class PointFile {

@@ -23,7 +23,13 @@ bool isRecord(const QByteArray& start) {
     return !start.isEmpty() && !recordName(static_cast<unsigned char>(start[0])).isEmpty();
 }
 
-bool isPly(const QByteArray& start) { return start.startsWith("ply\n") || start.startsWith("ply\r"); }
+/// Bytes of the mark that some editors put in front of UTF-8.
+int markBytes(const QByteArray& start) { return start.startsWith("\xEF\xBB\xBF") ? 3 : 0; }
+
+bool isPly(const QByteArray& start) {
+    const QByteArray first = start.mid(markBytes(start), 4);
+    return first == "ply\n" || first == "ply\r";
+}
 
 bool isText(const QByteArray& start) {
     for (const char letter : start) {
@@ -35,10 +41,8 @@ bool isText(const QByteArray& start) {
 }
 
 /// The first line of a text that says something.
-QByteArray firstLine(QByteArray start) {
-    if (start.startsWith("\xEF\xBB\xBF"))
-        start.remove(0, 3);
-    for (const QByteArray& line : start.split('\n')) {
+QByteArray firstLine(const QByteArray& start) {
+    for (const QByteArray& line : start.mid(markBytes(start)).split('\n')) {
         if (!line.trimmed().isEmpty() && !line.trimmed().startsWith('#'))
             return line.trimmed();
     }
@@ -141,6 +145,7 @@ void readByContent(QFile& file, const ScanOptions& options, Scan& scan) {
     } else if (start.isEmpty()) {
         throw Failure{QString("%1: is empty; expected a scan").arg(path)};
     } else if (isPly(start)) {
+        file.seek(markBytes(start));
         readPly(file, options.heightLast, scan);
     } else if (isText(start)) {
         readScanText(file, options.heightLast, scan);

@@ -2,6 +2,7 @@
 // Nothing is allocated by what the header announces: counts are held against the bytes that are there.
 
 #include "kvmeasure/failure.h"
+#include "kvmeasure/profile_file.h"
 #include "kvmeasure/progress.h"
 #include "kvmeasure/scan_forms.h"
 
@@ -109,7 +110,7 @@ private:
     [[noreturn]] void failCut(quint64 there, const Element& element) const {
         fail(QString("announces %1 elements \"%2\", the file ends after %3; it is cut or damaged")
                  .arg(element.count)
-                 .arg(QString::fromUtf8(element.name.left(40)))
+                 .arg(shown(element.name))
                  .arg(there));
     }
 
@@ -135,7 +136,7 @@ const Type* PlyReader::findType(const QByteArray& name) const {
         if (name == type.name || name == type.otherName)
             return &type;
     }
-    fail(QString("unknown type \"%1\"").arg(QString::fromUtf8(name.left(40))));
+    fail(QString("unknown type \"%1\"").arg(shown(name)));
 }
 
 void PlyReader::addElement(const QList<QByteArray>& words) {
@@ -144,16 +145,14 @@ void PlyReader::addElement(const QList<QByteArray>& words) {
     element.name = words.value(1);
     element.count = words.value(2).toULongLong(&isNumber);
     if (!isNumber || words.size() != 3)
-        fail(QString("expected \"element NAME COUNT\", found \"%1\"")
-                 .arg(QString::fromUtf8(words.join(' ').left(80))));
+        fail(QString("expected \"element NAME COUNT\", found \"%1\"").arg(shown(words.join(' '))));
     elements_.append(element);
 }
 
 void PlyReader::addProperty(const QList<QByteArray>& words) {
     const bool isList = words.value(1) == "list";
     if (words.size() != (isList ? 5 : 3) || elements_.isEmpty())
-        fail(QString("a property without element, type or name: \"%1\"")
-                 .arg(QString::fromUtf8(words.join(' ').left(80))));
+        fail(QString("a property without element, type or name: \"%1\"").arg(shown(words.join(' '))));
     Property property;
     property.name = words.last();
     property.type = findType(words[words.size() - 2]);
@@ -180,7 +179,7 @@ void PlyReader::readHeader() {
             const QByteArray form = words.value(1);
             hasFormat = form == "ascii" || form == "binary_little_endian" || form == "binary_big_endian";
             if (!hasFormat)
-                fail(QString("unknown format \"%1\"").arg(QString::fromUtf8(form.left(40))));
+                fail(QString("unknown format \"%1\"").arg(shown(form)));
             isText_ = form == "ascii";
             isBigEndian_ = form == "binary_big_endian";
         } else if (word == "element") {
@@ -188,8 +187,7 @@ void PlyReader::readHeader() {
         } else if (word == "property") {
             addProperty(words);
         } else if (word != "comment" && word != "obj_info" && !word.isEmpty()) {
-            fail(QString("unknown line \"%1\" in its header")
-                     .arg(QString::fromUtf8(words.join(' ').left(80))));
+            fail(QString("unknown line \"%1\" in its header").arg(shown(words.join(' '))));
         }
     }
     fail("its header does not end");
@@ -242,7 +240,7 @@ void PlyReader::requireBytes(const Element& element, qint64 bytesOfOne) const {
     fail(QString("announces %1 elements \"%2\", the %3 bytes behind its header hold at most %4; it is cut or "
                  "damaged")
              .arg(element.count)
-             .arg(QString::fromUtf8(element.name.left(40)))
+             .arg(shown(element.name))
              .arg(left)
              .arg(room));
 }
@@ -280,17 +278,16 @@ void PlyReader::readTextVertices(const Element& element) {
         int word = 0;
         for (int k = 0; k < element.properties.size(); ++k) {
             bool isNumber = false;
-            const double value = words.value(word++).toDouble(&isNumber);
+            const double value = textNumber(words.value(word++), isNumber);
             if (!isNumber)
                 fail(QString("vertex %1: expected a number for \"%2\", found \"%3\"")
                          .arg(i)
-                         .arg(QString::fromUtf8(element.properties[k].name.left(40)),
-                              QString::fromUtf8(words.value(word - 1).left(40))));
+                         .arg(shown(element.properties[k].name), shown(words.value(word - 1))));
             if (element.properties[k].count != nullptr) {
                 if (!(value >= 0 && value <= double(words.size() - word) && value == std::floor(value)))
                     fail(QString("vertex %1: its list \"%2\" cannot have %3 entries")
                              .arg(i)
-                             .arg(QString::fromUtf8(element.properties[k].name.left(40)))
+                             .arg(shown(element.properties[k].name))
                              .arg(value));
                 word += int(value);
             }
@@ -300,7 +297,11 @@ void PlyReader::readTextVertices(const Element& element) {
             }
         }
         if (word != words.size())
-            fail(QString("vertex %1: has %2 numbers, expected %3").arg(i).arg(words.size()).arg(word));
+            fail(QString(
+                     "vertex %1: has %2 numbers, expected %3; leave out what no property of the header names")
+                     .arg(i)
+                     .arg(words.size())
+                     .arg(word));
         addVertex(at);
         progress.show(file_.pos());
     }

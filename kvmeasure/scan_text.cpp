@@ -1,6 +1,7 @@
 // XYZ rows and CSV grids.
 
 #include "kvmeasure/failure.h"
+#include "kvmeasure/profile_file.h"
 #include "kvmeasure/progress.h"
 #include "kvmeasure/scan_forms.h"
 
@@ -78,7 +79,7 @@ float ScanText::number(int column, bool& isNumber) const {
         return coordinate(std::nan(""));
     if (separator_ == ';')
         text.replace(',', '.');
-    return coordinate(text.toDouble(&isNumber));  // "nan" and "inf" are numbers, of unset places
+    return coordinate(textNumber(text, isNumber));  // NaN and "inf" are numbers, of unset places
 }
 
 float ScanText::requiredNumber(int column) const {
@@ -87,7 +88,7 @@ float ScanText::requiredNumber(int column) const {
     if (!isNumber)
         fail(QString("column %1: expected a number, found \"%2\"")
                  .arg(column + 1)
-                 .arg(QString::fromUtf8(fields_[column].trimmed().left(24))));
+                 .arg(shown(fields_[column].trimmed())));
     return value;
 }
 

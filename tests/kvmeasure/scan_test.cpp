@@ -92,13 +92,15 @@ TEST_F(ScanProgram, EveryFormKeepsEveryBitOfAScan) {
     EXPECT_EQ(info({"6.ply"})["scan"], info({"0.kvs"})["height"]) << "axes stay in the file";
 }
 
-TEST_F(ScanProgram, PlyOfEveryKindIsRead) {
+TEST_F(ScanProgram, TextAndPlyOfEveryKindAreRead) {
     const QByteArray listed = "element vertex 2\nproperty list uchar short q\n" + xyz;
     const QByteArray items = QByteArray("\x02") + bytesOf<qint16>({7, 8});
     const QByteArray doubles = QByteArray("element face 3\nproperty uchar c\n") + "element vertex 2\n" +
                                QByteArray(xyz).replace("float", "float64");
     const QByteArray files[] = {
         ply("ascii", listed, "1 9 1 2 3\n0 4 2 3\n").replace("\n", "\r\n"),
+        "\xEF\xBB\xBF" + ply("ascii", "element vertex 3\n" + xyz, "1 2 3\nNaN -nan 3\n4 2 3\n"),
+        "NaN 2 3\n1 2 3\n4 -nan 3\n4 2 3\n",
         ply("binary_little_endian", listed,
             items + bytesOf<float>({1, 2, 3}) + items + bytesOf<float>({4, 2, 3})),
         ply("binary_big_endian", doubles, "abc" + bytesOf<double>({1, 2, 3, 4, 2, 3}, true)),
