@@ -5,6 +5,7 @@
 #include "kvmeasure/profile_file.h"
 
 #include <cmath>
+#include <cstring>
 #include <limits>
 
 namespace KvMeasure {
@@ -13,10 +14,51 @@ namespace {
 
 constexpr int scannersAtMost = 49;
 
+/// Settings are read whole.
 QString regularFile(const QString& path) {
+    constexpr qint64 largest = 4 << 20;
     QFile file(path);
     openRegularFile(file);
+    if (file.size() > largest)
+        throw Failure{
+            QString("%1: has %2 bytes; settings have at most %3").arg(path).arg(file.size()).arg(largest)};
     return path;
+}
+
+bool isLineEnd(char letter) { return letter == '\n' || letter == '\r'; }
+
+/// One line as QSettings takes it: quoted text and what stands behind "\" may hold line ends, and a remark
+/// may stand behind a value.
+struct IniLine {
+    int begin = 0, end = 0;  ///< in the text, without the blanks in front
+    bool hasAssignment = false, isQuoted = false, isRunOn = false;
+};
+
+IniLine iniLine(const QByteArray& text, int from) {
+    const auto letter = [&](int at) { return at < text.size() ? text[at] : '\n'; };
+    IniLine line;
+    while (from < text.size() && std::strchr(" \t\v\f\r\n\x1a", text[from]) != nullptr)  // and zeros
+        ++from;
+    line.begin = line.end = from;
+    int& at = line.end;
+    if (letter(at) == ';') {
+        while (!isLineEnd(letter(at)))
+            ++at;
+        return line;
+    }
+    for (; at < text.size(); ++at) {
+        const bool isEnd = isLineEnd(text[at]);
+        if (!line.isQuoted && (isEnd || text[at] == ';'))
+            break;
+        line.isRunOn = line.isRunOn || isEnd || (text[at] == '\\' && isLineEnd(letter(at + 1)));
+        if (text[at] == '"')
+            line.isQuoted = !line.isQuoted;
+        if (text[at] == '=' && !line.isQuoted)
+            line.hasAssignment = true;
+        if (text[at] == '\\' && at + 1 < text.size())
+            at += isLineEnd(letter(at + 1)) && letter(at + 1) + letter(at + 2) == '\r' + '\n' ? 2 : 1;
+    }
+    return line;
 }
 
 }  // namespace
@@ -44,7 +86,7 @@ PostSettings::PostSettings(const QString& path) : path_(path), ini_(regularFile(
         const int serial = ini_.value(sensorName(index) + "/SN", 0).toInt();
         if (serial == 0) {
             if (ini_.childGroups().contains(sensorName(index)))
-                fail(QString("%1/SN is missing or no number; it ends the search for scanners")
+                fail(QString("%1/SN is missing, 0 or no number; it ends the search for scanners")
                          .arg(sensorName(index)));
             break;
         }
@@ -65,16 +107,26 @@ void PostSettings::fail(const QString& text) const { throw Failure{path_ + ": " 
 void PostSettings::requireAssignments() const {
     QFile file(path_);
     openRegularFile(file);
-    bool isContinued = false;
-    for (int number = 1; !file.atEnd(); ++number) {
-        constexpr int longestLine = 100'000;
-        QByteArray line = file.readLine(longestLine).trimmed();
-        if (number == 1 && line.startsWith("\xEF\xBB\xBF"))  // UTF-8, as some editors mark it
-            line.remove(0, 3);
-        const bool isRemark = line.isEmpty() || line.startsWith(';') || line.startsWith('#');
-        if (!isContinued && !isRemark && !line.startsWith('[') && !line.contains('='))
-            fail(QString("line %1: \"%2\" has no \"=\"").arg(number).arg(QString::fromUtf8(line.left(40))));
-        isContinued = line.endsWith('\\');
+    const QByteArray text = file.readAll();
+    IniLine line;
+    line.end = text.startsWith("\xEF\xBB\xBF") ? 3 : 0;  // UTF-8, as some editors mark it
+    while (true) {
+        line = iniLine(text, line.end);
+        if (line.begin >= text.size())
+            return;
+        const char first = text[line.begin];
+        const char* problem = nullptr;
+        if (line.isQuoted && line.isRunOn)
+            problem = "has a quotation mark too few or too many";
+        else if (first == '#' && line.isRunOn)
+            problem = "takes the next line with it; begin remarks with \";\"";
+        else if (first != '#' && first != ';' && first != '[' && !line.hasAssignment)
+            problem = "has no \"=\"";
+        if (problem != nullptr)
+            fail(QString("line %1: \"%2\" %3")
+                     .arg(text.left(line.begin).count('\n') + 1)
+                     .arg(shown(text.mid(line.begin, line.end - line.begin).split('\n').first().trimmed()),
+                          problem));
     }
 }
 

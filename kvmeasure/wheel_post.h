@@ -19,9 +19,9 @@ bool seesSections(int index);
 QString sensorName(int index);  ///< "SENSOR4"
 QString sideName(int side);
 
-/// Throws Failure for a file that is missing, unreadable or no INI file, for a line without "=", for a
-/// scanner with a role whose serial number is missing or behind a gap, and for values that are no numbers or
-/// beyond their range.
+/// Throws Failure for a file that is missing, unreadable or no INI file, for a line without "=" or with an
+/// open quotation, for a scanner with a role whose serial number is missing or behind a gap, and for values
+/// that are no numbers or beyond their range.
 class PostSettings {
 public:
     explicit PostSettings(const QString& path);

@@ -169,7 +169,8 @@ TEST_F(Wheels, BadInputIsRefusedBeforeAnythingIsWritten) {
         {"wndSize=3", "wndSize=0"},
         {"wndSize=3", "wndSize=-3"},
         {"wndSize=3", "wndSize=1.5"},
-        {"wndSize=3", "wndSize 3"},
+        {"wndSize=3", "; C:\\\nwndSize 3"},
+        {"wndSize=3", "# C:\\\nwndSize=4"},
         {"maxdY=6", "maxdY=nan"},
         {"SN=1006", "NS=1006"},
         {"level_b=", "level_b=1e99"},
@@ -182,7 +183,9 @@ TEST_F(Wheels, BadInputIsRefusedBeforeAnythingIsWritten) {
         replace("train/settings.ini", before, after);
         expectRefused("wheels pass train", "train/settings.ini: ");
     }
-    write("train/settings.ini", "\xEF\xBB\xBF" + QByteArray(good).replace("\n", "\r\n"));  // read as well
+    const QByteArray odd = "note=\"two\n;lines\"\nlist=1, \\\n2\nlong=" + QByteArray(150'000, 'x') + "\n\x1a";
+    write("train/settings.ini",
+          "\xEF\xBB\xBF" + QByteArray(good + odd).replace("\n", "\r\n"));  // read as well
     const std::pair<const char*, const char*> refusals[] = {
         {"wheels", "which command"},
         {"wheels passs train", "did you mean \"pass\""},
