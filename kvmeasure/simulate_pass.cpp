@@ -79,13 +79,32 @@ Simulator::PassRecipe readRecipe(const Arguments& arguments) {
     return recipe;
 }
 
+/// The recipe's problem with options in place of its fields.
+QString problemOf(const Simulator::PassRecipe& recipe, bool hasSpeed) {
+    QString problem = Simulator::problemOf(recipe);
+    const int colon = static_cast<int>(problem.indexOf(':'));
+    if (colon < 0)
+        return problem;
+    const QString field = problem.left(colon);
+    QString option = "--" + field;
+    if (field == "flangeWear")
+        option = "--wear";
+    else if (field == "falseTargets")
+        option = "--false-targets";
+    else if (field == "flats" && recipe.breakouts > 0)
+        option = QString("--flats beside %1 breakouts").arg(recipe.breakouts);
+    else if (field == "spacing" && hasSpeed)
+        option = "spacing, which is --speed in mm/s over --rate";
+    return option + problem.mid(colon);
+}
+
 }  // namespace
 
 int runSimulatePass(const QStringList& words) {
     const Arguments arguments(usage, words, 0, 0);
     const QString folder = arguments.required("--out", "it names the directory of the recordings");
     const Simulator::PassRecipe recipe = readRecipe(arguments);
-    const QString problem = Simulator::problemOf(recipe);
+    const QString problem = problemOf(recipe, arguments.has("--speed"));
     if (!problem.isEmpty())
         throw Failure{"simulate pass: " + problem};
     if (QFileInfo::exists(folder + "/settings.ini"))
