@@ -117,6 +117,7 @@ void Collector::add(TSMeasurement& measurement) {
             mark.second = line.p2;
         mark.kind = Mark::Distance;
         mark.first = line.p1;
+        mark.name = value.name;
         mark.label = valueText(value);
         mark.isGood = value.isGood();
         result.marks.append(mark);
@@ -151,6 +152,7 @@ void Collector::addAngle(TSMeasurement& measurement, const TSUniformResultAngle&
         mark.nearVertex = line.p2;
         mark.nearFirst = line.p1;
     }
+    mark.name = value.name;
     mark.label = valueText(value);
     mark.isGood = value.isGood();
     result.marks.append(mark);
@@ -177,7 +179,7 @@ void Collector::addMean(const Mean& mean) {
     Mark joined;
     int parts = 0;
     for (const Mark& mark : result.marks) {
-        if (!mark.label.startsWith(mean.first + ' ') && !mark.label.startsWith(mean.second + ' '))
+        if (mark.kind == Mark::Point || (mark.name != mean.first && mark.name != mean.second))
             continue;
         ++parts;
         const auto add = [](Vector& to, const Vector& from) {
@@ -205,11 +207,7 @@ void Collector::finish() {
             shown.values.append(value);
     }
     for (const Mark& mark : result.marks) {
-        bool isPart = false;
-        for (const Mean& mean : file_.means)
-            isPart =
-                isPart || mark.label.startsWith(mean.first + ' ') || mark.label.startsWith(mean.second + ' ');
-        if (!isPart)
+        if (mark.kind == Mark::Point || !isPartOfMean(mark.name))
             shown.marks.append(mark);
     }
     result = shown;

@@ -53,6 +53,7 @@ struct Mark {
     bool hasOrigin = false;
     Vector nearVertex, nearFirst;  ///< of an angle: the same arms at the end of its first line, for a vertex
                                    ///< too far away to be seen
+    QString name;                  ///< of the value; a point, which has two, has none
     QString label;
     bool isGood = true;
     double angle = 0;  ///< radians, from the first arm to the left; negative: to the right

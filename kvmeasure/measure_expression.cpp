@@ -5,6 +5,8 @@
 
 #include <kvmath/tsearch/measurements.h>
 
+#include <QtCore/QSet>
+
 #include <memory>
 
 namespace KvMeasure {
@@ -28,8 +30,9 @@ const QStringList kinds{"length",       "inclination", "rotation", "angle",    "
 /// One statement, taken word by word.
 class Statement {
 public:
-    Statement(const QString& text, TemplateFile& file, QMap<QString, WrittenTolerance>& tolerances)
-        : text_(text.simplified()), file_(file), tolerances_(tolerances) {}
+    Statement(const QString& text, TemplateFile& file, QSet<QString>& taken,
+              QMap<QString, WrittenTolerance>& tolerances)
+        : text_(text.simplified()), file_(file), taken_(taken), tolerances_(tolerances) {}
 
     void read();
 
@@ -44,6 +47,7 @@ private:
     int takeLine();
     void takeName(QString& rest);
     void readTolerance(QString text);
+    void claim(const QList<ValueName>& results);
     void add(TSMeasurement* measurement);
     void readKind(const QString& kind);
     void readShift();
@@ -52,6 +56,7 @@ private:
 
     QString text_;
     TemplateFile& file_;
+    QSet<QString>& taken_;  // names of results, parts of means among them
     QMap<QString, WrittenTolerance>& tolerances_;
     QString name_;
     QStringList words_;
@@ -137,8 +142,17 @@ void Statement::readTolerance(QString text) {
     tolerances_[name_] = written;
 }
 
+void Statement::claim(const QList<ValueName>& results) {
+    for (const ValueName& result : results) {
+        if (taken_.contains(result.name))
+            fail(QString("there is a result \"%1\" already; give another name: NAME = ...").arg(result.name));
+        taken_.insert(result.name);
+    }
+}
+
 void Statement::add(TSMeasurement* measurement) {
     std::unique_ptr<TSMeasurement> owner(measurement);
+    claim(valueNames(*measurement));
     if (!file_.measurements.addMeasurement(measurement))
         fail("cannot be added");
     static_cast<void>(owner.release());
@@ -171,6 +185,7 @@ void Statement::readDistance() {
     const int to = takeLine();
     constexpr double rightAngle = 90 * radiansPerDegree;
     const Mean mean{name_, name_ + " (start)", name_ + " (end)"};
+    claim({{mean.name, "mm"}});
     for (const bool atStart : {true, false})
         add(new TSUMEndPointShiftInDirection(from, to, atStart, /*isLTStartPoint=*/true, to,
                                              /*isLineReferenceReversed=*/false, rightAngle,
@@ -225,15 +240,6 @@ void Statement::read() {
                  .arg(kind, kinds.join(", "), suggestion(kind, kinds)));
     if (name_.isEmpty())
         name_ = rest.simplified();
-    for (const auto& info : file_.measurements.getUniformResultsInfo()) {
-        const QString& other = *info.first;
-        const auto isTaken = [this, &other](const char* ending) {  // values have these behind their name
-            return other == name_ + ending || other + ending == name_;
-        };
-        if (isTaken("") || isTaken(" near") || isTaken(" far") || isTaken(".x") || isTaken(".y") ||
-            other.startsWith(name_ + " ("))
-            fail(QString("there is a result \"%1\" already; give another name: NAME = ...").arg(other));
-    }
     readKind(kind);
     if (!atEnd())
         fail(QString("unexpected \"%1\"").arg(words_.first()));
@@ -249,13 +255,14 @@ void Statement::read() {
 QMap<QString, WrittenTolerance> addMeasurements(const QString& text, TemplateFile& file) {
     constexpr int mostStatements = 1000;
     QMap<QString, WrittenTolerance> tolerances;
+    QSet<QString> taken;
     QString statements = text;
     const QStringList parts = statements.replace('\n', ';').split(';');
     if (parts.size() > mostStatements)
         throw Failure{QString("--measure has more than %1 statements").arg(mostStatements)};
     for (const QString& part : parts) {
         if (!part.trimmed().isEmpty())
-            Statement(part, file, tolerances).read();
+            Statement(part, file, taken, tolerances).read();
     }
     return tolerances;
 }

@@ -11,9 +11,10 @@ struct WrittenTolerance {
     Tolerance tolerance;
 };
 
-/// Adds the measurements of `text` to file.measurements and file.means; template lines are named as in
-/// file.lineNames or by number. Angles are degrees here and radians in the library. Returns the tolerances by
-/// result name. Throws Failure that quotes the statement and says what was expected.
+/// Adds the measurements of `text` to file.measurements and file.means, which are empty; template lines are
+/// named as in file.lineNames or by number. Angles are degrees here and radians in the library. Returns the
+/// tolerances by result name. Throws Failure that quotes the statement and says what was expected, also where
+/// two results, parts of means among them, would have one name.
 QMap<QString, WrittenTolerance> addMeasurements(const QString& text, TemplateFile& file);
 
 /// The grammar with an example of each kind, for help texts.

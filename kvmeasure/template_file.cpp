@@ -89,8 +89,17 @@ public:
         return entries;
     }
 
+    /// A tolerance or a mean must mean one value. Documents of other programs may have equal names otherwise.
+    void requireOne(const QStringList& names, const QString& name, const QString& where) const {
+        if (names.count(name) > 1)
+            fail(where, QString("%1 results are named \"%2\"; give them different names")
+                            .arg(names.count(name))
+                            .arg(name));
+    }
+
     void readSearch(const QVariantMap& document, TemplateFile& file) const;
-    void readOwn(const QVariantMap& document, TemplateFile& file) const;
+    void readLineNames(const QVariantMap& document, TemplateFile& file) const;
+    void readMeans(const QVariantMap& document, TemplateFile& file) const;
     void readTolerances(const QVariantMap& document, TemplateFile& file) const;
 
 private:
@@ -123,37 +132,47 @@ void DocumentReader::readSearch(const QVariantMap& document, TemplateFile& file)
     file.search.allowReversed = search["allowReversed"].toBool();
 }
 
-void DocumentReader::readOwn(const QVariantMap& document, TemplateFile& file) const {
-    for (int i = 0; i < file.lines.getTemplateLinesNumber(); ++i)
-        file.lineNames.append(QString::number(i));
-    if (document.contains("lineNames")) {
-        const QVariantList names = list(document["lineNames"], "lineNames");
-        if (names.size() != file.lineNames.size())
-            fail("lineNames", QString("expected %1 names, one per template line").arg(file.lineNames.size()));
-        for (int i = 0; i < names.size(); ++i) {
-            file.lineNames[i] = names[i].toString();
-            if (names[i].userType() != QMetaType::QString || names.indexOf(names[i]) != i)
-                fail("lineNames", QString("expected texts that differ, found \"%1\"").arg(file.lineNames[i]));
-        }
+/// Names of template lines; a line without one, or with an empty one, has its number.
+void DocumentReader::readLineNames(const QVariantMap& document, TemplateFile& file) const {
+    const int lines = file.lines.getTemplateLinesNumber();
+    const bool hasNames = document.contains("lineNames");
+    const QVariantList names = hasNames ? list(document["lineNames"], "lineNames") : QVariantList();
+    if (hasNames && names.size() != lines)
+        fail("lineNames", QString("expected %1 names, one per template line").arg(lines));
+    for (int i = 0; i < lines; ++i) {
+        const QVariant given = names.value(i);
+        const QString name = given.toString().isEmpty() ? QString::number(i) : given.toString();
+        const QString where = QString("lineNames[%1]").arg(i);
+        if (hasNames && given.userType() != QMetaType::QString && !isNumber(given))
+            fail(where, "expected a text");
+        if (file.lineNames.contains(name))
+            fail(where, QString("\"%1\" is line %2 already").arg(name).arg(file.lineNames.indexOf(name)));
+        file.lineNames.append(name);
     }
-    if (document.contains("means")) {
-        const QVariantList means = list(document["means"], "means");
-        if (means.size() > mostMeans)
-            fail("means", QString("more than %1").arg(mostMeans));
-        QStringList known;
-        for (const ValueName& value : valueNames(file))
-            known.append(value.name);
-        for (const QVariant& entry : means) {
-            const QVariantMap read = map(entry, "means");
-            const Mean mean{read["name"].toString(), read["first"].toString(), read["second"].toString()};
-            for (const QString& part : {mean.first, mean.second}) {
-                if (!known.contains(part))
-                    fail("means",
-                         QString("\"%1\" is the mean of \"%2\", which no measurement has as a result")
-                             .arg(mean.name, part));
-            }
-            file.means.append(mean);
+}
+
+void DocumentReader::readMeans(const QVariantMap& document, TemplateFile& file) const {
+    if (!document.contains("means"))
+        return;
+    const QVariantList means = list(document["means"], "means");
+    if (means.size() > mostMeans)
+        fail("means", QString("more than %1").arg(mostMeans));
+    QStringList known;
+    for (const ValueName& value : valueNames(file))
+        known.append(value.name);
+    QStringList names = known;
+    for (const QVariant& entry : means) {
+        const QVariantMap read = map(entry, "means");
+        const Mean mean{read["name"].toString(), read["first"].toString(), read["second"].toString()};
+        for (const QString& part : {mean.first, mean.second}) {
+            if (!known.contains(part))
+                fail("means", QString("\"%1\" is the mean of \"%2\", which no measurement has as a result")
+                                  .arg(mean.name, part));
+            requireOne(known, part, "means");
         }
+        names.append(mean.name);
+        requireOne(names, mean.name, "means");
+        file.means.append(mean);
     }
 }
 
@@ -170,6 +189,7 @@ void DocumentReader::readTolerances(const QVariantMap& document, TemplateFile& f
             fail(where,
                  QString("no measurement has a result of this name; known: %1%2")
                      .arg(known.isEmpty() ? QString("none") : known.join(", "), suggestion(it.key(), known)));
+        requireOne(known, it.key(), where);
         const QVariantMap entry = map(it.value(), where);
         const Tolerance tolerance{number(entry, "nominal", where), number(entry, "lower", where),
                                   number(entry, "upper", where)};
@@ -272,7 +292,8 @@ TemplateFile readTemplateFile(const QString& path) {
     if (file.measurements.getAllMeasurements().size() > mostMeasurements)
         reader.fail("measurements", QString("more than %1").arg(mostMeasurements));
     reader.readSearch(document, file);
-    reader.readOwn(document, file);
+    reader.readLineNames(document, file);
+    reader.readMeans(document, file);
     reader.readTolerances(document, file);
     return file;
 }
