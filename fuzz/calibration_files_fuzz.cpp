@@ -21,8 +21,15 @@ struct Record {
     bool load(const QString& path) { return loadRawCbrDataFromFile(columns.rows(), parameters.data(), path); }
     bool operator==(const Record& other) const {
         return columns.cells() == other.columns.cells() &&
-               std::memcmp(parameters.data(), other.parameters.data(), kCalibrationSteps * sizeof(double)) ==
-                   0;
+               std::equal(parameters.begin(), parameters.end(), other.parameters.begin(), hasSameBits);
+    }
+
+private:
+    static bool hasSameBits(double a, double b) {
+        uint64_t bitsOfA = 0, bitsOfB = 0;
+        std::memcpy(&bitsOfA, &a, sizeof a);
+        std::memcpy(&bitsOfB, &b, sizeof b);
+        return bitsOfA == bitsOfB;
     }
 };
 
