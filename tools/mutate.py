@@ -6,8 +6,9 @@ usage: mutate.py [--files PATTERN...] [--sample N] [--seed S] [--jobs N] [--minu
 
 Works on a copy of the checkout in build/mutation, never on the checkout. Places are drawn at random from all of them, so
 what a time limit cuts off leaves a random sample. A change counts as killed when a test program of the folder fails,
-crashes or takes three times as long; changes that do not compile, or not without a warning, do not count. Every result is added to
-build/mutation/results.jsonl; --again takes such a file and tries its survivors anew.
+crashes or takes three times as long; changes that do not compile, or not without a warning, do not count. A public header
+costs a build of all tests of its folder, other files that of the library and of the tests that link its internals. Every
+result is added to build/mutation/results.jsonl; --again takes such a file and tries its survivors anew.
 """
 
 import argparse
@@ -140,12 +141,17 @@ class Workshop:
         try:
             folder, stem = mutant.file.split("/")[1], pathlib.Path(mutant.file).stem.split("_p")[0]
             tests = sorted(self.tests[folder], key=lambda test: stem not in test["target"])
-            kernels = [test["target"] for test in tests if "_kernel_" in test["target"]]
-            if not self.made(["kvmath"] + kernels):
+            if not self.made(["kvmath"] + [test["target"] for test in tests if holds_code_of(mutant.file, test)]):
                 return "does not compile"
             return "survived" if all(self.passes(test) for test in tests) else "killed"
         finally:
             path.write_text(whole, encoding="utf-8")
+
+
+def holds_code_of(file, test):
+    """Whether the test program must be built anew: it links the internals, or the file is a public header, whose inline
+    code and templates are compiled into every test."""
+    return "_kernel_" in test["target"] or (file.endswith(".h") and not file.endswith("_p.h"))
 
 
 def survivors_of(results):
@@ -170,7 +176,7 @@ def work(number, folders, todo, results, stop_at):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__.split("\n\n")[0])
-    parser.add_argument("--files", nargs="*", default=["kvmath/*.cpp", "kvmath/*_p.h"], help="patterns")
+    parser.add_argument("--files", nargs="*", default=["kvmath/*"], help="patterns")
     parser.add_argument("--sample", type=int, default=300)
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--jobs", type=int, default=1)
@@ -179,7 +185,8 @@ def main():
     parser.add_argument("--again", type=pathlib.Path, help="results whose survivors are tried anew")
     options = parser.parse_args()
 
-    files = sorted(path.relative_to(ROOT).as_posix() for path in (ROOT / "kvmath").rglob("*"))
+    files = sorted(path.relative_to(ROOT).as_posix() for path in (ROOT / "kvmath").glob("*/*")
+                   if path.suffix in (".cpp", ".h"))
     files = [file for file in files if any(fnmatch.fnmatch(file, pattern) for pattern in options.files)]
     places = [mutant for file in files for mutant in mutants_of(file)]
     chosen = random.Random(options.seed).sample(places, min(options.sample, len(places)))
