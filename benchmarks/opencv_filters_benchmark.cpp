@@ -2,8 +2,10 @@
 // floats, one thread, results compared before anything is timed. OpenCV picks its vector instructions when it
 // runs.
 
+#include <benchmarks/inputs.h>
 #include <benchmarks/opencv_peers.h>
 #include <benchmarks/peers.h>
+#include <benchmarks/simulated_lines.h>
 #include <kvmath/numerics/signal.h>
 
 #include <opencv2/imgproc.hpp>
@@ -15,11 +17,29 @@
 namespace {
 
 using namespace KvMath;
+using Inputs::groove;
+using Inputs::Pool;
 using Peers::Comparison;
 using Peers::countPoints;
-using Peers::groove;
 using Peers::sizeOf;
 using Peers::sizes;
+
+/// Times `call`, which writes into the Result, on one of the grooves, converted, after the other.
+template <class Result, class Input, class Call>
+void measureInto(benchmark::State& state, Comparison& comparison, Input convert(const KvProfile&),
+                 Call call) {
+    if (comparison.refuses(state))
+        return;
+    const Pool profiles(sizeOf(state), groove);
+    Result result;
+    Inputs::measure(state, profiles.as(convert), [&](const Input& input) {
+        call(input, result);
+        benchmark::DoNotOptimize(result);
+    });
+    countPoints(state);
+}
+
+KvProfile itself(const KvProfile& profile) { return profile; }
 
 cv::Mat rowOf(const KvProfile& profile) {
     cv::Mat row(1, static_cast<int>(profile.points.size()), CV_32F);
@@ -33,63 +53,55 @@ cv::Mat rowOf(const KvProfile& profile) {
 // as the peer's, which puts it to the middle of the window. Compared: all values of whole windows, to the
 // bit.
 
-KvProfile heightsAsPlaces(int size) {
-    KvProfile profile = groove(size);
+KvProfile heightsAsPlaces(const KvProfile& groove) {
+    KvProfile profile = groove;
     for (KvPointXY& p : profile.points)
         p.x = p.y;
     return profile;
 }
 
 template <int kWindow>
-const char* compareMedians(int size) {
-    const KvProfile profile = heightsAsPlaces(size);
-    KvProfile own(profile);
-    profile.medFilt(own, kWindow);
+void median(const KvProfile& profile, KvProfile& filtered) {
+    if (filtered.points.size() != profile.points.size())
+        filtered = profile;
+    profile.medFilt(filtered, kWindow);
+}
+
+template <int kWindow>
+void medianPeer(const cv::Mat& row, cv::Mat& filtered) {
+    cv::medianBlur(row, filtered, kWindow);
+}
+
+template <int kWindow>
+const char* compareMedians(const KvProfile& groove) {
+    KvProfile own;
+    median<kWindow>(heightsAsPlaces(groove), own);
     cv::Mat peer;
-    cv::medianBlur(rowOf(profile), peer, kWindow);
-    for (int i = 0; i < size - kWindow; ++i) {
+    medianPeer<kWindow>(rowOf(groove), peer);
+    for (int i = 0; i < own.points.size() - kWindow; ++i) {
         if (own.points[i].y != peer.at<float>(i + kWindow / 2))
             return "different medians";
     }
     return nullptr;
 }
 template <int kWindow>
-Comparison medians(&compareMedians<kWindow>);
+Comparison medians([](int size) { return Pool(size, groove).difference(compareMedians<kWindow>); });
 
-void filter(benchmark::State& state, const KvProfile& profile, int window) {
-    KvProfile filtered(profile);
-    filtered.points.detach();
-    for (auto _ : state) {
-        profile.medFilt(filtered, window);
-        benchmark::DoNotOptimize(filtered.points.constBegin());
-    }
-    countPoints(state);
+void BM_Median3(benchmark::State& state) {
+    measureInto<KvProfile>(state, medians<3>, heightsAsPlaces, median<3>);
 }
-
-template <int kWindow>
-void median(benchmark::State& state) {
-    if (!medians<kWindow>.refuses(state))
-        filter(state, heightsAsPlaces(sizeOf(state)), kWindow);
+void BM_Median3OpenCv(benchmark::State& state) {
+    measureInto<cv::Mat>(state, medians<3>, rowOf, medianPeer<3>);
 }
-
-template <int kWindow>
-void medianPeer(benchmark::State& state) {
-    if (medians<kWindow>.refuses(state))
-        return;
-    const cv::Mat row = rowOf(groove(sizeOf(state)));
-    cv::Mat filtered;
-    for (auto _ : state) {
-        cv::medianBlur(row, filtered, kWindow);
-        benchmark::DoNotOptimize(filtered.data);
-    }
-    countPoints(state);
+void BM_Median5(benchmark::State& state) {
+    measureInto<KvProfile>(state, medians<5>, heightsAsPlaces, median<5>);
 }
-
-void BM_Median3(benchmark::State& state) { median<3>(state); }
-void BM_Median3OpenCv(benchmark::State& state) { medianPeer<3>(state); }
-void BM_Median5(benchmark::State& state) { median<5>(state); }
-void BM_Median5OpenCv(benchmark::State& state) { medianPeer<5>(state); }
-void BM_MedianByPlace5(benchmark::State& state) { filter(state, groove(sizeOf(state)), 5); }
+void BM_Median5OpenCv(benchmark::State& state) {
+    measureInto<cv::Mat>(state, medians<5>, rowOf, medianPeer<5>);
+}
+void BM_MedianByPlace5(benchmark::State& state) {
+    measureInto<KvProfile>(state, medians<5>, itself, median<5>);
+}
 BENCHMARK(BM_Median3)->Apply(sizes);
 BENCHMARK(BM_Median3OpenCv)->Apply(sizes);
 BENCHMARK(BM_Median5)->Apply(sizes);
@@ -117,44 +129,30 @@ void lowPassPeer(const cv::Mat& row, const cv::Mat& kernel, cv::Mat& filtered) {
     cv::filter2D(row, filtered, CV_32F, kernel, cv::Point(kTaps - 1, 0));
 }
 
-const char* compareLowPasses(int size) {
-    const KvProfile profile = groove(size);
-    KvProfile own(profile);
-    profile.zebFilter20(own, TestSupport::kNaN);
+void lowPass(const KvProfile& profile, KvProfile& filtered) {
+    if (filtered.points.size() != profile.points.size())
+        filtered = profile;
+    profile.zebFilter20(filtered, TestSupport::kNaN);
+}
+
+const char* compareLowPasses(const KvProfile& profile) {
+    KvProfile own;
+    lowPass(profile, own);
     cv::Mat peer;
     lowPassPeer(rowOf(profile), taps(), peer);
-    for (int i = kTaps; i < size; ++i) {
+    for (int i = kTaps; i < own.points.size(); ++i) {
         if (!(std::fabs(own.points[i].y - peer.at<float>(i)) < 1e-4F))
             return "different heights";
     }
     return nullptr;
 }
-Comparison lowPasses(&compareLowPasses);
+Comparison lowPasses([](int size) { return Pool(size, groove).difference(compareLowPasses); });
 
-void BM_LowPass(benchmark::State& state) {
-    if (lowPasses.refuses(state))
-        return;
-    const KvProfile profile = groove(sizeOf(state));
-    KvProfile filtered(profile);
-    filtered.points.detach();
-    for (auto _ : state) {
-        profile.zebFilter20(filtered, TestSupport::kNaN);
-        benchmark::DoNotOptimize(filtered.points.constBegin());
-    }
-    countPoints(state);
-}
-
+void BM_LowPass(benchmark::State& state) { measureInto<KvProfile>(state, lowPasses, itself, lowPass); }
 void BM_LowPassOpenCv(benchmark::State& state) {
-    if (lowPasses.refuses(state))
-        return;
-    const cv::Mat row = rowOf(groove(sizeOf(state)));
     const cv::Mat kernel = taps();
-    cv::Mat filtered;
-    for (auto _ : state) {
-        lowPassPeer(row, kernel, filtered);
-        benchmark::DoNotOptimize(filtered.data);
-    }
-    countPoints(state);
+    measureInto<cv::Mat>(state, lowPasses, rowOf,
+                         [&](const cv::Mat& row, cv::Mat& filtered) { lowPassPeer(row, kernel, filtered); });
 }
 BENCHMARK(BM_LowPass)->Apply(sizes);
 BENCHMARK(BM_LowPassOpenCv)->Apply(sizes);
@@ -173,6 +171,15 @@ std::vector<double> heightsOf(const KvProfile& profile) {
     return heights;
 }
 
+struct Counts {
+    std::vector<double> centres;
+    std::vector<int> counts;
+};
+
+void count(const std::vector<double>& heights, Counts& result) {
+    hist(heights, kFrom, kBin, kBins, /*dropOutside=*/true, result.centres, result.counts);
+}
+
 void countPeer(const cv::Mat& row, cv::Mat& counts) {
     const int channel = 0;
     const float ends[] = {static_cast<float>(kFrom), static_cast<float>(kFrom + kBin * kBins)};
@@ -180,40 +187,20 @@ void countPeer(const cv::Mat& row, cv::Mat& counts) {
     cv::calcHist(&row, 1, &channel, cv::noArray(), counts, 1, &kBins, ranges);
 }
 
-Comparison histograms([](int size) {
-    const KvProfile profile = groove(size);
-    std::vector<double> centres;
-    std::vector<int> own;
-    hist(heightsOf(profile), kFrom, kBin, kBins, /*dropOutside=*/true, centres, own);
+const char* compareHistograms(const KvProfile& profile) {
+    Counts own;
+    count(heightsOf(profile), own);
     cv::Mat peer;
     countPeer(rowOf(profile), peer);
     const auto isSame = [](int a, float b) { return static_cast<float>(a) == b; };
-    return std::equal(own.begin(), own.end(), peer.begin<float>(), isSame) ? nullptr : "different counts";
-});
-
-void BM_Histogram(benchmark::State& state) {
-    if (histograms.refuses(state))
-        return;
-    const std::vector<double> heights = heightsOf(groove(sizeOf(state)));
-    std::vector<double> centres;
-    std::vector<int> counts;
-    for (auto _ : state) {
-        hist(heights, kFrom, kBin, kBins, /*dropOutside=*/true, centres, counts);
-        benchmark::DoNotOptimize(counts.data());
-    }
-    countPoints(state);
+    return std::equal(own.counts.begin(), own.counts.end(), peer.begin<float>(), isSame) ? nullptr
+                                                                                         : "different counts";
 }
+Comparison histograms([](int size) { return Pool(size, groove).difference(compareHistograms); });
 
+void BM_Histogram(benchmark::State& state) { measureInto<Counts>(state, histograms, heightsOf, count); }
 void BM_HistogramOpenCv(benchmark::State& state) {
-    if (histograms.refuses(state))
-        return;
-    const cv::Mat row = rowOf(groove(sizeOf(state)));
-    cv::Mat counts;
-    for (auto _ : state) {
-        countPeer(row, counts);
-        benchmark::DoNotOptimize(counts.data);
-    }
-    countPoints(state);
+    measureInto<cv::Mat>(state, histograms, rowOf, countPeer);
 }
 BENCHMARK(BM_Histogram)->Apply(sizes);
 BENCHMARK(BM_HistogramOpenCv)->Apply(sizes);
