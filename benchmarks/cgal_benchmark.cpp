@@ -1,6 +1,7 @@
 // Outlines and fits beside CGAL: the same points, one thread, results compared before anything is timed. Its
 // predicates are exact (double with a filter); coordinates are doubles on both sides.
 
+#include <benchmarks/inputs.h>
 #include <benchmarks/peers.h>
 #include <kvmath/contours/hull.h>
 #include <kvmath/numerics/fitting.h>
@@ -24,6 +25,7 @@
 
 namespace {
 
+using Inputs::Pool;
 using Peers::Comparison;
 using Peers::countPoints;
 using Peers::kCoin;
@@ -42,14 +44,17 @@ using Points = QList<KvMath::KvVector2D<double>>;
 using Place = std::pair<double, double>;
 using Edges = std::set<std::pair<Place, Place>>;  // the lesser end first
 
-Points ironOf(int size) { return Peers::vectorsOf(Peers::angleIron(size)); }
+Points ironOf(int size, unsigned seed) { return Peers::vectorsOf(Peers::angleIron(size, seed)); }
 
-std::vector<Point> peerOf(const Points& points) {
-    std::vector<Point> peer;
+using PeerPoints = std::vector<Point>;
+
+PeerPoints peerOf(const Points& points) {
+    PeerPoints peer;
     for (const auto& p : points)
         peer.emplace_back(p.x, p.y);
     return peer;
 }
+PeerPoints peerIronOf(int size, unsigned seed) { return peerOf(ironOf(size, seed)); }
 
 Edges edgesOf(const Points& points, double radius) {
     QList<int> indices;
@@ -79,47 +84,48 @@ Edges edgesOf(const AlphaShape& shape) {
     return edges;
 }
 
-AlphaShape alphaShape(const std::vector<Point>& points) {
+AlphaShape alphaShape(const PeerPoints& points) {
     return {points.begin(), points.end(), kCoin * kCoin, AlphaShape::REGULARIZED};
 }
 
 Comparison outlines([](int size) {
-    const Points points = ironOf(size);
-    const AlphaShape shape(alphaShape(peerOf(points)));
-    return edgesOf(points, kCoin) == edgesOf(shape) ? nullptr : "different edges";
+    return Pool(size, ironOf).difference([](const Points& points) {
+        const AlphaShape shape(alphaShape(peerOf(points)));
+        return edgesOf(points, kCoin) == edgesOf(shape) ? nullptr : "different edges";
+    });
 });
 
-void BM_Outline(benchmark::State& state) {
-    if (outlines.refuses(state))
+void measureCoin(benchmark::State& state, Comparison& comparison, double radius) {
+    if (comparison.refuses(state))
         return;
-    const Points points = ironOf(sizeOf(state));
     QList<int> indices;
-    for (auto _ : state)
-        benchmark::DoNotOptimize(KvMath::getCoinHull(points, kCoin, indices));
+    Inputs::measure(state, Pool(sizeOf(state), ironOf), [&](const Points& points) {
+        benchmark::DoNotOptimize(KvMath::getCoinHull(points, radius, indices));
+    });
     state.counters["corners"] = static_cast<double>(indices.size()) - 1;
     countPoints(state);
 }
 
+void BM_Outline(benchmark::State& state) { measureCoin(state, outlines, kCoin); }
+
 void BM_OutlineCgal(benchmark::State& state) {
     if (outlines.refuses(state))
         return;
-    const std::vector<Point> points = peerOf(ironOf(sizeOf(state)));
     std::ptrdiff_t edges = 0;
-    for (auto _ : state) {
+    Inputs::measure(state, Pool(sizeOf(state), peerIronOf), [&](const PeerPoints& points) {
         const AlphaShape shape = alphaShape(points);
         benchmark::DoNotOptimize(
             edges = std::distance(shape.alpha_shape_edges_begin(), shape.alpha_shape_edges_end()));
-    }
+    });
     state.counters["corners"] = static_cast<double>(edges);
     countPoints(state);
 }
 
 void BM_OutlineCgalTriangulationAlone(benchmark::State& state) {
-    const std::vector<Point> points = peerOf(ironOf(sizeOf(state)));
-    for (auto _ : state) {
+    Inputs::measure(state, Pool(sizeOf(state), peerIronOf), [](const PeerPoints& points) {
         const CGAL::Delaunay_triangulation_2<Kernel> triangulation(points.begin(), points.end());
         benchmark::DoNotOptimize(triangulation.number_of_faces());
-    }
+    });
     countPoints(state);
 }
 BENCHMARK(BM_Outline)->Apply(sizes);
@@ -129,43 +135,39 @@ BENCHMARK(BM_OutlineCgalTriangulationAlone)->Apply(sizes);
 // ---- Convex outlines: a coin without limit here. Compared: the edges. Points between corners on a straight
 // edge, which only the library lists, do not occur.
 
-std::vector<Point> convexPeer(const std::vector<Point>& points) {
-    std::vector<Point> corners;
+constexpr double kNoLimit = std::numeric_limits<double>::infinity();
+
+PeerPoints convexPeer(const PeerPoints& points) {
+    PeerPoints corners;
     CGAL::convex_hull_2(points.begin(), points.end(), std::back_inserter(corners));
     return corners;
 }
 
-Comparison convexOutlines([](int size) {
-    const Points points = ironOf(size);
-    const std::vector<Point> corners = convexPeer(peerOf(points));
-    Edges peer;
+Edges closed(const PeerPoints& corners) {
+    Edges edges;
     for (std::size_t k = 0; k < corners.size(); ++k) {
         const Point& p = corners[k];
         const Point& q = corners[(k + 1) % corners.size()];
-        peer.insert(std::minmax(Place(p.x(), p.y()), Place(q.x(), q.y())));
+        edges.insert(std::minmax(Place(p.x(), p.y()), Place(q.x(), q.y())));
     }
-    return edgesOf(points, std::numeric_limits<double>::infinity()) == peer ? nullptr : "different edges";
+    return edges;
+}
+
+Comparison convexOutlines([](int size) {
+    return Pool(size, ironOf).difference([](const Points& points) {
+        return edgesOf(points, kNoLimit) == closed(convexPeer(peerOf(points))) ? nullptr : "different edges";
+    });
 });
 
-void BM_ConvexOutline(benchmark::State& state) {
-    if (convexOutlines.refuses(state))
-        return;
-    const Points points = ironOf(sizeOf(state));
-    QList<int> indices;
-    for (auto _ : state)
-        benchmark::DoNotOptimize(
-            KvMath::getCoinHull(points, std::numeric_limits<double>::infinity(), indices));
-    state.counters["corners"] = static_cast<double>(indices.size()) - 1;
-    countPoints(state);
-}
+void BM_ConvexOutline(benchmark::State& state) { measureCoin(state, convexOutlines, kNoLimit); }
 
 void BM_ConvexOutlineCgal(benchmark::State& state) {
     if (convexOutlines.refuses(state))
         return;
-    const std::vector<Point> points = peerOf(ironOf(sizeOf(state)));
-    std::vector<Point> corners;
-    for (auto _ : state)
+    PeerPoints corners;
+    Inputs::measure(state, Pool(sizeOf(state), peerIronOf), [&](const PeerPoints& points) {
         benchmark::DoNotOptimize(corners = convexPeer(points));
+    });
     state.counters["corners"] = static_cast<double>(corners.size());
     countPoints(state);
 }
@@ -185,7 +187,7 @@ std::vector<Kernel::Point_3> spacePeer(const std::vector<double>& xyz) {
     return points;
 }
 
-std::vector<double> slopeOf(int size) { return Peers::doublesOf(Peers::slope(size)); }
+std::vector<double> slopeOf(int size, unsigned seed) { return Peers::doublesOf(Peers::slope(size, seed)); }
 
 Kernel::Plane_3 planePeer(const std::vector<Kernel::Point_3>& points) {
     Kernel::Plane_3 plane;
@@ -203,35 +205,37 @@ double planeDeviation(const std::vector<double>& xyz) {
 }
 
 Comparison planes([](int size) {
-    return planeDeviation(slopeOf(size)) < 1e-7 ? nullptr : "different planes";
+    return Pool(size, slopeOf).difference([](const std::vector<double>& xyz) {
+        return planeDeviation(xyz) < 1e-7 ? nullptr : "different planes";
+    });
 });
 
 void BM_PlaneOrthogonal(benchmark::State& state) {
     if (planes.refuses(state))
         return;
-    const std::vector<double> xyz = slopeOf(sizeOf(state));
     double p[4] = {};
-    for (auto _ : state)
+    Inputs::measure(state, Pool(sizeOf(state), slopeOf), [&](const std::vector<double>& xyz) {
         benchmark::DoNotOptimize(KvMath::planeFitting(xyz.data(), sizeOf(state), p));
-    state.counters["deviation"] = planeDeviation(xyz);
+    });
     countPoints(state);
 }
 
 void BM_PlaneOrthogonalCgal(benchmark::State& state) {
     if (planes.refuses(state))
         return;
-    const std::vector<Kernel::Point_3> points = spacePeer(slopeOf(sizeOf(state)));
-    for (auto _ : state)
-        benchmark::DoNotOptimize(planePeer(points));
+    Inputs::measure(state, Pool(sizeOf(state), slopeOf).as(spacePeer),
+                    [](const auto& points) { benchmark::DoNotOptimize(planePeer(points)); });
     countPoints(state);
 }
 BENCHMARK(BM_PlaneOrthogonal)->Apply(sizes);
 BENCHMARK(BM_PlaneOrthogonalCgal)->Apply(sizes);
 
+using LinePoints = std::vector<KvMath::KvVector2D<double>>;
+
 /// A section of the slope: a straight line with noise.
-std::vector<KvMath::KvVector2D<double>> lineOf(int size) {
-    std::vector<KvMath::KvVector2D<double>> points;
-    TestSupport::Draws draws(4);
+LinePoints lineOf(int size, unsigned seed) {
+    LinePoints points;
+    TestSupport::Draws draws(seed);
     for (int i = 0; i < size; ++i) {
         const double x = draws.real(-50.0, 50.0);
         points.emplace_back(x, 0.1 * x + 70.0 + draws.normal(0.02));
@@ -239,52 +243,51 @@ std::vector<KvMath::KvVector2D<double>> lineOf(int size) {
     return points;
 }
 
-std::vector<Point> peerOf(const std::vector<KvMath::KvVector2D<double>>& points) {
-    std::vector<Point> peer;
-    for (const auto& p : points)
+PeerPoints peerLineOf(int size, unsigned seed) {
+    PeerPoints peer;
+    for (const auto& p : lineOf(size, seed))
         peer.emplace_back(p.x, p.y);
     return peer;
 }
 
-Kernel::Line_2 linePeer(const std::vector<Point>& points) {
+KvMath::LineABC ownLine(const LinePoints& points) {
+    KvMath::LineABC line;
+    KvMath::lsd(points.data(), static_cast<int>(points.size()), line);
+    return line;
+}
+
+Kernel::Line_2 peerLine(const PeerPoints& points) {
     Kernel::Line_2 line;
     CGAL::linear_least_squares_fitting_2(points.begin(), points.end(), line, CGAL::Dimension_tag<0>());
     return line;
 }
 
-/// Greatest distance of both lines within the view, mm.
-double lineDeviation(int size) {
-    const auto points = lineOf(size);
-    KvMath::LineABC own;
-    KvMath::lsd(points.data(), size, own);
-    const Kernel::Line_2 peer = linePeer(peerOf(points));
+/// Whether both lines are nowhere in the view farther apart than 1e-5 mm.
+bool isSameLine(const KvMath::LineABC& own, const Kernel::Line_2& peer) {
     const auto offset = [&](double x) { return std::fabs(own.a * x + own.b * peer.y_at_x(x) + own.c); };
-    return std::max(offset(-50.0), offset(50.0));
+    return std::max(offset(-50.0), offset(50.0)) < 1e-5;
 }
 
-Comparison lines([](int size) { return lineDeviation(size) < 1e-5 ? nullptr : "different lines"; });
+Comparison lines([](int size) {
+    Pool peers(size, peerLineOf);
+    return Pool(size, lineOf).as(ownLine).difference([&](const KvMath::LineABC& own) {
+        return isSameLine(own, peerLine(peers.next())) ? nullptr : "different lines";
+    });
+});
 
-void BM_LineOrthogonal(benchmark::State& state) {
+template <class Make, class Fit>
+void measureLines(benchmark::State& state, Make make, Fit fit) {
     if (lines.refuses(state))
         return;
-    const auto points = lineOf(sizeOf(state));
-    KvMath::LineABC line;
-    for (auto _ : state) {
-        KvMath::lsd(points.data(), sizeOf(state), line);
+    Inputs::measure(state, Pool(sizeOf(state), make), [&](const auto& points) {
+        auto line = fit(points);
         benchmark::DoNotOptimize(line);
-    }
-    state.counters["deviation"] = lineDeviation(sizeOf(state));
+    });
     countPoints(state);
 }
 
-void BM_LineOrthogonalCgal(benchmark::State& state) {
-    if (lines.refuses(state))
-        return;
-    const std::vector<Point> points = peerOf(lineOf(sizeOf(state)));
-    for (auto _ : state)
-        benchmark::DoNotOptimize(linePeer(points));
-    countPoints(state);
-}
+void BM_LineOrthogonal(benchmark::State& state) { measureLines(state, lineOf, ownLine); }
+void BM_LineOrthogonalCgal(benchmark::State& state) { measureLines(state, peerLineOf, peerLine); }
 BENCHMARK(BM_LineOrthogonal)->Apply(sizes);
 BENCHMARK(BM_LineOrthogonalCgal)->Apply(sizes);
 

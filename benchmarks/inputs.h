@@ -39,8 +39,9 @@ public:
 
     std::size_t count() const { return inputs_.size(); }
     Input& next() {
+        Input& input = inputs_[at_];
         at_ = at_ + 1 < inputs_.size() ? at_ + 1 : 0;
-        return inputs_[at_];
+        return input;
     }
 
     /// What `convert` makes of each, in the same order: inputs of another library, results.

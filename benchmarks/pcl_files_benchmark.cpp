@@ -1,12 +1,11 @@
-// Files of clouds beside those of the Point Cloud Library, in the cache of the system, without a sync: the
+// Files of clouds beside those of the Point Cloud Library, in memory where there is room, without a sync: the
 // same points in both files, compared before anything is timed. Both keep 12 bytes per point behind a head.
 // The bytes of the record read or written in one call show what the system takes.
 
 #include <benchmarks/peers.h>
+#include <benchmarks/scratch_folder.h>
 #include <kvmath/profile/profile_zset.h>
 
-#include <QtCore/QDir>
-#include <QtCore/QFileInfo>
 #include <QtCore/QTemporaryDir>
 #include <pcl/io/pcd_io.h>
 #include <pcl/point_types.h>
@@ -29,7 +28,7 @@ constexpr int kLine = 500;  // points of a profile
 KvMath::KvProfileZSet scan(int size) {
     KvMath::KvProfileZSet stack;
     int i = 0;
-    for (const KvMath::KvPointXYZ& p : Peers::slope(size).points) {
+    for (const KvMath::KvPointXYZ& p : Peers::slope(size, 1).points) {
         if (i++ % kLine == 0)
             stack.append(KvMath::KvProfileZ());
         stack[stack.size() - 1].points.append({p.x, p.z});
@@ -50,12 +49,7 @@ struct Files {
     }
     bool writePeer() const { return pcl::io::savePCDFileBinary(pcd, peer) == 0; }
 
-    static QString place() {
-        const QString memory = "/dev/shm";
-        return (QFileInfo(memory).isWritable() ? memory : QDir::tempPath()) + "/kvmath-XXXXXX";
-    }
-
-    const QTemporaryDir directory{place()};
+    const QTemporaryDir directory{Inputs::scratchFolder()};
     const QString record = directory.filePath("cloud.bin");
     const QString records = directory.filePath("stack.bin");
     const std::string pcd = directory.filePath("cloud.pcd").toStdString();

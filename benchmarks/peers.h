@@ -60,8 +60,8 @@ private:
 using Comparison = ComparisonOf<int>;
 
 /// Points of a tilted plane of 100 x 100 mm with noise of 0.02 mm.
-inline KvMath::KvPointCloud<KvMath::KvPointXYZ> slope(int size) {
-    TestSupport::Draws draws(3);
+inline KvMath::KvPointCloud<KvMath::KvPointXYZ> slope(int size, unsigned seed) {
+    TestSupport::Draws draws(seed);
     KvMath::KvPointCloud<KvMath::KvPointXYZ> cloud;
     for (int i = 0; i < size; ++i) {
         const double x = draws.real(-50.0, 50.0);
@@ -84,8 +84,8 @@ constexpr double kCoin = 3.0;  // mm
 
 /// One point per square mm of an angle iron, seen from its end: so dense that triangles with circumcircles up
 /// to kCoin leave no holes inside, whose corners peers would list too.
-inline std::vector<KvMath::KvPointXY> angleIron(int size) {
-    TestSupport::Draws draws(5);
+inline std::vector<KvMath::KvPointXY> angleIron(int size, unsigned seed) {
+    TestSupport::Draws draws(seed);
     const double side = std::sqrt(static_cast<double>(size) / 0.75);
     std::vector<KvMath::KvPointXY> points;
     while (points.size() < static_cast<std::size_t>(size)) {
