@@ -3,8 +3,7 @@
 // own.
 //
 // The peers work in full double precision, column by column (Eigen) or row by row (GSL); svdcmp keeps its
-// own order of rotations. Inputs are restored within the measured loop on all sides, and small problems
-// change from round to round: the processor would learn the branches of a single one by heart.
+// own order of rotations. Inputs are restored within the measured loop on all sides.
 
 #include <benchmarks/numerics_peers.h>
 #include <kvmath/numerics/fitting.h>
@@ -52,9 +51,8 @@ void time(benchmark::State& state, ComparisonOf<std::size_t, std::size_t>& compa
     const auto m = static_cast<std::size_t>(state.range(0));
     const auto n = static_cast<std::size_t>(state.range(1));
     Problem problem(m, n);
-    Pool source = matrices(m, n, Problem::kLayout);
-    for (auto _ : state)
-        benchmark::DoNotOptimize(problem.run(source.next()));
+    Inputs::measure(state, matrices(m, n, Problem::kLayout),
+                    [&](const Values& matrix) { benchmark::DoNotOptimize(problem.run(matrix.data())); });
 }
 
 // ---- Singular values. A class for each library: run returns the values, null when they do not converge;
@@ -157,9 +155,9 @@ bool isDecomposed(std::size_t m, std::size_t n, double tolerance) {
     OwnSvd own(m, n);
     Svd svd(m, n);
     for (std::size_t k = 0; k < inputs.count(); ++k) {
-        const double* matrix = rows.next();
-        const double* ownValues = own.run(ownInputs.next());
-        const double* values = svd.run(inputs.next());
+        const Values& matrix = rows.next();
+        const double* ownValues = own.run(ownInputs.next().data());
+        const double* values = svd.run(inputs.next().data());
         if (ownValues == nullptr || values == nullptr)
             return false;
         const Values expected = descending(ownValues, n);
@@ -281,9 +279,9 @@ template <typename LeastSquares>
     for (const double b : rightSide(m))
         length = std::hypot(length, b);
     for (std::size_t k = 0; k < inputs.count(); ++k) {
-        const double* x = solver.run(inputs.next());
-        const double* ownX = own.run(ownInputs.next());
-        const double* values = svd.run(svdInputs.next());
+        const double* x = solver.run(inputs.next().data());
+        const double* ownX = own.run(ownInputs.next().data());
+        const double* values = svd.run(svdInputs.next().data());
         if (x == nullptr || ownX == nullptr || values == nullptr)
             return false;
         const double tolerance = kSingle * length / *std::min_element(values, values + n);
@@ -332,19 +330,15 @@ Eigen::Vector4d planeOf(const double* xyz, int count) {
     return {normal.x(), normal.y(), normal.z(), -normal.dot(centroid)};
 }
 
-Comparison planes([](int size) -> const char* {
-    Pool points = planePoints(static_cast<std::size_t>(size));
-    for (std::size_t k = 0; k < points.count(); ++k) {
-        const double* xyz = points.next();
+Comparison planes([](int size) {
+    return Pool(size, planePoints).difference([size](const Values& xyz) -> const char* {
         Eigen::Vector4d own;
-        if (!KvMath::planeFitting(xyz, size, own.data()))
+        if (!KvMath::planeFitting(xyz.data(), size, own.data()))
             return "no plane";
-        const Eigen::Vector4d peer = planeOf(xyz, size);
+        const Eigen::Vector4d peer = planeOf(xyz.data(), size);
         const double sign = own.head<3>().dot(peer.head<3>()) < 0.0 ? -1.0 : 1.0;
-        if (!((own - sign * peer).lpNorm<Eigen::Infinity>() <= kSingle))
-            return "different planes";
-    }
-    return nullptr;
+        return (own - sign * peer).lpNorm<Eigen::Infinity>() <= kSingle ? nullptr : "different planes";
+    });
 });
 #else
 Comparison planes;
@@ -353,19 +347,18 @@ Comparison planes;
 void BM_Plane(benchmark::State& state) {
     if (planes.refuses(state))
         return;
-    Pool points = planePoints(static_cast<std::size_t>(state.range(0)));
     double p[4];
-    for (auto _ : state)
-        benchmark::DoNotOptimize(KvMath::planeFitting(points.next(), sizeOf(state), p));
+    Inputs::measure(state, Pool(sizeOf(state), planePoints), [&](const Values& xyz) {
+        benchmark::DoNotOptimize(KvMath::planeFitting(xyz.data(), sizeOf(state), p));
+    });
 }
 BENCHMARK(BM_Plane)->Apply(planeSizes);
 #ifdef KVMATH_HAS_EIGEN
 void BM_PlaneEigen(benchmark::State& state) {
     if (planes.refuses(state))
         return;
-    Pool points = planePoints(static_cast<std::size_t>(state.range(0)));
-    for (auto _ : state)
-        benchmark::DoNotOptimize(planeOf(points.next(), sizeOf(state)));
+    Inputs::measure(state, Pool(sizeOf(state), planePoints),
+                    [&](const Values& xyz) { benchmark::DoNotOptimize(planeOf(xyz.data(), sizeOf(state))); });
 }
 BENCHMARK(BM_PlaneEigen)->Apply(planeSizes);
 #endif

@@ -9,11 +9,13 @@
 #include <benchmark/benchmark.h>
 
 #ifdef KVMATH_HAS_GSL
+#include <gsl/gsl_blas.h>
 #include <gsl/gsl_fit.h>
 #include <gsl/gsl_linalg.h>
 #include <gsl/gsl_spline.h>
 #endif
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <vector>
@@ -39,88 +41,84 @@ GslLine lineOf(const LinePoints& points) {
     return line;
 }
 
-Comparison lines([](int size) -> const char* {
-    const LinePoints points(static_cast<std::size_t>(size));
-    double c[2];
-    KvMath::lineFitting(points.x.data(), points.y.data(), size, c);
-    const GslLine peer = lineOf(points);
-    const bool isSame = isNear(c[0], peer.c1, kSums) && isNear(c[1], peer.c0, kSums);
-    return isSame ? nullptr : "different lines";
+ComparisonOf<std::size_t> lines([](std::size_t size) {
+    return Pool(size, linePoints).difference([](const LinePoints& points) {
+        double c[2];
+        KvMath::lineFitting(points.x.data(), points.y.data(), static_cast<int>(points.x.size()), c);
+        const GslLine peer = lineOf(points);
+        const bool isSame = isNear(c[0], peer.c1, kSums) && isNear(c[1], peer.c0, kSums);
+        return isSame ? nullptr : "different lines";
+    });
 });
 #else
-Comparison lines;
+ComparisonOf<std::size_t> lines;
 #endif
 
 void BM_Line(benchmark::State& state) {
     if (lines.refuses(state))
         return;
-    const LinePoints points(static_cast<std::size_t>(state.range(0)));
     double c[2];
-    for (auto _ : state) {
+    Inputs::measure(state, Pool(sizeOf(state), linePoints), [&](const LinePoints& points) {
         KvMath::lineFitting(points.x.data(), points.y.data(), sizeOf(state), c);
         benchmark::DoNotOptimize(c);
-    }
+    });
 }
 BENCHMARK(BM_Line)->Arg(100)->Arg(10'000);
 #ifdef KVMATH_HAS_GSL
 void BM_LineGsl(benchmark::State& state) {
     if (lines.refuses(state))
         return;
-    const LinePoints points(static_cast<std::size_t>(state.range(0)));
-    for (auto _ : state)
-        benchmark::DoNotOptimize(lineOf(points));
+    Inputs::measure(state, Pool(sizeOf(state), linePoints),
+                    [](const LinePoints& points) { benchmark::DoNotOptimize(lineOf(points)); });
 }
 BENCHMARK(BM_LineGsl)->Arg(100)->Arg(10'000);
 #endif
 
-// ---- Smoothing. A polynomial of the same degree fitted to the same window is the nearest to a
-// Savitzky-Golay filter that GSL has. Compared: the middle of the fit to an impulse at each place is the
-// coefficient of that place, at most 0.04, to the roundings of some hundred products (3e-16 occurs).
+// ---- Smoothing: the coefficients that evaluate, at the middle of a window, the polynomial fitted to it. GSL
+// has none ready; they are the row of the middle's value in the pseudoinverse, R^-1 Q^T, of the matrix of
+// powers. Compared: the coefficients, at most 0.04, to the roundings of some hundred products (3e-16 occurs).
 
 constexpr int kHalf = 50;
 constexpr std::size_t kWindow = 2 * kHalf + 1;
 
 #ifdef KVMATH_HAS_GSL
-class GslPolynomial {
+class GslFilter {
 public:
-    explicit GslPolynomial(int degree)
-        : terms_(static_cast<std::size_t>(degree) + 1), tau_(terms_), x_(terms_), residual_(kWindow) {
+    explicit GslFilter(int degree) : terms_(static_cast<std::size_t>(degree) + 1), tau_(terms_), c_(kWindow) {
         for (int k = -kHalf; k <= kHalf; ++k)
             for (std::size_t p = 0; p < terms_; ++p)
                 powers_.push_back(std::pow(k, p));
         qr_ = powers_;
     }
 
-    /// The value at the middle of the polynomial fitted to kWindow values.
-    double middle(const Values& values) {
+    const Values& coefficients() {
         qr_ = powers_;
+        std::fill(c_.begin(), c_.end(), 0.0);
+        c_[0] = 1.0;
         auto qr = gsl_matrix_view_array(qr_.data(), kWindow, terms_);
         auto tau = gsl_vector_view_array(tau_.data(), terms_);
-        const auto b = gsl_vector_const_view_array(values.data(), kWindow);
-        auto x = gsl_vector_view_array(x_.data(), terms_);
-        auto residual = gsl_vector_view_array(residual_.data(), kWindow);
+        auto all = gsl_vector_view_array(c_.data(), kWindow);
+        auto first = gsl_vector_view_array(c_.data(), terms_);
         gsl_linalg_QR_decomp(&qr.matrix, &tau.vector);
-        gsl_linalg_QR_lssolve(&qr.matrix, &tau.vector, &b.vector, &x.vector, &residual.vector);
-        return x_[0];
+        const auto r = gsl_matrix_submatrix(&qr.matrix, 0, 0, terms_, terms_);
+        gsl_blas_dtrsv(CblasUpper, CblasTrans, CblasNonUnit, &r.matrix, &first.vector);
+        gsl_linalg_QR_Qvec(&qr.matrix, &tau.vector, &all.vector);
+        return c_;
     }
 
 private:
     std::size_t terms_;
-    Values powers_, qr_, tau_, x_, residual_;
+    Values powers_, qr_, tau_, c_;
 };
 
 Comparison filters([](int degree) -> const char* {
-    Values coeffs(kWindow);
-    if (!KvMath::SavitzkyGolay1dCoefficients(coeffs.data(), degree, kHalf, 0))
+    Values own(kWindow);
+    if (!KvMath::SavitzkyGolay1dCoefficients(own.data(), degree, kHalf, 0))
         return "no coefficients";
-    GslPolynomial polynomial(degree);
-    for (std::size_t k = 0; k < kWindow; ++k) {
-        Values impulse(kWindow);
-        impulse[k] = 1.0;
-        if (!isNear(coeffs[k], polynomial.middle(impulse), 4e-15))
-            return "different coefficients";
-    }
-    return nullptr;
+    GslFilter filter(degree);
+    const Values& peer = filter.coefficients();
+    const auto isSame = [](double a, double b) { return isNear(a, b, 4e-15); };
+    return std::equal(own.begin(), own.end(), peer.begin(), isSame) ? nullptr : "different coefficients";
 });
 #else
 Comparison filters;
@@ -138,11 +136,9 @@ BENCHMARK(BM_SavitzkyGolay)->Arg(2)->Arg(4);
 void BM_SavitzkyGolayGsl(benchmark::State& state) {
     if (filters.refuses(state))
         return;
-    GslPolynomial polynomial(sizeOf(state));
-    Values impulse(kWindow);
-    impulse[kHalf] = 1.0;
+    GslFilter filter(sizeOf(state));
     for (auto _ : state)
-        benchmark::DoNotOptimize(polynomial.middle(impulse));
+        benchmark::DoNotOptimize(filter.coefficients().data());
 }
 BENCHMARK(BM_SavitzkyGolayGsl)->Arg(2)->Arg(4);
 #endif
@@ -216,7 +212,7 @@ void evaluate(benchmark::State& state) {
     spline.fit(knots);
     std::size_t i = 0;
     for (auto _ : state)
-        benchmark::DoNotOptimize(spline.value(knots, knots.places[i++ % 1024]));
+        benchmark::DoNotOptimize(spline.value(knots, knots.places[i++ % kPlaces]));
 }
 
 void BM_Spline(benchmark::State& state) { fit<OwnSpline>(state); }
