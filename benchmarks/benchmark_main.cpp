@@ -3,8 +3,9 @@
 // timed ones.
 //
 // The allocation functions stand in front of glibc's. Timed rounds pay one predicted branch in each. The
-// linker's
-// --wrap tells where a loop begins, pauses and ends, so that inputs made before it do not count.
+// option
+// --wrap of the linker tells where a loop begins, pauses and ends, so that inputs made before it do not
+// count.
 
 #include <benchmark/benchmark.h>
 

@@ -1,6 +1,7 @@
 // Calibration tables beside one plain pass over the same bytes: what is read is copied or summed, what is
 // written is filled, in memory order and in the same containers.
 
+#include <benchmarks/scratch_folder.h>
 #include <kvmath/calibration/dtf_profiles.h>
 #include <kvmath/calibration/pixel_lookup.h>
 #include <kvmath/calibration/table_build.h>
@@ -234,7 +235,7 @@ BENCHMARK(BM_Shift)->Unit(benchmark::kMicrosecond);
 // --- Files, in the page cache ---
 
 QString scratchFile() {
-    static const QTemporaryDir directory;
+    static const QTemporaryDir directory(Inputs::scratchFolder());
     return directory.filePath("calibration.bin");
 }
 

@@ -1,6 +1,7 @@
 // Hulls of noisy outlines, and the whole way from a scan to lines. The plain pass (distances of neighbouring
 // points, one root each) is the yardstick; the literal walk looks at every point in every step.
 
+#include <benchmarks/inputs.h>
 #include <kvmath/contours/edge_points.h>
 #include <kvmath/contours/hull.h>
 #include <kvmath/contours/scan_lines.h>
@@ -21,8 +22,8 @@ using Points = QList<KvVector2D<double>>;
 
 /// A square of 100 mm with noise of 0.1 mm. Its coin has 1 mm radius: at 200,000 points a thousand lie within
 /// reach of every step.
-Points outline(int n) {
-    TestSupport::Draws draws(1);
+Points outline(int n, unsigned seed) {
+    TestSupport::Draws draws(seed);
     Points points;
     for (int i = 0; i < n; ++i) {
         const double way = 400.0 * i / n;
@@ -45,21 +46,23 @@ Points outline(int n) {
     return points;
 }
 
-/// Points on a circle: every one belongs to every hull.
-Points circle(int n) {
+/// Points on a circle, turned: every one belongs to every hull.
+Points circle(int n, unsigned seed) {
     Points points;
-    for (int i = 0; i < n; ++i)
-        points.append({100 * std::cos(6.283185307 * i / n), 100 * std::sin(6.283185307 * i / n)});
+    for (int i = 0; i < n; ++i) {
+        const double angle = 6.283185307 * i / n + 0.1 * seed;
+        points.append({100 * std::cos(angle), 100 * std::sin(angle)});
+    }
     return points;
 }
 
-template <class Call>
-void measure(benchmark::State& state, const Points& points, Call call) {
+template <class Make, class Call>
+void measure(benchmark::State& state, Make make, Call call) {
     qint64 size = 0;
-    for (auto _ : state)
-        size = call(points);
+    Inputs::measure(state, Inputs::Pool(static_cast<int>(state.range(0)), make),
+                    [&](const Points& points) { size = call(points); });
     state.counters["hull"] = static_cast<double>(size);
-    state.SetItemsProcessed(state.iterations() * points.size());
+    state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
 qint64 plainPass(const Points& points) {
@@ -87,38 +90,37 @@ qint64 literalCoin(const Points& points) {
 
 int sizeOf(const benchmark::State& state) { return static_cast<int>(state.range(0)); }
 
-void BM_PlainPass(benchmark::State& state) { measure(state, outline(sizeOf(state)), plainPass); }
+void BM_PlainPass(benchmark::State& state) { measure(state, outline, plainPass); }
 BENCHMARK(BM_PlainPass)->RangeMultiplier(10)->Range(1000, 1000000);
 
 void BM_CoinHull(benchmark::State& state) {
-    measure(state, outline(sizeOf(state)), [](const Points& points) { return coin(points, 1); });
+    measure(state, outline, [](const Points& points) { return coin(points, 1); });
 }
 BENCHMARK(BM_CoinHull)->RangeMultiplier(10)->Range(1000, 1000000);
 
-void BM_LiteralCoinHull(benchmark::State& state) { measure(state, outline(sizeOf(state)), literalCoin); }
+void BM_LiteralCoinHull(benchmark::State& state) { measure(state, outline, literalCoin); }
 BENCHMARK(BM_LiteralCoinHull)->RangeMultiplier(10)->Range(1000, 100000);
 
 void BM_CoinHullOfACircle(benchmark::State& state) {
     const auto radius = static_cast<double>(state.range(1));
-    measure(state, circle(sizeOf(state)), [radius](const Points& points) { return coin(points, radius); });
+    measure(state, circle, [radius](const Points& points) { return coin(points, radius); });
 }
 BENCHMARK(BM_CoinHullOfACircle)->ArgNames({"", "radius"})->ArgsProduct({{1000, 10000, 100000}, {5, 1000000}});
 
 void BM_PseudoConvexHull(benchmark::State& state) {
-    measure(state, outline(sizeOf(state)),
-            [](const Points& points) { return getPseudoConvexHull(points, 2, 0).size(); });
+    measure(state, outline, [](const Points& points) { return getPseudoConvexHull(points, 2, 0).size(); });
 }
 BENCHMARK(BM_PseudoConvexHull)->RangeMultiplier(10)->Range(1000, 1000000);
 
 void BM_LiteralPseudoConvexHull(benchmark::State& state) {
-    measure(state, outline(sizeOf(state)),
+    measure(state, outline,
             [](const Points& points) { return TestSupport::literalPseudoHull(points, 2, 0).size(); });
 }
 BENCHMARK(BM_LiteralPseudoConvexHull)->RangeMultiplier(10)->Range(1000, 10000);
 
 /// A plate of 60 x 40 mm, turned, in `profiles` profiles of 640 points, on an empty ground.
-KvProfileZSet scan(int profiles) {
-    TestSupport::Draws draws(2);
+KvProfileZSet scan(int profiles, unsigned seed) {
+    TestSupport::Draws draws(seed);
     KvProfileZSet stack;
     for (int i = 0; i < profiles; ++i) {
         const double s = 80.0 * i / profiles - 10;
@@ -136,7 +138,7 @@ KvProfileZSet scan(int profiles) {
 }
 
 void BM_OutlineOfAScan(benchmark::State& state) {
-    const KvProfileZSet source = scan(sizeOf(state));
+    const KvProfileZSet source = scan(sizeOf(state), 1);  // at least 64,000 points
     const bool simplification = state.range(1) != 0;
     for (auto _ : state) {
         KvProfileZSet stack = source;

@@ -1,5 +1,8 @@
 // Clouds from 100 to 1,000,000 points: each fast form beside its literal one, as far as that comes to an end.
 
+#include <benchmarks/inputs.h>
+#include <benchmarks/scratch_folder.h>
+
 #include <tests/support/literal_clouds.h>
 #include <tests/support/random_data.h>
 
@@ -16,8 +19,8 @@ using Cloud = KvMath::KvPointCloud<KvMath::KvPointXYZ>;
 namespace Literal = TestSupport::Literal;
 
 /// A bumpy surface with stray points above, about 100 points per square centimetre, in random order.
-Cloud surface(int size) {
-    TestSupport::Draws draw(1);
+Cloud surface(int size, unsigned seed) {
+    TestSupport::Draws draw(seed);
     const double side = std::sqrt(static_cast<double>(size));
     Cloud cloud;
     for (int i = 0; i < size; ++i) {
@@ -31,37 +34,30 @@ Cloud surface(int size) {
 }
 
 /// Made once per size; copies share the points until one is changed.
-const Cloud& input(const benchmark::State& state) {
-    static std::map<int, Cloud> clouds;
+Inputs::Pool<Cloud>& inputs(const benchmark::State& state) {
+    static std::map<int, Inputs::Pool<Cloud>> pools;
     const int size = static_cast<int>(state.range(0));
-    auto at = clouds.find(size);
-    if (at == clouds.end())
-        at = clouds.emplace(size, surface(size)).first;
-    return at->second;
+    return pools.try_emplace(size, size, surface).first->second;
 }
 
 template <class Operation>
 void measure(benchmark::State& state, Operation operation) {
-    const Cloud& source = input(state);
-    for (auto step : state) {
-        static_cast<void>(step);
+    Inputs::measure(state, inputs(state), [&](const Cloud& source) {
         Cloud cloud = source;
         operation(cloud);
         benchmark::DoNotOptimize(cloud.points);
-    }
+    });
     state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
 /// The units of comparison: the coordinates of all points added up, and a copy with points of its own.
 void plainPass(benchmark::State& state) {
-    const Cloud& source = input(state);
-    for (auto step : state) {
-        static_cast<void>(step);
+    Inputs::measure(state, inputs(state), [](const Cloud& source) {
         float sum = 0;
         for (const KvMath::KvPointXYZ& p : source.points)
             sum += p.x + p.y + p.z;
         benchmark::DoNotOptimize(sum);
-    }
+    });
     state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 void plainCopy(benchmark::State& state) {
@@ -109,17 +105,39 @@ void cubicFilterTinyCells(benchmark::State& state) {
     measure(state, [](Cloud& c) { c.cubicFilter(3e-6F, 3); });
 }
 
+/// A file of one cloud: the order of its points decides nothing.
+struct CloudFile {
+    explicit CloudFile(benchmark::State& state) : cloud(inputs(state).next()) {
+        if (!file.open(QIODevice::ReadWrite) || !cloud.writeToFile(file))
+            state.SkipWithError("no scratch file");
+    }
+    const Cloud& cloud;
+    const QTemporaryDir folder{Inputs::scratchFolder()};
+    QFile file{folder.filePath("cloud.bin")};
+};
+
 template <class Read>
 void readRecords(benchmark::State& state, Read read) {
-    const QTemporaryDir dir;
-    QFile file(dir.filePath("cloud.bin"));
-    if (!file.open(QIODevice::ReadWrite) || !input(state).writeToFile(file))
-        return state.SkipWithError("no scratch file");
+    CloudFile source(state);
     for (auto step : state) {
         static_cast<void>(step);
-        file.seek(0);
+        source.file.seek(0);
         Cloud cloud;
-        benchmark::DoNotOptimize(read(file, cloud));
+        benchmark::DoNotOptimize(read(source.file, cloud));
+    }
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+template <class Write>
+void writeRecords(benchmark::State& state, Write write) {
+    CloudFile target(state);
+    target.file.seek(0);
+    const QByteArray bytes = target.file.readAll();
+    target.file.close();
+    for (auto step : state) {
+        static_cast<void>(step);
+        if (!target.file.open(QIODevice::WriteOnly) || !write(target.file, target.cloud, bytes))
+            state.SkipWithError("not written");
+        target.file.close();
     }
     state.SetItemsProcessed(state.iterations() * state.range(0));
 }
@@ -130,30 +148,13 @@ void readBytes(benchmark::State& state) {
     readRecords(state, [](QFile& file, Cloud&) { return file.readAll(); });
 }
 void writeFast(benchmark::State& state) {
-    const QTemporaryDir dir;
-    QFile file(dir.filePath("cloud.bin"));
-    for (auto step : state) {
-        static_cast<void>(step);
-        if (!file.open(QIODevice::WriteOnly) || !input(state).writeToFile(file))
-            state.SkipWithError("not written");
-        file.close();
-    }
-    state.SetItemsProcessed(state.iterations() * state.range(0));
+    writeRecords(state,
+                 [](QFile& file, const Cloud& cloud, const QByteArray&) { return cloud.writeToFile(file); });
 }
 void writeBytes(benchmark::State& state) {
-    const QTemporaryDir dir;
-    QFile file(dir.filePath("cloud.bin"));
-    if (!file.open(QIODevice::ReadWrite) || !input(state).writeToFile(file) || !file.seek(0))
-        return state.SkipWithError("no scratch file");
-    const QByteArray bytes = file.readAll();
-    file.close();
-    for (auto step : state) {
-        static_cast<void>(step);
-        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-            state.SkipWithError("not written");
-        file.close();
-    }
-    state.SetItemsProcessed(state.iterations() * state.range(0));
+    writeRecords(state, [](QFile& file, const Cloud&, const QByteArray& bytes) {
+        return file.write(bytes) == bytes.size();
+    });
 }
 void readLiteral(benchmark::State& state) { readRecords(state, Literal::readXYZ); }
 

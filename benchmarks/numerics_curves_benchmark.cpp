@@ -41,7 +41,7 @@ GslLine lineOf(const LinePoints& points) {
     return line;
 }
 
-ComparisonOf<std::size_t> lines([](std::size_t size) {
+Comparison lines([](int size) {
     return Pool(size, linePoints).difference([](const LinePoints& points) {
         double c[2];
         KvMath::lineFitting(points.x.data(), points.y.data(), static_cast<int>(points.x.size()), c);
@@ -51,7 +51,7 @@ ComparisonOf<std::size_t> lines([](std::size_t size) {
     });
 });
 #else
-ComparisonOf<std::size_t> lines;
+Comparison lines;
 #endif
 
 void BM_Line(benchmark::State& state) {

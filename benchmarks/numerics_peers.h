@@ -67,7 +67,8 @@ struct LinePoints {
     Values x, y;
 };
 
-inline LinePoints linePoints(std::size_t count, unsigned seed) {
+inline LinePoints linePoints(int size, unsigned seed) {
+    const auto count = static_cast<std::size_t>(size);
     LinePoints points{normals(count, seed), normals(count, seed + 1000)};
     for (std::size_t i = 0; i < count; ++i)
         points.y[i] += 0.5 * points.x[i] + 2.0;
@@ -77,12 +78,12 @@ inline LinePoints linePoints(std::size_t count, unsigned seed) {
 using CirclePoints = std::vector<KvMath::KvVector2D<double>>;
 
 /// Points around (1, 2) at 5 with noise of 0.02, 0.01 radians apart.
-inline CirclePoints circlePoints(std::size_t count, unsigned seed) {
-    const Values noise = normals(count, seed);
+inline CirclePoints circlePoints(int count, unsigned seed) {
+    const Values noise = normals(static_cast<std::size_t>(count), seed);
     CirclePoints points;
-    for (std::size_t i = 0; i < count; ++i) {
-        const double angle = 0.01 * static_cast<double>(i);
-        const double radius = 5.0 + 0.02 * noise[i];
+    for (const double off : noise) {
+        const double angle = 0.01 * static_cast<double>(points.size());
+        const double radius = 5.0 + 0.02 * off;
         points.emplace_back(1.0 + radius * std::cos(angle), 2.0 + radius * std::sin(angle));
     }
     return points;

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -30,9 +31,10 @@ void measureInto(benchmark::State& state, Comparison& comparison, Input convert(
                  Call call) {
     if (comparison.refuses(state))
         return;
-    const Pool profiles(sizeOf(state), groove);
+    Pool inputs = Pool(sizeOf(state), groove).as(convert);
     Result result;
-    Inputs::measure(state, profiles.as(convert), [&](const Input& input) {
+    call(inputs.next(), result);  // its memory is reused from here on
+    Inputs::measure(state, std::move(inputs), [&](const Input& input) {
         call(input, result);
         benchmark::DoNotOptimize(result);
     });

@@ -1,5 +1,7 @@
 // Scans: slicing a cloud, files of stacks, grids of heights. Lines of 600 points with noise, 0.1 mm apart.
 
+#include <benchmarks/inputs.h>
+#include <benchmarks/scratch_folder.h>
 #include <kvmath/core/matrix_cloud.h>
 #include <kvmath/profile/profile_zset.h>
 #include <tests/support/literal_scans.h>
@@ -19,8 +21,8 @@ using Cloud = KvPointCloud<KvPointXYZ>;
 constexpr int kLine = 600;
 constexpr float kSpacing = 0.1F;
 
-KvProfileZSet scan(int points) {
-    TestSupport::Draws draws(1);
+KvProfileZSet scan(int points, unsigned seed) {
+    TestSupport::Draws draws(seed);
     KvProfileZSet set;
     for (int i = 0; i < points; ++i) {
         if (i % kLine == 0)
@@ -32,35 +34,38 @@ KvProfileZSet scan(int points) {
     return set;
 }
 
-Cloud cloudOf(int points) {
+Cloud cloudOf(int points, unsigned seed) {
     Cloud cloud;
-    scan(points).toPointCloud(cloud);
+    scan(points, seed).toPointCloud(cloud);
     cloud.calcRange();
     return cloud;
 }
 
+/// Times `call` on one of make(points, seed) after the other.
+template <class Make, class Call>
+void measure(benchmark::State& state, Make make, Call call) {
+    Inputs::measure(state, Inputs::Pool(static_cast<int>(state.range(0)), make), call);
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
 /// The least that a walk over a cloud costs.
 void BM_PlainPass(benchmark::State& state) {
-    const Cloud cloud = cloudOf(static_cast<int>(state.range(0)));
-    for (auto _ : state) {
+    measure(state, cloudOf, [](const Cloud& cloud) {
         float sum = 0;
         for (const KvPointXYZ& p : cloud.points)
             sum += p.x + p.y + p.z;
         benchmark::DoNotOptimize(sum);
-    }
-    state.SetItemsProcessed(state.iterations() * state.range(0));
+    });
 }
 BENCHMARK(BM_PlainPass)->RangeMultiplier(10)->Range(1000, 1000000)->Unit(benchmark::kMicrosecond);
 
 template <class Slice>
 void slicing(benchmark::State& state, Slice slice) {
-    Cloud cloud = cloudOf(static_cast<int>(state.range(0)));
-    for (auto _ : state) {
+    measure(state, cloudOf, [&](Cloud& cloud) {
         KvProfileZSet set;
         slice(cloud, set);
         benchmark::DoNotOptimize(set.profiles.constBegin());
-    }
-    state.SetItemsProcessed(state.iterations() * state.range(0));
+    });
 }
 
 void BM_Slice(benchmark::State& state) {
@@ -76,11 +81,9 @@ BENCHMARK(BM_SliceLiteral)->RangeMultiplier(10)->Range(1000, 100000)->Unit(bench
 BENCHMARK(BM_SliceLiteral)->Arg(1000000)->Repetitions(1)->Unit(benchmark::kMicrosecond);
 
 void BM_ToPointCloud(benchmark::State& state) {
-    const KvProfileZSet set = scan(static_cast<int>(state.range(0)));
     Cloud cloud;
-    for (auto _ : state)
-        benchmark::DoNotOptimize(set.toPointCloud(cloud));
-    state.SetItemsProcessed(state.iterations() * state.range(0));
+    measure(state, scan,
+            [&](const KvProfileZSet& set) { benchmark::DoNotOptimize(set.toPointCloud(cloud)); });
 }
 BENCHMARK(BM_ToPointCloud)->Arg(600000)->Unit(benchmark::kMicrosecond);
 
@@ -89,8 +92,8 @@ class StackFile {
 public:
     StackFile() { set.writeToFile(path); }
 
-    const KvProfileZSet set = scan(600000);
-    const QTemporaryDir directory;
+    const KvProfileZSet set = scan(600000, 1);
+    const QTemporaryDir directory{Inputs::scratchFolder()};
     const QString path = directory.filePath("stack.bin");
 };
 
@@ -137,21 +140,22 @@ void BM_PlainWrite(benchmark::State& state) {
 BENCHMARK(BM_PlainWrite)->Unit(benchmark::kMicrosecond);
 
 void BM_ToMatrix(benchmark::State& state) {
-    const KvProfileZSet set = scan(static_cast<int>(state.range(0)));
     KvMatrixCloud matrix;
-    for (auto _ : state)
+    measure(state, scan, [&](const KvProfileZSet& set) {
         benchmark::DoNotOptimize(set.toMatrixCloud(matrix, 2 * kSpacing, 2 * kSpacing));
-    state.SetItemsProcessed(state.iterations() * state.range(0));
+    });
 }
 BENCHMARK(BM_ToMatrix)->RangeMultiplier(10)->Range(1000, 1000000)->Unit(benchmark::kMicrosecond);
 
-void BM_Segment(benchmark::State& state) {
+KvMatrixWithHistos gridOf(int points, unsigned seed) {
     KvMatrixCloud grid;
-    scan(static_cast<int>(state.range(0))).toMatrixCloud(grid, kSpacing, kSpacing);
-    KvMatrixWithHistos matrix(grid);
-    for (auto _ : state)
-        benchmark::DoNotOptimize(matrix.segment(0.01F, 0.02F, 10));
-    state.SetItemsProcessed(state.iterations() * state.range(0));
+    scan(points, seed).toMatrixCloud(grid, kSpacing, kSpacing);
+    return KvMatrixWithHistos(grid);
+}
+
+void BM_Segment(benchmark::State& state) {
+    measure(state, gridOf,
+            [](KvMatrixWithHistos& grid) { benchmark::DoNotOptimize(grid.segment(0.01F, 0.02F, 10)); });
 }
 BENCHMARK(BM_Segment)->RangeMultiplier(10)->Range(1000, 1000000)->Unit(benchmark::kMicrosecond);
 

@@ -1,6 +1,7 @@
 // Segments of a groove profile and the template search. The plain pass (distances of neighbouring points, one
 // root each) is the yardstick of the extraction; the literal form is the same work without any shortcut.
 
+#include <benchmarks/inputs.h>
 #include <kvmath/tsearch/line_extraction.h>
 #include <kvmath/tsearch/search.h>
 
@@ -23,11 +24,10 @@ constexpr double kNoCut = 1e300;
 
 /// Noise is the same per point at every size, so that all sizes have the same six flanks: a groove of six
 /// straight flanks across 96 mm, noise of 0.02 mm, coordinates of single precision as profiles have.
-PointRun grooveOf(const benchmark::State& state) {
-    const auto n = static_cast<int>(state.range(0));
+PointRun grooveOf(int n, unsigned seed) {
     const double xs[] = {-48, -30, -12, -6, 6, 12, 48.1};
     const double ys[] = {300, 300, 290, 284, 284, 290, 302};
-    TestSupport::Draws draws(1);
+    TestSupport::Draws draws(seed);
     PointRun run;
     for (int i = 0, k = 0; i < n; ++i) {
         const double x = -48 + 96.0 * i / n;
@@ -41,15 +41,19 @@ PointRun grooveOf(const benchmark::State& state) {
 
 void countPoints(benchmark::State& state) { state.SetItemsProcessed(state.iterations() * state.range(0)); }
 
+template <class Call>
+void onGrooves(benchmark::State& state, Call call) {
+    Inputs::measure(state, Inputs::Pool(static_cast<int>(state.range(0)), grooveOf), call);
+    countPoints(state);
+}
+
 void BM_PlainPass(benchmark::State& state) {
-    const PointRun run = grooveOf(state);
-    for (auto _ : state) {
+    onGrooves(state, [](const PointRun& run) {
         double sum = 0;
         for (size_t k = 1; k < run.size(); ++k)
             sum += TestSupport::Literal::distance(run[k], run[k - 1]);
         benchmark::DoNotOptimize(sum);
-    }
-    countPoints(state);
+    });
 }
 
 int extract(const PointRun& run, int iterations) {
@@ -74,19 +78,16 @@ int extract(const PointRun& run, int iterations) {
 }
 
 void BM_ExtractSegments(benchmark::State& state) {
-    const PointRun run = grooveOf(state);
-    for (auto _ : state)
-        state.counters["segments"] = extract(run, static_cast<int>(state.range(1)));
-    countPoints(state);
+    int segments = 0;
+    onGrooves(state, [&](const PointRun& run) { segments = extract(run, static_cast<int>(state.range(1))); });
+    state.counters["segments"] = segments;
 }
 
 void BM_ExtractSegmentsLiterally(benchmark::State& state) {
-    const PointRun run = grooveOf(state);
-    for (auto _ : state) {
+    onGrooves(state, [](const PointRun& run) {
         for (const PointRun& contour : TestSupport::Literal::contours(run, kGap))
             benchmark::DoNotOptimize(TestSupport::Literal::pieces(contour, kTolerance, 2, kNoCut));
-    }
-    countPoints(state);
+    });
 }
 
 /// Every point a contour of its own, 0.5 mm from its neighbours with a gap of 0.4 mm.
@@ -108,15 +109,24 @@ void BM_ManyContours(benchmark::State& state) {
     countPoints(state);
 }
 
-/// A zigzag of segments searched for a stretch of itself: each line begins within 2 mm of the end of the one
-/// before and turns by 0.5 to 2 radians. All assignments are enumerated.
+/// A zigzag of segments, 8 mm high, no two alike.
+std::vector<LinePP> zigzag(int count, unsigned seed) {
+    TestSupport::Draws draws(seed);
+    std::vector<LinePP> lines;
+    KvVector2D<double> from(0.0, 0.0);
+    for (int k = 1; k <= count; ++k) {
+        const KvVector2D<double> to(10.0 * k, k % 2 * 8.0 + draws.real(-1.0, 1.0));
+        lines.emplace_back(from, to);
+        from = to;
+    }
+    return lines;
+}
+
+/// A zigzag searched for a stretch of itself: each line begins within 2 mm of the end of the one before and
+/// turns by 0.5 to 2 radians. All assignments are enumerated.
 void BM_TemplateSearch(benchmark::State& state) {
     const int nLines = static_cast<int>(state.range(0));
     const int T = static_cast<int>(state.range(1));
-    std::vector<LinePP> lines;
-    for (int k = 0; k < nLines; ++k)
-        lines.emplace_back(KvVector2D<double>(10.0 * k, k % 2 * 8.0),
-                           KvVector2D<double>(10.0 * (k + 1), (k + 1) % 2 * 8.0));
     DefaultCheckFunctionParams params;
     initDefaultCheckFunctionParams(params, T);
     for (int k = 1; k < T; ++k) {
@@ -124,15 +134,16 @@ void BM_TemplateSearch(benchmark::State& state) {
         params.minAngle[k * T + k - 1] = 0.5;
         params.maxAngle[k * T + k - 1] = 2;
     }
-    for (auto _ : state) {
+    int found = 0;
+    Inputs::measure(state, Inputs::Pool(nLines, zigzag), [&](std::vector<LinePP>& lines) {
         int* codes = nullptr;
-        int found = 0;
+        found = 0;
         while (templateSearch(lines.data(), nLines, T, &defaultCheckFunction, &params, nullptr, nullptr,
                               /*findBest=*/false, /*allowReversed=*/true, codes))
             ++found;
         delete[] codes;
-        state.counters["found"] = found;
-    }
+    });
+    state.counters["found"] = found;
     clearDefaultCheckFunctionParams(params);
 }
 

@@ -1,6 +1,8 @@
 // Detection of wheels with default settings, beside a plain read of the same recording. Profiles of 300
-// points with noise; the page cache is warm.
+// points with noise, from files in memory.
 
+#include <benchmarks/inputs.h>
+#include <benchmarks/scratch_folder.h>
 #include <kvmath/profile/profile_z.h>
 #include <kvmath/wheel/wheel_detection.h>
 #include <tests/support/random_data.h>
@@ -21,26 +23,31 @@ using namespace KvMath;
 constexpr int kPoints = 300;
 constexpr int kFromWheelToWheel = 150;  // profiles
 
+KvProfileZ flat(int points, unsigned seed, float height) {
+    TestSupport::Draws draws(seed);
+    KvProfileZ profile;
+    for (int i = 0; i < points; ++i)
+        profile.points.append(
+            {0.5F * static_cast<float>(i), height + static_cast<float>(draws.normal(0.05))});
+    return profile;
+}
+
 /// A recording in which every wheel shows in this many profiles.
 class Recording {
 public:
     Recording(int profiles, int profilesOfWheel) {
-        TestSupport::Draws draws(1);
-        KvProfileZ seen[2];  // the surroundings, a wheel
-        for (int i = 0; i < kPoints; ++i) {
-            const float x = 0.5F * static_cast<float>(i);
-            seen[0].points.append({x, 250.0F + static_cast<float>(draws.normal(0.05))});
-            seen[1].points.append({x, 90.0F + static_cast<float>(draws.normal(0.05))});
-        }
+        Inputs::Pool surroundings(kPoints,
+                                  [](int points, unsigned seed) { return flat(points, seed, 250.0F); });
+        Inputs::Pool wheels(kPoints, [](int points, unsigned seed) { return flat(points, seed, 90.0F); });
         QFile file(path);
         if (!file.open(QIODevice::WriteOnly))
             return;
         for (int i = 0; i < profiles; ++i)
-            seen[i % kFromWheelToWheel < profilesOfWheel ? 1 : 0].writeToFile(file);
+            (i % kFromWheelToWheel < profilesOfWheel ? wheels : surroundings).next().writeToFile(file);
         QSettings(settings, QSettings::IniFormat).setValue("SENSOR1/SN", 1);
     }
 
-    const QTemporaryDir directory;
+    const QTemporaryDir directory{Inputs::scratchFolder()};
     const QString path = directory.filePath("pass_1.bin");
     const QString settings = directory.filePath("settings.ini");
 };
@@ -94,6 +101,10 @@ BENCHMARK(BM_DetectNothing)->RangeMultiplier(10)->Range(1000, 100000)->Unit(benc
 
 /// Every fifth profile is one of a wheel and is written to a file of its own.
 void BM_DetectWheels(benchmark::State& state) { detect(state, kFromWheelToWheel / 5); }
-BENCHMARK(BM_DetectWheels)->Arg(1000)->Arg(10000)->Iterations(2)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_DetectWheels)
+    ->RangeMultiplier(10)
+    ->Range(1000, 100000)
+    ->Iterations(2)
+    ->Unit(benchmark::kMillisecond);
 
 }  // namespace
