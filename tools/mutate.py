@@ -41,6 +41,7 @@ OPERATOR = re.compile(r" (?:[<>=!]=|[<>+*/-]|&&|\|\||[+-]=) |\+\+|--|\b(?:true|f
 NUMBER = re.compile(r"(?<![\w.])(\d[\d']*\.\d*(?:e[+-]?\d+)?|\d[\d']*e[+-]?\d+|\d[\d']*)([FUL]*)(?![\w.])")
 CONDITION = re.compile(r"\bif \(")
 NO_CODE = re.compile(r'//[^\n]*|/\*.*?\*/|"(?:\\.|[^"\\\n])*"|\'(?:\\.|[^\'\\\n])\'|^[ \t]*#[^\n]*', re.S | re.M)
+PARAMETER_BOUND = re.compile(r"\b(?:double|float|int|char)\s+\w+\[(\d+)\]\s*[,)]")  # means nothing to a compiler
 DECLARATION = re.compile(r"^\s*(?:template|static_assert|using|namespace)\b")
 
 
@@ -65,11 +66,13 @@ def changed_numbers(text, suffix):
 def mutants_of(file):
     text = (ROOT / file).read_text(encoding="utf-8")
     code = NO_CODE.sub(lambda match: re.sub(r"[^\n]", " ", match[0]), text)
+    bounds = {match.start(1) for match in PARAMETER_BOUND.finditer(code)}
     found = []
     for match in OPERATOR.finditer(code):
         found.append((match.start(), match[0], SWAPS[match[0]]))
     for match in NUMBER.finditer(code):
-        found += [(match.start(), match[0], new) for new in changed_numbers(match[1], match[2])]
+        if match.start() not in bounds:
+            found += [(match.start(), match[0], new) for new in changed_numbers(match[1], match[2])]
     for match in CONDITION.finditer(code):
         end = closing(code, match.end() - 1)
         inside = text[match.end():end]
