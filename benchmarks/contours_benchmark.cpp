@@ -56,6 +56,18 @@ Points circle(int n, unsigned seed) {
     return points;
 }
 
+/// A bowl open to the top, which a coin of 100 mm rolls around and through: it is larger by one part in
+/// `parts`, so that the coin inside nearly touches all points at once.
+Points bowl(int n, double parts) {
+    Points points;
+    for (int i = 0; i < n; ++i) {
+        const double angle = 3.141592653 * (1 + i / (n - 1.0));
+        const double radius = 100 * (1 + 1 / parts);
+        points.append({radius * std::cos(angle), radius * std::sin(angle)});
+    }
+    return points;
+}
+
 template <class Make, class Call>
 void measure(benchmark::State& state, Make make, Call call) {
     qint64 size = 0;
@@ -106,6 +118,18 @@ void BM_CoinHullOfACircle(benchmark::State& state) {
     measure(state, circle, [radius](const Points& points) { return coin(points, radius); });
 }
 BENCHMARK(BM_CoinHullOfACircle)->ArgNames({"", "radius"})->ArgsProduct({{1000, 10000, 100000}, {5, 1000000}});
+
+void BM_CoinHullOfABowl(benchmark::State& state) {
+    const auto parts = static_cast<double>(state.range(1));
+    measure(
+        state, [parts](int n, unsigned) { return bowl(n, parts); },
+        [](const Points& points) { return coin(points, 100); });
+}
+BENCHMARK(BM_CoinHullOfABowl)
+    ->ArgNames({"", "parts"})
+    ->ArgsProduct({{20000}, {100, 10000, 1000000}})
+    ->Iterations(1)
+    ->Repetitions(1);
 
 void BM_PseudoConvexHull(benchmark::State& state) {
     measure(state, outline, [](const Points& points) { return getPseudoConvexHull(points, 2, 0).size(); });

@@ -1,5 +1,5 @@
 // Detection of wheels with default settings, beside a plain read of the same recording. Profiles of 300
-// points with noise, from files in memory.
+// points with noise, from files in memory; the files of wheels on the disk, too.
 
 #include <benchmarks/inputs.h>
 #include <benchmarks/scratch_folder.h>
@@ -9,12 +9,14 @@
 
 #include <benchmark/benchmark.h>
 
+#include <QtCore/QDir>
 #include <QtCore/QSettings>
 #include <QtCore/QTemporaryDir>
 
 #include <sys/resource.h>
 
 #include <map>
+#include <tuple>
 
 namespace {
 
@@ -35,7 +37,7 @@ KvProfileZ flat(int points, unsigned seed, float height) {
 /// A recording in which every wheel shows in this many profiles.
 class Recording {
 public:
-    Recording(int profiles, int profilesOfWheel) {
+    Recording(int profiles, int profilesOfWheel, const QString& folder) : directory(folder) {
         Inputs::Pool surroundings(kPoints,
                                   [](int points, unsigned seed) { return flat(points, seed, 250.0F); });
         Inputs::Pool wheels(kPoints, [](int points, unsigned seed) { return flat(points, seed, 90.0F); });
@@ -47,15 +49,17 @@ public:
         QSettings(settings, QSettings::IniFormat).setValue("SENSOR1/SN", 1);
     }
 
-    const QTemporaryDir directory{Inputs::scratchFolder()};
+    const QTemporaryDir directory;
     const QString path = directory.filePath("pass_1.bin");
     const QString settings = directory.filePath("settings.ini");
 };
 
 /// Made once each: a long one takes longer than its detection.
-const Recording& recordingOf(int profiles, int profilesOfWheel) {
-    static std::map<std::pair<int, int>, Recording> recordings;
-    return recordings.try_emplace(std::pair(profiles, profilesOfWheel), profiles, profilesOfWheel)
+const Recording& recordingOf(int profiles, int profilesOfWheel,
+                             const QString& folder = Inputs::scratchFolder()) {
+    static std::map<std::tuple<int, int, QString>, Recording> recordings;
+    return recordings
+        .try_emplace(std::tuple(profiles, profilesOfWheel, folder), profiles, profilesOfWheel, folder)
         .first->second;
 }
 
@@ -82,29 +86,39 @@ void BM_PlainRead(benchmark::State& state) {
 }
 BENCHMARK(BM_PlainRead)->RangeMultiplier(10)->Range(1000, 100000)->Unit(benchmark::kMillisecond);
 
-void detect(benchmark::State& state, int profilesOfWheel) {
-    const Recording& recording = recordingOf(static_cast<int>(state.range(0)), profilesOfWheel);
+void detect(benchmark::State& state, const Recording& recording) {
     QSettings settings(recording.settings, QSettings::IniFormat);
     int wheels = 0;
     for (auto _ : state) {
         if (!ORBIS_detectWheels(recording.path, &settings, 0, &wheels))
             state.SkipWithError("not read");
+        state.PauseTiming();
+        QDir(recording.directory.filePath("pass_1")).removeRecursively();
+        state.ResumeTiming();
     }
     state.SetItemsProcessed(state.iterations() * state.range(0));
     state.counters["wheels"] = wheels;
     state.counters["peakMB"] = peakMegabytes();
 }
 
+int profilesOf(const benchmark::State& state) { return static_cast<int>(state.range(0)); }
+
 /// Nothing passes: reading and the two level lines.
-void BM_DetectNothing(benchmark::State& state) { detect(state, 0); }
+void BM_DetectNothing(benchmark::State& state) { detect(state, recordingOf(profilesOf(state), 0)); }
 BENCHMARK(BM_DetectNothing)->RangeMultiplier(10)->Range(1000, 100000)->Unit(benchmark::kMillisecond);
 
-/// Every fifth profile is one of a wheel and is written to a file of its own.
-void BM_DetectWheels(benchmark::State& state) { detect(state, kFromWheelToWheel / 5); }
-BENCHMARK(BM_DetectWheels)
-    ->RangeMultiplier(10)
-    ->Range(1000, 100000)
-    ->Iterations(2)
-    ->Unit(benchmark::kMillisecond);
+/// Every fifth profile is one of a wheel and is written to a new file of its own.
+constexpr int kProfilesOfWheel = kFromWheelToWheel / 5;
+void BM_DetectWheels(benchmark::State& state) {
+    detect(state, recordingOf(profilesOf(state), kProfilesOfWheel));
+}
+void BM_DetectWheelsOnDisk(benchmark::State& state) {
+    detect(state, recordingOf(profilesOf(state), kProfilesOfWheel, QDir::tempPath() + "/kvmath-XXXXXX"));
+}
+void lengths(benchmark::internal::Benchmark* row) {
+    row->RangeMultiplier(10)->Range(1000, 100000)->Iterations(2)->Unit(benchmark::kMillisecond);
+}
+BENCHMARK(BM_DetectWheels)->Apply(lengths);
+BENCHMARK(BM_DetectWheelsOnDisk)->Apply(lengths);
 
 }  // namespace
