@@ -56,7 +56,7 @@ QJsonObject mapJson(const ErrorMap& map) {
     return object;
 }
 
-QString um(double value) { return QString::number(value * micrometres, 'f', 2); }
+QString um(double value) { return fixed(value * micrometres, 2); }
 
 /// One row for the whole sensor, and one for each of its regions.
 QString mapTable(const ErrorMap& map) {
@@ -100,7 +100,7 @@ Result againstTruth(const PixelTable& table, const TableUnits& units, const QStr
                       .arg(um(report.expectedRounded), um(report.expectedTruncated)) +
                   mapTable(report.maps[0]) +
                   QString("X: the mean deviation %1 mm is taken out; 1 mm of the table is %2 mm\n")
-                      .arg(mm(x.offset), QString::number(x.slope, 'f', 5)) +
+                      .arg(mm(x.offset), fixed(x.slope, 5)) +
                   mapTable(x);
     result.json = {{"inside", c.inside},
                    {"insideFilled", c.insideFilled},

@@ -93,6 +93,16 @@ void describeGradient(PixelTable& table, double zRange, double xRange, Facts& fa
     add(facts, "gradientZ", "Z, mm per sensor row", span);
 }
 
+/// False where one cannot be read, which is said when its turn comes.
+bool holdOnlyRaw(const QStringList& paths) {
+    try {
+        return std::all_of(paths.begin(), paths.end(),
+                           [](const QString& path) { return calibrationForm(path) == CalibrationForm::Raw; });
+    } catch (const Failure&) {
+        return false;
+    }
+}
+
 }  // namespace
 
 int runCalibrateInfo(const QStringList& words) {
@@ -101,6 +111,8 @@ int runCalibrateInfo(const QStringList& words) {
     constexpr double smallest = 1e-6;  // mm
     const double zRange = arguments.number("--z-range", KvMath::kUnitsPerRange, smallest, any);
     const double xRange = arguments.number("--x-range", KvMath::kUnitsPerRange, smallest, any);
+    if ((arguments.has("--z-range") || arguments.has("--x-range")) && holdOnlyRaw(arguments.operands()))
+        throw Failure{"calibrate info: --z-range and --x-range are of tables; raw records have none"};
     QJsonArray json;
     const int code = forEachFile(arguments.operands(), [&](const QString& path) {
         const CalibrationForm form = calibrationForm(path);

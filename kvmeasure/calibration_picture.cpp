@@ -74,7 +74,8 @@ void drawPanel(Canvas& canvas, double y, const ErrorMap& map) {
     for (float& value : raster.values)
         value *= static_cast<float>(micrometres);
     const double limit = roundedUp(map.all.percentile95 * micrometres);
-    const ColourScale scale{ColourScale::Kind::Diverging, -limit, limit, "µm"};
+    const ColourScale scale{ColourScale::Kind::Diverging, -limit, limit, "µm",
+                            std::fabs(map.all.worst) * micrometres > limit};
     drawRaster(canvas, area, raster, scale);
     drawRegions(canvas, area, map);
     drawAxes(canvas, area);

@@ -28,9 +28,9 @@ const Usage usage{
      {"--parabola", "", "y = a x^2 + b x + c"},
      {"--circle", "", "least squares of the distances to the circle"},
      {"--known-radius", "R", "the circle has this radius, mm"},
-     {"--plane", "", "a x + b y + c z + d = 0, of the first XYZ record of a binary file"},
+     {"--plane", "", "a x + b y + c z + d = 0, of an XYZ record of a binary file"},
      {"--svg", "FILE", "draw points and curve; a plane from its edge, distances large"},
-     {"--record", "N", "which profile of a file with several, from 0 (0)"},
+     {"--record", "N", "which record or profile of a file with several, from 0 (the first that fits)"},
      {"--columns", "X,Y", "columns of a CSV file, from 1 (1,2)"}},
     "Residuals are y - fit for a line and a parabola, and distances from the circle or plane. The standard "
     "error is the\n"
@@ -103,6 +103,39 @@ void fitCurve(const std::vector<double>& x, const std::vector<double>& y, bool i
     }
 }
 
+/// The circle where the points are, and a little farther; the whole of it where they leave little out.
+QList<Vector> arcAlong(const std::vector<Vector>& points, const Vector& centre, double radius) {
+    constexpr double turn = 6.283185307179586;
+    constexpr double nearlyAll = turn * 5 / 6;
+    constexpr double margin = 0.15;  // of what the points span, on either side
+    std::vector<double> angles;
+    angles.reserve(points.size());
+    for (const Vector& point : points)
+        angles.push_back(std::atan2(point.y - centre.y, point.x - centre.x));
+    std::sort(angles.begin(), angles.end());
+    double start = angles.front();
+    double widest = turn - (angles.back() - start);  // stretch without points
+    for (std::size_t i = 1; i < angles.size(); ++i) {
+        if (angles[i] - angles[i - 1] > widest) {
+            widest = angles[i] - angles[i - 1];
+            start = angles[i];
+        }
+    }
+    double span = turn - widest;
+    if (span > nearlyAll) {
+        span = turn;
+    } else {
+        start -= margin * span;
+        span = std::min(turn, span * (1 + 2 * margin));
+    }
+    QList<Vector> arc;
+    for (int i = 0; i <= curvePieces; ++i) {
+        const double angle = start + span * i / curvePieces;
+        arc.append({centre.x + radius * std::cos(angle), centre.y + radius * std::sin(angle)});
+    }
+    return arc;
+}
+
 void fitCircle(const std::vector<double>& x, const std::vector<double>& y, double knownRadius, Fit& fit) {
     constexpr double tolerance = 1e-10;
     constexpr int mostEvaluations = 2000;
@@ -123,20 +156,21 @@ void fitCircle(const std::vector<double>& x, const std::vector<double>& y, doubl
     fit.parameters = {{"x", centre.x}, {"y", centre.y}, {"radius", radius}};
     for (const Vector& point : points)
         fit.add(length(centre, point) - radius);
-    constexpr double turn = 6.283185307179586;
-    for (int i = 0; i <= curvePieces; ++i) {
-        const double angle = turn * i / curvePieces;
-        fit.curve.append({centre.x + radius * std::cos(angle), centre.y + radius * std::sin(angle)});
-    }
+    if (fit.isGood())
+        fit.curve = arcAlong(points, centre, radius);
 }
 
-/// Points of the first record with three coordinates.
-std::vector<double> readXYZ(const QString& path, int& unset) {
+/// Points of the record of that number, or of the first with three coordinates when it is negative.
+std::vector<double> readXYZ(const QString& path, int record, int& unset) {
     PointFile file(path);
     RecordHead head;
-    while (file.form() == FileForm::Records && file.nextHead(head)) {
+    int index = 0;
+    for (; file.form() == FileForm::Records && file.nextHead(head); ++index) {
+        const bool isWanted = record < 0 ? recordHasZ(head.marker) : index == record;
         std::vector<double> xyz;
         file.forEachPoint([&](const KvMath::KvPointXYZ& p) {
+            if (!isWanted)
+                return;
             if (recordHasZ(head.marker) && std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z))
                 xyz.insert(xyz.end(), {double(p.x), double(p.y), double(p.z)});
             else
@@ -144,10 +178,19 @@ std::vector<double> readXYZ(const QString& path, int& unset) {
             if (xyz.size() > 3U * mostPoints)
                 throw Failure{path + ": more than 1000000 points; a part of it by \"kvmeasure scan plane\""};
         });
-        if (recordHasZ(head.marker))
-            return xyz;
-        unset = 0;
+        if (!isWanted)
+            continue;
+        if (!recordHasZ(head.marker))
+            throw Failure{QString("%1: record %2 has no z, which a plane needs").arg(path).arg(index)};
+        if (record < 0 && file.position() < file.size())
+            complain(path +
+                     QString(": holds several records; this is number %1, choose another with --record N")
+                         .arg(index));
+        return xyz;
     }
+    if (index <= record && file.form() == FileForm::Records)
+        throw Failure{
+            QString("%1: has %2 record(s); there is no --record %3").arg(path).arg(index).arg(record)};
     throw Failure{path + ": a plane needs an XYZ record (see \"kvmeasure info\")"};
 }
 
@@ -237,8 +280,8 @@ QString chosenKind(const Arguments& arguments) {
         throw Failure{"fit: say one of --line, --parabola, --circle, --plane"};
     if (arguments.has("--known-radius") && kinds[0] != "circle")
         throw Failure{"fit: --known-radius goes with --circle"};
-    if (kinds[0] == "plane" && (arguments.has("--record") || arguments.has("--columns")))
-        throw Failure{"fit: --plane takes the first XYZ record; leave --record and --columns out"};
+    if (kinds[0] == "plane" && arguments.has("--columns"))
+        throw Failure{"fit: --plane takes an XYZ record; leave --columns out"};
     return kinds[0];
 }
 
@@ -253,7 +296,9 @@ int runFit(const QStringList& words) {
     const QString path = arguments.operand(0);
     Picture picture;
     if (fit.kind == "plane") {
-        const std::vector<double> xyz = readXYZ(path, fit.unset);
+        const std::vector<double> xyz =
+            readXYZ(path, arguments.has("--record") ? arguments.integer("--record", 0, 0, lastRecord) : -1,
+                    fit.unset);
         fitPlane(xyz, fit);
         if (arguments.has("--svg"))
             picture = edgeView(xyz, fit);

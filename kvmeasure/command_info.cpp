@@ -107,6 +107,8 @@ Survey surveyFile(const QString& path, const QString& columns) {
             surveyRows(file, survey);
     } catch (const Failure& failure) {
         survey.damage = failure.text;
+        if (survey.records == 0 && !survey.sections.isEmpty() && survey.sections.first().points == 0)
+            survey.sections.clear();
     }
     return survey;
 }
@@ -161,7 +163,7 @@ int runInfo(const QStringList& words) {
         const Survey survey = surveyFile(path, arguments.text("--columns"));
         if (arguments.isJson())
             files.append(surveyJson(path, survey));
-        else
+        else if (survey.damage.isEmpty() || !survey.sections.isEmpty())
             print(surveyText(path, survey));
         if (!survey.damage.isEmpty())
             throw Failure{survey.damage};

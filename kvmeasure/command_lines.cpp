@@ -140,8 +140,8 @@ QString linesText(const LoadedProfile& loaded, const QList<Contour>& contours, c
     for (int i = 0; i < found.size(); ++i) {
         const LinePP& line = found[i].line;
         table.add({QString::number(found[i].contour), QString::number(i), mm(length(line.p1, line.p2)),
-                   QString::number(direction(line), 'f', 2), mm(line.p1.x), mm(line.p1.y), mm(line.p2.x),
-                   mm(line.p2.y), QString::number(found[i].points),
+                   fixed(direction(line), 2), mm(line.p1.x), mm(line.p1.y), mm(line.p2.x), mm(line.p2.y),
+                   QString::number(found[i].points),
                    found[i].points > 0 ? mm(found[i].rms()) : QString("-")});
     }
     return text + table.text();

@@ -41,7 +41,7 @@ const Usage usage = withScanOptions(
      "be had\n"
      "or is out of tolerance. Where a single profile does not hold the template, the nearest assignment and "
      "the\n"
-     "constraints that refuse it are named.\n\n"
+     "constraints that refuse it are named; where four or more would, how far the search got.\n\n"
      "Examples\n"
      "  kvmeasure match part.csv --template groove.json --svg part.svg\n"
      "  kvmeasure match rows/*.csv --template groove.json --json > results.json\n"

@@ -174,6 +174,12 @@ int runTeach(const QStringList& words) {
             throw Failure{
                 "teach: which segments make the template? Add --lines or --longest; without --out they are "
                 "shown with their numbers"};
+        for (const char* option : {"--measure", "--name", "--length-tolerance", "--angle-tolerance",
+                                   "--distance-tolerance", "--any-inclination"}) {
+            if (arguments.has(option))
+                throw Failure{
+                    QString("teach: %1 is of a template; add --lines or --longest, and --out").arg(option)};
+        }
         showSegments(arguments, loaded, segments, file);
         return Done;
     }

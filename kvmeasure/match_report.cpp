@@ -16,11 +16,13 @@ QStringList rowHead(const TemplateFile& file, bool hasAll, QChar joint) {
     return head << "verdict";
 }
 
-/// "good", or what is not.
+/// "good", or what is not; "found" where nothing has a tolerance.
 QString verdict(const Evaluation& evaluation, bool isFound) {
     QStringList invalid;
     QStringList outside;
+    bool isJudged = false;
     for (const Value& value : evaluation.values) {
+        isJudged = isJudged || value.hasTolerance;
         if (!value.isValid)
             invalid.append(value.name);
         else if (!value.isGood())
@@ -33,7 +35,9 @@ QString verdict(const Evaluation& evaluation, bool isFound) {
         parts.append("OUT: " + outside.join(", "));
     if (!invalid.isEmpty())
         parts.append("NOT MEASURED: " + invalid.join(", "));
-    return parts.isEmpty() ? QString("good") : parts.join("; ");
+    if (parts.isEmpty())
+        return isJudged ? "good" : "found";
+    return parts.join("; ");
 }
 
 QString csvLine(QStringList fields) {
@@ -63,6 +67,7 @@ QJsonObject assignmentJson(const Segments& segments, const Assignment& assignmen
     return {{"lines", lines},
             {"totalLength", jsonNumber(totalLength(segments, assignment.indices))},
             {"measurements", jsonValues(assignment.evaluation.values)},
+            {"verdict", verdict(assignment.evaluation, true)},
             {"good", assignment.evaluation.isGood()}};
 }
 

@@ -6,8 +6,10 @@
 #include <kvmath/tsearch/measurements.h>
 #include <kvmath/tsearch/search.h>
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
+#include <vector>
 
 namespace KvMeasure {
 
@@ -18,18 +20,29 @@ namespace {
 constexpr double degreesPerRadian = 57.29577951308232;
 constexpr double unsetBound = -1e100;
 
-/// The template's check with a limit on the work.
-struct BoundedCheck {
-    const TSTemplate* lines = nullptr;
-    qint64 examined = 0;
-};
-
 constexpr qint64 mostExamined = 20'000'000;
+constexpr qint64 mostJudged = 100'000'000;
 constexpr int mostAssignments = 100'000;
 
+/// The template's check with a limit on the work.
+struct BoundedCheck {
+    std::vector<QList<TSConstraint*>> constraints;  ///< per template line
+    qint64 examined = 0, judged = 0;
+
+    bool isGivenUp() const { return examined > mostExamined || judged > mostJudged; }
+};
+
 bool checkBounded(LinePP* lines, int* assignment, int level, void* data) {
-    auto* check = static_cast<BoundedCheck*>(data);
-    return ++check->examined <= mostExamined && check->lines->check(lines, assignment, level);
+    auto& check = *static_cast<BoundedCheck*>(data);
+    ++check.examined;
+    if (check.isGivenUp())
+        return false;
+    const QList<TSConstraint*>& constraints = check.constraints[static_cast<std::size_t>(level)];
+    const auto accepts = [&](TSConstraint* constraint) {
+        ++check.judged;
+        return constraint->check(lines, assignment);
+    };
+    return std::all_of(constraints.begin(), constraints.end(), accepts);
 }
 
 /// Collects values and marks of one measurement after another.
@@ -250,7 +263,9 @@ QList<TSLinesIndecies> findAssignments(Segments& segments, const TSTemplate& wan
     QVector<LinePP> flat;
     for (const LinePP& segment : segments)
         flat.append(segment);
-    BoundedCheck check{&wanted};
+    BoundedCheck check;
+    for (int i = 0; i < lines; ++i)
+        check.constraints.push_back(wanted._getConstraintsForLine(i));
     int* codes = nullptr;
     std::unique_ptr<int[]> owner;
     while (templateSearch(flat.data(), static_cast<int>(flat.size()), lines, checkBounded, &check, nullptr,
@@ -264,7 +279,7 @@ QList<TSLinesIndecies> findAssignments(Segments& segments, const TSTemplate& wan
     }
     if (owner == nullptr)
         owner.reset(codes);
-    if (check.examined > mostExamined || found.size() > mostAssignments)
+    if (check.isGivenUp() || found.size() > mostAssignments)
         throw Failure{
             QString("the template fits its %1 lines to %2 segments in too many ways (search given up); add "
                     "constraints to the template, or raise \"minLineLength\" in it")

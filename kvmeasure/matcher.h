@@ -21,7 +21,7 @@ Segments extractSegments(const KvMath::KvProfile& profile, const KvMath::TSFindT
 
 /// Every assignment that findTemplate returns for these segments, in its order. A template with too few
 /// constraints has more of them than any memory holds, so the search is given up with a Failure after 100,000
-/// assignments or 20 million examined segments, about a second.
+/// assignments, 20 million examined segments or 100 million judgements of a constraint, about a second.
 QList<KvMath::TSLinesIndecies> findAssignments(Segments& segments, const KvMath::TSTemplate& lines,
                                                bool allowReversed);
 

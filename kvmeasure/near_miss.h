@@ -5,9 +5,11 @@
 
 namespace KvMeasure {
 
-/// The assignment that came farthest: as many template lines as can be assigned, and the constraints that
-/// refuse the next one; among several the one with the fewest of them, then the first. For a template that is
-/// not found in the segments.
+/// What is missing in segments that do not hold the template. "nearest": the complete assignment that the
+/// fewest constraints refuse, three at most, then by the least, in widths of what they allow. Where there is
+/// none, "got farthest": the assignment of as many template lines as can be had, and what refuses the last.
+/// Each search ends after a million judgements of a constraint; the first then counts as having found none,
+/// the second names the farthest so far.
 QString nearMiss(Segments& segments, const TemplateFile& file, bool allowReversed);
 
 }  // namespace KvMeasure

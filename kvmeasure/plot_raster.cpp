@@ -146,9 +146,16 @@ void drawColourScale(Canvas& canvas, const Rect& area, const ColourScale& scale)
     constexpr int wanted = 8;
     const Ticks ticks = ticksWithin(scale.from, scale.to, wanted);
     for (const double value : ticks.values) {
-        const double y = area.bottom - area.height() * (value - scale.from) / (scale.to - scale.from);
+        const double place = (value - scale.from) / (scale.to - scale.from);
+        const double y = area.bottom - area.height() * place;
         canvas.line({area.right, y}, {area.right + 5, y}, stroke("#333", 1));
-        canvas.text({area.right + 9, y + 4.5}, ticks.text(value), "fill=\"#333\"");
+        const bool isEnd = std::fabs(place - 0.5) > 0.49;
+        if (!scale.isCut || !isEnd)
+            canvas.text({area.right + 9, y + 4.5}, ticks.text(value), "fill=\"#333\"");
+    }
+    if (scale.isCut) {
+        canvas.text({area.right + 9, area.top + 4.5}, "≥ " + ticks.text(scale.to), "fill=\"#333\"");
+        canvas.text({area.right + 9, area.bottom + 4.5}, "≤ " + ticks.text(scale.from), "fill=\"#333\"");
     }
     canvas.text({area.left, area.top - 10}, scale.unit, "fill=\"#333\"");
 }

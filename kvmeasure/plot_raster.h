@@ -14,6 +14,7 @@ struct ColourScale {
     Kind kind = Kind::Sequential;
     double from = 0, to = 1;
     QString unit;
+    bool isCut = false;  ///< there are values beyond, as the numbers at the ends then say
 };
 
 /// A grid of values; row 0 is drawn on top. Values that are not finite take the colour of empty cells.

@@ -102,7 +102,7 @@ void Facts::add(const char* key, const QString& what, const QString& value, cons
 
 void Facts::add(const char* key, const QString& what, double value) {
     constexpr int digits = 10;
-    add(key, what, QString::number(value, 'g', digits), jsonNumber(value));
+    add(key, what, QString::number(value + 0.0, 'g', digits), jsonNumber(value));  // no -0
 }
 
 void Facts::add(const char* key, const QString& what, const Span& span) {
@@ -111,9 +111,14 @@ void Facts::add(const char* key, const QString& what, const Span& span) {
 
 void printJson(const QJsonObject& object) { print(QString::fromUtf8(QJsonDocument(object).toJson())); }
 
+QString fixed(double value, int decimals) {
+    const QString text = QString::number(value, 'f', decimals);
+    return text.startsWith('-') && text.toDouble() == 0 ? text.mid(1) : text;
+}
+
 QString mm(double value) {
     constexpr double widest = 1e7;  // no scanner sees that far; such numbers come from damaged files
-    return std::fabs(value) < widest ? QString::number(value, 'f', 4) : QString::number(value, 'g', 6);
+    return std::fabs(value) < widest ? fixed(value, 4) : QString::number(value, 'g', 6);
 }
 
 QString percent(double part, double whole) {
@@ -165,8 +170,8 @@ QString segmentTable(const Segments& segments) {
     Table table({"segment", "length mm", "direction deg", "x1", "y1", "x2", "y2"});
     for (int i = 0; i < segments.size(); ++i) {
         const KvMath::LinePP& s = segments[i];
-        table.add({QString::number(i), mm(length(s.p1, s.p2)), QString::number(direction(s), 'f', 2),
-                   mm(s.p1.x), mm(s.p1.y), mm(s.p2.x), mm(s.p2.y)});
+        table.add({QString::number(i), mm(length(s.p1, s.p2)), fixed(direction(s), 2), mm(s.p1.x), mm(s.p1.y),
+                   mm(s.p2.x), mm(s.p2.y)});
     }
     return table.text();
 }

@@ -29,6 +29,9 @@ private:
     QList<bool> isRight_;
 };
 
+/// With that many decimals, and no sign where all digits are zero.
+QString fixed(double value, int decimals);
+
 QString mm(double value);                    ///< four decimals, a tenth of a micrometre
 QString percent(double part, double whole);  ///< two decimals; "-" of nothing
 QJsonValue jsonNumber(double value);         ///< null for what JSON cannot hold

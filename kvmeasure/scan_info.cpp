@@ -33,6 +33,8 @@ struct Survey {
 
 Survey survey(const QString& path, const ScanOptions& options) {
     Scan scan = loadScan(path, options);
+    if (options.heightLast && scan.isStack && scan.cloud.points.isEmpty())
+        throw Failure{path + ": --axes is of XYZ, PLY and cloud points; this holds profiles, leave it out"};
     Survey survey;
     survey.summary = summarise(scan);
     try {

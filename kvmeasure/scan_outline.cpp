@@ -65,7 +65,7 @@ OutlineParameters readParameters(const Arguments& arguments) {
     return parameters;
 }
 
-QString degrees(double value) { return std::isnan(value) ? QString("-") : QString::number(value, 'f', 2); }
+QString degrees(double value) { return std::isnan(value) ? QString("-") : fixed(value, 2); }
 
 struct Named {
     const char* name;

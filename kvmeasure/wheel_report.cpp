@@ -19,7 +19,7 @@ const char* const namesOfValues[valueCount] = {
     "rimFace",      "runningDiameter", "heightDeviation", "flangeThickness", "reserved"};
 const char* const kindNames[] = {"basic", "tram", "loko"};
 
-QString rounded(double value) { return std::isfinite(value) ? QString::number(value, 'f', 3) : QString("-"); }
+QString rounded(double value) { return std::isfinite(value) ? fixed(value, 3) : QString("-"); }
 
 QString defectText(int defect) { return defect < 0 ? "-" : (defect > 0 ? "DEFECT" : "none"); }
 

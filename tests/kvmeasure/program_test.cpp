@@ -212,16 +212,19 @@ TEST_F(Kvmeasure, ToleranceDecidesTheExitCode) {
 TEST_F(Kvmeasure, TemplateThatIsNotFoundNamesTheConstraintThatRefusesTheNearestAssignment) {
     write("z.csv", "0,0\n1,0\n2,0\n4,0\n4.1,3\n4.2,6\n");
     const QByteArray first =
-        R"({"constraintType": "Length", "lineIndex": 0, "lowerBound": 5.0, "upperBound": 7.0},)";
+        R"({"constraintType": "Length", "lineIndex": 0, "lowerBound": 5.0, "upperBound": 6.1},)";
     const QByteArray keys = R"("lineFromIndex": 0, "lineToIndex": 1, "lowerBound": 0.5, "upperBound": )";
     const QByteArray shift = R"(1.5, "directionAngle": 0.0, "isFromLineReference": true)";
     const std::pair<QByteArray, const char*> cases[] = {
         {R"("Endpoint distance", )" + keys + "1.0",
-         "but endpoint distance from line 0 to line 1 is 7.32 mm, allowed"},
+         "but endpoint distance from line 0 to line 1 is 7.3239 mm, allowed are 0.5000 to 1.0000\n"},
+        {R"("Endpoint distance w/c", )" + keys + "9.0", "is 7.3239 mm, more than between their other ends\n"},
+        {R"("Length", "lineIndex": 0, "lowerBound": 6.5, "upperBound": "undefined")",
+         "but length of line 0 is 6.0033 mm, allowed is at least 6.5000\n"},
         {R"("Endpoint shift in direction", )" + keys + shift,
-         "line 0 to line 1 is -6.14 mm, allowed are from 0.50"},
+         "line 0 to line 1 is -6.1366 mm, allowed are 0.5"},
         {R"("Rotation angle", )" + keys + R"(3.1, "direction": 1)",
-         "line 0 to line 1 is 88.09 deg, but in the wrong"},
+         "is 88.0908 deg to the right, allowed are 28.6479 to 177.6169 to the left\n"},
     };
     for (const auto& [second, reason] : cases) {
         write("t.json", templateOf("2", first + R"({"constraintType": )" + second + "}"));
@@ -229,6 +232,18 @@ TEST_F(Kvmeasure, TemplateThatIsNotFoundNamesTheConstraintThatRefusesTheNearestA
                     testing::AllOf(HasSubstr("nearest: line 0 = segment 1, line 1 = segment 0; "),
                                    HasSubstr(reason)));
     }
+}
+
+TEST_F(Kvmeasure, TemplateOfManyRefusalsIsExplainedInTimeAndShort) {
+    QByteArray saw;
+    for (int i = 0; i < 600; ++i)
+        saw += QByteArray::number(0.25 * i) + ',' + QByteArray::number(std::abs(i % 40 - 20) * 0.25) + '\n';
+    write("saw.csv", saw);
+    const QByteArray no =
+        R"({"constraintType": "Length", "lineIndex": 3, "lowerBound": 9.0, "upperBound": 9.0})";
+    write("t.json", templateOf("4", (no + ',').repeated(9999) + no));
+    EXPECT_THAT(run("match saw.csv --template t.json").out,
+                testing::AllOf(HasSubstr("\ngot farthest: line 0 = "), HasSubstr("; and 9997 more\n")));
 }
 
 TEST_F(Kvmeasure, WholeNumbersInTemplatesStayBounds) {
