@@ -180,18 +180,17 @@ bool walkThrough(Walk& walk, QVector<LinePP>& lines, int tolerated, bool allowRe
     return walk.level >= 0 && (tolerated == 0 || walk.judged <= mostJudged);
 }
 
-/// "allowed are 40.0000 to 50.0000 to the left"
-QString allowed(const Demand& demand) {
+/// "allowed are 40.0000 to 50.0000", with the demanded sense where the turn has the other one
+QString allowed(const Demand& demand, double value) {
     const bool hasLower = std::isfinite(demand.lower);
     const bool hasUpper = std::isfinite(demand.upper);
-    const bool hasTurn = demand.turn != TSCRotationAngle::AnyDirection;
     QString text = "allowed is a turn";
     if (hasLower && hasUpper)
         text = QString("allowed are %1 to %2").arg(mm(demand.lower), mm(demand.upper));
     else if (hasLower || hasUpper)
         text =
             hasLower ? "allowed is at least " + mm(demand.lower) : "allowed is at most " + mm(demand.upper);
-    if (!hasTurn)
+    if (demand.turn == TSCRotationAngle::AnyDirection || value > 0)
         return text;
     return text + (demand.turn == TSCRotationAngle::CounterClockwise ? " to the left" : " to the right");
 }
@@ -213,7 +212,7 @@ QString reason(const Demand& demand, const LinePP& from, const LinePP& to, const
             (value < 0) == (demand.turn == TSCRotationAngle::Clockwise) ? " to the left" : " to the right";
     if (demand.kind == Kind::FacingDistance && !(value < demand.lower) && !(value > demand.upper))
         return what + ", more than between their other ends";
-    return what + ", " + allowed(demand);
+    return what + ", " + allowed(demand, value);
 }
 
 QStringList namesOf(const TemplateFile& file) {
