@@ -239,8 +239,7 @@ TEST_F(Kvmeasure, TemplateOfManyRefusalsIsExplainedInTimeAndShort) {
     for (int i = 0; i < 600; ++i)
         saw += QByteArray::number(0.25 * i) + ',' + QByteArray::number(std::abs(i % 40 - 20) * 0.25) + '\n';
     write("saw.csv", saw);
-    const QByteArray no =
-        R"({"constraintType": "Length", "lineIndex": 3, "lowerBound": 9.0, "upperBound": 9.0})";
+    const QByteArray no = R"({"constraintType": "Length", "lineIndex": 3, "lowerBound": 9, "upperBound": 9})";
     write("t.json", templateOf("4", (no + ',').repeated(9999) + no));
     EXPECT_THAT(run("match saw.csv --template t.json").out,
                 testing::AllOf(HasSubstr("\ngot farthest: line 0 = "), HasSubstr("; and 9997 more\n")));
