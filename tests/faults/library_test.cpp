@@ -97,7 +97,7 @@ TEST(LibraryFaults, AnAppendedRecordThatFindsNoRoomIsCutOffAgainAndALinkStays) {
 TEST(LibraryFaults, PlacesThatTakeNoFileAreRefused) {
     const TestSupport::ScratchDirectory scratch;
     scratch.write("file", "kept");
-    for (const int count : {1, 3000, 10000}) {  // all fits a file's buffer, only that of a stack, none
+    for (const int count : {1, 3000, 20000}) {  // all fits a file's buffer, only that of a stack, none
         for (const Writer& writer : writers(count)) {
             for (const char* path : {"missing/out", "file/out", "/proc/out", ".", ""})
                 EXPECT_FALSE(writer.write(path)) << writer.name << ": " << path;
