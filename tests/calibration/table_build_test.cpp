@@ -103,6 +103,7 @@ TEST(Builders, DeriveLimitsAndFailAtGapsBeforeStep500) {
                   isWhole);
         EXPECT_FALSE(calc_XandZ(dtf.rows(), params.data(), 1, NAN, 1, 1, 0, 647, first, last, table.data()) ||
                      calc_XandZ(dtf.rows(), params.data(), 1, 1, 1, 1, 0, 647, first, last, nullptr) ||
+                     calc_Z(dtf.rows(), params.data(), 1, NAN, 0, 647, first, last, table.data()) ||
                      calc_Z(dtf.rows(), params.data(), 1, 1, 0, 647, first, last, nullptr));
         EXPECT_EQ(table[514 * 648], isWhole ? 0 : 7);  // X of column 0 at position 64
     }

@@ -36,10 +36,12 @@ TEST(ProfileRect, FindsTheTurnedRectangleThatWasFilled) {
 TEST(ProfileRect, NoAngleOfASweepIsBetter) {
     Draws draws(2302);
     for (int round = 0; round < 60; ++round) {
-        const bool onGrid = draws.chance(0.5);
+        const bool onGrid = draws.chance(0.5), isBowl = draws.chance(0.3);
         KvProfile p = randomProfile(draws, onGrid ? draws.integer(3, 150) : 0, 0);
-        for (int i = onGrid ? 0 : draws.integer(3, 150); i > 0; --i)
-            p.points.append(KvPointXY(float(draws.normal(3)), float(draws.normal(1))));
+        for (int i = onGrid ? 0 : draws.integer(3, 150); i > 0; --i) {
+            const auto x = float(draws.normal(3));
+            p.points.append(KvPointXY(x, isBowl ? x * x / 8 : float(draws.normal(1))));
+        }
         float width = 0, height = 0, used = 0;
         ASSERT_TRUE(p.calcRect(&width, &height, &used, kNaN) && p.calcRect(nullptr, nullptr, nullptr, kNaN));
         const double area = double(width) * double(height);
