@@ -125,11 +125,7 @@ void BM_CoinHullOfABowl(benchmark::State& state) {
         state, [parts](int n, unsigned) { return bowl(n, parts); },
         [](const Points& points) { return coin(points, 100); });
 }
-BENCHMARK(BM_CoinHullOfABowl)
-    ->ArgNames({"", "parts"})
-    ->ArgsProduct({{20000}, {100, 10000, 1000000}})
-    ->Iterations(1)
-    ->Repetitions(1);
+BENCHMARK(BM_CoinHullOfABowl)->ArgsProduct({{20000}, {100, 10000, 1000000}})->Iterations(1)->Repetitions(1);
 
 void BM_PseudoConvexHull(benchmark::State& state) {
     measure(state, outline, [](const Points& points) { return getPseudoConvexHull(points, 2, 0).size(); });
