@@ -82,7 +82,7 @@ MatchReport::MatchReport(Form form, const TemplateFile& file, bool allAssignment
         series.unit = value.unit;
         series.hasTolerance = file.tolerances.contains(value.name);
         series.tolerance = file.tolerances.value(value.name);
-        indexOf_[value.name] = static_cast<int>(series_.size());
+        indicesOf_[value.name].append(static_cast<int>(series_.size()));
         series_.append(series);
     }
 }
@@ -92,10 +92,12 @@ QList<const Value*> MatchReport::inOrder(const Evaluation& evaluation) const {
     QList<const Value*> ordered;
     for (int i = 0; i < series_.size(); ++i)
         ordered.append(nullptr);
+    QMap<QString, int> seen;  // documents of other programs may give two results one name
     for (const Value& value : evaluation.values) {
-        const auto at = indexOf_.find(value.name);
-        if (at != indexOf_.end() && value.isValid)
-            ordered[*at] = &value;
+        const QList<int> indices = indicesOf_.value(value.name);
+        const int k = seen[value.name]++;
+        if (k < indices.size() && value.isValid)
+            ordered[indices[k]] = &value;
     }
     return ordered;
 }

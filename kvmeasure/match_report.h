@@ -67,7 +67,7 @@ private:
     QString reason_;
     std::vector<double> z_;
     QList<Series> series_;  ///< in the order of the template
-    QMap<QString, int> indexOf_;
+    QMap<QString, QList<int>> indicesOf_;  ///< columns of a name
     Table details_{
         {"file", "assignment", "name", "value", "unit", "valid", "nominal", "deviation", "verdict", "note"}};
     Table rows_;
