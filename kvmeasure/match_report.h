@@ -66,7 +66,7 @@ private:
     int profiles_ = 0, found_ = 0;
     QString reason_;
     std::vector<double> z_;
-    QList<Series> series_;  ///< in the order of the template
+    QList<Series> series_;                 ///< in the order of the template
     QMap<QString, QList<int>> indicesOf_;  ///< columns of a name
     Table details_{
         {"file", "assignment", "name", "value", "unit", "valid", "nominal", "deviation", "verdict", "note"}};
