@@ -25,7 +25,10 @@ class JsonMutator {
 public:
     explicit JsonMutator(unsigned seed) : random_(seed) {}
 
-    int below(int count) { return count < 1 ? 0 : int(random_() % unsigned(count)); }
+    template <class Count>  // int, or a length of either Qt
+    int below(Count count) {
+        return count < 1 ? 0 : int(random_() % unsigned(count));
+    }
 
     static QJsonValue parsed(const uint8_t* data, size_t size) {
         const LeaksIgnored brokenJson;
