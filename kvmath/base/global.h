@@ -6,6 +6,7 @@
 #if defined(KVMATH_LIBRARY)
 #define KVMATH_EXPORT Q_DECL_EXPORT
 #else
+/// Marks what the shared library exports and hosts import.
 #define KVMATH_EXPORT Q_DECL_IMPORT
 #endif
 

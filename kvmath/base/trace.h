@@ -1,7 +1,7 @@
 #pragma once
 // Switch of the trace log. Traces are off until the host turns them on.
 
-#include <kvmath/core/global.h>
+#include <kvmath/base/global.h>
 
 namespace KvMath {
 

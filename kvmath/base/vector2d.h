@@ -9,9 +9,10 @@ namespace KvMath {
 /// KvVector2D<double> can be read as interleaved x, y.
 template <class T>
 struct KvVector2D {
-    T x, y;
-    KvVector2D() : x(), y() {}
-    KvVector2D(T x0, T y0) : x(x0), y(y0) {}
+    T x;                                      ///< first coordinate
+    T y;                                      ///< second coordinate
+    KvVector2D() : x(), y() {}                ///< (0, 0)
+    KvVector2D(T x0, T y0) : x(x0), y(y0) {}  ///< (x0, y0)
 };
 
 }  // namespace KvMath

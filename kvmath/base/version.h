@@ -1,7 +1,7 @@
 #pragma once
 // What the library is called and which build it is.
 
-#include <kvmath/core/global.h>
+#include <kvmath/base/global.h>
 
 namespace KvMath {
 

@@ -8,7 +8,9 @@ namespace KvMath {
 /// Centre (x, y) and radius, mm.
 class KVMATH_EXPORT KvCircle {
 public:
-    float x, y, radius;
+    float x;       ///< centre, mm
+    float y;       ///< centre, mm
+    float radius;  ///< mm
 
     KvCircle();  ///< unset: all NaN
 

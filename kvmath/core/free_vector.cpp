@@ -1,5 +1,5 @@
-#include <kvmath/core/constants_p.h>
-#include <kvmath/core/count_p.h>
+#include <kvmath/base/constants_p.h>
+#include <kvmath/base/count_p.h>
 #include <kvmath/core/free_vector.h>
 
 #include <cmath>

@@ -1,7 +1,7 @@
 // Akima spline: linear in the number of knots, one array of secants and one of slopes as scratch.
 #include <kvmath/core/interpolant.h>
 
-#include <kvmath/core/count_p.h>
+#include <kvmath/base/count_p.h>
 
 #include <algorithm>
 #include <cmath>
@@ -91,6 +91,8 @@ int intervalOf(const float* knotX, int knotCount, float x) {
 }
 
 float evaluate(const KvInterpolant& spline, int interval, float x) {
+    if (x == spline.knotX.at(spline.knotCount - 1) && !std::isnan(spline.lastY))
+        return spline.lastY;  // which rounded coefficients may miss
     const float* c = spline.coefficients.constData() + qptrdiff(4) * interval;
     const double t = static_cast<double>(x) - static_cast<double>(spline.knotX.at(interval));
     const double slope =
@@ -112,7 +114,7 @@ bool isBuilt(const KvInterpolant& spline) {
 
 }  // namespace
 
-KvInterpolant::KvInterpolant() : knotCount(0), type(KvInterpolantNone) {}
+KvInterpolant::KvInterpolant() : knotCount(0), type(KvInterpolantNone), lastY(kUnset) {}
 
 KvInterpolant::KvInterpolant(const KvPointCloud<KvPointXY>& cloud, _KvInterpolantType_ kind)
     : KvInterpolant() {
@@ -152,6 +154,7 @@ int KvInterpolant::buildAkimaSpline(const KvPointCloud<KvPointXY>* cloud) {
     knotX.resize(knots.size());
     std::transform(knots.begin(), knots.end(), knotX.begin(), [](const KvPointXY& p) { return p.x; });
     coefficients = cubics;
+    lastY = knots.last().y;
     knotCount = Internal::countOf(knots);
     type = KvInterpolantAkima;
     return knotCount;

@@ -19,10 +19,11 @@ public:
     QVector<float> coefficients;  ///< c0, c1, c2, c3 per interval
     int knotCount;                ///< 0 when nothing is built
     _KvInterpolantType_ type;     ///< KvInterpolantNone when nothing is built
+    float lastY;                  ///< y of the last knot; NaN when not known, as for arrays set by hand
 
     KvInterpolant();  ///< nothing built
-    KvInterpolant(const KvPointCloud<KvPointXY>& cloud,
-                  _KvInterpolantType_ type);  ///< runs buildFromPointCloud
+    /// Runs buildFromPointCloud; knotCount tells whether it succeeded.
+    KvInterpolant(const KvPointCloud<KvPointXY>& cloud, _KvInterpolantType_ type);
 
     /// Builds from the points in ascending x; points with a NaN or infinite coordinate are left out. Returns
     /// the number of knots. 0 for KvInterpolantNone, which keeps the previous build; 0 with nothing built for
@@ -37,17 +38,19 @@ public:
     /// left, or a coefficient does not fit a float.
     int buildAkimaSpline(const KvPointCloud<KvPointXY>* cloud);
 
-    /// Value at x, evaluated in double and narrowed once: the knot's y at a knot, within float rounding. An
-    /// inner knot is evaluated on the interval to its left. NaN outside the knots, for a NaN x and when
-    /// nothing is built.
+    /// Value at x, evaluated in double and narrowed once: the knot's y at a knot, exactly at the first and
+    /// the last one, within float rounding at inner ones. An inner knot is evaluated on the interval to its
+    /// left, the last one too where lastY is NaN. NaN outside the knots, for a NaN x and when nothing is
+    /// built.
     float calcY(float x) const;
 
-    /// Replaces the points of `out` by the values at start, start + step, ... below the end; start and
-    /// end are xFrom and xTo limited to the knots, NaN for no limit. The first x is always evaluated, the end
-    /// itself only when it is also the start. x is summed in float; a step lost in rounding ends the run.
-    /// A range known for the old points is reset, none is computed.
-    /// Returns the number of points. 0, with `out` untouched, when step <= 0, nothing is built or more than
-    /// 2^24 points are asked for.
+    /// Replaces the points of `out` by the values at start, start + step, ... below the end. The start is
+    /// xFrom or the first knot, whichever is greater, the end xTo or the last knot, whichever is less; NaN is
+    /// no limit. The start is always evaluated: it is the only point when the end does not lie behind it, and
+    /// for a NaN step. A start behind the last knot gives no points. x is summed in float; a step lost in
+    /// rounding ends the run. The range becomes NaN, that of an empty `out` stays as it was. Returns the
+    /// number of points. 0, with `out` untouched, when step <= 0, nothing is built or more than 2^24 points
+    /// are asked for.
     int generatePointCloud(KvPointCloud<KvPointXY>& out, float step, float xFrom, float xTo) const;
 
     /// Slope at x of the parabola through (x0, y0), (x1, y1), (x2, y2), in double, narrowed once. Infinite or

@@ -2,7 +2,7 @@
 // in key order; only points outside a stale range are counted in the map itself.
 #include <kvmath/core/level_histogram.h>
 
-#include <kvmath/core/count_p.h>
+#include <kvmath/base/count_p.h>
 #include <kvmath/core/record_io_p.h>
 
 #include <QtCore/QFile>

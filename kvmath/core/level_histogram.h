@@ -19,10 +19,10 @@ public:
 
     /// Enters the levels minY + i * binWidth up to the first one at or above maxY, then counts
     /// every point under the key (y - minY) / binWidth, truncated toward zero; single precision. The cloud's
-    /// cached range is used as it stands, stale or not (exchanged ends make no level); when minY or maxY is
-    /// NaN, calcRange runs first. Points without a finite y, or whose band is no int, are skipped. Returns
-    /// the number of entries. Empty map and 0 when binWidth (mm) is not > 0, the range is not finite, or more
-    /// than 2^22 levels are asked for.
+    /// cached range is used as it stands, stale or not (ends exchanged by a band or more make no level); when
+    /// minY or maxY is NaN, calcRange runs first. Points without a finite y, or whose band is no int, are
+    /// skipped. Returns the number of entries. Empty map and 0 when binWidth (mm) is not > 0, the range is
+    /// not finite, or more than 2^22 levels are asked for.
     int calcFromPointCloud(KvPointCloud<T>& cloud, float binWidth);
 
     /// Mean position of the counts, the entries numbered from 1 in key order: a position, not a key. NaN when
@@ -30,7 +30,7 @@ public:
     float calcMassCenter() const;
 
     int count() const;  ///< number of entries
-    void clear();
+    void clear();       ///< no entries
 
     /// Writes a line "key;count" with "\r\n" per entry, in key order, a key with as few of 6 to 9 significant
     /// digits as read back to the same float. Truncates `path`; false if it cannot be opened or written

@@ -1,4 +1,4 @@
-#include <kvmath/core/constants_p.h>
+#include <kvmath/base/constants_p.h>
 #include <kvmath/core/line.h>
 
 #include <cmath>

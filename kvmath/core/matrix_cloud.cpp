@@ -2,7 +2,7 @@
 
 #include <kvmath/core/matrix_cloud.h>
 
-#include <kvmath/core/count_p.h>
+#include <kvmath/base/count_p.h>
 
 #include <algorithm>
 #include <cmath>
@@ -137,6 +137,7 @@ float KvMatrixCloud::sample(float x, float z) const {
 
 int KvMatrixCloud::toPointCloud(KvPointCloud<KvPointXYZ>& cloud) const {
     cloud.clear();
+    cloud.zIndexBuilt = false;
     const qint64 cells =
         std::min<qint64>(heights.size(), rows > 0 && columns > 0 ? qint64(rows) * columns : 0);
     for (int cell = 0; cell < cells; ++cell) {

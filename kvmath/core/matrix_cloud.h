@@ -1,10 +1,5 @@
 #pragma once
 // Regular grids of heights, and their division into regions of steady height.
-//
-// Rows run along z (the scan), columns along x (the scanner line). Cell (r, c) covers
-// [originX + c * stepX, + stepX) x [originZ + r * stepZ, + stepZ); its height, mm, belongs to its middle. NaN
-// is an empty cell. The members are public; where a host leaves them inconsistent (heights shorter than rows
-// * columns, steps not > 0), what cannot be answered is NaN or nothing, never a fault.
 
 #include <kvmath/core/point_cloud.h>
 
@@ -13,29 +8,36 @@
 
 namespace KvMath {
 
+/// Regular grid of heights. Rows run along z (the scan), columns along x (the scanner line). Cell (r, c)
+/// covers [originX + c * stepX, + stepX) x [originZ + r * stepZ, + stepZ); its height, mm, belongs to its
+/// middle. NaN is an empty cell. The members are public; where a host leaves them inconsistent (heights
+/// shorter than rows * columns, steps not > 0), what cannot be answered is NaN or nothing, never a fault.
 class KVMATH_EXPORT KvMatrixCloud {
 public:
-    int rows, columns;
-    float originX, originZ;  ///< lower corner of cell (0, 0), mm; NaN when not set
-    float stepX, stepZ;      ///< size of a cell, mm, > 0; NaN when not set
-    QVector<float> heights;  ///< row by row
+    int rows;                ///< number of rows, along z
+    int columns;             ///< number of columns, along x
+    float originX;           ///< x of the lower corner of cell (0, 0), mm; NaN when not set
+    float originZ;           ///< z of the lower corner of cell (0, 0), mm; NaN when not set
+    float stepX;             ///< width of a cell along x, mm, > 0; NaN when not set
+    float stepZ;             ///< width of a cell along z, mm, > 0; NaN when not set
+    QVector<float> heights;  ///< mm, row by row
 
     KvMatrixCloud();  ///< no cells, origin and steps NaN
 
-    void clear();  ///< as constructed
+    void clear();  ///< removes all cells; origin and steps become NaN
     /// Makes rows * columns empty cells; origin and steps stay. False, nothing changed, for a negative number
     /// and for more than 2^24 cells.
     bool resize(int rowCount, int columnCount);
 
-    float height(int row, int column) const;       ///< NaN outside
-    void setHeight(int row, int column, float y);  ///< ignored outside
+    float height(int row, int column) const;       ///< height of a cell, mm; NaN when empty or outside
+    void setHeight(int row, int column, float y);  ///< sets the height of a cell, mm; ignored outside
 
     /// Height at (x, z), mm, bilinear between the middles of the four cells around it; on a middle it is the
     /// cell's height itself. NaN when a cell that carries weight is empty, and beyond the outermost middles.
     float sample(float x, float z) const;
 
-    /// Replaces the cloud by the middles of the cells that are not empty, row by row; its range stays NaN.
-    /// Returns their number.
+    /// Replaces the cloud by the middles of the cells that are not empty, row by row; its range stays NaN,
+    /// its zIndexBuilt false. Returns their number.
     int toPointCloud(KvPointCloud<KvPointXYZ>& cloud) const;
 };
 
@@ -46,13 +48,15 @@ public:
     QMap<float, int>
         bins;  ///< lower bound of a band of heights -> its cells; bands without cells have no entry
 
+    /// Copies the grid; without regions and bins until segment() runs.
     explicit KvMatrixWithHistos(const KvMatrixCloud& matrix = KvMatrixCloud());
 
-    /// Counts the finite heights in bands of `binWidth` mm from the lowest one up. Bands fuller than their
-    /// neighbours are the seeds: a region is all that is reached from a cell of such a band over the four
-    /// sides of cells, with steps of height <= maxStep mm. Regions of fewer than minCells cells are dropped,
-    /// the others numbered in the order of their first cell. Returns their number. 0, no regions and no bins:
-    /// binWidth not finite or not > 0, maxStep not > 0, no finite height, or more than 2^22 bands. Linear.
+    /// Counts the finite heights in bands of `binWidth` mm from the lowest one up. Bands fuller than the
+    /// nearest bands of another count on both sides are the seeds: a region is all that is reached from a
+    /// cell of such a band over the four sides of cells, with steps of height <= maxStep mm. Regions of fewer
+    /// than minCells cells are dropped, the others numbered in the order of their first cell. Returns their
+    /// number. 0, no regions and no bins: binWidth not finite or not > 0, maxStep not > 0, no finite height,
+    /// more than 2^22 bands, or heights that are not rows * columns. Linear.
     int segment(float binWidth, float maxStep, int minCells);
 };
 

@@ -1,5 +1,5 @@
+#include <kvmath/base/trace_p.h>
 #include <kvmath/core/plane.h>
-#include <kvmath/core/trace_p.h>
 
 #include <QtCore/QLocale>
 
@@ -145,14 +145,10 @@ bool KvPlane::calcFromPointCloud(const KvPointCloud<KvPointXYZ>& cloud, double& 
 int KvPlane::removePointsRelativelyPlane(PointCloud& cloud, bool removeUpLevel, double shiftFromPlane,
                                          double a, double b, double c) {
     if (tracing())
-        trace(QStringLiteral("KvPlane::removePointsRelativelyPlane(cloud(points.count=%1), removeUpLevel=%2, "
-                             "shiftFromPlane=%3, a=%4, b=%5, c=%6)")
-                  .arg(pointCount(cloud))
-                  .arg(removeUpLevel ? 1 : 0)
-                  .arg(shiftFromPlane)
-                  .arg(a)
-                  .arg(b)
-                  .arg(c));
+        Internal::trace(kTraceLevel,
+                        "KvPlane::removePointsRelativelyPlane(cloud(points.count=%1), removeUpLevel=%2, "
+                        "shiftFromPlane=%3, a=%4, b=%5, c=%6)",
+                        pointCount(cloud), removeUpLevel ? 1 : 0, shiftFromPlane, a, b, c);
     int removed = 0;
     for (Profile3D& profile : cloud.profiles()) {
         for (int i = profile.size() - 1; i >= 0; --i) {

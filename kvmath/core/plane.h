@@ -14,7 +14,10 @@ struct LinePP;
 /// z = a*x + b*y + c instead. These statics write trace messages of level 1, see SetTrace.
 class KVMATH_EXPORT KvPlane {
 public:
-    double a, b, c, d;
+    double a;  ///< coefficient of x
+    double b;  ///< coefficient of y
+    double c;  ///< coefficient of z
+    double d;  ///< constant term, mm where (a, b, c) is of unit length
 
     KvPlane();  ///< unset: all NaN
 
@@ -22,15 +25,18 @@ public:
     /// points on one line.
     void calcFromPoints(const KvPointXYZ& p1, const KvPointXYZ& p2, const KvPointXYZ& p3);
 
-    /// Distance at right angles to the plane, mm, never negative; NaN or infinite when a = b = c = 0.
+    /// Distance of p at right angles to this plane, mm, never negative; NaN or infinite when a = b = c = 0.
     float calcDistance(const KvPointXYZ& p) const;
+    /// Distance of p at right angles to `plane`, as the member computes it.
     static float calcDistance(const KvPlane& plane, const KvPointXYZ& p);
 
-    /// Least squares of z = a*x + b*y + c, summed in double, over the points without an unset coordinate
-    /// (null entries are skipped too). False, with a, b and c untouched, for fewer than 3 entries, fewer than
-    /// 3 usable points, or a determinant of exactly 0. Points nearly on one line pass this test and give a
-    /// plane that rounding decides.
+    /// Least squares of z = a*x + b*y + c over the points without an unset coordinate (null entries are
+    /// skipped too). Products are taken in single precision and summed in double: far from the origin that
+    /// costs digits, so move x, y and z near 0 first. False, with a, b and c untouched, for fewer than 3
+    /// entries, fewer than 3 usable points, or a determinant of exactly 0. Points nearly on one line pass
+    /// this test and give a plane that rounding decides.
     static bool calcFromPointCloud(const QList<const Vector3D*>& points, double& a, double& b, double& c);
+    /// The plane of a cloud by the fit of a list of points, with the same failures.
     static bool calcFromPointCloud(const KvPointCloud<KvPointXYZ>& cloud, double& a, double& b, double& c);
 
     /// Removes the points above z = a*x + b*y + c - shiftFromPlane (removeUpLevel) or below z = a*x + b*y + c
@@ -39,9 +45,10 @@ public:
     /// Returns the number of points removed.
     static int removePointsRelativelyPlane(PointCloud& cloud, bool removeUpLevel, double shiftFromPlane,
                                            double a, double b, double c);
-    /// The same for a scan: the plane y = a*x + b*z + c, heights over places, is fitted to all points of the
-    /// stack and returned, and what lies above y = plane - shift (removeUpLevel) or below y = plane + shift
-    /// goes. Points without a place or height stay. False, nothing changed, when the fit fails.
+    /// Fits a plane to a scan and removes what lies above or below it: the plane y = a*x + b*z + c, heights
+    /// over places, is fitted to all points of the stack and returned, and what lies above y = plane - shift
+    /// (removeUpLevel) or below y = plane + shift goes. Points without a place or height stay. False, nothing
+    /// changed, when the fit fails.
     static bool removePointsRelativelyPlane(KvProfileZSet& set, bool removeUpLevel, double shift, double& a,
                                             double& b, double& c);
 

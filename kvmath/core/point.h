@@ -1,20 +1,22 @@
 #pragma once
 // The three point types. Coordinates are float millimetres; a coordinate of NaN is unset.
 
-#include <kvmath/core/global.h>
+#include <kvmath/base/global.h>
 
 namespace KvMath {
 
 /// Point of a scanner line: x across the line, y the height, mm.
 class KVMATH_EXPORT KvPointXY {
 public:
-    float x, y;
+    float x;  ///< across the scanner line, mm
+    float y;  ///< height, mm
 
-    KvPointXY();  ///< the null point: both NaN
-    KvPointXY(float x0, float y0) : x(x0), y(y0) {}
+    KvPointXY();                                     ///< the null point: both NaN
+    KvPointXY(float x0, float y0) : x(x0), y(y0) {}  ///< the point (x0, y0), mm
 
-    /// Euclidean distance, mm, in single precision throughout; a NaN coordinate gives NaN.
+    /// Euclidean distance to `other`, mm, in single precision throughout; a NaN coordinate gives NaN.
     float calcDistance(KvPointXY other) const;
+    /// Euclidean distance from a to b, as the member computes it.
     static float calcDistance(KvPointXY a, KvPointXY b);
 
     bool isNull() const;  ///< true when x or y is NaN
@@ -23,24 +25,30 @@ public:
 /// Point in space: x across the line, y the height, z along the scan, mm.
 class KVMATH_EXPORT KvPointXYZ {
 public:
-    float x, y, z;
+    float x;  ///< across the scanner line, mm
+    float y;  ///< height, mm
+    float z;  ///< along the scan, mm
 
-    KvPointXYZ();  ///< all NaN
-    KvPointXYZ(float x0, float y0, float z0) : x(x0), y(y0), z(z0) {}
+    KvPointXYZ();                                                      ///< all NaN
+    KvPointXYZ(float x0, float y0, float z0) : x(x0), y(y0), z(z0) {}  ///< the point (x0, y0, z0), mm
 
-    /// Euclidean distance, mm, in single precision throughout; NaN when any of the six coordinates is NaN,
-    /// even where another one is infinite.
+    /// Euclidean distance to `other`, mm, in single precision throughout; NaN when any of the six coordinates
+    /// is NaN, even where another one is infinite.
     float calcDistance(KvPointXYZ other) const;
+    /// Euclidean distance from a to b, as the member computes it.
     static float calcDistance(KvPointXYZ a, KvPointXYZ b);
 };
 
 /// Point in space with a colour that the library carries and never interprets.
 class KVMATH_EXPORT KvPointXYZRGB {
 public:
-    float x, y, z;
-    unsigned int rgb;
+    float x;           ///< across the scanner line, mm
+    float y;           ///< height, mm
+    float z;           ///< along the scan, mm
+    unsigned int rgb;  ///< colour, in the host's own coding
 
     KvPointXYZRGB();  ///< coordinates NaN, rgb 0
+    /// The point (x0, y0, z0), mm, with its colour.
     KvPointXYZRGB(float x0, float y0, float z0, unsigned int colour) : x(x0), y(y0), z(z0), rgb(colour) {}
 };
 

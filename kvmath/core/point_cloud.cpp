@@ -1,7 +1,7 @@
 #include <kvmath/core/point_cloud.h>
 
+#include <kvmath/base/count_p.h>
 #include <kvmath/core/box_p.h>
-#include <kvmath/core/count_p.h>
 
 #include <cmath>
 #include <limits>
@@ -104,15 +104,15 @@ void KvPointCloudBase<T>::appendFromPointCloud(const KvPointCloudBase& other) {
 }
 
 template <class T>
-KvPointCloudBase<T>& KvPointCloudBase<T>::operator+=(const KvPointCloudBase& other) {
+KvPointCloud<T>& KvPointCloudBase<T>::operator+=(const KvPointCloudBase& other) {
     appendFromPointCloud(other);
-    return *this;
+    return static_cast<KvPointCloud<T>&>(*this);
 }
 
 template <class T>
-KvPointCloudBase<T>& KvPointCloudBase<T>::operator+=(const T& point) {
+KvPointCloud<T>& KvPointCloudBase<T>::operator+=(const T& point) {
     points.append(point);
-    return *this;
+    return static_cast<KvPointCloud<T>&>(*this);
 }
 
 template <class T>
@@ -254,6 +254,7 @@ float KvPointCloud<KvPointXYZ>::size_z() const { return maxZ - minZ; }
 int KvPointCloud<KvPointXYZ>::calcSection(KvPointCloud& dest, float z, float halfWidth) const {
     const QList<KvPointXYZ> source = points;  // shared; `dest` may be this cloud
     dest.clear();
+    dest.zIndexBuilt = false;
     for (const KvPointXYZ& point : source)
         if (std::fabs(point.z - z) <= halfWidth)
             dest.points.append(point);

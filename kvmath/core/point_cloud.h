@@ -19,12 +19,21 @@ namespace KvMath {
 /// descends.
 enum KvSortOrder : int { KvSortNone = 0, KvSortAscending = 1, KvSortDescending = 2 };
 
-/// What clouds of all three point types have in common. Use KvPointCloud<T>.
+template <class T>
+class KvPointCloud;  // exactly three kinds exist
+
+/// What clouds of all three point types have in common. Use KvPointCloud<T>: every object of this class is
+/// part of one.
 template <class T>
 class KVMATH_EXPORT KvPointCloudBase {
 public:
-    QList<T> points;                           ///< in order; the order has meaning
-    float minX, maxX, minY, maxY, minZ, maxZ;  ///< cached range, mm; NaN when not known
+    QList<T> points;          ///< in order; the order has meaning
+    float minX;               ///< least x as cached, mm; NaN when not known
+    float maxX;               ///< greatest x as cached, mm; NaN when not known
+    float minY;               ///< least y as cached, mm; NaN when not known
+    float maxY;               ///< greatest y as cached, mm; NaN when not known
+    float minZ;               ///< least z as cached, mm; NaN when not known
+    float maxZ;               ///< greatest z as cached, mm; NaN when not known
     QMap<float, int> zIndex;  ///< z of a run of equal z -> index, see buildZIndex of the 3D clouds
     bool zIndexBuilt;         ///< true right after buildZIndex; see each operation
 
@@ -33,22 +42,22 @@ public:
     /// Copies the points and, verbatim, the cached range (even a stale one). zIndexBuilt becomes false; the
     /// target's own zIndex map is kept. Assigning a cloud to itself changes nothing but that flag.
     KvPointCloudBase(const KvPointCloudBase& other);
-    KvPointCloudBase& operator=(const KvPointCloudBase& other);
-    ~KvPointCloudBase();
-    void copyFromPointCloud(const KvPointCloudBase& other);  ///< the same as assignment
+    KvPointCloudBase& operator=(const KvPointCloudBase& other);  ///< copies as the copy constructor
+    ~KvPointCloudBase();                                         ///< frees the points
+    void copyFromPointCloud(const KvPointCloudBase& other);      ///< assigns `other`, like operator=
 
     /// Appends all points of `other` in order. The range becomes stale, zIndexBuilt false.
     void appendFromPointCloud(const KvPointCloudBase& other);
-    KvPointCloudBase& operator+=(const KvPointCloudBase& other);
+    KvPointCloud<T>& operator+=(const KvPointCloudBase& other);  ///< runs appendFromPointCloud
 
-    KvPointCloudBase& operator+=(const T& point);  ///< appends; range and index untouched
+    KvPointCloud<T>& operator+=(const T& point);  ///< appends the point; range and index untouched
 
-    /// Appends; extends the range only if `updateRange`. The coloured cloud extends it by plain comparisons:
-    /// a NaN range stays NaN after any number of appends, and calcRange makes it valid.
+    /// Appends the point; extends the range only if `updateRange`. The coloured cloud extends it by plain
+    /// comparisons: a NaN range stays NaN after any number of appends, and calcRange makes it valid.
     void append(const T& point, bool updateRange);
 
-    void clear();  ///< no points, range NaN; zIndex and zIndexBuilt untouched
-    bool isEmpty() const;
+    void clear();          ///< no points, range NaN; zIndex and zIndexBuilt untouched
+    bool isEmpty() const;  ///< true when there are no points
 
     /// Range of all points, NaN-aware (an unset coordinate extends nothing). Empty: NaN. The XY cloud leaves
     /// its z pair.
@@ -60,8 +69,8 @@ public:
     /// calcRange runs. Empty: false, `centre` untouched. All coordinates of an axis unset: true, NaN on that
     /// axis.
     bool calcCenterPoint(T& centre);
-    /// Arithmetic mean of each coordinate (float sums in point order). Empty: false, `centre` untouched. A
-    /// colour is left as it was.
+    /// Arithmetic mean of each coordinate (float sums in point order); an unset coordinate makes the mean of
+    /// its axis NaN. Empty: false, `centre` untouched. A colour is left as it was.
     bool caclCenterMassPoint(T& centre) const;  // interface spelling
 
     /// Removes points by index. `indices` is sorted ascending in place and worked off from its end: an entry
@@ -71,7 +80,7 @@ public:
     int removeIndeces(QList<int>& indices);  // interface spelling
 
     /// Adds the offsets, mm. An offset of exactly 0 is skipped, a NaN one makes the coordinate NaN
-    /// everywhere. The XY cloud ignores dz. Range and index become stale.
+    /// everywhere. The XY cloud ignores dz. Range and index become stale, zIndexBuilt stays as it is.
     void shift(float dx, float dy, float dz);
 
     /// Sorts stably; points with a NaN key stay where they are and are not crossed. XY: by x, ascending if
@@ -82,10 +91,12 @@ public:
 
     /// Writes one record at the device's position: marker 0x02 (XY), 0x03 (XYZ) or 0x04 (XYZRGB), count,
     /// points, all little-endian. The XY count field has 16 bits and holds the low ones only, while all
-    /// points are written. False on the first short write.
+    /// points are written. False on the first short write, and, with nothing written, for a 3D cloud of more
+    /// than 2^26 points, which would not be read again.
     bool writeToFile(QFile& file) const;
-    bool writeToFile(
-        QString path) const;  ///< truncates `path`; false if it cannot be opened or written completely
+    /// Makes `path` a file of this one record. False if the cloud is refused, and `path` is then left alone,
+    /// or if it cannot be opened or written completely; a regular file that was opened is then removed.
+    bool writeToFile(QString path) const;
 
     /// Reads one record at the device's position. Points, range and zIndexBuilt are reset first. Returns the
     /// count, or -1 with the position back where it was: wrong marker, short header or short points (complete
@@ -93,17 +104,15 @@ public:
     /// file that really holds more than 2^26 points for a record is refused unread. A pipe cannot be put
     /// back.
     int readFromFile(QFile& file);
-    int readFromFile(QString path);  ///< -1 if it cannot be opened; the cloud is then left alone
+    /// Reads the first record of a file. -1 also if it cannot be opened; the cloud is then left alone.
+    int readFromFile(QString path);
 };
-
-template <class T>
-class KvPointCloud;  // exactly three kinds exist
 
 /// Cloud of a plane: scanner lines and their like. Operations keep minZ and maxZ NaN.
 template <>
 class KVMATH_EXPORT KvPointCloud<KvPointXY> : public KvPointCloudBase<KvPointXY> {
 public:
-    float calcAverageY() const;  ///< mean of y, summed in double; 0 when empty
+    float calcAverageY() const;  ///< mean of y, mm, summed in double; 0 when empty, NaN with an unset y
 
     int getIndexX(float x) const;  ///< first point with exactly this x, or -1
     int getIndexY(float y) const;  ///< first point with exactly this y, or -1
@@ -112,17 +121,18 @@ public:
     /// that side has a bound. `indices` is cleared first. Returns its size.
     int getRangeIndeces(QList<int>& indices, float xmin, float xmax, float ymin, float ymax) const;
 
-    /// Removes the points with y >= level (`above`) or y <= level. Returns their number; range and index
-    /// untouched.
+    /// Removes the points with y >= level (`above`) or y <= level, mm; unset ones stay. Returns the number
+    /// removed; range and index untouched.
     int removePointsByYLevel(float level, bool above);
 
-    /// Multiplies; a factor of exactly 1 is skipped, kz is ignored. The range becomes stale.
+    /// Multiplies x by kx and y by ky; a factor of exactly 1 is skipped, kz is ignored. The range becomes
+    /// stale.
     void resize(float kx, float ky, float kz);
 
-    float size_x() const;  ///< extent of the cached range, mm; NaN when unknown (never recomputed)
-    float size_y() const;
+    float size_x() const;  ///< maxX - minX as cached, mm; NaN when unknown (never recomputed)
+    float size_y() const;  ///< maxY - minY as cached, mm; NaN when unknown (never recomputed)
 
-    static bool writeMarker(QFile& file, unsigned char marker);  ///< one byte; true when written
+    static bool writeMarker(QFile& file, unsigned char marker);  ///< writes one byte; true when written
     /// Reads one byte; true when it equals `marker`. Never seeks back.
     static bool readMarker(QFile& file, unsigned char marker);
 };
@@ -131,45 +141,51 @@ public:
 template <>
 class KVMATH_EXPORT KvPointCloud<KvPointXYZ> : public KvPointCloudBase<KvPointXYZ> {
 public:
-    int getIndexX(float x) const;  ///< first point with exactly this coordinate, or -1
-    int getIndexY(float y) const;
-    int getIndexZ(float z) const;
+    int getIndexX(float x) const;  ///< first point with exactly this x, or -1
+    int getIndexY(float y) const;  ///< first point with exactly this y, or -1
+    int getIndexZ(float z) const;  ///< first point with exactly this z, or -1
 
-    /// As for the XY cloud, with z.
+    /// Indices, in order, of the points inside the box, ends included; unset coordinates are outside wherever
+    /// that side has a bound. `indices` is cleared first. Returns its size.
     int getRangeIndeces(QList<int>& indices, float xmin, float xmax, float ymin, float ymax, float zmin,
                         float zmax) const;
-    /// Indices of the points at a distance <= diameter / 2 from `centre`; unset points are never inside.
+    /// Indices, in order, of the points at a distance <= diameter / 2 from `centre`, mm; unset points are
+    /// never inside. `indices` is cleared first. Returns its size.
     int getRangeIndeces(QList<int>& indices, KvPointXYZ centre, float diameter) const;
 
-    int removePointsByYLevel(float level, bool above);  ///< as for the XY cloud
+    /// Removes the points with y >= level (`above`) or y <= level, mm; unset ones stay. Returns the number
+    /// removed; range and index untouched.
+    int removePointsByYLevel(float level, bool above);
 
-    float size_x() const;  ///< extent of the cached range, mm; NaN when unknown (never recomputed)
-    float size_y() const;
-    float size_z() const;
+    float size_x() const;  ///< maxX - minX as cached, mm; NaN when unknown (never recomputed)
+    float size_y() const;  ///< maxY - minY as cached, mm; NaN when unknown (never recomputed)
+    float size_z() const;  ///< maxZ - minZ as cached, mm; NaN when unknown (never recomputed)
 
     /// rotateXY, rotateXZ, rotateYZ in this order, each skipped when its angle (degrees) is 0 or NaN.
     void rotate(float angleXY, float angleXZ, float angleYZ);
-    /// Rotation in one coordinate plane, degrees, positive from the first named axis to the second, through
-    /// polar form: rotateXZ(90) takes (1, 0, 0) to (0, 0, 1). zIndexBuilt becomes false, the range stale.
+    /// Turns all points about the z axis, degrees, positive from +x to +y. Distance and angle are rounded to
+    /// float on the way, also for 0 degrees. A NaN angle makes x and y of all points NaN, and an unset x or y
+    /// makes both of that point NaN. zIndexBuilt becomes false, the range stale.
     void rotateXY(float degrees);
-    void rotateXZ(float degrees);
-    void rotateYZ(float degrees);
+    void rotateXZ(float degrees);  ///< turns x and z as rotateXY does x and y, positive from +x to +z
+    void rotateYZ(float degrees);  ///< turns y and z as rotateXY does x and y, positive from +y to +z
 
     /// Removes the points outside the box (unset coordinates count as inside). The range then records the
     /// box, not the survivors: a bound that narrows a known range replaces it, a wider one does not, NaN
     /// resets its side to NaN. zIndexBuilt becomes false.
     void trim(float xmin, float xmax, float ymin, float ymax, float zmin, float zmax);
 
-    /// Copies the points inside the box (ends included) to `dest`, which is cleared first and keeps a NaN
-    /// range. Only the points between two entries of zIndex are looked at, so the cloud must be sorted by z,
-    /// in either sense (z of the last set point below that of the first: descending); the index is built when
-    /// zIndexBuilt is false. Call buildZIndex again after removals or a shift in z: points
-    /// can be missed with a stale index and behind an unset z, which interrupts the order; nothing outside is
-    /// ever read. `flag` has no effect.
+    /// Copies the points inside the box (ends included) to `dest`, which is cleared first, keeps a NaN range
+    /// and has its zIndexBuilt lowered, also when it is this cloud. Only the points between two entries of
+    /// zIndex are looked at, so the cloud must be sorted by z, in either sense (z of the last set point below
+    /// that of the first: descending); the index is built when zIndexBuilt is false. Call buildZIndex again
+    /// after removals or a shift in z: points can be missed with a stale index and behind an unset z, which
+    /// interrupts the order; nothing outside is ever read. `flag` has no effect.
     void extract(KvPointCloud& dest, float xmin, float xmax, float ymin, float ymax, float zmin, float zmax,
                  bool flag);
 
-    /// Replaces `dest` by the points with |z - `z`| <= halfWidth, range NaN. Returns their number.
+    /// Replaces `dest` by the points with |z - `z`| <= halfWidth, range NaN, zIndexBuilt false. Returns their
+    /// number.
     int calcSection(KvPointCloud& dest, float z, float halfWidth) const;
 
     /// Fills zIndex from a cloud sorted by z: the first run's entry holds index 0, every later run's entry
@@ -183,17 +199,17 @@ public:
     /// than minCount points, the range is flat on an axis, cell is not > 0 or not a number, or minCount < 1.
     /// A known range is used as it stands.
     int cubicFilter(float cell, int minCount);
-    /// The same scan, from 2 points on. With `spherical`, steps of cell / 1.41421 and the ball of radius cell
-    /// / 2 about the middle of a cube of edge `cell` at each lower corner. `second` has no effect. 0 also for
-    /// balls with a cell below 1e-15.
+    /// The scan of cubicFilter, for clouds of 2 points and more. With `spherical`, steps of cell / 1.41421
+    /// and the ball of radius cell / 2 about the middle of a cube of edge `cell` at each lower corner.
+    /// `second` has no effect. 0 also for balls with a cell below 1e-15.
     int cubicFilter2(float cell, float second, int minCount, bool spherical);
-    int sphericalFilter2(float cell, float second,
-                         int minCount);  ///< cubicFilter2(cell, second, minCount, true)
+    /// Runs cubicFilter2(cell, second, minCount, true).
+    int sphericalFilter2(float cell, float second, int minCount);
 
     /// Slices the cloud (sorted by z) into slabs of `step` mm along z and, for each slab with points before
     /// the lowest one left of its highest point or behind the lowest one right of it, trims the whole cloud
-    /// to the place of that flank point: what is left is empty or one place. Nothing when step is not > 0 or
-    /// too small for the extent.
+    /// to the place of that flank point: what is left is empty or one place. The range is computed first.
+    /// Nothing else happens when step is not > 0 or too small for the extent.
     void clearEdgeEffect(float step);
 
     /// Thickness, mm, of a tape on its carrier inside the box (ends included): the points in the upper half
@@ -211,9 +227,10 @@ public:
 template <>
 class KVMATH_EXPORT KvPointCloud<KvPointXYZRGB> : public KvPointCloudBase<KvPointXYZRGB> {
 public:
+    /// Indices, in order, of the points inside the box, ends included, as for the cloud of KvPointXYZ.
     int getRangeIndeces(QList<int>& indices, float xmin, float xmax, float ymin, float ymax, float zmin,
-                        float zmax) const;  ///< as for the XYZ cloud
-    void buildZIndex();                     ///< as for the XYZ cloud
+                        float zmax) const;
+    void buildZIndex();  ///< fills zIndex from a cloud sorted by z, as for the cloud of KvPointXYZ
 };
 
 extern template class KvPointCloudBase<KvPointXY>;

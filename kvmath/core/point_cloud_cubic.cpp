@@ -4,7 +4,7 @@
 // whatever the number of cells. Cells that are not many more than the points are counted in tables instead;
 // of cubes only the points on faces lie in several and make the order matter. Cost n.
 
-#include <kvmath/core/count_p.h>
+#include <kvmath/base/count_p.h>
 #include <kvmath/core/point_cloud.h>
 
 #include <kvmath/core/ball_lists_p.h>
@@ -38,8 +38,8 @@ struct Candidates {
 class TabledEdges {
 public:
     explicit TabledEdges(const CellEdges& edges) : edges_(edges) {
-        constexpr int mostTabled = 4096;
-        const int count = edges.count() <= mostTabled ? edges.count() : 0;
+        constexpr int kMostTabled = 4096;
+        const int count = edges.count() <= kMostTabled ? edges.count() : 0;
         for (int i = 0; i < count; ++i)
             table_.push_back(edges.at(i));
         if (count > 1 && std::isfinite(table_.back() - table_.front()))
@@ -158,11 +158,11 @@ int thinOut(const std::vector<Membership>& memberships, int minCount, std::vecto
 
 /// Whether the cells are not many more than the points.
 bool isSmall(const Grid& grid, int points) {
-    constexpr double perPoint = 16;
-    constexpr double always = 4096;
+    constexpr double kPerPoint = 16;
+    constexpr double kAlways = 4096;
     const double cells = double(grid.x.count()) * double(grid.y.count()) * double(grid.z.count());
-    constexpr int mostPoints = 1 << 27;  // in up to eight balls each, counted by int
-    return points < mostPoints && cells <= std::min(perPoint * points + always, double(1 << 30));
+    constexpr int kMostPoints = 1 << 27;  // in up to eight balls each, counted by int
+    return points < kMostPoints && cells <= std::min(kPerPoint * points + kAlways, double(1 << 30));
 }
 
 /// The same for cubes of a grid that is small enough for one counter each.

@@ -1,7 +1,7 @@
 // Clearing of edge effects. Slices without points are passed over, so the cost does not depend on their
 // number.
 
-#include <kvmath/core/count_p.h>
+#include <kvmath/base/count_p.h>
 #include <kvmath/core/point_cloud.h>
 
 #include <kvmath/core/z_index_p.h>

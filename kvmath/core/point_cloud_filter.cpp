@@ -1,7 +1,7 @@
 // Removal by index, level, box; edge effects; tape thickness. Each removal is one pass that keeps the
 // survivors in order. The sparse-cell filters are in point_cloud_cubic.cpp.
 
-#include <kvmath/core/count_p.h>
+#include <kvmath/base/count_p.h>
 #include <kvmath/core/point_cloud.h>
 
 #include <kvmath/core/box_p.h>

@@ -1,9 +1,10 @@
 // Binary records and the headerless file of points.
 
-#include <kvmath/core/count_p.h>
+#include <kvmath/base/count_p.h>
 #include <kvmath/core/point_cloud.h>
 
 #include <kvmath/core/record_io_p.h>
+#include <kvmath/core/record_layout.h>
 
 #include <QtCore/QIODevice>
 
@@ -13,13 +14,19 @@ namespace KvMath {
 namespace {
 
 template <class T>
-constexpr unsigned char kMarker = std::is_same_v<T, KvPointXY>
-                                      ? 0x02
-                                      : (std::is_same_v<T, KvPointXYZ> ? 0x03 : 0x04);
+constexpr unsigned char kMarker = std::is_same_v<T, KvPointXY>    ? kPlaneCloudRecord
+                                  : std::is_same_v<T, KvPointXYZ> ? kSpaceCloudRecord
+                                                                  : kColourCloudRecord;
 
 /// Width of the count field. That of the plane cloud holds the low 16 bits only, by design.
 template <class T>
 using StoredCount = std::conditional_t<std::is_same_v<T, KvPointXY>, quint16, quint32>;
+
+/// False for a record that readFromFile would refuse. That of the plane cloud counts to 65535.
+template <class T>
+bool canBeReadAgain(const QList<T>& points) {
+    return std::is_same_v<T, KvPointXY> || points.size() <= qint64{Internal::kMostPoints};
+}
 
 bool writeXYZ(QFile& file, const QList<KvPointXYZ>& points) {
     // A coloured point of colour zero has exactly the layout wanted here.
@@ -40,15 +47,15 @@ bool writeXYZ(QFile& file, const QList<KvPointXYZ>& points) {
 
 template <class T>
 bool KvPointCloudBase<T>::writeToFile(QFile& file) const {
-    return Internal::writeField(file, kMarker<T>) &&
+    return canBeReadAgain(points) && Internal::writeField(file, kMarker<T>) &&
            Internal::writeField(file, static_cast<StoredCount<T>>(points.size())) &&
            Internal::writePoints(file, points, points.size());
 }
 
 template <class T>
 bool KvPointCloudBase<T>::writeToFile(QString path) const {
-    return Internal::writeFile(path, QIODevice::ReadWrite | QIODevice::Truncate,
-                               [this](QFile& file) { return writeToFile(file); });
+    return canBeReadAgain(points) && Internal::writeFile(path, QIODevice::ReadWrite | QIODevice::Truncate,
+                                                         [this](QFile& file) { return writeToFile(file); });
 }
 
 template <class T>

@@ -1,6 +1,6 @@
 // Sorting, the index of runs of equal z, and what rests on it.
 
-#include <kvmath/core/count_p.h>
+#include <kvmath/base/count_p.h>
 #include <kvmath/core/point_cloud.h>
 
 #include <kvmath/core/box_p.h>
@@ -69,6 +69,7 @@ void KvPointCloud<KvPointXYZ>::extract(KvPointCloud& dest, float xmin, float xma
         buildZIndex();
     const QList<KvPointXYZ> source = points;  // shared; `dest` may be this cloud
     dest.clear();
+    dest.zIndexBuilt = false;
     if (source.isEmpty())
         return;
     const Internal::Box box{xmin, xmax, ymin, ymax, zmin, zmax};

@@ -2,7 +2,7 @@
 
 #include <kvmath/core/point_cloud.h>
 
-#include <kvmath/core/constants_p.h>
+#include <kvmath/base/constants_p.h>
 #include <kvmath/core/polar_p.h>
 
 #include <cmath>

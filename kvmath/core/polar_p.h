@@ -1,7 +1,7 @@
 #pragma once
 // Polar angle of a point, shared by cloud rotations and profiles.
 
-#include <kvmath/core/constants_p.h>
+#include <kvmath/base/constants_p.h>
 
 #include <cmath>
 
