@@ -1,7 +1,7 @@
 #pragma once
 // Clamped cubic splines.
 
-#include <kvmath/core/global.h>
+#include <kvmath/base/global.h>
 
 namespace KvMath {
 

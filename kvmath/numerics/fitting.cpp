@@ -4,6 +4,7 @@
 #include <kvmath/numerics/small_matrix.h>
 #include <kvmath/numerics/svd_p.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 
@@ -94,7 +95,8 @@ bool planeFitting(const double* xyz, int n, double* p) {
 bool fitTwoHarmonics(const double* phi, const double* y, int n, double* h) {
     constexpr int kTerms = 5;
     constexpr double kSmallestPivot = 1e-100;
-    if (n < 1)
+    // Rounding leaves pivots far above the threshold where a single angle repeats.
+    if (n < 1 || std::all_of(phi, phi + n, [phi](double angle) { return angle == phi[0]; }))
         return false;
     double matrix[kTerms * kTerms] = {};
     double right[kTerms] = {};

@@ -1,7 +1,7 @@
 #pragma once
 // Derivative-free minimisers of a cost over a few parameters.
 
-#include <kvmath/core/global.h>
+#include <kvmath/base/global.h>
 
 namespace KvMath {
 

@@ -2,7 +2,7 @@
 // Random numbers from the runtime's generator, which the library never seeds: runs repeat where the host
 // calls srand.
 
-#include <kvmath/core/global.h>
+#include <kvmath/base/global.h>
 
 namespace KvMath {
 

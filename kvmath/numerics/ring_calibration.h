@@ -1,18 +1,19 @@
 #pragma once
 // Calibration of a rotating distance sensor from readings inside rings of known radius, mm and radians.
 
-#include <kvmath/core/global.h>
+#include <kvmath/base/global.h>
 
 namespace KvMath {
 
-/// Parameters from the two-harmonics coefficients h of one ring (see fitTwoHarmonics) and its radius R. With
-/// rho = o3, o4 as a vector: rho = 2 sqrt(R hypot(h3, h4)) along atan k, k = (1 - 4 h3 R / rho^2) / (4 h4 R /
-/// rho^2); o2 = (h2 - k h1) R / (k h2 + h1); o1 = R - h0 - (o2^2 + rho^2 / 2) / (2 R) is the zero offset of
-/// the reading. False, outputs untouched, when rho is 0; no other division is guarded.
+/// Parameters of a sensor from the two-harmonics coefficients h of one ring (see fitTwoHarmonics) and its
+/// radius R. With rho = o3, o4 as a vector: rho = 2 sqrt(R hypot(h3, h4)) along atan k, k = (1 - 4 h3 R /
+/// rho^2) / (4 h4 R / rho^2); o2 = (h2 - k h1) R / (k h2 + h1); o1 = R - h0 - (o2^2 + rho^2 / 2) / (2 R) is
+/// the zero offset of the reading. False, outputs untouched, when rho is 0; no other division is guarded.
 KVMATH_EXPORT bool calcCalibrationParameters(const double* h, double R, double& o1, double& o2, double& o3,
                                              double& o4);
 
-/// The same with a known rho; note the order of the arguments. With r = rho / R: o3 = (h2 - r h1) / (r^2 +
+/// Parameters of a sensor of known rho, from the coefficients h of one ring and its radius R; note the order
+/// of the arguments. With r = rho / R: o3 = (h2 - r h1) / (r^2 +
 /// 1), o2 = r o3 + h1, o1 = R - h0 - ((o3^2 + o2^2) / 2 + rho^2) / (2 R). Always true; no division is
 /// guarded.
 KVMATH_EXPORT bool calcCalibrationParametersWithFixedRho(const double* h, double R, double& o1, double rho,
@@ -27,7 +28,8 @@ KVMATH_EXPORT bool calcCalibrationParametersWithTwoRings(const double* phi1, con
                                                          double R1, double R2, double tol, int& iterations,
                                                          double& e, double& c);
 
-/// Place of a reading t at angle phi: distance sqrt((t + c)^2 + e^2) from the axis.
+/// Place of a reading t at angle phi, radians: at the distance sqrt((t + c)^2 + e^2) from the axis, in the
+/// direction phi.
 KVMATH_EXPORT void mapTPhi2XY(double phi, double t, double c, double e, double& x, double& y);
 
 }  // namespace KvMath

@@ -1,7 +1,7 @@
 #pragma once
 // Smoothing and differentiating convolution coefficients.
 
-#include <kvmath/core/global.h>
+#include <kvmath/base/global.h>
 
 namespace KvMath {
 

@@ -1,7 +1,7 @@
 #pragma once
 // Cyclic convolution and histograms of values.
 
-#include <kvmath/core/global.h>
+#include <kvmath/base/global.h>
 
 #include <vector>
 

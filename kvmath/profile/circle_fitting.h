@@ -1,8 +1,8 @@
 #pragma once
 // Circles by least squares of the geometric distances.
 
-#include <kvmath/core/global.h>
-#include <kvmath/core/vector2d.h>
+#include <kvmath/base/global.h>
+#include <kvmath/base/vector2d.h>
 
 namespace KvMath {
 
@@ -12,7 +12,8 @@ namespace KvMath {
 KVMATH_EXPORT bool circleFitting(const KvVector2D<double>* pts, int n, KvVector2D<double>& centre,
                                  double& radius, double tol, int maxIter);
 
-/// The same for a known radius R.
+/// Centre of the circle of known radius R with the least sum of squared distances to n points, found and
+/// answered as in circleFitting.
 KVMATH_EXPORT bool circleFittingWithKnownR(const KvVector2D<double>* pts, int n, double R,
                                            KvVector2D<double>& centre, double tol, int maxIter);
 

@@ -1,7 +1,7 @@
 #pragma once
 // Convex hull and least enclosing rectangle of plane points, double precision.
 
-#include <kvmath/core/vector2d.h>
+#include <kvmath/base/vector2d.h>
 
 #include <vector>
 

@@ -1,7 +1,7 @@
 #pragma once
 // Block operations on the points of a profile; iterators walk the points in place.
 
-#include <kvmath/core/count_p.h>
+#include <kvmath/base/count_p.h>
 #include <kvmath/core/list_of_size_p.h>
 #include <kvmath/core/point.h>
 

@@ -2,7 +2,7 @@
 
 #include <kvmath/profile/profile.h>
 
-#include <kvmath/core/count_p.h>
+#include <kvmath/base/count_p.h>
 #include <kvmath/core/stable_sort_p.h>
 #include <kvmath/profile/point_list_p.h>
 

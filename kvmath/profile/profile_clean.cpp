@@ -1,7 +1,7 @@
 // Filters that remove points by level, by jumps and by straightness. Survivors are moved up in place, in
 // order: one pass, no memory.
 
-#include <kvmath/core/count_p.h>
+#include <kvmath/base/count_p.h>
 #include <kvmath/core/line.h>
 #include <kvmath/profile/correlation_p.h>
 #include <kvmath/profile/point_list_p.h>

@@ -1,6 +1,6 @@
 // Text form of a profile: "x;y" lines with decimal commas.
 
-#include <kvmath/core/count_p.h>
+#include <kvmath/base/count_p.h>
 #include <kvmath/profile/profile.h>
 
 #include <kvmath/core/record_io_p.h>

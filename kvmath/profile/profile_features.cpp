@@ -1,13 +1,13 @@
 // Geometry found in a profile: enclosing rectangle, cut points, windows of lines, parallel lines, top view.
 // Points that are not finite take no part.
 
-#include <kvmath/core/constants_p.h>
-#include <kvmath/core/count_p.h>
+#include <kvmath/base/constants_p.h>
+#include <kvmath/base/count_p.h>
 #include <kvmath/core/line.h>
 #include <kvmath/profile/convex_hull_p.h>
 #include <kvmath/profile/point_list_p.h>
 #include <kvmath/profile/profile.h>
-#include <kvmath/tsearch/line_geometry.h>
+#include <kvmath/segments/line_geometry.h>
 
 namespace KvMath {
 namespace {

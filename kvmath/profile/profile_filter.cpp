@@ -1,6 +1,6 @@
 // Windowed filters and the fixed low-pass. No memory, except in medFilt where x is out of order.
 
-#include <kvmath/core/count_p.h>
+#include <kvmath/base/count_p.h>
 #include <kvmath/profile/profile.h>
 #include <kvmath/profile/window_rank_p.h>
 

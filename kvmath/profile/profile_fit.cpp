@@ -1,12 +1,12 @@
 // Fits, evaluation, slopes, differences and resampling of a profile.
 
+#include <kvmath/base/count_p.h>
 #include <kvmath/core/circle.h>
-#include <kvmath/core/count_p.h>
 #include <kvmath/core/line.h>
 #include <kvmath/profile/correlation_p.h>
 #include <kvmath/profile/point_list_p.h>
 #include <kvmath/profile/profile.h>
-#include <kvmath/tsearch/line_geometry.h>
+#include <kvmath/segments/line_geometry.h>
 
 #include <limits>
 #include <vector>

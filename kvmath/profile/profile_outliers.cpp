@@ -1,7 +1,7 @@
 // Filters against outliers: spikes along the line, and points with too few neighbours.
 
-#include <kvmath/core/constants_p.h>
-#include <kvmath/core/count_p.h>
+#include <kvmath/base/constants_p.h>
+#include <kvmath/base/count_p.h>
 #include <kvmath/profile/point_list_p.h>
 #include <kvmath/profile/point_tree_p.h>
 #include <kvmath/profile/profile.h>

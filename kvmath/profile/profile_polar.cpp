@@ -1,8 +1,8 @@
 // Polar form, rotations, and smoothing of the distance from the origin. Angles are converted with the
 // library's single-precision pi in both directions; arithmetic in double, narrowed once.
 
-#include <kvmath/core/constants_p.h>
-#include <kvmath/core/count_p.h>
+#include <kvmath/base/constants_p.h>
+#include <kvmath/base/count_p.h>
 #include <kvmath/core/polar_p.h>
 #include <kvmath/profile/point_list_p.h>
 #include <kvmath/profile/profile.h>

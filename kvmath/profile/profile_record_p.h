@@ -2,6 +2,7 @@
 // What the records of profiles have in common: a 16-bit count in front and the points at the end.
 
 #include <kvmath/core/record_io_p.h>
+#include <kvmath/core/record_layout.h>
 #include <kvmath/profile/profile_z.h>
 
 #include <QtCore/QIODevice>
@@ -22,12 +23,10 @@ inline int readRecordPoints(QFile& file, QList<KvPointXY>& points, quint16 count
     return static_cast<int>(complete);
 }
 
-constexpr unsigned char kProfileZMarker = 0x05;
-
 template <class Target>
 bool writeRecord(Target& target, const KvProfileZ& profile) {
     const quint16 count = storedCount(profile.points);
-    return writeField(target, kProfileZMarker) && writeField(target, count) &&
+    return writeField(target, static_cast<unsigned char>(kProfileRecord)) && writeField(target, count) &&
            writeField(target, profile.z) && writePoints(target, profile.points, count);
 }
 
@@ -35,7 +34,7 @@ bool writeRecord(Target& target, const KvProfileZ& profile) {
 template <class Source>
 bool readRecordHead(Source& source, quint16& count, float& z) {
     unsigned char marker = 0;
-    return readField(source, marker) && marker == kProfileZMarker && readField(source, count) &&
+    return readField(source, marker) && marker == kProfileRecord && readField(source, count) &&
            readField(source, z);
 }
 
@@ -48,10 +47,9 @@ inline bool readRecord(RecordReader& source, KvProfileZ& profile) {
 
 /// The points and the range of a whole record of a plane cloud; z stays. False when it is none or incomplete.
 inline bool readPlaneRecord(RecordReader& source, KvProfileZ& profile) {
-    constexpr unsigned char kPlaneMarker = 0x02;
     unsigned char marker = 0;
     quint16 count = 0;
-    if (!readField(source, marker) || marker != kPlaneMarker || !readField(source, count) ||
+    if (!readField(source, marker) || marker != kPlaneCloudRecord || !readField(source, count) ||
         readPoints(source, profile.points, count) != count)
         return false;
     profile.calcRange();

@@ -7,22 +7,24 @@ namespace KvMath {
 
 /// Head block of the record. The reserved bytes have no meaning here: they are read, kept and written.
 struct KvProfileSDBlock {
-    qint32 tag = 0;
-    unsigned char reserved[8] = {};
+    qint32 tag = 0;                  ///< number that the host gives its source
+    unsigned char reserved[8] = {};  ///< bytes of the record without a meaning here
 };
 
-/// Assignment appends: see operator=. An element of a list is therefore replaced by removing and inserting
-/// it.
+/// A profile with two tags. Assignment appends: see operator=. An element of a list is therefore replaced by
+/// removing and inserting it.
 class KVMATH_EXPORT KvProfileSD : public KvProfile {
 public:
-    KvProfileSDBlock blockA, blockB;
+    KvProfileSDBlock blockA;  ///< first head block of the record
+    KvProfileSDBlock blockB;  ///< second head block of the record
 
     KvProfileSD();                    ///< empty, both blocks 0
-    KvProfileSD(int tagA, int tagB);  ///< empty, reserved bytes 0
-    KvProfileSD(int tagA, int tagB, const float* buffer,
-                unsigned short count);      ///< see copyFromXYPointsBuffer
-    KvProfileSD(const KvProfile& profile);  ///< points and range; both blocks 0. A conversion, on purpose.
-    KvProfileSD(const KvProfileSD& other);  ///< points, range and both blocks
+    KvProfileSD(int tagA, int tagB);  ///< empty, with these tags; reserved bytes 0
+    /// With these tags and the points of copyFromXYPointsBuffer; reserved bytes 0.
+    KvProfileSD(int tagA, int tagB, const float* buffer, unsigned short count);
+    /// Copies points and range; both blocks 0. A conversion, on purpose.
+    KvProfileSD(const KvProfile& profile);
+    KvProfileSD(const KvProfileSD& other);  ///< copies points, range and both blocks
 
     /// Appends the other's points behind the own ones, by design, and takes its two tags; range and reserved
     /// bytes stay. Assigned to itself it so doubles its points.
@@ -32,13 +34,15 @@ public:
     /// Writes one record at the device's position: marker 0x85, 16-bit count, both blocks, points, all
     /// little-endian. Long profiles as in KvProfileZ. False on the first short write.
     bool writeToFile(QFile& file) const;
-    /// `append`: behind what `path` holds; otherwise `path` is truncated first. False if it cannot be opened
-    /// or written completely.
+    /// Writes the record into a file: with `append` behind what `path` holds, otherwise over it. False if it
+    /// cannot be opened or written completely; what the file held before `append` then stays.
     bool writeToFile(QString path, bool append) const;
 
-    /// As KvProfileZ. A block is overwritten as soon as it was read, also when the record then fails.
+    /// Reads one record at the device's position, with the results of KvProfileZ::readFromFile. A block is
+    /// overwritten as soon as it was read, also when the record then fails.
     int readFromFile(QFile& file, bool acceptPartial = false);
-    int readFromFile(QString path);  ///< -1 if it cannot be opened; the profile is then left alone
+    /// Reads the first record of a file. -1 also if it cannot be opened; the profile is then left alone.
+    int readFromFile(QString path);
 };
 
 }  // namespace KvMath

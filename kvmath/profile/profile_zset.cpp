@@ -2,8 +2,8 @@
 
 #include <kvmath/profile/profile_zset.h>
 
+#include <kvmath/base/count_p.h>
 #include <kvmath/core/box_p.h>
-#include <kvmath/core/count_p.h>
 #include <kvmath/profile/point_list_p.h>
 #include <kvmath/profile/profile_record_p.h>
 
@@ -138,6 +138,7 @@ int KvProfileZSet::getRange(float zmin, float zmax, KvProfileZSet& out) const {
 
 int KvProfileZSet::toPointCloud(KvPointCloud<KvPointXYZ>& cloud, int first, int last) const {
     cloud.clear();
+    cloud.zIndexBuilt = false;
     first = std::max(first, 0);
     last = std::min(last, size() - 1);
     qint64 count = 0;

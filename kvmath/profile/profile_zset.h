@@ -1,7 +1,5 @@
 #pragma once
-// A scan: profiles in the order in which they were taken, each at its place along the motion axis.
-// Convertible from and to a cloud (x across the line, y the height, z along the scan, all mm) and to a grid
-// of heights.
+// A scan as a stack of profiles.
 
 #include <kvmath/profile/profile_z.h>
 
@@ -9,49 +7,59 @@ namespace KvMath {
 
 class KvMatrixCloud;
 
-/// The cached range is computed by calcRange alone; what changes profiles leaves it as it was.
+/// A scan: profiles in the order in which they were taken, each at its place along the motion axis.
+/// Convertible from and to a cloud (x across the line, y the height, z along the scan, all mm) and to a grid
+/// of heights. The cached range is computed by calcRange alone; what changes profiles leaves it as it was.
 class KVMATH_EXPORT KvProfileZSet {
 public:
-    QList<KvProfileZ> profiles;
-    float minX, maxX, minY, maxY, minZ, maxZ;  ///< cached range, mm; NaN when not known
-    float zStep;                               ///< spacing of the profiles, mm; NaN when not set
+    QList<KvProfileZ> profiles;  ///< in order; places need not rise
+    float minX;                  ///< least x as cached, mm; NaN when not known
+    float maxX;                  ///< greatest x as cached, mm; NaN when not known
+    float minY;                  ///< least y as cached, mm; NaN when not known
+    float maxY;                  ///< greatest y as cached, mm; NaN when not known
+    float minZ;                  ///< least z as cached, mm; NaN when not known
+    float maxZ;                  ///< greatest z as cached, mm; NaN when not known
+    float zStep;                 ///< spacing of the profiles, mm; NaN when not set
 
     KvProfileZSet();  ///< empty, range and zStep NaN
 
-    int size() const;
-    bool isEmpty() const;
-    void clear();  ///< as constructed
-    void append(const KvProfileZ& profile);
-    KvProfileZ& operator[](int i);      ///< 0 <= i < size()
-    const KvProfileZ& at(int i) const;  ///< 0 <= i < size()
+    int size() const;                        ///< number of profiles
+    bool isEmpty() const;                    ///< true without profiles, however many points they hold
+    void clear();                            ///< removes all profiles; range and zStep become NaN
+    void append(const KvProfileZ& profile);  ///< puts a copy behind the last profile
+    KvProfileZ& operator[](int i);           ///< profile i to be changed; 0 <= i < size(), not checked
+    const KvProfileZ& at(int i) const;       ///< profile i to be read; 0 <= i < size(), not checked
 
     // --- Files: one KvProfileZ record behind the other, no head and no count ---
 
-    bool writeToFile(QString path) const;  ///< truncates; false if it cannot be opened or written completely
+    /// Makes `path` a file of these records. False if it cannot be opened or written completely; a regular
+    /// file that was opened is then removed.
+    bool writeToFile(QString path) const;
     /// Replaces the set by the records of a file, up to its end or the first that is no whole KvProfileZ
     /// record, which is not taken. An empty record gives an empty profile. Returns the number of profiles;
     /// -1, the set empty, when the file cannot be opened.
     int readFromFile(QString path);
-    /// The same for files of plain XY records (marker 0x02), which hold no places: they get z0, z0 + step,
-    /// ... (a running float sum). An empty record takes its place but gives no profile. zStep becomes `step`,
-    /// always.
+    /// Replaces the set by the plain XY records (marker 0x02) of a file, which hold no places: they get z0,
+    /// z0 + step, ... (a running float sum). An empty record takes its place but gives no profile. zStep
+    /// becomes `step`, always. Ends and returns as the form without places.
     int readFromFile(QString path, float z0, float step);
 
     // --- Places and parts ---
 
-    void setZ(float z0,
-              float step);  ///< profile i gets z0 + i * step; zStep becomes `step`, in an empty set too
+    /// Profile i gets the place z0 + i * step, mm; zStep becomes `step`, in an empty set too.
+    void setZ(float z0, float step);
     /// Replaces `out` (which may be this set) by the profiles with zmin <= z <= zmax, in order, and its zStep
-    /// by this one's. NaN is no limit on its side; an unset z is outside wherever there is a limit. Returns
-    /// the size.
+    /// by this one's; its range becomes NaN. NaN is no limit on its side; an unset z is outside wherever
+    /// there is a limit. Returns the size of `out`.
     int getRange(float zmin, float zmax, KvProfileZSet& out) const;
 
     // --- Clouds and grids ---
 
     /// Replaces the cloud by all points of profiles first ... last, which are clamped to the set, in order;
-    /// its range stays NaN. Returns their number; 0 for first > last.
+    /// its range stays NaN, its zIndexBuilt false. Returns their number; 0 for first > last.
     int toPointCloud(KvPointCloud<KvPointXYZ>& cloud, int first, int last) const;
-    int toPointCloud(KvPointCloud<KvPointXYZ>& cloud) const;  ///< all profiles
+    /// Replaces the cloud by all points of all profiles, as the form with first and last.
+    int toPointCloud(KvPointCloud<KvPointXYZ>& cloud) const;
 
     /// Replaces the set by n + 1 profiles at minZ + i * step, n = ceil(size_z() / step), and gives every
     /// point to the nearer of the two planes around it, exactly half-way to the upper one; a point in a plane
@@ -72,7 +80,7 @@ public:
     /// Range over all points and the z of all profiles, unset ones extending nothing. Without any point:
     /// false and the range NaN.
     bool calcRange();
-    float calcAverageY() const;  ///< mean of all finite y, summed in double; 0 if there is none
+    float calcAverageY() const;  ///< mean of all finite y, mm, summed in double; 0 if there is none
     /// Takes the drift of height along the scan away: lowers every profile by the least-squares line through
     /// the mean heights of the profiles over z, less that line's mean. Profiles without z or height take no
     /// part and stay. False, nothing changed, below two distinct z.

@@ -1,7 +1,7 @@
 // Range, mean, drift, edges and grid of a stack. Points with a coordinate that is not finite take no part,
 // but for the range, which passes over unset ones only.
 
-#include <kvmath/core/count_p.h>
+#include <kvmath/base/count_p.h>
 #include <kvmath/core/matrix_cloud.h>
 #include <kvmath/profile/point_list_p.h>
 #include <kvmath/profile/profile_zset.h>

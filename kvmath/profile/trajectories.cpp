@@ -1,9 +1,9 @@
 // With inner control points a[i] = p1 of piece i and p2 = 2 K[i+1] - a[i+1], equal first derivatives hold by
 // construction and equal second derivatives ask for a[i-1] + 4 a[i] + a[i+1] = 4 K[i] + 2 K[i+1].
 
-#include <kvmath/numerics/trajectories.h>
+#include <kvmath/profile/trajectories.h>
 
-#include <kvmath/core/count_p.h>
+#include <kvmath/base/count_p.h>
 #include <kvmath/profile/profile.h>
 
 #include <algorithm>
@@ -51,18 +51,18 @@ KvPointXY narrowed(const Point& p) { return {static_cast<float>(p.x), static_cas
 /// Cyclic system a[i-1] + 4 a[i] + a[i+1] = rhs[i] by the Sherman-Morrison formula; rhs.size() >= 3.
 void solveCyclic(std::vector<Point>& rhs) {
     const std::size_t n = rhs.size();
-    constexpr double gamma = -4.0;
+    constexpr double kGamma = -4.0;
     std::vector<double> diagonal(n, 4.0);
-    diagonal[0] = 4.0 - gamma;
-    diagonal[n - 1] = 4.0 - 1.0 / gamma;
+    diagonal[0] = 4.0 - kGamma;
+    diagonal[n - 1] = 4.0 - 1.0 / kGamma;
     std::vector<double> sameDiagonal = diagonal;
     std::vector<Point> correction(n);
-    correction[0] = {gamma, 0.0};
+    correction[0] = {kGamma, 0.0};
     correction[n - 1] = {1.0, 0.0};
     solveTridiagonal(diagonal, 1.0, rhs);
     solveTridiagonal(sameDiagonal, 1.0, correction);
-    const double denominator = 1.0 + correction[0].x + correction[n - 1].x / gamma;
-    const Point factor = combined(1.0 / denominator, rhs[0], 1.0 / (gamma * denominator), rhs[n - 1]);
+    const double denominator = 1.0 + correction[0].x + correction[n - 1].x / kGamma;
+    const Point factor = combined(1.0 / denominator, rhs[0], 1.0 / (kGamma * denominator), rhs[n - 1]);
     for (std::size_t i = 0; i < n; ++i)
         rhs[i] = {rhs[i].x - factor.x * correction[i].x, rhs[i].y - factor.y * correction[i].x};
 }

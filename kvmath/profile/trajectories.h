@@ -1,8 +1,8 @@
 #pragma once
 // Smooth paths through points, as cubic Bezier pieces, and smoothing of profiles by a kernel.
 
-#include <kvmath/core/global.h>
-#include <kvmath/core/vector2d.h>
+#include <kvmath/base/global.h>
+#include <kvmath/base/vector2d.h>
 
 #include <QtCore/QList>
 
@@ -12,7 +12,10 @@ class KvProfile;
 
 /// One cubic Bezier piece: p0 and p3 are its ends, p1 and p2 its control points.
 struct CubicBezierCurve {
-    KvVector2D<double> p0, p1, p2, p3;
+    KvVector2D<double> p0;  ///< start
+    KvVector2D<double> p1;  ///< control point of the start: the piece leaves towards it
+    KvVector2D<double> p2;  ///< control point of the end: the piece arrives from it
+    KvVector2D<double> p3;  ///< end
 };
 
 /// n - 1 pieces through n points with continuous first and second derivative; second derivative 0 at both
@@ -21,8 +24,8 @@ struct CubicBezierCurve {
 KVMATH_EXPORT bool interpolateTrajectory(const QList<KvVector2D<double>>& points,
                                          QList<CubicBezierCurve>& curves);
 
-/// The same, closed: one more piece leads back to the first point, smooth there too. A last point equal to
-/// the first is dropped. Fewer than two points: false, no pieces.
+/// Closed form of interpolateTrajectory: one more piece leads back to the first point, smooth there too. A
+/// last point equal to the first is dropped. Fewer than two points: false, no pieces.
 KVMATH_EXPORT bool interpolateTrajectoryPeriodic(const QList<KvVector2D<double>>& points,
                                                  QList<CubicBezierCurve>& curves);
 

@@ -1,4 +1,4 @@
-#include <kvmath/tsearch/contour_ends_p.h>
+#include <kvmath/segments/contour_ends_p.h>
 
 #include <algorithm>
 #include <cmath>

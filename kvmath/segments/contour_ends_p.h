@@ -1,7 +1,7 @@
 #pragma once
 // The last points of contours, searched for the one nearest to a point.
 
-#include <kvmath/core/vector2d.h>
+#include <kvmath/base/vector2d.h>
 
 #include <QtCore/qglobal.h>
 

@@ -1,9 +1,9 @@
 // Points are walked in runs whose steps are all shorter than the gap; contours are looked up only where a run
 // ends.
 
-#include <kvmath/tsearch/contour_group_p.h>
+#include <kvmath/segments/contour_group_p.h>
 
-#include <kvmath/tsearch/contour_ends_p.h>
+#include <kvmath/segments/contour_ends_p.h>
 
 #include <cmath>
 

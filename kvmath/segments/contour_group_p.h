@@ -1,7 +1,7 @@
 #pragma once
 // Which points of a profile belong together: the kernel of profile2contours, without its arrays.
 
-#include <kvmath/core/vector2d.h>
+#include <kvmath/base/vector2d.h>
 
 #include <vector>
 

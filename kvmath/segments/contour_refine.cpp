@@ -2,9 +2,9 @@
 // allocation after the first. A dropped corner continues the sums of the piece before it: they run on in
 // index order, so the merged piece is fitted as from its first point.
 
-#include <kvmath/tsearch/contour_split_p.h>
+#include <kvmath/segments/contour_split_p.h>
 
-#include <kvmath/tsearch/line_geometry.h>
+#include <kvmath/segments/line_geometry.h>
 
 #include <algorithm>
 #include <cmath>

@@ -1,9 +1,9 @@
 // The recursive split of a contour, from left to right. Its cost is the search for the farthest point: one
 // scan of the points per piece that is looked at, so that it is written for the vector unit.
 
-#include <kvmath/tsearch/contour_split_p.h>
+#include <kvmath/segments/contour_split_p.h>
 
-#include <kvmath/tsearch/double_pair_p.h>
+#include <kvmath/segments/double_pair_p.h>
 
 #include <algorithm>
 #include <cmath>

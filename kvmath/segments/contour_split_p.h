@@ -1,7 +1,7 @@
 #pragma once
 // Steps of the line extraction on one contour: breaks first, then refined vertices, then cut corners.
 
-#include <kvmath/tsearch/line_fit_p.h>
+#include <kvmath/segments/line_fit_p.h>
 
 #include <vector>
 

@@ -2,7 +2,7 @@
 // Two doubles that are worked on at once. Each lane rounds as a plain double does, so that loops written with
 // pairs keep every bit as long as each sum stays in its lane.
 
-#include <kvmath/core/vector2d.h>
+#include <kvmath/base/vector2d.h>
 
 #include <QtCore/qglobal.h>
 

@@ -1,11 +1,11 @@
 // The public steps hand over arrays of their own; extractSegments reads the points of an uninterrupted
 // contour where they are and uses the same scratch for all contours. Allocations per contour, none per point.
 
-#include <kvmath/tsearch/line_extraction.h>
+#include <kvmath/segments/line_extraction.h>
 
-#include <kvmath/tsearch/contour_group_p.h>
-#include <kvmath/tsearch/contour_split_p.h>
-#include <kvmath/tsearch/line_extraction_p.h>
+#include <kvmath/segments/contour_group_p.h>
+#include <kvmath/segments/contour_split_p.h>
+#include <kvmath/segments/line_extraction_p.h>
 
 #include <algorithm>
 #include <cmath>
@@ -18,16 +18,18 @@ namespace {
 
 using Point = KvVector2D<double>;
 
-/// Points of each contour, in order of arrival.
-struct Contours {
-    std::vector<ContourRun> runs;
-    std::vector<int> begins;  ///< first point of each contour in `points`, and the end of the last
-    std::vector<Point> gathered;
-    const Point* points;
-};
+void appendSegments(const std::vector<Point>& vertices, double minLength, QList<LinePP>& segments) {
+    for (size_t k = 0; k + 1 < vertices.size(); ++k) {
+        const double dx = vertices[k + 1].x - vertices[k].x;
+        const double dy = vertices[k + 1].y - vertices[k].y;
+        if (std::sqrt(dx * dx + dy * dy) > minLength)
+            segments.append(LinePP(vertices[k], vertices[k + 1]));
+    }
+}
 
-/// Brings the runs of each contour together. Nothing is copied while every contour is one run.
-void gather(const Point* pts, int n, double gap, Contours& contours) {
+}  // namespace
+
+void Internal::gatherContours(const Point* pts, int n, double gap, Contours& contours) {
     const int count = groupContours(pts, n, gap, contours.runs);
     std::vector<int>& begins = contours.begins;
     begins.assign(static_cast<size_t>(count) + 1, 0);
@@ -48,17 +50,6 @@ void gather(const Point* pts, int n, double gap, Contours& contours) {
     contours.points = contours.gathered.data();
 }
 
-void appendSegments(const std::vector<Point>& vertices, double minLength, QList<LinePP>& segments) {
-    for (size_t k = 0; k + 1 < vertices.size(); ++k) {
-        const double dx = vertices[k + 1].x - vertices[k].x;
-        const double dy = vertices[k + 1].y - vertices[k].y;
-        if (std::sqrt(dx * dx + dy * dy) > minLength)
-            segments.append(LinePP(vertices[k], vertices[k + 1]));
-    }
-}
-
-}  // namespace
-
 void profile2contours(const Point* pts, int n, double gap, Point**& contours, int& nContours, int*& sizes) {
     contours = nullptr;
     nContours = 0;
@@ -66,7 +57,7 @@ void profile2contours(const Point* pts, int n, double gap, Point**& contours, in
     if (n < 1 || pts == nullptr)
         return;
     Contours found;
-    gather(pts, n, gap, found);
+    gatherContours(pts, n, gap, found);
     const size_t count = found.begins.size() - 1;
     contours = new Point*[count];
     sizes = new int[count];
@@ -104,7 +95,7 @@ void Internal::extractSegments(const Point* pts, int n, const TSFindTemplatePara
     if (n < 1)
         return;
     Contours contours;
-    gather(pts, n, params.contourGap, contours);
+    gatherContours(pts, n, params.contourGap, contours);
     ContourPieces pieces;
     for (size_t k = 0; k + 1 < contours.begins.size(); ++k) {
         const int size = contours.begins[k + 1] - contours.begins[k];

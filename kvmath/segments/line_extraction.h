@@ -4,8 +4,8 @@
 // Points are finite or not as they come; no value of any argument crashes. Arrays are made with new[] and
 // belong to the caller: each contours[k], then contours and sizes; breaks and vertices.
 
-#include <kvmath/core/global.h>
-#include <kvmath/core/vector2d.h>
+#include <kvmath/base/global.h>
+#include <kvmath/base/vector2d.h>
 
 namespace KvMath {
 

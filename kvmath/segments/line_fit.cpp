@@ -1,9 +1,9 @@
 // Of the two directions where the sum of squared distances is stationary, the better one is the line. Both
 // sums need not be formed to know which: see fitLine.
 
-#include <kvmath/tsearch/line_fit_p.h>
+#include <kvmath/segments/line_fit_p.h>
 
-#include <kvmath/tsearch/double_pair_p.h>
+#include <kvmath/segments/double_pair_p.h>
 
 #include <algorithm>
 #include <cmath>

@@ -2,7 +2,7 @@
 // Least-squares line of a stretch of points, from sums that can be continued when the stretch grows at its
 // end.
 
-#include <kvmath/tsearch/line_types.h>
+#include <kvmath/segments/line_types.h>
 
 namespace KvMath::Internal {
 

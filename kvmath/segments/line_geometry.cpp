@@ -1,6 +1,6 @@
-#include <kvmath/tsearch/line_geometry.h>
+#include <kvmath/segments/line_geometry.h>
 
-#include <kvmath/tsearch/line_fit_p.h>
+#include <kvmath/segments/line_fit_p.h>
 
 #include <cmath>
 #include <limits>

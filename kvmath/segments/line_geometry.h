@@ -1,10 +1,11 @@
 #pragma once
 // Segments, infinite lines and the least-squares fit, double precision, millimetres.
 //
-// Quotients are not guarded: a segment of length zero or a pair of parallel lines gives infinities or NaN.
+// Quotients are not guarded: a segment of length zero gives infinities or NaN, a pair of parallel lines these
+// or, where rounding tells their directions apart, a far point.
 
-#include <kvmath/core/global.h>
-#include <kvmath/tsearch/line_types.h>
+#include <kvmath/base/global.h>
+#include <kvmath/segments/line_types.h>
 
 namespace KvMath {
 
@@ -19,7 +20,7 @@ KVMATH_EXPORT void LinePP2LineABC(const LinePP& segment, LineABC& line);
 /// or more coincident points a direction, the line through them has that.
 KVMATH_EXPORT void lsd(const KvVector2D<double>* pts, int n, LineABC& line);
 
-/// Intersection of two lines. Parallel lines: infinite or NaN.
+/// Intersection of two lines. Parallel lines: infinite, NaN, or a far point that rounding decides.
 KVMATH_EXPORT void linesIntersection(const LineABC& l1, const LineABC& l2, KvVector2D<double>& p);
 
 /// Foot of the perpendicular from q; (a, b) need not be of unit length. a = b = 0: NaN.
@@ -31,8 +32,8 @@ KVMATH_EXPORT void nearestLinePointToPoint(const LineABC& l, const KvVector2D<do
 /// second. Length zero: NaN or infinite.
 KVMATH_EXPORT double dist(const LinePP& s, KvVector2D<double> q);
 
-/// The same distance; `side` (may be null) receives -1 when q lies to the left of the directed segment, +1 to
-/// the right, 0 on the line or when the distance is NaN.
+/// Distance of dist with the side of q: `side` (may be null) receives -1 when q lies to the left of the
+/// directed segment, +1 to the right, 0 on the line or when the distance is NaN.
 KVMATH_EXPORT double distWithDir(const LinePP& s, KvVector2D<double> q, int* side);
 
 }  // namespace KvMath

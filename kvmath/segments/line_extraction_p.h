@@ -1,0 +1,30 @@
+#pragma once
+// Segments of a profile in one go, without the arrays of arrays that the public steps hand over.
+
+#include <kvmath/segments/contour_group_p.h>
+#include <kvmath/segments/find_params.h>
+#include <kvmath/segments/line_types.h>
+
+#include <QtCore/QList>
+
+#include <vector>
+
+namespace KvMath::Internal {
+
+/// Points of each contour, in order of arrival.
+struct Contours {
+    std::vector<ContourRun> runs;
+    std::vector<int> begins;  ///< first point of each contour in `points`, and the end of the last
+    std::vector<KvVector2D<double>> gathered;
+    const KvVector2D<double>* points = nullptr;
+};
+
+/// Brings the runs of each contour together. Nothing is copied while every contour is one run. n >= 1.
+void gatherContours(const KvVector2D<double>* pts, int n, double gap, Contours& contours);
+
+/// Appends to `segments` what profile2contours, contour2lines on every contour, and the test for a length
+/// strictly greater than minLineLength give, in this order. n < 1 or null points: nothing.
+void extractSegments(const KvVector2D<double>* pts, int n, const TSFindTemplateParams& params,
+                     QList<LinePP>& segments);
+
+}  // namespace KvMath::Internal
