@@ -2,12 +2,17 @@
 // Assignment codes: 2 * segment, plus 1 when the segment is used from its second point to its first.
 // A negative code is a template line that is not assigned yet.
 
-#include <kvmath/tsearch/line_types.h>
+#include <kvmath/segments/line_types.h>
 
 namespace KvMath::Internal {
 
 inline int segmentOf(int code) { return code / 2; }
 inline bool isReversed(int code) { return (code & 1) != 0; }
+
+/// A segment in the direction of use.
+inline LinePP directed(const LinePP& segment, int code) {
+    return isReversed(code) ? LinePP(segment.p2, segment.p1) : segment;
+}
 
 /// Start and end of the segment that a code >= 0 names, in the direction of use.
 inline const KvVector2D<double>& startOf(const LinePP* lines, int code) {

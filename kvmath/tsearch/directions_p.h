@@ -1,7 +1,7 @@
 #pragma once
 // Angles of and between directed segments, shared by the default check, constraints and measurements.
 
-#include <kvmath/core/vector2d.h>
+#include <kvmath/base/vector2d.h>
 
 #include <cmath>
 

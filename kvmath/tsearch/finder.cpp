@@ -1,8 +1,8 @@
 #include <kvmath/tsearch/finder.h>
 
-#include <kvmath/core/count_p.h>
+#include <kvmath/base/count_p.h>
 #include <kvmath/profile/profile.h>
-#include <kvmath/tsearch/line_extraction_p.h>
+#include <kvmath/segments/line_extraction_p.h>
 #include <kvmath/tsearch/measurement_list.h>
 #include <kvmath/tsearch/search.h>
 #include <kvmath/tsearch/template.h>

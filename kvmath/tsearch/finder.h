@@ -1,9 +1,9 @@
 #pragma once
 // From a profile to the matches of a template, and from a match to measured values.
 
-#include <kvmath/core/global.h>
-#include <kvmath/tsearch/find_params.h>
-#include <kvmath/tsearch/line_types.h>
+#include <kvmath/base/global.h>
+#include <kvmath/segments/find_params.h>
+#include <kvmath/segments/line_types.h>
 #include <kvmath/tsearch/lines_indices.h>
 
 #include <QtCore/QList>

@@ -1,6 +1,6 @@
 #include <kvmath/tsearch/lines_indices.h>
 
-#include <kvmath/core/count_p.h>
+#include <kvmath/base/count_p.h>
 #include <kvmath/tsearch/assignment_p.h>
 
 namespace KvMath {
@@ -27,6 +27,22 @@ bool TSLinesIndecies::getLineOrientation(int templateLine, bool& reversed) const
 
 bool TSLinesIndecies::isAssigned(int templateLine) const {
     return templateLine >= 0 && templateLine < codes_.size() && codes_.at(templateLine) >= 0;
+}
+
+int TSLinesIndecies::code(int templateLine) const { return codes_.value(templateLine, -1); }
+
+bool TSLinesIndecies::isReversed(int templateLine) const {
+    bool reversed = false;
+    getLineOrientation(templateLine, reversed);
+    return reversed;
+}
+
+bool TSLinesIndecies::getLine(const QList<LinePP>& segments, int templateLine, LinePP& line) const {
+    if (!isAssigned(templateLine) || Internal::segmentOf(codes_.at(templateLine)) >= segments.size())
+        return false;
+    line = Internal::directed(segments.at(Internal::segmentOf(codes_.at(templateLine))),
+                              codes_.at(templateLine));
+    return true;
 }
 
 int TSLinesIndecies::count() const { return Internal::countOf(codes_); }

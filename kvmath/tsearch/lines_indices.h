@@ -1,7 +1,8 @@
 #pragma once
 // One match of a template: which found segment stands for which template line.
 
-#include <kvmath/core/global.h>
+#include <kvmath/base/global.h>
+#include <kvmath/segments/line_types.h>
 
 #include <QtCore/QList>
 
@@ -20,7 +21,12 @@ public:
     /// reversed = code & 1. False, and reversed false, outside 0 ... count() - 1.
     bool getLineOrientation(int templateLine, bool& reversed) const;
     bool isAssigned(int templateLine) const;  ///< in range, and its code is not negative
-    int count() const;                        ///< template lines
+    int code(int templateLine) const;         ///< as it was given; -1 outside 0 ... count() - 1
+    bool isReversed(int templateLine) const;  ///< as getLineOrientation tells it
+    /// The segment of a template line in the direction of use. False, and `line` untouched, when the template
+    /// line is not assigned and when `segments` does not hold its segment.
+    bool getLine(const QList<LinePP>& segments, int templateLine, LinePP& line) const;
+    int count() const;  ///< template lines
 
 private:
     QList<int> codes_;

@@ -1,6 +1,6 @@
 #include <kvmath/tsearch/measurement.h>
 
-#include <kvmath/core/count_p.h>
+#include <kvmath/base/count_p.h>
 #include <kvmath/tsearch/measurement_manager.h>
 #include <kvmath/tsearch/stored_fields_p.h>
 #include <kvmath/tsearch/type_tag_p.h>
@@ -222,14 +222,7 @@ bool TSUniformMeasurement::assignedSegment(const QList<LinePP>& lines, const TSL
 
 bool TSUniformMeasurement::assignedLine(const QList<LinePP>& lines, const TSLinesIndecies& indices,
                                         int templateLine, LinePP& line) {
-    int segment = 0;
-    bool reversed = false;
-    if (!assignedSegment(lines, indices, templateLine, segment) ||
-        !indices.getLineOrientation(templateLine, reversed))
-        return false;
-    const LinePP& stored = lines.at(segment);
-    line = reversed ? LinePP(stored.p2, stored.p1) : stored;
-    return true;
+    return indices.getLine(lines, templateLine, line);
 }
 
 void TSUniformMeasurement::addPoint(int index, const KvVector2D<double>& point) {

@@ -1,8 +1,8 @@
 #pragma once
 // Measurement on the segments of a template match, and the part that all measurements of the library share.
 
-#include <kvmath/core/global.h>
-#include <kvmath/tsearch/line_types.h>
+#include <kvmath/base/global.h>
+#include <kvmath/segments/line_types.h>
 #include <kvmath/tsearch/lines_indices.h>
 #include <kvmath/tsearch/uniform_results.h>
 
@@ -29,12 +29,12 @@ public:
     virtual bool isValid() = 0;          ///< result of the last measure; false before the first
     virtual QString getType() = 0;       ///< type name, the same for all objects of a class
     virtual TSMeasurement* clone() = 0;  ///< a copy made with new; the caller owns it
-    virtual ~TSMeasurement() = default;
+    virtual ~TSMeasurement() = default;  ///< made for deletion through the base
 
     virtual bool save(QMap<QString, QVariant>& map) = 0;  ///< adds its keys; other keys stay
-    virtual bool save(QDataStream& stream) = 0;           ///< raw little-endian record
-    virtual bool load(QMap<QString, QVariant>& map) = 0;
-    virtual bool load(QDataStream& stream) = 0;
+    virtual bool save(QDataStream& stream) = 0;  ///< writes a raw little-endian record; false if cut short
+    virtual bool load(QMap<QString, QVariant>& map) = 0;  ///< reads its keys; false if one is unusable
+    virtual bool load(QDataStream& stream) = 0;           ///< reads its record; false if cut short
 
     virtual TSUniformResults getUniformResult() = 0;  ///< the active results of the last measure
     /// Names and activity flags of all results, to be read and changed in place. The pointers live as long as
@@ -44,11 +44,13 @@ public:
     /// Writes "measurementType" and then the measurement's own keys. False for null.
     static bool saveMeasurement(QMap<QString, QVariant>& map, TSMeasurement* measurement);
     /// Writes an 8-byte type field (64-bit FNV-1a hash of the type name in UTF-8, little-endian), then the
-    /// record.
+    /// record. False for null and when the stream does not take all.
     static bool saveMeasurement(QDataStream& stream, TSMeasurement* measurement);
-    /// Makes a measurement of the stored type, which must be registered, and loads it; the caller owns it.
-    /// False, and null, for an unknown type or when its load fails.
+    /// Makes a measurement of the type in "measurementType", which must be registered, and loads it; the
+    /// caller owns it. False, and null, for an unknown type or when its load fails.
     static bool loadMeasurement(QMap<QString, QVariant>& map, TSMeasurement*& measurement);
+    /// Reads a type field, makes a measurement of that type, which must be registered, and loads its record;
+    /// the caller owns it. False, and null, for an unknown type, a short read or when its load fails.
     static bool loadMeasurement(QDataStream& stream, TSMeasurement*& measurement);
 };
 
@@ -59,29 +61,34 @@ public:
 /// int32 count and per entry an int32 length (0 ... 65,535), the name in UTF-8, one byte active.
 class KVMATH_EXPORT TSUniformMeasurement : public TSMeasurement {
 public:
-    bool isValid() override;
-    bool save(QMap<QString, QVariant>& map) override;
-    /// False also when a name has more than 65,535 bytes in UTF-8.
+    bool isValid() override;                           ///< result of the last measure; false before the first
+    bool save(QMap<QString, QVariant>& map) override;  ///< adds the parameters of the class and the infos
+    /// Writes the record. False when the stream does not take all, and when a name has more than 65,535 bytes
+    /// in UTF-8.
     bool save(QDataStream& stream) override;
-    /// The parameters of the class must be there. Infos, or parts of them, may be missing and then stay as
-    /// they are; a list that is there must hold the class's own number of maps. False: nothing changed.
+    /// Reads parameters and infos. The parameters of the class must be there. Infos, or parts of them, may be
+    /// missing and then stay as they are; a list that is there must hold the class's own number of maps.
+    /// False: nothing changed.
     bool load(QMap<QString, QVariant>& map) override;
-    /// False for a short record or a count that is not the class's own; the infos then stay as they were, the
-    /// parameters may already be those of the record.
+    /// Reads the record. False for a short one or a count that is not the class's own; the infos then stay,
+    /// the parameters may already be those of the record.
     bool load(QDataStream& stream) override;
-    TSUniformResults getUniformResult() override;
-    QList<QPair<QString*, bool*>> getUniformResultsInfoAll() override;  ///< points, lines, angles
+    TSUniformResults getUniformResult() override;  ///< the active results; none after a failed measure
+    /// Pointers to name and activity flag of each result: points, then lines, then angles.
+    QList<QPair<QString*, bool*>> getUniformResultsInfoAll() override;
 
     /// Copied, never moved: a move would take the infos away from under those pointers.
     TSUniformMeasurement(const TSUniformMeasurement&) = default;
+    /// Copies everything. Pointers from getUniformResultsInfoAll stay good when both have equally many
+    /// results.
     TSUniformMeasurement& operator=(const TSUniformMeasurement&) = default;
-    ~TSUniformMeasurement() override = default;
+    ~TSUniformMeasurement() override = default;  ///< ends the life of the pointers to its infos
 
 protected:
-    virtual bool saveConcreteUniform(QMap<QString, QVariant>& map) = 0;
-    virtual bool saveConcreteUniform(QDataStream& stream) = 0;
-    virtual bool loadConcreteUniform(QMap<QString, QVariant>& map) = 0;
-    virtual bool loadConcreteUniform(QDataStream& stream) = 0;
+    virtual bool saveConcreteUniform(QMap<QString, QVariant>& map) = 0;  ///< adds the keys of the class
+    virtual bool saveConcreteUniform(QDataStream& stream) = 0;  ///< writes the parameters of the class
+    virtual bool loadConcreteUniform(QMap<QString, QVariant>& map) = 0;  ///< reads the keys of the class
+    virtual bool loadConcreteUniform(QDataStream& stream) = 0;  ///< reads the parameters of the class
 
     /// Names of the results the class can produce; they settle how many of each kind there are. All are
     /// active.
@@ -98,9 +105,11 @@ protected:
     static bool assignedLine(const QList<LinePP>& lines, const TSLinesIndecies& indices, int templateLine,
                              LinePP& line);
 
-    /// Adds result number `index` of its kind when it is active.
+    /// Adds a point as result `index` of the points when that is active.
     void addPoint(int index, const KvVector2D<double>& point);
+    /// Adds a line with its value, mm, as result `index` of the lines when that is active.
     void addLine(int index, const KvVector2D<double>& p1, const KvVector2D<double>& p2, double value);
+    /// Adds an angle with its value, radians, as result `index` of the angles when that is active.
     void addAngle(int index, const KvVector2D<double>& vertex, const KvVector2D<double>& first,
                   const KvVector2D<double>& second, double value);
     bool isAngleActive(int index) const;  ///< lets a measure skip the arms of an angle nobody wants

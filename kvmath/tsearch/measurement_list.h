@@ -8,27 +8,31 @@ namespace KvMath {
 /// Owns its measurements. Copies are deep.
 class KVMATH_EXPORT TSMeasurementList {
 public:
-    TSMeasurementList();
-    TSMeasurementList(const TSMeasurementList& other);
-    /// The old measurements are deleted; self-assignment changes nothing.
+    TSMeasurementList();                                ///< empty
+    TSMeasurementList(const TSMeasurementList& other);  ///< clones every measurement of `other`
+    /// Replaces the measurements by clones of those of `other`. The old ones are deleted; self-assignment
+    /// changes nothing.
     TSMeasurementList& operator=(const TSMeasurementList& other);
-    ~TSMeasurementList();
+    ~TSMeasurementList();  ///< deletes its measurements
 
-    bool
-    addMeasurement(TSMeasurement* measurement);  ///< takes ownership; false for null or one it already holds
-    QList<TSMeasurement*> getAllMeasurements() const;  ///< owned here
+    /// Appends a measurement and takes ownership. False for null or one it already holds.
+    bool addMeasurement(TSMeasurement* measurement);
+    QList<TSMeasurement*> getAllMeasurements() const;  ///< in the order of evaluation; owned here
     /// Names and activity flags of all results of all measurements, to be read and changed in place.
     QList<QPair<QString*, bool*>> getUniformResultsInfo() const;
-    void removeAllMeasurements();  ///< deletes all
+    void removeAllMeasurements();  ///< deletes every measurement
 
-    /// Map form: a list of the maps that saveMeasurement writes. False, and `list` untouched, when one cannot
-    /// be saved.
+    /// Stores the map form: a list of the maps that saveMeasurement writes. False, and `list` untouched, when
+    /// one cannot be saved.
     bool save(QVariant& list) const;
-    bool save(QDataStream& stream) const;  ///< raw int32 count, then each as saveMeasurement writes it
+    /// Writes a raw int32 count, then each as saveMeasurement writes it. False when one cannot be written.
+    bool save(QDataStream& stream) const;
 
-    /// Both remove the present measurements first, always. False for a wrong kind of value, a negative count
-    /// or the first measurement that does not load; those before it stay.
+    /// Replaces the measurements by those of a map form. The present ones go first, always. False for a value
+    /// that is no list and for the first measurement that does not load; those before it stay.
     bool load(const QVariant& list);
+    /// Replaces the measurements by those of a stream. The present ones go first, always. False for a short
+    /// read, a negative count and the first measurement that does not load; those before it stay.
     bool load(QDataStream& stream);
 
 private:

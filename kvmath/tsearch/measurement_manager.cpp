@@ -1,38 +1,38 @@
 #include <kvmath/tsearch/measurement_manager.h>
 
-#include <kvmath/tsearch/measurements.h>
+#include <kvmath/tsearch/measurement_kinds_p.h>
 #include <kvmath/tsearch/type_tag_p.h>
 
 namespace KvMath {
 
-namespace {
+using Internal::newPrototype;
 
-/// The registry of the process, with the library's own nine. Never destroyed, so that hosts may load until
-/// the end.
-TSManagerOfMeasurements* newFilledManager() {
-    using Point = KvVector2D<double>;
-    const QString none;
-    auto* manager = new TSManagerOfMeasurements;
-    manager->registerMeasurement(new TSUMLength(0, none));
-    manager->registerMeasurement(new TSUMInclinationAngle(0, none));
-    manager->registerMeasurement(new TSUMRotationAngle(0, 0, none));
-    manager->registerMeasurement(new TSUMAngleBetweenLines(0, 0, none));
-    manager->registerMeasurement(new TSUMLinePoint(0, 0, none));
-    manager->registerMeasurement(new TSUMLinesIntersection(0, 0, none));
-    manager->registerMeasurement(new TSUMPointBetween2Points(0, 0, false, false, 0, none));
-    manager->registerMeasurement(new TSUMEndPointShiftInDirection(0, 0, false, false, 0, false, 0, none));
-    manager->registerMeasurement(new TSUMFarLineInDirection(Point(), none, none, none));
-    return manager;
-}
-
-}  // namespace
+// A new kind is a file in measurements/ and a row here. `class` declares the name, so that the table needs no
+// header of a kind; in an unnamed namespace it would declare another class.
+static constexpr TSMeasurement* (*kRows[])() = {
+    newPrototype<class TSUMLength>,
+    newPrototype<class TSUMInclinationAngle>,
+    newPrototype<class TSUMRotationAngle>,
+    newPrototype<class TSUMAngleBetweenLines>,
+    newPrototype<class TSUMLinePoint>,
+    newPrototype<class TSUMLinesIntersection>,
+    newPrototype<class TSUMPointBetween2Points>,
+    newPrototype<class TSUMEndPointShiftInDirection>,
+    newPrototype<class TSUMFarLineInDirection>,
+};
 
 TSManagerOfMeasurements::TSManagerOfMeasurements() = default;
 
 TSManagerOfMeasurements::~TSManagerOfMeasurements() { qDeleteAll(prototypes_); }
 
 TSManagerOfMeasurements& TSManagerOfMeasurements::instance() {
-    static TSManagerOfMeasurements* const manager = newFilledManager();
+    // Never destroyed, so that hosts may load until the end.
+    static TSManagerOfMeasurements* const manager = [] {
+        auto* filled = new TSManagerOfMeasurements;
+        for (const auto row : kRows)
+            filled->registerMeasurement(row());
+        return filled;
+    }();
     return *manager;
 }
 
@@ -45,6 +45,8 @@ bool TSManagerOfMeasurements::registerMeasurement(TSMeasurement* prototype) {
     prototypes_.insert(type, prototype);
     return true;
 }
+
+QStringList TSManagerOfMeasurements::getTypes() const { return prototypes_.keys(); }
 
 TSMeasurement* TSManagerOfMeasurements::getMeasurement(QString type) const {
     TSMeasurement* prototype = prototypes_.value(type);

@@ -8,20 +8,22 @@ namespace KvMath {
 /// Owns one prototype per type name. Registering is for one thread at a time and before others load.
 class KVMATH_EXPORT TSManagerOfMeasurements {
 public:
-    TSManagerOfMeasurements();  ///< empty
-    ~TSManagerOfMeasurements();
+    TSManagerOfMeasurements();   ///< empty
+    ~TSManagerOfMeasurements();  ///< deletes its prototypes
 
     /// The registry that loading uses. It holds the nine measurements of the library from its first use on
     /// and lives until the process ends.
     static TSManagerOfMeasurements& instance();
 
-    /// Takes ownership on true. False, and the prototype stays with the caller: null, or its type name is
-    /// taken.
+    /// Adds a prototype and takes ownership on true. False, and the prototype stays with the caller: null, or
+    /// its type name is taken.
     bool registerMeasurement(TSMeasurement* prototype);
 
-    TSMeasurement*
-    getMeasurement(QString type) const;  ///< a clone of the prototype, owned by the caller; null: unknown
-    TSMeasurement* getMeasurementByTag(quint64 typeTag) const;  ///< the same by the type field of a record
+    QStringList getTypes() const;  ///< type names of the prototypes, sorted
+    /// A clone of the prototype of this type name, owned by the caller. Null: unknown.
+    TSMeasurement* getMeasurement(QString type) const;
+    /// A clone of the prototype with this type field of a record, owned by the caller. Null: unknown.
+    TSMeasurement* getMeasurementByTag(quint64 typeTag) const;
 
 private:
     Q_DISABLE_COPY(TSManagerOfMeasurements)

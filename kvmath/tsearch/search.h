@@ -4,8 +4,8 @@
 // Assignment: one int per template line. A code v >= 0 is segment v / 2, used as stored (v even) or reversed
 // (v odd); a negative code is a line not yet assigned.
 
-#include <kvmath/core/global.h>
-#include <kvmath/tsearch/line_types.h>
+#include <kvmath/base/global.h>
+#include <kvmath/segments/line_types.h>
 
 namespace KvMath {
 
@@ -14,7 +14,7 @@ namespace KvMath {
 /// exactly is no bound, any other value, negative ones included, is one; bounds hold on equality. A null
 /// table bounds nothing.
 struct DefaultCheckFunctionParams {
-    int linesNumber;
+    int linesNumber;      ///< template lines; 0 without tables
     double* maxDistance;  ///< mm, from the start of the later line to the end of the earlier one
     double* minDistance;  ///< mm, lower bound of the same distance
     double* maxAngle;     ///< radians in [0, pi], between the directions of both lines

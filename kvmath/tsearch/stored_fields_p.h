@@ -80,3 +80,13 @@ bool readRaw(QDataStream& stream, T& value) {
 }
 
 }  // namespace KvMath::Internal
+
+/// Both saving members of a class from its fields(), under the name that its base gives them.
+#define KVMATH_SAVE_FIELDS(CLASS, SAVE)                                                                      \
+    bool CLASS::SAVE(QMap<QString, QVariant>& map) { return Internal::saveFields(map, fields()); }           \
+    bool CLASS::SAVE(QDataStream& stream) { return Internal::saveFields(stream, fields()); }
+
+/// Both loading members, likewise.
+#define KVMATH_LOAD_FIELDS(CLASS, LOAD)                                                                      \
+    bool CLASS::LOAD(QMap<QString, QVariant>& map) { return Internal::loadFields(map, fields()); }           \
+    bool CLASS::LOAD(QDataStream& stream) { return Internal::loadFields(stream, fields()); }

@@ -1,11 +1,10 @@
 #include <kvmath/tsearch/template.h>
 
-#include <kvmath/tsearch/constraints.h>
+#include <kvmath/tsearch/constraint_kinds_p.h>
 #include <kvmath/tsearch/stored_fields_p.h>
 #include <kvmath/tsearch/type_tag_p.h>
 
 #include <algorithm>
-#include <array>
 
 namespace KvMath {
 
@@ -17,27 +16,12 @@ constexpr int kMaxLines = 65536;
 
 using ConstraintPtr = std::unique_ptr<TSConstraint>;
 
-struct KnownType {
-    QString name;
-    quint64 tag;
-    ConstraintPtr (*make)();
-};
-
-template <class C>
-KnownType knownType() {
-    const QString name = C().getType();
-    return {name, typeTag(name), [] { return ConstraintPtr(new C); }};
-}
-
-/// A new constraint of the known type that `matches`, or null.
+/// A new constraint of the kind that `matches`, or null.
 template <class Predicate>
 ConstraintPtr makeConstraint(Predicate matches) {
-    static const std::array<KnownType, 6> types = {
-        knownType<TSCLength>(),           knownType<TSCInclinationAngle>(),
-        knownType<TSCEndPointDistance>(), knownType<TSCEndPointDistanceWithCheck>(),
-        knownType<TSCRotationAngle>(),    knownType<TSCEndPointShiftInDirection>()};
-    const auto found = std::find_if(types.begin(), types.end(), matches);
-    return found == types.end() ? nullptr : found->make();
+    const auto& kinds = constraintKinds();
+    const auto found = std::find_if(kinds.begin(), kinds.end(), matches);
+    return ConstraintPtr(found == kinds.end() ? nullptr : found->make());
 }
 
 }  // namespace
@@ -197,7 +181,7 @@ bool TSTemplate::loadConstraint(const QVariant& entry) {
         return false;
     QVariantMap map = entry.toMap();
     const QString name = map.value(QStringLiteral("constraintType")).toString();
-    return adopt(makeConstraint([&name](const KnownType& type) { return type.name == name; }), map);
+    return adopt(makeConstraint([&name](const ConstraintKind& kind) { return kind.type == name; }), map);
 }
 
 bool TSTemplate::load(QDataStream& stream) {
@@ -221,7 +205,7 @@ bool TSTemplate::loadConstraint(QDataStream& stream) {
     quint64 tag = 0;
     if (!readTypeTag(stream, tag))
         return false;
-    return adopt(makeConstraint([tag](const KnownType& type) { return type.tag == tag; }), stream);
+    return adopt(makeConstraint([tag](const ConstraintKind& kind) { return kind.tag == tag; }), stream);
 }
 
 }  // namespace KvMath

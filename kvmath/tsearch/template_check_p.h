@@ -1,7 +1,7 @@
 #pragma once
 // Check callback of the template search.
 
-#include <kvmath/tsearch/line_types.h>
+#include <kvmath/segments/line_types.h>
 
 namespace KvMath::Internal {
 
