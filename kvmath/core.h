@@ -2,9 +2,12 @@
 // Core geometry: points, clouds, lines, circles, planes, histograms, matrix clouds, the interpolant, version
 // and trace.
 
+#include <kvmath/base/global.h>
+#include <kvmath/base/trace.h>
+#include <kvmath/base/vector2d.h>
+#include <kvmath/base/version.h>
 #include <kvmath/core/circle.h>
 #include <kvmath/core/free_vector.h>
-#include <kvmath/core/global.h>
 #include <kvmath/core/interpolant.h>
 #include <kvmath/core/level_histogram.h>
 #include <kvmath/core/line.h>
@@ -12,6 +15,4 @@
 #include <kvmath/core/plane.h>
 #include <kvmath/core/point.h>
 #include <kvmath/core/point_cloud.h>
-#include <kvmath/core/trace.h>
-#include <kvmath/core/vector2d.h>
-#include <kvmath/core/version.h>
+#include <kvmath/core/record_layout.h>

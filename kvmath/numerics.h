@@ -1,7 +1,6 @@
 #pragma once
 // Small dense mathematics: matrices, decomposition, fits, minimisers, curves.
 
-#include <kvmath/numerics/circle_fitting.h>
 #include <kvmath/numerics/curves.h>
 #include <kvmath/numerics/fitting.h>
 #include <kvmath/numerics/optimisers.h>
@@ -11,4 +10,5 @@
 #include <kvmath/numerics/signal.h>
 #include <kvmath/numerics/small_matrix.h>
 #include <kvmath/numerics/svd.h>
-#include <kvmath/numerics/trajectories.h>
+#include <kvmath/profile/circle_fitting.h>
+#include <kvmath/profile/trajectories.h>

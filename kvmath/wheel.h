@@ -8,6 +8,7 @@
 #include <kvmath/wheel/sensor_coord.h>
 #include <kvmath/wheel/wheel_defects.h>
 #include <kvmath/wheel/wheel_detection.h>
+#include <kvmath/wheel/wheel_files.h>
 #include <kvmath/wheel/wheel_parameters.h>
 #include <kvmath/wheel/wheel_variants.h>
 #include <kvmath/wheel/wheelset_distance.h>

@@ -30,10 +30,11 @@ float coordinate(const unsigned short* cell, int f, double range) {
 }
 
 /// `column` is the table's cell of row 0 in the column of the position.
-KvPointXY pointAt(const unsigned short* column, unsigned short position, const Ranges& range) {
-    const unsigned v = Internal::isOnSensor(position) ? position : 0U;
-    const unsigned rem = v & 31U;
-    const std::size_t row = 2 * (v >> 5U) + (rem >> 1U);  // deliberately not v >> 4
+KvPointXY pointAt(const unsigned short* column, unsigned position, const Ranges& range) {
+    const unsigned rem = position & 31U;
+    const std::size_t row = 2 * (position >> 5U) + (rem >> 1U);  // deliberately not position >> 4
+    if (row + 1 >= kTableHalfRows)
+        return pointAt(column, 0, range);  // the half ends before
     const int f = static_cast<int>(rem & 1U);
     const unsigned short* z = column + row * kColumns;
     return {coordinate(z + kTableHalfRows * kColumns, f, range.x), coordinate(z, f, range.z)};

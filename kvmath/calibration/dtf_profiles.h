@@ -1,7 +1,7 @@
 #pragma once
 // From line positions to profiles by a full table.
 
-#include <kvmath/core/global.h>
+#include <kvmath/base/global.h>
 
 namespace KvMath {
 
@@ -14,8 +14,9 @@ class KvProfile;
 ///     z = (T[row][c] + (T[row + 1][c] - T[row][c]) * f * 0.5) * zRange / 16384, and x likewise.
 /// Deliberate: row is not v >> 4. The table holds position v at half row 2 * q + rem / 16, while half row 2 *
 /// q + rem / 2 is read: true at whole pixels, up to 13.6 half rows further down just before the next one. An
-/// empty table cell counts as the number 32768, which gives twice the range. An empty position, and one
-/// beyond the sensor, reads row 0. Null tables, DTF rows or profiles: nothing.
+/// empty table cell counts as the number 32768, which gives twice the range. An empty position reads row 0,
+/// and so does one whose row + 1 is above 999; other positions beyond the sensor read the row that the
+/// formula gives them, where a built table is empty. Null tables, DTF rows or profiles: nothing.
 KVMATH_EXPORT void calcProfsFromDtf(const unsigned short* tbl, unsigned short** dtf, double zRange,
                                     double xRange, KvProfile* profiles);
 

@@ -21,7 +21,7 @@
 // window that is empty or not within 0..647, a range or used step that is not finite and > 0, no memory.
 // False, with the look-ups emptied: no step has a line in two columns of the window.
 
-#include <kvmath/core/global.h>
+#include <kvmath/base/global.h>
 
 namespace KvMath {
 

@@ -90,7 +90,8 @@ bool build(const BuildRequest& request, int first, int last, const Halves& out) 
 }
 
 bool buildFull(const BuildRequest& request, int& firstLimit, int& lastLimit, unsigned short* table) {
-    if (table == nullptr || !request.isLegal() || !settleLimits(request.dtf, firstLimit, lastLimit))
+    if (table == nullptr || !request.isLegal() || hasGap(request.dtf) ||
+        !settleLimits(request.dtf, firstLimit, lastLimit))
         return false;
     unsigned short* x = table + static_cast<std::size_t>(kTableHalfRows) * kSensorColumns;
     return build(request, firstLimit, lastLimit,

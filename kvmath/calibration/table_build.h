@@ -9,10 +9,11 @@
 // never column 0, and limits that are still out of order are a failure. A compact table holds the columns of
 // the window; the limits are only told.
 //
-// On false the table is untouched. Cost: one pass over the record, and the cells; 30 kilobytes of work
-// storage.
+// Every builder refuses a record with a gap: a step below 500 without any line right behind a step with one.
+// On false the table is untouched, and for a gap the limits too. Cost: one pass over the record, and the
+// cells; 30 kilobytes of work storage.
 
-#include <kvmath/core/global.h>
+#include <kvmath/base/global.h>
 
 namespace KvMath {
 
@@ -28,13 +29,12 @@ KVMATH_EXPORT bool calc_Z(unsigned short** dtf, const double* params, double zRa
                           int firstColumn, int lastColumn, int& firstLimit, int& lastLimit,
                           unsigned short* tbl);
 
-/// The compact table, by convert_Pxl2Z and convert_Pxl2X. Also false: a gap in the record, that is, a step
-/// below 500 without any line right behind a step with one.
+/// The compact table, by convert_Pxl2Z and convert_Pxl2X.
 KVMATH_EXPORT bool calc_XandZ(unsigned short** dtf, const double* params, double zRange, double xRange,
                               double zStep, double xStep, int firstColumn, int lastColumn, int& firstLimit,
                               int& lastLimit, unsigned short* compactTbl);
 
-/// The compact table, by convert_Triangles2PxlWithTemplate, with the checks of calc_XandZ.
+/// The compact table, by convert_Triangles2PxlWithTemplate.
 KVMATH_EXPORT bool calc_XandZ_Triangles(unsigned short** dtf, const double* params, double zRange,
                                         double xRange, double zStep, double xStep, int firstColumn,
                                         int lastColumn, int& firstLimit, int& lastLimit,

@@ -34,7 +34,9 @@ using Buffer = std::unique_ptr<char[]>;
 Buffer makeBuffer(qint64 size) { return Buffer(new (std::nothrow) char[static_cast<std::size_t>(size)]); }
 
 /// Reads up to `size` bytes and returns how many were there.
-qint64 readUpTo(QFile& file, char* data, qint64 size) { return std::max<qint64>(file.read(data, size), 0); }
+qint64 readUpTo(QIODevice& device, char* data, qint64 size) {
+    return std::max<qint64>(device.read(data, size), 0);
+}
 
 /// Little-endian cells to `cells`; behind the `size` bytes that exist, and in a cut cell, `missing`.
 void takeCells(const char* bytes, qint64 size, unsigned short* cells, qint64 count, unsigned short missing) {
@@ -88,13 +90,17 @@ bool saveRawCbrDataToFile(unsigned short** positions, const double* parameters, 
 }
 
 bool loadRawCbrDataFromFile(unsigned short** positions, double* parameters, QString path) {
-    if (parameters == nullptr || !Internal::hasColumns(positions))
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) && loadRawCbrData(positions, parameters, file);
+}
+
+bool loadRawCbrData(unsigned short** positions, double* parameters, QIODevice& device) {
+    if (parameters == nullptr || !Internal::hasColumns(positions) || !device.isReadable())
         return false;
     const Buffer buffer = makeBuffer(kRawBytes);
-    QFile file(path);
-    if (buffer == nullptr || !file.open(QIODevice::ReadOnly))
+    if (buffer == nullptr)
         return false;
-    const qint64 size = readUpTo(file, buffer.get(), kRawBytes);
+    const qint64 size = readUpTo(device, buffer.get(), kRawBytes);
     for (int c = 0; c < kSensorColumns; ++c) {
         const qint64 start = c * kColumnBytes;
         takeCells(buffer.get() + start, size - start, positions[c], kCalibrationSteps, 0);
@@ -118,10 +124,14 @@ bool saveTableToFile(const unsigned short* table, int count, QString path) {
 
 bool loadTableFromFile(unsigned short* tbl, QString path) {
     QFile file(path);
-    if (tbl == nullptr || !file.open(QIODevice::ReadOnly))
+    return file.open(QIODevice::ReadOnly) && loadTable(tbl, kTableCells, file);
+}
+
+bool loadTable(unsigned short* table, int count, QIODevice& device) {
+    if (table == nullptr || count < 1 || !device.isReadable())
         return false;
-    const qint64 size = readUpTo(file, reinterpret_cast<char*>(tbl), kTableCells * kCellBytes);
-    takeCells(reinterpret_cast<const char*>(tbl), size, tbl, kTableCells, kEmptyCell);  // in place
+    const qint64 size = readUpTo(device, reinterpret_cast<char*>(table), count * kCellBytes);
+    takeCells(reinterpret_cast<const char*>(table), size, table, count, kEmptyCell);  // in place
     return true;
 }
 

@@ -3,7 +3,7 @@
 //
 // DTF: 648 row pointers, one per sensor column, each to 1000 cells, one per calibration step. A cell is the
 // height of the laser line in that column in 1/32 sensor pixel; 0: no line found. Positions from 15616 on lie
-// beyond the sensor: no cell of a table belongs to them, and a table is applied to them as to 0.
+// beyond the sensor: no look-up has a cell for them.
 //
 // TBL: the two coordinates of the profile plane for a place on the sensor, row-major, 648 columns. The full
 // form has rows 0..999 for Z and 1000..1999 for X, row r of a half standing for sensor row r / 2, of which

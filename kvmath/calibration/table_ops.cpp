@@ -1,5 +1,6 @@
 // Every operation is one pass over the memory of its table, without allocation. For a fixed column each cut
-// condition is a bound on y, so that a column keeps one run of rows.
+// condition is a bound on y, so that a column keeps one run of rows. The bounds are whole numbers, worked out
+// in 64 bits: a cell on the line of a corner cut is decided exactly.
 
 #include <kvmath/calibration/table_ops.h>
 
@@ -7,7 +8,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstdint>
 #include <cstring>
 
@@ -22,44 +22,36 @@ struct KeptRows {
     std::array<std::int16_t, kColumns> first, last;
 };
 
-/// The least integer that is not below `bound`, within 0..488.
-std::int16_t atLeast(double bound) {
-    return static_cast<std::int16_t>(std::ceil(std::clamp(bound, 0.0, double(kSensorRows))));
+/// How many whole rows a corner cut of this height and width has sunk `way` columns from its outer edge: the
+/// greatest integer that is not above way * height / width. `width` is not 0.
+std::int64_t sunk(std::int64_t way, int height, int width) {
+    const std::int64_t product = way * height;
+    const std::int64_t quotient = product / width;
+    const bool isRoundedUp = product % width != 0 && (product < 0) != (width < 0);
+    return quotient - (isRoundedUp ? 1 : 0);
 }
 
-/// The greatest integer that is not above `bound`, within -1..487.
-std::int16_t atMost(double bound) {
-    return static_cast<std::int16_t>(std::floor(std::clamp(bound, -1.0, double(kSensorRows - 1))));
-}
-
-double quotient(int height, int width) { return double(height) / double(width); }
-
-/// Real arithmetic throughout: no field can overflow, and no slope is flattened to a whole number.
 KeptRows keptRows(const CutDiagonalParamsCBR& p) {
-    constexpr double rows = kSensorRows;
-    constexpr double columns = kSensorColumns;
+    constexpr std::int64_t kRows = kSensorRows;
+    constexpr std::int64_t kWidth = kSensorColumns;
     KeptRows kept;
-    for (int c = 0; c < kSensorColumns; ++c) {
-        const double x = c;
-        double from = p.topMargin;
-        double to = rows - p.bottomMargin;
+    for (std::int64_t x = 0; x < kWidth; ++x) {
+        const std::int64_t fromRight = kWidth - x;
+        std::int64_t from = p.topMargin;
+        std::int64_t to = kRows - p.bottomMargin;
         if (p.topLeftWidth != 0)
-            from = std::max(from, x * -quotient(p.topLeftHeight, p.topLeftWidth) + p.topLeftHeight);
-        if (p.topRightWidth != 0) {
-            const double slope = quotient(p.topRightHeight, p.topRightWidth);
-            from = std::max(from, x * slope + p.topRightHeight - columns * slope);
-        }
+            from = std::max(from, p.topLeftHeight - sunk(x, p.topLeftHeight, p.topLeftWidth));
+        if (p.topRightWidth != 0)
+            from = std::max(from, p.topRightHeight - sunk(fromRight, p.topRightHeight, p.topRightWidth));
         if (p.bottomLeftWidth != 0)
-            to =
-                std::min(to, x * quotient(p.bottomLeftHeight, p.bottomLeftWidth) + rows - p.bottomLeftHeight);
-        if (p.bottomRightWidth != 0) {
-            const double slope = quotient(p.bottomRightHeight, p.bottomRightWidth);
-            to = std::min(to, -x * slope + (rows - p.bottomRightHeight) + columns * slope);
-        }
-        const bool outside = x > columns - p.rightMargin || x < p.leftMargin;
-        const auto i = static_cast<std::size_t>(c);
-        kept.first[i] = atLeast(from);
-        kept.last[i] = outside ? std::int16_t(-1) : atMost(to);
+            to = std::min(to, kRows - p.bottomLeftHeight + sunk(x, p.bottomLeftHeight, p.bottomLeftWidth));
+        if (p.bottomRightWidth != 0)
+            to = std::min(to, kRows - p.bottomRightHeight +
+                                  sunk(fromRight, p.bottomRightHeight, p.bottomRightWidth));
+        const bool outside = x > kWidth - p.rightMargin || x < p.leftMargin;
+        const auto i = static_cast<std::size_t>(x);
+        kept.first[i] = static_cast<std::int16_t>(std::clamp<std::int64_t>(from, 0, kRows));
+        kept.last[i] = static_cast<std::int16_t>(outside ? -1 : std::clamp<std::int64_t>(to, -1, kRows - 1));
     }
     return kept;
 }
@@ -73,9 +65,9 @@ void cutRow(unsigned short* row, const KeptRows& kept, std::int16_t y) {
 }
 
 void reverseRows(unsigned short* half) {
-    constexpr std::size_t last = kTableSensorRows;  // 976, deliberately one row beyond the sensor
-    for (std::size_t r = 0; r < last / 2; ++r)
-        std::swap_ranges(half + r * kColumns, half + (r + 1) * kColumns, half + (last - r) * kColumns);
+    constexpr std::size_t kLast = kTableSensorRows;  // 976, deliberately one row beyond the sensor
+    for (std::size_t r = 0; r < kLast / 2; ++r)
+        std::swap_ranges(half + r * kColumns, half + (r + 1) * kColumns, half + (kLast - r) * kColumns);
 }
 
 /// Where the cells of one axis come from: `count` of them from `source` on go to `destination` on.
@@ -145,9 +137,9 @@ bool convert625to625d(const unsigned short* source, unsigned short* destination,
         return true;
     const Overlap columns(columnShift, kSensorColumns);
     const Overlap rows(rowShift, kCompactHalfRows);
-    constexpr std::size_t half = kCompactHalfRows * kColumns;
+    constexpr std::size_t kHalf = kCompactHalfRows * kColumns;
     shiftHalf(source, destination, columns, rows);
-    shiftHalf(source + half, destination + half, columns, rows);
+    shiftHalf(source + kHalf, destination + kHalf, columns, rows);
     return true;
 }
 

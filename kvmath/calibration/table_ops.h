@@ -2,22 +2,28 @@
 // Cutting, mirroring and shifting of calibration tables in place. Layout and markers: table_layout.h. A null
 // table, or a DTF with a null row, makes every operation here do nothing.
 
-#include <kvmath/core/global.h>
+#include <kvmath/base/global.h>
 
 namespace KvMath {
 
 /// What cutTBL empties, sensor pixels; x is the column 0..647, y the sensor row 0..487, y grows downwards.
-/// Every int is legal. Slopes are real quotients: height 1 on width 3 is a third of a pixel per column.
+/// Every int is legal. Slopes are real quotients, height 1 on width 3 is a third of a pixel per column, and a
+/// cell on the line itself is decided without rounding.
 struct CutDiagonalParamsCBR {
-    int bottomLeftWidth, bottomLeftHeight;  ///< y > x * height / width + 488 - height; width 0: no cut
-    int bottomRightWidth,
-        bottomRightHeight;              ///< y > -x * height / width + (488 - height) + 648 * height / width
-    int topLeftWidth, topLeftHeight;    ///< x * (-height / width) + height > y
-    int topRightWidth, topRightHeight;  ///< x * height / width + height - 648 * height / width > y
-    int rightMargin;                    ///< x > 648 - rightMargin, so 0 and 1 cut nothing
-    int leftMargin;                     ///< x < leftMargin
-    int bottomMargin;                   ///< y > 488 - bottomMargin, so 0 and 1 cut nothing
-    int topMargin;                      ///< y < topMargin
+    int bottomLeftWidth;   ///< of the corner cut where y > x * height / width + 488 - height; 0: no cut
+    int bottomLeftHeight;  ///< of that corner
+    /// Of the corner cut where y > -x * height / width + (488 - height) + 648 * height / width; 0: no cut.
+    int bottomRightWidth;
+    int bottomRightHeight;  ///< of that corner
+    int topLeftWidth;       ///< of the corner cut where x * (-height / width) + height > y; 0: no cut
+    int topLeftHeight;      ///< of that corner
+    /// Of the corner cut where x * height / width + height - 648 * height / width > y; 0: no cut.
+    int topRightWidth;
+    int topRightHeight;  ///< of that corner
+    int rightMargin;     ///< cuts x > 648 - rightMargin, so 0 and 1 cut nothing
+    int leftMargin;      ///< cuts x < leftMargin
+    int bottomMargin;    ///< cuts y > 488 - bottomMargin, so 0 and 1 cut nothing
+    int topMargin;       ///< cuts y < topMargin
 };
 
 /// Empties the cells of the full table, in rows 0..975 of both halves, for which any condition of `params`

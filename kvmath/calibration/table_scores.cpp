@@ -30,10 +30,10 @@ void gradientRow(const unsigned short* half, int low, int high, double range, do
 }
 
 void gradientHalf(const unsigned short* half, double range, double* out) {
-    constexpr int last = kTableSensorRows - 1;
-    for (int r = 0; r <= last; ++r) {
+    constexpr int kLast = kTableSensorRows - 1;
+    for (int r = 0; r <= kLast; ++r) {
         const int low = r < 2 ? r : r - 2;
-        const int high = r > last - 2 ? r : r + 2;
+        const int high = r > kLast - 2 ? r : r + 2;
         gradientRow(half, low, high, range, out + static_cast<std::size_t>(r) * kColumns);
     }
 }

@@ -10,11 +10,12 @@
 //
 // A coin so large that its edge is a straight line walks around the convex hull. Points well inside a polygon
 // of eight outermost ones are left out first (S. G. Akl, G. T. Toussaint 1978): seen from a point of the hull
-// they lie behind the next one by an angle that rounding does not reach.
+// they lie behind one of the eight by an angle that rounding does not reach. Where rounding makes the coin
+// pass over one of the eight, the walk begins anew with all points.
 
+#include <kvmath/base/count_p.h>
 #include <kvmath/contours/hull.h>
 #include <kvmath/contours/plane_tree_p.h>
-#include <kvmath/core/count_p.h>
 
 namespace KvMath {
 namespace {
@@ -35,6 +36,7 @@ constexpr double kUnitError = 1e-13;       // of the squared length of a directi
 constexpr double kUnset = std::numeric_limits<double>::quiet_NaN();
 constexpr double kStraight = 1e8;     // extents of the points in the radius of a coin with a straight edge
 constexpr double kWellInside = 1e-6;  // extents of the points from the edge of a polygon
+constexpr double kBehind = 1e-7;      // sine of an angle below what kWellInside is seen under
 constexpr double kLeastExtent = 1e-100, kMostExtent = 1e100;  // mm; products stay in range
 
 double dot(const PlanePoint& a, const PlanePoint& b) { return a.x * b.x + a.y * b.y; }
@@ -107,6 +109,19 @@ public:
 
     const PlanePoint& place() const { return at_; }
 
+    /// True when one of the `corners` around the places would be met last, after a full turn, though it is
+    /// not the place just left: the coin then turns through the inside.
+    bool passesOver(const std::vector<PlanePoint>& corners) const {
+        return std::any_of(corners.begin(), corners.end(), [this](const PlanePoint& corner) {
+            const PlanePoint way(corner.x - at_.x, corner.y - at_.y);
+            const double squared = dot(way, way);
+            if (squared == 0)
+                return false;
+            const Touch touch = touchOf(way, squared);
+            return touch.sine < (touch.cosine > 0 ? -kSameTurn : -kBehind);
+        });
+    }
+
     /// Turns to the next point; its index, or -1 when no other point is in reach.
     int roll() {
         best_ = Contact();
@@ -126,6 +141,25 @@ public:
     }
 
 private:
+    /// How the coin lies against here and another place.
+    struct Touch {
+        double d, cosAlpha, sinAlpha;
+        PlanePoint chord;
+        double cosine, sine;  ///< of the turn to there
+    };
+
+    Touch touchOf(const PlanePoint& way, double squared) const {
+        Touch touch;
+        touch.d = std::sqrt(squared);
+        touch.chord = {way.x / touch.d, way.y / touch.d};
+        touch.cosAlpha = touch.d / diameter_;
+        touch.sinAlpha = std::sqrt(std::max(0.0, 1 - touch.cosAlpha * touch.cosAlpha));
+        const PlanePoint centre = turned(touch.chord, touch.cosAlpha, -touch.sinAlpha);
+        touch.cosine = dot(direction_, centre);
+        touch.sine = cross(direction_, centre);
+        return touch;
+    }
+
     // Squares in place of lengths throughout: they are what costs the time on dense outlines.
     bool isOutOfReach(int node) const {
         const BoxView box = tree_.view(node, at_);
@@ -157,27 +191,21 @@ private:
         const double squared = dot(way, way);
         if (sweep_.isKnown && sweep_.isBehind(squared * inverse_ - dot(way, sweep_.middle), squared))
             return;
-        const double d = std::sqrt(squared);
-        if (!(d > 0 && d <= diameter_))
+        const Touch touch = touchOf(way, squared);
+        if (!(touch.d > 0 && touch.d <= diameter_))
             return;
-        const PlanePoint chord(way.x / d, way.y / d);
-        const double cosAlpha = d / diameter_;
-        const double sinAlpha = std::sqrt(std::max(0.0, 1 - cosAlpha * cosAlpha));
-        const PlanePoint centre = turned(chord, cosAlpha, -sinAlpha);
-        const double cosine = dot(direction_, centre);
-        const double sine = cross(direction_, centre);
-        Contact contact{other.p, other.index, turnOf(cosine, sine), d, {}};
+        Contact contact{other.p, other.index, turnOf(touch.cosine, touch.sine), touch.d, {}};
         // The same coin touches both: met at once. The point just left can only be met by going around.
-        if (cosine > 0 && std::fabs(sine) < kSameTurn)
+        if (touch.cosine > 0 && std::fabs(touch.sine) < kSameTurn)
             contact.turn = Internal::isSamePlace(other.p, left_) ? kFullTurn : 0;
         if (std::isnan(contact.turn) || (best_.index >= 0 && !contact.isBefore(best_)))
             return;
-        contact.direction = turned({-chord.x, -chord.y}, cosAlpha, sinAlpha);
+        contact.direction = turned({-touch.chord.x, -touch.chord.y}, touch.cosAlpha, touch.sinAlpha);
         best_ = contact;
         if (best_.turn == 0)
             squaredLimit_ = squared * kNotFarther;
         if (mayRefuse_ && best_.turn <= kFullTurn / 2)
-            sweep_.narrow(direction_, std::min(cosine, 1.0), std::max(sine, 0.0));
+            sweep_.narrow(direction_, std::min(touch.cosine, 1.0), std::max(touch.sine, 0.0));
     }
 
     const PlaneTree& tree_;
@@ -214,14 +242,15 @@ std::array<PlanePoint, 8> outermost(const Places& places) {
     return corners;
 }
 
-/// Leaves out what a coin of radius `R` around all places cannot touch, if its edge is straight.
-void dropInside(Places& places, double R) {
+/// Leaves out what a coin of radius `R` around all places cannot touch unless it passes over a corner, if its
+/// edge is straight. Returns the corners of the polygon around what was left out, if anything was.
+std::vector<PlanePoint> dropInside(Places& places, double R) {
     if (places.empty())
-        return;
+        return {};
     const std::array<PlanePoint, 8> corners = outermost(places);
     const double extent = std::max(corners[0].x - corners[4].x, corners[2].y - corners[6].y);
     if (!(R >= kStraight * extent && extent > kLeastExtent && extent < kMostExtent))
-        return;
+        return {};
     struct Edge {
         PlanePoint from, way;
         double least;  ///< product with the way to a place that is well inside
@@ -239,7 +268,44 @@ void dropInside(Places& places, double R) {
             return cross(edge.way, {place.p.x - edge.from.x, place.p.y - edge.from.y}) > edge.least;
         });
     };
-    places.erase(std::remove_if(places.begin(), places.end(), isWellInside), places.end());
+    const auto rest = std::remove_if(places.begin(), places.end(), isWellInside);
+    if (rest == places.end())
+        return {};
+    places.erase(rest, places.end());
+    return {corners.begin(), corners.end()};
+}
+
+enum class Walk { Closed, Endless, PassesOver };
+
+/// Appends to `indices`, which hold the first point, those that the coin meets until it is back. Gives up
+/// where it passes over one of the `corners`.
+Walk walk(const QList<PlanePoint>& points, double R, Places places, const std::vector<PlanePoint>& corners,
+          QList<int>& indices) {
+    const int n = Internal::countOf(points);
+    const int first = indices.first();
+    const PlaneTree tree(std::move(places));
+    Coin coin(tree, R, points.at(first));
+    PlanePoint second;
+    while (true) {
+        if (coin.passesOver(corners))
+            return Walk::PassesOver;
+        const PlanePoint previous = coin.place();
+        const int next = coin.roll();
+        if (next < 0) {
+            indices.append(first);
+            return Walk::Closed;
+        }
+        indices.append(next);
+        if (indices.size() == 2)
+            second = coin.place();
+        else if (Internal::isSamePlace(coin.place(), second) &&
+                 Internal::isSamePlace(previous, points.at(first))) {
+            indices.removeLast();
+            return Walk::Closed;
+        }
+        if (indices.size() / 2 > n || (indices.size() / 2 == n && indices.size() % 2 != 0))
+            return Walk::Endless;
+    }
 }
 
 }  // namespace
@@ -254,28 +320,13 @@ bool getCoinHull(const QList<KvVector2D<double>>& points, double R, QList<int>& 
     if (n == 1)
         return true;
     Places places = PlaneTree::finitePlaces(points);
-    dropInside(places, R);
-    const PlaneTree tree(std::move(places));
-    Coin coin(tree, R, points.at(first));
-    PlanePoint second;
-    while (true) {
-        const PlanePoint previous = coin.place();
-        const int next = coin.roll();
-        if (next < 0) {
-            indices.append(first);
-            return true;
-        }
-        indices.append(next);
-        if (indices.size() == 2)
-            second = coin.place();
-        else if (Internal::isSamePlace(coin.place(), second) &&
-                 Internal::isSamePlace(previous, points.at(first))) {
-            indices.removeLast();
-            return true;
-        }
-        if (indices.size() / 2 > n || (indices.size() / 2 == n && indices.size() % 2 != 0))
-            return false;
+    const std::vector<PlanePoint> corners = dropInside(places, R);
+    Walk result = walk(points, R, std::move(places), corners, indices);
+    if (result == Walk::PassesOver) {
+        indices = {first};
+        result = walk(points, R, PlaneTree::finitePlaces(points), {}, indices);
     }
+    return result == Walk::Closed;
 }
 
 }  // namespace KvMath

@@ -4,7 +4,7 @@
 
 #include <kvmath/contours/edge_filter.h>
 
-#include <kvmath/core/count_p.h>
+#include <kvmath/base/count_p.h>
 #include <kvmath/profile/profile.h>
 #include <kvmath/tsearch/constraints.h>
 #include <kvmath/tsearch/finder.h>

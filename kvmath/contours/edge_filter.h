@@ -1,8 +1,8 @@
 #pragma once
 // Edges in one scanner line: where a straight piece stands higher than its neighbour, or has none.
 
-#include <kvmath/core/global.h>
-#include <kvmath/tsearch/find_params.h>
+#include <kvmath/base/global.h>
+#include <kvmath/segments/find_params.h>
 
 #include <QtCore/QMap>
 #include <QtCore/QString>
@@ -26,9 +26,9 @@ KVMATH_EXPORT int fltEdgePoints(const Profile3D& profile, const TSFindTemplatePa
                                 QMap<QString, QVariant>& result);
 
 /// Finds the ends of segments that no other segment continues, the table being what is not known: another
-/// segment continues a segment when it lies as described above with a height of at most heightTolerance, mm,
-/// to either side. The ends of the line are edge points too. None: heightTolerance, maxGap or maxAngle not >=
-/// 0, more than 16,384 segments.
+/// segment continues a segment when it lies as in fltEdgePoints, but at most heightTolerance, mm, to either
+/// side. The ends of the line are edge points too. They replace the same key of `result`; returns their
+/// number. None: heightTolerance, maxGap or maxAngle not >= 0, more than 16,384 segments.
 KVMATH_EXPORT int fltEdgePointsWithoutTable(const Profile3D& profile, const TSFindTemplateParams& params,
                                             double heightTolerance, double maxGap, double maxAngle,
                                             QMap<QString, QVariant>& result);

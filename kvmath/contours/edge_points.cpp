@@ -1,7 +1,7 @@
 #include <kvmath/contours/edge_points.h>
 
+#include <kvmath/base/trace_p.h>
 #include <kvmath/contours/segments_p.h>
-#include <kvmath/core/trace_p.h>
 #include <kvmath/profile/profile_zset.h>
 
 #include <QtCore/QString>
@@ -35,12 +35,8 @@ void appendEdges(const QList<KvPointXY>& profile, const QList<int>& segments, co
 }  // namespace
 
 bool getEdgePoints(const KvProfileZSet& stack, double Lmax, double Lmin, QList<KvVector2D<double>>& points) {
-    if (Internal::traceEnabled(kTraceLevel))
-        Internal::trace(kTraceLevel,
-                        QStringLiteral("Contours::getEdgePoints(profSet(size=%1), Lmax=%2, Lmin=%3)")
-                            .arg(stack.size())
-                            .arg(Lmax)
-                            .arg(Lmin));
+    Internal::trace(kTraceLevel, "Contours::getEdgePoints(profSet(size=%1), Lmax=%2, Lmin=%3)", stack.size(),
+                    Lmax, Lmin);
     // One profile ahead of the one whose points are judged; nothing covers before the first or behind the
     // last.
     Coverage before, own;
@@ -58,10 +54,7 @@ bool getEdgePoints(const KvProfileZSet& stack, double Lmax, double Lmin, QList<K
         own = std::move(behind);
         segments = ahead;
     }
-    if (Internal::traceEnabled(kTraceLevel))
-        Internal::trace(
-            kTraceLevel,
-            QStringLiteral("Contours::getEdgePoints: returning true <points.count=%1>").arg(points.size()));
+    Internal::trace(kTraceLevel, "Contours::getEdgePoints: returning true <points.count=%1>", points.size());
     return true;
 }
 

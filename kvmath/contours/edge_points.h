@@ -1,8 +1,8 @@
 #pragma once
 // The points of a scan that lie on the edge of the object.
 
-#include <kvmath/core/global.h>
-#include <kvmath/core/vector2d.h>
+#include <kvmath/base/global.h>
+#include <kvmath/base/vector2d.h>
 
 #include <QtCore/QList>
 

@@ -4,8 +4,8 @@
 // Points are told apart by their coordinates: a repeated point stands in a hull under its first index.
 // Points with a coordinate that is not finite take no part, except that an infinite one may be the lowest.
 
-#include <kvmath/core/global.h>
-#include <kvmath/core/vector2d.h>
+#include <kvmath/base/global.h>
+#include <kvmath/base/vector2d.h>
 
 #include <QtCore/QList>
 

@@ -1,7 +1,7 @@
 #pragma once
 // Places in a plane, searched near first by questions that can refuse whole boxes.
 
-#include <kvmath/core/vector2d.h>
+#include <kvmath/base/vector2d.h>
 
 #include <QtCore/QList>
 

@@ -3,10 +3,10 @@
 // out of reach or behind the best places so far, and boxes without a free place; each of its boxes also knows
 // the box around the segments that start in it, so that only segments nearby are tested for crossing.
 
+#include <kvmath/base/count_p.h>
+#include <kvmath/base/trace_p.h>
 #include <kvmath/contours/hull.h>
 #include <kvmath/contours/plane_tree_p.h>
-#include <kvmath/core/count_p.h>
-#include <kvmath/core/trace_p.h>
 
 #include <QtCore/QString>
 
@@ -316,33 +316,25 @@ private:
     std::vector<int> next_;              ///< per place: the end of the segment that starts there; -1: none
 };
 
-void trace(const char* text, int count, const char* reason) {
-    if (Internal::traceEnabled(kTraceLevel))
-        Internal::trace(kTraceLevel, QString::fromLatin1(text).arg(count) + QLatin1String(reason));
-}
-
 }  // namespace
 
 QList<KvVector2D<double>> getPseudoConvexHull(const QList<KvVector2D<double>>& points, double Rmax,
                                               int maxPointsNumber) {
-    if (Internal::traceEnabled(kTraceLevel))
-        Internal::trace(
-            kTraceLevel,
-            QStringLiteral("Contours::getPseudoConvexHull(points(count=%1), Rmax=%2, maxPointsNumber=%3)")
-                .arg(points.size())
-                .arg(Rmax)
-                .arg(maxPointsNumber));
+    Internal::trace(kTraceLevel,
+                    "Contours::getPseudoConvexHull(points(count=%1), Rmax=%2, maxPointsNumber=%3)",
+                    points.size(), Rmax, maxPointsNumber);
     if (points.size() < 3) {
-        trace("Contours::getPseudoConvexHull returning points(count=%1)", Internal::countOf(points),
-              " <points.size <= 2>");
+        Internal::trace(kTraceLevel,
+                        "Contours::getPseudoConvexHull returning points(count=%1) <points.size <= 2>",
+                        points.size());
         return points;
     }
     QList<KvVector2D<double>> hull;
     const int first = Internal::lowestPoint(points);
     if (first >= 0)
         hull = Outline(points, Rmax).walk(points.at(first), maxPointsNumber);
-    trace("Contours::getPseudoConvexHull retuning res(count=%1)", Internal::countOf(hull),
-          " <ok>");  // published spelling
+    Internal::trace(kTraceLevel, "Contours::getPseudoConvexHull retuning res(count=%1) <ok>",
+                    hull.size());  // published spelling
     return hull;
 }
 

@@ -1,9 +1,9 @@
 #include <kvmath/contours/rectangle.h>
 
-#include <kvmath/core/count_p.h>
-#include <kvmath/numerics/trajectories.h>
+#include <kvmath/base/count_p.h>
 #include <kvmath/profile/profile.h>
-#include <kvmath/tsearch/line_geometry.h>
+#include <kvmath/profile/trajectories.h>
+#include <kvmath/segments/line_geometry.h>
 
 #include <algorithm>
 #include <cmath>

@@ -1,14 +1,14 @@
 #include <kvmath/contours/scan_lines.h>
 
+#include <kvmath/base/count_p.h>
+#include <kvmath/base/trace_p.h>
 #include <kvmath/contours/edge_points.h>
 #include <kvmath/contours/hull.h>
 #include <kvmath/contours/scan_grouping_p.h>
-#include <kvmath/core/count_p.h>
 #include <kvmath/core/line.h>
-#include <kvmath/core/trace_p.h>
 #include <kvmath/profile/profile_zset.h>
+#include <kvmath/segments/line_geometry.h>
 #include <kvmath/tsearch/finder.h>
-#include <kvmath/tsearch/line_geometry.h>
 
 #include <QtCore/QString>
 
@@ -99,18 +99,14 @@ void joinCorners(QList<LinePP>& lines, double reach) {
     }
 }
 
-void trace(int level, const QString& message) { Internal::trace(level, message); }
-
 void traceGroups(const ScanGrouping& scan, double zStep) {
     if (!Internal::traceEnabled(2))
         return;
-    trace(2, QStringLiteral("Contours::convertProfilesZ2Lines istep=%1; istepy=%2")
-                 .arg(scan.span(), 0, 'f', 0)
-                 .arg(scan.start));
+    Internal::trace(2, "Contours::convertProfilesZ2Lines istep=%1; istepy=%2",
+                    QString::number(scan.span(), 'f', 0), scan.start);
     for (const ScanGrouping::Group& group : scan.groups)
-        trace(2, QStringLiteral("Contours::convertProfilesZ2Lines insert profile(z=%1) to %2")
-                     .arg(scan.start + group.step * zStep)
-                     .arg(group.place));
+        Internal::trace(2, "Contours::convertProfilesZ2Lines insert profile(z=%1) to %2",
+                        scan.start + group.step * zStep, group.place);
 }
 
 /// The mapped profiles of the steps. With `separated`, an empty one stands in each gap between them.
@@ -152,22 +148,12 @@ QList<LinePP> convertProfilesZ2Lines(const PointCloud& cloud, double zStep, doub
                                      double maxDistanceBetweenPoints, double minimumLineLength,
                                      bool simplification, int refineIterations, KvProfileZSet* stack,
                                      KvProfile* outlinePoints, KvProfile* hullPoints) {
-    if (Internal::traceEnabled(1))
-        trace(1,
-              QStringLiteral("Contours::convertProfilesZ2Lines (pc(profiles.count=%1), zStep=%2, "
-                             "minimumLevel=%3, Rmax=%4, maxWidth=%5, Lmax=%6, Lmin=%7, maxPointsNumber=%8, "
-                             "maxDistanceBetweenPoints=%9, minimumLineLength=%10, simplification=%11)")
-                  .arg(cloud.profiles().size())
-                  .arg(zStep)
-                  .arg(minimumLevel)
-                  .arg(Rmax)
-                  .arg(maxWidth)
-                  .arg(Lmax)
-                  .arg(Lmin)
-                  .arg(maxPointsNumber)
-                  .arg(maxDistanceBetweenPoints)
-                  .arg(minimumLineLength)
-                  .arg(simplification ? 1 : 0));
+    Internal::trace(1,
+                    "Contours::convertProfilesZ2Lines (pc(profiles.count=%1), zStep=%2, minimumLevel=%3, "
+                    "Rmax=%4, maxWidth=%5, Lmax=%6, Lmin=%7, maxPointsNumber=%8, "
+                    "maxDistanceBetweenPoints=%9, minimumLineLength=%10, simplification=%11)",
+                    cloud.profiles().size(), zStep, minimumLevel, Rmax, maxWidth, Lmax, Lmin, maxPointsNumber,
+                    maxDistanceBetweenPoints, minimumLineLength, simplification ? 1 : 0);
     const ScanGrouping scan(cloud, zStep);
     QList<LinePP> lines;
     KvProfile hull;
@@ -192,12 +178,11 @@ QList<LinePP> convertProfilesZ2Lines(const PointCloud& cloud, double zStep, doub
     if (hullPoints != nullptr)
         *hullPoints = hull;
     // Published spelling of the first one.
-    if (Internal::traceEnabled(1))
-        trace(1, (scan.groups.empty() ? QStringLiteral("Contours::convertProfilesZ2Lines retuning "
-                                                       "lines(count=%1) <profiles.isEmpty=true>")
-                                      : QStringLiteral("Contours::convertProfilesZ2Lines returning "
-                                                       "lines(count=%1) <ok>"))
-                     .arg(lines.size()));
+    Internal::trace(1,
+                    scan.groups.empty()
+                        ? "Contours::convertProfilesZ2Lines retuning lines(count=%1) <profiles.isEmpty=true>"
+                        : "Contours::convertProfilesZ2Lines returning lines(count=%1) <ok>",
+                    lines.size());
     return lines;
 }
 

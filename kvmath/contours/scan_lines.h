@@ -12,8 +12,8 @@
 // Empty list: no points, no outline, no segment longer than minimumLineLength, or an outline that does not
 // close. maxPointsNumber has no effect: an outline cut off would be wrong.
 
-#include <kvmath/core/global.h>
-#include <kvmath/tsearch/line_types.h>
+#include <kvmath/base/global.h>
+#include <kvmath/segments/line_types.h>
 
 #include <QtCore/QList>
 

@@ -1,6 +1,6 @@
+#include <kvmath/base/count_p.h>
+#include <kvmath/base/trace_p.h>
 #include <kvmath/contours/segments_p.h>
-#include <kvmath/core/count_p.h>
-#include <kvmath/core/trace_p.h>
 
 #include <QtCore/QString>
 
@@ -36,17 +36,12 @@ QList<int> runs(const QList<KvPointXY>& points, double Lmax, double Lmin) {
 }  // namespace
 
 QList<int> getSegments(const KvProfile& profile, double Lmax, double Lmin) {
-    if (traceEnabled(kTraceLevel))
-        trace(kTraceLevel, QStringLiteral("Contours::getSegments(prof(size=%1), Lmax=%2, Lmin=%3)")
-                               .arg(profile.points.size())
-                               .arg(Lmax)
-                               .arg(Lmin));
+    trace(kTraceLevel, "Contours::getSegments(prof(size=%1), Lmax=%2, Lmin=%3)", profile.points.size(), Lmax,
+          Lmin);
     if (profile.points.size() < 2)
         return {};
     QList<int> segments = runs(profile.points, Lmax, Lmin);
-    if (traceEnabled(kTraceLevel))
-        trace(kTraceLevel,
-              QStringLiteral("Contours::getSegments returning res(count=%1) <ok>").arg(segments.size()));
+    trace(kTraceLevel, "Contours::getSegments returning res(count=%1) <ok>", segments.size());
     return segments;
 }
 

@@ -1,6 +1,6 @@
 #include <kvmath/wheel/apexes.h>
 
-#include <kvmath/core/count_p.h>
+#include <kvmath/base/count_p.h>
 #include <kvmath/wheel/wheel_lines_p.h>
 
 #include <algorithm>

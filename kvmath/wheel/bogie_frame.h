@@ -3,21 +3,24 @@
 // of double: points and vectors of three, matrices of nine, row-major, planes (a, b, c, d) with a x + b y + c
 // z + d = 0; mm and radians, tilts in degrees.
 
-#include <kvmath/core/global.h>
+#include <kvmath/base/global.h>
 
 namespace KvMath {
 
 /// A measured plane as the instruments give it, and as an equation.
 struct PlaneInfo {
-    double angleA = 0, angleB = 0;        ///< tilts, degrees, see convertKorvanAngles2NormVector
-    double distance = 0;                  ///< where it meets axis |axis1|, mm
-    int axis1 = 3, axis2 = 1, axis3 = 2;  ///< 1 to 3; axis1 may be negative
-    double plane[4] = {};
-    bool valid = false;  ///< whether `plane` holds the equation
+    double angleA = 0;    ///< tilt towards axis2, degrees, see convertKorvanAngles2NormVector
+    double angleB = 0;    ///< tilt towards axis3, degrees
+    double distance = 0;  ///< where the plane meets axis |axis1|, mm
+    int axis1 = 3;        ///< axis that the plane crosses, 1 to 3 or -1 to -3: the sign is that of the normal
+    int axis2 = 1;        ///< axis of angleA, 1 to 3
+    int axis3 = 2;        ///< axis of angleB, 1 to 3
+    double plane[4] = {};  ///< a, b, c, d of the equation, (a, b, c) of unit length; zero when not valid
+    bool valid = false;    ///< whether `plane` holds the equation
 };
 
-/// Fills `plane` and `valid` of each. Not valid, with `plane` zero: an axis number that is none, or anything
-/// not finite.
+/// Fills `plane` and `valid` of each of `count` planes. Not valid, with `plane` zero: an axis number that is
+/// none, or anything not finite.
 KVMATH_EXPORT void convertKorvanPlanes2planes(PlaneInfo* planes, int count);
 
 /// The common point of three planes. False, `point` untouched, when the determinant of their unit normals is
@@ -41,9 +44,9 @@ KVMATH_EXPORT void getRotationMatrixByAxisAndAngle(const double* axis, double an
 /// distances whose fourth powers are no doubles.
 KVMATH_EXPORT bool getAdjustmentData(const double* measured, const double* reference, int count, double* M,
                                      double* t);
-/// The same from planes: the rotation from the unit normals, then t by least squares from the offsets. Pairs
-/// whose planes are not both valid are left out. False, outputs untouched: null pointers, no three
-/// independent normals.
+/// The rigid map of getAdjustmentData from planes: the rotation from the unit normals, then t by least
+/// squares from the offsets. Pairs whose planes are not both valid are left out. False, outputs untouched:
+/// null pointers, no three independent normals.
 KVMATH_EXPORT bool getAdjustmentDataPlanesMethod(const PlaneInfo* measured, const PlaneInfo* reference,
                                                  int count, double* M, double* t);
 

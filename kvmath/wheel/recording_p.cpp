@@ -1,7 +1,9 @@
 #include <kvmath/wheel/recording_p.h>
 
 #include <kvmath/core/line.h>
+#include <kvmath/core/record_layout.h>
 #include <kvmath/profile/profile_z.h>
+#include <kvmath/wheel/wheel_files.h>
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
@@ -18,15 +20,21 @@ constexpr int kScannersAtMost = 49;
 
 QString withoutExtension(QString name) { return name.remove(QStringLiteral(".bin")); }
 
+/// The name as given, less every ".bin" in its last part: a directory may be called so.
+QString withoutOwnExtension(const QString& name) {
+    const QString own = QFileInfo(name).fileName();
+    return name.chopped(own.size()) + withoutExtension(own);
+}
+
 }  // namespace
 
 QString wheelDirectory(const QString& recording) {
-    const QString name = withoutExtension(recording);
+    const QString name = withoutOwnExtension(recording);
     return QDir::isAbsolutePath(name) ? name : QStringLiteral("./") + name;
 }
 
 QString wheelFile(const QString& directory, int wheel, int profile) {
-    return directory + QString::asprintf("/%02d_%02d.bin", wheel, profile);
+    return directory + QLatin1Char('/') + wheelFileName(wheel, profile);
 }
 
 int serialOf(const QString& recording) {
@@ -46,7 +54,8 @@ int scannerIndex(const QSettings& settings, int serial) {
 }
 
 QVariant sensorValue(const QSettings& settings, int index, const char* name, const QVariant& fallback) {
-    return settings.value(QStringLiteral("SENSOR%1/%2").arg(index).arg(QLatin1String(name)), fallback);
+    return settings.value(QStringLiteral("SENSOR%1/%2").arg(QString::number(index), QLatin1String(name)),
+                          fallback);
 }
 
 KvLine levelLine(const QSettings& settings, int index, const char* name, float slope, float intercept) {
@@ -66,13 +75,12 @@ int truncated(float value) {
 }
 
 bool readNextProfile(QFile& recording, KvProfileZ& profile) {
-    constexpr char kProfileZMarker = 0x05;
     char marker = 0;
     // The marker tells which of the two readers can succeed; trying both would read every record with Z
     // twice.
     if (recording.peek(&marker, 1) != 1)
         return false;
-    if (marker == kProfileZMarker)
+    if (marker == kProfileRecord)
         return profile.readFromFile(recording, false) >= 0;
     profile.z = std::numeric_limits<float>::quiet_NaN();
     return profile.KvPointCloud<KvPointXY>::readFromFile(recording) >= 0;

@@ -15,7 +15,8 @@ class KvProfileZ;
 
 namespace KvMath::Internal {
 
-/// Directory of a recording's wheel files: "./" and the name without ".bin"; an absolute name stays absolute.
+/// Directory of a recording's wheel files: "./" and the name, its last part without ".bin"; an absolute name
+/// stays absolute.
 QString wheelDirectory(const QString& recording);
 
 /// "DIRECTORY/WW_PP.bin", both numbers with at least two digits.

@@ -147,9 +147,9 @@ void convertKorvanAngles2NormVector(double angleA, double angleB, int axis1, int
     const auto isAxis = [](int axis) { return axis >= 1 && axis <= 3; };
     if (!(isAxis(axis1) || (axis1 >= -3 && axis1 <= -1)) || !isAxis(axis2) || !isAxis(axis3))
         return;
-    constexpr double toRadians =
+    constexpr double kToRadians =
         -0.01745329238474369;  // single-precision pi / 180, deliberately turned round
-    const double tanA = std::tan(angleA * toRadians), tanB = std::tan(angleB * toRadians);
+    const double tanA = std::tan(angleA * kToRadians), tanB = std::tan(angleB * kToRadians);
     const double m = 1 / std::sqrt(tanA * tanA + 1 + tanB * tanB);
     double& steepest = n[std::abs(axis1) - 1];
     steepest = axis1 < 0 ? -m : m;

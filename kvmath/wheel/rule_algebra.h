@@ -4,9 +4,9 @@
 // Plain arrays of double, never checked: a rule is nine numbers in the order of _KvORBIS_SensorCoordROT_, a
 // point or vector three, a matrix nine, row-major, a plane (a, b, c, d) with a x + b y + c z + d = 0. An
 // output may be one of the inputs. A frame without an inverse (parallel axes, collinear points) gives
-// infinities or NaN.
+// infinities, NaN or numbers that rounding decides.
 
-#include <kvmath/core/vector2d.h>
+#include <kvmath/base/vector2d.h>
 #include <kvmath/wheel/sensor_coord.h>
 
 namespace KvMath {
@@ -25,7 +25,7 @@ KVMATH_EXPORT double applyLinear2dRule(const double p[2], const double rule[3]);
 /// The rule as a frame: O its origin, M's columns the directions of profile x, profile y and their cross
 /// product.
 KVMATH_EXPORT void rule2matrix(const double* rule, double* M, double* O);
-/// Back again; M's third column is dropped.
+/// The frame (M, O) as a rule again; M's third column is dropped.
 KVMATH_EXPORT void matrix2rule(const double* M, const double* O, double* rule);
 
 /// Moves a rule, in place, by the map p -> M p + t.

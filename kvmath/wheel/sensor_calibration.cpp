@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numeric>
 #include <vector>
 
@@ -22,9 +23,7 @@ struct NodePairs {
     std::vector<Point> nodes;   // x is X, y is Z
 };
 
-NodePairs pairUp(const QList<KvPointXY>& apexes, QList<QPointF> nodes) {
-    std::stable_sort(nodes.begin(), nodes.end(),
-                     [](const QPointF& a, const QPointF& b) { return a.x() < b.x(); });
+NodePairs pairUp(const QList<KvPointXY>& apexes, const QList<QPointF>& nodes) {
     NodePairs pairs;
     for (int i = 0; i < std::min(apexes.size(), nodes.size()); ++i) {
         pairs.apexes.emplace_back(static_cast<double>(apexes[i].x), static_cast<double>(apexes[i].y));
@@ -56,6 +55,53 @@ double rmsResidual(const NodePairs& pairs, const Turn& turn, const Point& origin
         sum += dX * dX + dZ * dZ;
     }
     return std::sqrt(sum / static_cast<double>(pairs.nodes.size()));
+}
+
+/// Placement of a sensor relative to the object: angles in radians, origin in mm.
+struct Placement {
+    double A = 0, C = 0;
+    Point origin;  ///< X and Z
+    double originY = 0;
+    double extent = 0;                                           ///< distance of the outer nodes, mm
+    double residual = std::numeric_limits<double>::quiet_NaN();  ///< mm, root mean square in X and Z
+
+    bool isKnown() const { return std::isfinite(residual) && extent > 0; }
+};
+
+/// The direction and foreshortening of the outer pair give the angles, the means the origin.
+Placement placementOf(const NodePairs& pairs) {
+    Placement placement;
+    if (pairs.nodes.size() < 2)
+        return placement;
+    const double dx = pairs.apexes.back().x - pairs.apexes.front().x;
+    const double dy = pairs.apexes.back().y - pairs.apexes.front().y;
+    const double dX = pairs.nodes.back().x - pairs.nodes.front().x;
+    const double dZ = pairs.nodes.back().y - pairs.nodes.front().y;
+    const double cosSquared = std::min(1.0, std::max(0.0, (dX * dX + dZ * dZ - dy * dy) / (dx * dx)));
+    placement.C = std::asin(std::sqrt(1.0 - cosSquared));
+    placement.A = std::atan2(dX, dZ) - std::atan2(dy, std::cos(placement.C) * dx);
+    placement.extent = std::sqrt(dX * dX + dZ * dZ);
+    const Turn turn = {std::sin(placement.A), std::cos(placement.A), std::sin(placement.C),
+                       std::cos(placement.C)};
+    const Point apexMean = meanOf(pairs.apexes), nodeMean = meanOf(pairs.nodes), placedMean = turn(apexMean);
+    placement.origin = {nodeMean.x - placedMean.x, nodeMean.y - placedMean.y};
+    placement.originY = turn.sinC * apexMean.x;
+    placement.residual = rmsResidual(pairs, turn, placement.origin);
+    return placement;
+}
+
+/// The sensor's x may run with X or against it: of both orders of the nodes the one that fits better. Two
+/// pairs, or nodes that half a turn brings onto themselves, fit either way: then with X.
+Placement bestPlacement(const QList<KvPointXY>& apexes, QList<QPointF> nodes) {
+    constexpr double kRounding = 1e-9;  // of the extent
+    std::stable_sort(nodes.begin(), nodes.end(),
+                     [](const QPointF& a, const QPointF& b) { return a.x() < b.x(); });
+    const Placement along = placementOf(pairUp(apexes, nodes));
+    std::reverse(nodes.begin(), nodes.end());
+    const Placement against = placementOf(pairUp(apexes, nodes));
+    const bool isAgainst = against.isKnown() &&
+                           (!along.isKnown() || against.residual < along.residual - kRounding * along.extent);
+    return isAgainst ? against : along;
 }
 
 double turnAngle(const Point& before, const Point& vertex, const Point& behind) {
@@ -93,30 +139,15 @@ bool ORBIS_calcAnglesCoord(KvProfile profile, float objectX, float objectY, floa
         debug->lines.append(lines);
         debug->points += apexes.points;
     }
-    const NodePairs pairs = pairUp(apexes.points, std::move(nodes));
-    if (pairs.nodes.size() < 2)
+    const Placement placement = bestPlacement(apexes.points, std::move(nodes));
+    if (!placement.isKnown() || placement.residual > static_cast<double>(maxResidual))
         return false;
-
-    const double dx = pairs.apexes.back().x - pairs.apexes.front().x;
-    const double dy = pairs.apexes.back().y - pairs.apexes.front().y;
-    const double dX = pairs.nodes.back().x - pairs.nodes.front().x;
-    const double dZ = pairs.nodes.back().y - pairs.nodes.front().y;
-    const double cosSquared = std::min(1.0, std::max(0.0, (dX * dX + dZ * dZ - dy * dy) / (dx * dx)));
-    const double C = std::asin(std::sqrt(1.0 - cosSquared));
-    const double A = std::atan2(dX, dZ) - std::atan2(dy, std::cos(C) * dx);
-    const Turn turn = {std::sin(A), std::cos(A), std::sin(C), std::cos(C)};
-    const Point apexMean = meanOf(pairs.apexes), nodeMean = meanOf(pairs.nodes), placedMean = turn(apexMean);
-    const Point origin = {nodeMean.x - placedMean.x, nodeMean.y - placedMean.y};
-    const double residual = rmsResidual(pairs, turn, origin);
-    if (!std::isfinite(residual) || !(dX * dX + dZ * dZ > 0) || residual > static_cast<double>(maxResidual))
-        return false;
-
-    coord.x = static_cast<float>(origin.x + static_cast<double>(objectX));
-    coord.y = static_cast<float>(turn.sinC * apexMean.x + static_cast<double>(objectY));
-    coord.z = static_cast<float>(origin.y + static_cast<double>(objectZ));
-    coord.angleA = static_cast<float>(std::remainder(A * kDegreesPerRadian, 360.0));
+    coord.x = static_cast<float>(placement.origin.x + static_cast<double>(objectX));
+    coord.y = static_cast<float>(placement.originY + static_cast<double>(objectY));
+    coord.z = static_cast<float>(placement.origin.y + static_cast<double>(objectZ));
+    coord.angleA = static_cast<float>(std::remainder(placement.A * kDegreesPerRadian, 360.0));
     coord.angleB = 0.0F;
-    coord.angleC = static_cast<float>(C * kDegreesPerRadian);
+    coord.angleC = static_cast<float>(placement.C * kDegreesPerRadian);
     return true;
 }
 

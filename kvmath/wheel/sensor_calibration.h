@@ -1,8 +1,8 @@
 #pragma once
 // Where a sensor stands, from one profile of an object whose ridges are known; mm and degrees.
 
+#include <kvmath/base/vector2d.h>
 #include <kvmath/core/line.h>
-#include <kvmath/core/vector2d.h>
 #include <kvmath/profile/profile.h>
 #include <kvmath/wheel/sensor_coord.h>
 
@@ -12,9 +12,9 @@ namespace KvMath {
 
 /// What a calibration looked at, for display.
 struct _KvORBIS_DbgData_ {
-    QList<KvProfile> profiles;
-    QList<QList<KvLine>> lines;
-    QList<KvPointXY> points;
+    QList<KvProfile> profiles;   ///< one per call, as it was given
+    QList<QList<KvLine>> lines;  ///< per call, two for each apex: before and behind it
+    QList<KvPointXY> points;     ///< apexes of all calls, mm
 };
 
 /// What ORBIS_detectCalibrNodes answers.
@@ -22,7 +22,10 @@ enum codeResult : int { CalibrNodesFound = 0, CalibrNodesTooFewPoints = 1, Calib
 
 /// Placement by angles, in degrees, of a sensor that sees ridges of a calibration object at (objectX,
 /// objectY, objectZ). `nodes` are the (X, Z) of the ridges relative to the object. The apexes of the profile
-/// (ORBIS_detectApexes, 2 mm) and the nodes are paired in order of x. B is 0: one profile does not show it.
+/// (ORBIS_detectApexes, 2 mm) in order of x are paired with the nodes in order of X and, since the sensor's x
+/// may run against X, once more in the opposite order; the smaller residual is kept. Two pairs, or nodes that
+/// half a turn brings onto themselves, fit both ways alike: then x runs with X, A being half a turn off where
+/// that is wrong. More pairs in other places tell. B is 0: one profile does not show it.
 /// The outer pair gives C from the foreshortening, |dNode|^2 = cos^2 C dx^2 + dy^2 with cos^2 C limited to
 /// [0, 1] and C in [0, 90] (its sign does not show either), and A from the direction; the origin makes the
 /// means coincide. False, `coord` untouched: fewer than two pairs, pairs without extent, or a root mean

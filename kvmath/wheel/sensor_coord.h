@@ -3,8 +3,8 @@
 // point (X, Y, Z) in mm. What is appended to a cloud leaves its old points in front and its cached range as
 // it was. Nothing is checked: unset or infinite numbers go through the sums.
 
+#include <kvmath/base/vector2d.h>
 #include <kvmath/core/point_cloud.h>
-#include <kvmath/core/vector2d.h>
 #include <kvmath/profile/profile.h>
 
 namespace KvMath {
@@ -12,16 +12,25 @@ namespace KvMath {
 /// The rule of a sensor: origin + (column of x) x + (column of y) y. Nine doubles without padding, in the
 /// order of the arrays `rule` of rule_algebra.h: &rule.originX is such an array.
 struct _KvORBIS_SensorCoordROT_ {
-    double originX, originY, originZ;  ///< place of the profile point (0, 0), mm
-    double xFromX, xFromY;             ///< growth of X per mm of profile x and of profile y
-    double yFromX, yFromY;             ///< of Y
-    double zFromX, zFromY;             ///< of Z
+    double originX;  ///< X of the profile point (0, 0), mm
+    double originY;  ///< Y of the profile point (0, 0), mm
+    double originZ;  ///< Z of the profile point (0, 0), mm
+    double xFromX;   ///< growth of X per mm of profile x
+    double xFromY;   ///< growth of X per mm of profile y
+    double yFromX;   ///< growth of Y per mm of profile x
+    double yFromY;   ///< growth of Y per mm of profile y
+    double zFromX;   ///< growth of Z per mm of profile x
+    double zFromY;   ///< growth of Z per mm of profile y
 };
 
 /// A sensor placed by its origin, mm, and three angles; their unit is that of the function that takes it.
 struct _KvORBIS_SensorCoord_ {
-    float x, y, z;
-    float angleA, angleB, angleC;
+    float x;       ///< X of the origin, mm
+    float y;       ///< Y of the origin, mm
+    float z;       ///< Z of the origin, mm
+    float angleA;  ///< A of the sums in ORBIS_XYtoXYZ
+    float angleB;  ///< B of the sums in ORBIS_XYtoXYZ
+    float angleC;  ///< C of the sums in ORBIS_XYtoXYZ
 };
 
 /// Appends every point by the rule; sums in double, stored as float.
@@ -37,10 +46,10 @@ KVMATH_EXPORT void ORBIS_XYtoXYZ(const KvProfile& profile, KvPointCloud<KvPointX
 KVMATH_EXPORT void ORBIS_XYtoXYZ(const KvProfile& profile, KvPointCloud<KvPointXYZ>& cloud,
                                  const _KvORBIS_SensorCoord_& sensor);
 
-/// The same sums with the angles in RADIANS, for the index-th profile, taken every `step` mm, of a body that
-/// rolls along X on a circle of `radius` mm: with s = index step and theta = -(step / radius index), X grows
-/// by radius cos theta - s and Z by radius sin theta. At index 0 that is (radius, 0, 0), not nothing. A
-/// radius of 0 gives infinities or NaN.
+/// Appends every point by the angles in RADIANS, with the sums of the form in degrees, for the index-th
+/// profile, taken every `step` mm, of a body that rolls along X on a circle of `radius` mm: with s = index
+/// step and theta = -(step / radius index), X grows by radius cos theta - s and Z by radius sin theta. At
+/// index 0 that is (radius, 0, 0), not nothing. A radius of 0 gives infinities or NaN.
 KVMATH_EXPORT void ORBIS_XYtoXYZ(const KvProfile& profile, KvPointCloud<KvPointXYZ>& cloud,
                                  const _KvORBIS_SensorCoord_& sensor, float radius, float step, int index);
 
@@ -49,11 +58,11 @@ KVMATH_EXPORT void ORBIS_XYtoXYZ(const KvVector2D<double>& point, KvPointXYZ& ou
                                  const _KvORBIS_SensorCoordROT_& rule);
 
 /// The rule that carries the first three profile points exactly onto the first three places in space
-/// (Cramer's rule). Always true: collinear profile points give infinite or NaN fields, fewer than three
-/// points in either cloud nine NaN.
+/// (Cramer's rule). Always true: collinear profile points give fields that are infinite, NaN or decided by
+/// rounding, fewer than three points in either cloud nine NaN.
 KVMATH_EXPORT bool ORBIS_calcCoord(KvPointCloud<KvPointXY> pts2d, KvPointCloud<KvPointXYZ> pts3d,
                                    _KvORBIS_SensorCoordROT_& rule);
-/// The same into nine doubles in the order of the structure.
+/// The rule of ORBIS_calcCoord as nine doubles, in the order of the structure.
 KVMATH_EXPORT bool ORBIS_calcCoordinatesFrom3p(KvPointCloud<KvPointXY> pts2d, KvPointCloud<KvPointXYZ> pts3d,
                                                double rule[9]);
 

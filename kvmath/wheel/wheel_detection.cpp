@@ -1,6 +1,6 @@
 #include <kvmath/wheel/wheel_detection.h>
 
-#include <kvmath/core/count_p.h>
+#include <kvmath/base/count_p.h>
 #include <kvmath/profile/profile_z.h>
 #include <kvmath/wheel/recording_p.h>
 #include <kvmath/wheel/wheel_lines_p.h>
@@ -95,20 +95,9 @@ struct Trial {
     KvProfile summary;
 };
 
-bool detect(const QString& fileName, QSettings* settings, int mode, Trial* trial,
-            QList<WheelPassage>& passages) {
-    if (settings == nullptr)
-        return false;
-    const int scanner = Internal::scannerIndex(*settings, Internal::serialOf(fileName));
-    if (scanner == 0)
-        return false;
-    const DetectionSettings wanted = readSettings(*settings, scanner);
-    const QString directory = Internal::wheelDirectory(fileName);
-    QDir().mkdir(directory);
-    QFile recording(fileName);
-    if (!recording.open(QIODevice::ReadOnly))
-        return false;
-
+/// The wheels from where the recording stands.
+QList<WheelPassage> detectIn(QFile& recording, const DetectionSettings& wanted, int mode,
+                             const QString& directory, Trial* trial) {
     WheelFiles files(directory, wanted.minProfiles);
     KvProfileZ profile;
     for (int record = 0; Internal::readNextProfile(recording, profile); ++record) {
@@ -126,7 +115,26 @@ bool detect(const QString& fileName, QSettings* settings, int mode, Trial* trial
             trial->summary.points.append({static_cast<float>(wheel), static_cast<float>(number)});
         }
     }
-    passages = files.passages();
+    return files.passages();
+}
+
+/// `minProfiles` in place of that of the settings where it is given.
+bool detect(const QString& fileName, QSettings* settings, int mode, const int* minProfiles, Trial* trial,
+            QList<WheelPassage>& passages) {
+    if (settings == nullptr)
+        return false;
+    const int scanner = Internal::scannerIndex(*settings, Internal::serialOf(fileName));
+    if (scanner == 0)
+        return false;
+    DetectionSettings wanted = readSettings(*settings, scanner);
+    if (minProfiles != nullptr)
+        wanted.minProfiles = *minProfiles;
+    const QString directory = Internal::wheelDirectory(fileName);
+    QDir().mkdir(directory);
+    QFile recording(fileName);
+    if (!recording.open(QIODevice::ReadOnly))
+        return false;
+    passages = detectIn(recording, wanted, mode, directory, trial);
     return true;
 }
 
@@ -145,10 +153,25 @@ bool moreThan(const QList<KvPointXY>& points, int limit, Test test) {
 
 bool ORBIS_detectWheels(QString fileName, QSettings* settings, int mode, int* wheelCount,
                         QList<WheelPassage>& passages) {
-    if (wheelCount == nullptr || !detect(fileName, settings, mode, nullptr, passages))
+    if (wheelCount == nullptr || !detect(fileName, settings, mode, nullptr, nullptr, passages))
         return false;
     *wheelCount = Internal::countOf(passages);
     return true;
+}
+
+bool ORBIS_detectWheels(QString fileName, QSettings* settings, int mode, int minProfiles, int* wheelCount,
+                        QList<WheelPassage>& passages) {
+    if (wheelCount == nullptr || !detect(fileName, settings, mode, &minProfiles, nullptr, passages))
+        return false;
+    *wheelCount = Internal::countOf(passages);
+    return true;
+}
+
+QList<WheelPassage> splitWheels(QFile& recording, const QSettings& settings, int scanner, int mode,
+                                int minProfiles, const QString& directory) {
+    DetectionSettings wanted = readSettings(settings, scanner);
+    wanted.minProfiles = minProfiles;
+    return recording.isOpen() ? detectIn(recording, wanted, mode, directory, nullptr) : QList<WheelPassage>();
 }
 
 bool ORBIS_detectWheels(QString fileName, QSettings* settings, int mode, int* wheelCount) {
@@ -160,7 +183,8 @@ bool ORBIS_detectWheels_Test(QString fileName, QSettings* settings, int mode, in
                              QSettings* result) {
     Trial trial = {result, {}};
     QList<WheelPassage> passages;
-    if (result == nullptr || wheelCount == nullptr || !detect(fileName, settings, mode, &trial, passages))
+    if (result == nullptr || wheelCount == nullptr ||
+        !detect(fileName, settings, mode, nullptr, &trial, passages))
         return false;
     trial.summary.writeToCSVFile(QStringLiteral("test.csv"));
     *wheelCount = Internal::countOf(passages);

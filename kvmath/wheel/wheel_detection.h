@@ -12,6 +12,7 @@
 #include <QtCore/QString>
 #include <QtCore/QVector>
 
+class QFile;
 class QSettings;
 
 namespace KvMath {
@@ -42,14 +43,26 @@ struct WheelPassage {
     QVector<float> z;      ///< its place along the scan, mm; NaN for records without Z
 };
 
-/// The same, and `passages` is replaced by one entry per wheel that stays: what scanners that are triggered
-/// together saw at one moment has one record number. On false it is left alone.
+/// Finds the wheels as the form without passages, and replaces `passages` by one entry per wheel that stays:
+/// what scanners that are triggered together saw at one moment has one record number. On false it is left
+/// alone.
 KVMATH_EXPORT bool ORBIS_detectWheels(QString fileName, QSettings* settings, int mode, int* wheelCount,
                                       QList<WheelPassage>& passages);
 
-/// The first form for trying settings: without the two level cuts; the number of the profile (from 1) that
-/// begins wheel w goes to `result` under "Wheel_<w>/firstProfInWheel", and all pairs (w, profile) to
-/// "test.csv" in the current directory, undone wheels included.
+/// Finds the wheels as the form before, with `minProfiles` in place of the setting "minProfsInWheel".
+KVMATH_EXPORT bool ORBIS_detectWheels(QString fileName, QSettings* settings, int mode, int minProfiles,
+                                      int* wheelCount, QList<WheelPassage>& passages);
+
+/// Finds the wheels in an open recording, from where it stands to its end, as ORBIS_detectWheels does, with
+/// the settings of scanner `scanner` (not checked) and `minProfiles` in place of "minProfsInWheel". The files
+/// go into `directory`, which exists (not made), under the names of wheelFileName. One entry per wheel that
+/// stays; none for a recording that is not open.
+KVMATH_EXPORT QList<WheelPassage> splitWheels(QFile& recording, const QSettings& settings, int scanner,
+                                              int mode, int minProfiles, const QString& directory);
+
+/// ORBIS_detectWheels for trying settings: without the two level cuts; the number of the profile (from 1)
+/// that begins wheel w goes to `result` under "Wheel_<w>/firstProfInWheel", and all pairs (w, profile) to
+/// "test.csv" in the current directory, undone wheels included. False also for a null result.
 KVMATH_EXPORT bool ORBIS_detectWheels_Test(QString fileName, QSettings* settings, int mode, int* wheelCount,
                                            QSettings* result);
 

@@ -1,6 +1,6 @@
 #include <kvmath/wheel/wheel_lines_p.h>
 
-#include <kvmath/tsearch/line_extraction.h>
+#include <kvmath/segments/line_extraction.h>
 
 #include <memory>
 

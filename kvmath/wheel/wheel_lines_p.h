@@ -1,7 +1,7 @@
 #pragma once
 // Contours and straight pieces as vectors, which free themselves on every way out.
 
-#include <kvmath/core/vector2d.h>
+#include <kvmath/base/vector2d.h>
 #include <kvmath/profile/profile.h>
 
 #include <vector>

@@ -42,7 +42,6 @@ bool ORBIS_calcWheel(const KvPointCloud<KvPointXYZ>& a, const KvPointCloud<KvPoi
 
 void ORBIS_calcWheelParameters(const KvPointCloud<KvPointXYZ>& points, KvCircle wheel,
                                _WheelProfileValues* values, KvProfile* profileOut, KvProfile* debugPoints) {
-    constexpr int kFewestPoints = 4;
     if (values == nullptr)
         return;
     for (const int computed : {0, 1, 2, 3, 6, 7, 8, 9, 10})
@@ -52,8 +51,7 @@ void ORBIS_calcWheelParameters(const KvPointCloud<KvPointXYZ>& points, KvCircle 
         *profileOut = profile;
     if (debugPoints != nullptr)
         debugPoints->clear();
-    if (profile.points.size() >= kFewestPoints)
-        Internal::measureFlange(profile, Internal::kBasicWheel, *values, debugPoints);
+    Internal::measureFlange(profile, Internal::kBasicWheel, *values, debugPoints);
 }
 
 }  // namespace KvMath

@@ -1,6 +1,6 @@
 #include <kvmath/wheel/wheel_profile_p.h>
 
-#include <kvmath/core/count_p.h>
+#include <kvmath/base/count_p.h>
 
 #include <cmath>
 

@@ -1,12 +1,12 @@
 // Circles and straight pieces of wheel profiles.
 
-#include <kvmath/core/constants_p.h>
-#include <kvmath/core/count_p.h>
-#include <kvmath/numerics/circle_fitting.h>
+#include <kvmath/base/constants_p.h>
+#include <kvmath/base/count_p.h>
 #include <kvmath/numerics/fitting.h>
 #include <kvmath/numerics/small_matrix.h>
+#include <kvmath/profile/circle_fitting.h>
+#include <kvmath/segments/line_geometry.h>
 #include <kvmath/tsearch/finder.h>
-#include <kvmath/tsearch/line_geometry.h>
 #include <kvmath/wheel/wheel_variants.h>
 
 #include <algorithm>

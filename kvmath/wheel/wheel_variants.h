@@ -1,17 +1,17 @@
 #pragma once
 // Wheels of trams and locomotives, and the rim: circles of known radius, the face and the corner of the rim.
 // All on the wheel profile (wheel_parameters.h): x lateral, y depth below the flange tip, mm. Points with a
-// coordinate that is not finite take no part.
+// coordinate that is not finite take no part unless a function says otherwise.
 
 #include <kvmath/core/circle.h>
 #include <kvmath/profile/profile.h>
-#include <kvmath/tsearch/find_params.h>
-#include <kvmath/tsearch/line_types.h>
+#include <kvmath/segments/find_params.h>
+#include <kvmath/segments/line_types.h>
 #include <kvmath/wheel/wheel_parameters.h>
 
 namespace KvMath {
 
-/// Where the values of a profile are taken, mm. The basic wheel: 70, 2, 13, 18, 30.
+/// Where the values of a profile are taken, mm. The basic wheel: 70, 2, 13, 18, NaN.
 struct _CalcProfileParameters_ {
     float treadPosition;   ///< lateral position of the tread point
     float flankDepth;      ///< depth of the flank point
@@ -35,7 +35,8 @@ struct _CalcRimParameters_ {
 KVMATH_EXPORT void ORBIS_calcWheelParameters_Tram(const KvPointCloud<KvPointXYZ>& points, KvCircle wheel,
                                                   _WheelProfileValues* values, KvProfile* profileOut,
                                                   KvProfile* debugPoints);
-/// The same for a locomotive wheel: positions of the basic wheel, nominal 30, wheelType 2.
+/// All values of a locomotive wheel, as for a tram wheel: positions of the basic wheel, nominal 30,
+/// wheelType 2.
 KVMATH_EXPORT void ORBIS_calcWheelParameters_Loko(const KvPointCloud<KvPointXYZ>& points, KvCircle wheel,
                                                   _WheelProfileValues* values, KvProfile* profileOut,
                                                   KvProfile* debugPoints);
@@ -60,10 +61,12 @@ KVMATH_EXPORT bool maxLineDetect(const KvProfile& profile, const TSFindTemplateP
 /// convergence. Points on a line can end in some huge circle: look at the radius.
 KVMATH_EXPORT bool calcRefPoint(const KvProfile& profile, int first, int last, KvPointXY& centre,
                                 float& radius);
-/// The same for a known radius; false also for a radius that is not finite and > 0.
+/// Centre of the circle of known radius through the points first ... last, found as in calcRefPoint. False
+/// also for a radius that is not finite and > 0.
 KVMATH_EXPORT bool calcRefPointWithConstR(const KvProfile& profile, int first, int last, float radius,
                                           KvPointXY& centre);
-/// The same in the plane through all points of a cloud.
+/// Centre of the circle of known radius through all points of a cloud, in their plane (planeFitting). False,
+/// `centre` untouched, as calcRefPointWithConstR.
 KVMATH_EXPORT bool calcRefPointWithConstR3D(const KvPointCloud<KvPointXYZ>& points, float radius,
                                             KvPointXYZ& centre);
 
@@ -72,13 +75,14 @@ KVMATH_EXPORT bool calcRefPointWithConstR3D(const KvPointCloud<KvPointXYZ>& poin
 KVMATH_EXPORT bool detectRimForB2B(const KvProfile& profile, const _CalcRimParameters_& params,
                                    float& position);
 /// Corner of the rim: where the line of that face meets the line of the segment whose end is nearest to one
-/// of its ends. False, `point` untouched: no face, no other segment, or parallel ones.
+/// of its ends. False, `point` untouched: no face, no other segment, or exactly parallel ones.
 KVMATH_EXPORT bool calcRimRefPoint(const KvProfile& profile, const _CalcRimParameters_& params,
                                    KvPointXY& point);
 /// Depth of the rim's corner below the flange tip, the least depth of the profile. NaN without points.
 KVMATH_EXPORT float calcRimThFlng(const KvProfile& profile, const KvPointXY& rim);
 /// Depth of the rim's corner below the tread at this lateral position, on the line between its two
-/// neighbours. NaN beyond the ends of the profile.
+/// neighbours. The points rise in x and are all set, as ORBIS_calcWheelParams_FromProf_Tram leaves them. NaN
+/// beyond the ends of the profile.
 KVMATH_EXPORT float calcRimThSurf(const KvProfile& profile, const KvPointXY& rim, float treadPosition);
 
 /// A wheel seen from the side, by a scanner whose plane holds the wheel's circle: the algebraic circle fit
@@ -86,10 +90,11 @@ KVMATH_EXPORT float calcRimThSurf(const KvProfile& profile, const KvPointXY& rim
 KVMATH_EXPORT bool detectWheelByCenterScanner(const KvProfile& profile, float minRadius, float maxRadius,
                                               KvCircle& wheel);
 /// The direction, degrees from +x in (-180, 180], from the middle point of such a profile (index size / 2) to
-/// the centre of the circle of known radius through it. False, `angle` untouched, as calcRefPointWithConstR.
+/// the centre of the circle of known radius through it. False, `angle` untouched, as calcRefPointWithConstR
+/// and for an unset middle point.
 KVMATH_EXPORT bool detectWheelByCScanOnlyAngle(const KvProfile& profile, float radius, float& angle);
 
-/// Turns about the origin by `degrees`, counter-clockwise, then moves by (dx, dy).
+/// Turns all points about the origin by `degrees`, counter-clockwise, then moves them by (dx, dy), mm.
 KVMATH_EXPORT void transform2dProfile(KvProfile& profile, float dx, float dy, float degrees);
 
 }  // namespace KvMath

@@ -1,6 +1,6 @@
 #include <kvmath/wheel/wheelset_distance.h>
 
-#include <kvmath/core/count_p.h>
+#include <kvmath/base/count_p.h>
 #include <kvmath/wheel/recording_p.h>
 
 #include <QtCore/QDir>

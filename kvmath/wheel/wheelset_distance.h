@@ -32,9 +32,9 @@ KVMATH_EXPORT float ORBIS_calcWheelsDist(KvProfile& profileA, KvProfile& profile
 KVMATH_EXPORT bool ORBIS_calcWheelsDistInTrain(QString recordingA, QString recordingB, int wheelCount,
                                                QSettings* settings, float* const distances);
 
-/// The same for wheels firstWheel ... firstWheel + wheelCount - 1, to distances[0 ... wheelCount - 1]: behind
-/// a wheel that one scanner missed the work can go on. False also for a firstWheel below 1 or a last wheel
-/// that is no int.
+/// The distances of wheelsets firstWheel ... firstWheel + wheelCount - 1, as the form from wheelset 1 on, to
+/// distances[0 ... wheelCount - 1]: behind a wheel that one scanner missed the work can go on. False also for
+/// a firstWheel below 1 or a last wheel that is no int.
 KVMATH_EXPORT bool ORBIS_calcWheelsDistInTrain(QString recordingA, QString recordingB, int firstWheel,
                                                int wheelCount, QSettings* settings, float* const distances);
 
