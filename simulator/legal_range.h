@@ -9,7 +9,8 @@ namespace Simulator {
 inline QString outside(const QString& field, double value, double minimum, double maximum) {
     if (value >= minimum && value <= maximum)  // false for NaN
         return {};
-    return QString("%1: %2 is outside %3 ... %4").arg(field).arg(value).arg(minimum).arg(maximum);
+    return QString("%1: %2 is outside %3 ... %4")
+        .arg(field, QString::number(value), QString::number(minimum), QString::number(maximum));
 }
 
 }  // namespace Simulator

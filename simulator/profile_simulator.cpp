@@ -158,13 +158,46 @@ std::vector<OutlinePiece> clipped(const std::vector<OutlinePiece>& pieces, doubl
 
 // ---- what a real scanner adds
 
-std::vector<double> spikeOffsets(const ProfileRecipe& recipe) {
-    std::vector<double> offsets(static_cast<std::size_t>(recipe.points), 0.0);
+/// Columns that are still free, found again from any column on.
+class FreeColumns {
+public:
+    explicit FreeColumns(const std::vector<double>& heights) : next_(heights.size() + 1) {
+        for (std::size_t i = 0; i < next_.size(); ++i)
+            next_[i] = i < heights.size() && std::isnan(heights[i]) ? i + 1 : i;
+    }
+
+    /// The column itself, or the next free one behind it, from the last on to the first; none: the number of
+    /// columns. It is free no more.
+    std::size_t take(std::size_t column) {
+        std::size_t found = find(column);
+        if (found + 1 == next_.size())
+            found = find(0);
+        if (found + 1 < next_.size())
+            next_[found] = found + 1;
+        return found;
+    }
+
+private:
+    std::size_t find(std::size_t column) {
+        while (next_[column] != column)
+            column = next_[column] = next_[next_[column]];
+        return column;
+    }
+
+    std::vector<std::size_t> next_;  // the first free column from each on, with steps on the way
+};
+
+/// As many spikes as asked for, each in a column of its own that has a height.
+std::vector<double> spikeOffsets(const ProfileRecipe& recipe, const std::vector<double>& heights) {
+    std::vector<double> offsets(heights.size(), 0.0);
+    FreeColumns free(heights);
     Draws draws(recipe.seed, SpikeStream);
     for (int i = 0; i < recipe.spikes; ++i) {
-        const int column = draws.below(recipe.points);
+        const std::size_t column = free.take(static_cast<std::size_t>(draws.below(recipe.points)));
+        if (column == heights.size())
+            break;
         const double sign = draws.unit() < 0.5 ? -1.0 : 1.0;
-        offsets[static_cast<std::size_t>(column)] = sign * recipe.spikeHeight * (0.5 + 0.5 * draws.unit());
+        offsets[column] = sign * recipe.spikeHeight * (0.5 + 0.5 * draws.unit());
     }
     return offsets;
 }
@@ -191,18 +224,22 @@ std::vector<bool> missingColumns(const ProfileRecipe& recipe) {
 
 void scan(const ProfileRecipe& recipe, const std::vector<OutlinePiece>& pieces, KvMath::KvProfile& profile) {
     const std::vector<bool> missing = missingColumns(recipe);
-    const std::vector<double> spikes = spikeOffsets(recipe);
+    std::vector<float> places;
+    std::vector<double> heights;
+    for (int i = 0; i < recipe.points; ++i) {
+        const double share = static_cast<double>(i) / (recipe.points - 1);
+        places.push_back(static_cast<float>(recipe.xFrom + (recipe.xTo - recipe.xFrom) * share));
+        heights.push_back(
+            missing[places.size() - 1] ? kNaN : surfaceHeight(pieces, static_cast<double>(places.back())));
+    }
+    const std::vector<double> spikes = spikeOffsets(recipe, heights);
     Draws noise(recipe.seed, NoiseStream);
     profile.points.reserve(recipe.points);
-    for (int i = 0; i < recipe.points; ++i) {
-        const auto column = static_cast<std::size_t>(i);
-        const double share = static_cast<double>(i) / (recipe.points - 1);
-        const auto x = static_cast<float>(recipe.xFrom + (recipe.xTo - recipe.xFrom) * share);
-        const double disturbed =
-            recipe.noise * noise.normal() + spikes[column];  // drawn for missing columns too
-        const double y = missing[column] ? kNaN : surfaceHeight(pieces, static_cast<double>(x)) + disturbed;
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        const double disturbed = recipe.noise * noise.normal() + spikes[i];  // drawn for missing columns too
+        const double y = heights[i] + disturbed;
         if (recipe.keepMissing || !std::isnan(y))
-            profile.points.append(KvMath::KvPointXY(x, static_cast<float>(y)));
+            profile.points.append(KvMath::KvPointXY(places[i], static_cast<float>(y)));
     }
     profile.calcRange();
 }

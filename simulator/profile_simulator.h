@@ -46,10 +46,10 @@ struct ProfileRecipe {
     double noise = 0.0;                 ///< standard deviation of the heights, normal, 0 ... 1,000 mm
     int dropouts = 0;                   ///< gaps, 0 ... points; they may overlap
     int dropoutLength = 8;              ///< mean number of columns missing in a gap, 1 ... 100,000
-    int spikes = 0;            ///< single points that are far off, 0 ... points; drawn with repetition
+    int spikes = 0;                     ///< single points that are far off, 0 ... points
     double spikeHeight = 5.0;  ///< a spike is off by half of this to this, up or down, 0 ... 1,000 mm
     bool keepMissing = false;  ///< columns without a height stay as points with y NaN
-    std::uint64_t seed = 1;    ///< of noise, gaps and spikes, which are drawn independently of each other
+    std::uint64_t seed = 1;    ///< of noise, gaps and spikes; each is drawn by itself
 };
 
 /// Piece of the clean geometry as the scanner sees it placed, from left to right on the part.

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
+#include <cstdio>
 
 namespace Simulator {
 
@@ -34,17 +35,41 @@ TreadDefect flat(const WheelShape& shape) {
     return {0, kLength, kLength * kLength / (4 * shape.treadDiameter), 45, 200, 10, false};
 }
 
+/// Travel from trigger to trigger, up to this end or back from it; the same for all scanners.
+class Drive {
+public:
+    Drive(const PassRecipe& recipe, double end)
+        : spacing_(recipe.spacing), uneven_(recipe.uneven), end_(end - recipe.spacing),
+          isBackwards_(recipe.isBackwards) {}
+
+    double travel() const { return isBackwards_ ? end_ - travel_ : travel_; }
+    bool isDone() const { return travel_ > end_; }
+    void go() {
+        constexpr double kWave = 7000, kTurn = 2 * 3.14159265358979323846;  // mm between equal speeds
+        ++record_;
+        travel_ = uneven_ > 0 ? travel_ + spacing_ * (1 + uneven_ * std::sin(kTurn * travel_ / kWave))
+                              : record_ * spacing_;
+    }
+
+private:
+    double spacing_, uneven_, end_;
+    bool isBackwards_;
+    int record_ = 0;
+    double travel_ = 0;  ///< since the first trigger
+};
+
 /// Writes what one scanner sees of the whole pass.
 class Recorder {
 public:
     Recorder(const PassRecipe& recipe, const std::vector<Wheelset>& train, const Scanner& scanner)
         : recipe_(recipe), scanner_(scanner), noise_(recipe.seed, stream(1)), gaps_(recipe.seed, stream(2)),
-          lost_(recipe.seed, stream(3)) {
+          lost_(recipe.seed, stream(3)), glints_(recipe.seed, stream(5)),
+          drive_(recipe, train.back().place + kRunIn) {
         Draws targets(recipe.seed, stream(4));
         for (const Wheelset& wheelset : train) {
             const double half = wheelset.backToBack / 2;
             const double back = scanner.side == 0 ? half + wheelset.shift : half - wheelset.shift;
-            wheels_.emplace_back(wheelset.wheels[scanner.side], back);
+            wheels_.emplace_back(wheelset.wheels[scanner.side], back, recipe.hasPlaneBacks);
             places_.push_back(wheelset.place);
         }
         for (int i = 0; i < recipe.falseTargets; ++i) {
@@ -53,14 +78,15 @@ public:
             const double before = between == 0 ? 0.0 : places_[static_cast<std::size_t>(between) - 1];
             const double middle = (before + places_[static_cast<std::size_t>(between)]) / 2;
             const int first = static_cast<int>(middle / recipe.spacing);
-            targets_.push_back({first, first + targets.below(kRecordsAtMost)});
+            const int last = first + targets.below(kRecordsAtMost);
+            targets_.push_back({first * recipe.spacing, last * recipe.spacing});
         }
     }
 
     bool record(QFile& file) {
-        const int records = static_cast<int>((places_.back() + kRunIn) / recipe_.spacing);
-        for (int i = 0; i < records; ++i) {
-            look(i);
+        nearest_ = recipe_.isBackwards ? places_.size() - 1 : 0;
+        for (int i = 0; !drive_.isDone(); ++i, drive_.go()) {
+            look(drive_.travel());
             const bool isPlane =
                 recipe_.records == RecordKind::Plane || (recipe_.records == RecordKind::Mixed && i % 2 == 1);
             const KvMath::KvPointCloud<KvMath::KvPointXY>& points = profile_;
@@ -72,7 +98,7 @@ public:
 
 private:
     struct Target {
-        int first, last;  ///< records
+        double from, to;  ///< travel
     };
 
     std::uint64_t stream(int kind) const {
@@ -80,34 +106,56 @@ private:
         return static_cast<std::uint64_t>(scanner_.index) * kKinds + static_cast<std::uint64_t>(kind);
     }
 
-    void look(int record) {
-        const double travel = record * recipe_.spacing;
+    void look(double travel) {
+        glintEnd_ = 0;
         profile_.points.clear();
         profile_.z = static_cast<float>(travel);
         if (recipe_.lost > 0 && lost_.unit() < recipe_.lost)
             return;
-        while (nearest_ + 1 < places_.size() &&
-               std::fabs(places_[nearest_ + 1] - travel) < std::fabs(places_[nearest_] - travel))
+        const auto isNearer = [&](std::size_t other) {
+            return std::fabs(places_[other] - travel) < std::fabs(places_[nearest_] - travel);
+        };
+        while (nearest_ + 1 < places_.size() && isNearer(nearest_ + 1))
             ++nearest_;
+        while (nearest_ > 0 && isNearer(nearest_ - 1))
+            --nearest_;
         const bool seen = seeWheel(scanner_, wheels_[nearest_], travel - places_[nearest_], ranges_);
         const bool isTarget = std::any_of(targets_.begin(), targets_.end(), [&](const Target& target) {
-            return record >= target.first && record <= target.last;
+            return travel >= target.from && travel <= target.to;
         });
         for (int column = 0; column < scanner_.points; ++column)
             addPoint(column, seen ? ranges_[static_cast<std::size_t>(column)] : std::nan(""), isTarget);
+        if (scanner_.isMirrored) {
+            std::reverse(profile_.points.begin(), profile_.points.end());
+            for (KvMath::KvPointXY& point : profile_.points)
+                point.x = -point.x;
+        }
     }
 
     void addPoint(int column, double wheelRange, bool isTarget) {
-        const double x = scanner_.xFrom + column * scanner_.xStep;
         double range = wheelRange;
-        if (std::isnan(range) && isTarget && std::fabs(x) < kTargetHalfWidth)
+        if (std::isnan(range) && isTarget &&
+            std::fabs(scanner_.x(column, scanner_.fanRange)) < kTargetHalfWidth)
             range = scanner_.intercept((scanner_.high + scanner_.low) / 2);
         if (std::isnan(range) || column < kColumnsOfRail)
             range = surroundings(column);
         if (std::isnan(range) || (recipe_.dropouts > 0 && gaps_.unit() < recipe_.dropouts))
             return;
         range += recipe_.noise > 0 ? recipe_.noise * noise_.normal() : 0.0;
-        profile_.points.append({static_cast<float>(x), static_cast<float>(range)});
+        range += recipe_.glints > 0 ? glint(column) : 0.0;
+        profile_.points.append(
+            {static_cast<float>(scanner_.x(column, range)), static_cast<float>(range - scanner_.zero)});
+    }
+
+    /// Error of the range in this column by a reflection.
+    double glint(int column) {
+        constexpr int kColumnsAtMost = 3;
+        constexpr double kFarthest = 40;
+        if (column >= glintEnd_ && glints_.unit() < recipe_.glints) {
+            glintEnd_ = column + 1 + glints_.below(kColumnsAtMost);
+            glint_ = (2 * glints_.unit() - 1) * kFarthest;
+        }
+        return column < glintEnd_ ? glint_ : 0.0;
     }
 
     /// The rail and its fastenings near the scanner in the first columns, parts of the train far away in some
@@ -125,14 +173,21 @@ private:
 
     const PassRecipe& recipe_;
     const Scanner& scanner_;
-    Draws noise_, gaps_, lost_;
+    Draws noise_, gaps_, lost_, glints_;
+    Drive drive_;
     std::vector<Wheel> wheels_;
     std::vector<double> places_;
     std::vector<Target> targets_;
     std::size_t nearest_ = 0;
     std::vector<double> ranges_;
+    int glintEnd_ = 0;
+    double glint_ = 0;
     KvMath::KvProfileZ profile_;
 };
+
+const QString kPartSuffix = ".part";  // of a recording that is not complete
+
+QString recordingName(const Scanner& scanner) { return QString("pass_%1.bin").arg(scanner.serial); }
 
 bool fail(const QString& text, QString* error) {
     if (error != nullptr)
@@ -158,12 +213,28 @@ bool writeWhole(const QString& path, const QByteArray& content, QString* error) 
     return true;
 }
 
+/// The nominal section, finer where it is steep.
+QByteArray referenceSection() {
+    constexpr double kSteepPart = 1, kFine = 0.02, kCoarse = 0.1;
+    QString text = "lateral_mm,height_mm\n";
+    for (double lateral = 0; lateral < kWheelWidth; lateral += lateral < kSteepPart ? kFine : kCoarse)
+        text += QString::number(lateral, 'f', 3) + ',' + QString::number(s1002Height(lateral), 'f', 6) + '\n';
+    return text.toUtf8();
+}
+
 }  // namespace
 
 std::vector<Wheelset> trainOf(const PassRecipe& recipe) {
     constexpr double kInBogie = 1800, kBetweenBogies = 3400, kShift = 3, kPlay = 2;
     constexpr double kScannerX[] = {-200, 0, 200};
     Draws draws(recipe.seed, 0);
+    if (recipe.isReference) {
+        Wheelset reference;
+        reference.place = kRunIn;
+        for (WheelShape& shape : reference.wheels)
+            shape.treadDiameter = recipe.diameter;
+        return {reference};
+    }
     const auto within = [&](double limit) { return (2 * draws.unit() - 1) * limit; };
     std::vector<Wheelset> train;
     double place = kRunIn;
@@ -197,14 +268,15 @@ std::vector<Wheelset> trainOf(const PassRecipe& recipe) {
 }
 
 QByteArray passTruth(const std::vector<Wheelset>& train) {
-    QString text = "wheelset,side,flange_height,flange_thickness,position_18,radius,back_to_back,defect\n";
+    QString text =
+        "wheelset,side,flange_height,thickness_from_back,flange_steepness,radius,back_to_back,defect\n";
     for (std::size_t i = 0; i < train.size(); ++i) {
         for (const int side : {0, 1}) {
             const WheelShape& shape = train[i].wheels[side];
             const SectionTruth truth = sectionTruth(shape, 0);
             const int defect = shape.defects.empty() ? 0 : (shape.defects.front().isBreakout ? 1 : 2);
-            text += QString("%1,%2").arg(i + 1).arg(side == 0 ? "left" : "right");
-            for (const double value : {truth.flangeHeight, truth.flangeThickness, truth.position18,
+            text += QString("%1,%2").arg(QString::number(i + 1), side == 0 ? "left" : "right");
+            for (const double value : {truth.flangeHeight, truth.thicknessFromBack, truth.flangeSteepness,
                                        truth.tipRadius, train[i].backToBack})
                 text += ',' + QString::number(value, 'f', 4);
             text += QString(",%1\n").arg(defect);
@@ -225,7 +297,10 @@ QString problemOf(const PassRecipe& r) {
                                 outside("noise", r.noise, 0, 1),
                                 outside("dropouts", r.dropouts, 0, 0.5),
                                 outside("lost", r.lost, 0, 0.2),
-                                outside("falseTargets", r.falseTargets, 0, 1000)};
+                                outside("falseTargets", r.falseTargets, 0, 1000),
+                                outside("camera", r.view.camera, -150, 150),
+                                outside("glints", r.glints, 0, 0.1),
+                                outside("uneven", r.uneven, 0, 0.9)};
     for (const QString& problem : problems) {
         if (!problem.isEmpty())
             return problem;
@@ -233,21 +308,39 @@ QString problemOf(const PassRecipe& r) {
     return {};
 }
 
+QStringList passFiles() {
+    QStringList names{"settings.ini", "truth.csv", "reference.csv"};
+    for (const Scanner& scanner : measuringPost())
+        names << recordingName(scanner) << recordingName(scanner) + kPartSuffix;
+    return names;
+}
+
 bool simulatePass(const PassRecipe& recipe, const QString& folder, QString* error) {
     const QString problem = problemOf(recipe);
     if (!problem.isEmpty())
         return fail(problem, error);
     const std::vector<Wheelset> train = trainOf(recipe);
-    const std::vector<Scanner> post = measuringPost();
+    const std::vector<Scanner> post = measuringPost(recipe.view);
     for (const Scanner& scanner : post) {
-        QFile file(QString("%1/pass_%2.bin").arg(folder).arg(scanner.serial));
+        const QString path = folder + '/' + recordingName(scanner);
+        QFile file(path + kPartSuffix);
         errno = 0;
         if (!file.open(QIODevice::WriteOnly) || !Recorder(recipe, train, scanner).record(file) ||
             !file.flush())
             return fail(file, error);
+        file.close();
+        if (std::rename(QFile::encodeName(file.fileName()).constData(),
+                        QFile::encodeName(path).constData()) != 0)
+            return fail(file, error);
     }
-    return writeWhole(folder + "/settings.ini", postSettings(post), error) &&
-           writeWhole(folder + "/truth.csv", passTruth(train), error);
+    if (recipe.isReference && !writeWhole(folder + "/reference.csv", referenceSection(), error))
+        return false;
+    // The settings make a pass of the recordings: they come last.
+    std::vector<Wheelset> seen(train);
+    if (recipe.isBackwards)
+        std::reverse(seen.begin(), seen.end());
+    return writeWhole(folder + "/truth.csv", passTruth(seen), error) &&
+           writeWhole(folder + "/settings.ini", postSettings(post, recipe.glints > 0), error);
 }
 
 }  // namespace Simulator

@@ -12,6 +12,8 @@
 
 namespace Simulator {
 
+using KvMath::CalibrationRecord;
+
 namespace {
 
 using Vector = TriangulationScanner::Vector;
@@ -19,7 +21,13 @@ using Vector = TriangulationScanner::Vector;
 constexpr double kRadians = 3.14159265358979323846 / 180;
 constexpr double kMiddleColumn = (kSensorColumns - 1) / 2.0;
 constexpr double kMiddleRow = (kSensorRows - 1) / 2.0;
-enum Stream : std::uint64_t { NoiseStream = 11, MissingStream = 12, ColumnStream = 13 };
+enum Stream : std::uint64_t {
+    NoiseStream = 11,
+    MissingStream = 12,
+    ColumnStream = 13,
+    ReflectionStream = 14,
+    GlintStream = 15
+};
 
 /// Slope of a ray from the slope of its image, by Newton's method: the distortion is a few per cent.
 double undistorted(const ScannerGeometry& g, double image) {
@@ -68,8 +76,7 @@ QString problemOf(const ScannerGeometry& g) {
                 return QString("the lens does not map column %1, row %2 onto the laser plane; take less "
                                "distortion, "
                                "a longer focal length or smaller pixels")
-                    .arg(column)
-                    .arg(row);
+                    .arg(QString::number(column), QString::number(row));
         }
     }
     return {};
@@ -110,13 +117,6 @@ Vector TriangulationScanner::toPlane(const Vector& place) const {
     return {lensX_ + depth * x, lensZ_ - depth * (cosAngle_ + y * sinAngle_)};
 }
 
-std::array<unsigned short*, kSensorColumns> CalibrationRecord::columns() {
-    std::array<unsigned short*, kSensorColumns> pointers{};
-    for (std::size_t c = 0; c < pointers.size(); ++c)
-        pointers[c] = positions.data() + c * kCalibrationSteps;
-    return pointers;
-}
-
 double targetSurface(const CalibrationRecipe& recipe, double x) {
     if (recipe.target == CalibrationTarget::Flat)
         return 0;
@@ -138,8 +138,7 @@ QString edgeProblem(const CalibrationRecipe& recipe) {
                 return QString(
                            "the lens does not see the target's edge x %1 at z %2; take a narrower target, a "
                            "shorter way or less distortion")
-                    .arg(edge.x)
-                    .arg(edge.y);
+                    .arg(QString::number(edge.x), QString::number(edge.y));
         }
     }
     return {};
@@ -152,11 +151,14 @@ QString problemOf(const CalibrationRecipe& recipe) {
         outside("z-first", recipe.zFirst, -1e4, 1e4),
         outside("z-step", recipe.zStep, -100, 100),
         recipe.zStep == 0 ? QString("z-step: must not be 0") : QString(),
+        outside("z-origin", recipe.zOrigin, -1e4, 1e4),
         outside("tooth-pitch", recipe.toothPitch, 0.1, 1000),
         outside("tooth-height", recipe.toothHeight, 0, recipe.toothPitch),
         outside("noise", recipe.noise, 0, 100),
         outside("missing", recipe.missing, 0, 1),
         outside("missing-columns", recipe.missingColumns, 0, kSensorColumns),
+        outside("reflections", recipe.reflections, 0, 1),
+        outside("glints", recipe.glints, 0, 1000),
     });
     return problem.isEmpty() ? edgeProblem(recipe) : problem;
 }
@@ -221,6 +223,42 @@ unsigned short rounded(double row) {
                : static_cast<unsigned short>(0);
 }
 
+unsigned short anyPosition(Draws& draws) {
+    return static_cast<unsigned short>(1 + draws.below(kSensorRows * int(kPositionsPerPixel) - 1));
+}
+
+/// A bright spot keeps its place on the sensor while the target moves: the columns see it in place of the
+/// line.
+void addGlints(const CalibrationRecipe& recipe, CalibrationRecord& record) {
+    constexpr int kMostColumns = 24;
+    constexpr int kMostSteps = 8;
+    Draws draws(recipe.seed, GlintStream);
+    for (int i = 0; i < recipe.glints; ++i) {
+        const int column = draws.below(kSensorColumns);
+        const int step = draws.below(kCalibrationSteps);
+        const int lastColumn = std::min(column + 1 + draws.below(kMostColumns), kSensorColumns);
+        const int lastStep = std::min(step + 1 + draws.below(kMostSteps), kCalibrationSteps);
+        const unsigned short spot = anyPosition(draws);
+        for (int c = column; c < lastColumn; ++c) {
+            for (int s = step; s < lastStep; ++s) {
+                unsigned short& position = record.columns()[std::size_t(c)][s];
+                position = position == 0 ? position : spot;
+            }
+        }
+    }
+}
+
+void addReflections(const CalibrationRecipe& recipe, const std::array<bool, kSensorColumns>& isDead,
+                    CalibrationRecord& record) {
+    Draws draws(recipe.seed, ReflectionStream);
+    for (std::size_t column = 0; column < kSensorColumns; ++column) {
+        for (std::size_t step = 0; step < kCalibrationSteps; ++step) {
+            if (draws.unit() < recipe.reflections && !isDead[column])
+                record.positions[column * kCalibrationSteps + step] = anyPosition(draws);
+        }
+    }
+}
+
 }  // namespace
 
 std::optional<CalibrationRecord> simulateCalibration(const CalibrationRecipe& recipe, QString* error) {
@@ -243,7 +281,7 @@ std::optional<CalibrationRecord> simulateCalibration(const CalibrationRecipe& re
     Draws missing(recipe.seed, MissingStream);
     for (std::size_t step = 0; step < kCalibrationSteps; ++step) {
         const double z = recipe.zFirst + static_cast<double>(step) * recipe.zStep;
-        record.parameters[step] = z;
+        record.parameters[step] = z + recipe.zOrigin;
         StepLine line(recipe, scanner, z);
         for (std::size_t column = 0; column < kSensorColumns; ++column) {
             const double row = line.row(static_cast<int>(column)) + recipe.noise * noise.normal();
@@ -251,6 +289,9 @@ std::optional<CalibrationRecord> simulateCalibration(const CalibrationRecipe& re
             record.positions[column * kCalibrationSteps + step] = isMissing ? 0 : rounded(row);
         }
     }
+    addGlints(recipe, record);
+    if (recipe.reflections > 0)
+        addReflections(recipe, isDead, record);
     return record;
 }
 

@@ -10,7 +10,8 @@
 // The same recipe gives the same record on every run; only the sine and cosine of the angles lean on the
 // platform.
 
-#include <kvmath/core/vector2d.h>
+#include <kvmath/base/vector2d.h>
+#include <kvmath/calibration/raw_record.h>
 
 #include <QtCore/QString>
 
@@ -76,23 +77,17 @@ struct CalibrationRecipe {
     ScannerGeometry scanner;
     CalibrationTarget target = CalibrationTarget::Flat;
     double targetWidth = 118.0;  ///< about the middle of the x range, mm [0.1 ... 10,000]
-    double zFirst = 0.0;         ///< of step 0, mm [-10,000 ... 10,000]
+    double zFirst = 0.0;         ///< of step 0, above the bottom of the range, mm [-10,000 ... 10,000]
     double zStep = 0.1;          ///< mm [-100 ... 100], not 0
+    double zOrigin = 0.0;        ///< recorded z of the bottom of the range, mm [-10,000 ... 10,000]
     double toothPitch = 10.0;    ///< mm [0.1 ... 1,000]
     double toothHeight = 5.0;    ///< mm [0 ... toothPitch]
     double noise = 0.0;          ///< standard deviation of the line position, pixels [0 ... 100]
     double missing = 0.0;        ///< share of positions not found, drawn one by one [0 ... 1]
     int missingColumns = 0;      ///< columns without any position; drawn with repetition [0 ... 648]
-    std::uint64_t seed = 1;      ///< of noise and missing positions, which are drawn independently
-};
-
-/// A raw calibration record.
-struct CalibrationRecord {
-    std::vector<unsigned short> positions;  ///< 648 columns of 1000 steps, 1/32 pixel; 0: none
-    std::vector<double> parameters;         ///< z of each step, mm
-
-    /// One pointer for each column, as tables are built from. Valid while `positions` is not resized.
-    std::array<unsigned short*, kSensorColumns> columns();
+    double reflections = 0.0;    ///< share of positions, also beside the target, anywhere else [0 ... 1]
+    int glints = 0;          ///< places where up to 24 columns see one spot for up to 8 steps [0 ... 1000]
+    std::uint64_t seed = 1;  ///< of all that is drawn, each independently of the others
 };
 
 /// Surface of the target at x when the step's z is 0, mm.
@@ -101,7 +96,7 @@ double targetSurface(const CalibrationRecipe& recipe, double x);
 /// Records a run: for every step and column where the line lies on the target and on the sensor, its row,
 /// disturbed and rounded to 1/32 pixel. Nothing and a text in `error` (may be null) for a recipe that is not
 /// legal.
-std::optional<CalibrationRecord> simulateCalibration(const CalibrationRecipe& recipe,
-                                                     QString* error = nullptr);
+std::optional<KvMath::CalibrationRecord> simulateCalibration(const CalibrationRecipe& recipe,
+                                                             QString* error = nullptr);
 
 }  // namespace Simulator

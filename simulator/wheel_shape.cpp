@@ -127,8 +127,8 @@ SectionTruth sectionTruth(const WheelShape& shape, double arcPlace) {
         return positionAtDepth(shape, arcPlace, truth.tipRadius, top, depth);
     };
     truth.flangeHeight = truth.tipRadius - radiusAt(shape, kRunningCircle, arcPlace);
-    truth.flangeThickness = position(truth.flangeHeight - kAboveTread) - position(kFlankDepth);
-    truth.position18 = position(kReferenceDepth);
+    truth.flangeSteepness = position(truth.flangeHeight - kAboveTread) - position(kFlankDepth);
+    truth.thicknessFromBack = position(kReferenceDepth);
     return truth;
 }
 

@@ -41,9 +41,10 @@ double wornRadius(const WheelShape& shape, double lateral);
 double missingDepth(const WheelShape& shape, const TreadDefect& defect, double lateral, double arc);
 double radiusAt(const WheelShape& shape, double lateral, double arc);
 
-/// The values of a section as ORBIS_calcWheelParameters defines them, on the continuous curve.
+/// The values of a section as ORBIS_calcWheelParameters defines them, on the continuous curve: its flange
+/// thickness is the steepness here, its position at depth 18 the thickness from the back.
 struct SectionTruth {
-    double flangeHeight, flangeThickness, position18, tipRadius;
+    double flangeHeight, flangeSteepness, thicknessFromBack, tipRadius;
 };
 SectionTruth sectionTruth(const WheelShape& shape, double arc);
 
