@@ -1,7 +1,9 @@
-#include "kvmeasure/filter_steps.h"
+#include <kvmeasure/profiles/filter_steps.h>
 
-#include "kvmeasure/arguments.h"
-#include "kvmeasure/failure.h"
+#include <kvmeasure/base/error.h>
+#include <kvmeasure/base/filled_in.h>
+#include <kvmeasure/base/text.h>
+#include <kvmeasure/profiles/running_median_p.h>
 
 #include <kvmath/core/line.h>
 
@@ -17,14 +19,14 @@ using KvMath::KvProfile;
 
 namespace {
 
-constexpr double unset = std::numeric_limits<double>::quiet_NaN();
-constexpr double mostMm = 1e6;
-constexpr double mostPoints = 1e6;  // of a profile
+constexpr double kUnset = std::numeric_limits<double>::quiet_NaN();
+constexpr double kMostMm = 1e6;
+constexpr double kMostPoints = 1e6;  // of a profile
 
 /// One number of a step.
 struct Parameter {
-    enum Form { Whole, Real, Limit, OptionalReal };  // a limit may be "-": none; optional ones come last
-    const char* name;                                // with its unit
+    enum Form { Whole, Odd, Real, Limit, OptionalReal };  // a limit may be "-": none; optional ones come last
+    const char* name;                                     // with its unit
     Form form;
     double from, to;
 };
@@ -35,11 +37,11 @@ float real(const Numbers& numbers, int i) { return static_cast<float>(numbers[i]
 int whole(const Numbers& numbers, int i) { return static_cast<int>(numbers[i]); }
 
 Parameter window(double most) { return {"WINDOW points", Parameter::Whole, 2, most}; }
-Parameter place(const char* name) { return {name, Parameter::Real, -mostMm, mostMm}; }
-Parameter size(const char* name) { return {name, Parameter::Real, 0, mostMm}; }
-Parameter limit(const char* name) { return {name, Parameter::Limit, -mostMm, mostMm}; }
-Parameter optional(const char* name) { return {name, Parameter::OptionalReal, -mostMm, mostMm}; }
-Parameter count(const char* name) { return {name, Parameter::Whole, 0, mostPoints}; }
+Parameter place(const char* name) { return {name, Parameter::Real, -kMostMm, kMostMm}; }
+Parameter size(const char* name) { return {name, Parameter::Real, 0, kMostMm}; }
+Parameter limit(const char* name) { return {name, Parameter::Limit, -kMostMm, kMostMm}; }
+Parameter optional(const char* name) { return {name, Parameter::OptionalReal, -kMostMm, kMostMm}; }
+Parameter count(const char* name) { return {name, Parameter::Whole, 0, kMostPoints}; }
 
 }  // namespace
 
@@ -63,22 +65,24 @@ void resample(KvProfile& profile, const Numbers& numbers) {
     const double first = std::isnan(numbers[1]) ? double(from) : numbers[1];
     const double last = std::isnan(numbers[2]) ? double(to) : numbers[2];
     if (!(last > first))
-        throw Failure{QString("TO (%1) must be greater than FROM (%2)").arg(last).arg(first)};
-    if ((last - first) / numbers[0] > mostPoints)
-        throw Failure{QString("STEP %1 over %2 mm makes more than %3 points; take a wider one")
-                          .arg(numbers[0])
-                          .arg(last - first)
-                          .arg(mostPoints, 0, 'f', 0)};
+        throw Error(filledIn("TO (%1) must be greater than FROM (%2)", last, first));
+    if ((last - first) / numbers[0] > kMostPoints)
+        throw Error(filledIn("STEP %1 over %2 mm makes more than %3 points; take a wider one", numbers[0],
+                             last - first, QString::number(kMostPoints, 'f', 0)));
     if (profile.interpolate(real(numbers, 0), real(numbers, 1), real(numbers, 2),
                             KvMath::KvInterpolantAkima) == 0)
-        throw Failure{"needs at least two points at different x"};
+        throw Error("needs at least two points at different x");
 }
 
 const std::vector<StepKind>& stepKinds() {
     static const std::vector<StepKind> kinds{
         {"median",
+         {{"WINDOW points", Parameter::Odd, 3, 10'001}},
+         "median of the heights around each point; windows shrink at ends and gaps",
+         [](KvProfile& p, const Numbers& n) { Internal::runningMedian(p, whole(n, 0)); }},
+        {"middle-by-x",
          {window(10'000)},
-         "median height; it lands at the first point of the window",
+         "height of the window's middle point by x, at its first point: sorted points move, nothing smooths",
          [](KvProfile& p, const Numbers& n) { KvProfile(p).medFilt(p, whole(n, 0)); }},
         {"mean",
          {window(1000)},
@@ -89,7 +93,7 @@ const std::vector<StepKind>& stepKinds() {
          "heights become slopes (mm per mm) between the halves of the window",
          [](KvProfile& p, const Numbers& n) { KvProfile(p).diffFilt(p, whole(n, 0)); }},
         {"lowpass",
-         {{"[GAP mm]", Parameter::OptionalReal, 0, mostMm}},
+         {{"[GAP mm]", Parameter::OptionalReal, 0, kMostMm}},
          "20-tap low-pass, lags by 10 points; points behind a wider gap stay",
          [](KvProfile& p, const Numbers& n) { p.zebFilter20(real(n, 0)); }},
         {"cut-above",
@@ -109,11 +113,11 @@ const std::vector<StepKind>& stepKinds() {
          "keeps heights nearer than HALF to the median; leaves points sorted by height, sort-x mends that",
          [](KvProfile& p, const Numbers& n) { p.removePointsByYMedian(n[0]); }},
         {"noise",
-         {{"BLOCK points", Parameter::Whole, 1, mostPoints}, count("JUMPS"), size("JUMP mm")},
+         {{"BLOCK points", Parameter::Whole, 1, kMostPoints}, count("JUMPS"), size("JUMP mm")},
          "drops blocks with more than JUMPS steps of height above JUMP, and always the last block",
          [](KvProfile& p, const Numbers& n) { p.removeNoise(whole(n, 0), whole(n, 1), real(n, 2), 0); }},
         {"remove-straight",
-         {{"PARTS", Parameter::Whole, 2, mostPoints},
+         {{"PARTS", Parameter::Whole, 2, kMostPoints},
           {"CORRELATION", Parameter::Real, 0, 1},
           size("GAP mm"),
           count("POINTS")},
@@ -128,13 +132,13 @@ const std::vector<StepKind>& stepKinds() {
         {"spikes-polar",
          {size("JUMP mm"),
           {"WIDTH deg", Parameter::Real, 0, 360},
-          {"[NEAREST mm]", Parameter::OptionalReal, 0, mostMm}},
+          {"[NEAREST mm]", Parameter::OptionalReal, 0, kMostMm}},
          "the same on the distance from the origin; points nearer than NEAREST go",
          [](KvProfile& p, const Numbers& n) {
              KvProfile(p).splashFilterPolar(p, real(n, 0), real(n, 1), real(n, 2));
          }},
         {"smooth-polar",
-         {{"GAP mm", Parameter::Limit, 0, mostMm}, window(10'000), {"PASSES", Parameter::Whole, 1, 100}},
+         {{"GAP mm", Parameter::Limit, 0, kMostMm}, window(10'000), {"PASSES", Parameter::Whole, 1, 100}},
          "mean distance from the origin, within steps of it below GAP",
          [](KvProfile& p, const Numbers& n) {
              KvProfile(p).wndFilterPolar(p, real(n, 0), whole(n, 1), whole(n, 2));
@@ -168,7 +172,7 @@ const std::vector<StepKind>& stepKinds() {
          "keeps the first point at each x",
          [](KvProfile& p, const Numbers& /*n*/) { p.removeDuplicates(); }},
         {"resample",
-         {{"STEP mm", Parameter::Real, 1e-6, mostMm}, optional("[FROM mm]"), optional("[TO mm]")},
+         {{"STEP mm", Parameter::Real, 1e-6, kMostMm}, optional("[FROM mm]"), optional("[TO mm]")},
          "a point every STEP on an Akima spline through the points",
          resample},
         {"sort-x",
@@ -203,24 +207,23 @@ QString parameterNames(const StepKind& kind) {
 }
 
 [[noreturn]] void failStep(int number, const QString& text, const QString& reason) {
-    throw Failure{QString("--steps: step %1 \"%2\": %3 (see \"kvmeasure filter --help\")")
-                      .arg(number)
-                      .arg(text, reason)};
+    throw Error(
+        filledIn("\1steps\2: step %1 \"%2\": %3 (see \"kvmeasure filter --help\")", number, text, reason));
 }
 
 /// What is wrong with a word, or nothing.
 QString readNumber(const Parameter& parameter, const QString& word, double& value) {
-    value = unset;
+    value = kUnset;
     if (word == "-" && (parameter.form == Parameter::Limit || parameter.form == Parameter::OptionalReal))
         return QString();
     if (!parseNumber(word, value))
         return QString("\"%1\" is no number for %2").arg(word, parameter.name);
     if (!(value >= parameter.from && value <= parameter.to))
-        return QString("%1 must be from %2 to %3, not %4")
-            .arg(parameter.name)
-            .arg(parameter.from)
-            .arg(parameter.to)
-            .arg(word);
+        return filledIn("%1 must be from %2 to %3, not %4", parameter.name, parameter.from, parameter.to,
+                        word);
+    if (parameter.form == Parameter::Odd && std::fmod(value, 2) != 1)
+        return QString("%1 must be an odd whole number, so that a point is in the middle, not %2")
+            .arg(parameter.name, word);
     if (parameter.form == Parameter::Whole && value != std::floor(value))
         return QString("%1 must be a whole number, not %2").arg(parameter.name, word);
     return QString();
@@ -233,7 +236,11 @@ const StepKind& findKind(const QString& name, int number, const QString& text) {
             return kind;
         names.append(kind.name);
     }
-    failStep(number, text, QString("unknown filter \"%1\"%2").arg(name, suggestion(name, names)));
+    static const QMap<QString, QString> others{
+        {"smooth", "median"},        {"medfilt", "middle-by-x"}, {"average", "mean"}, {"despike", "spikes"},
+        {"outliers", "isolated"},    {"crop", "trim"},           {"cut", "trim"},     {"move", "shift"},
+        {"interpolate", "resample"}, {"derivative", "slope"},    {"turn", "rotate"},  {"sort", "sort-x"}};
+    failStep(number, text, QString("unknown filter \"%1\"%2").arg(name, suggestion(name, names, others)));
 }
 
 /// Trims whose limits are reversed remove every point, and nobody means that.
@@ -245,9 +252,8 @@ void checkLimits(const FilterStep& step, int number) {
         const bool isTrim = step.kind->parameters[size_t(i) + size_t(limits)].form == Parameter::Limit;
         if (isTrim && step.numbers[i] > step.numbers[i + limits])
             failStep(number, step.text,
-                     QString("the lower limit %1 is above the upper limit %2")
-                         .arg(step.numbers[i])
-                         .arg(step.numbers[i + limits]));
+                     filledIn("the lower limit %1 is above the upper limit %2", step.numbers[i],
+                              step.numbers[i + limits]));
     }
 }
 
@@ -257,7 +263,7 @@ FilterStep parseStep(const QString& text, int number) {
     QStringList words = text.split(' ');
     step.kind = &findKind(words.takeFirst(), number, text);
     for (const Parameter& parameter : step.kind->parameters) {
-        double value = unset;
+        double value = kUnset;
         if (words.isEmpty() && parameter.form != Parameter::OptionalReal)
             failStep(number, text,
                      QString("%1 is missing; expected \"%2%3\"")
@@ -280,7 +286,7 @@ FilterStep parseStep(const QString& text, int number) {
 }  // namespace
 
 QList<FilterStep> parseSteps(const QString& text) {
-    constexpr int mostSteps = 100;
+    constexpr int kMostSteps = 100;
     QList<FilterStep> steps;
     int number = 0;
     for (const QString& part : text.split(';')) {
@@ -288,19 +294,19 @@ QList<FilterStep> parseSteps(const QString& text) {
         const QString step = part.simplified();
         if (!step.isEmpty())
             steps.append(parseStep(step, number));
-        if (steps.size() > mostSteps)
-            throw Failure{QString("--steps: has more than %1 steps; split the work").arg(mostSteps)};
+        if (steps.size() > kMostSteps)
+            throw Error(QString("\1steps\2: has more than %1 steps; split the work").arg(kMostSteps));
     }
     if (steps.isEmpty())
-        throw Failure{"--steps: names no step; expected for example \"median 5; trim-y 0 120\""};
+        throw Error("\1steps\2: names no step; expected for example \"median 5; trim-y 0 120\"");
     return steps;
 }
 
 void applyStep(const FilterStep& step, int number, KvProfile& profile) {
     try {
         step.kind->apply(profile, step.numbers);
-    } catch (const Failure& failure) {
-        failStep(number, step.text, failure.text);
+    } catch (const Error& error) {
+        failStep(number, step.text, error.text());
     }
 }
 

@@ -1,7 +1,10 @@
-#include "kvmeasure/profile_writer.h"
+#include <kvmeasure/profiles/profile_writer.h>
 
-#include "kvmeasure/arguments.h"
-#include "kvmeasure/failure.h"
+#include <kvmeasure/base/error.h>
+#include <kvmeasure/base/filled_in.h>
+#include <kvmeasure/base/text.h>
+
+#include <kvmath/core/record_layout.h>
 
 #include <cmath>
 #include <limits>
@@ -13,8 +16,8 @@ using KvMath::KvPointXY;
 namespace {
 
 QByteArray number(float value) {
-    constexpr int digits = 9;  // as many as tell any two floats apart
-    return std::isfinite(value) ? QByteArray::number(double(value), 'g', digits) : QByteArray("nan");
+    constexpr int kDigits = 9;  // as many as tell any two floats apart
+    return std::isfinite(value) ? QByteArray::number(double(value), 'g', kDigits) : QByteArray("nan");
 }
 
 QByteArray rows(const KvMath::KvProfile& profile, FileForm form) {
@@ -39,33 +42,30 @@ void append(QByteArray& bytes, float value) {
 QStringList formNames() { return {"csv", "kv-csv", "record"}; }
 
 FileForm parseForm(const QString& text, FileForm absent) {
-    constexpr FileForm forms[] = {FileForm::Csv, FileForm::LibraryCsv, FileForm::Records};
+    constexpr FileForm kForms[] = {FileForm::Csv, FileForm::LibraryCsv, FileForm::Records};
     const int form = static_cast<int>(formNames().indexOf(text));
     if (form >= 0)
-        return forms[form];
+        return kForms[form];
     if (text.isEmpty())
         return absent;
-    throw Failure{QString("--format must be %1, not \"%2\"").arg(alternatives(formNames()), text)};
+    throw Error(QString("\1form\2 must be %1, not \"%2\"").arg(alternatives(formNames()), text));
 }
 
 QByteArray ProfileWriter::record(const LoadedProfile& loaded) const {
-    constexpr char xy = 0x02;
-    constexpr char xyz = 0x03;
     QByteArray bytes = loaded.head.bytes.isEmpty() ? QByteArray(3, '\0') : loaded.head.bytes;
     if (loaded.head.bytes.isEmpty())
-        bytes[0] = xy;
+        bytes[0] = KvMath::kPlaneCloudRecord;
     const bool hasZ = recordHasZ(static_cast<unsigned char>(bytes[0]));
     if (hasZ)
-        bytes[0] = xyz;
+        bytes[0] = KvMath::kSpaceCloudRecord;
     const int points = static_cast<int>(loaded.profile.points.size());
     const int most = largestRecord(static_cast<unsigned char>(bytes[0]));
     if (points > most)
-        throw Failure{QString("%1: %2 points do not fit the record of \"%3\", which holds at most %4; take "
-                              "--format csv")
-                          .arg(path_)
-                          .arg(points)
-                          .arg(loaded.name)
-                          .arg(most)};
+        throw Error(
+            filledIn(
+                "%1: %2 points do not fit the record of \"%3\", which holds at most %4; take \1form\2 csv",
+                path_, points, loaded.name, most))
+            .inFile(path_);
     QByteArray count;
     appendLittleEndian(count, static_cast<quint32>(points), hasZ ? 4 : 2);
     bytes.replace(1, count.size(), count);
@@ -86,9 +86,9 @@ void writeProfile(const QString& path, FileForm form, const LoadedProfile& loade
 
 void ProfileWriter::add(const LoadedProfile& loaded) {
     if (form_ != FileForm::Records && hasProfile_)
-        throw Failure{QString("%1: a CSV file holds one profile, the input has several; take --format record "
-                              "or choose one with --record")
-                          .arg(path_)};
+        throw Error(QString("%1: a CSV file holds one profile, the input has several; take \1form\2 record "
+                            "or choose one with \1record\2")
+                        .arg(path_));
     hasProfile_ = true;
     file_.write(form_ == FileForm::Records ? record(loaded) : rows(loaded.profile, form_));
 }

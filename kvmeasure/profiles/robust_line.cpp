@@ -1,0 +1,337 @@
+// The repeated median (Siegel, Biometrika 69 (1982) 242-244) of 15 block medians is the start, since it
+// stands up to nearly half of bad blocks at a fixed cost: it and the cut are taken from at most 240 points.
+// Then least squares within the cut, at most five times. All else is passes over the points. Uncertainties
+// count correlated points by an autocorrelation that falls in a straight line to 0, which also holds where it
+// reaches over the line.
+
+#include <kvmeasure/profiles/robust_line.h>
+
+#include <kvmeasure/profiles/fit_start_p.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstring>
+
+namespace KvMeasure {
+
+using namespace Internal;
+
+namespace {
+
+constexpr std::size_t kStartPoints = 15;
+constexpr int kParameters = 2;
+constexpr double kSteepest = 1.7320508075688772;  // 60 degrees
+
+/// A point and a direction.
+struct Start {
+    Vector at, along;
+
+    double distanceOf(const Vector& p) const { return (p.y - at.y) * along.x - (p.x - at.x) * along.y; }
+};
+
+/// The lower median of a few values, which are put in order.
+double medianOfFew(double* values, std::size_t count) {
+    for (std::size_t i = 1; i < count; ++i) {
+        const double value = values[i];
+        std::size_t at = i;
+        for (; at > 0 && values[at - 1] > value; --at)
+            values[at] = values[at - 1];
+        values[at] = value;
+    }
+    return values[(count - 1) / 2];
+}
+
+/// A few points.
+struct Few {
+    std::array<Vector, kStartPoints> points;
+    std::size_t count = 0;
+
+    void add(const Vector& p) { points[count++] = p; }
+    const Vector& operator[](std::size_t i) const { return points[i]; }
+};
+
+/// The repeated median: the median over the points of the median slope to all others, about the axis that
+/// most pairs of points run along.
+Start repeatedMedian(const Few& points) {
+    const std::size_t count = points.count;
+    std::size_t steep = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        for (std::size_t k = i + 1; k < count; ++k)
+            steep += std::fabs(points[k].y - points[i].y) > std::fabs(points[k].x - points[i].x) ? 1 : 0;
+    }
+    const bool isSteep = 4 * steep > count * (count - 1);
+    std::array<std::array<double, kStartPoints>, kStartPoints> slopes{};  // from each point to others
+    std::array<std::size_t, kStartPoints> counts{};
+    for (std::size_t i = 0; i < count; ++i) {
+        for (std::size_t k = i + 1; k < count; ++k) {
+            const double x = points[k].x - points[i].x;
+            const double y = points[k].y - points[i].y;
+            const double slope = isSteep ? x / y : y / x;
+            if (std::isfinite(slope))
+                slopes[i][counts[i]++] = slopes[k][counts[k]++] = slope;
+        }
+    }
+    std::array<double, kStartPoints> medians{};
+    std::size_t known = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        if (counts[i] > 0)
+            medians[known++] = medianOfFew(slopes[i].data(), counts[i]);
+    }
+    const double slope = known == 0 ? 0 : medianOfFew(medians.data(), known);
+    const double size = std::hypot(1, slope);
+    Start start{points[0], isSteep ? Vector(slope / size, 1 / size) : Vector(1 / size, slope / size)};
+    for (std::size_t i = 0; i < count; ++i)
+        medians[i] = start.distanceOf(points[i]);
+    const double offset = medianOfFew(medians.data(), count);
+    start.at = Vector(start.at.x - offset * start.along.y, start.at.y + offset * start.along.x);
+    return start;
+}
+
+/// The medians in x and in y of runs of evenly chosen points; few points themselves.
+Few runMedians(const std::vector<Vector>& points, std::size_t sampled) {
+    const auto sample = [&](std::size_t i) -> const Vector& { return points[i * points.size() / sampled]; };
+    Few medians;
+    const std::size_t runs = std::min(sampled, kStartPoints);
+    for (std::size_t run = 0; run < runs; ++run) {
+        std::array<double, kMostSampled / kStartPoints> x{};
+        std::array<double, kMostSampled / kStartPoints> y{};
+        const std::size_t from = run * sampled / runs;
+        const std::size_t count = (run + 1) * sampled / runs - from;
+        for (std::size_t i = 0; i < count; ++i) {
+            x[i] = sample(from + i).x;
+            y[i] = sample(from + i).y;
+        }
+        medians.add({medianOfFew(x.data(), count), medianOfFew(y.data(), count)});
+    }
+    return medians;
+}
+
+/// x and y side by side: each lane rounds as a plain double does.
+using DoublePair = double __attribute__((vector_size(16)));
+
+DoublePair pairOf(const Vector& p) {
+    DoublePair pair;
+    static_assert(sizeof(pair) == sizeof(p));
+    std::memcpy(&pair, &p, sizeof(pair));
+    return pair;
+}
+
+/// Which points count: those within `most` of a line.
+struct Cut {
+    Start line{{0, 0}, {1, 0}};
+    double most = std::numeric_limits<double>::infinity();
+
+    bool takes(const Vector& p) const {
+        const DoublePair parts = (pairOf(p) - pairOf(line.at)) * DoublePair{line.along.y, line.along.x};
+        return std::fabs(parts[1] - parts[0]) <= most;
+    }
+};
+
+/// The cut about the repeated median, by the median distance from it.
+Cut startCut(const std::vector<Vector>& points, double deviations) {
+    const std::size_t sampled = std::min(points.size(), kMostSampled);
+    Cut cut;
+    cut.line = repeatedMedian(runMedians(points, sampled));
+    std::vector<double> distances(sampled);
+    for (std::size_t i = 0; i < sampled; ++i)
+        distances[i] = cut.line.distanceOf(points[i * points.size() / sampled]);
+    std::vector<double> spent = distances;
+    const double offset = medianOf(spent);
+    cut.line.at =
+        Vector(cut.line.at.x - offset * cut.line.along.y, cut.line.at.y + offset * cut.line.along.x);
+    for (double& distance : distances)
+        distance = std::fabs(distance - offset);
+    cut.most = deviations * robustDeviation(distances, kParameters);
+    return cut;
+}
+
+/// Sums over the points that count, about one of them.
+struct Moments {
+    Vector zero;
+    int count = 0;
+    double x = 0, y = 0, xx = 0, xy = 0, yy = 0;
+
+    Moments(const std::vector<Vector>& points, const Cut& cut) {
+        const auto first = std::find_if(points.begin() + std::ptrdiff_t(points.size() / 2), points.end(),
+                                        [&](const Vector& p) { return cut.takes(p); });
+        zero = first != points.end() ? *first : points[0];
+        DoublePair sums{0, 0};
+        DoublePair squares{0, 0};
+        for (const Vector& p : points) {
+            if (!cut.takes(p))
+                continue;
+            const DoublePair d = pairOf(p) - pairOf(zero);
+            ++count;
+            sums += d;
+            squares += d * d;
+            xy += d[0] * d[1];
+        }
+        x = sums[0];
+        y = sums[1];
+        xx = squares[0];
+        yy = squares[1];
+    }
+    /// A line follows: more points than it has parameters, not all in one place.
+    bool giveLine() const { return count > kParameters && xx + yy > 0; }
+};
+
+/// Least squares; a line without direction of no two distinct points.
+void fitAll(const Moments& sum, LineFit& line) {
+    const double n = sum.count;
+    line.centre = Vector(sum.zero.x + sum.x / n, sum.zero.y + sum.y / n);
+    const double sxx = sum.xx - sum.x * sum.x / n;
+    const double sxy = sum.xy - sum.x * sum.y / n;
+    const double syy = sum.yy - sum.y * sum.y / n;
+    const double angle = std::atan2(2 * sxy, sxx - syy) / 2;
+    line.along = Vector(std::cos(angle), std::sin(angle));
+    line.isInHeight = std::fabs(line.along.y) < kSteepest * std::fabs(line.along.x);
+    if (line.isInHeight) {
+        const double slope = sxy / sxx;
+        const double size = std::hypot(1, slope);
+        line.along = Vector(1 / size, slope / size);
+    }
+    constexpr double kVertical = 1e-15;  // what rounding leaves of x
+    if (line.along.x < kVertical)
+        line.along =
+            std::fabs(line.along.x) < kVertical ? Vector(0, 1) : Vector(-line.along.x, -line.along.y);
+    line.points = sum.count;
+}
+
+void describe(const std::vector<Vector>& points, const Cut& cut, LineFit& line) {
+    double squares = 0;
+    line.residuals.resize(points.size());
+    std::size_t count = 0;
+    line.from = line.to = line.spread = 0;
+    line.above = line.below = {};
+    const double toHeight = line.isInHeight ? line.along.x : 1;
+    const DoublePair centre = pairOf(line.centre);
+    const DoublePair along = pairOf(line.along);
+    const DoublePair across{line.along.y, line.along.x};
+    const bool takesAll = line.points == static_cast<int>(points.size());
+    for (const Vector& p : points) {
+        if (!takesAll && !cut.takes(p))
+            continue;
+        const DoublePair ofPlace = (pairOf(p) - centre) * along;
+        const DoublePair ofDistance = (pairOf(p) - centre) * across;
+        const double place = ofPlace[0] + ofPlace[1];
+        const double distance = ofDistance[1] - ofDistance[0];
+        squares += distance * distance;
+        line.residuals[count++] = distance / toHeight;
+        line.from = std::min(line.from, place);
+        line.to = std::max(line.to, place);
+        line.spread += place * place;
+        if (distance > line.above.distance)
+            line.above = {distance, p};
+        if (distance < line.below.distance)
+            line.below = {distance, p};
+    }
+    line.residuals.resize(count);
+    line.deviation = line.points > kParameters ? std::sqrt(squares / (line.points - kParameters)) : 0;
+}
+
+/// The deviation alone, as describe() gives it.
+double scatterOf(const std::vector<Vector>& points, const Cut& cut, const LineFit& line) {
+    double squares = 0;
+    const DoublePair across{line.along.y, line.along.x};
+    for (const Vector& p : points) {
+        const DoublePair parts = (pairOf(p) - pairOf(line.centre)) * across;
+        const double distance = parts[1] - parts[0];
+        squares += cut.takes(p) ? distance * distance : 0;
+    }
+    return line.points > kParameters ? std::sqrt(squares / (line.points - kParameters)) : 0;
+}
+
+bool areDistinct(const std::vector<Vector>& points) {
+    return std::any_of(points.begin(), points.end(),
+                       [&](const Vector& p) { return p.x != points[0].x || p.y != points[0].y; });
+}
+
+}  // namespace
+
+LineFit fitLine(const std::vector<Vector>& points, const RobustFitting& fitting) {
+    LineFit line;
+    std::vector<Vector> finite;
+    const std::vector<Vector>& usable = finitePoints(points, finite);
+    if (!areDistinct(usable)) {
+        line.reason = "fewer than two distinct points for a line";
+        return line;
+    }
+    Cut cut;
+    if (fitting.isRobust && usable.size() >= fewestCut(kParameters))
+        cut = startCut(usable, fitting.cut);
+    Moments sum(usable, cut);
+    if (!sum.giveLine()) {
+        cut = Cut();
+        sum = Moments(usable, cut);
+    }
+    fitAll(sum, line);
+    // The points within the cut of the fitted line. The median distance of few or correlated points may come
+    // out small, and then the first cut takes points of the line: these come back.
+    constexpr int kMostRounds = 4;
+    for (int round = 0; std::size_t(line.points) < usable.size() && round < kMostRounds; ++round) {
+        const std::size_t before = std::size_t(line.points);
+        line.deviation = scatterOf(usable, cut, line);
+        const Cut again{{line.centre, line.along}, fitting.cut * line.deviation * ofFew(before, kParameters)};
+        const auto kept = std::size_t(
+            std::count_if(usable.begin(), usable.end(), [&](const Vector& p) { return again.takes(p); }));
+        if (kept <= before)
+            break;
+        cut = again;
+        fitAll(Moments(usable, cut), line);
+    }
+    describe(usable, cut, line);
+    line.rejected = static_cast<int>(usable.size()) - line.points;
+    if (!std::isfinite(line.centre.x + line.centre.y + line.along.x + line.along.y + line.deviation))
+        line.reason = "the points do not give a line";
+    return line;
+}
+
+namespace {
+
+/// Variance of the mean and of the slope of n points over those that n / correlation time independent ones
+/// would have: 1 for many, less where the correlation reaches over the line.
+struct Correlation {
+    double ofMean = 1, ofSlope = 1;
+};
+
+/// With an autocorrelation that falls in a straight line to 0 and has the correlation time.
+Correlation correlationWithin(int points, double time) {
+    Correlation sum{1 / time, 1 / time};
+    for (int lag = 1; lag < time && lag < points; ++lag) {
+        const double q = double(lag) / points;
+        const double share = 2 * (1 - lag / time) / time;
+        sum.ofMean += share * (1 - q);
+        sum.ofSlope += share * (1 - 3 * q + 2 * q * q * q);
+    }
+    sum.ofSlope = std::max(sum.ofSlope, 1 / time);
+    return sum;
+}
+
+}  // namespace
+
+double LineUncertainty::at(double place) const { return std::hypot(offset, direction * place); }
+
+LineUncertainty lineUncertainty(const LineFit& line, const NoiseModel& noise) {
+    LineUncertainty result;
+    result.reason = line.reason;
+    if (!line.isFound())
+        return result;
+    // The noise is that of heights, and smaller by the cosine square to the line.
+    constexpr double kLeastShare = 0.1;
+    const double share = std::max(kLeastShare, line.along.x);
+    const double squares = line.deviation * line.deviation * std::max(line.points - kParameters, 0);
+    const double ofHeights = squares / (share * share);
+    const FitDeviation deviation = deviationOf(ofHeights, line.points, kParameters, noise);
+    result.isShort = deviation.isShort;
+    result.reason = deviation.reason;
+    if (!result.reason.isEmpty())
+        return result;
+    const Correlation correlation = correlationWithin(line.points, noise.correlationTime);
+    result.offset = share * deviation.deviation * std::sqrt(correlation.ofMean / line.points);
+    result.direction = share * deviation.deviation * std::sqrt(correlation.ofSlope / line.spread);
+    result.degreesOfFreedom = deviation.degreesOfFreedom;
+    return result;
+}
+
+}  // namespace KvMeasure
