@@ -1,6 +1,7 @@
-#include "kvmeasure/scan_grid.h"
+#include <kvmeasure/scans/height_grid.h>
 
-#include "kvmeasure/failure.h"
+#include <kvmeasure/base/error.h>
+#include <kvmeasure/base/filled_in.h>
 
 #include <algorithm>
 #include <cmath>
@@ -41,14 +42,14 @@ void addDistance(std::vector<double>& distances, float from, float to) {
 }  // namespace
 
 Steps estimateSteps(const KvProfileZSet& stack) {
-    constexpr std::size_t enough = 1'000'000;
+    constexpr std::size_t kEnough = 1'000'000;
     std::vector<double> along;
     std::vector<double> across;
     for (int i = 0; i < stack.size(); ++i) {
         const KvProfileZ& profile = stack.at(i);
         if (i > 0)
             addDistance(across, stack.at(i - 1).z, profile.z);
-        for (int k = 1; k < profile.points.size() && along.size() < enough; ++k)
+        for (int k = 1; k < profile.points.size() && along.size() < kEnough; ++k)
             addDistance(along, profile.points[k - 1].x, profile.points[k].x);
     }
     Steps steps;
@@ -64,22 +65,21 @@ Steps estimateSteps(const KvProfileZSet& stack) {
 KvMatrixCloud makeGrid(const KvProfileZSet& stack, const Steps& steps, const QString& path) {
     // Cells begin at the lowest point: one that lies one and a half cells before all others moves them by
     // half a cell, and the row and column that are made for it are left out again.
-    constexpr double before = 1.5;
+    constexpr double kBefore = 1.5;
     KvProfileZSet marked = stack;
     marked.calcRange();
     const auto first = [](float lowest, double step) {
-        return static_cast<float>(double(lowest) - before * step);
+        return static_cast<float>(double(lowest) - kBefore * step);
     };
     KvProfileZ marker(first(marked.minZ, steps.scan));
     marker.points.append(KvMath::KvPointXY(first(marked.minX, steps.x), 0.0F));
     marked.append(marker);
     KvMatrixCloud wide;
     if (marked.toMatrixCloud(wide, static_cast<float>(steps.x), static_cast<float>(steps.scan)) == 0)
-        throw Failure{
-            QString("%1: cells of %2 mm along x and %3 mm along the scan are too many; take larger steps")
-                .arg(path)
-                .arg(steps.x)
-                .arg(steps.scan)};
+        throw Error(
+            filledIn("%1: cells of %2 mm along x and %3 mm along the scan are too many; take larger steps",
+                     path, steps.x, steps.scan))
+            .inFile(path);
     KvMatrixCloud grid;
     grid.resize(wide.rows - 1, wide.columns - 1);
     grid.stepX = wide.stepX;
@@ -107,18 +107,18 @@ int filledCells(const KvMatrixCloud& grid) {
 }
 
 QByteArray gridCsv(const KvMatrixCloud& grid) {
-    constexpr int digits = 9;
+    constexpr int kDigits = 9;
     QByteArray text = "scan_mm/x_mm";
     for (int column = 0; column < grid.columns; ++column)
-        text += ',' + QByteArray::number(cellX(grid, column), 'g', digits);
+        text += ',' + QByteArray::number(cellX(grid, column), 'g', kDigits);
     text += '\n';
     for (int row = 0; row < grid.rows; ++row) {
-        text += QByteArray::number(cellScan(grid, row), 'g', digits);
+        text += QByteArray::number(cellScan(grid, row), 'g', kDigits);
         for (int column = 0; column < grid.columns; ++column) {
             const float height = grid.height(row, column);
             text += ',';
             if (!std::isnan(height))
-                text += QByteArray::number(double(height), 'g', digits);
+                text += QByteArray::number(double(height), 'g', kDigits);
         }
         text += '\n';
     }

@@ -1,10 +1,12 @@
 // PLY, ascii and binary. Only the vertices and their x, y, z are taken; elements before them are passed over.
 // Nothing is allocated by what the header announces: counts are held against the bytes that are there.
 
-#include "kvmeasure/failure.h"
-#include "kvmeasure/profile_file.h"
-#include "kvmeasure/progress.h"
-#include "kvmeasure/scan_forms.h"
+#include <kvmeasure/base/error.h>
+#include <kvmeasure/base/filled_in.h>
+#include <kvmeasure/base/progress.h>
+#include <kvmeasure/base/text.h>
+#include <kvmeasure/profiles/profile_file.h>
+#include <kvmeasure/scans/scan_forms_p.h>
 
 #include <QtCore/QList>
 #include <QtCore/QtEndian>
@@ -18,8 +20,8 @@ namespace KvMeasure {
 
 namespace {
 
-constexpr int longestLine = 65'536;  // bytes
-constexpr int mostHeaderLines = 10'000;
+constexpr int kLongestLine = 65'536;  // bytes
+constexpr int kMostHeaderLines = 10'000;
 
 struct Type {
     const char* name;
@@ -28,7 +30,7 @@ struct Type {
     char kind;  // i signed, u unsigned, f floating-point
 };
 
-constexpr Type types[] = {
+constexpr Type kTypes[] = {
     {"char", "int8", 1, 'i'},     {"uchar", "uint8", 1, 'u'},    {"short", "int16", 2, 'i'},
     {"ushort", "uint16", 2, 'u'}, {"int", "int32", 4, 'i'},      {"uint", "uint32", 4, 'u'},
     {"float", "float32", 4, 'f'}, {"double", "float64", 8, 'f'},
@@ -86,12 +88,14 @@ double numberAt(const char* bytes, const Type& type, bool isBigEndian) {
 
 class PlyReader {
 public:
-    PlyReader(QFile& file, bool heightLast, Scan& scan) : file_(file), heightLast_(heightLast), scan_(scan) {}
+    PlyReader(QFile& file, const ScanOptions& options, Scan& scan)
+        : file_(file), options_(options), scan_(scan), units_(unitsOfPoints(options)),
+          heights_(options.unset) {}
     void read();
 
 private:
     [[noreturn]] void fail(const QString& text) const {
-        throw Failure{QString("%1: PLY: %2").arg(file_.fileName(), text)};
+        throw Error(QString("%1: PLY: %2").arg(file_.fileName(), text)).inFile(file_.fileName());
     }
     QByteArray line(const char* where);
     const Type* findType(const QByteArray& name) const;
@@ -108,31 +112,31 @@ private:
     void skipList(const Property& property);
     void addVertex(const std::array<double, 3>& at);
     [[noreturn]] void failCut(quint64 there, const Element& element) const {
-        fail(QString("announces %1 elements \"%2\", the file ends after %3; it is cut or damaged")
-                 .arg(element.count)
-                 .arg(shown(element.name))
-                 .arg(there));
+        fail(filledIn("announces %1 elements \"%2\", the file ends after %3; it is cut or damaged",
+                      element.count, shown(element.name), there));
     }
 
     QFile& file_;
-    bool heightLast_;
+    const ScanOptions& options_;
     Scan& scan_;
     bool isText_ = false, isBigEndian_ = false;
     QList<Element> elements_;
-    std::array<int, 3> place_{{-1, -1, -1}};  // of x, y, z among the properties of a vertex
+    std::array<int, 3> place_{{-1, -1, -1}};  // of x, height, scan among the properties of a vertex
+    std::array<LengthUnit, 3> units_;         // of these
+    HeightWatch heights_;
 };
 
 QByteArray PlyReader::line(const char* where) {
-    const QByteArray text = file_.readLine(longestLine);
+    const QByteArray text = file_.readLine(kLongestLine);
     if (text.isEmpty())
         fail(QString("the file ends in %1").arg(where));
-    if (text.size() >= longestLine - 1 && !text.endsWith('\n'))
-        fail(QString("a line of %1 is longer than %2 bytes").arg(where).arg(longestLine));
+    if (text.size() >= kLongestLine - 1 && !text.endsWith('\n'))
+        fail(filledIn("a line of %1 is longer than %2 bytes", where, kLongestLine));
     return text.simplified();
 }
 
 const Type* PlyReader::findType(const QByteArray& name) const {
-    for (const Type& type : types) {
+    for (const Type& type : kTypes) {
         if (name == type.name || name == type.otherName)
             return &type;
     }
@@ -167,7 +171,7 @@ void PlyReader::readHeader() {
     bool hasFormat = false;
     if (line("its header") != "ply")
         fail("expected \"ply\" in the first line");
-    for (int i = 0; i < mostHeaderLines; ++i) {
+    for (int i = 0; i < kMostHeaderLines; ++i) {
         const QList<QByteArray> words = line("its header").split(' ');
         const QByteArray& word = words.first();
         if (word == "end_header") {
@@ -205,12 +209,16 @@ void PlyReader::chooseVertices(const Element& element) {
         if (place_[std::size_t(axis)] < 0)
             fail(QString("its vertices have no number \"%1\"").arg(QChar('x' + axis)));
     }
-    if (heightLast_)
+    if (options_.heightLast) {
         std::swap(place_[1], place_[2]);
+        std::swap(units_[1], units_[2]);
+    }
 }
 
 void PlyReader::addVertex(const std::array<double, 3>& at) {
-    scan_.add(KvMath::KvPointXYZ(coordinate(at[0]), coordinate(at[1]), coordinate(at[2])));
+    const auto mm = [this](std::size_t axis, double value) { return coordinate(units_[axis].toMm(value)); };
+    scan_.add(KvMath::KvPointXYZ(mm(0, heights_.takePlace(at[0])), mm(1, heights_.take(at[1], 0)),
+                                 mm(2, heights_.takePlace(at[2]))));
     scan_.requireRoom(file_.fileName());
 }
 
@@ -237,12 +245,10 @@ void PlyReader::requireBytes(const Element& element, qint64 bytesOfOne) const {
         return;
     if (!isText_ && !element.hasList())
         failCut(room, element);
-    fail(QString("announces %1 elements \"%2\", the %3 bytes behind its header hold at most %4; it is cut or "
-                 "damaged")
-             .arg(element.count)
-             .arg(shown(element.name))
-             .arg(left)
-             .arg(room));
+    fail(
+        filledIn("announces %1 elements \"%2\", the %3 bytes behind its header hold at most %4; it is cut or "
+                 "damaged",
+                 element.count, shown(element.name), left, room));
 }
 
 /// Passes over an element in front of the vertices.
@@ -269,7 +275,7 @@ void PlyReader::skip(const Element& element) {
 }
 
 void PlyReader::readTextVertices(const Element& element) {
-    Progress progress(file_.fileName(), file_.size());
+    ProgressReport report(options_.progress, file_.fileName(), file_.size());
     for (quint64 i = 0; i < element.count; ++i) {
         if (file_.atEnd())
             failCut(i, element);
@@ -280,15 +286,12 @@ void PlyReader::readTextVertices(const Element& element) {
             bool isNumber = false;
             const double value = textNumber(words.value(word++), isNumber);
             if (!isNumber)
-                fail(QString("vertex %1: expected a number for \"%2\", found \"%3\"")
-                         .arg(i)
-                         .arg(shown(element.properties[k].name), shown(words.value(word - 1))));
+                fail(filledIn("vertex %1: expected a number for \"%2\", found \"%3\"", i,
+                              shown(element.properties[k].name), shown(words.value(word - 1))));
             if (element.properties[k].count != nullptr) {
                 if (!(value >= 0 && value <= double(words.size() - word) && value == std::floor(value)))
-                    fail(QString("vertex %1: its list \"%2\" cannot have %3 entries")
-                             .arg(i)
-                             .arg(shown(element.properties[k].name))
-                             .arg(value));
+                    fail(filledIn("vertex %1: its list \"%2\" cannot have %3 entries", i,
+                                  shown(element.properties[k].name), value));
                 word += int(value);
             }
             for (std::size_t axis = 0; axis < 3; ++axis) {
@@ -297,27 +300,25 @@ void PlyReader::readTextVertices(const Element& element) {
             }
         }
         if (word != words.size())
-            fail(QString(
-                     "vertex %1: has %2 numbers, expected %3; leave out what no property of the header names")
-                     .arg(i)
-                     .arg(words.size())
-                     .arg(word));
+            fail(filledIn(
+                "vertex %1: has %2 numbers, expected %3; leave out what no property of the header names", i,
+                words.size(), word));
         addVertex(at);
-        progress.show(file_.pos());
+        report.show(file_.pos());
     }
 }
 
 void PlyReader::readFixedVertices(const Element& element) {
-    constexpr quint64 mostAtOnce = 4'096;
+    constexpr quint64 kMostAtOnce = 4'096;
     const qint64 stride = element.bytes();
     std::array<qint64, 3> offsets{};
     for (std::size_t axis = 0; axis < 3; ++axis) {
         for (int k = 0; k < place_[axis]; ++k)
             offsets[axis] += element.properties[k].type->bytes;
     }
-    Progress progress(file_.fileName(), file_.size());
+    ProgressReport report(options_.progress, file_.fileName(), file_.size());
     for (quint64 left = element.count; left > 0;) {
-        const auto wanted = qint64(std::min(left, mostAtOnce));
+        const auto wanted = qint64(std::min(left, kMostAtOnce));
         const QByteArray bytes = file_.read(wanted * stride);
         if (bytes.size() != wanted * stride)
             failCut(element.count - left, element);
@@ -329,12 +330,12 @@ void PlyReader::readFixedVertices(const Element& element) {
             addVertex(at);
         }
         left -= quint64(wanted);
-        progress.show(file_.pos());
+        report.show(file_.pos());
     }
 }
 
 void PlyReader::readListVertices(const Element& element) {
-    Progress progress(file_.fileName(), file_.size());
+    ProgressReport report(options_.progress, file_.fileName(), file_.size());
     for (quint64 i = 0; i < element.count; ++i) {
         std::array<double, 3> at{};
         for (int k = 0; k < element.properties.size(); ++k) {
@@ -350,7 +351,7 @@ void PlyReader::readListVertices(const Element& element) {
             }
         }
         addVertex(at);
-        progress.show(file_.pos());
+        report.show(file_.pos());
     }
 }
 
@@ -372,6 +373,8 @@ void PlyReader::read() {
             readListVertices(element);
         else
             readFixedVertices(element);
+        scan_.hasUnits = true;
+        scan_.doubt = heights_.warning();
         return;
     }
     fail("has no element \"vertex\"");
@@ -379,6 +382,6 @@ void PlyReader::read() {
 
 }  // namespace
 
-void readPly(QFile& file, bool heightLast, Scan& scan) { PlyReader(file, heightLast, scan).read(); }
+void readPly(QFile& file, const ScanOptions& options, Scan& scan) { PlyReader(file, options, scan).read(); }
 
 }  // namespace KvMeasure

@@ -1,10 +1,13 @@
-#include "kvmeasure/scan_writer.h"
+#include <kvmeasure/scans/scan_writer.h>
 
-#include "kvmeasure/arguments.h"
-#include "kvmeasure/failure.h"
-#include "kvmeasure/output_file.h"
-#include "kvmeasure/progress.h"
-#include "kvmeasure/scan_grid.h"
+#include <kvmeasure/base/error.h>
+#include <kvmeasure/base/filled_in.h>
+#include <kvmeasure/base/output_file.h>
+#include <kvmeasure/base/progress.h>
+#include <kvmeasure/base/text.h>
+#include <kvmeasure/scans/height_grid.h>
+
+#include <kvmath/core/record_layout.h>
 
 #include <QtCore/QFileInfo>
 
@@ -15,25 +18,27 @@ using KvMath::KvProfileZ;
 
 namespace {
 
-constexpr int digits = 9;  // as many as tell any two floats apart
+constexpr int kDigits = 9;  // as many as tell any two floats apart
 
 /// Collects bytes so that a point costs no write, and shows how far it is.
 class Writer {
 public:
-    Writer(const QString& path, qint64 points) : path_(path), file_(path), progress_(path, points) {}
+    Writer(const QString& path, qint64 points, const Progress& progress)
+        : path_(path), file_(path), progress_(progress, path, points) {}
 
     QByteArray& bytes() { return bytes_; }
     const QString& path() const { return path_; }
     void countPoint() {
-        constexpr int enough = 1 << 20;
+        constexpr int kEnough = 1 << 20;
         ++written_;
-        if (bytes_.size() < enough)
+        if (bytes_.size() < kEnough)
             return;
         flush();
         progress_.show(written_);
     }
     void commit() {
         flush();
+        progress_.show(written_);  // the last moment to cancel, also for a file below that size
         file_.commit();
     }
 
@@ -45,24 +50,20 @@ private:
 
     QString path_;
     OutputFile file_;
-    Progress progress_;
+    ProgressReport progress_;
     QByteArray bytes_;
     qint64 written_ = 0;
 };
 
 void writeStack(Writer& writer, const KvMath::KvProfileZSet& stack) {
-    constexpr int mostPoints = 0xFFFF;
-    constexpr char marker = 0x05;
+    constexpr int kMostPoints = 0xFFFF;
     for (const KvProfileZ& profile : stack.profiles) {
-        if (profile.points.size() > mostPoints)
-            throw Failure{
-                QString("%1: the profile at %2 mm has %3 points, a record holds at most %4; take --format "
-                        "cloud or ply")
-                    .arg(writer.path())
-                    .arg(double(profile.z))
-                    .arg(profile.points.size())
-                    .arg(mostPoints)};
-        writer.bytes().append(marker);
+        if (profile.points.size() > kMostPoints)
+            throw Error(filledIn("%1: the profile at %2 mm has %3 points, a record holds at most %4; take "
+                                 "\1form\2 cloud or ply",
+                                 writer.path(), double(profile.z), profile.points.size(), kMostPoints))
+                .inFile(writer.path());
+        writer.bytes().append(char(KvMath::kProfileRecord));
         appendLittleEndian(writer.bytes(), quint32(profile.points.size()), 2);
         appendLittleEndian(writer.bytes(), profile.z);
         for (const KvMath::KvPointXY& p : profile.points) {
@@ -87,17 +88,16 @@ void appendBinary(QByteArray& bytes, const KvPointXYZ& p) {
 }
 
 void appendText(QByteArray& bytes, const KvPointXYZ& p) {
-    bytes += QByteArray::number(double(p.x), 'g', digits) + ' ' +
-             QByteArray::number(double(p.y), 'g', digits) + ' ' +
-             QByteArray::number(double(p.z), 'g', digits) + '\n';
+    bytes += QByteArray::number(double(p.x), 'g', kDigits) + ' ' +
+             QByteArray::number(double(p.y), 'g', kDigits) + ' ' +
+             QByteArray::number(double(p.z), 'g', kDigits) + '\n';
 }
 
 QByteArray plyHeader(qint64 points, bool isText, bool heightLast) {
-    return QString("ply\nformat %1 1.0\ncomment mm; x along the laser line, %2\nelement vertex %3\n"
-                   "property float x\nproperty float y\nproperty float z\nend_header\n")
-        .arg(isText ? "ascii" : "binary_little_endian",
-             heightLast ? "y along the scan, z height" : "y height, z along the scan")
-        .arg(points)
+    return filledIn("ply\nformat %1 1.0\ncomment mm; x along the laser line, %2\nelement vertex %3\n"
+                    "property float x\nproperty float y\nproperty float z\nend_header\n",
+                    isText ? "ascii" : "binary_little_endian",
+                    heightLast ? "y along the scan, z height" : "y height, z along the scan", points)
         .toUtf8();
 }
 
@@ -105,22 +105,22 @@ constexpr struct {
     const char* name;
     const char* suffixes;
     ScanForm form;
-} forms[] = {{"stack", "", ScanForm::Stack},    {"cloud", "", ScanForm::CloudRecord},
-             {"xyz", "xyz txt", ScanForm::Xyz}, {"grid", "csv", ScanForm::Grid},
-             {"ply", "ply", ScanForm::Ply},     {"ply-ascii", "", ScanForm::PlyText}};
+} kForms[] = {{"stack", "", ScanForm::Stack},    {"cloud", "", ScanForm::CloudRecord},
+              {"xyz", "xyz txt", ScanForm::Xyz}, {"grid", "csv", ScanForm::Grid},
+              {"ply", "ply", ScanForm::Ply},     {"ply-ascii", "", ScanForm::PlyText}};
 
 }  // namespace
 
 QStringList scanFormNames() {
     QStringList names;
-    for (const auto& form : forms)
+    for (const auto& form : kForms)
         names.append(form.name);
     return names;
 }
 
 ScanForm parseScanForm(const QString& text, const QString& path) {
     const QString suffix = QFileInfo(path).suffix().toLower();
-    for (const auto& form : forms) {
+    for (const auto& form : kForms) {
         if (text.isEmpty() ? !suffix.isEmpty() && QString(form.suffixes).split(' ').contains(suffix)
                            : text == form.name)
             return form.form;
@@ -128,12 +128,12 @@ ScanForm parseScanForm(const QString& text, const QString& path) {
     if (text.isEmpty())
         return ScanForm::Stack;
     const QStringList names = scanFormNames();
-    throw Failure{
-        QString("--format must be %1, not \"%2\"%3").arg(alternatives(names), text, suggestion(text, names))};
+    throw Error(
+        QString("\1form\2 must be %1, not \"%2\"%3").arg(alternatives(names), text, suggestion(text, names)));
 }
 
-void writeScan(const QString& path, ScanForm form, bool heightLast, Scan& scan) {
-    Writer writer(path, scan.points);
+void writeScan(const QString& path, ScanForm form, bool heightLast, Scan& scan, const Progress& progress) {
+    Writer writer(path, scan.points, progress);
     const bool isText = form == ScanForm::Xyz || form == ScanForm::PlyText;
     if (form == ScanForm::Stack) {
         writeStack(writer, takeStack(scan, path));
@@ -148,8 +148,7 @@ void writeScan(const QString& path, ScanForm form, bool heightLast, Scan& scan) 
         return;
     }
     if (form == ScanForm::CloudRecord) {
-        constexpr char marker = 0x03;
-        writer.bytes().append(marker);
+        writer.bytes().append(char(KvMath::kSpaceCloudRecord));
         appendLittleEndian(writer.bytes(), quint32(scan.points), 4);
     } else if (form != ScanForm::Xyz) {
         writer.bytes() += plyHeader(scan.points, isText, heightLast);
