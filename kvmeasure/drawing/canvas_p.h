@@ -1,7 +1,7 @@
 #pragma once
 // The drawing surface of a picture: mm to pixels, SVG elements, labels that keep out of each other's way.
 
-#include "kvmeasure/matcher.h"
+#include <kvmeasure/inspection/matching.h>
 
 #include <QtCore/QByteArray>
 
@@ -37,12 +37,16 @@ Projection fitProjection(const Rect& range, double left, double top, double widt
 struct Ticks {
     QList<double> values;
     int decimals = 0;
+    int digits = 0;  ///< of large values; 0: decimals count
 
-    QString text(double value) const { return QString::number(value == 0 ? 0.0 : value, 'f', decimals); }
+    QString text(double value) const {
+        return digits > 0 ? QString::number(value + 0.0, 'g', digits)
+                          : QString::number(value == 0 ? 0.0 : value, 'f', decimals);
+    }
 };
 
-/// The ticks within [from, to], finite and from < to: at steps of 1, 2 or 5 times a power of ten, at most
-/// about `wanted` of them.
+/// The ticks within [from, to]: at steps of 1, 2 or 5 times a power of ten, at most
+/// about `wanted` of them; none where from is not below to.
 Ticks ticksWithin(double from, double to, int wanted);
 
 /// Collects SVG elements.
@@ -54,6 +58,7 @@ public:
     void rect(const Rect& rect, const QString& style);
     void circle(const Vector& centre, double radius, const QString& style);
     void text(const Vector& at, const QString& text, const QString& style);
+    void add(const Canvas& other) { body_ += other.body_; }
     void raw(const QString& element) { body_ += element.toUtf8() + '\n'; }
     QByteArray document(double width, double height) const;
 

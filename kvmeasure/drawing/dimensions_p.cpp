@@ -1,13 +1,16 @@
-#include "kvmeasure/plot_marks.h"
+#include <kvmeasure/drawing/dimensions_p.h>
+
+#include <kvmeasure/base/filled_in.h>
 
 #include <algorithm>
 #include <cmath>
+#include <tuple>
 
 namespace KvMeasure {
 
 namespace {
 
-constexpr double pi = 3.141592653589793;
+constexpr double kPi = 3.141592653589793;
 
 bool isInside(const Projection& view, const Mark& mark) {
     const Vector& place = mark.kind == Mark::Angle ? mark.vertex : mark.first;
@@ -25,10 +28,10 @@ void drawDistance(Drawing& drawing, const Mark& mark, const QString& colour, Vec
         drawing.placer.coverLine(b, origin);
     } else if (size > 1) {
         // Beside the line it measures, with extension lines.
-        constexpr double offset = 22;
+        constexpr double kOffset = 22;
         const double side = b.x >= a.x ? 1 : -1;
         const Vector normal(-(b.y - a.y) / size * side, (b.x - a.x) / size * side);
-        const Vector shift(normal.x * offset, normal.y * offset);
+        const Vector shift(normal.x * kOffset, normal.y * kOffset);
         drawing.canvas.line(a, {a.x + shift.x * 1.25, a.y + shift.y * 1.25}, stroke(colour, 0.9));
         drawing.canvas.line(b, {b.x + shift.x * 1.25, b.y + shift.y * 1.25}, stroke(colour, 0.9));
         a = {a.x + shift.x, a.y + shift.y};
@@ -41,54 +44,66 @@ void drawDistance(Drawing& drawing, const Mark& mark, const QString& colour, Vec
     anchor = middle(a, b);
 }
 
+/// Distance in mm from a place (pixels) to the frame of the picture, in a direction in mm.
+double reach(const Projection& view, const Vector& from, double angle) {
+    const Vector step(std::cos(angle) * view.scaleX, -std::sin(angle) * view.scaleY);
+    double reached = 1e300;
+    for (const auto& [part, low, high] :
+         {std::tuple(step.x, from.x - view.area.left, view.area.right - from.x),
+          {step.y, from.y - view.area.top, view.area.bottom - from.y}}) {
+        if (std::fabs(part) > 0)
+            reached = std::min(reached, (part > 0 ? high : low) / std::fabs(part));
+    }
+    return reached;
+}
+
 void drawAngle(Drawing& drawing, const Mark& mark, const QString& colour, Vector& anchor) {
-    constexpr double radiusPixels = 46;
-    constexpr int pieces = 48;
+    constexpr double kRadiusPixels = 46;
+    constexpr int kPieces = 48;
+    constexpr double kArmShare = 1.35;
     const Vector vertex = drawing.view.toPixel(mark.vertex);
-    const double room =
-        std::min(vertex.y - drawing.view.area.top, drawing.view.area.bottom - vertex.y) / drawing.view.scaleY;
-    const double wanted = radiusPixels / std::sqrt(drawing.view.scaleX * drawing.view.scaleY);
-    const double radius =
-        std::max(wanted / 3, std::min(wanted, room));  // inside the picture where that is seen
     const double from = std::atan2(mark.first.y - mark.vertex.y, mark.first.x - mark.vertex.x);
+    const double wanted = kRadiusPixels / std::sqrt(drawing.view.scaleX * drawing.view.scaleY);
+    double room = wanted;
+    for (int i = 0; i <= kPieces; ++i)
+        room = std::min(room, reach(drawing.view, vertex, from + mark.angle * i / kPieces) / kArmShare);
+    const double radius = std::max(wanted / 3, room);  // inside the picture where that is seen
     const auto at = [&](double angle, double scale) {
         return drawing.view.toPixel({mark.vertex.x + scale * radius * std::cos(angle),
                                      mark.vertex.y + scale * radius * std::sin(angle)});
     };
     QList<Vector> arc;
-    for (int i = 0; i <= pieces; ++i)
-        arc.append(at(from + mark.angle * i / pieces, 1));
+    for (int i = 0; i <= kPieces; ++i)
+        arc.append(at(from + mark.angle * i / kPieces, 1));
     for (const double arm : {from, from + mark.angle})
-        drawing.canvas.line(vertex, at(arm, 1.35), stroke(colour, 1, "stroke-dasharray=\"5 4\""));
+        drawing.canvas.line(vertex, at(arm, kArmShare), stroke(colour, 1, "stroke-dasharray=\"5 4\""));
     drawing.canvas.polyline(arc, stroke(colour, 1.8));
-    drawing.canvas.arrowHead(arc.last(), arc[pieces - 4], colour);
+    drawing.canvas.arrowHead(arc.last(), arc[kPieces - 4], colour);
     for (const Vector& point : arc)
         drawing.placer.cover(point);
-    anchor = arc[pieces / 2];
+    anchor = arc[kPieces / 2];
 }
 
 void drawPointMark(Drawing& drawing, const Mark& mark, const QString& colour, Vector& anchor) {
-    constexpr double arm = 9;
+    constexpr double kArm = 9;
     anchor = drawing.view.toPixel(mark.first);
     drawing.canvas.circle(anchor, 4.5, QString("fill=\"white\" fill-opacity=\"0.8\" ") + stroke(colour, 1.8));
-    drawing.canvas.line({anchor.x - arm, anchor.y}, {anchor.x + arm, anchor.y}, stroke(colour, 1.2));
-    drawing.canvas.line({anchor.x, anchor.y - arm}, {anchor.x, anchor.y + arm}, stroke(colour, 1.2));
+    drawing.canvas.line({anchor.x - kArm, anchor.y}, {anchor.x + kArm, anchor.y}, stroke(colour, 1.2));
+    drawing.canvas.line({anchor.x, anchor.y - kArm}, {anchor.x, anchor.y + kArm}, stroke(colour, 1.2));
 }
 
 }  // namespace
 
 QString stroke(const QString& colour, double width, const QString& more) {
-    return QString("stroke=\"%1\" stroke-width=\"%2\" %3").arg(colour).arg(width).arg(more);
+    return filledIn("stroke=\"%1\" stroke-width=\"%2\" %3", colour, width, more);
 }
-
-Vector middle(const Vector& a, const Vector& b) { return {(a.x + b.x) / 2, (a.y + b.y) / 2}; }
 
 void drawLabel(Drawing& drawing, const Vector& anchor, const QString& text, const QString& colour,
                double preferred, bool isFilled) {
-    constexpr double height = 20;
-    constexpr double labelSize = 13;
-    const double width = textWidth(text, labelSize) + 12;
-    const Rect box = drawing.placer.place(anchor, width, height, preferred);
+    constexpr double kHeight = 20;
+    constexpr double kLabelSize = 13;
+    const double width = textWidth(text, kLabelSize) + 12;
+    const Rect box = drawing.placer.place(anchor, width, kHeight, preferred);
     const Vector centre((box.left + box.right) / 2, (box.top + box.bottom) / 2);
     const Vector nearest(std::min(std::max(anchor.x, box.left), box.right),
                          std::min(std::max(anchor.y, box.top), box.bottom));
@@ -98,9 +113,8 @@ void drawLabel(Drawing& drawing, const Vector& anchor, const QString& text, cons
                         QString("rx=\"4\" fill=\"%1\" fill-opacity=\"%2\" stroke=\"%3\" stroke-width=\"1\"")
                             .arg(isFilled ? colour : QString("white"), isFilled ? "1" : "0.94", colour));
     drawing.canvas.text({centre.x, centre.y + 4.7}, text,
-                        QString("text-anchor=\"middle\" font-weight=\"bold\" fill=\"%1\" font-size=\"%2\"")
-                            .arg(isFilled ? QString("white") : colour)
-                            .arg(labelSize));
+                        filledIn("text-anchor=\"middle\" font-weight=\"bold\" fill=\"%1\" font-size=\"%2\"",
+                                 isFilled ? QString("white") : colour, kLabelSize));
 }
 
 void drawMark(Drawing& drawing, const Mark& measured) {
@@ -113,12 +127,12 @@ void drawMark(Drawing& drawing, const Mark& measured) {
         return;  // its value still stands in the panel
     const QString colour = mark.isGood ? measureColour : badColour;
     Vector anchor;
-    double preferred = -pi / 2;
+    double preferred = -kPi / 2;
     if (mark.kind == Mark::Distance) {
         drawDistance(drawing, mark, colour, anchor);
         const bool isUpright =
             std::fabs(mark.second.y - mark.first.y) > std::fabs(mark.second.x - mark.first.x);
-        preferred = isUpright ? 0 : pi / 2;
+        preferred = isUpright ? 0 : kPi / 2;
     } else if (mark.kind == Mark::Angle) {
         drawAngle(drawing, mark, colour, anchor);
         const Vector vertex = drawing.view.toPixel(mark.vertex);

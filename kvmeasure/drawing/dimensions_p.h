@@ -1,7 +1,7 @@
 #pragma once
 // What was measured, drawn into a picture where it was measured.
 
-#include "kvmeasure/plot_canvas.h"
+#include <kvmeasure/drawing/canvas_p.h>
 
 namespace KvMeasure {
 
@@ -18,7 +18,6 @@ struct Drawing {
 };
 
 QString stroke(const QString& colour, double width, const QString& more = QString());
-Vector middle(const Vector& a, const Vector& b);
 
 /// A box with text at a free place near `anchor` (pixels), the preferred direction (radians, pixels) first.
 void drawLabel(Drawing& drawing, const Vector& anchor, const QString& text, const QString& colour,

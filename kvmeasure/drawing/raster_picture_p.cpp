@@ -1,6 +1,7 @@
-#include "kvmeasure/plot_raster.h"
+#include <kvmeasure/drawing/raster_picture_p.h>
 
-#include "kvmeasure/plot_marks.h"
+#include <kvmeasure/base/filled_in.h>
+#include <kvmeasure/drawing/dimensions_p.h>
 
 #include <QtCore/QtEndian>
 
@@ -12,18 +13,18 @@ namespace KvMeasure {
 
 namespace {
 
-constexpr unsigned outsideColour = 0xFFFFFF;
-constexpr unsigned emptyColour = 0xC9CDD2;
-constexpr int firstLevel = 2;  // palette: outside, empty, then the levels
-constexpr int levels = 254;
+constexpr unsigned kOutsideColour = 0xFFFFFF;
+constexpr unsigned kEmptyColour = 0xC9CDD2;
+constexpr int kFirstLevel = 2;  // palette: outside, empty, then the levels
+constexpr int kLevels = 254;
 
 using Stops = std::array<unsigned, 5>;
-constexpr Stops sequentialStops{0x440154, 0x3B528B, 0x21918C, 0x5EC962, 0xFDE725};
-constexpr Stops divergingStops{0x2166AC, 0x92C5DE, 0xF7F7F7, 0xF4A582, 0xB2182B};
+constexpr Stops kSequentialStops{0x440154, 0x3B528B, 0x21918C, 0x5EC962, 0xFDE725};
+constexpr Stops kDivergingStops{0x2166AC, 0x92C5DE, 0xF7F7F7, 0xF4A582, 0xB2182B};
 
 /// Colour at a share from 0 to 1 of the scale, linear between the stops.
 unsigned colourAt(const ColourScale& scale, double share) {
-    const Stops& stops = scale.kind == ColourScale::Kind::Diverging ? divergingStops : sequentialStops;
+    const Stops& stops = scale.kind == ColourScale::Kind::Diverging ? kDivergingStops : kSequentialStops;
     const double place = share * static_cast<double>(stops.size() - 1);
     const auto stop = std::min(static_cast<std::size_t>(place), stops.size() - 2);
     const double part = place - static_cast<double>(stop);
@@ -38,7 +39,7 @@ unsigned colourAt(const ColourScale& scale, double share) {
 
 int levelOf(const ColourScale& scale, double value) {
     const double share = (value - scale.from) / (scale.to - scale.from);
-    return firstLevel + static_cast<int>(std::lround(std::clamp(share, 0.0, 1.0) * (levels - 1)));
+    return kFirstLevel + static_cast<int>(std::lround(std::clamp(share, 0.0, 1.0) * (kLevels - 1)));
 }
 
 QByteArray bigEndian(quint32 value) {
@@ -76,12 +77,35 @@ QByteArray palettePng(int columns, int rows, const QByteArray& pixels, const std
     QByteArray lines;
     for (int row = 0; row < rows; ++row)
         lines += '\0' + pixels.mid(row * columns, columns);
-    constexpr int sizePrefix = 4;  // that qCompress puts before the zlib stream
+    constexpr int kSizePrefix = 4;  // that qCompress puts before the zlib stream
     return QByteArray("\x89PNG\r\n\x1A\n", 8) + chunk("IHDR", head) + chunk("PLTE", palette) +
-           chunk("IDAT", qCompress(lines, 9).mid(sizePrefix)) + chunk("IEND", QByteArray());
+           chunk("IDAT", qCompress(lines, 9).mid(kSizePrefix)) + chunk("IEND", QByteArray());
+}
+
+constexpr int kTicksOfScale = 8;
+constexpr double kNumbersGap = 9;  // pixels
+
+/// The numbers at the ends, with a digit more than the ticks where these have too few.
+struct Ends {
+    QString lower, upper;
+};
+
+Ends endsOf(const ColourScale& scale, Ticks ticks) {
+    const double unit = std::pow(10.0, -ticks.decimals);
+    const auto isBetween = [unit](double value) {
+        constexpr double kRounding = 1e-6;
+        return std::fabs(value / unit - std::round(value / unit)) > kRounding;
+    };
+    ticks.decimals += isBetween(scale.from) || isBetween(scale.to) ? 1 : 0;
+    return {(scale.isCut ? "≤ " : "") + ticks.text(scale.from),
+            (scale.isCut ? "≥ " : "") + ticks.text(scale.to)};
 }
 
 }  // namespace
+
+unsigned colourOf(const ColourScale& scale, double value) {
+    return colourAt(scale, std::clamp((value - scale.from) / (scale.to - scale.from), 0.0, 1.0));
+}
 
 Raster thinned(const Raster& raster, int mostCells) {
     const double excess = double(raster.columns) * raster.rows / mostCells;
@@ -110,9 +134,9 @@ Raster thinned(const Raster& raster, int mostCells) {
 }
 
 void drawRaster(Canvas& canvas, const Rect& area, const Raster& raster, const ColourScale& scale) {
-    std::vector<unsigned> colours{outsideColour, emptyColour};
-    for (int level = 0; level < levels; ++level)
-        colours.push_back(colourAt(scale, double(level) / (levels - 1)));
+    std::vector<unsigned> colours{kOutsideColour, kEmptyColour};
+    for (int level = 0; level < kLevels; ++level)
+        colours.push_back(colourAt(scale, double(level) / (kLevels - 1)));
     QByteArray pixels;
     for (std::size_t i = 0; i < raster.values.size(); ++i) {
         const double value = double(raster.values[i]);
@@ -122,42 +146,43 @@ void drawRaster(Canvas& canvas, const Rect& area, const Raster& raster, const Co
     }
     const QByteArray png = palettePng(raster.columns, raster.rows, pixels, colours);
     canvas.raw(
-        QString("<image x=\"%1\" y=\"%2\" width=\"%3\" height=\"%4\" preserveAspectRatio=\"none\" "
-                "image-rendering=\"optimizeSpeed\" "
-                "xmlns:xlink=\"http://www.w3.org/1999/xlink\" xlink:href=\"data:image/png;base64,%5\"/>")
-            .arg(area.left, 0, 'f', 1)
-            .arg(area.top, 0, 'f', 1)
-            .arg(area.width(), 0, 'f', 1)
-            .arg(area.height(), 0, 'f', 1)
-            .arg(QString::fromLatin1(png.toBase64())));
+        filledIn("<image x=\"%1\" y=\"%2\" width=\"%3\" height=\"%4\" preserveAspectRatio=\"none\" "
+                 "image-rendering=\"optimizeSpeed\" "
+                 "xmlns:xlink=\"http://www.w3.org/1999/xlink\" xlink:href=\"data:image/png;base64,%5\"/>",
+                 QString::number(area.left, 'f', 1), QString::number(area.top, 'f', 1),
+                 QString::number(area.width(), 'f', 1), QString::number(area.height(), 'f', 1),
+                 QString::fromLatin1(png.toBase64())));
     canvas.rect(area, "fill=\"none\" " + stroke("#333", 1));
 }
 
 void drawColourScale(Canvas& canvas, const Rect& area, const ColourScale& scale) {
-    constexpr int bands = 64;
-    const double height = area.height() / bands;
-    for (int i = 0; i < bands; ++i) {
+    constexpr int kBands = 64;
+    const double height = area.height() / kBands;
+    for (int i = 0; i < kBands; ++i) {
         const double top = area.bottom - (i + 1) * height;
-        const unsigned colour = colourAt(scale, (i + 0.5) / bands);
+        const unsigned colour = colourAt(scale, (i + 0.5) / kBands);
         canvas.rect({area.left, top, area.right, top + height + 0.5},
                     QString("fill=\"#%1\"").arg(colour, 6, 16, QChar('0')));
     }
     canvas.rect(area, "fill=\"none\" " + stroke("#333", 1));
-    constexpr int wanted = 8;
-    const Ticks ticks = ticksWithin(scale.from, scale.to, wanted);
+    const Ticks ticks = ticksWithin(scale.from, scale.to, kTicksOfScale);
+    constexpr double kLineHeight = 16;
     for (const double value : ticks.values) {
-        const double place = (value - scale.from) / (scale.to - scale.from);
-        const double y = area.bottom - area.height() * place;
+        const double y = area.bottom - area.height() * (value - scale.from) / (scale.to - scale.from);
         canvas.line({area.right, y}, {area.right + 5, y}, stroke("#333", 1));
-        const bool isEnd = std::fabs(place - 0.5) > 0.49;
-        if (!scale.isCut || !isEnd)
-            canvas.text({area.right + 9, y + 4.5}, ticks.text(value), "fill=\"#333\"");
+        if (std::min(area.bottom - y, y - area.top) >= kLineHeight)
+            canvas.text({area.right + kNumbersGap, y + 4.5}, ticks.text(value), "fill=\"#333\"");
     }
-    if (scale.isCut) {
-        canvas.text({area.right + 9, area.top + 4.5}, "≥ " + ticks.text(scale.to), "fill=\"#333\"");
-        canvas.text({area.right + 9, area.bottom + 4.5}, "≤ " + ticks.text(scale.from), "fill=\"#333\"");
-    }
-    canvas.text({area.left, area.top - 10}, scale.unit, "fill=\"#333\"");
+    const Ends ends = endsOf(scale, ticks);
+    canvas.text({area.right + kNumbersGap, area.top + 4.5}, ends.upper, "fill=\"#333\"");
+    canvas.text({area.right + kNumbersGap, area.bottom + 4.5}, ends.lower, "fill=\"#333\"");
+    canvas.text({area.left, area.top - 14}, scale.unit, "fill=\"#333\"");
+}
+
+double numbersWidth(const ColourScale& scale) {
+    constexpr double kSize = 13;
+    const Ends ends = endsOf(scale, ticksWithin(scale.from, scale.to, kTicksOfScale));
+    return kNumbersGap + std::max(textWidth(ends.lower, kSize), textWidth(ends.upper, kSize));
 }
 
 }  // namespace KvMeasure

@@ -1,7 +1,8 @@
 #pragma once
 // Values on a grid as colours: height maps, error maps.
 
-#include "kvmeasure/plot_canvas.h"
+#include <kvmeasure/base/raster.h>
+#include <kvmeasure/drawing/canvas_p.h>
 
 namespace KvMeasure {
 
@@ -17,18 +18,8 @@ struct ColourScale {
     bool isCut = false;  ///< there are values beyond, as the numbers at the ends then say
 };
 
-/// A grid of values; row 0 is drawn on top. Values that are not finite take the colour of empty cells.
-struct Raster {
-    int columns = 0, rows = 0;
-    std::vector<float> values;  ///< row by row
-    std::vector<bool> outside;  ///< cells left white, which are neither filled nor empty; may be empty
-
-    std::size_t cell(int column, int row) const {
-        return static_cast<std::size_t>(row) * static_cast<std::size_t>(columns) +
-               static_cast<std::size_t>(column);
-    }
-    float at(int column, int row) const { return values[cell(column, row)]; }
-};
+/// The colour of a value as 0xRRGGBB.
+unsigned colourOf(const ColourScale& scale, double value);
 
 /// Means of the finite values in blocks, so that the grid has at most `mostCells` cells. A block is outside
 /// when all of its cells are.
@@ -37,7 +28,10 @@ Raster thinned(const Raster& raster, int mostCells);
 /// Fills the area with the grid, as one embedded image of 256 colours, and frames it.
 void drawRaster(Canvas& canvas, const Rect& area, const Raster& raster, const ColourScale& scale);
 
-/// The bar of colours with its numbers to the right; the area is that of the bar.
+/// The bar of colours with its numbers to the right, its ends among them; the area is that of the bar.
 void drawColourScale(Canvas& canvas, const Rect& area, const ColourScale& scale);
+
+/// Pixels that the numbers to the right of the bar take.
+double numbersWidth(const ColourScale& scale);
 
 }  // namespace KvMeasure

@@ -1,8 +1,8 @@
-#include "kvmeasure/scan_picture.h"
+#include <kvmeasure/drawing/scan_picture.h>
 
-#include "kvmeasure/plot_axes.h"
-#include "kvmeasure/plot_raster.h"
-#include "kvmeasure/scan_grid.h"
+#include <kvmeasure/drawing/axes_p.h>
+#include <kvmeasure/drawing/raster_picture_p.h>
+#include <kvmeasure/scans/height_grid.h>
 
 #include <algorithm>
 #include <cmath>
@@ -13,14 +13,14 @@ using KvMath::KvMatrixCloud;
 
 namespace {
 
-constexpr double left = 84;  // pixels; room for the axis along the scan
-constexpr double top = 96;   // title and legend
-constexpr double bottom = 64;
-constexpr double widest = 900;
-constexpr double highest = 900;
-constexpr double barGap = 24;
-constexpr double barRoom = 74;  // numbers
-constexpr double barWidth = 22;
+constexpr double kLeft = 84;  // pixels; room for the axis along the scan
+constexpr double kTop = 96;   // title and legend
+constexpr double kBottom = 64;
+constexpr double kWidest = 900;
+constexpr double kHighest = 900;
+constexpr double kBarGap = 24;
+constexpr double kBarMargin = 12;
+constexpr double kBarWidth = 22;
 const QString edgeColour = "#FF8FA3";
 const QString hullColour = "#FFFFFF";
 const QString lineColour = "#D0006F";
@@ -50,16 +50,16 @@ struct Room {
     int columns = 0, rows = 0;  // on each side
 
     explicit Room(const KvMatrixCloud& grid) {
-        constexpr double share = 0.06;
+        constexpr double kShare = 0.06;
         const double around =
-            share * std::max(grid.columns * double(grid.stepX), grid.rows * double(grid.stepZ));
+            kShare * std::max(grid.columns * double(grid.stepX), grid.rows * double(grid.stepZ));
         const auto cells = [around](float step, int most) {
             return int(std::min(around / double(step), double(most))) + 1;
         };
-        columns = cells(grid.stepX, mostCells);
-        rows = cells(grid.stepZ, mostCells);
+        columns = cells(grid.stepX, kMostCells);
+        rows = cells(grid.stepZ, kMostCells);
     }
-    static constexpr int mostCells = 1 << 24;
+    static constexpr int kMostCells = 1 << 24;
 };
 
 /// The grid with the room around at equal scale.
@@ -67,10 +67,10 @@ Projection projectionOf(const KvMatrixCloud& grid, const Room& room) {
     const double width = (double(grid.columns) + 2.0 * room.columns) * double(grid.stepX);
     const double height = (double(grid.rows) + 2.0 * room.rows) * double(grid.stepZ);
     Projection view;
-    view.scaleX = view.scaleY = std::min(widest / width, highest / height);
+    view.scaleX = view.scaleY = std::min(kWidest / width, kHighest / height);
     view.origin = Vector(double(grid.originX) - room.columns * double(grid.stepX),
                          double(grid.originZ) - room.rows * double(grid.stepZ));
-    view.area = {left, top, left + width * view.scaleX, top + height * view.scaleY};
+    view.area = {kLeft, kTop, kLeft + width * view.scaleX, kTop + height * view.scaleY};
     return view;
 }
 
@@ -78,13 +78,12 @@ class ScanPainter {
 public:
     explicit ScanPainter(const ScanPicture& picture)
         : picture_(picture), room_(picture.grid), scale_(scaleOf(picture.grid)),
-          drawing_(projectionOf(picture.grid, room_)) {}
+          drawing_(withRoomForNumbers(projectionOf(picture.grid, room_))) {}
     QByteArray paint();
 
 private:
     void drawHeights();
     void drawScale();
-    void drawAxes();
     void drawOutline();
     void drawTexts(const QList<PlacedText>& texts, const QString& colour);
     void drawHeader();
@@ -128,20 +127,7 @@ void ScanPainter::drawHeights() {
 void ScanPainter::drawScale() {
     const Rect& area = drawing_.view.area;
     drawColourScale(drawing_.canvas,
-                    {area.right + barGap, area.top, area.right + barGap + barWidth, area.bottom}, scale_);
-}
-
-void ScanPainter::drawAxes() {
-    const Rect& area = drawing_.view.area;
-    Canvas& canvas = drawing_.canvas;
-    drawTicks(canvas, drawing_.view, /*alongX=*/true);
-    drawTicks(canvas, drawing_.view, /*alongX=*/false);
-    canvas.rect(area, "fill=\"none\" " + stroke("#333", 1));
-    canvas.text({(area.left + area.right) / 2, area.bottom + 42}, "x, mm",
-                "text-anchor=\"middle\" fill=\"#333\"");
-    canvas.raw(QString("<text transform=\"translate(22,%1) rotate(-90)\" text-anchor=\"middle\" "
-                       "fill=\"#333\">scan, mm</text>")
-                   .arg((area.top + area.bottom) / 2, 0, 'f', 1));
+                    {area.right + kBarGap, area.top, area.right + kBarGap + kBarWidth, area.bottom}, scale_);
 }
 
 void ScanPainter::drawOutline() {
@@ -171,9 +157,10 @@ void ScanPainter::drawTexts(const QList<PlacedText>& texts, const QString& colou
 
 void ScanPainter::drawHeader() {
     Canvas& canvas = drawing_.canvas;
-    canvas.text({left, 32}, picture_.title, "font-size=\"20\" font-weight=\"bold\" fill=\"#111\"");
-    canvas.text({left, 54}, picture_.subtitle, "fill=\"#555\"");
-    double x = left;
+    canvas.text({drawing_.view.area.left, 32}, picture_.title,
+                "font-size=\"20\" font-weight=\"bold\" fill=\"#111\"");
+    canvas.text({drawing_.view.area.left, 54}, picture_.subtitle, "fill=\"#555\"");
+    double x = drawing_.view.area.left;
     const auto entry = [&](const QString& text, const QString& colour, double width, bool isShown) {
         if (!isShown)
             return;
@@ -190,18 +177,30 @@ void ScanPainter::drawHeader() {
 
 QByteArray ScanPainter::paint() {
     drawHeights();
-    drawAxes();
+    drawScanAxes(drawing_.canvas, drawing_.view);
     drawHeader();
     drawOutline();
     drawTexts(picture_.angles, "#1D3557");
     drawTexts(picture_.lengths, lineColour);
     drawScale();
     const Rect& area = drawing_.view.area;
-    return drawing_.canvas.document(area.right + barGap + barWidth + barRoom, area.bottom + bottom);
+    return drawing_.canvas.document(area.right + kBarGap + kBarWidth + numbersWidth(scale_) + kBarMargin,
+                                    area.bottom + kBottom);
 }
 
 }  // namespace
 
-QByteArray drawScan(const ScanPicture& picture) { return ScanPainter(picture).paint(); }
+QByteArray drawScan(const ScanPicture& picture) {
+    const KvMatrixCloud& grid = picture.grid;
+    const bool isSet = grid.rows > 0 && grid.columns > 0 && grid.stepX > 0 && grid.stepZ > 0 &&
+                       std::isfinite(grid.stepX + grid.stepZ + grid.originX + grid.originZ);
+    if (isSet)
+        return ScanPainter(picture).paint();
+    ScanPicture empty = picture;
+    empty.grid.resize(1, 1);
+    empty.grid.originX = empty.grid.originZ = 0;
+    empty.grid.stepX = empty.grid.stepZ = 1;
+    return ScanPainter(empty).paint();
+}
 
 }  // namespace KvMeasure

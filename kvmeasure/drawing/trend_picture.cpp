@@ -1,6 +1,7 @@
-#include "kvmeasure/trend.h"
+#include <kvmeasure/drawing/trend_picture.h>
 
-#include "kvmeasure/plot_marks.h"
+#include <kvmeasure/base/filled_in.h>
+#include <kvmeasure/drawing/axes_p.h>
 
 #include <QtCore/QSet>
 
@@ -10,13 +11,13 @@ namespace KvMeasure {
 
 namespace {
 
-constexpr double left = 92;  // pixels; room for the value axis
-constexpr double top = 104;  // title and legend
-constexpr double areaWidth = 860;
-constexpr double figuresWidth = 270;
-constexpr double between = 34;  // from panel to panel, with the name of the measurement
-constexpr double bottom = 66;
-constexpr int mostPanels = 40;
+constexpr double kLeft = 92;  // pixels; room for the value axis
+constexpr double kTop = 104;  // title and legend
+constexpr double kAreaWidth = 860;
+constexpr double kFiguresWidth = 270;
+constexpr double kBetween = 34;  // from panel to panel, with the name of the measurement
+constexpr double kBottom = 66;
+constexpr int kMostPanels = 40;
 
 const QString valueColour = "#0072B2";
 const QString meanColour = "#444";
@@ -26,11 +27,11 @@ const QString gapColour = "#D5D8DD";
 
 /// Number to show of a value: micrometres, or hundredths of a degree.
 QString shown(double value, const QString& unit) {
-    constexpr double widest = 1e7;
+    constexpr double kWidest = 1e7;
     if (!std::isfinite(value))
         return "-";
-    return std::fabs(value) < widest ? QString::number(value, 'f', unit == "deg" ? 2 : 3)
-                                     : QString::number(value, 'g', 4);
+    return std::fabs(value) < kWidest ? QString::number(value, 'f', unit == "deg" ? 2 : 3)
+                                      : QString::number(value, 'g', 4);
 }
 
 /// Places of the profiles on the axis.
@@ -39,7 +40,7 @@ public:
     explicit ScanAxis(const Trend& trend);
 
     bool isZ() const { return isZ_; }
-    double pixel(double position) const { return left + (position - from_) / (to_ - from_) * areaWidth; }
+    double pixel(double position) const { return kLeft + (position - from_) / (to_ - from_) * kAreaWidth; }
     double pixelAt(std::size_t i) const { return pixel(position(i)); }
     /// Halfway to the profile before; the edges of the axis at its ends.
     double edgeBefore(std::size_t i) const;
@@ -61,7 +62,8 @@ ScanAxis::ScanAxis(const Trend& trend) : z_(trend.z) {
         return;
     from_ = std::min(position(0), position(z_.size() - 1));
     to_ = std::max(position(0), position(z_.size() - 1));
-    const double room = from_ < to_ ? (to_ - from_) * 0.01 : 1.0;
+    constexpr double kLeast = 1e-9;  // of places far off, which double still tells apart
+    const double room = std::max(from_ < to_ ? (to_ - from_) * 0.01 : 1.0, kLeast * std::fabs(from_));
     from_ -= room;
     to_ += room;
 }
@@ -69,13 +71,13 @@ ScanAxis::ScanAxis(const Trend& trend) : z_(trend.z) {
 double ScanAxis::edgeBefore(std::size_t i) const {
     const bool isFalling = isZ_ && z_.front() > z_.back();
     if (i == 0 || i >= z_.size())
-        return (i == 0) == isFalling ? left + areaWidth : left;
+        return (i == 0) == isFalling ? kLeft + kAreaWidth : kLeft;
     return (pixelAt(i - 1) + pixelAt(i)) / 2;
 }
 
 Ticks ScanAxis::ticks() const {
-    constexpr int wanted = 12;
-    Ticks ticks = ticksWithin(from_, to_, wanted);
+    constexpr int kWanted = 12;
+    Ticks ticks = ticksApart(from_, to_, kAreaWidth, kWanted, /*areSideBySide=*/true);
     if (isZ_ || ticks.decimals == 0)
         return ticks;
     QList<double> whole;
@@ -89,7 +91,7 @@ Ticks ScanAxis::ticks() const {
 /// The values that a panel shows: all of them and the tolerance, unless few values or wide limits would
 /// squeeze the rest.
 Rect valueRange(const Series& series) {
-    constexpr double finest = 0.001;  // mm or degrees; a spread below is none
+    constexpr double kFinest = 0.001;  // mm or degrees; a spread below is none
     Rect range{0, 0, 0, 0};
     std::vector<double> sorted;
     for (const double value : series.values) {
@@ -98,30 +100,32 @@ Rect valueRange(const Series& series) {
     }
     if (!sorted.empty()) {
         std::sort(sorted.begin(), sorted.end());
-        constexpr double farTimes = 8;
+        constexpr double kFarTimes = 8;
         const std::size_t cut = sorted.size() / 50;
         range.top = sorted.front();
         range.bottom = sorted.back();
         const double low = sorted[cut];
         const double high = sorted[sorted.size() - 1 - cut];
-        if (high > low && high - low < (range.bottom - range.top) / farTimes) {
+        if (high > low && high - low < (range.bottom - range.top) / kFarTimes) {
             range.top = std::max(range.top, low - (high - low));
             range.bottom = std::min(range.bottom, high + (high - low));
         }
     }
-    const double lower = series.tolerance.nominal + series.tolerance.lower;
-    const double upper = series.tolerance.nominal + series.tolerance.upper;
+    double lower = series.tolerance.least();
+    double upper = series.tolerance.greatest();
+    if (std::isinf(lower) != std::isinf(upper))  // a limit on one side
+        (std::isinf(lower) ? lower : upper) = std::isinf(lower) ? upper : lower;
     if (series.hasTolerance && std::isfinite(upper - lower)) {
-        constexpr double wideTimes = 12;
+        constexpr double kWideTimes = 12;
         const double low = sorted.empty() ? lower : std::min(range.top, lower);
         const double high = sorted.empty() ? upper : std::max(range.bottom, upper);
-        if (range.height() < finest || high - low < wideTimes * range.height()) {
+        if (range.height() < kFinest || high - low < kWideTimes * range.height()) {
             range.top = low;
             range.bottom = high;
         }
     }
     const double digits = std::max(std::fabs(range.top), std::fabs(range.bottom)) * 1e-6;
-    const double room = std::max({range.height() * 0.1, finest * 2, digits});
+    const double room = std::max({range.height() * 0.1, kFinest * 2, digits});
     return {0, range.top - room, 0, range.bottom + room};
 }
 
@@ -177,8 +181,7 @@ void Panel::drawGaps() {
 void Panel::drawTolerance() {
     if (!series_.hasTolerance)
         return;
-    const double limits[] = {series_.tolerance.nominal + series_.tolerance.lower,
-                             series_.tolerance.nominal + series_.tolerance.upper};
+    const double limits[] = {series_.tolerance.least(), series_.tolerance.greatest()};
     canvas_.rect({area_.left, pixelOf(limits[1]), area_.right, pixelOf(limits[0])},
                  QString("fill=\"%1\"").arg(bandColour));
     for (const double limit : limits) {
@@ -246,9 +249,9 @@ void Panel::drawCurve() {
 /// Dots where they stand apart, and always for single values and those out of tolerance; a triangle for what
 /// lies outside the panel. One per square of pixels.
 void Panel::drawDots() {
-    constexpr double apart = 4;  // pixels
+    constexpr double kApart = 4;  // pixels
     const std::vector<double>& values = series_.values;
-    const bool isSparse = double(values.size()) * apart < areaWidth;
+    const bool isSparse = double(values.size()) * kApart < kAreaWidth;
     QSet<qint64> taken;
     const auto isMissing = [&](std::size_t i) { return i >= values.size() || std::isnan(values[i]); };
     for (std::size_t i = 0; i < values.size(); ++i) {
@@ -289,11 +292,13 @@ void Panel::drawFigures() {
                                      : QString("-"),
         "#111");
     row("min ... max", s.count > 0 ? number(s.minimum) + " ... " + number(s.maximum) : QString("-"), "#111");
-    row("measured", QString("%1 of %2 profiles").arg(s.count).arg(series_.values.size()), "#111");
+    row("measured", filledIn("%1 of %2 profiles", s.count, series_.values.size()), "#111");
     if (series_.hasTolerance) {
+        const double lower = series_.tolerance.least();
+        const double upper = series_.tolerance.greatest();
         row("tolerance",
-            number(series_.tolerance.nominal + series_.tolerance.lower) + " ... " +
-                number(series_.tolerance.nominal + series_.tolerance.upper),
+            (std::isfinite(lower) ? number(lower) : QString("-")) + " ... " +
+                (std::isfinite(upper) ? number(upper) : QString("-")),
             "#111");
         row("out of it", QString::number(s.outside), s.outside > 0 ? badColour : limitColour);
     }
@@ -316,8 +321,8 @@ void Panel::paint(bool isLast) {
 }
 
 void drawHeader(Canvas& canvas, const Trend& trend) {
-    canvas.text({left, 32}, trend.title, "font-size=\"20\" font-weight=\"bold\" fill=\"#111\"");
-    canvas.text({left, 52}, trend.subtitle, "fill=\"#555\"");
+    canvas.text({kLeft, 32}, trend.title, "font-size=\"20\" font-weight=\"bold\" fill=\"#111\"");
+    canvas.text({kLeft, 52}, trend.subtitle, "fill=\"#555\"");
     bool hasTolerance = false;
     bool hasGaps = false;
     bool hasOutside = false;
@@ -326,7 +331,7 @@ void drawHeader(Canvas& canvas, const Trend& trend) {
         hasGaps = hasGaps || series.statistics.count < static_cast<int>(series.values.size());
         hasOutside = hasOutside || series.statistics.outside > 0;
     }
-    double x = left;
+    double x = kLeft;
     const auto text = [&](const QString& label) {
         canvas.text({x + 29, 73}, label, "fill=\"#333\" font-size=\"12\"");
         x += 29 + textWidth(label, 12) + 20;
@@ -365,20 +370,22 @@ QByteArray drawTrend(const Trend& trend) {
     Canvas canvas;
     const ScanAxis axis(trend);
     drawHeader(canvas, trend);
-    const int panels = std::min(static_cast<int>(trend.series.size()), mostPanels);
+    const int panels = std::min(static_cast<int>(trend.series.size()), kMostPanels);
     const double height = panels < 4 ? 190 : 130;
-    double y = top;
+    double y = kTop;
     for (int i = 0; i < panels; ++i) {
-        Panel(canvas, axis, trend.series[i], {left, y, left + areaWidth, y + height}).paint(i + 1 == panels);
-        y += height + between;
+        Panel(canvas, axis, trend.series[i], {kLeft, y, kLeft + kAreaWidth, y + height})
+            .paint(i + 1 == panels);
+        y += height + kBetween;
     }
-    y -= between;
-    canvas.text({left + areaWidth / 2, y + 42}, axis.isZ() ? "scan position z, mm" : "number of the profile",
+    y -= kBetween;
+    canvas.text({kLeft + kAreaWidth / 2, y + 42},
+                axis.isZ() ? "scan position z, mm" : "number of the profile",
                 "text-anchor=\"middle\" fill=\"#333\"");
     if (panels < trend.series.size())
-        canvas.text({left, y + 42}, QString("%1 more in the table").arg(trend.series.size() - panels),
+        canvas.text({kLeft, y + 42}, QString("%1 more in the table").arg(trend.series.size() - panels),
                     "fill=\"#666\"");
-    return canvas.document(left + areaWidth + figuresWidth, y + bottom);
+    return canvas.document(kLeft + kAreaWidth + kFiguresWidth, y + kBottom);
 }
 
 }  // namespace KvMeasure
