@@ -1,6 +1,7 @@
-#include "kvmeasure/calibration_build.h"
+#include <kvmeasure/calibration/build.h>
 
-#include "kvmeasure/failure.h"
+#include <kvmeasure/base/error.h>
+#include <kvmeasure/calibration/survey.h>
 
 #include <kvmath/calibration/pixel_lookup.h>
 #include <kvmath/calibration/table_build.h>
@@ -25,10 +26,10 @@ private:
 
 /// Rows of a full table are half a pixel apart.
 void copyRows(LookUp& lookUp, unsigned short* cells) {
-    constexpr int step = KvMath::kPositionsPerRow / 2;
+    constexpr int kStep = KvMath::kPositionsPerRow / 2;
     for (int row = 0; row < KvMath::kTableSensorRows; ++row) {
-        for (int column = 0; column < PixelTable::columns; ++column)
-            cells[row * PixelTable::columns + column] = lookUp.rows()[column][row * step];
+        for (int column = 0; column < PixelTable::kColumns; ++column)
+            cells[row * PixelTable::kColumns + column] = lookUp.rows()[column][row * kStep];
     }
 }
 
@@ -68,12 +69,17 @@ bool build(RawRecord& record, const BuildPlan& plan, PixelTable& table) {
 }  // namespace
 
 PixelTable buildTable(RawRecord& record, const BuildPlan& plan) {
+    if (plan.units.zOffset != 0) {
+        std::vector<double> z(record.parameters.size());
+        for (std::size_t s = 0; s < z.size(); ++s)
+            z[s] = zOf(record, plan.units, static_cast<int>(s));
+        record.parameters.swap(z);
+    }
     PixelTable table(plan.isCompact ? CalibrationForm::CompactTable : CalibrationForm::FullTable);
     if (!build(record, plan, table))
-        throw Failure{
-            "the record gives no table: no step has a line in two of the columns, its z are all equal and "
-            "--z-step is "
-            "missing, or, for a compact table, steps below 500 have a gap; see \"kvmeasure calibrate info\""};
+        throw Error("the record gives no table: no step has a line in two of the columns, its z are all "
+                    "equal and \1zStep\2 is missing, or steps below 500 have a gap (a full table by "
+                    "triangles takes it); see \"kvmeasure calibrate info\"");
     return table;
 }
 

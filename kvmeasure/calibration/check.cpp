@@ -1,4 +1,4 @@
-#include "kvmeasure/calibration_check.h"
+#include <kvmeasure/calibration/check.h>
 
 #include <algorithm>
 #include <cmath>
@@ -8,25 +8,23 @@ namespace KvMeasure {
 
 namespace {
 
-using Simulator::TriangulationScanner;
-
-constexpr int columns = KvMath::kSensorColumns;
-constexpr int regionCount = regionsAcross * regionsAcross;
+constexpr int kColumns = KvMath::kSensorColumns;
+constexpr int kRegionCount = kRegionsAcross * kRegionsAcross;
 
 /// Collects deviations, all and by region.
 class Collector {
 public:
     void add(double column, double sensorRow, double error) {
-        const int across = static_cast<int>(column * regionsAcross / columns);
-        const int down = static_cast<int>(sensorRow * regionsAcross / KvMath::kSensorRows);
-        const int region = std::clamp(down, 0, regionsAcross - 1) * regionsAcross + across;
+        const int across = static_cast<int>(column * kRegionsAcross / kColumns);
+        const int down = static_cast<int>(sensorRow * kRegionsAcross / KvMath::kSensorRows);
+        const int region = std::clamp(down, 0, kRegionsAcross - 1) * kRegionsAcross + across;
         const Deviation deviation{static_cast<float>(column), static_cast<float>(sensorRow), error};
         regions_[static_cast<std::size_t>(region)].push_back(deviation);
     }
 
     void finish(ErrorMap& map) {
         std::vector<Deviation> all;
-        for (std::size_t i = 0; i < regionCount; ++i) {
+        for (std::size_t i = 0; i < kRegionCount; ++i) {
             all.insert(all.end(), regions_[i].begin(), regions_[i].end());
             map.regions[i] = statistics(regions_[i]);
         }
@@ -64,14 +62,14 @@ private:
         return result;
     }
 
-    std::array<std::vector<Deviation>, regionCount> regions_;
+    std::array<std::vector<Deviation>, kRegionCount> regions_;
 };
 
 Raster emptyRaster(int rows) {
     Raster raster;
-    raster.columns = columns;
+    raster.columns = kColumns;
     raster.rows = rows;
-    raster.values.resize(static_cast<std::size_t>(rows) * columns, std::numeric_limits<float>::quiet_NaN());
+    raster.values.resize(static_cast<std::size_t>(rows) * kColumns, std::numeric_limits<float>::quiet_NaN());
     raster.outside.resize(raster.values.size());
     return raster;
 }
@@ -79,16 +77,16 @@ Raster emptyRaster(int rows) {
 /// The comparison with the truth in the making.
 class TruthCheck {
 public:
-    TruthCheck(const PixelTable& table, const TableUnits& units, const CalibrationRecipe& truth)
-        : table_(table), units_(units), truth_(truth), scanner_(truth.scanner),
-          margin_(1 / Simulator::kPositionsPerPixel + 5 * truth.noise) {}
+    TruthCheck(const PixelTable& table, const TableUnits& units, const CalibrationTruth& truth)
+        : table_(table), units_(units), truth_(truth),
+          margin_(1.0 / KvMath::kPositionsPerRow + 5 * truth.noise) {}
 
     TruthReport run() {
         for (ErrorMap* map : {&z_, &x_})
             map->raster = emptyRaster(table_.rows());
         x_.half = Half::X;
         for (int row = 0; row < table_.rows(); ++row) {
-            for (int column = 0; column < columns; ++column)
+            for (int column = 0; column < kColumns; ++column)
                 checkCell(row, column);
         }
         settleX();
@@ -96,6 +94,7 @@ public:
             collect(*map);
             report_.maps.append(*map);
         }
+        sampleCells();
         const double zUnit = units_.zRange / KvMath::kUnitsPerRange;
         const double positions = count_ > 0 ? variance_ / count_ : 0.0;
         report_.expectedRounded = std::sqrt(zUnit * zUnit / 12 + positions);
@@ -106,17 +105,18 @@ public:
 private:
     /// Whether the target has been where this place of the sensor looks at.
     bool isCovered(const Vector& point) const {
-        const double last = truth_.zFirst + (Simulator::kCalibrationSteps - 1) * truth_.zStep;
-        const double step = point.y - Simulator::targetSurface(truth_, point.x);
-        return std::abs(point.x - truth_.scanner.xRange / 2) <= truth_.targetWidth / 2 &&
+        const double last = truth_.zFirst + (KvMath::kCalibrationSteps - 1) * truth_.zStep;
+        const double step = point.y - truth_.targetSurface(point.x);
+        return std::abs(point.x - truth_.xRange / 2) <= truth_.targetWidth / 2 &&
                step >= std::min(truth_.zFirst, last) && step <= std::max(truth_.zFirst, last);
     }
 
     void checkCell(int row, int column) {
         const double place = row / table_.rowsPerPixel();
-        const auto seenAt = [this, column](double r) { return scanner_.toPlane({double(column), r}); };
+        const auto seenAt = [this, column](double r) { return truth_.toPlane({double(column), r}); };
         const Vector point = seenAt(place);
-        const double z = table_.value(Half::Z, row, column, units_.zRange);
+        const double origin = units_.zOffset + truth_.zOrigin;  // of z in the table
+        const double z = table_.value(Half::Z, row, column, units_.zRange) - origin;
         const double x = table_.value(Half::X, row, column, units_.xRange);
         const bool isFilled = !std::isnan(z) || !std::isnan(x);
         Coverage& c = report_.coverage;
@@ -135,8 +135,8 @@ private:
         if (!std::isnan(z)) {
             const double slope = seenAt(place + 0.5).y - seenAt(place - 0.5).y;
             // Between two steps the errors of both count, by their shares: 2/3 of one on average.
-            constexpr double unit = 1 / Simulator::kPositionsPerPixel;
-            variance_ += slope * slope * (unit * unit / 12 + truth_.noise * truth_.noise) * 2 / 3;
+            constexpr double kUnit = 1.0 / KvMath::kPositionsPerRow;
+            variance_ += slope * slope * (kUnit * kUnit / 12 + truth_.noise * truth_.noise) * 2 / 3;
             ++count_;
         }
         if (!std::isnan(x))
@@ -166,7 +166,7 @@ private:
     void collect(ErrorMap& map) const {
         Collector collector;
         for (int row = 0; row < table_.rows(); ++row) {
-            for (int column = 0; column < columns; ++column) {
+            for (int column = 0; column < kColumns; ++column) {
                 const float error = map.raster.at(column, row);
                 if (!std::isnan(error))
                     collector.add(column, row / table_.rowsPerPixel(), double(error));
@@ -175,10 +175,39 @@ private:
         collector.finish(map);
     }
 
+    void sampleCells() {
+        struct Nearest {
+            double distance = std::numeric_limits<double>::infinity();
+            int row = 0, column = 0;
+        } nearest[kRegionCount];
+        const double width = double(kColumns) / kRegionsAcross,
+                     height = double(KvMath::kSensorRows) / kRegionsAcross;
+        for (int row = 0; row < table_.rows(); ++row) {
+            const double place = row / table_.rowsPerPixel();
+            const int down = std::min(static_cast<int>(place / height), kRegionsAcross - 1);
+            for (int column = 0; column < kColumns; ++column) {
+                const int across = std::min(static_cast<int>(column / width), kRegionsAcross - 1);
+                Nearest& best = nearest[down * kRegionsAcross + across];
+                const double distance =
+                    std::hypot(place - (down + 0.5) * height, column - (across + 0.5) * width);
+                if (distance < best.distance && !std::isnan(z_.raster.at(column, row)))
+                    best = {distance, row, column};
+            }
+        }
+        for (const Nearest& place : nearest) {
+            if (std::isinf(place.distance))
+                continue;
+            const double row = place.row / table_.rowsPerPixel();
+            const Vector truth = truth_.toPlane({double(place.column), row});
+            report_.samples.append({place.column, row,
+                                    truth.y + double(z_.raster.at(place.column, place.row)), truth.y,
+                                    truth.x + double(x_.raster.at(place.column, place.row)), truth.x});
+        }
+    }
+
     const PixelTable& table_;
     const TableUnits& units_;
-    const CalibrationRecipe& truth_;
-    TriangulationScanner scanner_;
+    const CalibrationTruth& truth_;
     double margin_;  ///< sensor rows
     ErrorMap z_, x_;
     TruthReport report_;
@@ -190,7 +219,7 @@ private:
 }  // namespace
 
 TruthReport compareWithTruth(const PixelTable& table, const TableUnits& units,
-                             const CalibrationRecipe& truth) {
+                             const CalibrationTruth& truth) {
     return TruthCheck(table, units, truth).run();
 }
 
@@ -206,12 +235,12 @@ RecordReport compareWithRecord(const PixelTable& table, const TableUnits& units,
         if (position == 0 || position >= KvMath::kSensorPositions)
             continue;
         ++report.found;
-        const double sensorRow = position / Simulator::kPositionsPerPixel;
+        const double sensorRow = double(position) / KvMath::kPositionsPerRow;
         const double z = table.valueAt(Half::Z, sensorRow, column, units.zRange);
         if (std::isnan(z))
             continue;
         ++report.covered;
-        const double error = z - record.parameters[i % KvMath::kCalibrationSteps];
+        const double error = z - units.zOffset - record.parameters[i % KvMath::kCalibrationSteps];
         collector.add(column, sensorRow, error);
         const std::size_t cell = raster.cell(column, position / KvMath::kPositionsPerRow);
         const float sum = counts[cell] == 0 ? 0 : raster.values[cell] * static_cast<float>(counts[cell]);

@@ -1,32 +1,45 @@
-#include "kvmeasure/calibration_file.h"
+#include <kvmeasure/calibration/table.h>
 
-#include "kvmeasure/failure.h"
-#include "kvmeasure/output_file.h"
-#include "kvmeasure/profile_file.h"
+#include <kvmeasure/base/error.h>
+#include <kvmeasure/base/filled_in.h>
+#include <kvmeasure/base/output_file.h>
+#include <kvmeasure/base/regular_file.h>
 
 #include <kvmath/calibration/table_io.h>
 
 #include <QtCore/QFile>
-#include <QtCore/QFileInfo>
-#include <QtCore/QTemporaryFile>
-#include <QtCore/QtEndian>
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <functional>
+#include <sys/mman.h>
 
 namespace KvMeasure {
 
 namespace {
 
-constexpr qint64 rawBytes = 1'304'000;
-constexpr qint64 fullBytes = qint64{KvMath::kTableCells} * 2;
-constexpr qint64 compactBytes = qint64{KvMath::kCompactCells} * 2;
+constexpr qint64 kRawBytes = 1'304'000;
+constexpr qint64 kFullBytes = qint64{KvMath::kTableCells} * 2;
+constexpr qint64 kCompactBytes = qint64{KvMath::kCompactCells} * 2;
 
 qint64 bytesOf(CalibrationForm form) {
     if (form == CalibrationForm::Raw)
-        return rawBytes;
-    return form == CalibrationForm::FullTable ? fullBytes : compactBytes;
+        return kRawBytes;
+    return form == CalibrationForm::FullTable ? kFullBytes : kCompactBytes;
+}
+
+CalibrationForm formOf(qint64 bytes, const QString& path) {
+    for (const CalibrationForm form :
+         {CalibrationForm::Raw, CalibrationForm::FullTable, CalibrationForm::CompactTable}) {
+        if (bytes == bytesOf(form))
+            return form;
+    }
+    throw Error(
+        filledIn("%1: is no calibration file: it has %2 bytes; a raw record has 1304000, a full table "
+                 "2592000, a compact table 1327104",
+                 path, bytes))
+        .inFile(path);
 }
 
 RawRecord emptyRecord() {
@@ -37,22 +50,26 @@ RawRecord emptyRecord() {
 }
 
 [[noreturn]] void failReading(const QString& path) {
-    throw Failure{QString("%1: cannot be read; is it locked or its disk gone?").arg(path)};
+    throw Error(QString("%1: cannot be read; is it locked or its disk gone?").arg(path)).inFile(path);
 }
 
-/// The library writes over the file that it is given, and does not tell of a full disk. So it writes a
-/// temporary one, whose size shows whether all of it arrived.
+/// The library writes over the file that it is given, and does not tell of a full disk. So it writes one in
+/// memory, which leaves nothing behind.
 void saveThrough(const QString& path, CalibrationForm form,
                  const std::function<bool(const QString& path)>& save) {
     OutputFile out(path);
-    QTemporaryFile temporary(path + ".XXXXXX");
-    if (!temporary.open())
-        throw Failure{QString("%1: cannot be written: %2").arg(path, temporary.errorString())};
-    if (!save(temporary.fileName()) || QFileInfo(temporary.fileName()).size() != bytesOf(form)) {
+    const int descriptor = ::memfd_create("kvmeasure", MFD_CLOEXEC);
+    QFile memory;
+    if (descriptor < 0 || !memory.open(descriptor, QIODevice::ReadWrite, QFileDevice::AutoCloseHandle))
+        throw Error(QString("%1: cannot be written: %2").arg(path, qt_error_string(errno))).inFile(path);
+    const bool isSaved = save(QString("/proc/self/fd/%1").arg(descriptor));
+    const QByteArray content = memory.readAll();
+    if (!isSaved || content.size() != bytesOf(form)) {
         out.write(QByteArray(static_cast<int>(bytesOf(form)), '\0'));  // fails with the system's reason
-        throw Failure{QString("%1: was not written, though the disk takes it now; try again").arg(path)};
+        throw Error(path + ": cannot be written: there is too little memory, or /proc is missing")
+            .inFile(path);
     }
-    out.write(temporary.readAll());
+    out.write(content);
     out.commit();
 }
 
@@ -64,32 +81,17 @@ QString formName(CalibrationForm form) {
     return form == CalibrationForm::FullTable ? "full table" : "compact table";
 }
 
-CalibrationForm calibrationForm(const QString& path) {
-    QFile file(path);
-    openRegularFile(file);
-    for (const CalibrationForm form :
-         {CalibrationForm::Raw, CalibrationForm::FullTable, CalibrationForm::CompactTable}) {
-        if (file.size() == bytesOf(form))
-            return form;
-    }
-    throw Failure{
-        QString("%1: is no calibration file: it has %2 bytes; a raw record has 1304000, a full table "
-                "2592000, a compact table 1327104")
-            .arg(path)
-            .arg(file.size())};
-}
-
 PixelTable::PixelTable(CalibrationForm form)
     : form_(form), cells_(static_cast<std::size_t>(bytesOf(form) / 2), KvMath::kEmptyCell) {}
 
 std::size_t PixelTable::first(Half half) const {
-    return half == Half::Z ? 0 : static_cast<std::size_t>(halfRows()) * columns;
+    return half == Half::Z ? 0 : static_cast<std::size_t>(halfRows()) * kColumns;
 }
 
 unsigned short* PixelTable::cells(Half half) { return cells_.data() + first(half); }
 
 unsigned short PixelTable::cell(Half half, int row, int column) const {
-    return cells_[first(half) + static_cast<std::size_t>(row) * columns + static_cast<std::size_t>(column)];
+    return cells_[first(half) + static_cast<std::size_t>(row) * kColumns + static_cast<std::size_t>(column)];
 }
 
 double PixelTable::value(Half half, int row, int column, double range) const {
@@ -113,33 +115,32 @@ int PixelTable::filled(Half half) const {
     return static_cast<int>(end - begin - std::count(begin, end, KvMath::kEmptyCell));
 }
 
-RawRecord loadRaw(const QString& path) {
-    const CalibrationForm form = calibrationForm(path);
-    if (form != CalibrationForm::Raw)
-        throw Failure{QString("%1: is a %2; expected a raw record").arg(path, formName(form))};
+CalibrationFile::CalibrationFile(const QString& path)
+    : path_(path), file_(openedFile(path)), form_(formOf(file_->size(), path)) {}
+
+RawRecord CalibrationFile::readRaw() {
+    if (form_ != CalibrationForm::Raw)
+        throw Error(QString("%1: is a %2; expected a raw record").arg(path_, formName(form_))).inFile(path_);
     RawRecord record = emptyRecord();
-    if (!KvMath::loadRawCbrDataFromFile(record.columns().data(), record.parameters.data(), path))
-        failReading(path);
+    if (!KvMath::loadRawCbrData(record.columns().data(), record.parameters.data(), *file_) ||
+        file_->pos() != kRawBytes)
+        failReading(path_);
     return record;
 }
 
-PixelTable loadTable(const QString& path) {
-    const CalibrationForm form = calibrationForm(path);
-    if (form == CalibrationForm::Raw)
-        throw Failure{QString("%1: is a raw record; expected a table").arg(path)};
-    PixelTable table(form);
-    if (table.isFull()) {
-        if (!KvMath::loadTableFromFile(table.cells(), path))
-            failReading(path);
-        return table;
-    }
-    QFile file(path);
-    const QByteArray bytes = file.open(QIODevice::ReadOnly) ? file.read(compactBytes) : QByteArray();
-    if (bytes.size() != compactBytes)
-        failReading(path);
-    qFromLittleEndian<quint16>(bytes.constData(), KvMath::kCompactCells, table.cells());
+PixelTable CalibrationFile::readTable() {
+    if (form_ == CalibrationForm::Raw)
+        throw Error(QString("%1: is a raw record; expected a table").arg(path_)).inFile(path_);
+    PixelTable table(form_);
+    const auto cells = static_cast<int>(bytesOf(form_) / 2);
+    if (!KvMath::loadTable(table.cells(), cells, *file_) || file_->pos() != bytesOf(form_))
+        failReading(path_);
     return table;
 }
+
+RawRecord loadRaw(const QString& path) { return CalibrationFile(path).readRaw(); }
+
+PixelTable loadTable(const QString& path) { return CalibrationFile(path).readTable(); }
 
 void saveRaw(RawRecord& record, const QString& path) {
     saveThrough(path, CalibrationForm::Raw, [&record](const QString& temporary) {
