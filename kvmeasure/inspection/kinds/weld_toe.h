@@ -1,0 +1,34 @@
+#pragma once
+// Toes of welds: where the face of a weld leaves a plate.
+
+#include <kvmeasure/base/global.h>
+#include <kvmeasure/inspection/kinds/fitted_value.h>
+
+#include <vector>
+
+namespace KvMeasure {
+
+/// A toe. Nothing but the reason means anything where there is one.
+struct WeldToe {
+    QString reason;               ///< why there is no toe; empty: there is one
+    Vector at;                    ///< on the line of the plate, mm
+    double u = 0;                 ///< standard uncertainty along the plate, mm
+    double degreesOfFreedom = 0;  ///< of u
+    std::size_t face = 0;         ///< number of the first point of the face, seen from the plate
+};
+
+/// The toe of a plate in points that lead from the plate to the weld: the first of three points in a row
+/// (three correlation times of them) that lie more than three deviations off the line, on the side where
+/// `side` (1 or -1) times the distance from the line is positive. The toe is where the line of the face
+/// behind it meets the plate; where this has fewer than four points or is nearer to the plate than 10
+/// degrees, half way between that point and the one before. No toe, with a reason: a plate that is no line,
+/// no such points, or the first point is one.
+KVMEASURE_EXPORT WeldToe findToe(const LineFit& plate, const std::vector<Vector>& points, double side,
+                                 const NoiseModel& noise);
+
+/// The deepest point on the other side of the plate before the face of a toe, mm, positive; 0 where none lies
+/// more than three deviations below.
+KVMEASURE_EXPORT double undercutOf(const LineFit& plate, const std::vector<Vector>& points, double side,
+                                   const WeldToe& toe);
+
+}  // namespace KvMeasure

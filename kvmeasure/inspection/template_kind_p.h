@@ -1,0 +1,54 @@
+#pragma once
+// Kinds whose values a measurement of KvMath delivers from the lines of the template.
+
+#include <kvmeasure/inspection/end_slopes_p.h>
+#include <kvmeasure/inspection/matching.h>
+#include <kvmeasure/inspection/measurement_kind_p.h>
+
+#include <functional>
+
+namespace KvMeasure::Internal {
+
+/// The segment of a template line, as assignedLine gives it.
+using LineOf = std::function<KvMath::LinePP(int line)>;
+
+/// A kind with a measurement of its own in KvMath, which also stands in stored plans. The values follow from
+/// the results of that measurement: points and lengths are mm, angles degrees.
+class TemplateKind : public MeasurementKind {
+public:
+    virtual QLatin1String type() const = 0;  ///< type name of the measurement, the same in stored plans
+
+    /// Why a value is missing where the measurement has no result.
+    virtual QString whyNotMeasured() const { return QStringLiteral("a line that it reads was not found"); }
+    /// Why a value is missing where the result is no number.
+    virtual QString whyNoNumber() const { return QStringLiteral("a line that it reads has no length"); }
+    /// Adds the slopes of its numbers, lengths in mm and angles in degrees, over the ends of its lines.
+    /// Called after it was measured. False: they are not known, and the measurement is repeated with moved
+    /// ends.
+    virtual bool addSlopes(KvMath::TSMeasurement& /*measurement*/, EndSlopes& /*slopes*/) const {
+        return false;
+    }
+    /// What is to be said beside each length and angle that was measured; may be empty.
+    virtual QString note(KvMath::TSMeasurement& /*measurement*/) const { return {}; }
+    /// Completes what pictures show of a length or an angle. The mark has the points of KvMath's result, and
+    /// of an angle its value to the left.
+    virtual void draw(KvMath::TSMeasurement& /*measurement*/, const LineOf& /*lineOf*/,
+                      Mark& /*mark*/) const {}
+};
+
+/// The kind of a measurement, by its type name. One for the types of hosts, which is in no table, where no
+/// kind has that name.
+const TemplateKind& templateKind(KvMath::TSMeasurement& measurement);
+
+/// The template lines that a measurement reads, ascending, by the keys of its stored form.
+QList<int> linesRead(KvMath::TSMeasurement& measurement);
+
+/// Of kinds that give a point: why no tolerance can stand behind them.
+inline QString pointsHaveNone() { return "a point has no single value to be within a tolerance"; }
+
+/// `point` on the other side of `centre`, at the same distance.
+inline Vector mirrored(const Vector& point, const Vector& centre) {
+    return {2 * centre.x - point.x, 2 * centre.y - point.y};
+}
+
+}  // namespace KvMeasure::Internal
