@@ -1,8 +1,10 @@
-#include "kvmeasure/wheel_post.h"
+#include <kvmeasure/wheels/post.h>
 
-#include "kvmeasure/arguments.h"
-#include "kvmeasure/failure.h"
-#include "kvmeasure/profile_file.h"
+#include <kvmeasure/base/error.h>
+#include <kvmeasure/base/filled_in.h>
+#include <kvmeasure/base/regular_file.h>
+#include <kvmeasure/base/text.h>
+#include <kvmeasure/profiles/text_lines.h>
 
 #include <cmath>
 #include <cstring>
@@ -12,17 +14,16 @@ namespace KvMeasure {
 
 namespace {
 
-constexpr int scannersAtMost = 49;
+constexpr int kScannersAtMost = 49;
 
-/// Settings are read whole.
-QString regularFile(const QString& path) {
-    constexpr qint64 largest = 4 << 20;
-    QFile file(path);
-    openRegularFile(file);
-    if (file.size() > largest)
-        throw Failure{
-            QString("%1: has %2 bytes; settings have at most %3").arg(path).arg(file.size()).arg(largest)};
-    return path;
+/// The whole of the settings.
+QByteArray textOf(const QString& path) {
+    constexpr qint64 kLargest = 4 << 20;
+    const std::shared_ptr<QFile> file = openedFile(path);
+    if (file->size() > kLargest)
+        throw Error(filledIn("%1: has %2 bytes; settings have at most %3", path, file->size(), kLargest))
+            .inFile(path);
+    return file->readAll();
 }
 
 bool isLineEnd(char letter) { return letter == '\n' || letter == '\r'; }
@@ -71,10 +72,13 @@ QString sensorName(int index) { return QString("SENSOR%1").arg(index); }
 
 QString sideName(int side) { return side == Left ? "left" : "right"; }
 
-PostSettings::PostSettings(const QString& path) : path_(path), ini_(regularFile(path), QSettings::IniFormat) {
+PostSettings::PostSettings(const QString& path) : PostSettings(path, textOf(path)) {}
+
+PostSettings::PostSettings(const QString& path, const QByteArray& text)
+    : path_(path), ini_(path, QSettings::IniFormat) {
     if (ini_.status() != QSettings::NoError)
         fail("is no INI file");
-    requireAssignments();
+    requireAssignments(text);
     check("minProfsInWheel", 5, 1, true);
     check("calibrLines2", 0, -std::numeric_limits<float>::max(), false);
     check("polynomDegree", 20, 0, false);
@@ -82,7 +86,7 @@ PostSettings::PostSettings(const QString& path) : path_(path), ini_(regularFile(
     check("pointsHigher", 5, 0, true);
     check("minimalDefectsProf", 1, 0, true);
     bool isAny = false;
-    for (int index = 1; index <= scannersAtMost; ++index) {
+    for (int index = 1; index <= kScannersAtMost; ++index) {
         const int serial = ini_.value(sensorName(index) + "/SN", 0).toInt();
         if (serial == 0) {
             if (ini_.childGroups().contains(sensorName(index)))
@@ -101,13 +105,10 @@ PostSettings::PostSettings(const QString& path) : path_(path), ini_(regularFile(
         fail("SENSOR1/SN is missing; no scanner is configured");
 }
 
-void PostSettings::fail(const QString& text) const { throw Failure{path_ + ": " + text}; }
+void PostSettings::fail(const QString& text) const { throw Error(path_ + ": " + text).inFile(path_); }
 
 /// QSettings passes over what it does not understand, and a default would take the place of what was meant.
-void PostSettings::requireAssignments() const {
-    QFile file(path_);
-    openRegularFile(file);
-    const QByteArray text = file.readAll();
+void PostSettings::requireAssignments(const QByteArray& text) const {
     IniLine line;
     line.end = text.startsWith("\xEF\xBB\xBF") ? 3 : 0;  // UTF-8, as some editors mark it
     while (true) {
@@ -123,9 +124,8 @@ void PostSettings::requireAssignments() const {
         else if (first != '#' && first != ';' && first != '[' && !line.hasAssignment)
             problem = "has no \"=\"";
         if (problem != nullptr)
-            fail(QString("line %1: \"%2\" %3")
-                     .arg(text.left(line.begin).count('\n') + 1)
-                     .arg(shown(text.mid(line.begin, line.end - line.begin).split('\n').first().trimmed()),
+            fail(filledIn("line %1: \"%2\" %3", text.left(line.begin).count('\n') + 1,
+                          shown(text.mid(line.begin, line.end - line.begin).split('\n').first().trimmed()),
                           problem));
     }
 }
@@ -145,15 +145,12 @@ void PostSettings::check(const QString& key, double absent, double minimum, bool
     if (value >= minimum && value <= std::numeric_limits<float>::max() &&
         (!isWhole || (value == std::floor(value) && value <= std::numeric_limits<int>::max())))
         return;
-    fail(QString("%1 is %2; expected %3 from %4 on")
-             .arg(key)
-             .arg(value)
-             .arg(isWhole ? "a whole number" : "a number")
-             .arg(minimum));
+    fail(filledIn("%1 is %2; expected %3 from %4 on", key, value, isWhole ? "a whole number" : "a number",
+                  minimum));
 }
 
 void PostSettings::checkSensor(int index) const {
-    constexpr double any = -std::numeric_limits<float>::max();
+    constexpr double kAny = -std::numeric_limits<float>::max();
     const QString group = sensorName(index) + '/';
     check(group + "wndSize", 3, 1, true);
     check(group + "higherPoinInWnd", 1, 0, true);
@@ -161,19 +158,18 @@ void PostSettings::checkSensor(int index) const {
     check(group + "minPointsIn", 2, 0, true);  // the text 1.5 would count as 0
     for (const char* name : {"level_k", "level_b", "lowlevel_k", "lowlevel_b", "lowLevel_k", "lowLevel_b",
                              "k2", "b2", "maxCorr", "parts", "maxDist"})
-        check(group + name, 0, any, false);
+        check(group + name, 0, kAny, false);
 }
 
 void PostSettings::readRule(int index) {
-    constexpr int numbers = 9;
+    constexpr int kNumbers = 9;
     const QString key = sensorName(index) + "/rule";
     const QStringList parts = ini_.value(key).toStringList();
-    if (parts.size() != numbers)
-        fail(QString("%1 has %2 numbers; expected nine: origin X, Y, Z, then X, Y, Z per mm of x and of y")
-                 .arg(key)
-                 .arg(parts.size()));
-    double rule[numbers] = {};
-    for (int i = 0; i < numbers; ++i) {
+    if (parts.size() != kNumbers)
+        fail(filledIn("%1 has %2 numbers; expected nine: origin X, Y, Z, then X, Y, Z per mm of x and of y",
+                      key, parts.size()));
+    double rule[kNumbers] = {};
+    for (int i = 0; i < kNumbers; ++i) {
         if (!parseNumber(parts.at(i).trimmed(), rule[i]))
             fail(QString("%1: \"%2\" is no number").arg(key, parts.at(i)));
     }
@@ -181,7 +177,7 @@ void PostSettings::readRule(int index) {
 }
 
 int PostSettings::indexOf(int serial) const {
-    for (int index = 1; index <= scannersAtMost; ++index) {
+    for (int index = 1; index <= kScannersAtMost; ++index) {
         const int configured = ini_.value(sensorName(index) + "/SN", 0).toInt();
         if (configured == 0)
             return 0;
@@ -190,5 +186,23 @@ int PostSettings::indexOf(int serial) const {
     }
     return 0;
 }
+
+int PostSettings::leastProfiles() const { return static_cast<int>(number("minProfsInWheel", 5)); }
+
+KvMath::KvLine PostSettings::line(int index, const QString& name, double slope, double intercept) const {
+    const QString key = sensorName(index) + '/' + name;
+    return {static_cast<float>(number(key + "_k", slope)), static_cast<float>(number(key + "_b", intercept))};
+}
+
+double PostSettings::ofScanner(int index, const QString& name, double absent) const {
+    return number(sensorName(index) + '/' + name, number(name, absent));
+}
+
+KvMath::KvLine PostSettings::reference(int index) const {
+    const QString group = sensorName(index);
+    return {static_cast<float>(number(group + "/k2", 0)), static_cast<float>(number(group + "/b2", 0))};
+}
+
+float PostSettings::referenceDistance() const { return static_cast<float>(number("calibrLines2", 0)); }
 
 }  // namespace KvMeasure
