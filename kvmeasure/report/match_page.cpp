@@ -1,0 +1,263 @@
+// The results as data are those of a second report, whose profiles are forgotten once they are too many. Of
+// the pictures those of the worst profiles are kept, so that memory does not grow with the profiles.
+
+#include <kvmeasure/report/match_page.h>
+
+#include <kvmeasure/base/filled_in.h>
+#include <kvmeasure/base/text.h>
+#include <kvmeasure/report/match_report_p.h>
+#include <kvmeasure/report/series_report.h>
+
+#include <QtCore/QDateTime>
+#include <QtCore/QJsonDocument>
+
+#include <cmath>
+
+namespace KvMeasure {
+
+namespace {
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+/// How far a value lies from the middle of its limits: 1 at a limit. With one limit alone: 0, or above 1
+/// where it is beyond.
+double strain(const Value& value) {
+    const double deviation = value.deviation();
+    const double lower = value.tolerance.lower, upper = value.tolerance.upper;
+    if (!std::isfinite(lower) || !std::isfinite(upper))
+        return value.isGood() ? 0 : 2;
+    const double half = (upper - lower) / 2;
+    return half > 0 ? std::fabs(deviation - (upper + lower) / 2) / half : value.isGood() ? 0 : 2;
+}
+
+/// Higher for worse profiles.
+double badness(const MatchedProfile& profile) {
+    if (profile.found == 0)
+        return 4;
+    double worst = 0;
+    for (const Value& value : profile.best.values) {
+        if (!value.isValid)
+            return 3;
+        if (!value.hasTolerance)
+            continue;
+        const double own = strain(value);
+        worst = std::max(worst, value.isGood() ? std::min(own, 1.0) : 1 + own / (1 + own));
+    }
+    return worst;
+}
+
+QString numberOr(double value, const QString& absent = "-") {
+    return std::isfinite(value) ? mm(value) : absent;
+}
+
+/// The values that there are, with the places of these.
+ValueSeries measuredOf(const Series& series, std::vector<int>& places) {
+    ValueSeries measured;
+    measured.name = series.name;
+    measured.unit = series.unit;
+    if (series.hasTolerance)
+        measured.limits = {series.tolerance.least(), series.tolerance.greatest()};
+    for (std::size_t i = 0; i < series.values.size(); ++i) {
+        if (!std::isfinite(series.values[i]))
+            continue;
+        measured.values.push_back(series.values[i]);
+        places.push_back(static_cast<int>(i));
+    }
+    return measured;
+}
+
+/// The control chart of the values that there are, its findings by their places.
+ControlChart chartOf(const Series& series) {
+    std::vector<int> places;
+    ControlChart chart = controlChart(measuredOf(series, places).values);
+    for (ChartSignal& finding : chart.findings)
+        finding.index = places[static_cast<std::size_t>(finding.index)];
+    return chart;
+}
+
+/// The first findings of a chart, and how many more.
+QString findingsText(const ControlChart& chart, const QStringList& names) {
+    constexpr int kShown = 5;
+    QStringList texts;
+    for (const ChartSignal& finding : chart.findings) {
+        if (texts.size() == kShown)
+            break;
+        texts.append(names.value(finding.index) + ": " + finding.rule);
+    }
+    const auto more = chart.findings.size() - static_cast<std::size_t>(texts.size());
+    return texts.join("; ") + (more > 0 ? filledIn("; and %1 more", more) : QString());
+}
+
+}  // namespace
+
+MatchPage::MatchPage(const InspectionPlan& plan, MatchReport::Form form)
+    : plan_(plan), report_(form, plan, false, true, [this](const QString& text) {
+          if (isSummary_)
+              summaryJson_ += text.toUtf8();
+          else if (!leavesProfilesOut_)
+              profilesJson_ += text.toUtf8();
+      }) {}
+
+void MatchPage::addRow(const MatchedProfile& profile) {
+    if (head_.isEmpty()) {
+        head_ = QStringList{"profile"};
+        for (const Value& value : profile.best.values)
+            head_.append(value.unit.isEmpty() ? value.name : value.name + ", " + value.unit);
+        head_.append("verdict");
+    }
+    if (rows_.size() >= kMostRows)
+        return;
+    QStringList row{profile.name};
+    for (const Value& value : profile.best.values)
+        row.append(value.isValid ? mm(value.value) : "-");
+    while (row.size() + 1 < head_.size())
+        row.append("-");
+    row = row.mid(0, static_cast<int>(head_.size()) - 1);
+    row.append(verdictText(profile.best, profile.found > 0));
+    rows_.append(row);
+}
+
+void MatchPage::add(const MatchedProfile& profile, const std::function<QByteArray()>& draw) {
+    ++profiles_;
+    found_ += profile.found > 0 ? 1 : 0;
+    good_ += profile.isGood() ? 1 : 0;
+    names_.append(profile.name);
+    report_.add(profile);
+    if (profilesJson_.size() > kLargestResults) {
+        leavesProfilesOut_ = true;
+        profilesJson_.clear();
+    }
+    for (const Value& value : profile.best.values) {
+        double& greatest = greatestU_.emplace(value.name, kNaN).first->second;
+        if (value.isValid && !(value.expandedU() <= greatest) && std::isfinite(value.expandedU()))
+            greatest = value.expandedU();
+    }
+    addRow(profile);
+    const double own = badness(profile);
+    const bool isFull = worst_.size() >= std::size_t(kMostPictures);
+    if (!draw || (isFull && own <= std::prev(worst_.end())->first))
+        return;
+    const QString caption = profile.name + ": " + verdictText(profile.best, profile.found > 0) +
+                            (profile.reason.isEmpty() ? QString() : "; " + profile.reason);
+    worst_.emplace(own, Drawn{caption, draw()});
+    if (isFull)
+        worst_.erase(std::prev(worst_.end()));
+}
+
+void MatchPage::addPictures(HtmlPage& page) const {
+    if (worst_.empty())
+        return;
+    if (profiles_ > static_cast<int>(worst_.size()))
+        page.addText(filledIn("Pictures: the %1 worst of %2 profiles.", worst_.size(), profiles_));
+    for (const auto& [own, drawn] : worst_)
+        page.addPicture(drawn.caption, drawn.svg);
+}
+
+void MatchPage::addStatistics(HtmlPage& page, const Trend& trend) const {
+    QList<QStringList> rows;
+    QList<std::vector<double>> curves;
+    for (const Series& series : trend.series) {
+        const Statistics& s = series.statistics;
+        const auto greatest = greatestU_.find(series.name);
+        const double nominal =
+            series.hasTolerance && series.tolerance.hasNominal ? series.tolerance.nominal : kNaN;
+        rows.append({series.name, series.unit, QString::number(s.count), numberOr(nominal),
+                     series.hasTolerance ? series.tolerance.limits() : QString("-"),
+                     s.count > 0 ? mm(s.mean) : QString("-"), s.count > 0 ? numberOr(s.mean - nominal) : "-",
+                     numberOr(s.deviation()), s.count > 0 ? mm(s.minimum) : QString("-"),
+                     s.count > 0 ? mm(s.maximum) : QString("-"),
+                     greatest == greatestU_.end() ? QString("-") : numberOr(greatest->second),
+                     !series.hasTolerance  ? QString("-")
+                     : s.outside > 0       ? filledIn("OUT: %1", s.outside)
+                     : s.count < profiles_ ? filledIn("NOT MEASURED: %1", profiles_ - s.count)
+                                           : QString("good")});
+        curves.append(series.values);
+    }
+    page.addTable("Results",
+                  {"value", "unit", "count", "nominal", "limits", "mean", "mean - nominal", "std dev",
+                   "least", "greatest", "U at most", "verdict"},
+                  rows, profiles_ > 1 ? curves : QList<std::vector<double>>());
+}
+
+void MatchPage::addCapability(HtmlPage& page, const Trend& trend) const {
+    if (profiles_ < kFewestOfChart)
+        return;
+    QList<ValueSeries> all;
+    QList<QStringList> charts;
+    for (const Series& series : trend.series) {
+        std::vector<int> places;
+        all.append(measuredOf(series, places));
+        const ControlChart chart = chartOf(series);
+        const bool isThere = std::isfinite(chart.centre);
+        charts.append(
+            {series.name, series.unit, numberOr(chart.lower), numberOr(chart.centre), numberOr(chart.upper),
+             QString::number(chart.findings.size()),
+             isThere ? findingsText(chart, names_) : QString("fewer than two values, or equal ones")});
+    }
+    QList<QStringList> rows = seriesRows(all);
+    QStringList head = rows.takeFirst() << "reason";
+    for (int i = 0; i < static_cast<int>(rows.size()); ++i) {
+        const QString reason = capability(all[i].values, all[i].limits).reason;
+        rows[i].append(!trend.series[i].hasTolerance ? "no tolerance" : reason);
+    }
+    page.addTable("Capability", head, rows);
+    page.addTable("Control charts of single values",
+                  {"value", "unit", "lower control limit", "centre", "upper control limit", "signals",
+                   "which, by the first profiles"},
+                  charts);
+}
+
+void MatchPage::addPlots(HtmlPage& page, const Trend& trend) const {
+    if (profiles_ < 2)
+        return;
+    bool ascends = true;
+    for (std::size_t i = 0; i < trend.z.size(); ++i)
+        ascends = ascends && std::isfinite(trend.z[i]) && (i == 0 || trend.z[i] > trend.z[i - 1]);
+    std::vector<double> places = trend.z;
+    for (std::size_t i = 0; i < places.size() && !ascends; ++i)
+        places[i] = static_cast<double>(i + 1);
+    QList<PlottedSeries> plotted;
+    for (const Series& series : trend.series)
+        plotted.append({series.name, series.unit, series.values,
+                        series.hasTolerance ? series.tolerance.least() : kNaN,
+                        series.hasTolerance ? series.tolerance.greatest() : kNaN,
+                        profiles_ < kFewestOfChart ? ControlChart() : chartOf(series)});
+    page.setPlots(ascends ? "z, mm" : "profile", places, names_, plotted);
+}
+
+QJsonObject MatchPage::results() const {
+    const QByteArray start = leavesProfilesOut_ ? QByteArray("{\"profiles\": [") : profilesJson_;
+    QJsonObject object = QJsonDocument::fromJson(start + summaryJson_).object();
+    if (leavesProfilesOut_)
+        object["profilesLeftOut"] = profiles_;
+    return object;
+}
+
+QByteArray MatchPage::html() {
+    isSummary_ = true;
+    report_.finish();
+    const Trend trend = report_.trend();
+    HtmlPage page(plan_.name.isEmpty() ? QString("Measurement") : plan_.name);
+    const bool isJudged = !plan_.tolerances.isEmpty();
+    const bool isGood = good_ == profiles_ && profiles_ > 0;
+    QString verdict = isGood ? filledIn("%1: %2 of %2 profiles", isJudged ? "GOOD" : "COMPLETE", profiles_)
+                             : filledIn("NOT GOOD: %1 of %2 profiles", profiles_ - good_, profiles_);
+    if (plan_.hasTemplate() && found_ < profiles_)
+        verdict += filledIn("; the template is not in %1", profiles_ - found_);
+    page.setVerdict(isGood, verdict);
+    page.addFact("made", QDateTime::currentDateTime().toString("yyyy-MM-dd HH:mm:ss"));
+    page.addFact("decision",
+                 plan_.decision == Decision::Simple ? "within the limits" : "at least U within the limits");
+    addStatistics(page, trend);
+    addPlots(page, trend);
+    addCapability(page, trend);
+    addPictures(page);
+    if (profiles_ > 1)
+        page.addTable(profiles_ > kMostRows ? filledIn("The first %1 of %2 profiles", kMostRows, profiles_)
+                                            : QString("Profiles"),
+                      head_, rows_);
+    page.setResults(results());
+    return page.html();
+}
+
+}  // namespace KvMeasure
