@@ -1,4 +1,9 @@
-#include "kvmeasure/arguments.h"
+#include "cli/arguments.h"
+#include "cli/exit_code.h"
+
+#include <kvmeasure/base/filled_in.h>
+#include <kvmeasure/base/text.h>
+#include <kvmeasure/drawing/rendering.h>
 
 #include <algorithm>
 #include <cmath>
@@ -22,50 +27,24 @@ const Option* findOption(const Usage& usage, const QString& name) {
     return nullptr;
 }
 
-/// Number of single-letter changes between two words.
-int editDistance(const QString& a, const QString& b) {
-    std::vector<int> row(static_cast<std::size_t>(b.size()) + 1);
-    for (std::size_t j = 0; j < row.size(); ++j)
-        row[j] = static_cast<int>(j);
-    for (int i = 0; i < a.size(); ++i) {
-        int diagonal = row[0];
-        row[0] = i + 1;
-        for (int j = 0; j < b.size(); ++j) {
-            const std::size_t k = static_cast<std::size_t>(j) + 1;
-            const int replaced = diagonal + (a[i].toLower() == b[j].toLower() ? 0 : 1);
-            diagonal = row[k];
-            row[k] = std::min({replaced, row[k] + 1, row[k - 1] + 1});
-        }
+QString unitNote(const QString& kind) {
+    if (kind == "DEG")
+        return ", in degrees";
+    return kind == "MM" ? QString(", in mm") : QString();
+}
+
+bool isPicture(const Option& option) { return option.value == QLatin1String("PICTURE"); }
+
+/// Before the work: a picture of a wrong or impossible format would be missing after it.
+void checkPictureName(const QString& path) {
+    try {
+        requireFormat(pictureFormatOf(path));
+    } catch (const Error& error) {
+        throw error.at(path);
     }
-    return row.back();
 }
 
 }  // namespace
-
-bool parseNumber(const QString& text, double& value) {
-    bool ok = false;
-    const double parsed = text.trimmed().toDouble(&ok);
-    if (!ok || !std::isfinite(parsed))
-        return false;
-    value = parsed;
-    return true;
-}
-
-QString suggestion(const QString& word, const QStringList& candidates) {
-    constexpr int longestWord = 64;  // beyond that nothing of ours is near
-    if (word.size() > longestWord)
-        return QString();
-    QString nearest;
-    int best = std::max(1, static_cast<int>(word.size()) / 3) + 1;
-    for (const QString& candidate : candidates) {
-        const int distance = editDistance(word, candidate);
-        if (distance < best) {
-            best = distance;
-            nearest = candidate;
-        }
-    }
-    return nearest.isEmpty() ? QString() : QString("; did you mean \"%1\"?").arg(nearest);
-}
 
 Usage with(Usage usage, const std::vector<Option>& more) {
     usage.options.insert(usage.options.end(), more.begin(), more.end());
@@ -80,7 +59,7 @@ Arguments::Arguments(const Usage& usage, const QStringList& words, int fewest, i
 Arguments::Arguments(const Usage& usage, const QStringList& words) : usage_(usage), command_(usage.command) {
     if (findOption(usage_, "--json") == nullptr)
         usage_.options.push_back({"--json", "", "print JSON"});
-    if (words.contains("--help"))
+    if (words.contains("--help") || words.mid(0, words.indexOf("--")).contains("-h"))
         throw CommandHelp{{helpText(usage_)}, usage_};
     bool optionsEnded = false;
     for (int i = 0; i < words.size(); ++i) {
@@ -97,20 +76,28 @@ Arguments::Arguments(const Usage& usage, const QStringList& words) : usage_(usag
         const QString name = equals < 0 ? word : word.left(equals);
         const Option* option = findOption(usage_, name);
         if (option == nullptr)
-            throw Failure{QString("%1: unknown option \"%2\"%3 (see \"kvmeasure %1 --help\")")
-                              .arg(command_, name, suggestion(name, optionNames(usage_)))};
-        if (values_.contains(name))
-            throw Failure{QString("%1: %2 is given twice; give it once").arg(command_, name)};
+            throw Error(QString("%1: unknown option \"%2\"%3 (see \"kvmeasure %1 --help\")")
+                            .arg(command_, name, suggestion(name, optionNames(usage_))));
+        if (values_.contains(name) && !option->isRepeatable)
+            throw Error(QString("%1: %2 is given twice; give it once").arg(command_, name));
         const bool isFlag = *option->value == '\0';
         if (isFlag && equals >= 0)
-            throw Failure{QString("%1: %2 takes no value").arg(command_, name)};
+            throw Error(QString("%1: %2 takes no value").arg(command_, name));
         const bool isLast = i + 1 == words.size();
         if (!isFlag && equals < 0 && (isLast || findOption(usage_, words[i + 1]) != nullptr))
-            throw Failure{QString("%1: %2 needs a value: %2 %3").arg(command_, name, option->value)};
+            throw Error(QString("%1: %2 needs a value: %2 %3").arg(command_, name, option->value));
         if (isFlag)
-            values_[name] = QString();
+            values_[name] = QStringList();
         else
-            values_[name] = equals >= 0 ? word.mid(equals + 1) : words[++i];
+            values_[name] += equals >= 0 ? word.mid(equals + 1) : words[++i];
+        const bool isOneWord = !isFlag && !values_[name].last().contains(' ');
+        for (int more = 1; isOneWord && more < option->words && i + 1 < words.size(); ++more)
+            values_[name].last() += ' ' + words[++i];
+        if (!isFlag && values_[name].last().isEmpty())
+            throw Error(
+                QString("%1: the value of %2 is empty; give one: %2 %3").arg(command_, name, option->value));
+        if (isPicture(*option))
+            checkPictureName(text(name));
     }
 }
 
@@ -118,22 +105,22 @@ double Arguments::number(const QString& name, double absent, double minimum, dou
     if (!has(name))
         return absent;
     double value = 0;
-    if (!parseNumber(text(name), value))
-        throw Failure{QString("%1: %2 needs a number with a decimal point, not \"%3\"")
-                          .arg(command_, name, text(name))};
+    const QString kind = findOption(usage_, name)->value;
+    const QStringList units = kind == "DEG" ? degreeUnits() : QStringList{"mm"};
+    const bool hasUnit = kind == "DEG" || kind == "MM";
+    if (!parseQuantity(text(name), hasUnit ? units : QStringList(), value))
+        throw Error(QString("%1: %2 needs a number with a decimal point%3, not \"%4\"")
+                        .arg(command_, name, unitNote(kind), text(name)));
     if (!(value >= minimum && value <= maximum))
-        throw Failure{QString("%1: %2 must be from %3 to %4, not %5")
-                          .arg(command_, name)
-                          .arg(minimum)
-                          .arg(maximum)
-                          .arg(text(name))};
+        throw Error(
+            filledIn("%1: %2 must be from %3 to %4, not %5", command_, name, minimum, maximum, text(name)));
     return value;
 }
 
 int Arguments::integer(const QString& name, int absent, int minimum, int maximum) const {
     const double value = number(name, absent, minimum, maximum);
     if (value != std::floor(value))
-        throw Failure{QString("%1: %2 needs a whole number, not \"%3\"").arg(command_, name, text(name))};
+        throw Error(QString("%1: %2 needs a whole number, not \"%3\"").arg(command_, name, text(name)));
     return static_cast<int>(value);
 }
 
@@ -142,8 +129,8 @@ void Arguments::pair(const QString& name, double& first, double& second) const {
         return;
     const QStringList words = text(name).replace(',', ' ').simplified().split(' ');
     if (words.size() != 2 || !parseNumber(words[0], first) || !parseNumber(words[1], second))
-        throw Failure{
-            QString("%1: %2 needs two numbers, e.g. %2 -5,12.5, not \"%3\"").arg(command_, name, text(name))};
+        throw Error(
+            QString("%1: %2 needs two numbers, e.g. %2 -5,12.5, not \"%3\"").arg(command_, name, text(name)));
 }
 
 void Arguments::wholePair(const QString& name, int& first, int& second, int minimum, int maximum) const {
@@ -151,11 +138,8 @@ void Arguments::wholePair(const QString& name, int& first, int& second, int mini
     pair(name, values[0], values[1]);
     for (const double value : values) {
         if (has(name) && (value != std::floor(value) || value < minimum || value > maximum))
-            throw Failure{QString("%1: %2 needs two whole numbers from %3 to %4, not \"%5\"")
-                              .arg(command_, name)
-                              .arg(minimum)
-                              .arg(maximum)
-                              .arg(text(name))};
+            throw Error(filledIn("%1: %2 needs two whole numbers from %3 to %4, not \"%5\"", command_, name,
+                                 minimum, maximum, text(name)));
     }
     first = static_cast<int>(values[0]);
     second = static_cast<int>(values[1]);
@@ -167,30 +151,32 @@ int Arguments::choice(const QString& name) const {
     const QStringList& words = findOption(usage_, name)->choices;
     const int chosen = static_cast<int>(words.indexOf(text(name)));
     if (chosen < 0)
-        throw Failure{
-            QString("%1: %2 must be %3, not \"%4\"%5")
-                .arg(command_, name, alternatives(words), text(name), suggestion(text(name), words))};
+        throw Error(QString("%1: %2 must be %3, not \"%4\"%5")
+                        .arg(command_, name, alternatives(words), text(name), suggestion(text(name), words)));
     return chosen;
 }
 
 QString Arguments::required(const QString& name, const QString& meaning) const {
     if (text(name).isEmpty())
-        throw Failure{QString("%1: %2 %3 is missing; %4")
-                          .arg(command_, name, findOption(usage_, name)->value, meaning)};
+        throw Error(QString("%1: %2 %3 is missing; %4")
+                        .arg(command_, name, findOption(usage_, name)->value, meaning));
     return text(name);
+}
+
+void Arguments::requireWith(const QStringList& names, const QString& other) const {
+    for (const QString& name : names) {
+        if (has(name) && !has(other))
+            throw Error(QString("%1: %2 goes with %3").arg(command_, name, other));
+    }
 }
 
 void Arguments::requireOperands(int most, int fewest) const {
     if (operands_.size() < fewest)
-        throw Failure{QString("%1: %3name %2 (see \"kvmeasure %1 --help\")")
-                          .arg(command_, usage_.operands, operands_.isEmpty() ? "nothing to read; " : "")};
+        throw Error(QString("%1: %3name %2 (see \"kvmeasure %1 --help\")")
+                        .arg(command_, usage_.operands, operands_.isEmpty() ? "nothing to read; " : ""));
     if (operands_.size() > most)
-        throw Failure{
-            QString("%1: unexpected \"%2\" (see \"kvmeasure %1 --help\")").arg(command_, operands_[most])};
-}
-
-QString alternatives(const QStringList& words) {
-    return QStringList(words.mid(0, words.size() - 1)).join(", ") + " or " + words.last();
+        throw Error(
+            QString("%1: unexpected \"%2\" (see \"kvmeasure %1 --help\")").arg(command_, operands_[most]));
 }
 
 QString helpText(const Usage& usage) {
@@ -200,7 +186,9 @@ QString helpText(const Usage& usage) {
         const QString head = QString("  %1 %2").arg(option.name, option.value);
         text += head.leftJustified(30) + "  " + option.help + '\n';
     }
-    text += QString("  --help").leftJustified(30) + "  this text\n";
+    text += QString("  --help, -h").leftJustified(30) + "  this text\n";
+    if (std::any_of(usage.options.begin(), usage.options.end(), isPicture))
+        text += "\nThe format of a PICTURE follows its name: .svg, .pdf or .png.\n";
     return text + '\n' + usage.details;
 }
 

@@ -1,9 +1,16 @@
-#include "kvmeasure/commands.h"
+#include "cli/commands.h"
+#include "cli/exit_code.h"
 
-#include "kvmeasure/arguments.h"
-#include "kvmeasure/description.h"
-#include "kvmeasure/failure.h"
-#include "kvmeasure/wheels.h"
+#include "cli/arguments.h"
+#include "cli/description.h"
+
+#include <kvmeasure/base/error.h>
+#include <kvmeasure/base/filled_in.h>
+#include <kvmeasure/base/text.h>
+
+#include <QtCore/QFileInfo>
+
+#include <algorithm>
 
 namespace KvMeasure {
 
@@ -15,6 +22,24 @@ struct Command {
     const char* summary;
     int (*run)(const QStringList& words);
 };
+
+/// The commands of a group, in their order.
+std::vector<Command> rowsOf(const QString& group) {
+    static const struct {
+        const char* group;
+        Command command;
+    } rows[] = {
+#define KVMEASURE_COMMAND(group, name, operands, summary, run) {group, {name, operands, summary, run}},
+#include "cli/command_rows.inc"
+#undef KVMEASURE_COMMAND
+    };
+    std::vector<Command> commands;
+    for (const auto& row : rows) {
+        if (group == row.group)
+            commands.push_back(row.command);
+    }
+    return commands;
+}
 
 /// Commands that share their first words; those of the program itself share none.
 struct Group {
@@ -33,15 +58,17 @@ QString overview(const Group& group) {
     const QString first = QStringList{"kvmeasure", group.name}.join(' ').trimmed();
     QString text = QString("%1\n\n  %2 COMMAND ... [options]\n\nCommands\n").arg(group.summary, first);
     int widest = 0;
-    for (const Command& command : group.commands)
+    int longest = 11;
+    for (const Command& command : group.commands) {
         widest = qMax(widest, static_cast<int>(QString(command.operands).size()));
+        longest = qMax(longest, static_cast<int>(QString(command.name).size()));
+    }
     for (const Command& command : group.commands)
         text +=
-            QString("  %1  %2%3\n")
-                .arg(command.name, -11)
-                .arg(QString(command.operands).leftJustified(widest > 0 ? widest + 2 : 0), command.summary);
+            filledIn("  %1  %2%3\n", QString(command.name).leftJustified(longest),
+                     QString(command.operands).leftJustified(widest > 0 ? widest + 2 : 0), command.summary);
     return text + '\n' + group.details +
-           QString("\n\"%1 COMMAND --help\" tells the options of a command; every command has --json.\n")
+           QString("\n\"%1 COMMAND --help\" lists the options of a command; every command has --json.\n")
                .arg(first);
 }
 
@@ -50,7 +77,7 @@ int runGroup(const Group& group, const QStringList& words) {
     const QString help = QStringList{"kvmeasure", group.name, "--help"}.join(' ').simplified();
     const QString name = words.value(0);
     if (name.isEmpty())
-        throw Failure{QString("%1which command? See \"%2\"").arg(place, help)};
+        throw Error(QString("%1which command? See \"%2\"").arg(place, help));
     if (name == "--help" || name == "-h")
         throw GroupHelp{{overview(group)}, &group};
     QStringList names{"--help"};
@@ -59,8 +86,15 @@ int runGroup(const Group& group, const QStringList& words) {
         if (name == command.name)
             return command.run(words.mid(1));
     }
-    throw Failure{
-        QString("%1unknown command \"%2\"%3 (see \"%4\")").arg(place, name, suggestion(name, names), help)};
+    static const QMap<QString, QString> others{
+        {"distance", "teach"}, {"length", "teach"},         {"angle", "teach"},       {"template", "teach"},
+        {"find", "match"},     {"smooth", "filter"},        {"median", "filter"},     {"circle", "fit"},
+        {"line", "lines"},     {"segments", "lines"},       {"generate", "simulate"}, {"wheel", "wheels"},
+        {"outline", "scan"},   {"calibration", "calibrate"}};
+    const bool isProgram = *group.name == '\0';
+    throw Error(
+        QString("%1unknown command \"%2\"%3 (see \"%4\")")
+            .arg(place, name, suggestion(name, names, isProgram ? others : QMap<QString, QString>()), help));
 }
 
 Description describe(const Group& group) {
@@ -83,7 +117,7 @@ Description describe(const Group& group) {
 QString exitCodes() {
     QStringList codes;
     for (const ExitCode code : {Done, NotMet, Refused})
-        codes << QString("%1 %2").arg(code).arg(meaning(code));
+        codes << filledIn("%1 %2", int(code), meaning(code));
     return "Exit codes: " + codes.join(", ") + ".\n\n";
 }
 
@@ -99,20 +133,11 @@ int runHelp(const Group& program, const QStringList& words) {
     return runGroup(program, words + QStringList{"--help"});
 }
 
+}  // namespace
+
 int runScan(const QStringList& words) {
     static const Group group{
-        "scan",
-        "3D scans: stacks of profiles, and clouds of points.",
-        {{"info", "SCAN...", "what a scan holds: form, counts, ranges, distances of points", runScanInfo},
-         {"convert", "SCAN OUT", "between profile records, cloud records, PLY, XYZ and CSV grids",
-          runScanConvert},
-         {"slice", "SCAN OUT", "cuts a cloud into profiles at equal distances", runScanSlice},
-         {"section", "SCAN", "a profile along x, along the scan, or between two points", runScanSection},
-         {"grid", "SCAN", "heights in a regular grid, as CSV and as a picture", runScanGrid},
-         {"plane", "SCAN", "fits a plane, removes what lies above or below it, levels the scan",
-          runScanPlane},
-         {"outline", "SCAN", "the outline of an object as straight lines, with angles and a picture",
-          runScanOutline}},
+        "scan", "3D scans: stacks of profiles, and clouds of points.", rowsOf("scan"),
         "Scans are told apart by their content: records (0x05 and 0x85 profiles, 0x02 lines with "
         "--scan-step,\n"
         "0x03 and 0x04 clouds), PLY (ascii and binary), XYZ text, CSV grids, and raw 16-bit height maps "
@@ -127,13 +152,51 @@ int runScan(const QStringList& words) {
     return runGroup(group, words);
 }
 
+int runPlan(const QStringList& words) {
+    static const Group group{
+        "plan", "Plans: what is done with a profile before it is measured, and what is measured.",
+        rowsOf("plan"),
+        "\"kvmeasure teach\" and \"kvmeasure measure --out\" write plans.\n\n"
+        "Examples\n"
+        "  kvmeasure plan show plan.json\n"
+        "  kvmeasure plan check plan.json part.csv\n"
+        "  kvmeasure plan schema > plan.schema.json\n"};
+    return runGroup(group, words);
+}
+
+int runForm(const QStringList& words) {
+    static const Group group{
+        "form", "Form of a profile or a surface, as an inspection report states it.", rowsOf("form"),
+        "Text is read in doubles: columns by name or in their order, mm unless the heading names a unit.\n\n"
+        "Examples\n"
+        "  kvmeasure form straightness edge.csv --svg zone.svg\n"
+        "  kvmeasure form flatness plate.kvs --json\n"};
+    return runGroup(group, words);
+}
+
+int runStats(const QStringList& words) {
+    static const Group group{
+        "stats", "Statistics of values in a table: capability, gauge studies, analysis of variance.",
+        rowsOf("stats"),
+        "Tables are text with a heading; columns are named, or numbered from 1.\n\n"
+        "Examples\n"
+        "  kvmeasure stats depths.csv --column depth --limits 4.9..5.1\n"
+        "  kvmeasure stats study study.csv --part part --appraiser appraiser --value value --method range\n"};
+    // A file, or an option, where a command could stand: the series.
+    const QString first = words.value(0);
+    const bool isHelp = first.isEmpty() || first == "--help" || first == "-h";
+    const bool isCommand =
+        std::any_of(group.commands.begin(), group.commands.end(),
+                    [&first](const Command& command) { return first == QLatin1String(command.name); });
+    if (!isHelp && !isCommand && (first.startsWith('-') || first.contains('.') || QFileInfo::exists(first)))
+        return runStatsSeries(words);
+    return runGroup(group, words);
+}
+
 int runSimulate(const QStringList& words) {
     static const Group group{
-        "simulate",
-        "Measurements of objects with known dimensions, with the true values beside them.",
-        {{"profile", "", "the scanner line of a part, as CSV", runSimulateProfile},
-         {"scan", "", "a 3D scan of an object with a known outline", runSimulateScan},
-         {"pass", "", "the recordings of a train that passes a measuring post", runSimulatePass}},
+        "simulate", "Measurements of objects with known dimensions, with the true values beside them.",
+        rowsOf("simulate"),
         "Records of calibration targets: \"kvmeasure calibrate simulate\".\n\n"
         "Examples\n"
         "  kvmeasure simulate profile --shape v-groove --noise 0.02 --out part.csv\n"
@@ -144,15 +207,8 @@ int runSimulate(const QStringList& words) {
 
 int runCalibrate(const QStringList& words) {
     static const Group group{
-        "calibrate",
-        "Tables that turn sensor positions of a laser triangulation scanner into millimetres.",
-        {{"simulate", "OUT", "makes the raw record of a scanner with a known mapping", runCalibrateSimulate},
-         {"build", "RAW TABLE", "makes a table from a raw record", runCalibrateBuild},
-         {"apply", "TABLE RAW OUT", "turns the positions of a record into profiles", runCalibrateApply},
-         {"cut", "TABLE OUT", "empties margins and corners of a table", runCalibrateCut},
-         {"mirror", "FILE OUT", "turns a record or the halves of a table upside down", runCalibrateMirror},
-         {"info", "FILE...", "what a record or table holds", runCalibrateInfo},
-         {"check", "TABLE", "error map against the truth or a second record", runCalibrateCheck}},
+        "calibrate", "Tables that turn sensor positions of a laser triangulation scanner into millimetres.",
+        rowsOf("calibrate"),
         "Files are told apart by their sizes: raw records 1304000 bytes, full tables 2592000, compact "
         "tables 1327104.\n\n"
         "Examples\n"
@@ -164,19 +220,9 @@ int runCalibrate(const QStringList& words) {
 
 int runWheels(const QStringList& words) {
     static const Group group{
-        "wheels",
-        "Wheels of a train that passed a measuring post.",
-        {{"detect", "PASS", "splits recordings into wheel files",
-          [](const QStringList& rest) { return runWheelsOnPass("detect", rest); }},
-         {"parameters", "PASS", "flange height, thickness, position and circle of each wheel",
-          [](const QStringList& rest) { return runWheelsOnPass("parameters", rest); }},
-         {"distances", "PASS", "distance from back to back of each wheelset",
-          [](const QStringList& rest) { return runWheelsOnPass("distances", rest); }},
-         {"defects", "PASS", "wheels whose tread has breakouts",
-          [](const QStringList& rest) { return runWheelsOnPass("defects", rest); }},
-         {"pass", "PASS", "all of them, with tables and a picture of each wheel",
-          [](const QStringList& rest) { return runWheelsOnPass("pass", rest); }}},
-        "PASS is a folder of recordings, or the recordings; parameters takes sections as CSV too.\n"
+        "wheels", "Wheels of a train that passed a measuring post.", rowsOf("wheels"),
+        "PASS is a folder of recordings, or the recordings; parameters takes sections, too: files of gauges, "
+        "CSV.\n"
         "wheels.md in share/doc/kvmeasure/docs (docs of the sources) says what the values mean.\n\n"
         "Examples\n"
         "  kvmeasure simulate pass --wheelsets 8 --out train\n"
@@ -185,27 +231,26 @@ int runWheels(const QStringList& words) {
     return runGroup(group, words);
 }
 
-}  // namespace
+int runRails(const QStringList& words) {
+    static const Group group{
+        "rails", "Cross-sections of rails, from gauges and scanners.", rowsOf("rails"),
+        "wheels.md in share/doc/kvmeasure/docs (docs of the sources) says what the values "
+        "mean.\n\n"
+        "Examples\n"
+        "  kvmeasure rails parameters rail.ban --reference nominal.prr\n"};
+    return runGroup(group, words);
+}
 
 int runCommand(const QStringList& words) {
     static const Group program{
         "",
-        "kvmeasure: finds templates of straight lines in laser scanner profiles and measures them",
-        {{"info", "", "what a file holds: records, counts, ranges", runInfo},
-         {"filter", "", "smooths, cleans and trims profiles", runFilter},
-         {"lines", "", "contours and straight segments of a profile", runLines},
-         {"teach", "", "makes a template from a good part", runTeach},
-         {"match", "", "finds a template in profiles and measures them", runMatch},
-         {"fit", "", "fits a line, parabola, circle or plane, with residuals", runFit},
-         {"scan", "", "3D scans: outlines, planes, grids, sections, conversion", runScan},
-         {"simulate", "", "makes profiles, scans and train passes with known dimensions", runSimulate},
-         {"wheels", "", "wheels of a train that passed a measuring post", runWheels},
-         {"calibrate", "", "builds, applies and checks tables of a triangulation scanner", runCalibrate}},
+        "kvmeasure: measures laser scanner profiles, 3D scans and passing trains, and calibrates scanners",
+        rowsOf(""),
         QString("Examples\n"
                 "  kvmeasure simulate profile --shape square-groove --noise 0.02 --out part.csv\n"
                 "  kvmeasure teach part.csv --longest 3 --measure \"depth = distance 1 2\" --out part.json\n"
                 "  kvmeasure match part.csv --template part.json --svg part.svg\n\n") +
-            exitCodes() +
+            exitCodes() + "Profiles, scans and templates named - are read from standard input.\n" +
             "\"kvmeasure help --man\" writes the manual page, \"kvmeasure help --bash\" the completion for "
             "bash.\n"
             "Guides and file formats are in share/doc/kvmeasure, beside the bin folder.\n"};

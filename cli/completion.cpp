@@ -1,4 +1,6 @@
-#include "kvmeasure/description.h"
+#include "cli/description.h"
+
+#include <kvmeasure/base/filled_in.h>
 
 namespace KvMeasure {
 
@@ -7,22 +9,25 @@ namespace {
 /// What may follow a name: words, or "-f" for a file, "-d" for a directory, "" for what nobody can tell.
 QString valuesOf(const Option& option) {
     const QString value = option.value;
-    if (value == "FILE" || value == "RAW")
+    if (value == "FILE" || value == "PICTURE" || value == "RAW")
         return "-f";
     return value == "DIR" ? QString("-d") : option.choices.join(' ');
+}
+
+QString rowOf(const QString& name, const QString& words) {
+    return QString("        [\"%1\"]=\"%2\"\n").arg(name, words);
 }
 
 /// Rows of the script's table: the options of each command, the commands of each group, the values of each
 /// option.
 QString rows(const Description& description) {
     const Usage& usage = description.usage;
-    const QString row = "        [\"%1\"]=\"%2\"\n";
     QStringList words;
     QString text;
     for (const Option& option : usage.options) {
         words << option.name;
         if (*option.value != '\0')
-            text += row.arg(usage.command + ' ' + option.name, valuesOf(option));
+            text += rowOf(usage.command + QString(' ') + option.name, valuesOf(option));
     }
     for (const Description& command : description.commands) {
         words << command.name();
@@ -32,10 +37,10 @@ QString rows(const Description& description) {
     if (usage.command.isEmpty())
         words << "help"
               << "--version";
-    return row.arg(usage.command.isEmpty() ? "kvmeasure" : usage.command, words.join(' ')) + text;
+    return rowOf(usage.command.isEmpty() ? "kvmeasure" : usage.command, words.join(' ')) + text;
 }
 
-constexpr char script[] = R"(# Completion of kvmeasure for bash; written by "kvmeasure help --bash".
+constexpr char kScript[] = R"(# Completion of kvmeasure for bash; written by "kvmeasure help --bash".
 _kvmeasure() {
     local -A table=(
 %1    )
@@ -70,6 +75,6 @@ complete -F _kvmeasure kvmeasure
 
 }  // namespace
 
-QString bashCompletion(const Description& program) { return QString(script).arg(rows(program)); }
+QString bashCompletion(const Description& program) { return filledIn(kScript, rows(program)); }
 
 }  // namespace KvMeasure

@@ -1,7 +1,7 @@
 #pragma once
 // What --help says of all commands, as a tree, and the other texts that are made of it: they cannot differ.
 
-#include "kvmeasure/arguments.h"
+#include "cli/arguments.h"
 
 namespace KvMeasure {
 

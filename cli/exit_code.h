@@ -1,5 +1,5 @@
 #pragma once
-// How the commands end without a result: main prints the text.
+// How the program ends.
 
 #include <QtCore/QString>
 
@@ -17,11 +17,6 @@ inline const char* meaning(ExitCode code) {
         return "done";
     return code == NotMet ? "measured but out of tolerance or not found" : "wrong use or unreadable input";
 }
-
-/// Wrong use or unreadable input: says what, where and what to do.
-struct Failure {
-    QString text;
-};
 
 /// Thrown where --help is among the words: main prints the text and exits with 0.
 struct Help {

@@ -1,6 +1,7 @@
-#include "kvmeasure/description.h"
+#include "cli/description.h"
+#include "cli/exit_code.h"
 
-#include <kvmath/core/version.h>
+#include <kvmath/base/version.h>
 
 namespace KvMeasure {
 
@@ -85,7 +86,7 @@ QString manualPage(const Description& program) {
     page += details(program.usage.details);
     page +=
         ".SH OPTIONS\nEvery command has these. \"\\-\\-name value\" and \"\\-\\-name=value\" mean the same, "
-        "\"\\-\\-\" ends the options.\n";
+        "\"\\-\\-\" ends the options. The format of a picture follows its name: .svg, .pdf or .png.\n";
     page += entry(bold("--json"), "print JSON") + entry(bold("--help"), "print the usage of the command");
     page += ".SH COMMANDS\n";
     for (const Description& command : program.commands)

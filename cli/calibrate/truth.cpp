@@ -1,7 +1,7 @@
-#include "kvmeasure/calibration_truth.h"
+#include "cli/calibrate/truth.h"
 
-#include "kvmeasure/failure.h"
-#include "kvmeasure/profile_file.h"
+#include <kvmeasure/base/error.h>
+#include <kvmeasure/base/regular_file.h>
 
 #include <QtCore/QFile>
 #include <QtCore/QJsonDocument>
@@ -13,8 +13,8 @@ namespace KvMeasure {
 
 namespace {
 
-constexpr auto truthKind = "kvmeasure calibration truth";
-constexpr double any = std::numeric_limits<double>::max();
+constexpr auto kTruthKind = "kvmeasure calibration truth";
+constexpr double kAny = std::numeric_limits<double>::max();
 
 /// A number of a recipe. Its name in a truth file is that of the option without the dashes.
 struct Field {
@@ -22,9 +22,10 @@ struct Field {
     const char* value;
     const char* help;
     double& (*of)(CalibrationRecipe& recipe);
+    bool isNewer = false;  ///< older truth files do not have it
 };
 
-constexpr Field fields[] = {
+constexpr Field kFields[] = {
     {"--z-range", "MM", "measuring range in z (100)",
      [](CalibrationRecipe& r) -> double& { return r.scanner.zRange; }},
     {"--x-range", "MM", "measuring range in x (140)",
@@ -48,6 +49,8 @@ constexpr Field fields[] = {
     {"--z-first", "MM", "z of step 0 (0)", [](CalibrationRecipe& r) -> double& { return r.zFirst; }},
     {"--z-step", "MM", "from step to step (0.1); 100 for \"build\", which takes thousandths",
      [](CalibrationRecipe& r) -> double& { return r.zStep; }},
+    {"--z-origin", "MM", "recorded z of the bottom of the range; -50: zero in the middle of 100 mm (0)",
+     [](CalibrationRecipe& r) -> double& { return r.zOrigin; }, /*isNewer=*/true},
     {"--tooth-pitch", "MM", "of the toothed target (10)",
      [](CalibrationRecipe& r) -> double& { return r.toothPitch; }},
     {"--tooth-height", "MM", "of the toothed target (5)",
@@ -56,6 +59,8 @@ constexpr Field fields[] = {
      [](CalibrationRecipe& r) -> double& { return r.noise; }},
     {"--missing", "SHARE", "of positions that are not found, 0 to 1 (0)",
      [](CalibrationRecipe& r) -> double& { return r.missing; }},
+    {"--reflections", "SHARE", "of positions, also beside the target, that are anywhere, 0 to 1 (0)",
+     [](CalibrationRecipe& r) -> double& { return r.reflections; }, /*isNewer=*/true},
 };
 
 QString nameOf(const Field& field) { return QString(field.option).mid(2); }
@@ -64,61 +69,84 @@ QString targetName(const CalibrationRecipe& recipe) {
     return recipe.target == Simulator::CalibrationTarget::Flat ? "flat" : "toothed";
 }
 
+CalibrationRecipe loadTruth(const QString& path) {
+    constexpr qint64 kLongest = 100'000;
+    QFile file(path);
+    openRegularFile(file);
+    const QJsonObject object = QJsonDocument::fromJson(file.read(kLongest)).object();
+    if (object["kind"].toString() != kTruthKind)
+        throw Error(
+            QString("%1: is no truth file; name the .truth.json beside a simulated record").arg(path));
+    CalibrationRecipe recipe;
+    if (object["target"].toString() == "toothed")
+        recipe.target = Simulator::CalibrationTarget::Toothed;
+    for (const Field& field : kFields) {
+        const QJsonValue value = object[nameOf(field)];
+        if (value.isUndefined() && field.isNewer)
+            continue;
+        if (!value.isDouble())
+            throw Error(QString("%1: \"%2\" is missing or no number").arg(path, nameOf(field)));
+        field.of(recipe) = value.toDouble();
+    }
+    const QString problem = Simulator::problemOf(recipe.scanner);
+    if (!problem.isEmpty())
+        throw Error(path + ": " + problem);
+    return recipe;
+}
+
 }  // namespace
 
 std::vector<Option> recipeOptions() {
     std::vector<Option> options{{"--target", "NAME", "flat or toothed (flat)", {"flat", "toothed"}}};
-    for (const Field& field : fields)
+    for (const Field& field : kFields)
         options.push_back({field.option, field.value, field.help});
     options.push_back({"--missing-columns", "N", "columns without any position (0)"});
+    options.push_back({"--glints", "N", "bright spots that up to 24 columns see for up to 8 steps (0)"});
     options.push_back({"--seed", "N", "of the random draws; the same seed makes the same record (1)"});
     return options;
 }
 
 CalibrationRecipe readRecipe(const Arguments& arguments) {
-    constexpr int anyCount = std::numeric_limits<int>::max();
+    constexpr int kAnyCount = std::numeric_limits<int>::max();
     CalibrationRecipe recipe;
     if (arguments.choice("--target") == 1)
         recipe.target = Simulator::CalibrationTarget::Toothed;
-    for (const Field& field : fields)
-        field.of(recipe) = arguments.number(field.option, field.of(recipe), -any, any);
+    for (const char* option : {"--tooth-pitch", "--tooth-height"}) {
+        if (arguments.has(option) && recipe.target == Simulator::CalibrationTarget::Flat)
+            throw Error(QString("calibrate simulate: %1 goes with --target toothed").arg(option));
+    }
+    for (const Field& field : kFields)
+        field.of(recipe) = arguments.number(field.option, field.of(recipe), -kAny, kAny);
     recipe.missingColumns = arguments.integer("--missing-columns", 0, 0, Simulator::kSensorColumns);
-    recipe.seed = static_cast<std::uint64_t>(arguments.integer("--seed", 1, 0, anyCount));
+    recipe.glints = arguments.integer("--glints", 0, 0, kAnyCount);
+    recipe.seed = static_cast<std::uint64_t>(arguments.integer("--seed", 1, 0, kAnyCount));
     return recipe;
 }
 
 QByteArray truthText(const CalibrationRecipe& recipe) {
     CalibrationRecipe copy = recipe;
-    QJsonObject object{{"kind", truthKind},
+    QJsonObject object{{"kind", kTruthKind},
                        {"target", targetName(recipe)},
                        {"missing-columns", recipe.missingColumns},
+                       {"glints", recipe.glints},
                        {"seed", static_cast<double>(recipe.seed)}};
-    for (const Field& field : fields)
+    for (const Field& field : kFields)
         object[nameOf(field)] = field.of(copy);
     return QJsonDocument(object).toJson();
 }
 
-CalibrationRecipe loadTruth(const QString& path) {
-    constexpr qint64 longest = 100'000;
-    QFile file(path);
-    openRegularFile(file);
-    const QJsonObject object = QJsonDocument::fromJson(file.read(longest)).object();
-    if (object["kind"].toString() != truthKind)
-        throw Failure{
-            QString("%1: is no truth file; name the .truth.json beside a simulated record").arg(path)};
-    CalibrationRecipe recipe;
-    if (object["target"].toString() == "toothed")
-        recipe.target = Simulator::CalibrationTarget::Toothed;
-    for (const Field& field : fields) {
-        const QJsonValue value = object[nameOf(field)];
-        if (!value.isDouble())
-            throw Failure{QString("%1: \"%2\" is missing or no number").arg(path, nameOf(field))};
-        field.of(recipe) = value.toDouble();
-    }
-    const QString problem = Simulator::problemOf(recipe.scanner);
-    if (!problem.isEmpty())
-        throw Failure{path + ": " + problem};
-    return recipe;
+CalibrationTruth truthOf(const CalibrationRecipe& recipe) {
+    CalibrationTruth truth;
+    const Simulator::TriangulationScanner scanner(recipe.scanner);
+    truth.toPlane = [scanner](const Vector& place) { return scanner.toPlane(place); };
+    truth.targetSurface = [recipe](double x) { return Simulator::targetSurface(recipe, x); };
+    truth.xRange = recipe.scanner.xRange;
+    truth.targetWidth = recipe.targetWidth;
+    truth.zFirst = recipe.zFirst;
+    truth.zStep = recipe.zStep;
+    truth.zOrigin = recipe.zOrigin;
+    truth.noise = recipe.noise;
+    return truth;
 }
 
 std::vector<Option> unitOptions(bool hasSteps) {
@@ -129,33 +157,41 @@ std::vector<Option> unitOptions(bool hasSteps) {
             {"--z-step", "UM", "between steps of a record without z, thousandths of a mm: 100 is 0.1 mm"});
         options.push_back({"--x-step", "UM", "between columns, thousandths of a mm (x range / 648)"});
     }
+    options.push_back(
+        {"--z-offset", "MM", "added to the z of records in the table, which holds 0 to twice the range (0)"});
     options.push_back({"--truth", "FILE", "of a simulated record; ranges and steps are taken from it"});
     return options;
 }
 
-TableUnits readUnits(const Arguments& arguments) {
-    constexpr double thousand = 1000;
-    constexpr double smallest = 1e-6;  // mm
+std::optional<CalibrationRecipe> readTruth(const Arguments& arguments) {
+    return arguments.has("--truth") ? std::optional(loadTruth(arguments.text("--truth"))) : std::nullopt;
+}
+
+TableUnits readUnits(const Arguments& arguments, const std::optional<CalibrationRecipe>& truth) {
+    constexpr double kThousand = 1000;
+    constexpr double kSmallest = 1e-6;  // mm
+    constexpr double kFarOff = 1e9;     // mm
     TableUnits units;
-    if (arguments.has("--truth")) {
-        const CalibrationRecipe recipe = loadTruth(arguments.text("--truth"));
+    if (truth) {
+        const CalibrationRecipe& recipe = *truth;
         const Simulator::TriangulationScanner scanner(recipe.scanner);
-        constexpr double last = Simulator::kSensorColumns - 1;
-        constexpr double middle = (Simulator::kSensorRows - 1) / 2.0;
-        const double width = scanner.toPlane({last, middle}).x - scanner.toPlane({0, middle}).x;
-        units = {recipe.scanner.zRange, recipe.scanner.xRange, recipe.zStep * thousand,
-                 width / last * thousand};
+        constexpr double kLast = Simulator::kSensorColumns - 1;
+        constexpr double kMiddle = (Simulator::kSensorRows - 1) / 2.0;
+        const double width = scanner.toPlane({kLast, kMiddle}).x - scanner.toPlane({0, kMiddle}).x;
+        units = {recipe.scanner.zRange, recipe.scanner.xRange, recipe.zStep * kThousand,
+                 width / kLast * kThousand, 0};
     }
-    units.zRange = arguments.number("--z-range", units.zRange, smallest, any);
-    units.xRange = arguments.number("--x-range", units.xRange, smallest, any);
+    units.zRange = arguments.number("--z-range", units.zRange, kSmallest, kAny);
+    units.xRange = arguments.number("--x-range", units.xRange, kSmallest, kAny);
     if (!(units.zRange > 0))
         arguments.required("--z-range", "it is not stored in the file");
     if (!(units.xRange > 0))
         arguments.required("--x-range", "it is not stored in the file");
     if (units.xStep == 0)
-        units.xStep = units.xRange * thousand / Simulator::kSensorColumns;
-    units.zStep = arguments.number("--z-step", units.zStep, 0, any);
-    units.xStep = arguments.number("--x-step", units.xStep, 0, any);
+        units.xStep = units.xRange * kThousand / Simulator::kSensorColumns;
+    units.zStep = arguments.number("--z-step", units.zStep, 0, kAny);
+    units.xStep = arguments.number("--x-step", units.xStep, 0, kAny);
+    units.zOffset = arguments.number("--z-offset", 0, -kFarOff, kFarOff);
     return units;
 }
 

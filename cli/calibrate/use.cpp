@@ -1,14 +1,19 @@
-#include "kvmeasure/arguments.h"
-#include "kvmeasure/calibration_file.h"
-#include "kvmeasure/calibration_truth.h"
-#include "kvmeasure/commands.h"
-#include "kvmeasure/failure.h"
-#include "kvmeasure/print.h"
-#include "kvmeasure/profile_writer.h"
-#include "kvmeasure/progress.h"
+#include "cli/arguments.h"
+#include "cli/calibrate/truth.h"
+#include "cli/commands.h"
+#include "cli/console.h"
+#include "cli/exit_code.h"
+#include "cli/terminal_progress.h"
+
+#include <kvmeasure/base/error.h>
+#include <kvmeasure/base/filled_in.h>
+#include <kvmeasure/base/text.h>
+#include <kvmeasure/calibration/table.h>
+#include <kvmeasure/profiles/profile_writer.h>
 
 #include <kvmath/calibration/dtf_profiles.h>
 #include <kvmath/calibration/table_ops.h>
+#include <kvmath/core/record_layout.h>
 
 #include <cmath>
 
@@ -45,7 +50,7 @@ Usage applyUsage() {
 KvMath::KvProfile linearProfile(const PixelTable& table, const RawRecord& record, int step,
                                 const TableUnits& units) {
     KvMath::KvProfile profile;
-    for (int column = 0; column < PixelTable::columns; ++column) {
+    for (int column = 0; column < PixelTable::kColumns; ++column) {
         const int position = record.positions[static_cast<std::size_t>(column) * KvMath::kCalibrationSteps +
                                               static_cast<std::size_t>(step)];
         if (position == 0 || position >= KvMath::kSensorPositions)
@@ -54,16 +59,15 @@ KvMath::KvProfile linearProfile(const PixelTable& table, const RawRecord& record
         const double x = table.valueAt(Half::X, row, column, units.xRange);
         const double z = table.valueAt(Half::Z, row, column, units.zRange);
         if (!std::isnan(x) && !std::isnan(z))
-            profile.points.append({static_cast<float>(x), static_cast<float>(z)});
+            profile.points.append({static_cast<float>(x), static_cast<float>(z - units.zOffset)});
     }
     return profile;
 }
 
 /// A record of a profile at a place along the scan; the writer enters the count of points.
 QByteArray recordHead(double place) {
-    constexpr char profileWithPlace = 0x05;
     QByteArray head(3, '\0');
-    head[0] = profileWithPlace;
+    head[0] = char(KvMath::kProfileRecord);
     appendLittleEndian(head, static_cast<float>(place));
     return head;
 }
@@ -72,31 +76,37 @@ QByteArray recordHead(double place) {
 class Applier {
 public:
     explicit Applier(const Arguments& arguments)
-        : arguments_(arguments), units_(readUnits(arguments)), table_(loadTable(arguments.operand(0))),
-          record_(loadRaw(arguments.operand(1))) {
+        : arguments_(arguments), units_(readUnits(arguments, readTruth(arguments))),
+          table_(loadTable(arguments.operand(0))), record_(loadRaw(arguments.operand(1))) {
         if (arguments.choice("--rows") == 0)
             return;
         if (!table_.isFull())
-            throw Failure{"calibrate apply: --rows library needs a full table; this one is compact"};
+            throw Error("calibrate apply: --rows library needs a full table; this one is compact");
         profiles_.resize(KvMath::kCalibrationSteps);
         KvMath::calcProfsFromDtf(table_.cells(), record_.columns().data(), units_.zRange, units_.xRange,
                                  profiles_.data());
+        for (KvMath::KvProfile& profile : profiles_) {
+            for (KvMath::KvPointXY& point : profile.points)
+                point.y = static_cast<float>(double(point.y) - units_.zOffset);
+        }
     }
 
     void run() {
-        constexpr int last = KvMath::kCalibrationSteps - 1;
+        constexpr int kLast = KvMath::kCalibrationSteps - 1;
         const bool isOne = arguments_.has("--step");
-        const int step = arguments_.integer("--step", 0, 0, last);
+        const int step = arguments_.integer("--step", 0, 0, kLast);
         const FileForm form =
             parseForm(arguments_.text("--format"), isOne ? FileForm::Csv : FileForm::Records);
         if (!isOne && form != FileForm::Records)
-            throw Failure{"calibrate apply: a CSV file holds one profile; choose one with --step N"};
+            throw Error("calibrate apply: a CSV file holds one profile; choose one with --step N");
+        if (isOne && form != FileForm::Records && arguments_.has("--pitch"))
+            throw Error("calibrate apply: --pitch is of records; a CSV file has no place along the scan");
         const double pitch = arguments_.number("--pitch", 1, -1e6, 1e6);
         const QString path = arguments_.operand(2);
         ProfileWriter writer(path, form);
-        Progress progress("profiles", last);
+        TerminalProgress progress("profiles", kLast);
         qint64 points = 0;
-        for (int s = isOne ? step : 0; s <= (isOne ? step : last); ++s) {
+        for (int s = isOne ? step : 0; s <= (isOne ? step : kLast); ++s) {
             LoadedProfile loaded;
             loaded.profile = profiles_.empty() ? linearProfile(table_, record_, s, units_)
                                                : profiles_[static_cast<std::size_t>(s)];
@@ -111,7 +121,7 @@ public:
         if (arguments_.isJson())
             printJson({{"file", path}, {"profiles", count}, {"points", points}});
         else
-            print(QString("%1: %2 profiles, %3 points\n").arg(path).arg(count).arg(points));
+            print(filledIn("%1: %2 profiles, %3 points\n", printable(path), count, points));
     }
 
 private:
@@ -139,16 +149,16 @@ const Usage cutUsage{"calibrate cut",
                      "  kvmeasure calibrate cut scanner.tbl cut.tbl --left 10 --right 11 --top-left 80,60\n"};
 
 KvMath::CutDiagonalParamsCBR readCut(const Arguments& arguments) {
-    constexpr int most = 100'000;
+    constexpr int kMost = 100'000;
     KvMath::CutDiagonalParamsCBR cut{};
-    cut.leftMargin = arguments.integer("--left", 0, 0, most);
-    cut.rightMargin = arguments.integer("--right", 0, 0, most);
-    cut.topMargin = arguments.integer("--top", 0, 0, most);
-    cut.bottomMargin = arguments.integer("--bottom", 0, 0, most);
-    arguments.wholePair("--top-left", cut.topLeftWidth, cut.topLeftHeight, 1, most);
-    arguments.wholePair("--top-right", cut.topRightWidth, cut.topRightHeight, 1, most);
-    arguments.wholePair("--bottom-left", cut.bottomLeftWidth, cut.bottomLeftHeight, 1, most);
-    arguments.wholePair("--bottom-right", cut.bottomRightWidth, cut.bottomRightHeight, 1, most);
+    cut.leftMargin = arguments.integer("--left", 0, 0, kMost);
+    cut.rightMargin = arguments.integer("--right", 0, 0, kMost);
+    cut.topMargin = arguments.integer("--top", 0, 0, kMost);
+    cut.bottomMargin = arguments.integer("--bottom", 0, 0, kMost);
+    arguments.wholePair("--top-left", cut.topLeftWidth, cut.topLeftHeight, 1, kMost);
+    arguments.wholePair("--top-right", cut.topRightWidth, cut.topRightHeight, 1, kMost);
+    arguments.wholePair("--bottom-left", cut.bottomLeftWidth, cut.bottomLeftHeight, 1, kMost);
+    arguments.wholePair("--bottom-right", cut.bottomRightWidth, cut.bottomRightHeight, 1, kMost);
     return cut;
 }
 
@@ -164,10 +174,10 @@ const Usage mirrorUsage{"calibrate mirror",
                         "  kvmeasure calibrate mirror flat.raw turned.raw\n"
                         "  kvmeasure calibrate mirror scanner.tbl turned.tbl --z --x\n"};
 
-PixelTable loadFullTable(const QString& path, const QString& action) {
-    PixelTable table = loadTable(path);
+PixelTable readFullTable(CalibrationFile& file, const QString& path, const QString& action) {
+    PixelTable table = file.readTable();
     if (!table.isFull())
-        throw Failure{QString("%1: %2 is a compact table; only full ones can be changed").arg(action, path)};
+        throw Error(QString("%1: %2 is a compact table; only full ones can be changed").arg(action, path));
     return table;
 }
 
@@ -184,8 +194,10 @@ int runCalibrateApply(const QStringList& words) {
 int runCalibrateCut(const QStringList& words) {
     const Arguments arguments(cutUsage, words, 2, 2);
     const QString out = arguments.operand(1);
+    refuseOverwriting({out}, {arguments.operand(0)});
     const KvMath::CutDiagonalParamsCBR cut = readCut(arguments);
-    PixelTable table = loadFullTable(arguments.operand(0), "calibrate cut");
+    CalibrationFile file(arguments.operand(0));
+    PixelTable table = readFullTable(file, arguments.operand(0), "calibrate cut");
     const int before = table.filled(Half::Z);
     const int beforeX = table.filled(Half::X);
     KvMath::cutTBL(table.cells(), cut);
@@ -195,7 +207,7 @@ int runCalibrateCut(const QStringList& words) {
     if (arguments.isJson())
         printJson({{"file", out}, {"emptiedZ", emptied}, {"emptiedX", emptiedX}});
     else
-        print(QString("%1: %2 cells with Z and %3 with X emptied\n").arg(out).arg(emptied).arg(emptiedX));
+        print(filledIn("%1: %2 cells with Z and %3 with X emptied\n", printable(out), emptied, emptiedX));
     return Done;
 }
 
@@ -203,26 +215,28 @@ int runCalibrateMirror(const QStringList& words) {
     const Arguments arguments(mirrorUsage, words, 2, 2);
     const QString in = arguments.operand(0);
     const QString out = arguments.operand(1);
+    refuseOverwriting({out}, {in});
     const bool mirrorZ = arguments.has("--z");
     const bool mirrorX = arguments.has("--x");
-    const CalibrationForm form = calibrationForm(in);
+    CalibrationFile file(in);
+    const CalibrationForm form = file.form();
     if (form == CalibrationForm::Raw) {
         if (mirrorZ || mirrorX)
-            throw Failure{"calibrate mirror: a raw record has no halves; leave --z and --x out"};
-        RawRecord record = loadRaw(in);
+            throw Error("calibrate mirror: a raw record has no halves; leave --z and --x out");
+        RawRecord record = file.readRaw();
         KvMath::zMirrorDTF(record.columns().data());
         saveRaw(record, out);
     } else {
         if (!mirrorZ && !mirrorX)
-            throw Failure{"calibrate mirror: which half of the table? Add --z, --x or both"};
-        PixelTable table = loadFullTable(in, "calibrate mirror");
+            throw Error("calibrate mirror: which half of the table? Add --z, --x or both");
+        PixelTable table = readFullTable(file, in, "calibrate mirror");
         KvMath::zMirrorTBL(table.cells(), mirrorZ, mirrorX);
         saveTable(table, out);
     }
     if (arguments.isJson())
         printJson({{"file", out}, {"form", formName(form)}});
     else
-        print(QString("%1: %2 mirrored\n").arg(out, formName(form)));
+        print(QString("%1: %2 mirrored\n").arg(printable(out), formName(form)));
     return Done;
 }
 

@@ -1,41 +1,68 @@
-#include "kvmeasure/arguments.h"
-#include "kvmeasure/commands.h"
-#include "kvmeasure/failure.h"
-#include "kvmeasure/filter_steps.h"
-#include "kvmeasure/plot.h"
-#include "kvmeasure/print.h"
-#include "kvmeasure/profile_sequence.h"
-#include "kvmeasure/profile_writer.h"
-#include "kvmeasure/progress.h"
+#include "cli/arguments.h"
+#include "cli/commands.h"
+#include "cli/console.h"
+#include "cli/exit_code.h"
+#include "cli/pictures.h"
+#include "cli/profile/options.h"
+#include "cli/profile/text_options.h"
+#include "cli/terminal_progress.h"
 
+#include <kvmeasure/base/error.h>
+#include <kvmeasure/base/regular_file.h>
+#include <kvmeasure/base/text.h>
+#include <kvmeasure/drawing/profile_picture.h>
+#include <kvmeasure/profiles/filter_steps.h>
+#include <kvmeasure/profiles/profile_writer.h>
+#include <kvmeasure/report/table.h>
+
+#include <algorithm>
 #include <cmath>
 
 namespace KvMeasure {
 
 namespace {
 
-const Usage usage{
-    "filter",
-    "IN OUT",
-    "Applies filters to every profile of a file, one step after another.",
-    {{"--steps", "TEXT", "the steps, see below (required)"},
-     {"--format", "FORM", "csv, kv-csv (semicolons, decimal commas) or record (that of the input)",
-      formNames()},
-     {"--record", "N", "only this profile of a file with several, from 0"},
-     {"--columns", "X,Y", "columns of a CSV file, from 1 (1,2)"},
-     {"--svg", "FILE", "draw before and after; one picture per profile, its name put into FILE"}},
-    "Unset points are left out. OUT is written under a temporary name first and may be IN itself.\n\n" +
-        stepsHelp() +
-        "\nExamples\n"
-        "  kvmeasure filter raw.csv smooth.csv --steps \"median 5; trim-y 0 120\"\n"
-        "  kvmeasure filter raw.csv clean.csv --steps \"spikes 2 1; isolated 0.5 2\" --svg clean.svg\n"
-        "  kvmeasure filter recording.bin even.bin --steps \"sort-x; resample 0.05\" --json\n"};
+const Usage usage = withTextOptions(
+    {"filter",
+     "IN OUT",
+     "Applies filters to every profile of a file, one step after another.",
+     {{"--steps", "TEXT", "the steps, see below (required)"},
+      {"--format", "FORM", "csv, kv-csv (semicolons, decimal commas) or record (that of the input)",
+       formNames()},
+      {"--record", "N", "only this profile of a file with several, from 0"},
+      {"--svg", "PICTURE", "draw before and after; one picture per profile, its name put into PICTURE"}},
+     "Unset points are left out. OUT is written under a temporary name first and may be IN itself.\n\n" +
+         stepsHelp() +
+         "\nExamples\n"
+         "  kvmeasure filter raw.csv smooth.csv --steps \"median 5; trim-y 0 120\"\n"
+         "  kvmeasure filter raw.csv clean.csv --steps \"spikes 2 1; isolated 0.5 2\" --svg clean.svg\n"
+         "  kvmeasure filter recording.bin even.bin --steps \"sort-x; resample 0.05\" --json\n"});
 
 /// Points before and after one step.
 struct StepCount {
     QString step;
     int before = 0, after = 0;
+    bool changed = true;
 };
+
+bool isSame(const KvMath::KvProfile& a, const KvMath::KvProfile& b) {
+    const auto isSamePoint = [](const KvMath::KvPointXY& p, const KvMath::KvPointXY& q) {
+        return (p.x == q.x || (std::isnan(p.x) && std::isnan(q.x))) &&
+               (p.y == q.y || (std::isnan(p.y) && std::isnan(q.y)));
+    };
+    return std::equal(a.points.begin(), a.points.end(), b.points.begin(), b.points.end(), isSamePoint);
+}
+
+/// Steps that a user may believe to have done something.
+QString idleText(const QList<StepCount>& counts) {
+    QString text;
+    for (int i = 0; i < counts.size(); ++i) {
+        if (!counts[i].changed)
+            text += "step " + QString::number(i + 1) + " \"" + counts[i].step + "\" changed nothing in " +
+                    counted(counts[i].before, "point") + '\n';
+    }
+    return text;
+}
 
 int countUnset(const KvMath::KvProfile& profile) {
     int count = 0;
@@ -50,18 +77,21 @@ QString countTable(const LoadedProfile& loaded, const QList<StepCount>& counts) 
         table.add({QString::number(i + 1), counts[i].step, QString::number(counts[i].before),
                    QString::number(counts[i].after), QString::number(counts[i].before - counts[i].after)});
     const int unset = countUnset(loaded.profile);
-    QString text = loaded.name;
+    QString text = printable(loaded.name);
     if (loaded.unset > 0)
         text += QString(", %1 unset points left out").arg(loaded.unset);
     if (unset > 0)
         text += QString(", %1 unset points made by the steps").arg(unset);
-    return text + '\n' + table.text() + '\n';
+    return text + '\n' + table.text() + idleText(counts) + '\n';
 }
 
 QJsonObject countJson(const LoadedProfile& loaded, const QList<StepCount>& counts) {
     QJsonArray steps;
     for (const StepCount& count : counts)
-        steps.append(QJsonObject{{"filter", count.step}, {"before", count.before}, {"after", count.after}});
+        steps.append(QJsonObject{{"filter", count.step},
+                                 {"before", count.before},
+                                 {"after", count.after},
+                                 {"changed", count.changed}});
     return {{"file", loaded.name},
             {"unset", loaded.unset},
             {"unsetAfter", countUnset(loaded.profile)},
@@ -73,7 +103,8 @@ QJsonObject countJson(const LoadedProfile& loaded, const QList<StepCount>& count
 class Filterer {
 public:
     explicit Filterer(const Arguments& arguments)
-        : arguments_(arguments), steps_(parseSteps(arguments.text("--steps"))) {}
+        : arguments_(arguments), steps_(parseSteps(arguments.text("--steps"))),
+          pictures_(arguments.text("--svg"), arguments.operands()) {}
 
     void filterFile(const QString& from, const QString& to);
 
@@ -82,6 +113,7 @@ private:
 
     const Arguments& arguments_;
     QList<FilterStep> steps_;
+    PictureSeries pictures_;
     QString text_;
     QJsonArray json_;
 };
@@ -90,8 +122,10 @@ void Filterer::filter(LoadedProfile& loaded, bool isOnly, ProfileWriter& writer)
     const KvMath::KvProfile before = loaded.profile;
     QList<StepCount> counts;
     for (int i = 0; i < steps_.size(); ++i) {
-        StepCount count{steps_[i].text, static_cast<int>(loaded.profile.points.size()), 0};
+        StepCount count{steps_[i].text, static_cast<int>(loaded.profile.points.size())};
+        const KvMath::KvProfile previous = loaded.profile;
         applyStep(steps_[i], i + 1, loaded.profile);
+        count.changed = !isSame(previous, loaded.profile);
         count.after = static_cast<int>(loaded.profile.points.size());
         counts.append(count);
     }
@@ -102,8 +136,11 @@ void Filterer::filter(LoadedProfile& loaded, bool isOnly, ProfileWriter& writer)
         picture.subtitle = arguments_.text("--steps").simplified();
         picture.profile = loaded.profile;
         picture.before = before.points;
-        const QString path = arguments_.text("--svg");
-        writeOutputFile(isOnly ? path : partPath(path, loaded.stem), drawPicture(picture));
+        const auto draw = [&] { return drawPicture(picture); };
+        if (isOnly)
+            writePicture(arguments_.text("--svg"), draw);
+        else
+            pictures_.write(loaded.stem, draw);
     }
     if (arguments_.isJson())
         json_.append(countJson(loaded, counts));
@@ -112,23 +149,24 @@ void Filterer::filter(LoadedProfile& loaded, bool isOnly, ProfileWriter& writer)
 }
 
 void Filterer::filterFile(const QString& from, const QString& to) {
-    const QString columns = arguments_.text("--columns");
-    if (isWholeScan(from))
-        throw Failure{
+    const std::shared_ptr<QFile> file = openedFile(from);
+    if (isWholeScan(file))
+        throw Error(
             QString("%1: is a scan whose profiles do not stand in it one by one; make profile records "
                     "of it first: \"kvmeasure scan convert\"")
-                .arg(from)};
-    ProfileSource source(from, columns);
+                .arg(from));
+    ProfileSource source(file, from, readTextOptions(arguments_));
     ProfileWriter writer(to, parseForm(arguments_.text("--format"), source.form()));
-    Progress progress(from, source.size());
+    TerminalProgress progress(from, source.size());
     if (arguments_.has("--record")) {
-        LoadedProfile loaded = takeProfile(arguments_);
+        LoadedProfile loaded =
+            takeProfile(arguments_, [&source](LoadedProfile& next) { return source.next(next); });
         filter(loaded, true, writer);
     } else {
         LoadedProfile loaded;
         for (bool isFirst = true; source.next(loaded); isFirst = false) {
-            const bool isLast = source.form() != FileForm::Records || source.position() == source.size();
-            filter(loaded, isFirst && isLast, writer);
+            complainOf(loaded);
+            filter(loaded, isFirst && source.isAtEnd(), writer);
             progress.show(source.position());
         }
     }
@@ -145,7 +183,7 @@ void Filterer::filterFile(const QString& from, const QString& to) {
 int runFilter(const QStringList& words) {
     const Arguments arguments(usage, words, 2, 2);
     arguments.required("--steps", "e.g. --steps \"median 5; trim-y 0 120\"");
-    refuseOverwriting({arguments.text("--svg")}, arguments.operands());
+    refuseOverwriting({arguments.operand(1), arguments.text("--svg")}, {arguments.operand(0)});
     Filterer(arguments).filterFile(arguments.operand(0), arguments.operand(1));
     return Done;
 }

@@ -1,14 +1,23 @@
-#include "kvmeasure/arguments.h"
-#include "kvmeasure/commands.h"
-#include "kvmeasure/failure.h"
-#include "kvmeasure/output_file.h"
-#include "kvmeasure/plot.h"
-#include "kvmeasure/print.h"
-#include "kvmeasure/profile_sequence.h"
+#include "cli/arguments.h"
+#include "cli/commands.h"
+#include "cli/console.h"
+#include "cli/exit_code.h"
+#include "cli/pictures.h"
+#include "cli/profile/options.h"
+#include "cli/profile/text_options.h"
 
-#include <kvmath/numerics/circle_fitting.h>
+#include <kvmeasure/base/error.h>
+#include <kvmeasure/base/filled_in.h>
+#include <kvmeasure/base/output_file.h>
+#include <kvmeasure/base/text.h>
+#include <kvmeasure/drawing/profile_picture.h>
+#include <kvmeasure/profiles/circle_fit.h>
+#include <kvmeasure/report/json.h>
+#include <kvmeasure/report/table.h>
+
 #include <kvmath/numerics/fitting.h>
 #include <kvmath/numerics/svd.h>
+#include <kvmath/profile/circle_fitting.h>
 
 #include <QtCore/QFileInfo>
 
@@ -20,28 +29,30 @@ namespace KvMeasure {
 
 namespace {
 
-const Usage usage{
-    "fit",
-    "PROFILE",
-    "Fits a line, parabola, circle or plane to all points of a file and says how well it fits.",
-    {{"--line", "", "y = slope x + intercept"},
-     {"--parabola", "", "y = a x^2 + b x + c"},
-     {"--circle", "", "least squares of the distances to the circle"},
-     {"--known-radius", "R", "the circle has this radius, mm"},
-     {"--plane", "", "a x + b y + c z + d = 0, of an XYZ record of a binary file"},
-     {"--svg", "FILE", "draw points and curve; a plane from its edge, distances large"},
-     {"--record", "N", "which record or profile of a file with several, from 0 (the first that fits)"},
-     {"--columns", "X,Y", "columns of a CSV file, from 1 (1,2)"}},
-    "Residuals are y - fit for a line and a parabola, and distances from the circle or plane. The standard "
-    "error is the\n"
-    "root of (sum of squares / (count - parameters)). Exit code 1: the fit has no result or did not "
-    "converge.\n\n"
-    "Examples\n"
-    "  kvmeasure fit land.csv --line\n"
-    "  kvmeasure fit bore.csv --circle --known-radius 12.5 --svg bore.svg\n"
-    "  kvmeasure fit table.bin --plane --json\n"};
+const Usage usage = withTextOptions(
+    {"fit",
+     "PROFILE",
+     "Fits a line, parabola, circle or plane to all points of a file and says how well it fits.",
+     {{"--line", "", "y = slope x + intercept"},
+      {"--parabola", "", "y = a x^2 + b x + c"},
+      {"--circle", "", "least squares of the distances to the circle"},
+      {"--known-radius", "R", "the circle has this radius, mm"},
+      {"--plane", "", "a x + b y + c z + d = 0, of an XYZ record of a binary file"},
+      {"--svg", "PICTURE", "draw points, curve and residuals; a plane from its edge"},
+      {"--record", "N", "which record or profile of a file with several, from 0 (the first that fits)"}},
+     "Residuals are y - fit for a line and a parabola, and distances from the circle or plane. The standard "
+     "error is the\n"
+     "root of (sum of squares / (count - parameters)). A circle has the least sum of squares. An arc whose "
+     "height\n"
+     "above its chord is below three standard errors does not determine its radius; the output says so. Exit "
+     "code 1:\n"
+     "the fit has no result or did not converge.\n\n"
+     "Examples\n"
+     "  kvmeasure fit land.csv --line\n"
+     "  kvmeasure fit bore.csv --circle --known-radius 12.5 --svg bore.svg\n"
+     "  kvmeasure fit table.bin --plane --json\n"});
 
-constexpr int mostPoints = 1'000'000;
+constexpr int kMostPoints = 1'000'000;
 
 /// A fitted curve: its parameters, what is left over, and places along it to draw.
 struct Fit {
@@ -51,10 +62,14 @@ struct Fit {
     bool converged = true;
     int count = 0, unset = 0;
     double squares = 0, largest = 0;
+    std::vector<double> residuals;  ///< mm, of the points in their order
     QList<Vector> curve;
+    double sagitta = std::nan("");  ///< height of a circle's arc above its chord, mm
+    QString note;                   ///< what the points do not determine
 
     void add(double residual) {
         ++count;
+        residuals.push_back(residual);
         squares += residual * residual;
         largest = std::isnan(residual) ? residual : std::max(largest, std::fabs(residual));
     }
@@ -70,7 +85,7 @@ struct Fit {
     }
 };
 
-constexpr int curvePieces = 256;
+constexpr int kCurvePieces = 256;
 
 /// Line and parabola, about the middle of the data, where the normal equations are at their best.
 void fitCurve(const std::vector<double>& x, const std::vector<double>& y, bool isParabola, Fit& fit) {
@@ -97,67 +112,67 @@ void fitCurve(const std::vector<double>& x, const std::vector<double>& y, bool i
         fit.parameters = {{"slope", slope}, {"intercept", constant}};
     for (std::size_t i = 0; i < x.size(); ++i)
         fit.add(y[i] - at(centred[i]));
-    for (int i = 0; i <= curvePieces; ++i) {
-        const double place = from + (to - from) * i / curvePieces;
+    for (int i = 0; i <= kCurvePieces; ++i) {
+        const double place = from + (to - from) * i / kCurvePieces;
         fit.curve.append({place, at(place - middle)});
     }
 }
 
 /// The circle where the points are, and a little farther; the whole of it where they leave little out.
-QList<Vector> arcAlong(const std::vector<Vector>& points, const Vector& centre, double radius) {
-    constexpr double turn = 6.283185307179586;
-    constexpr double nearlyAll = turn * 5 / 6;
-    constexpr double margin = 0.15;  // of what the points span, on either side
-    std::vector<double> angles;
-    angles.reserve(points.size());
-    for (const Vector& point : points)
-        angles.push_back(std::atan2(point.y - centre.y, point.x - centre.x));
-    std::sort(angles.begin(), angles.end());
-    double start = angles.front();
-    double widest = turn - (angles.back() - start);  // stretch without points
-    for (std::size_t i = 1; i < angles.size(); ++i) {
-        if (angles[i] - angles[i - 1] > widest) {
-            widest = angles[i] - angles[i - 1];
-            start = angles[i];
-        }
-    }
-    double span = turn - widest;
-    if (span > nearlyAll) {
-        span = turn;
-    } else {
-        start -= margin * span;
-        span = std::min(turn, span * (1 + 2 * margin));
-    }
+QList<Vector> arcAlong(const ArcSpan& covered, const FittedCircle& circle) {
+    constexpr double kTurn = 6.283185307179586;
+    constexpr double kNearlyAll = kTurn * 5 / 6;
+    constexpr double kMargin = 0.15;  // of what the points span, on either side
+    const bool isWhole = covered.span > kNearlyAll;
+    const double start = isWhole ? covered.start : covered.start - kMargin * covered.span;
+    const double span = isWhole ? kTurn : std::min(kTurn, covered.span * (1 + 2 * kMargin));
     QList<Vector> arc;
-    for (int i = 0; i <= curvePieces; ++i) {
-        const double angle = start + span * i / curvePieces;
-        arc.append({centre.x + radius * std::cos(angle), centre.y + radius * std::sin(angle)});
+    for (int i = 0; i <= kCurvePieces; ++i) {
+        const double angle = start + span * i / kCurvePieces;
+        arc.append({circle.centre.x + circle.radius * std::cos(angle),
+                    circle.centre.y + circle.radius * std::sin(angle)});
     }
     return arc;
 }
 
+/// Noise alone can bend points as far as a flat arc does.
+QString flatArcNote(double sagitta, double deviation, bool knowsRadius) {
+    constexpr double kLeastDeviations = 3;
+    if (sagitta > kLeastDeviations * deviation)
+        return QString();
+    return filledIn("%1 not determined: the arc is %2 mm high, less than three standard errors (%3 mm)",
+                    QString(knowsRadius ? "side of the centre" : "radius"), QString::number(sagitta, 'g', 3),
+                    QString::number(kLeastDeviations * deviation, 'g', 3));
+}
+
 void fitCircle(const std::vector<double>& x, const std::vector<double>& y, double knownRadius, Fit& fit) {
-    constexpr double tolerance = 1e-10;
-    constexpr int mostEvaluations = 2000;
+    constexpr double kTolerance = 1e-10;
+    constexpr int kMostEvaluations = 2000;
     std::vector<Vector> points;
     points.reserve(x.size());
     for (std::size_t i = 0; i < x.size(); ++i)
         points.emplace_back(x[i], y[i]);
-    Vector centre;
-    double radius = knownRadius;
+    FittedCircle circle{{}, knownRadius};
     const int count = int(points.size());
-    if (knownRadius > 0)
-        fit.converged =
-            KvMath::circleFittingWithKnownR(points.data(), count, radius, centre, tolerance, mostEvaluations);
+    const bool knowsRadius = knownRadius > 0;
+    if (knowsRadius)
+        KvMath::circleFittingWithKnownR(points.data(), count, circle.radius, circle.centre, kTolerance,
+                                        kMostEvaluations);
     else
-        fit.converged =
-            KvMath::circleFitting(points.data(), count, centre, radius, tolerance, mostEvaluations);
-    fit.freedom = knownRadius > 0 ? 2 : 3;
-    fit.parameters = {{"x", centre.x}, {"y", centre.y}, {"radius", radius}};
+        KvMath::circleFitting(points.data(), count, circle.centre, circle.radius, kTolerance,
+                              kMostEvaluations);
+    fit.converged = polishCircle(points, knowsRadius, circle);
+    fit.freedom = knowsRadius ? 2 : 3;
+    fit.parameters = {{"x", circle.centre.x}, {"y", circle.centre.y}, {"radius", circle.radius}};
     for (const Vector& point : points)
-        fit.add(length(centre, point) - radius);
-    if (fit.isGood())
-        fit.curve = arcAlong(points, centre, radius);
+        fit.add(length(circle.centre, point) - circle.radius);
+    if (!fit.isGood())
+        return;
+    const ArcSpan covered = arcSpan(points, circle.centre);
+    fit.curve = arcAlong(covered, circle);
+    fit.sagitta = sagitta(circle.radius, covered.span);
+    if (fit.hasError())
+        fit.note = flatArcNote(fit.sagitta, fit.error(), knowsRadius);
 }
 
 /// Points of the record of that number, or of the first with three coordinates when it is negative.
@@ -175,13 +190,13 @@ std::vector<double> readXYZ(const QString& path, int record, int& unset) {
                 xyz.insert(xyz.end(), {double(p.x), double(p.y), double(p.z)});
             else
                 ++unset;
-            if (xyz.size() > 3U * mostPoints)
-                throw Failure{path + ": more than 1000000 points; a part of it by \"kvmeasure scan plane\""};
+            if (xyz.size() > 3U * kMostPoints)
+                throw Error(path + ": more than 1000000 points; a part of it by \"kvmeasure scan plane\"");
         });
         if (!isWanted)
             continue;
         if (!recordHasZ(head.marker))
-            throw Failure{QString("%1: record %2 has no z, which a plane needs").arg(path).arg(index)};
+            throw Error(filledIn("%1: record %2 has no z, which a plane needs", path, index));
         if (record < 0 && file.position() < file.size())
             complain(path +
                      QString(": holds several records; this is number %1, choose another with --record N")
@@ -189,9 +204,8 @@ std::vector<double> readXYZ(const QString& path, int record, int& unset) {
         return xyz;
     }
     if (index <= record && file.form() == FileForm::Records)
-        throw Failure{
-            QString("%1: has %2 record(s); there is no --record %3").arg(path).arg(index).arg(record)};
-    throw Failure{path + ": a plane needs an XYZ record (see \"kvmeasure info\")"};
+        throw Error(filledIn("%1: has %2 record(s); there is no --record %3", path, index, record));
+    throw Error(path + ": a plane needs an XYZ record (see \"kvmeasure info\")");
 }
 
 void fitPlane(const std::vector<double>& xyz, Fit& fit) {
@@ -227,13 +241,48 @@ Picture edgeView(const std::vector<double>& xyz, const Fit& fit) {
         from = std::min(from, along);
         to = std::max(to, along);
     }
-    picture.along = QString("from the centroid along (%1, %2, %3)")
-                        .arg(basis[0], 0, 'f', 3)
-                        .arg(basis[3], 0, 'f', 3)
-                        .arg(basis[6], 0, 'f', 3);
+    picture.along = filledIn("from the centroid along (%1, %2, %3)", QString::number(basis[0], 'f', 3),
+                             QString::number(basis[3], 'f', 3), QString::number(basis[6], 'f', 3));
     picture.upward = "distance from the plane";
     picture.curve = {{from, 0}, {to, 0}};
     return picture;
+}
+
+/// Angles in degrees of points about a place; of an arc without a jump where it passes 180 degrees.
+std::vector<double> anglesAbout(const Vector& centre, const QList<KvMath::KvPointXY>& points) {
+    constexpr double kHalfTurn = 180, kTurn = 360, kNearlyAll = 300;
+    constexpr double kDegrees = kHalfTurn / 3.141592653589793;
+    std::vector<Vector> places;
+    for (const KvMath::KvPointXY& point : points)
+        places.emplace_back(double(point.x), double(point.y));
+    const ArcSpan covered = arcSpan(places, centre);
+    const bool isWhole = covered.span * kDegrees > kNearlyAll;
+    const double start = isWhole ? -kHalfTurn : covered.start * kDegrees;
+    constexpr double kRounding = 1e-9;  // degrees, of the start itself
+    std::vector<double> angles;
+    for (const Vector& place : places) {
+        const double angle = std::atan2(place.y - centre.y, place.x - centre.x) * kDegrees;
+        angles.push_back(angle - kTurn * std::floor((angle - start + kRounding) / kTurn));
+    }
+    return angles;
+}
+
+/// None without a result.
+Residuals residualsOf(const Picture& picture, const Fit& fit) {
+    Residuals residuals;
+    const QList<KvMath::KvPointXY>& points = picture.profile.points;
+    if (!fit.isGood() || std::size_t(points.size()) != fit.residuals.size())
+        return residuals;
+    residuals.isOverAngle = fit.kind == "circle";
+    std::vector<double> angles;
+    if (residuals.isOverAngle)
+        angles = anglesAbout({fit.parameters[0].second, fit.parameters[1].second}, points);
+    for (std::size_t i = 0; i < fit.residuals.size(); ++i)
+        residuals.points.append(
+            {residuals.isOverAngle ? angles[i] : double(points[int(i)].x), fit.residuals[i]});
+    if (fit.hasError())
+        residuals.standardError = fit.error();
+    return residuals;
 }
 
 void report(const QString& file, const Fit& fit, bool isJson) {
@@ -251,6 +300,12 @@ void report(const QString& file, const Fit& fit, bool isJson) {
         facts.add("standardError", "standard error, mm", fit.error());
     else
         facts.add("standardError", "standard error, mm", "-", QJsonValue());
+    if (std::isfinite(fit.sagitta))
+        facts.add("sagitta", "height of the arc, mm", fit.sagitta);
+    if (fit.kind == "circle")
+        facts.json["determined"] = fit.isGood() && fit.note.isEmpty();
+    if (!fit.note.isEmpty())
+        facts.json["note"] = fit.note;
     facts.json["file"] = file;
     facts.json["kind"] = fit.kind;
     facts.json["good"] = fit.isGood();
@@ -258,16 +313,20 @@ void report(const QString& file, const Fit& fit, bool isJson) {
     if (isJson)
         printJson(facts.json);
     else
-        print(QString("%1: %2%3\n%4")
-                  .arg(file, fit.kind, fit.isGood() ? "" : " (NO RESULT)", facts.table.text()));
+        print(printable(file) + ": " + fit.kind + (fit.isGood() ? "" : " (NO RESULT)") + '\n' +
+              facts.table.text() + (fit.note.isEmpty() ? "" : fit.note + '\n'));
 }
 
 void draw(const QString& path, Picture picture, const Fit& fit) {
     QStringList texts;
     for (const auto& parameter : fit.parameters)
-        texts.append(QString("%1 %2").arg(parameter.first).arg(parameter.second, 0, 'g', 6));
-    picture.subtitle = QString("%1: %2, rms %3 mm").arg(fit.kind, texts.join(", ")).arg(fit.rms(), 0, 'g', 3);
-    writeOutputFile(path, drawPicture(picture));
+        texts.append(filledIn("%1 %2", parameter.first, QString::number(parameter.second, 'g', 6)));
+    if (!fit.note.isEmpty())
+        picture.subtitle = fit.note.section(':', 0, 0) + "; ";
+    picture.subtitle +=
+        filledIn("%1: %2, rms %3 mm", fit.kind, texts.join(", "), QString::number(fit.rms(), 'g', 3));
+    picture.residuals = residualsOf(picture, fit);
+    writePicture(path, [&] { return drawPicture(picture); });
 }
 
 QString chosenKind(const Arguments& arguments) {
@@ -277,11 +336,12 @@ QString chosenKind(const Arguments& arguments) {
             kinds.append(kind);
     }
     if (kinds.size() != 1)
-        throw Failure{"fit: say one of --line, --parabola, --circle, --plane"};
+        throw Error("fit: say one of --line, --parabola, --circle, --plane");
     if (arguments.has("--known-radius") && kinds[0] != "circle")
-        throw Failure{"fit: --known-radius goes with --circle"};
-    if (kinds[0] == "plane" && arguments.has("--columns"))
-        throw Failure{"fit: --plane takes an XYZ record; leave --columns out"};
+        throw Error("fit: --known-radius goes with --circle");
+    const QString ofText = readTextOptions(arguments).given;
+    if (kinds[0] == "plane" && !ofText.isEmpty())
+        throw Error("fit: --plane takes an XYZ record; leave " + ofText + " out");
     return kinds[0];
 }
 
@@ -297,7 +357,7 @@ int runFit(const QStringList& words) {
     Picture picture;
     if (fit.kind == "plane") {
         const std::vector<double> xyz =
-            readXYZ(path, arguments.has("--record") ? arguments.integer("--record", 0, 0, lastRecord) : -1,
+            readXYZ(path, arguments.has("--record") ? arguments.integer("--record", 0, 0, kLastRecord) : -1,
                     fit.unset);
         fitPlane(xyz, fit);
         if (arguments.has("--svg"))
@@ -312,7 +372,7 @@ int runFit(const QStringList& words) {
             y.push_back(double(point.y));
         }
         if (x.empty())
-            throw Failure{path + ": no points to fit"};
+            throw Error(path + ": no points to fit");
         fit.unset = loaded.unset;
         if (fit.kind == "circle")
             fitCircle(x, y, radius, fit);

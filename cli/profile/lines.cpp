@@ -1,13 +1,19 @@
-#include "kvmeasure/arguments.h"
-#include "kvmeasure/commands.h"
-#include "kvmeasure/failure.h"
-#include "kvmeasure/output_file.h"
-#include "kvmeasure/plot.h"
-#include "kvmeasure/print.h"
-#include "kvmeasure/profile_sequence.h"
-#include "kvmeasure/search_defaults.h"
+#include "cli/arguments.h"
+#include "cli/commands.h"
+#include "cli/console.h"
+#include "cli/exit_code.h"
+#include "cli/pictures.h"
+#include "cli/profile/options.h"
+#include "cli/profile/text_options.h"
 
-#include <kvmath/tsearch/line_extraction.h>
+#include <kvmeasure/base/error.h>
+#include <kvmeasure/base/output_file.h>
+#include <kvmeasure/base/text.h>
+#include <kvmeasure/drawing/profile_picture.h>
+#include <kvmeasure/profiles/line_pieces.h>
+#include <kvmeasure/profiles/search_estimate.h>
+#include <kvmeasure/report/json.h>
+#include <kvmeasure/report/table.h>
 
 #include <cmath>
 
@@ -17,20 +23,21 @@ using KvMath::LinePP;
 
 namespace {
 
-const Usage usage = with(
+const Usage usage = withTextOptions(with(
     {"lines",
      "PROFILE",
      "Shows the contours of a profile and the straight segments found in them.",
      {{"--record", "N", "which profile of a file with several, from 0 (0)"},
-      {"--columns", "X,Y", "columns of a CSV file, from 1 (1,2)"},
-      {"--svg", "FILE", "draw the segments over the points"}},
+      {"--svg", "PICTURE", "draw the segments over the points"}},
      "A segment's points are those of its contour that lie along it, nearer than the split deviation and to "
      "no\n"
-     "other segment; rms is their deviation square to it. Segments are numbered as in teach.\n\n"
+     "other segment; rms is their deviation square to it. Both are left out where fewer than three points "
+     "lie on\n"
+     "it, as on a steep wall. Segments are numbered as in teach.\n\n"
      "Examples\n"
      "  kvmeasure lines part.csv --svg lines.svg\n"
      "  kvmeasure lines part.csv --split 0.08 --min-length 2 --json\n"},
-    searchOptions());
+    searchOptions()));
 
 /// A segment with what the points say of it.
 struct Found {
@@ -39,55 +46,32 @@ struct Found {
     int points = 0;
     double squares = 0;  // mm^2, sum of the deviations'
 
-    double rms() const { return points > 0 ? std::sqrt(squares / points) : std::nan(""); }
+    /// Two points always lie on a line: they say nothing of it.
+    bool isSupported() const { return points > 2; }
+    double rms() const { return isSupported() ? std::sqrt(squares / points) : std::nan(""); }
 };
 
 struct Contour {
-    QList<Vector> points;
+    ContourPoints points;
     int segments = 0;
 };
 
-QList<Contour> findContours(const KvMath::KvProfile& profile, double gap) {
-    std::vector<Vector> points;
-    for (const KvMath::KvPointXY& point : profile.points)
-        points.emplace_back(double(point.x), double(point.y));
-    Vector** arrays = nullptr;
-    int* sizes = nullptr;
-    int count = 0;
-    KvMath::profile2contours(points.data(), static_cast<int>(points.size()), gap, arrays, count, sizes);
+QList<Contour> contoursOf(const ProfilePieces& pieces) {
     QList<Contour> contours;
-    for (int i = 0; i < count; ++i) {
-        Contour contour;
-        for (int k = 0; k < sizes[i]; ++k)
-            contour.points.append(arrays[i][k]);
-        contours.append(contour);
-        delete[] arrays[i];
-    }
-    delete[] arrays;
-    delete[] sizes;
+    for (const ContourPoints& points : pieces.contours)
+        contours.append({points, 0});
+    for (const int piece : pieces.pieceOf)
+        ++contours[pieces.pieces[std::size_t(piece)].contour].segments;
     return contours;
 }
 
-/// Adds the segments of one contour, by the same steps as the search.
-void addSegments(Contour& contour, int index, const KvMath::TSFindTemplateParams& search,
-                 QList<Found>& found) {
-    int* breaks = nullptr;
-    int count = 0;
-    Vector* vertices = nullptr;
-    const std::vector<Vector> points(contour.points.begin(), contour.points.end());
-    KvMath::contour2lines(points.data(), static_cast<int>(points.size()), search.splitTolerance,
-                          search.refineIterations, search.cornerTolerance, breaks, count, vertices);
-    for (int i = 0; vertices != nullptr && i + 1 < count; ++i) {
-        if (!(length(vertices[i], vertices[i + 1]) > search.minLineLength))
-            continue;
-        Found segment;
-        segment.line = LinePP(vertices[i], vertices[i + 1]);
-        segment.contour = index;
-        found.append(segment);
-        ++contour.segments;
+QList<Found> segmentsOf(const ProfilePieces& pieces) {
+    QList<Found> found;
+    for (const int index : pieces.pieceOf) {
+        const Piece& piece = pieces.pieces[std::size_t(index)];
+        found.append({piece.line, piece.contour});
     }
-    delete[] breaks;
-    delete[] vertices;
+    return found;
 }
 
 /// Place of a point along a segment, 0 to 1 from end to end, and its distances.
@@ -109,6 +93,7 @@ Foot footOn(const LinePP& line, const Vector& point) {
 
 /// Gives each point to a segment. Both follow the scan, so that one pass suffices.
 void collectPoints(const Contour& contour, double tolerance, QList<Found>& found, int first) {
+    constexpr double kRounding = 1e-9;  // of the length: end points lie at 0 and 1
     const int end = first + contour.segments;
     int at = first;
     for (const Vector& point : contour.points) {
@@ -122,36 +107,35 @@ void collectPoints(const Contour& contour, double tolerance, QList<Found>& found
             foot = next;
             ++at;
         }
-        if (foot.share < 0 || foot.share > 1 || !(foot.across < tolerance))
+        if (foot.share < -kRounding || foot.share > 1 + kRounding || !(foot.across < tolerance))
             continue;
         ++found[at].points;
         found[at].squares += foot.across * foot.across;
     }
 }
 
-QString linesText(const LoadedProfile& loaded, const QList<Contour>& contours, const QList<Found>& found) {
-    QString text = QString("%1: %2 points, %3 contours, %4 segments\n")
-                       .arg(loaded.name)
-                       .arg(loaded.profile.points.size())
-                       .arg(contours.size())
-                       .arg(found.size());
+QString linesText(const LoadedProfile& loaded, const QList<Contour>& contours, const QList<Found>& found,
+                  const KvMath::TSFindTemplateParams& search) {
+    QString text = printable(loaded.name) + ": " + counted(loaded.profile.points.size(), "point") + ", " +
+                   counted(contours.size(), "contour") + ", " + counted(found.size(), "segment") + '\n';
     Table table(
         {"contour", "segment", "length mm", "direction deg", "x1", "y1", "x2", "y2", "points", "rms mm"});
     for (int i = 0; i < found.size(); ++i) {
         const LinePP& line = found[i].line;
         table.add({QString::number(found[i].contour), QString::number(i), mm(length(line.p1, line.p2)),
                    fixed(direction(line), 2), mm(line.p1.x), mm(line.p1.y), mm(line.p2.x), mm(line.p2.y),
-                   QString::number(found[i].points),
-                   found[i].points > 0 ? mm(found[i].rms()) : QString("-")});
+                   found[i].isSupported() ? QString::number(found[i].points) : QString("-"),
+                   found[i].isSupported() ? mm(found[i].rms()) : QString("-")});
     }
-    return text + table.text();
+    return text + table.text() + searchText(search);
 }
 
 QJsonObject linesJson(const LoadedProfile& loaded, const QList<Contour>& contours, const QList<Found>& found,
                       const KvMath::TSFindTemplateParams& search) {
     QJsonArray contourList;
     for (const Contour& contour : contours)
-        contourList.append(QJsonObject{{"points", contour.points.size()}, {"segments", contour.segments}});
+        contourList.append(
+            QJsonObject{{"points", int(contour.points.size())}, {"segments", contour.segments}});
     QJsonArray segments;
     for (const Found& segment : found)
         segments.append(QJsonObject{{"contour", segment.contour},
@@ -176,26 +160,26 @@ int runLines(const QStringList& words) {
     const LoadedProfile loaded = takeProfile(arguments);
     KvMath::TSFindTemplateParams search = estimateSearch(loaded.profile);
     applySearchOptions(arguments, search);
-    QList<Contour> contours = findContours(loaded.profile, search.contourGap);
-    QList<Found> found;
-    Picture picture;
-    for (int i = 0; i < contours.size(); ++i) {
-        const int first = static_cast<int>(found.size());
-        addSegments(contours[i], i, search, found);
-        collectPoints(contours[i], search.splitTolerance, found, first);
+    const ProfilePieces pieces = findPieces(loaded.profile, search);
+    const QList<Contour> contours = contoursOf(pieces);
+    QList<Found> found = segmentsOf(pieces);
+    int first = 0;
+    for (const Contour& contour : contours) {
+        collectPoints(contour, search.splitTolerance, found, first);
+        first += contour.segments;
     }
-    for (const Found& segment : found)
-        picture.segments.append(segment.line);
+    Picture picture;
+    picture.segments = pieces.segments;
     if (arguments.has("--svg")) {
         picture.title = loaded.stem + ": segments found";
         picture.profile = loaded.profile;
         picture.numberSegments = true;
-        writeOutputFile(arguments.text("--svg"), drawPicture(picture));
+        writePicture(arguments.text("--svg"), [&] { return drawPicture(picture); });
     }
     if (arguments.isJson())
         printJson(linesJson(loaded, contours, found, search));
     else
-        print(linesText(loaded, contours, found));
+        print(linesText(loaded, contours, found, search));
     return Done;
 }
 

@@ -1,10 +1,15 @@
-#include "kvmeasure/commands.h"
-#include "kvmeasure/failure.h"
-#include "kvmeasure/output_file.h"
-#include "kvmeasure/print.h"
-#include "kvmeasure/scan_options.h"
-#include "kvmeasure/scan_summary.h"
-#include "kvmeasure/scan_writer.h"
+#include "cli/commands.h"
+#include "cli/console.h"
+#include "cli/exit_code.h"
+#include "cli/scan/options.h"
+#include "cli/scan/summary.h"
+#include "cli/terminal_progress.h"
+
+#include <kvmeasure/base/error.h>
+#include <kvmeasure/base/filled_in.h>
+#include <kvmeasure/base/output_file.h>
+#include <kvmeasure/base/text.h>
+#include <kvmeasure/scans/scan_writer.h>
 
 namespace KvMeasure {
 
@@ -46,9 +51,7 @@ const Usage sliceUsage = withOutput(
 
 /// Of two operands: what must not be written over.
 void checkOutput(const Arguments& arguments) {
-    QStringList inputs = scanInputs(arguments);
-    inputs.removeAt(1);
-    refuseOverwriting({arguments.operand(1)}, inputs);
+    refuseOverwritingScans(arguments, {arguments.operand(1)}, {arguments.operand(0)});
     isHeightLast(arguments, "--out-axes");  // before the work, not behind it
     parseScanForm(arguments.text("--format"), QString());
 }
@@ -58,7 +61,7 @@ void report(const Arguments& arguments, const Scan& scan, const QString& form) {
     summary.form = form;
     const QString path = arguments.operand(1);
     if (!arguments.isJson()) {
-        print(QString("%1: from %2\n").arg(path, summary.line()));
+        print(QString("%1: from %2\n").arg(printable(path), summary.line()));
         return;
     }
     QJsonObject object = summary.json();
@@ -69,7 +72,7 @@ void report(const Arguments& arguments, const Scan& scan, const QString& form) {
 void write(const Arguments& arguments, Scan& scan) {
     const QString path = arguments.operand(1);
     writeScan(path, parseScanForm(arguments.text("--format"), path), isHeightLast(arguments, "--out-axes"),
-              scan);
+              scan, terminalProgress());
 }
 
 }  // namespace
@@ -84,27 +87,26 @@ int runScanConvert(const QStringList& words) {
 }
 
 int runScanSlice(const QStringList& words) {
-    constexpr double finest = 1e-6;
+    constexpr double kFinest = 1e-6;
     const Arguments arguments(sliceUsage, words, 2, 2);
     checkOutput(arguments);
     arguments.required("--step", "it is the distance of the profiles");
-    const double step = arguments.number("--step", 0, finest, farthest);
+    const double step = arguments.number("--step", 0, kFinest, kFarthest);
     const QString path = arguments.operand(0);
     Scan scan = loadScan(path, readScanOptions(arguments));
+    requireSetHeights(arguments, scan);
     Cloud cloud;
     takeCloud(scan, cloud);
     Scan sliced;
     sliced.isStack = true;
     sliced.unset = scan.unset;
     if (sliced.stack.calcFromPointCloud(cloud, static_cast<float>(step)) == 0 ||
-        sliced.stack.size() > mostProfiles)
-        throw Failure{QString("%1: --step %2 gives more than a million profiles; take a larger one")
-                          .arg(path)
-                          .arg(step)};
+        sliced.stack.size() > kMostProfiles)
+        throw Error(
+            filledIn("%1: --step %2 gives more than a million profiles; take a larger one", path, step));
     sliced.countPoints();
     if (sliced.points == 0)
-        throw Failure{
-            QString("%1: lies at one position along the scan; there is nothing to slice").arg(path)};
+        throw Error(QString("%1: lies at one position along the scan; there is nothing to slice").arg(path));
     write(arguments, sliced);
     report(arguments, sliced, scan.form);
     return Done;

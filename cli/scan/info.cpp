@@ -1,9 +1,18 @@
-#include "kvmeasure/commands.h"
-#include "kvmeasure/failure.h"
-#include "kvmeasure/print.h"
-#include "kvmeasure/scan_grid.h"
-#include "kvmeasure/scan_options.h"
-#include "kvmeasure/scan_summary.h"
+// Counts and ranges come from one pass over the points; distances of neighbours need profiles, so points
+// without any (a cloud in no order) have none.
+
+#include "cli/commands.h"
+#include "cli/console.h"
+#include "cli/parameters.h"
+#include "cli/scan/options.h"
+#include "cli/scan/summary.h"
+
+#include <kvmeasure/base/error.h>
+#include <kvmeasure/base/filled_in.h>
+#include <kvmeasure/base/text.h>
+#include <kvmeasure/report/json.h>
+#include <kvmeasure/report/table.h>
+#include <kvmeasure/scans/height_grid.h>
 
 #include <algorithm>
 #include <cmath>
@@ -29,13 +38,15 @@ struct Survey {
     int profiles = 0;
     Steps steps;
     double mean = 0;  // of the heights
+    QString warning;  // of the scan
 };
 
 Survey survey(const QString& path, const ScanOptions& options) {
     Scan scan = loadScan(path, options);
-    if (options.heightLast && scan.isStack && scan.cloud.points.isEmpty())
-        throw Failure{path + ": --axes is of XYZ, PLY and cloud points; this holds profiles, leave it out"};
     Survey survey;
+    survey.warning = withParameters(scan.doubt, optionOf);
+    if (!survey.warning.isEmpty())
+        complain(survey.warning);
     survey.summary = summarise(scan);
     try {
         const KvMath::KvProfileZSet stack = takeStack(scan, path);
@@ -43,7 +54,7 @@ Survey survey(const QString& path, const ScanOptions& options) {
         survey.profiles = stack.size();
         survey.steps = estimateSteps(stack);
         survey.mean = double(stack.calcAverageY());
-    } catch (const Failure&) {
+    } catch (const Error&) {
         double sum = 0;
         for (const KvMath::KvPointXYZ& p : scan.cloud.points)
             sum += double(p.y);
@@ -57,6 +68,8 @@ Facts facts(const QString& path, const Survey& survey) {
     Facts facts;
     facts.json = s.json();
     facts.json["file"] = path;
+    if (!survey.warning.isEmpty())
+        facts.json["warning"] = survey.warning;
     facts.add("form", "form", s.form, s.form);
     if (survey.hasProfiles)
         facts.add("profiles", "profiles", survey.profiles);
@@ -69,9 +82,13 @@ Facts facts(const QString& path, const Survey& survey) {
     facts.add("height", "height, mm", s.height);
     facts.add("meanHeight", "mean height, mm", mm(survey.mean), jsonNumber(survey.mean));
     if (survey.hasProfiles) {
-        facts.add("stepX", "distance along x, mm", mm(survey.steps.x), jsonNumber(survey.steps.x));
-        facts.add("stepScan", "distance of profiles, mm", mm(survey.steps.scan),
-                  jsonNumber(survey.steps.scan));
+        const auto add = [&facts](const char* key, const char* label, double step, double from, double to) {
+            const bool isKnown = from < to;  // otherwise there is one place, and no distance
+            facts.add(key, label, isKnown ? mm(step) : QString("-"),
+                      isKnown ? jsonNumber(step) : QJsonValue());
+        };
+        add("stepX", "distance along x, mm", survey.steps.x, s.x.from, s.x.to);
+        add("stepScan", "distance of profiles, mm", survey.steps.scan, s.scan.from, s.scan.to);
     }
     return facts;
 }
@@ -97,9 +114,8 @@ QString ScanSummary::line() const {
     QString text = form + ", ";
     if (isStack)
         text += QString("%1 profiles, ").arg(profiles);
-    return text + QString("%1 points; x %2, scan %3, height %4 mm")
-                      .arg(points)
-                      .arg(x.text(), scan.text(), height.text());
+    return text +
+           filledIn("%1 points; x %2, scan %3, height %4 mm", points, x.text(), scan.text(), height.text());
 }
 
 QJsonObject ScanSummary::json() const {
@@ -111,7 +127,7 @@ QJsonObject ScanSummary::json() const {
 }
 
 int runScanInfo(const QStringList& words) {
-    const Arguments arguments(infoUsage, words, 1, anyNumber);
+    const Arguments arguments(infoUsage, words, 1, kAnyNumber);
     const ScanOptions options = readScanOptions(arguments);
     QJsonArray files;
     const int code = forEachFile(arguments.operands(), [&](const QString& path) {
@@ -119,7 +135,7 @@ int runScanInfo(const QStringList& words) {
         if (arguments.isJson())
             files.append(found.json);
         else
-            print(path + '\n' + found.table.text() + '\n');
+            print(printable(path) + '\n' + found.table.text() + '\n');
     });
     if (arguments.isJson())
         printJson({{"files", files}});

@@ -1,7 +1,12 @@
-#include "kvmeasure/scan_options.h"
+#include "cli/scan/options.h"
 
-#include "kvmeasure/failure.h"
-#include "kvmeasure/scan_forms.h"
+#include "cli/console.h"
+#include "cli/profile/text_options.h"
+#include "cli/terminal_progress.h"
+
+#include <kvmeasure/base/error.h>
+#include <kvmeasure/base/output_file.h>
+#include <kvmeasure/scans/surface.h>
 
 #include <algorithm>
 #include <cmath>
@@ -10,17 +15,19 @@ namespace KvMeasure {
 
 namespace {
 
-/// Ends are inside.
+/// Ends are inside, also where they were typed as "scan info" shows them.
 struct Range {
-    double from = -farthest, to = farthest;
-    bool holds(float value) const { return double(value) >= from && double(value) <= to; }
+    double from = -kFarthest, to = kFarthest;
+    bool holds(float value) const {
+        return double(value) >= from - shownRounding(from) && double(value) <= to + shownRounding(to);
+    }
 };
 
 }  // namespace
 
 QStringList axesOrders() { return {"x,height,scan", "x,scan,height"}; }
 
-Usage withScanOptions(const Usage& usage) {
+Usage withScanForms(const Usage& usage) {
     return with(
         usage,
         {{"--map", "FILE", "description of a raw 16-bit height map (FILE.meta.csv or meta.csv beside it)"},
@@ -30,17 +37,28 @@ Usage withScanOptions(const Usage& usage) {
          {"--scan-start", "MM", "position of the first one, with --scan-step (0)"}});
 }
 
+Usage withScanOptions(const Usage& usage) {
+    return with(withScanForms(usage),
+                {{"--unit", "UNIT",
+                  "points in text and PLY: nm, um, mm, cm, m, mil or inch; X,Y,Z where they differ (the "
+                  "heading's, or mm)"},
+                 {"--unset", "LIST",
+                  "heights that stand for \"nothing measured\", e.g. -9999,0; \"none\" keeps all"}});
+}
+
 bool isHeightLast(const Arguments& arguments, const QString& option) { return arguments.choice(option) == 1; }
 
 ScanOptions readScanOptions(const Arguments& arguments) {
-    constexpr double finest = 1e-6;
+    constexpr double kFinest = 1e-6;
     ScanOptions options;
+    options.progress = terminalProgress();
     options.map = arguments.text("--map");
     options.heightLast = isHeightLast(arguments, "--axes");
-    options.step = arguments.number("--scan-step", std::nan(""), finest, farthest);
-    options.start = arguments.number("--scan-start", 0, -farthest, farthest);
-    if (arguments.has("--scan-start") && !arguments.has("--scan-step"))
-        throw Failure{"--scan-start goes with --scan-step MM"};
+    options.step = arguments.number("--scan-step", std::nan(""), kFinest, kFarthest);
+    options.start = arguments.number("--scan-start", 0, -kFarthest, kFarthest);
+    arguments.requireWith({"--scan-start"}, "--scan-step");
+    options.units = readLengthUnits(arguments);
+    options.unset = readUnset(arguments);
     return options;
 }
 
@@ -64,22 +82,35 @@ void applyLimits(const Arguments& arguments, Scan& scan) {
         return x.holds(pointX) && along.holds(place) && height.holds(pointHeight);
     });
     if (scan.points == 0)
-        throw Failure{QString("%1: no point lies within the limits").arg(arguments.operand(0))};
+        throw Error(QString("%1: no point lies within the limits").arg(arguments.operand(0)));
+}
+
+void requireSetHeights(const Arguments& arguments, const Scan& scan) {
+    if (!scan.doubt.isEmpty() && !arguments.has("--height"))
+        throw Error(scan.doubt);
 }
 
 Scan takeScan(const Arguments& arguments) {
     Scan scan = loadScan(arguments.operand(0), readScanOptions(arguments));
+    requireSetHeights(arguments, scan);
     applyLimits(arguments, scan);
     return scan;
 }
 
-QStringList scanInputs(const Arguments& arguments) {
-    QStringList inputs = arguments.operands();
-    if (arguments.has("--map"))
-        return inputs << arguments.text("--map");
-    for (const QString& path : arguments.operands())
-        inputs << findMapDescription(path);
-    return inputs;
+/// A description is looked for only where an output has its name.
+void refuseOverwritingScans(const Arguments& arguments, const QStringList& outputs, QStringList inputs) {
+    QSet<QString> written;
+    for (const QString& output : outputs)
+        written.insert(placeOf(output));
+    const QStringList scans = arguments.has("--map") ? QStringList() : inputs;
+    inputs << arguments.text("--map");
+    for (const QString& path : scans) {
+        for (const QString& name : mapDescriptionNames(path)) {
+            if (written.contains(placeOf(name)) && findMapDescription(path) == name)
+                inputs << name;
+        }
+    }
+    refuseOverwriting(outputs, inputs);
 }
 
 }  // namespace KvMeasure

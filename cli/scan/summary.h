@@ -1,8 +1,8 @@
 #pragma once
 // What a scan holds, for reports.
 
-#include "kvmeasure/print.h"
-#include "kvmeasure/scan_file.h"
+#include <kvmeasure/report/table.h>
+#include <kvmeasure/scans/scan_file.h>
 
 namespace KvMeasure {
 

@@ -1,10 +1,14 @@
-#include "kvmeasure/arguments.h"
-#include "kvmeasure/commands.h"
-#include "kvmeasure/failure.h"
-#include "kvmeasure/output_file.h"
-#include "kvmeasure/plot.h"
-#include "kvmeasure/profile_writer.h"
-#include "kvmeasure/simulate_recipe.h"
+#include "cli/arguments.h"
+#include "cli/commands.h"
+#include "cli/exit_code.h"
+#include "cli/pictures.h"
+#include "cli/simulate/recipe.h"
+
+#include <kvmeasure/base/error.h>
+#include <kvmeasure/base/filled_in.h>
+#include <kvmeasure/base/output_file.h>
+#include <kvmeasure/drawing/profile_picture.h>
+#include <kvmeasure/profiles/profile_writer.h>
 
 #include "simulator/profile_simulator.h"
 
@@ -32,7 +36,7 @@ Usage makeUsage() {
           {"--dx", "MM", "moves the part (0)"},
           {"--dy", "MM", "moves the part (0)"},
           {"--seed", "N", "of the random draws; the same seed makes the same profile (1)"},
-          {"--svg", "FILE", "draw the profile"}},
+          {"--svg", "PICTURE", "draw the profile"}},
          "Examples\n"
          "  kvmeasure simulate profile --shape v-groove --noise 0.02 --dropouts 2 --seed 7 --out part.csv\n"
          "  kvmeasure simulate profile --shape square-groove --dimensions \"depth=12\" --rotate 2 --out "
@@ -41,22 +45,22 @@ Usage makeUsage() {
 }
 
 Simulator::ProfileRecipe readRecipe(const Arguments& arguments) {
-    constexpr double any = std::numeric_limits<double>::max();
-    constexpr int anyCount = std::numeric_limits<int>::max();
+    constexpr double kAny = std::numeric_limits<double>::max();
+    constexpr int kAnyCount = std::numeric_limits<int>::max();
     Simulator::ProfileRecipe recipe;
     recipe.shape = chooseShape(arguments, Simulator::shapeNames(), recipe.shape);
     recipe.dimensions = readDimensions(arguments.text("--dimensions"), recipe.shape,
                                        Simulator::shapeDimensions(recipe.shape));
     recipe.points = arguments.integer("--points", recipe.points, 2, 1'000'000);
-    recipe.xFrom = arguments.number("--from", recipe.xFrom, -any, any);
-    recipe.xTo = arguments.number("--to", recipe.xTo, -any, any);
-    recipe.noise = arguments.number("--noise", recipe.noise, 0, any);
-    recipe.dropouts = arguments.integer("--dropouts", recipe.dropouts, 0, anyCount);
-    recipe.spikes = arguments.integer("--spikes", recipe.spikes, 0, anyCount);
-    recipe.rotation = arguments.number("--rotate", recipe.rotation, -any, any);
-    recipe.shiftX = arguments.number("--dx", recipe.shiftX, -any, any);
-    recipe.shiftY = arguments.number("--dy", recipe.shiftY, -any, any);
-    recipe.seed = static_cast<std::uint64_t>(arguments.integer("--seed", 1, 0, anyCount));
+    recipe.xFrom = arguments.number("--from", recipe.xFrom, -kAny, kAny);
+    recipe.xTo = arguments.number("--to", recipe.xTo, -kAny, kAny);
+    recipe.noise = arguments.number("--noise", recipe.noise, 0, kAny);
+    recipe.dropouts = arguments.integer("--dropouts", recipe.dropouts, 0, kAnyCount);
+    recipe.spikes = arguments.integer("--spikes", recipe.spikes, 0, kAnyCount);
+    recipe.rotation = arguments.number("--rotate", recipe.rotation, -kAny, kAny);
+    recipe.shiftX = arguments.number("--dx", recipe.shiftX, -kAny, kAny);
+    recipe.shiftY = arguments.number("--dy", recipe.shiftY, -kAny, kAny);
+    recipe.seed = static_cast<std::uint64_t>(arguments.integer("--seed", 1, 0, kAnyCount));
     return recipe;
 }
 
@@ -71,7 +75,7 @@ int runSimulateProfile(const QStringList& words) {
     QString error;
     const auto simulated = Simulator::simulateProfile(recipe, &error);
     if (!simulated)
-        throw Failure{"simulate profile: " + error};
+        throw Error("simulate profile: " + error);
     LoadedProfile profile;
     profile.profile = simulated->profile;
     writeProfile(path, FileForm::LibraryCsv, profile);
@@ -80,10 +84,10 @@ int runSimulateProfile(const QStringList& words) {
         Picture picture;
         picture.title = "Simulated " + recipe.shape;
         picture.profile = simulated->profile;
-        writeOutputFile(arguments.text("--svg"), drawPicture(picture));
+        writePicture(arguments.text("--svg"), [&] { return drawPicture(picture); });
     }
     const int points = static_cast<int>(simulated->profile.points.size());
-    reportTruth(arguments.isJson(), path, QString("%1, %2 points").arg(recipe.shape).arg(points), points,
+    reportTruth(arguments.isJson(), path, filledIn("%1, %2 points", recipe.shape, points), points,
                 recipe.shape, simulated->values);
     return Done;
 }

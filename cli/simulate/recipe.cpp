@@ -1,7 +1,13 @@
-#include "kvmeasure/simulate_recipe.h"
+#include "cli/simulate/recipe.h"
+#include "cli/exit_code.h"
 
-#include "kvmeasure/failure.h"
-#include "kvmeasure/print.h"
+#include "cli/console.h"
+
+#include <kvmeasure/base/error.h>
+#include <kvmeasure/base/filled_in.h>
+#include <kvmeasure/base/text.h>
+#include <kvmeasure/report/json.h>
+#include <kvmeasure/report/table.h>
 
 namespace KvMeasure {
 
@@ -11,13 +17,8 @@ Usage withShapes(Usage usage, const std::vector<QString>& shapes,
     for (const QString& shape : shapes) {
         text += "  " + shape + '\n';
         for (const Simulator::Dimension& d : dimensionsOf(shape))
-            text += QString("    %1  %2 %3, %4 to %5: %6\n")
-                        .arg(d.name, -14)
-                        .arg(d.standard)
-                        .arg(d.unit)
-                        .arg(d.minimum)
-                        .arg(d.maximum)
-                        .arg(d.meaning);
+            text += filledIn("    %1  %2 %3, %4 to %5: %6\n", QString(d.name).leftJustified(14), d.standard,
+                             d.unit, d.minimum, d.maximum, d.meaning);
     }
     usage.details.prepend(text + '\n');
     for (Option& option : usage.options) {
@@ -33,8 +34,8 @@ QString chooseShape(const Arguments& arguments, const std::vector<QString>& shap
     for (const QString& name : shapes)
         names.append(name);
     if (!names.contains(shape))
-        throw Failure{QString("simulate: unknown shape \"%1\"; there are %2%3")
-                          .arg(shape, names.join(", "), suggestion(shape, names))};
+        throw Error(QString("simulate: unknown shape \"%1\"; there are %2%3")
+                        .arg(shape, names.join(", "), suggestion(shape, names)));
     return shape;
 }
 
@@ -50,11 +51,11 @@ QMap<QString, double> readDimensions(const QString& text, const QString& shape,
         const QString name = part.section('=', 0, 0).trimmed();
         double value = 0;
         if (!parseNumber(part.section('=', 1), value))
-            throw Failure{
-                QString("simulate: --dimensions: expected NAME=NUMBER, found \"%1\"").arg(part.trimmed())};
+            throw Error(
+                QString("simulate: --dimensions: expected NAME=NUMBER, found \"%1\"").arg(part.trimmed()));
         if (!known.contains(name))
-            throw Failure{QString("simulate: --dimensions: %1 has no \"%2\"; it has %3%4")
-                              .arg(shape, name, known.join(", "), suggestion(name, known))};
+            throw Error(QString("simulate: --dimensions: %1 has no \"%2\"; it has %3%4")
+                            .arg(shape, name, known.join(", "), suggestion(name, known)));
         values[name] = value;
     }
     return values;
@@ -73,7 +74,7 @@ void reportTruth(bool isJson, const QString& path, const QString& summary, qint6
     Table table({"true value", "", "unit"});
     for (const Simulator::TrueValue& value : values)
         table.add({value.name, mm(value.value), value.unit});
-    print(QString("%1: %2\n").arg(path, summary) + table.text());
+    print(QString("%1: %2\n").arg(printable(path), summary) + table.text());
 }
 
 }  // namespace KvMeasure

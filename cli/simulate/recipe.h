@@ -1,7 +1,7 @@
 #pragma once
 // What the simulations of profiles and of scans share: shapes with named dimensions, true values.
 
-#include "kvmeasure/arguments.h"
+#include "cli/arguments.h"
 
 #include "simulator/profile_simulator.h"
 
@@ -11,10 +11,10 @@ namespace KvMeasure {
 Usage withShapes(Usage usage, const std::vector<QString>& shapes,
                  std::vector<Simulator::Dimension> (*dimensionsOf)(const QString&));
 
-/// --shape, one of these; throws Failure.
+/// --shape, one of these; throws Error.
 QString chooseShape(const Arguments& arguments, const std::vector<QString>& shapes, const QString& absent);
 
-/// Dimensions from "name=value, ..."; throws Failure for names that the shape does not have.
+/// Dimensions from "name=value, ..."; throws Error for names that the shape does not have.
 QMap<QString, double> readDimensions(const QString& text, const QString& shape,
                                      const std::vector<Simulator::Dimension>& dimensions);
 

@@ -1,12 +1,15 @@
-#include "kvmeasure/commands.h"
-#include "kvmeasure/failure.h"
-#include "kvmeasure/output_file.h"
-#include "kvmeasure/print.h"
-#include "kvmeasure/scan_grid.h"
-#include "kvmeasure/scan_picture.h"
-#include "kvmeasure/scan_summary.h"
-#include "kvmeasure/scan_writer.h"
-#include "kvmeasure/simulate_recipe.h"
+#include "cli/commands.h"
+#include "cli/exit_code.h"
+#include "cli/pictures.h"
+#include "cli/scan/summary.h"
+#include "cli/simulate/recipe.h"
+#include "cli/terminal_progress.h"
+
+#include <kvmeasure/base/error.h>
+#include <kvmeasure/base/output_file.h>
+#include <kvmeasure/drawing/scan_picture.h>
+#include <kvmeasure/scans/height_grid.h>
+#include <kvmeasure/scans/scan_writer.h>
 
 #include "simulator/scan_simulator.h"
 
@@ -34,7 +37,7 @@ Usage makeUsage() {
           {"--dropouts", "N", "gaps without points (0)"},
           {"--strays", "N", "single low points anywhere (0)"},
           {"--seed", "N", "of the random draws; the same seed makes the same scan (1)"},
-          {"--svg", "FILE", "draw the scan from above"}},
+          {"--svg", "PICTURE", "draw the scan from above"}},
          "Examples\n"
          "  kvmeasure simulate scan --noise 0.02 --rotate 2 --out plate.kvs\n"
          "  kvmeasure simulate scan --shape tray --strays 40 --out tray.ply --svg tray.svg\n"},
@@ -42,22 +45,22 @@ Usage makeUsage() {
 }
 
 Simulator::ScanRecipe readRecipe(const Arguments& arguments) {
-    constexpr double any = std::numeric_limits<double>::max();
-    constexpr int anyCount = std::numeric_limits<int>::max();
+    constexpr double kAny = std::numeric_limits<double>::max();
+    constexpr int kAnyCount = std::numeric_limits<int>::max();
     Simulator::ScanRecipe recipe;
     recipe.shape = chooseShape(arguments, Simulator::scanShapeNames(), recipe.shape);
     recipe.dimensions = readDimensions(arguments.text("--dimensions"), recipe.shape,
                                        Simulator::scanShapeDimensions(recipe.shape));
-    recipe.columns = arguments.integer("--columns", recipe.columns, 0, anyCount);
-    recipe.rows = arguments.integer("--rows", recipe.rows, 0, anyCount);
-    recipe.xFrom = arguments.number("--from", recipe.xFrom, -any, any);
-    recipe.xTo = arguments.number("--to", recipe.xTo, -any, any);
-    recipe.rowStep = arguments.number("--row-step", recipe.rowStep, -any, any);
-    recipe.rotation = arguments.number("--rotate", recipe.rotation, -any, any);
-    recipe.noise = arguments.number("--noise", recipe.noise, -any, any);
-    recipe.dropouts = arguments.integer("--dropouts", recipe.dropouts, 0, anyCount);
-    recipe.strays = arguments.integer("--strays", recipe.strays, 0, anyCount);
-    recipe.seed = static_cast<std::uint64_t>(arguments.integer("--seed", 1, 0, anyCount));
+    recipe.columns = arguments.integer("--columns", recipe.columns, 0, kAnyCount);
+    recipe.rows = arguments.integer("--rows", recipe.rows, 0, kAnyCount);
+    recipe.xFrom = arguments.number("--from", recipe.xFrom, -kAny, kAny);
+    recipe.xTo = arguments.number("--to", recipe.xTo, -kAny, kAny);
+    recipe.rowStep = arguments.number("--row-step", recipe.rowStep, -kAny, kAny);
+    recipe.rotation = arguments.number("--rotate", recipe.rotation, -kAny, kAny);
+    recipe.noise = arguments.number("--noise", recipe.noise, -kAny, kAny);
+    recipe.dropouts = arguments.integer("--dropouts", recipe.dropouts, 0, kAnyCount);
+    recipe.strays = arguments.integer("--strays", recipe.strays, 0, kAnyCount);
+    recipe.seed = static_cast<std::uint64_t>(arguments.integer("--seed", 1, 0, kAnyCount));
     return recipe;
 }
 
@@ -72,21 +75,23 @@ int runSimulateScan(const QStringList& words) {
     QString error;
     const auto simulated = Simulator::simulateScan(recipe, &error);
     if (!simulated)
-        throw Failure{"simulate scan: " + error};
+        throw Error("simulate scan: " + error);
     Scan scan;
     scan.isStack = true;
     scan.form = recipe.shape;
     scan.stack = simulated->stack;
     scan.countPoints();
     if (scan.points == 0)
-        throw Failure{"simulate scan: nothing of the object is in view"};
-    writeScan(path, parseScanForm(QString(), path), /*heightLast=*/false, scan);
+        throw Error("simulate scan: nothing of the object is in view");
+    writeScan(path, parseScanForm(QString(), path), /*heightLast=*/false, scan, terminalProgress());
     writeOutputFile(truth, Simulator::truthCsv(*simulated));
     if (arguments.has("--svg")) {
-        ScanPicture picture;
-        picture.title = "Simulated " + recipe.shape;
-        picture.grid = makeGrid(scan.stack, estimateSteps(scan.stack), path);
-        writeOutputFile(arguments.text("--svg"), drawScan(picture));
+        writePicture(arguments.text("--svg"), [&] {
+            ScanPicture picture;
+            picture.title = "Simulated " + recipe.shape;
+            picture.grid = makeGrid(scan.stack, estimateSteps(scan.stack), path);
+            return drawScan(picture);
+        });
     }
     reportTruth(arguments.isJson(), path, summarise(scan).line(), scan.points, recipe.shape,
                 simulated->values);

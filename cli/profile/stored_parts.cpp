@@ -1,0 +1,119 @@
+#include "cli/profile/stored_parts.h"
+
+#include "cli/batch.h"
+#include "cli/console.h"
+#include "cli/parameters.h"
+
+#include <kvmeasure/base/filled_in.h>
+#include <kvmeasure/base/output_file.h>
+#include <kvmeasure/base/text.h>
+#include <kvmeasure/inspection/plan.h>
+
+namespace KvMeasure {
+
+namespace {
+
+constexpr std::size_t kPartsAtOnce = 1000;
+constexpr std::chrono::seconds kBetween{1};
+
+/// The text under which a plan is stored: of the same content wherever the file of its master lies.
+QByteArray storedText(InspectionPlan plan) {
+    if (plan.master)
+        plan.master->file.clear();  // its points are stored in the plan then
+    return planText(plan);
+}
+
+}  // namespace
+
+std::vector<Option> storeOptions() {
+    return {{"--store", "FILE.db", "add the results to a store, made where there is none; see \"results\""},
+            {"--station", "NAME", "where it was measured, for --store"},
+            {"--operator", "NAME", "who measured, for --store"},
+            {"--serial", "NUMBER", "of the part, for --store"}};
+}
+
+StoredPart unreadPart(const QString& name, const QString& reason) {
+    StoredPart part;
+    part.name = withoutMarks(name);
+    part.verdict = "NOT READ";
+    part.reason = reason;
+    return part;
+}
+
+StoredParts::StoredParts(const Arguments& arguments, const InspectionPlan& plan)
+    : arguments_(arguments), plan_(plan) {
+    arguments.requireWith({"--station", "--operator", "--serial"}, "--store");
+    if (!arguments.has("--store"))
+        return;
+    const QString path = arguments.text("--store");
+    QStringList others = arguments.operands();
+    for (const char* option : {"--template", "--plan", "--master", "--second", "--files-from", "--svg",
+                               "--trend", "--report", "--out"})
+        others += arguments.texts(option);
+    refuseOverwriting({path}, others);
+    store_.emplace(path, ResultsStore::Access::Add);
+}
+
+void StoredParts::begin(const QString& list, qint64 done) {
+    if (!store_)
+        return;
+    const QString path = arguments_.text("--store");
+    if (done > 0) {
+        run_ = store_->findRun(list);
+        if (run_ == 0 || store_->sourcesBefore(run_, static_cast<int>(done)) < done)
+            throw Error(
+                filledIn("%1: %2 was begun without this store: %3 files would be missing in it; remove "
+                         "%2.partial, or leave out --store",
+                         path, arguments_.text("--out"), done))
+                .inFile(path);
+        return;
+    }
+    NewRun run;
+    run.command = arguments_.command();
+    run.version = libraryVersion();
+    run.planName = plan_.name;
+    run.plan = storedText(plan_);
+    run.station = arguments_.text("--station");
+    run.operatorName = arguments_.text("--operator");
+    run.list = list;
+    run_ = store_->beginRun(run);
+}
+
+void StoredParts::add(StoredPart part) {
+    if (!store_)
+        return;
+    part.serial = arguments_.text("--serial");
+    part.reason = withParameters(part.reason, optionOf);
+    for (Value& value : part.values)
+        value.reason = withParameters(value.reason, optionOf);
+    parts_.push_back(std::move(part));
+}
+
+bool StoredParts::isDue() const {
+    return store_ && !parts_.empty() &&
+           (parts_.size() >= kPartsAtOnce || std::chrono::steady_clock::now() - flushed_ >= kBetween);
+}
+
+void StoredParts::flush() {
+    if (!store_ || parts_.empty())
+        return;
+    stored_ += store_->addParts(run_, parts_);
+    parts_.clear();
+    flushed_ = std::chrono::steady_clock::now();
+}
+
+void StoredParts::close() {
+    store_.reset();
+    parts_.clear();
+}
+
+void StoredParts::finish() {
+    if (!store_)
+        return;
+    flush();
+    store_->endRun(run_);
+    complain(filledIn("%1: run %2: %3 stored", printable(arguments_.text("--store")), run_,
+                      counted(stored_, "profile")));
+}
+
+}  // namespace KvMeasure

@@ -1,0 +1,47 @@
+#pragma once
+// The results store of a run: --store, --station, --operator and --serial.
+
+#include "cli/arguments.h"
+
+#include <kvmeasure/report/results_store.h>
+
+#include <chrono>
+#include <optional>
+#include <vector>
+
+namespace KvMeasure {
+
+/// These options, for the usage of a command.
+std::vector<Option> storeOptions();
+
+/// What is stored of a file that cannot be read, or whose search was given up.
+StoredPart unreadPart(const QString& name, const QString& reason);
+
+/// Collects parts and stores them by the second, or by the thousand.
+class StoredParts {
+public:
+    /// Opens the store that --store names and refuses what is read or written elsewhere under that name.
+    /// Without the option nothing is ever stored. Throws Error.
+    StoredParts(const Arguments& arguments, const InspectionPlan& plan);
+
+    bool isOpen() const { return store_.has_value(); }
+    /// Begins a run. `list` is what it can be found again by; where `done` of its files were done before, the
+    /// run that was killed is continued. Throws Error where that one is not in this store.
+    void begin(const QString& list = {}, qint64 done = 0);
+    void add(StoredPart part);  ///< nothing where no store is open
+    bool isDue() const;         ///< flush() is wanted now
+    void flush();               ///< stores what was added; throws Error
+    void close();               ///< gives the store up: nothing is stored any more
+    void finish();              ///< stores the rest and the end of the run, and says so; throws Error
+
+private:
+    const Arguments& arguments_;
+    const InspectionPlan& plan_;
+    std::optional<ResultsStore> store_;
+    std::vector<StoredPart> parts_;
+    std::chrono::steady_clock::time_point flushed_ = std::chrono::steady_clock::now();
+    qint64 run_ = 0;
+    qint64 stored_ = 0;
+};
+
+}  // namespace KvMeasure

@@ -1,0 +1,57 @@
+#pragma once
+// The verdicts of "wheels pass" and "wheels parameters" on the wheels of a pass.
+
+#include <kvmeasure/wheels/limits.h>
+#include <kvmeasure/wheels/pass.h>
+
+#include <QtCore/QJsonObject>
+
+#include <map>
+
+namespace KvMeasure {
+
+/// Collects the values of gauges of each wheel while a pass is measured, and judges them by a table of
+/// limits.
+class PassLimits {
+public:
+    /// `axles`: wheelsets of each vehicle in order of time, the last number for all that follow; empty: the
+    /// train is not grouped.
+    PassLimits(WheelLimits limits, QList<int> axles) : limits_(std::move(limits)), axles_(std::move(axles)) {}
+
+    /// Takes a section that was measured, with its wheel; the verdict on the values of this wheel.
+    QString take(const MeasuredSection& section, const WheelResult& wheel);
+    /// Judges all wheelsets, after all sections were measured; distances only where they were, too.
+    void judgeAll(const QList<WheelsetResult>& wheelsets, bool hasDistances);
+    /// The result of wheelJson with the values and verdicts of each wheel, wheelset and of the train.
+    void addTo(QJsonObject& json) const;
+    /// The verdicts as a table, that of the train below it.
+    QString text() const;
+    /// No value is out of its limits, none with limits is missing.
+    bool isGood() const;
+
+private:
+    struct Judged {
+        QString name;  ///< e.g. "2 left", "2"
+        std::vector<SectionValue> values;
+        std::vector<LimitVerdict> verdicts;
+    };
+
+    /// Wheelsets of a vehicle, from 1.
+    struct Vehicle {
+        int first = 0, last = 0;
+        bool isCutShort = false;  ///< the pass has fewer wheelsets than the vehicle
+        Judged judged;            ///< its own values
+        QString verdict;          ///< with those of its wheels and wheelsets
+    };
+
+    QString verdict() const;
+    void judgeVehicles(const QList<WheelsetResult>& wheelsets);
+
+    WheelLimits limits_;
+    QList<int> axles_;
+    std::vector<Vehicle> vehicles_;
+    std::map<int, GaugeValues> taken_;  ///< by twice the number of the wheelset and the side
+    std::vector<Judged> judged_;        ///< left, right and both of each wheelset
+};
+
+}  // namespace KvMeasure

@@ -1,0 +1,69 @@
+#include "cli/wheels/pass_report.h"
+
+#include <kvmeasure/base/error.h>
+#include <kvmeasure/base/filled_in.h>
+#include <kvmeasure/wheels/post.h>
+
+#include <QtCore/QDir>
+#include <QtCore/QFileInfo>
+
+#include <cmath>
+
+namespace KvMeasure {
+
+WheelPicture wheelPictureOf(const MeasuredSection& section, const WheelsetResult& wheelset) {
+    const WheelResult& wheel = wheelset.wheels[section.side];
+    WheelPicture picture = pictureOf(wheel, section);
+    picture.title = filledIn("Wheelset %1, %2 wheel", section.wheelset, sideName(section.side));
+    picture.subtitle = QString("record %1").arg(wheel.record);
+    if (!std::isnan(wheelset.z))
+        picture.subtitle +=
+            QString(", %1 m of travel").arg(static_cast<double>(wheelset.z) / 1000, 0, 'f', 2);
+    picture.hasDefect = wheel.defect > 0;
+    picture.defect = section.defect;
+    picture.isDefectInSection =
+        section.defect.scanner == middleScanner(section.side) && section.defect.record == wheel.record;
+    return picture;
+}
+
+Option passReportOption() {
+    return {"--report", "FILE.html", "write a page with verdict, wheels by axle, trends, the worst wheels"};
+}
+
+PassReport::PassReport(const Arguments& arguments) {
+    if (!arguments.has("--report"))
+        return;
+    const QString path = arguments.text("--report");
+    if (!path.endsWith(".html", Qt::CaseInsensitive))
+        throw Error("--report writes a page: give it a name that ends in .html");
+    refuseOverwriting({path},
+                      arguments.operands() + arguments.texts("--settings") + arguments.texts("--limits"));
+    file_.emplace(path);
+    const QString name = QFileInfo(QDir(arguments.operands().first()).absolutePath()).fileName();
+    page_.emplace("Train pass " + name);
+    page_->addFact("limits", arguments.text("--limits"));
+}
+
+void PassReport::add(const MeasuredSection& section, const WheelsetResult& wheelset, const QString& verdict) {
+    if (!page_)
+        return;
+    const WheelResult& wheel = wheelset.wheels[section.side];
+    QStringList words;
+    if (wheel.defect > 0)
+        words.append("DEFECT");
+    if (!verdict.isEmpty())
+        words.append(verdict);
+    words += wheel.notes;
+    const QString caption = filledIn("Wheelset %1, %2 wheel", section.wheelset, sideName(section.side)) +
+                            (words.isEmpty() ? QString() : ": " + words.join("; "));
+    page_->add(wheel, verdict, caption, [&] { return drawWheel(wheelPictureOf(section, wheelset)); });
+}
+
+void PassReport::write(const QJsonObject& results) {
+    if (!page_)
+        return;
+    file_->write(page_->html(results));
+    file_->commit();
+}
+
+}  // namespace KvMeasure

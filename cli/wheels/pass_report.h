@@ -1,0 +1,37 @@
+#pragma once
+// The pictures and the page of "wheels pass".
+
+#include "cli/arguments.h"
+
+#include <kvmeasure/base/output_file.h>
+#include <kvmeasure/drawing/wheel_picture.h>
+#include <kvmeasure/report/pass_page.h>
+#include <kvmeasure/wheels/pass.h>
+
+#include <optional>
+
+namespace KvMeasure {
+
+/// The picture of a measured wheel, with title and defect.
+WheelPicture wheelPictureOf(const MeasuredSection& section, const WheelsetResult& wheelset);
+
+/// --report of "wheels pass".
+Option passReportOption();
+
+/// The page of a pass, where one is asked for.
+class PassReport {
+public:
+    /// Refuses a page that cannot be written, before anything is measured.
+    explicit PassReport(const Arguments& arguments);
+
+    /// Takes a section that was measured, with the verdict on its wheel.
+    void add(const MeasuredSection& section, const WheelsetResult& wheelset, const QString& verdict);
+    /// Writes the page on these results.
+    void write(const QJsonObject& results);
+
+private:
+    std::optional<PassPage> page_;
+    std::optional<OutputFile> file_;
+};
+
+}  // namespace KvMeasure
