@@ -1,0 +1,19 @@
+#pragma once
+// What each source adds to the module.
+
+#include <pybind11/pybind11.h>
+
+namespace KvMathPython {
+
+void bindProfiles(pybind11::module_& module);  ///< files of profiles, filters, segments
+void bindFits(pybind11::module_& module);      ///< lines and circles
+void bindPlans(pybind11::module_& module);     ///< plans, measuring, values
+void bindTeaching(pybind11::module_& module);  ///< plans from a good part and from words
+
+void bindForm(pybind11::module_& module);        ///< straightness, flatness, roundness, steps, roughness
+void bindStatistics(pybind11::module_& module);  ///< series, capability, studies of gauges
+void bindWheels(pybind11::module_& module);      ///< wheels, rails, conicity, train passes
+void bindScans(pybind11::module_& module);       ///< 3D scans
+void bindNumerics(pybind11::module_& module);    ///< decomposition, least squares, calibration tables
+
+}  // namespace KvMathPython
