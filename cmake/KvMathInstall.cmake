@@ -1,4 +1,4 @@
-# What is installed, in three components: the library alone, what building against it takes, and the program.
+# What is installed, in components: each library alone, what building against it takes, and the program.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS kvmath kvmath_tarn EXPORT KvMathTargets
@@ -24,15 +24,29 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${KVMATH_FILE_NAME}.pc DESTINATION ${C
         COMPONENT development)
 
 if(KVMATH_BUILD_KVMEASURE)
-    install(TARGETS kvmeasure RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT program)
+    # Its targets have a file of their own: the package of the other library alone must serve its hosts.
+    install(TARGETS kvmeasure EXPORT KvMeasureTargets
+            LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT workflows NAMELINK_COMPONENT workflows_development
+            RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT workflows
+            INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+    install(DIRECTORY kvmeasure/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kvmeasure COMPONENT workflows_development
+            FILES_MATCHING PATTERN "*.h" PATTERN "*_p.h" EXCLUDE)
+    install(EXPORT KvMeasureTargets NAMESPACE KvMath:: DESTINATION ${package_dir} COMPONENT workflows_development)
+    configure_file(cmake/kvmeasure.pc.in ${KVMEASURE_FILE_NAME}.pc @ONLY)
+    install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${KVMEASURE_FILE_NAME}.pc
+            DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT workflows_development)
+    install(TARGETS kvmeasure_program RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT program)
     # The documents keep their places to each other, so that their links hold.
     set(documents ${CMAKE_INSTALL_DATADIR}/doc/kvmeasure)
     install(FILES README.md CHANGELOG.md CONTRIBUTING.md DESTINATION ${documents} COMPONENT program)
     install(DIRECTORY docs examples DESTINATION ${documents} COMPONENT program
-            FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN "*.cpp")
+            FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN "*.cpp" PATTERN "*.py"
+            PATTERN "Snakefile" PATTERN "slurm_array")
     if(TARGET kvmeasure_texts)
         install(FILES ${KVMEASURE_TEXTS}/kvmeasure.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT program)
         install(FILES ${KVMEASURE_TEXTS}/kvmeasure.bash RENAME kvmeasure COMPONENT program
                 DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+        install(FILES ${KVMEASURE_TEXTS}/plan.schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/kvmeasure
+                COMPONENT program)
     endif()
 endif()

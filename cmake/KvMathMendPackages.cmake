@@ -3,9 +3,11 @@
 foreach(package IN LISTS CPACK_PACKAGE_FILES)
     set(tree ${package}.tree)
     execute_process(COMMAND dpkg-deb --raw-extract ${package} ${tree} COMMAND_ERROR_IS_FATAL ANY)
-    file(REMOVE ${tree}/DEBIAN/postinst ${tree}/DEBIAN/postrm)
     file(STRINGS ${tree}/DEBIAN/control name REGEX "^Package: ")
     string(REPLACE "Package: " "" name "${name}")
+    if(NOT name STREQUAL "python3-kvmath")  # which has its own, for compiled files of Python
+        file(REMOVE ${tree}/DEBIAN/postinst ${tree}/DEBIAN/postrm)
+    endif()
     if(name IN_LIST CPACK_KVMATH_MULTI_ARCH_SAME)
         file(READ ${tree}/DEBIAN/control control)
         file(WRITE ${tree}/DEBIAN/control "Multi-Arch: same\n${control}")

@@ -1,20 +1,28 @@
-# Debian packages: libkvmath2, libkvmath-dev, kvmeasure; on Qt 6 libkvmath-qt6-2, libkvmath-qt6-dev, kvmeasure. "cpack"
-# in the build tree makes them, scripts/package as they are meant to be shipped: under /usr, in the machine's own
+# Debian packages: libkvmath2, libkvmath-dev, libkvmeasure2, libkvmeasure-dev, kvmeasure; on Qt 6 libkvmath-qt6-2,
+# libkvmath-qt6-dev, libkvmeasure-qt6-2, libkvmeasure-qt6-dev, kvmeasure. python3-kvmath where the module is built. "cpack" in the build tree makes them, scripts/package as they are meant to be shipped: under /usr, in the machine's own
 # library directory.
 set(debian_release 1)
 set(debian_version ${PROJECT_VERSION}-${debian_release})
 set(kvmath_library_package lib${KVMATH_FILE_NAME}${PROJECT_VERSION_MAJOR})
 set(kvmath_development_package lib${KVMATH_FILE_NAME}-dev)
+set(kvmeasure_library_package lib${KVMEASURE_FILE_NAME}${PROJECT_VERSION_MAJOR})
+set(kvmeasure_development_package lib${KVMEASURE_FILE_NAME}-dev)
 set(qt_development qtbase5-dev)
 set(other_development libkvmath-qt6-dev)
+set(other_workflows_development libkvmeasure-qt6-dev)
 if(KVMATH_QT_MAJOR EQUAL 6)
     set(kvmath_library_package lib${KVMATH_FILE_NAME}-${PROJECT_VERSION_MAJOR})  # two numbers are parted
+    set(kvmeasure_library_package lib${KVMEASURE_FILE_NAME}-${PROJECT_VERSION_MAJOR})
     set(qt_development qt6-base-dev)
     set(other_development libkvmath-dev)
+    set(other_workflows_development libkvmeasure-dev)
 endif()
 set(kvmath_components library development)
 if(KVMATH_BUILD_KVMEASURE)
-    list(APPEND kvmath_components program)
+    list(APPEND kvmath_components workflows workflows_development program)
+endif()
+if(TARGET python_module)
+    list(APPEND kvmath_components python)
 endif()
 
 set(CPACK_GENERATOR DEB)
@@ -66,19 +74,61 @@ them and measures on the match.
 This package holds the headers, and the files by which CMake and pkg-config
 find the library.")
 
+set(CPACK_DEBIAN_WORKFLOWS_PACKAGE_NAME ${kvmeasure_library_package})
+set(CPACK_DEBIAN_WORKFLOWS_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_WORKFLOWS_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/triggers)
+set(CPACK_DEBIAN_WORKFLOWS_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_WORKFLOWS_PACKAGE_DEPENDS "${kvmath_library_package} (= ${debian_version})")
+set(CPACK_DEBIAN_WORKFLOWS_PACKAGE_SUGGESTS kvmeasure)  # its modules of PDF and PNG pictures and of stores
+set(CPACK_DEBIAN_WORKFLOWS_DESCRIPTION "measuring workflows for laser profile scanners - library
+Reads profiles and 3D scans of many forms, teaches templates and measures on
+them with tolerances, measures railway wheels of train passes, builds
+calibration tables, draws and reports the results.
+
+This package holds the shared library.")
+
+set(CPACK_DEBIAN_WORKFLOWS_DEVELOPMENT_PACKAGE_NAME ${kvmeasure_development_package})
+set(CPACK_DEBIAN_WORKFLOWS_DEVELOPMENT_PACKAGE_CONFLICTS ${other_workflows_development})
+set(CPACK_DEBIAN_WORKFLOWS_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_WORKFLOWS_DEVELOPMENT_PACKAGE_DEPENDS
+    "${kvmeasure_library_package} (= ${debian_version}), ${kvmath_development_package} (= ${debian_version})")
+set(CPACK_DEBIAN_WORKFLOWS_DEVELOPMENT_DESCRIPTION "measuring workflows for laser profile scanners - development files
+Reads profiles and 3D scans of many forms, teaches templates and measures on
+them with tolerances, measures railway wheels of train passes.
+
+This package holds the headers, and the files by which CMake and pkg-config
+find the library.")
+
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME kvmeasure)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION science)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/kvmath)
-set(CPACK_DEBIAN_PROGRAM_PACKAGE_DEPENDS "${kvmath_library_package} (= ${debian_version})")
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/kvmath ${PROJECT_BINARY_DIR}/kvmeasure)
+set(CPACK_DEBIAN_PROGRAM_PACKAGE_DEPENDS "${kvmeasure_library_package} (= ${debian_version})")
+if(TARGET kvmeasure_store)  # its driver, which Qt loads by name
+    string(APPEND CPACK_DEBIAN_PROGRAM_PACKAGE_DEPENDS ", libqt${KVMATH_QT_MAJOR}sql${KVMATH_QT_MAJOR}-sqlite")
+endif()
+set(CPACK_DEBIAN_PROGRAM_PACKAGE_RECOMMENDS libjs-dygraphs)
 set(CPACK_DEBIAN_PROGRAM_DESCRIPTION "measures lines and 3D scans of laser profile scanners
 Filters profiles, teaches templates of straight lines, finds and measures them;
 outlines and converts 3D scans; measures wheels of train passes; builds and
 checks calibration tables; simulates all of these with known dimensions.")
 
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-kvmath)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA
+    ${PROJECT_SOURCE_DIR}/cmake/debian/python/postinst ${PROJECT_SOURCE_DIR}/cmake/debian/python/prerm)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS
+    "${KVMATH_PYTHON_DEPENDS}, python3-numpy, ${kvmeasure_library_package} (= ${debian_version})")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS "kvmeasure, python3-pandas")
+set(CPACK_DEBIAN_PYTHON_DESCRIPTION "measures with laser profile scanners in Python
+Plans of measurements, fits, form, statistics, 3D scans, railway wheels and
+rails on arrays of numpy, with pictures and tables in notebooks.")
+
 # Packages of several architectures may lie side by side only where their libraries do; KvMathMendPackages.cmake reads it.
 if(CMAKE_LIBRARY_ARCHITECTURE AND CMAKE_INSTALL_LIBDIR MATCHES "/${CMAKE_LIBRARY_ARCHITECTURE}$")
-    set(CPACK_KVMATH_MULTI_ARCH_SAME ${kvmath_library_package} ${kvmath_development_package})
+    set(CPACK_KVMATH_MULTI_ARCH_SAME ${kvmath_library_package} ${kvmath_development_package}
+        ${kvmeasure_library_package} ${kvmeasure_development_package})
 endif()
 
 # Documents in the place where Debian expects them; a plain installation goes without.
