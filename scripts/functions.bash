@@ -8,6 +8,16 @@ export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
 
 say() { printf '== [%3d s] %s\n' "$((SECONDS - started))" "$*"; }
 
+# again COMMAND...: up to three times, with a pause between, for what asks the network
+again() {
+    local try
+    for try in 1 2 3; do
+        ! "$@" || return 0
+        [ "$try" -eq 3 ] || sleep "$((10 * try))"
+    done
+    return 1
+}
+
 # configure PRESET [OPTION...]
 configure() {
     local launcher=()

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""docs/benchmarks.md from the JSON of the benchmark programs and the text in benchmarks/report.md.
+"""docs/maintainers/benchmark_tables.md from the JSON of the benchmark programs and the text in benchmarks/report.md.
 
 usage: benchmark_report.py RESULTS [--least N] [--tables]    the document; only headings and measured lines of tables
-       benchmark_report.py --readme RESULTS                  renews the table of headlines in README.md
+       benchmark_report.py --claims RESULTS                  renews the tables in README.md and docs/benchmarks.md
        benchmark_report.py --describe BUILD                  machine, compiler, libraries, revision as JSON
        benchmark_report.py --self-test
 
@@ -21,6 +21,7 @@ the library a title of its own. Every line has a name and indented keys:
         fit: 1000                                least size that counts for the growth
         goal: 62.5 us                            what a host needs
         headline: median of a line @ 1000        the line in the README's table, at this size where there are several
+        claim: median of a line @ 1000           the same for the table of docs/benchmarks.md
         why: the reason, without a full stop; the verdict before it is computed from the figures
 """
 
@@ -35,7 +36,8 @@ import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 UNITS = {"ns": 1e-9, "us": 1e-6, "µs": 1e-6, "ms": 1e-3, "s": 1.0}
-HEADLINES = re.compile(r"(<!-- speed -->\n).*?(<!-- /speed -->)", re.DOTALL)
+TABLES = "docs/maintainers/benchmark_tables.md"
+CLAIMS = {"README.md": "headline", "docs/benchmarks.md": "claim"}  # page -> key of the lines that its table takes
 LEVEL = 1.05  # ratios below this are called level, and so are times whose quartiles overlap
 LIBRARIES = ("qtbase5-dev", "qt6-base-dev", "libbenchmark-dev", "libeigen3-dev", "libgsl-dev", "libpcl-dev", "libopencv-dev",
              "libcgal-dev")
@@ -136,7 +138,7 @@ def faster(own, other, name):
     ratio = own / other
     factor = ratio if ratio > 1 else 1 / ratio
     text = f"{factor:.2f}" if factor < 1.15 else times_text(factor)
-    return f"behind {name} by {text} times" if ratio > 1 else f"{text} times as fast as {name}"
+    return f"{text} times slower than {name}" if ratio > 1 else f"{text} times as fast as {name}"
 
 
 def against(own, other, name):
@@ -164,7 +166,7 @@ def verdict(row, own, others):
     if peers:
         best = min(peers, key=lambda key: peers[key].time)
         name = title(best)
-        parts.append(against(own, peers[best], name if len(peers) == 1 else f"the best peer, {name}"))
+        parts.append(against(own, peers[best], name if len(peers) == 1 else f"{name}, the best peer"))
     if not parts and own.rate:
         parts.append(f"{three_digits(1e9 / own.rate)} ns {row.get('item', 'a point')}")
     return ", ".join(parts) or "stands alone"
@@ -187,7 +189,7 @@ def exponent(pairs):
 # ---- Tables
 
 COMPARED = ("plain pass", "plain form")
-KEY = re.compile(r"(time|plain pass|plain form|(?:peer|part|build) [^:]+|only|fit|goal|item|headline|why|[A-Za-z ]+ from): +(.*)")
+KEY = re.compile(r"(time|plain pass|plain form|(?:peer|part|build) [^:]+|only|fit|goal|item|headline|claim|why|[A-Za-z ]+ from): +(.*)")
 
 
 def is_compared(key):
@@ -306,9 +308,9 @@ def table_text(head, block, runs, only_measured):
     return table.text()
 
 
-def headline(row, runs):
-    """A line of the README's table: what, time, verdict without the plain pass."""
-    words, _, size = row["headline"].partition(" @ ")
+def claim(row, runs, words):
+    """A line of a table of claims: what, time, verdict without the plain pass."""
+    words, _, size = words.partition(" @ ")
     run = sized(runs, row["time"], row).get(size)
     if not run:
         return f"| {words} | not measured | |"
@@ -318,10 +320,24 @@ def headline(row, runs):
     return f"| {words} | {time_text(run)} | {', '.join(rates + ([verdict(goal, run, others)] if others or goal else []))} |"
 
 
-def headlines(text, runs):
+def claims(text, runs, key):
     blocks = re.findall(r"^```table.*?\n(.*?)^```$", text, re.DOTALL | re.MULTILINE)
-    rows = [row for block in blocks for row in rows_of(block.splitlines()) if "headline" in row]
-    return "\n".join(["| what | time | |", "|---|---:|---|", *(headline(row, runs) for row in rows)]) + "\n"
+    rows = [row for block in blocks for row in rows_of(block.splitlines()) if key in row]
+    return "\n".join(["| what | time | |", "|---|---:|---|", *(claim(row, runs, row[key]) for row in rows)]) + "\n"
+
+
+def renewed(page, name, content):
+    """The page with `content` between its markers of that name."""
+    return re.sub(f"(<!-- {name} -->\n).*?(<!-- /{name} -->)", lambda match: match[1] + content + match[2], page,
+                  flags=re.DOTALL)
+
+
+def renew_claims(text, runs, facts):
+    measured = f"Measured {facts['date'].split(',')[0]} at revision {facts['revision']} on {facts['processor']}.\n"
+    for name, key in CLAIMS.items():
+        page = ROOT / name
+        made = renewed(page.read_text(encoding="utf-8"), "speed", claims(text, runs, key))
+        page.write_text(renewed(made, "measured", measured), encoding="utf-8")
 
 
 def matrix_text(head, block, runs, only_measured):
@@ -377,7 +393,7 @@ def describe(build):
     commands = output("ninja", "-C", str(build), "-t", "commands", "benchmarks/cycle_benchmark").splitlines()
     compiling = next((line for line in commands if line.endswith("cycle_benchmark.cpp")), "")
     flags = [flag for flag in compiling.split() if re.match(r"-(O|f|m|std=)", flag) or flag == "-DNDEBUG"]
-    changed = output("git", "status", "--porcelain", "--", ".", ":!docs/benchmarks.md", ":!README.md")
+    changed = output("git", "status", "--porcelain", "--", ".", *(f":!{page}" for page in (TABLES, *CLAIMS)))
     versions = [output("dpkg-query", "-W", "-f", "${Status} ${Package} ${source:Upstream-Version}", name) for name in LIBRARIES]
     load = field("/proc/loadavg", r"^(\S+)")
     memory = int(field("/proc/meminfo", r"^MemTotal:\s+(\d+)") or 0) / 1e6
@@ -392,8 +408,12 @@ def describe(build):
     }
 
 
+def facts_of(folder):
+    return json.loads((folder / "machine.json").read_text(encoding="utf-8"))
+
+
 def machine_text(folder, runs):
-    facts = json.loads((folder / "machine.json").read_text(encoding="utf-8"))
+    facts = facts_of(folder)
     spreads = sorted(run.spread for run in runs.values() if run.count > 1)  # others ran once
     if spreads:
         half, most = (100 * spreads[int(share * (len(spreads) - 1))] for share in (0.5, 0.9))
@@ -435,21 +455,24 @@ def self_test():
         "Own/1": [1] * 3, "Own/10": [1.9, 2, 2.2], "Own/100": [20] * 3, "Own/1000": [200] * 3,
         "Peer/10": [4] * 3, "Peer/100": [18, 22, 30], "Peer/1000": [100] * 3,
         "Slow/10": [2000], "Grid/2/3": [5] * 3, "Other/10": [24] * 3, "Other/100": [20] * 3}.items()}
-    text = ("prose stays\n```table points\nlabel\n  time: a Own/*\n  plain form: a Slow/*\n  peer P: a Peer/*\n  headline: own @ 10\n  fit: 10\n"
+    text = ("prose stays\n```table points\nlabel\n  time: a Own/*\n  plain form: a Slow/*\n  peer P: a Peer/*\n  headline: own @ 10\n  claim: claimed @ 100\n  fit: 10\n"
             "  why: reason\n    goes on\nnone\n  time: a Missing\n```\n```matrix m n\nx\n  time: a Grid/{row}/{column}\n```\n"
             "```table points: on B\nmoved\n  time: a Own/*\n  build on A: a Other/*\n  peer P: a Peer/*\n  only: 10 100\n```\n")
     made = document(text, runs, [])
     for expected in ("prose stays\n| operation | points | KvMath | plain form | P |",
                      "| label | 1 | 1.00 µs |", "|  | 10 | 2.00 µs | 2.00 ms once (0.001) | 4.00 µs (0.50) |  |  | 1,000 times as fast as the plain form, "
                      "2.0 times as fast as P. |", "|  | 100 | 20.0 µs |  | 22.0 µs (0.91) |  |  | Level with P. |",
-                     "|  | 1,000 | 200 µs |  | 100 µs (2.00) |  |  | Behind P by 2.0 times. |",
+                     "|  | 1,000 | 200 µs |  | 100 µs (2.00) |  |  | 2.0 times slower than P. |",
                      "|  | growth | n^1.00 |  | n^0.70 |  |  | Grows as n^1.00 from 10 on, P as n^0.70; reason goes on. |",
                      "| none |  | absent |", "| 2 | 5.00 µs |  |", "| operation | points | on B | on A | P |",
                      "| moved | 10 | 2.00 µs | 24.0 µs (0.083) | 4.00 µs (0.50) |  |  | 12 times as fast as the build on A, 2.0 times "
                      "as fast as P. |", "|  | 100 | 20.0 µs | 20.0 µs (1.00) | 22.0 µs (0.91) |  |  | Level with the build on A, "
                      "level with P. |"):
         assert expected in made, f"not found: {expected}\nin:\n{made}"
-    assert headlines(text, runs).endswith("| own | 2.00 µs | 2.0 times as fast as P |\n"), headlines(text, runs)
+    made = claims(text, runs, "headline")
+    assert made.endswith("| own | 2.00 µs | 2.0 times as fast as P |\n"), made
+    made = renewed("a\n<!-- speed -->\nold\n<!-- /speed -->\nb\n", "speed", claims(text, runs, "claim"))
+    assert made.endswith("| claimed | 20.0 µs | level with P |\n<!-- /speed -->\nb\n") and "own" not in made, made
     print("benchmark_report: tables, verdicts and growth as expected")
 
 
@@ -458,18 +481,14 @@ def main(arguments):
         return self_test()
     if arguments[:1] == ["--describe"]:
         return print(json.dumps(describe(pathlib.Path(arguments[1])), indent=1))
-    folder = pathlib.Path(arguments[-1] if arguments[0] == "--readme" else arguments[0])
+    folder = pathlib.Path(arguments[-1] if arguments[0] == "--claims" else arguments[0])
     least = int(arguments[arguments.index("--least") + 1]) if "--least" in arguments else 9
     runs, faults = load(folder, least)
     if faults or not runs:
         return "\n".join(faults) or f"no results in {folder}"
     text = (ROOT / "benchmarks/report.md").read_text(encoding="utf-8")
-    if arguments[0] == "--readme":
-        readme = ROOT / "README.md"
-        table = headlines(text, runs)
-        readme.write_text(HEADLINES.sub(lambda match: match[1] + table + match[2], readme.read_text(encoding="utf-8")),
-                          encoding="utf-8")
-        return 0
+    if arguments[0] == "--claims":
+        return renew_claims(text, runs, facts_of(folder))
     sys.stdout.write(document(text, runs, machine_text(folder, runs), "--tables" in arguments))
     return 0
 

@@ -1,44 +1,53 @@
 #!/usr/bin/env python3
 """Checks that includes point only downward.
 
-Every file has a rank; RANKS says which ranks may be included from it. Also refused: an umbrella header included from
-a source file, a private header (_p.h) included from a public one or from outside the library, a header that does not
-exist, and rings of headers. Prints one line per fault; exit code 1 when there is any.
+Every folder has a rank and may include itself and folders of lower rank. Folders of one rank are blind to each other.
+Also refused: an umbrella header included from a source file, a private header (_p.h) included from a public one or from
+outside its library, a header that does not exist, and rings of headers. Prints one line per fault; exit code 1 when
+there is any.
 
 usage: check_includes.py [ROOT] | check_includes.py --self-test
 """
 
-import fnmatch
 import pathlib
 import re
 import sys
 import tempfile
 
-# rank -> ranks that its files may include
-RANKS = {0: {0}, 1: {0, 1}, 2: {0, 2}, 3: {0, 1, 2, 3}, 4: {0, 1, 2, 3, 4}, 5: set(range(6)), 6: set(range(7))}
-
-# Rank of a folder, and of the stems in it that differ (a stem stands for its .h, .cpp and _p.h; * is a wildcard).
-FOLDERS = {
-    "tarn": (2, {}),
-    "kvmath/core": (2, {0: {"global", "constants", "vector2d", "version", "trace"}}),
-    "kvmath/profile": (3, {}),
-    "kvmath/tsearch": (4, {0: {"line_types", "find_params"},
-                           1: {"line_geometry", "line_fit", "line_extraction", "contour_*", "double_pair", "search",
-                               "assignment", "bounds", "directions"}}),
-    "kvmath/wheel": (5, {}),
-    "kvmath/calibration": (5, {}),
-    "kvmath/contours": (5, {}),
-    "kvmath/numerics": (1, {4: {"circle_fitting", "trajectories"}}),
-    "simulator": (6, {}),
-    "kvmeasure": (6, {}),
-    "examples": (6, {}),
-    "tests": (6, {}),
-    "fuzz": (6, {}),
-    "benchmarks": (6, {}),
+RANKS = {
+    "kvmath/base": 0,
+    "kvmath/numerics": 1,
+    "kvmath/segments": 1,
+    "tarn": 1,
+    "kvmath/core": 2,
+    "kvmath/profile": 3,
+    "kvmath/tsearch": 4,
+    "kvmath/calibration": 5,
+    "kvmath/contours": 5,
+    "kvmath/wheel": 5,
+    "kvmeasure/base": 7,
+    "kvmeasure/profiles": 8,
+    "kvmeasure/form": 9,
+    "kvmeasure/statistics": 9,
+    "kvmeasure/inspection": 10,
+    "kvmeasure/calibration": 11,
+    "kvmeasure/scans": 11,
+    "kvmeasure/wheels": 11,
+    "kvmeasure/drawing": 12,
+    "kvmeasure/report": 13,
+    "simulator": 14,
+    "cli": 15,
+    "python": 15,
+    "samples": 17,
+    "examples": 16,
+    "tests": 16,
+    "fuzz": 17,
+    "benchmarks": 17,
 }
 UMBRELLAS = {"kvmath/kvmath"} | {
     f"kvmath/{name}.h" for name in ("core", "profile", "tsearch", "wheel", "calibration", "numerics", "contours")}
 MAY_USE_UMBRELLAS = ("examples/", "tests/")
+LIBRARIES = {"kvmath", "kvmeasure"}
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.MULTILINE)
 
 
@@ -47,21 +56,12 @@ def is_private(path):
 
 
 def folder_of(path):
-    candidates = [folder for folder in FOLDERS if path.startswith(folder + "/")]
+    candidates = [folder for folder in RANKS if path.startswith(folder + "/")]
     return max(candidates, key=len, default=None)
 
 
-def rank_of(path):
-    folder = folder_of(path)
-    if folder is None:
-        return None
-    default, exceptions = FOLDERS[folder]
-    stem = re.sub(r"(_p)?\.(h|cpp)$", "", pathlib.PurePosixPath(path).name)
-    return next((rank for rank, stems in exceptions.items() if any(fnmatch.fnmatch(stem, s) for s in stems)), default)
-
-
 def sources(root):
-    for top in ("tarn", "kvmath", "simulator", "kvmeasure", "examples", "tests", "fuzz", "benchmarks"):
+    for top in sorted({folder.split("/")[0] for folder in RANKS}):
         for path in sorted((root / top).rglob("*")):
             if path.suffix in (".h", ".cpp") or path == root / "kvmath/kvmath":
                 yield path.relative_to(root).as_posix()
@@ -74,7 +74,7 @@ def targets(root, path):
         beside = (pathlib.PurePosixPath(path).parent / name).as_posix()
         if quote == '"' and (root / beside).is_file():
             yield beside
-        elif name.split("/")[0] in {folder.split("/")[0] for folder in FOLDERS}:
+        elif name.split("/")[0] in {folder.split("/")[0] for folder in RANKS}:
             yield name
 
 
@@ -87,18 +87,17 @@ def faults_of_edge(path, target, root):
             yield f"{path}: includes the umbrella {target}; name the type headers"
         return
     if is_private(target):
-        in_library = path.startswith("kvmath/")
+        top = path.split("/")[0]
+        in_library = top in LIBRARIES and top == target.split("/")[0]
         if in_library and path.endswith(".h") and not is_private(path):
             yield f"{path}: public, but includes the private {target}"
         if not in_library and not path.endswith("_kernel_test.cpp"):
-            yield f"{path}: only the library and its kernel tests may include {target}"
+            yield f"{path}: only its library and kernel tests may include {target}"
     if path in UMBRELLAS:
         return
-    own, other = rank_of(path), rank_of(target)
-    if other not in RANKS[own]:
-        yield f"{path} (rank {own}): includes {target} (rank {other})"
-    elif own == 5 == rank_of(target) and folder_of(path) != folder_of(target):
-        yield f"{path}: {folder_of(path)} does not know {folder_of(target)}"
+    own, other = folder_of(path), folder_of(target)
+    if own != other and RANKS[other] >= RANKS[own]:
+        yield f"{path} (rank {RANKS[own]}): includes {target} (rank {RANKS[other]})"
 
 
 def rings(edges):
@@ -131,24 +130,29 @@ def faults(root):
 
 def self_test():
     """Each planted fault is found, and nothing else."""
-    good = {"kvmath/core/global.h": "", "kvmath/core/line.h": "#include <kvmath/core/global.h>",
+    good = {"kvmath/base/global.h": "", "kvmath/core/line.h": "#include <kvmath/base/global.h>",
             "kvmath/core/record_p.h": "#include <kvmath/core/line.h>",
             "kvmath/profile/profile.h": "#include <kvmath/core/line.h>",
-            "kvmath/tsearch/line_types.h": "", "kvmath/tsearch/finder.h": "#include <kvmath/profile/profile.h>",
+            "kvmath/segments/line_types.h": "", "kvmath/tsearch/finder.h": "#include <kvmath/profile/profile.h>",
             "kvmath/core.h": "#include <kvmath/core/line.h>",
-            "kvmath/core/line.cpp": '#include "record_p.h"\n#include <kvmath/tsearch/line_types.h>',
-            "kvmath/wheel/axle.h": "#include <kvmath/profile/profile.h>", "kvmath/contours/hull.h": "", "kvmath/contours/hull.cpp": "#include <kvmath/contours/hull.h>",
+            "kvmath/core/line.cpp": '#include "record_p.h"\n#include <kvmath/segments/line_types.h>',
+            "kvmath/wheel/axle.h": "#include <kvmath/profile/profile.h>", "kvmath/contours/hull.h": "",
+            "kvmeasure/base/text.h": "", "kvmeasure/base/table_p.h": "#include <kvmeasure/base/text.h>",
+            "kvmeasure/base/text.cpp": "#include <kvmeasure/base/table_p.h>",
             "examples/01.cpp": "#include <kvmath/core.h>",
             "tests/core/record_kernel_test.cpp": "#include <kvmath/core/record_p.h>"}
     planted = [
         ("kvmath/core/line.cpp", "#include <kvmath/profile/profile.h>", "(rank 2): includes"),
         ("kvmath/profile/profile.cpp", "#include <kvmath/tsearch/finder.h>", "(rank 3): includes"),
-        ("kvmath/core/global.h", "#include <kvmath/core/line.h>", "ring: "),
+        ("kvmath/base/global.h", "#include <kvmath/core/line.h>", "ring: "),
         ("kvmath/core/line.cpp", "#include <kvmath/core.h>", "umbrella"),
         ("kvmath/core/line.h", "#include <kvmath/core/record_p.h>", "public, but"),
-        ("kvmeasure/main.cpp", "#include <kvmath/core/record_p.h>", "only the library"),
-        ("tests/core/line_test.cpp", "#include <kvmath/core/record_p.h>", "only the library"),
-        ("kvmath/wheel/axle.cpp", "#include <kvmath/contours/hull.h>", "does not know"),
+        ("cli/main.cpp", "#include <kvmath/core/record_p.h>", "only its library"),
+        ("cli/main.cpp", "#include <kvmeasure/base/table_p.h>", "only its library"),
+        ("kvmeasure/base/text.cpp", "#include <kvmath/core/record_p.h>", "only its library"),
+        ("kvmeasure/base/text.h", "#include <kvmeasure/base/table_p.h>", "public, but"),
+        ("tests/core/line_test.cpp", "#include <kvmath/core/record_p.h>", "only its library"),
+        ("kvmath/wheel/axle.cpp", "#include <kvmath/contours/hull.h>", "(rank 5): includes"),
         ("kvmath/profile/profile.cpp", "#include <kvmath/core/missing.h>", "does not exist"),
     ]
 

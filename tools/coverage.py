@@ -3,9 +3,9 @@
 
 usage: coverage.py PROFILE PROGRAM...      the merged profile, and what was instrumented; scripts/coverage runs it
 
-Rewrites the table between the markers in README.md. A place that is left out is argued when its source line stands in
-docs/coverage.md below the heading of its file; the others are printed, and so are arguments that hold for no place any
-more: exit code 1 when there are such. A branch is one outcome of one condition.
+Rewrites the table between the markers in docs/maintainers/coverage.md. A place that is left out is argued when its
+source line stands on that page below the heading of its file; the others are printed, and so are arguments that hold
+for no place any more: exit code 1 when there are such. A branch is one outcome of one condition.
 """
 
 import json
@@ -15,8 +15,9 @@ import subprocess
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-FOLDERS = ("kvmath/calibration", "kvmath/contours", "kvmath/core", "kvmath/numerics", "kvmath/profile", "kvmath/tsearch",
-           "kvmath/wheel", "kvmeasure", "simulator")
+PAGE = ROOT / "docs/maintainers/coverage.md"
+FOLDERS = (*sorted(f"kvmath/{folder.name}" for folder in (ROOT / "kvmath").iterdir() if folder.is_dir()),
+           *(folder for folder in ("kvmeasure", "cli", "simulator") if (ROOT / folder).is_dir()))
 ARGUED = ("kvmath/",)  # folders in which every place is tested or argued
 TABLE = re.compile(r"(<!-- coverage -->\n).*?(<!-- /coverage -->)", re.S)
 
@@ -54,9 +55,9 @@ def outcomes(branches, segments):
 
 
 def argued_lines():
-    """file -> source lines in code spans below its heading in docs/coverage.md"""
+    """file -> source lines in code spans below its heading on the page"""
     lines, file = {}, None
-    for line in (ROOT / "docs/coverage.md").read_text(encoding="utf-8").splitlines():
+    for line in PAGE.read_text(encoding="utf-8").splitlines():
         heading = re.fullmatch(r"#+ (?:.* )?`?([\w/.]+\.(?:h|cpp))`?", line)
         file = heading.group(1) if heading else None if line.startswith("#") else file
         if file:
@@ -75,7 +76,7 @@ def report(name, left_out, argued):
             print(f"{name}:{line}: {what}: {text}")
             wrong += 1
     for text in sorted(argued - used):
-        print(f"{name}: argued in docs/coverage.md, but covered or gone: {text}")
+        print(f"{name}: argued in {PAGE.relative_to(ROOT)}, but covered or gone: {text}")
         wrong += 1
     return wrong
 
@@ -108,8 +109,7 @@ def main(profile, *programs):
     for folder, (lines, all_lines, branches, all_branches) in totals.items():
         table += f"| {folder} | {100 * lines / max(1, all_lines):.1f} % | {100 * branches / max(1, all_branches):.1f} % |\n"
     print(table, end="")
-    readme = ROOT / "README.md"
-    readme.write_text(TABLE.sub(lambda match: match[1] + table + match[2], readme.read_text(encoding="utf-8")), encoding="utf-8")
+    PAGE.write_text(TABLE.sub(lambda match: match[1] + table + match[2], PAGE.read_text(encoding="utf-8")), encoding="utf-8")
     return 1 if wrong else 0
 
 

@@ -9,8 +9,9 @@ The targets of the fuzzer with their generators of input count on neither side.
 import pathlib
 import sys
 
-CODE = ("kvmath/calibration", "kvmath/contours", "kvmath/core", "kvmath/numerics", "kvmath/profile", "kvmath/tsearch",
-        "kvmath/wheel", "kvmath", "tarn", "simulator", "samples", "kvmeasure", "examples", "benchmarks")
+CODE = ("kvmath/base", "kvmath/calibration", "kvmath/contours", "kvmath/core", "kvmath/numerics", "kvmath/profile",
+        "kvmath/segments", "kvmath/tsearch", "kvmath/wheel", "kvmath", "tarn", "simulator", "samples",
+        "kvmeasure", "cli", "python", "examples", "benchmarks")
 TESTS = ("tests",)
 FUZZ = ("fuzz",)
 LONG = 400
@@ -22,7 +23,7 @@ def lines_by_folder(root):
     counts = {folder: {} for folder in CODE + TESTS + FUZZ}
     for top in sorted({folder.split("/")[0] for folder in counts}):
         for path in sorted((root / top).rglob("*")):
-            if path.suffix not in (".h", ".cpp"):
+            if path.suffix not in (".h", ".cpp", ".py"):
                 continue
             name = path.relative_to(root).as_posix()
             folder = max((f for f in counts if name.startswith(f + "/")), key=len)
