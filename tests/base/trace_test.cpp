@@ -1,5 +1,5 @@
+#include <kvmath/base/trace.h>
 #include <kvmath/core/plane.h>
-#include <kvmath/core/trace.h>
 
 #include <tests/support/prelude.h>
 #include <tests/support/scratch_directory.h>

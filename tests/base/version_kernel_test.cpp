@@ -1,5 +1,5 @@
-#include <kvmath/core/version.h>
-#include <kvmath/core/version_p.h>
+#include <kvmath/base/version.h>
+#include <kvmath/base/version_p.h>
 
 #include <tests/support/prelude.h>
 

@@ -28,7 +28,7 @@ struct Scan {
     unsigned short** dtf() { return columns.data(); }
     const double* params() const { return record.parameters.data(); }
     Simulator::CalibrationRecipe recipe;
-    Simulator::CalibrationRecord record;
+    KvMath::CalibrationRecord record;
     std::array<unsigned short*, 648> columns{};
     Cells table = Cells(kTableCells, 7);
     int first = 0, last = 0;
@@ -95,10 +95,12 @@ TEST(Builders, DeriveLimitsAndFailAtGapsBeforeStep500) {
             dtf[100][s] = dtf[300][s] = static_cast<unsigned short>(s == gap ? 0 : 10 * s);
         dtf[0][999] = dtf[300][999] = 64;  // column 0 is never inside limits
         Cells table(kTableCells, 7);
-        const bool x = calc_X(dtf.rows(), params.data(), 1, 1, 0, 647, first, last, table.data());
-        EXPECT_EQ(std::pair(first, last), std::pair(gap > 0 ? 100 : 300, 300));
-        EXPECT_TRUE(x == (gap > 0) && (x || table == Cells(kTableCells, 7)));
         const bool isWhole = gap == 500 || gap == 0;
+        const auto limits = isWhole ? std::pair(gap > 0 ? 100 : 300, 300) : std::pair(first, last);
+        const bool x = calc_X(dtf.rows(), params.data(), 1, 1, 0, 647, first, last, table.data());
+        EXPECT_EQ(std::pair(first, last), limits);
+        EXPECT_TRUE(x == (gap == 500) && (x || table == Cells(kTableCells, 7)));
+        EXPECT_EQ(calc_Z(dtf.rows(), params.data(), 1, 1, 0, 647, first, last, table.data()), gap == 500);
         EXPECT_EQ(calc_XandZ(dtf.rows(), params.data(), 1, 1, 1, 1, 0, 647, first, last, table.data()),
                   isWhole);
         EXPECT_FALSE(calc_XandZ(dtf.rows(), params.data(), 1, NAN, 1, 1, 0, 647, first, last, table.data()) ||

@@ -72,6 +72,13 @@ TEST_F(CalibrationFiles, TableIsItsCellsLittleEndianAndShortOnesEndEmpty) {
     for (const int count : {663'552, 3, 0, -5}) {
         ASSERT_TRUE(saveTableToFile(tbl.data(), count, path));
         EXPECT_EQ(bytes(), file.left(2 * std::max(count, 0))) << count;
+        QFile device(path);
+        EXPECT_FALSE(loadTable(loaded.data(), count, device)) << "not open";
+        ASSERT_TRUE(device.open(QIODevice::ReadOnly));
+        loaded.assign(loaded.size(), 7);
+        EXPECT_EQ(loadTable(loaded.data(), count, device), count > 0);
+        EXPECT_TRUE(std::equal(loaded.begin(), loaded.begin() + std::max(count, 0), tbl.begin())) << count;
+        EXPECT_EQ(loaded[std::size_t(std::max(count, 0))], 7) << "behind the cells that were asked for";
     }
     EXPECT_FALSE(saveTableToFile(tbl.data(), missing) || loadTableFromFile(tbl.data(), missing));
 }

@@ -19,19 +19,22 @@ Cells randomCells(int count, TestSupport::Draws& draws) {
     return cells;
 }
 
-bool isCut(const Params& p, double x, double y) {
-    const double bl = double(p.bottomLeftHeight) / p.bottomLeftWidth,
-                 tl = double(p.topLeftHeight) / p.topLeftWidth;
-    const double br = double(p.bottomRightHeight) / p.bottomRightWidth;
-    const double tr = double(p.topRightHeight) / p.topRightWidth;
-    return x > 648.0 - p.rightMargin || x < p.leftMargin || y > 488.0 - p.bottomMargin || y < p.topMargin ||
-           (p.bottomLeftWidth != 0 && y > x * bl + 488.0 - p.bottomLeftHeight) ||
-           (p.bottomRightWidth != 0 && y > -x * br + (488.0 - p.bottomRightHeight) + 648.0 * br) ||
-           (p.topLeftWidth != 0 && x * -tl + p.topLeftHeight > y) ||
-           (p.topRightWidth != 0 && x * tr + p.topRightHeight - 648.0 * tr > y);
+/// The conditions as they are written, in fractions that nothing rounds: a > b / width.
+bool isCut(const Params& p, long long x, long long y) {
+    const auto exceeds = [](long long a, long long b, int width) {
+        return width > 0 ? a * width > b : width < 0 && a * width < b;
+    };
+    const long long bl = p.bottomLeftHeight, br = p.bottomRightHeight, tl = p.topLeftHeight,
+                    tr = p.topRightHeight, fromRight = 648 - x;
+    return x > 648LL - p.rightMargin || x < p.leftMargin || y > 488LL - p.bottomMargin || y < p.topMargin ||
+           exceeds(y - 488 + bl, x * bl, p.bottomLeftWidth) ||
+           exceeds(y - 488 + br, fromRight * br, p.bottomRightWidth) ||
+           exceeds(tl - y, x * tl, p.topLeftWidth) || exceeds(tr - y, fromRight * tr, p.topRightWidth);
 }
 
-TEST(CutTbl, EqualsTheLiteralConditions) {
+// Of corners of up to 150 pixels one in twenty has a cell on its line that a quotient in double puts beside
+// it.
+TEST(CutTbl, EqualsTheLiteralConditionsExactly) {
     TestSupport::Draws draws(1);
     std::vector<Params> cases = {
         {}, {3, 1, 3, 1, 3, 1, 3, 1, 1, 0, 1, 0}, {0, 9, 0, 9, 0, 9, 0, 9, 2, 10, 2, 1}};
@@ -40,10 +43,18 @@ TEST(CutTbl, EqualsTheLiteralConditions) {
         const auto m = [&] { return draws.chance(0.2) ? INT_MIN : draws.integer(-2, 20); };
         cases.push_back({f(), f(), f(), f(), f(), f(), f(), f(), m(), m(), m(), m()});
     }
+    for (int i = 0; i < 40; ++i) {
+        const auto f = [&] { return draws.integer(1, 150); };
+        cases.push_back({f(), f(), f(), f(), f(), f(), f(), f(), 0, 0, 0, 0});
+    }
+    const Cells before = randomCells(KvMath::kTableCells, draws);
+    std::vector<bool> cut(488 * 648);
     for (const auto& params : cases) {
-        Cells tbl = randomCells(KvMath::kTableCells, draws), expected = tbl;
+        for (std::size_t i = 0; i < cut.size(); ++i)
+            cut[i] = isCut(params, static_cast<long long>(i % 648), static_cast<long long>(i / 648));
+        Cells tbl = before, expected = before;
         for (std::size_t i = 0; i < expected.size(); ++i)
-            if (i / 648 % 1000 < 976 && isCut(params, double(i % 648), double(i / 648 % 1000 / 2)))
+            if (i / 648 % 1000 < 976 && cut[i / 648 % 1000 / 2 * 648 + i % 648])
                 expected[i] = 32768;
         KvMath::cutTBL(tbl.data(), params);
         ASSERT_TRUE(tbl == expected) << "case " << &params - cases.data();

@@ -69,6 +69,46 @@ TEST(Hulls, AreTheLiteralWalksOnAnyInput) {
     }
 }
 
+// Sides straight to the last bits of coordinates far from the origin, and places all over the inside: what
+// may be left out, and which of two turns is less, is a matter of 1e-10.
+TEST(CoinHull, TurnsRightAboutSidesThatAreNearlyStraight) {
+    Draws draws(75);
+    for (int run = 0; run < 300; ++run) {
+        const double tilt = draws.real(0, 7), far = std::pow(10, draws.real(4, 8));
+        const double bulge = std::pow(10, draws.real(-10, -5));
+        Points points;
+        for (int i = draws.integer(20, 200); i > 0; --i) {
+            const double along = draws.real(-50, 50), side = 50 + bulge * draws.real(0, 1);
+            const double u = i % 4 < 2 ? along : (i % 4 == 2 ? side : -side);
+            const double v = i % 4 < 2 ? (i % 8 < 4 ? side : draws.real(-50, 50)) : along;
+            points.append({far + u * std::cos(tilt) - v * std::sin(tilt),
+                           0.5 * far + u * std::sin(tilt) + v * std::cos(tilt)});
+        }
+        for (const double R : {double(HUGE_VAL), 1e11}) {
+            QList<int> literal, fast;
+            ASSERT_EQ(getCoinHull(points, R, fast), TestSupport::literalCoinHull(points, R, literal));
+            ASSERT_EQ(fast, literal) << "run " << run << " R " << R;
+        }
+    }
+}
+
+// Middles of the chords lie inside by an angle of 1e-12 to 1e-10 and are met first.
+TEST(CoinHull, TellsTurnsApartThatDifferInTheLastBits) {
+    Draws draws(76);
+    for (const double bend : {3e-4, 5e-4, 8e-4, 1.2e-3, 2e-3}) {
+        Points points;
+        for (int i = 0; i < 400; ++i) {
+            const double half = bend / 2, a = bend * i + half, depth = std::pow(10, draws.real(-12, -10));
+            const double middle = 100 * std::cos(half) - 100 * std::sin(half) * depth;
+            points.append({100 * std::cos(bend * i), 100 * std::sin(bend * i)});
+            points.append({middle * std::cos(a), middle * std::sin(a)});
+        }
+        QList<int> literal;
+        TestSupport::literalCoinHull(points, HUGE_VAL, literal);
+        EXPECT_EQ(coinHull(points, HUGE_VAL), literal) << bend;
+    }
+}
+
 TEST(CoinHull, KeepsTheCoinFreeOfPoints) {
     Draws draws(72);
     for (int run = 0; run < 300; ++run) {

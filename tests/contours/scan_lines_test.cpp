@@ -1,6 +1,6 @@
+#include <kvmath/base/trace.h>
 #include <kvmath/contours/hull.h>
 #include <kvmath/contours/scan_lines.h>
-#include <kvmath/core/trace.h>
 #include <kvmath/profile/profile_zset.h>
 
 #include <tests/support/random_data.h>

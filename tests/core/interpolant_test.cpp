@@ -49,6 +49,10 @@ TEST(Interpolant, EqualsAnIndependentConstructionInValueAndSlope) {
         const KvInterpolant spline(shuffled, KvInterpolantAkima);
         ASSERT_EQ(spline.knotCount, n);
         EXPECT_EQ(spline.calcY(cloud.points.first().x), cloud.points.first().y);
+        EXPECT_EQ(spline.calcY(cloud.points.last().x), cloud.points.last().y);
+        KvPointCloud<KvPointXY> out;  // resampled from the last knot on: that knot alone
+        EXPECT_EQ(spline.generatePointCloud(out, 1, cloud.points.last().x, kNaN), 1);
+        EXPECT_EQ(out.points.value(0).y, cloud.points.last().y);
         for (int i = 0; i < n - 1; ++i) {  // at the middle, then from the left at the end of the interval
             const KvPointXY a = cloud.points[i], b = cloud.points[i + 1];
             for (const float x : {(a.x + b.x) / 2, b.x})
@@ -71,7 +75,8 @@ TEST(Interpolant, RefusedBuildsDropThePreviousOneExceptForNone) {
     EXPECT_EQ(spline.buildFromPointCloud(bad, KvInterpolantNone), 0);
     EXPECT_EQ(spline.calcY(1), 3.0F);
     EXPECT_EQ(spline.buildFromPointCloud(cloud, static_cast<_KvInterpolantType_>(1)), 0);
-    EXPECT_EQ(spline.knotX.size() + spline.coefficients.size() + spline.knotCount, 0);
+    EXPECT_TRUE(spline.knotX.size() + spline.coefficients.size() + spline.knotCount == 0 &&
+                std::isnan(spline.lastY));
     EXPECT_EQ(spline.buildAkimaSpline(nullptr), 0);
     using Points = QList<KvPointXY>;
     const Points cases[] = {{},

@@ -30,7 +30,9 @@ KvMatrixCloud grid(const QList<QByteArray>& lines, float origin, float step) {
 TEST(MatrixCloud, MiddlesAreItsSamplesThoughRoundedAndIsolated) {
     const KvMatrixCloud matrix = grid({"1.2", "...", "3.4", "5.."}, 0.1F, 0.3F);
     KvPointCloud<KvPointXYZ> cloud;
+    cloud.zIndexBuilt = true;
     ASSERT_EQ(matrix.toPointCloud(cloud), 5);
+    EXPECT_FALSE(cloud.zIndexBuilt);
     for (const KvPointXYZ& p : cloud.points)
         EXPECT_EQ(matrix.sample(p.x, p.z), p.y);
     EXPECT_FLOAT_EQ(cloud.points[4].z - cloud.points[1].x, 0.3F);

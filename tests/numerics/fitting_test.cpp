@@ -146,6 +146,14 @@ TEST(FitTwoHarmonics, RefusesWhatHasNoPivot) {
     EXPECT_FALSE(fitTwoHarmonics(same, bad, 6, h));
     EXPECT_FALSE(fitTwoHarmonics(bad, same, 6, h));
     EXPECT_FALSE(fitTwoHarmonics(bad, same, 0, h));
+    TestSupport::Draws draws(12);
+    for (int round = 0; round < 300; ++round) {  // rounding leaves most of them a pivot
+        const std::vector<double> phi(std::size_t(draws.integer(1, 40)), draws.real(-9, 9));
+        std::vector<double> y;
+        while (y.size() < phi.size())
+            y.push_back(draws.real(-1, 1));
+        EXPECT_FALSE(fitTwoHarmonics(phi.data(), y.data(), int(phi.size()), h)) << round;
+    }
     EXPECT_THAT(h, testing::Each(7.0));
 }
 

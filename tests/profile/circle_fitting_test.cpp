@@ -1,4 +1,4 @@
-#include <kvmath/numerics/circle_fitting.h>
+#include <kvmath/profile/circle_fitting.h>
 
 #include <kvmath/core/circle.h>
 #include <kvmath/profile/profile.h>

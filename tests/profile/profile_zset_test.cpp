@@ -1,6 +1,6 @@
+#include <kvmath/profile.h>  // KvPlane too
+
 #include <kvmath/core/matrix_cloud.h>
-#include <kvmath/core/plane.h>
-#include <kvmath/profile/profile_zset.h>
 #include <tests/support/literal_scans.h>
 #include <tests/support/random_data.h>
 #include <tests/support/scratch_directory.h>
@@ -128,6 +128,8 @@ TEST(ProfileZSet, TakesRangesOfPlacesWithTheirEndsEvenFromItself) {
     EXPECT_EQ(set.getRange(1.5F, 2.0F, set), 2);
     EXPECT_TRUE(text(set) == "z1.5 1,0z2 2,0" && set.zStep == 0.5F && set.calcRange() && set.minZ == 1.5F);
     Cloud cloud;
+    cloud.zIndexBuilt = true;
+    EXPECT_TRUE(set.toPointCloud(cloud, 1, 0) == 0 && !cloud.zIndexBuilt);
     EXPECT_TRUE(set.toPointCloud(cloud, 1, 0) == 0 && set.toPointCloud(cloud, -5, 1 << 30) == 2);
     EXPECT_TRUE(set.toPointCloud(cloud) == 2 && cloud.points.last().z == 2);
     set.profiles = {line(3, {{kNaN, 4}, {1, 2}}), line(kNaN, {{5, kNaN}})};

@@ -1,4 +1,4 @@
-#include <kvmath/numerics/trajectories.h>
+#include <kvmath/profile/trajectories.h>
 
 #include <kvmath/profile/profile.h>
 #include <tests/support/random_data.h>

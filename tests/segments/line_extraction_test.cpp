@@ -1,4 +1,4 @@
-#include <kvmath/tsearch/line_extraction.h>
+#include <kvmath/segments/line_extraction.h>
 
 #include <tests/support/literal_lines.h>
 #include <tests/support/point_runs.h>

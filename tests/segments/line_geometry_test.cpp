@@ -1,4 +1,4 @@
-#include <kvmath/tsearch/line_geometry.h>
+#include <kvmath/segments/line_geometry.h>
 
 #include <tests/support/literal_lines.h>
 #include <tests/support/point_runs.h>

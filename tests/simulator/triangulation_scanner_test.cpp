@@ -63,11 +63,34 @@ TEST(SimulateCalibration, EveryPositionIsThePlaceOfTheTargetInItsColumn) {
     }
 }
 
+TEST(SimulateCalibration, ReflectionsAndGlintsTakeTheirShareAndLeaveTheRest) {
+    CalibrationRecipe recipe;
+    recipe.noise = 0.05;
+    const auto clean = simulateCalibration(recipe);
+    recipe.zOrigin = -50;
+    recipe.reflections = 0.02;
+    const auto reflected = simulateCalibration(recipe);
+    recipe.reflections = 0;
+    recipe.glints = 30;
+    const auto glinting = simulateCalibration(recipe);
+    ASSERT_TRUE(clean && reflected && glinting);
+    int elsewhere = 0, bright = 0;
+    for (std::size_t i = 0; i < clean->positions.size(); ++i) {
+        elsewhere += reflected->positions[i] != clean->positions[i] ? 1 : 0;
+        bright += glinting->positions[i] != clean->positions[i] ? 1 : 0;
+    }
+    EXPECT_NEAR(elsewhere, 648'000 * 0.02, 500);
+    EXPECT_NEAR(bright, 30 * 12.5 * 4.5, 700);
+    EXPECT_EQ(reflected->parameters[500], clean->parameters[500] - 50);
+}
+
 TEST(SimulateCalibration, IllegalRecipesAreRefused) {
     for (auto spoil : std::initializer_list<void (*)(CalibrationRecipe&)>{
              [](CalibrationRecipe& r) { r.scanner.distance = 50; }, [](CalibrationRecipe& r) { r.zStep = 0; },
              [](CalibrationRecipe& r) { r.scanner.radial1 = -9; }, [](CalibrationRecipe& r) { r.zStep = 50; },
-             [](CalibrationRecipe& r) { r.noise = std::nan(""); }}) {
+             [](CalibrationRecipe& r) { r.noise = std::nan(""); },
+             [](CalibrationRecipe& r) { r.glints = -1; },
+             [](CalibrationRecipe& r) { r.reflections = 1.1; }}) {
         CalibrationRecipe recipe;
         spoil(recipe);
         QString error;

@@ -2,8 +2,8 @@
 // Template of a V groove (land, falling flank, rising flank, land) with six measurements, for whole-cycle
 // tests and benchmarks.
 
+#include <kvmath/segments/find_params.h>
 #include <kvmath/tsearch/constraints.h>
-#include <kvmath/tsearch/find_params.h>
 #include <kvmath/tsearch/measurement_list.h>
 #include <kvmath/tsearch/measurements.h>
 #include <kvmath/tsearch/template.h>

@@ -1,7 +1,7 @@
 #pragma once
 // Both hulls as literal walks that look at every point in every step.
 
-#include <kvmath/core/vector2d.h>
+#include <kvmath/base/vector2d.h>
 
 #include <QtCore/QList>
 

@@ -2,7 +2,7 @@
 // Line extraction as its description reads, one step after the other: the oracle of the tests and the
 // yardstick of the benchmarks. Every distance, fit and list is formed anew.
 
-#include <kvmath/tsearch/line_geometry.h>
+#include <kvmath/segments/line_geometry.h>
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
 #pragma once
 // Point runs for the line extraction: noise, grids, straight and closed runs, with hostile values in between.
 
-#include <kvmath/core/vector2d.h>
+#include <kvmath/base/vector2d.h>
 
 #include <tests/support/random_data.h>
 

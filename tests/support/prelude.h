@@ -1,7 +1,7 @@
 #pragma once
 // What nearly every test uses: GoogleMock, seeded draws, and the names of the library without its namespace.
 
-#include <kvmath/core/global.h>
+#include <kvmath/base/global.h>
 
 #include <tests/support/random_data.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 // Bytes of stream records, and checks of both stored forms that hold for everything that can be stored.
 
-#include <kvmath/tsearch/line_types.h>
+#include <kvmath/segments/line_types.h>
 
 #include <gtest/gtest.h>
 

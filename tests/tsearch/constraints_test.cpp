@@ -1,5 +1,8 @@
 #include <kvmath/tsearch/constraints.h>
 
+#include <kvmath/tsearch/constraint_kinds.h>
+#include <kvmath/tsearch/measurements.h>
+
 #include <tests/support/prelude.h>
 #include <tests/support/stored_forms.h>
 
@@ -111,9 +114,126 @@ TEST(EveryConstraint, PassesANaNValueAndRejectsAnUnassignedLine) {
         EXPECT_FALSE(constraint->check(point.data(), unassigned));
         EXPECT_FALSE(constraint->check(nullptr, assigned));
         EXPECT_FALSE(constraint->check(point.data(), nullptr));
+        TSConstraintReading reading;
+        EXPECT_FALSE(readConstraint(*constraint, point.data(), unassigned, reading) ||
+                     readConstraint(*constraint, nullptr, assigned, reading) ||
+                     readConstraint(*constraint, point.data(), nullptr, reading));
+        EXPECT_TRUE(reading.quantity.isEmpty());
+        EXPECT_TRUE(readConstraint(*constraint, point.data(), assigned, reading));
     }
     EXPECT_FALSE(passes(TSCLength(-1, kUnset, kUnset), point, {0, 2}));
     EXPECT_FALSE(passes(TSCEndPointDistance(1, INT_MIN, kUnset, kUnset), point, {0, 2}));
+}
+
+/// What readConstraint tells of the first two of `lines` under these codes.
+TSConstraintReading readingOf(const TSConstraint& constraint, const std::vector<LinePP>& lines,
+                              const std::vector<int>& codes) {
+    TSConstraintReading reading;
+    EXPECT_TRUE(readConstraint(constraint, lines.data(), codes.data(), reading));
+    return reading;
+}
+
+/// The same quantity from the measurements of the library.
+double measuredValue(const TSConstraintReading& reading, QList<LinePP> lines, const std::vector<int>& codes,
+                     double angle, bool isFromReference) {
+    const int reference = isFromReference ? 0 : 1;
+    TSUMLength length(1, "");
+    TSUMInclinationAngle inclination(1, "");
+    TSUMRotationAngle rotation(0, 1, "");
+    TSUMEndPointShiftInDirection shift(0, 1, false, true, reference, false, angle, "");
+    TSLinesIndecies indices(codes.data(), 2);
+    for (TSMeasurement* m : std::initializer_list<TSMeasurement*>{&length, &inclination, &rotation, &shift})
+        EXPECT_TRUE(m->measure(lines, indices));
+    if (reading.quantity == "length")
+        return length.getLength();
+    if (reading.quantity == "inclination angle")
+        return inclination.getAngle();
+    if (reading.quantity == "rotation angle")
+        return rotation.getAngle();
+    if (reading.quantity == "endpoint shift in direction")
+        return shift.getShift();
+    const auto line = shift.getUniformResult().lines[0];
+    return std::sqrt((line.p2.x - line.p1.x) * (line.p2.x - line.p1.x) +
+                     (line.p2.y - line.p1.y) * (line.p2.y - line.p1.y));
+}
+
+TEST(ReadConstraint, TellsWhatCheckCompares) {
+    using C = TSCRotationAngle;
+    Draws draws(14);
+    int refused = 0;
+    for (int k = 0; k < 3000; ++k) {
+        const auto place = [&] { return std::round(draws.real(-4, 4)); };
+        const std::vector<LinePP> lines = {segment(place(), place(), place(), place()),
+                                           segment(place(), place(), place(), place())};
+        const std::vector<int> codes = {draws.integer(0, 1), 2 + draws.integer(0, 1)};
+        const auto bound = [&] { return draws.integer(0, 2) == 0 ? kUnset : place(); };
+        const double lower = bound(), upper = bound(), angle = place() / 4;
+        const bool isFromReference = draws.integer(0, 1) == 1;
+        const auto direction = static_cast<C::Direction>(draws.integer(0, 3));
+        const std::shared_ptr<TSConstraint> all[] = {
+            std::make_shared<TSCLength>(1, lower, upper),
+            std::make_shared<TSCInclinationAngle>(1, lower, upper),
+            std::make_shared<TSCEndPointDistance>(0, 1, lower, upper),
+            std::make_shared<TSCEndPointDistanceWithCheck>(0, 1, lower, upper),
+            std::make_shared<C>(0, 1, lower, upper, direction),
+            std::make_shared<TSCEndPointShiftInDirection>(0, 1, lower, upper, angle, isFromReference)};
+        for (const auto& constraint : all) {
+            const TSConstraintReading reading = readingOf(*constraint, lines, codes);
+            const bool passes =
+                constraint->check(const_cast<LinePP*>(lines.data()), const_cast<int*>(codes.data()));
+            const double value = measuredValue(reading, {lines[0], lines[1]}, codes, angle, isFromReference);
+            SCOPED_TRACE(testing::Message() << constraint->getType().toStdString() << ' ' << value << " in "
+                                            << lower << " to " << upper);
+            EXPECT_EQ(reading.isSatisfied, passes);
+            EXPECT_TRUE(reading.value == value || (std::isnan(value) && std::isnan(reading.value)));
+            const bool isBeyond = (reading.lower != kUnset && value < reading.lower) ||
+                                  (reading.upper != kUnset && value > reading.upper);
+            EXPECT_EQ(passes, !isBeyond && reading.fault.isEmpty() && reading.boundsNote.isEmpty());
+            EXPECT_TRUE(!passes || reading.missedBy == 0);
+            refused += passes ? 0 : 1;
+        }
+    }
+    EXPECT_GT(refused, 3000);
+}
+
+TEST(ReadConstraint, PutsDemandsBesideTheBoundsIntoWords) {
+    using C = TSCRotationAngle;
+    const std::vector<LinePP> lines = {segment(0, 0, 5, 0), segment(5, 0, 5, 7)};
+    const auto words = [&](const TSConstraint& constraint, const std::vector<int>& codes) {
+        const TSConstraintReading reading = readingOf(constraint, lines, codes);
+        return (reading.note + '|' + reading.boundsNote + '|' + reading.fault).toStdString();
+    };
+    EXPECT_EQ(words(C(0, 1, 2, 3, C::CounterClockwise), {0, 2}), "to the left||");
+    EXPECT_EQ(words(C(0, 1, 2, kUnset, C::Clockwise), {0, 2}), "to the left|to the right|");
+    EXPECT_EQ(words(C(0, 1, kUnset, kUnset, C::CounterClockwise), {0, 3}),
+              "to the right|to the left|allowed is a turn to the left");
+    EXPECT_EQ(words(C(0, 1, 2, 3, static_cast<C::Direction>(7)), {0, 2}),
+              "||\"direction\" 7 in the template allows none");
+    const double quarter = std::acos(0.0);
+    EXPECT_EQ(readingOf(C(0, 1, 1, kUnset, C::Clockwise), lines, {0, 2}).missedBy, quarter + 1);
+    const TSCEndPointDistanceWithCheck facing(0, 1, kUnset, 9), tight(0, 1, kUnset, 1);
+    EXPECT_EQ(words(facing, {1, 3}), "||more than between their other ends");
+    EXPECT_EQ(words(tight, {1, 3}), "||") << "the bounds tell";
+    EXPECT_EQ(readingOf(tight, lines, {1, 3}).missedBy, std::sqrt(74.0));
+}
+
+TEST(ReadConstraint, KnowsTheKindsButNotWhatAHostMakesOfThem) {
+    class OwnLength : public TSCLength {
+        bool check(LinePP* /*lines*/, int* /*assignment*/) override { return false; }
+    };
+    LinePP lines[] = {segment(0, 0, 3, 4)};
+    const int codes[] = {0};
+    TSConstraintReading reading;
+    EXPECT_FALSE(readConstraint(OwnLength(), lines, codes, reading));
+    EXPECT_EQ(newConstraint("Width"), nullptr);
+    EXPECT_THAT(constraintTypes(),
+                ElementsAre("Length", "Inclination angle", "Endpoint distance", "Endpoint distance w/c",
+                            "Rotation angle", "Endpoint shift in direction"));
+    for (const QString& type : constraintTypes()) {
+        const std::unique_ptr<TSConstraint> made(newConstraint(type));
+        EXPECT_TRUE(made != nullptr && made->getType() == type && made->getMaximumLineIndex() == 0);
+        EXPECT_TRUE(readConstraint(*made, lines, codes, reading)) << type.toStdString();
+    }
 }
 
 TEST(EndPointShiftInDirection, TurnsByTheAngleThatWasLoaded) {
@@ -151,6 +271,10 @@ TEST(SetBounds, TakesLegalPairsOnly) {
         return c.setBounds(lower, upper, TSCRotationAngle::Clockwise);
     };
     checkSetBounds<TSCRotationAngle>(sense, 0, kPi);
+    const auto turned = [](TSCEndPointShiftInDirection& c, double lower, double upper) {
+        return c.setBounds(lower, upper, kPi / 2, true);
+    };
+    checkSetBounds<TSCEndPointShiftInDirection>(turned, -HUGE_VAL, HUGE_VAL);
     TSCEndPointShiftInDirection shift;
     EXPECT_TRUE(shift.setBounds(-7, -7, -kPi, true));
     for (double angle : {kUnset, above(kPi), below(-kPi), std::nan("")})

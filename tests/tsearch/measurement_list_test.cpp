@@ -48,6 +48,7 @@ TEST(Manager, MakesRegisteredTypesOnly) {
     const std::unique_ptr<TSMeasurement> made(manager.getMeasurement("Length"));
     ASSERT_NE(made, nullptr);
     EXPECT_NE(made.get(), prototype);
+    EXPECT_THAT(manager.getTypes(), ElementsAre("Length"));
     EXPECT_EQ(mapOf(*made), mapOf(*prototype));
 }
 

@@ -89,6 +89,37 @@ TEST(SensorPlacement, PutsTheRidgesWhereTheyAre) {
     }
 }
 
+// Scanners on both sides of the track, nodes in any order; an object that half a turn brings onto itself.
+TEST(SensorPlacement, FindsASensorWhoseXRunsAgainstX) {
+    const KvProfile profile = ridges({{-60, 50}, {0, 40}, {50, 20}});
+    KvProfile apexes;
+    QList<KvLine> lines;
+    ASSERT_EQ(ORBIS_detectApexes(profile, apexes, lines, 2.0F), 3);
+    for (const float angleA : {35.0F, -35.0F, 90.0F, -90.0F, 145.0F, -145.0F}) {
+        for (const float angleC : {0.0F, 20.0F}) {
+            const _KvORBIS_SensorCoord_ truth = {500, -20, 90, angleA, 0, angleC};
+            KvPointCloud<KvPointXYZ> places;
+            ORBIS_XYtoXYZ(apexes, places, truth);
+            QList<QPointF> nodes;
+            for (const int i : {1, 2, 0})
+                nodes.append(
+                    {static_cast<double>(places.points[i].x), static_cast<double>(places.points[i].z)});
+            _KvORBIS_SensorCoord_ found = {};
+            ASSERT_TRUE(ORBIS_calcAnglesCoord(profile, 0, 0, 0, 0.01F, found, nodes, nullptr)) << angleA;
+            EXPECT_NEAR(found.angleA, truth.angleA, 0.02) << angleC;
+            EXPECT_NEAR(found.angleC, truth.angleC, 0.1) << angleA;
+            EXPECT_NEAR(found.x, truth.x, 0.05) << angleA << ' ' << angleC;
+            EXPECT_NEAR(found.z, truth.z, 0.05) << angleA << ' ' << angleC;
+        }
+    }
+    _KvORBIS_SensorCoord_ found = {};
+    for (const QList<QPointF>& nodes : {QList<QPointF>{{-60, 0}, {60, 0}}, {{60, 0}, {-60, 0}}}) {
+        EXPECT_TRUE(
+            ORBIS_calcAnglesCoord(ridges({{-60, 30}, {60, 30}}), 0, 0, 0, 0.01F, found, nodes, nullptr));
+        EXPECT_NEAR(found.angleA, 90, 0.01) << "x runs with X where nothing tells";
+    }
+}
+
 TEST(CalibrationNodes, AreTheSharpestCornersAndTheirPlaces) {
     KvProfile profile;
     for (const KvPointXY& p : ridges({{-20, 30}, {20, 30}}).points)

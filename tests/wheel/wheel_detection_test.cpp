@@ -32,6 +32,22 @@ TEST_F(WheelDetection, SplitsARecordingOfBothRecordKindsAndUndoesShortRuns) {
     ASSERT_EQ(passages.size(), 3);
     EXPECT_THAT(passages[2].records, testing::ElementsAre(19, 20, 21));
     EXPECT_TRUE(passages[2].z[0] == 19.0F && std::isnan(passages[2].z[1]));
+    for (const auto& [minProfiles, kept] : {std::pair{4, 4}, {6, 2}}) {
+        ASSERT_TRUE(ORBIS_detectWheels("post_100.bin", &settings, 0, minProfiles, &wheels, passages));
+        EXPECT_EQ(wheels, kept) << "in place of the settings";
+        QFile recording("post_100.bin");
+        EXPECT_TRUE(splitWheels(recording, settings, 1, 0, minProfiles, "apart").isEmpty()) << "is not open";
+        ASSERT_TRUE(recording.open(QIODevice::ReadOnly) && QDir().mkpath("apart"));
+        const QList<WheelPassage> split = splitWheels(recording, settings, 1, 0, minProfiles, "apart");
+        ASSERT_EQ(split.size(), kept);
+        int files = 0;
+        for (int i = 0; i < kept; ++i) {
+            EXPECT_EQ(split[i].records, passages[i].records);
+            files += static_cast<int>(split[i].records.size());
+        }
+        EXPECT_EQ(filesIn("apart").size(), files);
+        QDir("apart").removeRecursively();
+    }
 }
 
 TEST_F(WheelDetection, KeepsTheWheelsBeforeACut) {
@@ -72,6 +88,10 @@ TEST_F(WheelDetection, FindsTheScannerByTheSerialInTheName) {
     record(qPrintable(absolute), "ww");
     EXPECT_TRUE(ORBIS_detectWheels(absolute, &settings, 0, &wheels));
     EXPECT_EQ(filesIn("a_7/b_100").size(), 2);
+    QDir().mkpath("night.bin_7");
+    record("night.bin_7/b.bin_100.bin", "www");
+    EXPECT_TRUE(ORBIS_detectWheels("night.bin_7/b.bin_100.bin", &settings, 0, &wheels));
+    EXPECT_EQ(filesIn("night.bin_7/b_100").size(), 3) << "directories keep their names";
     for (int i = 1; i <= 49; ++i)
         set(qPrintable(QString("SENSOR%1/SN").arg(i)), 1000 + i);
     set("SENSOR50/level_b", -1e6);  // nothing lies below this line

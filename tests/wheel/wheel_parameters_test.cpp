@@ -73,7 +73,7 @@ std::vector<double> literalValues(const QList<KvPointXY>& p, QList<KvPointXY>& p
     };
     const int end = static_cast<int>(p.size()) - 2;
     int top = 0;
-    for (int i = 1; p.size() >= 4 && i <= end; ++i)
+    for (int i = 1; i <= end; ++i)
         top = y(i) > 0 && (top == 0 || y(i) < y(top)) ? i : top;
     if (top == 0)
         return values;
