@@ -1,0 +1,116 @@
+// Files are complete or not touched; names that mean one file.
+
+#include <kvmeasure/base/output_file.h>
+#include <kvmeasure/base/own_folder.h>
+#include <tests/kvmeasure/calls.h>
+#include <tests/support/scratch_directory.h>
+
+#include <QtCore/QDir>
+
+#include <sys/stat.h>
+
+namespace {
+
+using namespace KvMeasure;
+using testing::HasSubstr;
+using TestSupport::errorOf;
+using TestSupport::textOf;
+
+class OutputFiles : public testing::Test {
+protected:
+    static std::string listed() {
+        return QDir().entryList(QDir::Files | QDir::Hidden | QDir::System).join(' ').toStdString();
+    }
+    static QByteArray read(const QString& name) { return TestSupport::ScratchDirectory::read(name); }
+    static void write(const QString& name, const QByteArray& bytes) {
+        TestSupport::ScratchDirectory::write(name, bytes);
+    }
+
+private:
+    const TestSupport::ScratchDirectory scratch_;
+};
+
+TEST_F(OutputFiles, AppearOnCommitAndLeaveTheOldOneUntilThen) {
+    write("old", "old");
+    ASSERT_EQ(::chmod("old", 0640), 0);
+    {
+        OutputFile lost("old"), unborn("new");
+        lost.write("half");
+        unborn.write("half");
+        EXPECT_EQ(listed(), "old") << "nothing of it has a name";
+    }
+    EXPECT_EQ(read("old"), "old");
+    ASSERT_TRUE(QFile::link("old", "link"));
+    OutputFile file("link");
+    file.write("new ");
+    file.write("content");
+    file.commit();
+    EXPECT_EQ(read("old"), "new content");
+    EXPECT_TRUE(QFileInfo("link").isSymLink()) << "what a link points to is written";
+    struct stat status {};
+    ASSERT_EQ(::stat("old", &status), 0);
+    EXPECT_EQ(status.st_mode & ALLPERMS, 0640U) << "permissions of the file before";
+    EXPECT_EQ(listed(), "link old");
+}
+
+TEST_F(OutputFiles, ThatCannotBeWrittenAreNamed) {
+    ASSERT_EQ(::mkfifo("pipe", 0600), 0);
+    const std::pair<QString, const char*> cases[] = {
+        {"", "the name of the file to write is empty"},
+        {".", "it is not a regular file"},
+        {"pipe", "it is not a regular file"},
+        {"/dev/full", "it is not a regular file"},
+        {"none/file", "cannot be written: No such file"},
+        {QString(256, 'n'), "File name too long"},
+        {"a.XLSX", "spreadsheet files are not written"},
+    };
+    for (const auto& [path, reason] : cases) {
+        const Error error = errorOf([name = path] { writeOutputFile(name, "x"); });
+        EXPECT_THAT(textOf(error), HasSubstr(reason)) << path.toStdString();
+        EXPECT_EQ(error.file(), path);
+    }
+    EXPECT_EQ(listed(), "pipe");
+}
+
+TEST_F(OutputFiles, AreNoInputsAndNotEachOther) {
+    write("in", "in");
+    ASSERT_TRUE(QFile::link("in", "link"));
+    QDir().mkdir("d");
+    for (const char* same : {"in", "./in", "d/../in", "link"}) {
+        EXPECT_TRUE(isSameFile("in", same)) << same;
+        EXPECT_THAT(textOf(errorOf([same] {
+                        refuseOverwriting({"out", same}, {"", "in"});
+                    })),
+                    HasSubstr("is read by this command"));
+    }
+    EXPECT_THAT(textOf(errorOf([] {
+                    refuseOverwriting({"d/x", "d/../d/x"}, {});
+                })),
+                HasSubstr("would be written twice"));
+    EXPECT_NO_THROW(refuseOverwriting({"", "", "x", "d/x"}, {"in", "", ""}));
+    EXPECT_EQ(partPath("d.x/p.svg", "1") + partPath("d.x/p", "1"), "d.x/p-1.svgd.x/p-1");
+    EXPECT_EQ(stemOf("d/a.b.csv") + ' ' + stemOf("d/.kv") + ' ' + stemOf("a"), "a.b .kv a");
+}
+
+TEST_F(OutputFiles, OfAFolderAreReplacedByItsOwnAlone) {
+    QDir().mkdir("f");
+    OwnFiles("f").claim({"a", "b"});  // and killed before b was written
+    write("f/a", "1");
+    write("f/mine", "mine");
+    OwnFiles files("f");
+    EXPECT_TRUE(files.holds("b"));
+    EXPECT_THAT(textOf(errorOf([&files] { files.claim({"c", "mine"}); })), HasSubstr("f/mine: is there"));
+    files.replace({"b"});
+    EXPECT_EQ(read("f/a") + read("f/mine"), "nonemine");
+    EXPECT_FALSE(OwnFiles("f").holds("a"));
+    files.set({"p_*.svg"});
+    EXPECT_TRUE(files.holds("p_1.svg"));
+    EXPECT_FALSE(files.holds("p_1.png"));
+    files.removeAll();
+    EXPECT_EQ(QDir("f").entryList(QDir::Files | QDir::Hidden), QStringList("mine"));
+    FolderLock lock, second;
+    lock.take("f");
+    EXPECT_THAT(textOf(errorOf([&second] { second.take("f"); })), HasSubstr("another run"));
+}
+
+}  // namespace

@@ -1,0 +1,127 @@
+// Tools on regions that measure form: the values of the functions behind them, where the region is, reasons.
+
+#include <kvmeasure/base/error.h>
+#include <kvmeasure/form/roughness.h>
+#include <kvmeasure/form/straightness.h>
+#include <tests/kvmeasure/inspection/shapes.h>
+
+#include <gmock/gmock.h>
+
+namespace {
+
+using namespace TestSupport;
+using testing::HasSubstr;
+
+/// As the profile holds them.
+Points rounded(Points points) {
+    for (Vector& p : points)
+        p = Vector(double(float(p.x)), double(float(p.y)));
+    return points;
+}
+
+TEST(FormKinds, GiveTheValuesOfTheirFunctions) {
+    std::mt19937_64 random(3);
+    Points surface = scan([](double x) { return 0.2 * x; }, 0.02, 0.25);
+    roughen(surface, 0.01, 1, random);
+    const auto straight = measure("straightness in M", surface, {}, regions());
+    const Straightness whole = straightness(rounded(surface));
+    EXPECT_EQ(straight[""].value, whole.minimumZone.width);
+    EXPECT_EQ(straight["z"].value, whole.minimumZoneAlongZ.height);
+    EXPECT_EQ(straight["deviation"].value, whole.deviation);
+    for (const Value& value : straight)
+        EXPECT_TRUE(std::isfinite(value.u)) << value.name.toStdString();
+
+    const auto rough = measure("roughness in M cutoff 0.8 iso4287", surface, {}, regions());
+    RoughnessSettings settings;
+    settings.norm = RoughnessNorm::Iso4287;
+    const Roughness direct = roughness(rounded(surface), settings);
+    EXPECT_NEAR(rough["Ra"].value, 1000 * direct.values.ra, 1e-12);
+    EXPECT_NEAR(rough["Rz"].value, 1000 * direct.values.rz, 1e-12);
+    EXPECT_EQ(rough["RSm"].value, direct.values.rsm);
+    EXPECT_EQ(rough["Rz"].unit, "um");
+    EXPECT_EQ(rough["RSm"].unit, "mm");
+    EXPECT_NE(measure("roughness in M cutoff 0.8", surface, {}, regions())["Ra"].value, rough["Ra"].value);
+    EXPECT_THAT(rough["Ra"].notes().toStdString(), HasSubstr("cannot be told from it"));
+
+    const auto bar = [](double x) {
+        return std::fabs(x) < 6 ? std::sqrt(49 - x * x) + 0.01 * std::cos(9 * x) : NAN;
+    };
+    const auto round = measure("roundness in M", scan(bar, 0.02, 0.25), {}, regions());
+    EXPECT_NEAR(round["radius"].value, 7, 0.02);
+    EXPECT_GT(round[""].value, 0.015);
+    EXPECT_LE(round[""].value, 0.0205);
+    EXPECT_TRUE(std::isnan(round["x"].u));
+}
+
+TEST(FormKinds, MeasureStepsWhereTheRegionIs) {
+    // A groove 1.5 deep from -2 to 2; moved, and turned by 10 degrees about (-5, 0).
+    const auto groove = [](double x) { return std::fabs(x) < 2 ? -1.5 : 0; };
+    const Points points = scan(groove, 0.02, 0.25);
+    const auto value = [](const QString& words, const Points& at, const QStringList& anchors,
+                          const char* region) {
+        KvMath::KvProfile profile;
+        for (const Vector& p : at)
+            profile.points.append({float(p.x), float(p.y)});
+        QList<Anchor> found;
+        for (const QString& anchor : anchors)
+            found.append(parseAnchor(anchor));
+        ToolInput input({parseRegion(region), parseRegion("L = x -30..-3"), parseRegion("P = all")}, found);
+        input.load(profile);
+        const Tool tool = parseTool("V = step-height in M " + words).tool;
+        ToolResults results(tool, {}, /*givesMarks=*/true);
+        tool.kind->measure(tool, input, results);
+        return results.take().values.first();
+    };
+    EXPECT_NEAR(value("from -2 to 2", points, {}, "M = all").value, 1.5, 1e-6);
+    EXPECT_TRUE(value("from -2 to 2", points, {}, "M = all").warning.isEmpty());
+    EXPECT_NEAR(value("from -2 to 2 A2", points, {}, "M = all").value, 1.5, 1e-6);
+    EXPECT_THAT(value("from -2 to 2 A2", points, {}, "M = all").notes().toStdString(), HasSubstr("parabola"));
+    EXPECT_THAT(value("from -3 to 3", points, {}, "M = all").warning.toStdString(),
+                HasSubstr("three widths"));
+    Points moved, turned;
+    const double angle = 10 / kDegreesPerRadian;
+    for (const Vector& p : points) {
+        moved.emplace_back(p.x + 3, p.y + 7);
+        turned.emplace_back(-5 + (p.x + 5) * std::cos(angle) - p.y * std::sin(angle),
+                            (p.x + 5) * std::sin(angle) + p.y * std::cos(angle));
+    }
+    const char* const anchored = "M = x -8..8 at A";
+    EXPECT_NEAR(value("from -2 to 2", moved, {"A = left in P from -7.995 0"}, anchored).value, 1.5, 1e-5);
+    EXPECT_NEAR(value("from -2 to 2", turned, {"A = line in L from -5 0 0"}, anchored).value, 1.5, 1e-5);
+    EXPECT_THAT(value("from -2 to 2", moved, {"A = left in M"}, anchored).reason.toStdString(),
+                HasSubstr("depends on the region itself"));
+}
+
+TEST(FormKinds, SayWhyThereIsNoValue) {
+    const Points line = scan([](double) { return 0.0; }, 0.5, 0.25);
+    const struct {
+        const char *words, *ending, *reason;
+        Points points;
+    } rows[] = {
+        {"straightness in M", "", "point", {{1, 1}}},
+        {"straightness in M", "z", "same x", {{1, 1}, {1, 2}, {1, 3}}},
+        {"roundness in M", "", "", {{1, 1}, {2, 2}, {3, 3}}},
+        {"roundness in M", "radius", "", {{1, 1}}},
+        {"step-height in M from -2 to 2", "", "left reference", {{0, 0}}},
+        {"step-height in M from 2 to -2", "", "not in order", line},
+        {"roughness in M cutoff 0.8", "Ra", "pitch", line},
+        {"roughness in M cutoff 100", "Rz", "sampling length", line},
+        {"roughness in M cutoff 0.8", "Ra", "fewer than three points", {{0, 0}}},
+        {"roughness in N cutoff 0.8", "Rsk", "there is no region", line},
+    };
+    for (const auto& row : rows) {
+        const QString words = row.words;
+        QString reason;
+        try {
+            const Value value = measure(words, row.points, {}, regions())[row.ending];
+            EXPECT_FALSE(value.isValid) << row.words;
+            reason = value.reason;
+        } catch (const Error& error) {
+            reason = error.text();
+        }
+        EXPECT_FALSE(reason.isEmpty()) << row.words;
+        EXPECT_THAT(reason.toStdString(), HasSubstr(row.reason)) << row.words;
+    }
+}
+
+}  // namespace

@@ -1,0 +1,201 @@
+// Template files: what is read back, numbers as JSON spells them, and the place of what cannot be read.
+
+#include <kvmeasure/inspection/expression.h>
+#include <kvmeasure/inspection/matching.h>
+#include <kvmeasure/inspection/near_miss.h>
+#include <kvmeasure/inspection/teaching.h>
+#include <tests/kvmeasure/calls.h>
+#include <tests/support/scratch_directory.h>
+
+#include <QtCore/QRegularExpression>
+
+namespace {
+
+using namespace KvMeasure;
+using testing::HasSubstr;
+using TestSupport::errorOf;
+using TestSupport::textOf;
+
+class Plans : public testing::Test {
+protected:
+    static void write(const QByteArray& bytes) { TestSupport::ScratchDirectory::write("t.json", bytes); }
+
+    static InspectionPlan reread(const QByteArray& text) {
+        write(text);
+        return readPlan("t.json");
+    }
+
+    /// A groove: left land, floor, right land.
+    static Segments groove() { return {{{-10, 0}, {-4, 0}}, {{-4, -6}, {4, -6}}, {{4, 0}, {10, 0}}}; }
+
+    static InspectionPlan taught(const QString& measurements) {
+        InspectionPlan file;
+        file.hasSearch = true;
+        file.name = "groove";
+        file.search.contourGap = 5;
+        file.search.refineIterations = 3;
+        buildConstraints(groove(), {{0, 1, 2}, {"left", "floor", "right"}}, TeachTolerances(), file);
+        for (const auto& [name, written] : addMeasurements(measurements, file).toStdMap())
+            file.tolerances[name] = written.tolerance;
+        file.ends = {{"free", "floor.start"}, {"left.end", "bend"}, {"straight", "free"}};
+        return file;
+    }
+
+    static QByteArray templateOf(const QByteArray& lines, const QByteArray& constraints) {
+        return R"({"template": {"numOfLines": )" + lines + R"(, "constraints": [)" + constraints +
+               R"(]}, "measurements": []})";
+    }
+
+    static void expectRefused(const QByteArray& text, const char* reason) {
+        write(text);
+        const Error error = errorOf([] { readPlan("t.json"); });
+        EXPECT_THAT(textOf(error), testing::AllOf(testing::StartsWith("t.json: "), HasSubstr(reason)));
+        EXPECT_EQ(error.file(), "t.json") << reason;
+        const auto line = QRegularExpression("^t.json: line (\\d+),").match(error.text());
+        EXPECT_EQ(error.line(), line.captured(1).toLongLong()) << reason;
+    }
+
+private:
+    const TestSupport::ScratchDirectory scratch_;
+};
+
+TEST_F(Plans, AreReadAsTheyWereWritten) {
+    InspectionPlan file =
+        taught("depth = distance floor right : 6 +0.3 -0.1; wide = length floor : max 8.5; p = point 0 0");
+    file.fitting = {/*isRaw=*/true, /*compensatesEdges=*/false};
+    file.search.allowReversed = true;
+    file.filter = parseSteps("median 5; trim-y - 20");
+    file.regions = {parseRegion("R = x -6..0.1"), parseRegion("S = second z 1.. at A"),
+                    parseRegion("T = all at floor")};
+    file.anchors = {parseAnchor("A = line in R from 1 2 30"), parseAnchor("B = template left")};
+    addTools("t1 = max in S : max 3; t2 = percentile 5 in T of x\nt3 = area in R above 0.5 : x 1 +- 2", file);
+    EXPECT_EQ(planFault(file), "");
+    const QByteArray text = planText(file);
+    const InspectionPlan again = reread(text);
+    EXPECT_EQ(planText(again), text);
+    EXPECT_EQ(again.lineNames, file.lineNames);
+    EXPECT_EQ(again.ends, file.ends);
+    EXPECT_EQ(again.tolerances["wide"].text(), "max 8.5");
+    EXPECT_EQ(again.means.size(), 1) << "a distance is taken at both ends";
+    EXPECT_TRUE(again.hasSearch && again.search.allowReversed && again.fitting.isRaw);
+    EXPECT_FALSE(again.fitting.compensatesEdges);
+    QStringList names;
+    for (const ValueName& value : valueNames(again))
+        names << value.name;
+    EXPECT_EQ(names.join(' '), "depth wide p.x p.y t1 t1.at t2 t3 t3.x t3.z");
+    const InspectionPlan bare = reread(templateOf("2", ""));
+    EXPECT_FALSE(bare.hasSearch);
+    EXPECT_EQ(bare.lineNames, QStringList({"0", "1"}));
+}
+
+TEST_F(Plans, WholeNumbersAreBoundsLikeAllOthers) {
+    const auto find = [](const QByteArray& upper) {
+        const InspectionPlan file = reread(templateOf(
+            "1",
+            R"({"constraintType": "Length", "lineIndex": 0, "lowerBound": 0, "upperBound": )" + upper + "}"));
+        return findAssignments({{{0, 0}, {4, 0}}}, file.lines, /*allowReversed=*/false).size();
+    };
+    for (const auto& [bound, found] : {std::pair("3", 0),
+                                       {"3.0", 0},
+                                       {"4", 1},
+                                       {"4.0", 1},
+                                       {"4e0", 1},
+                                       {"3.999999999", 0},
+                                       {"\"undefined\"", 1}})
+        EXPECT_EQ(find(bound), found) << bound;
+    expectRefused(
+        templateOf("1",
+                   R"({"constraintType": "Length", "lineIndex": 0, "lowerBound": 0, "upperBound": "3"})"),
+        "expected a number under \"upperBound\"");
+}
+
+TEST_F(Plans, WithDamageNameThePlace) {
+    const QByteArray good = planText(taught("depth = distance floor right : 6 +- 1; p = point 0 0"));
+    const struct {
+        const char *from, *to, *reason;
+    } cases[] = {
+        {"\"means\": [", "\"means\": {", "line "},
+        {"\"Length\"", "\"Lenght\"", "unknown \"constraintType\", \"Lenght\"; did you mean \"Length\"?"},
+        {"\"lineIndex\": 0", "\"lineIndex\": 9", "\"lineIndex\" names line 9; the template has 3 lines"},
+        {"\"lineIndex\": 0", "\"lineIndex\": \"a\"", "has an unusable value under \"lineIndex\""},
+        {"\"lineToIndex\": 1", "\"lineToIndeks\": 1", "lacks \"lineToIndex\""},
+        {"\"Line point\"", "\"Line pint\"",
+         "unknown \"measurementType\", \"Line pint\"; did you mean \"Line point\"?"},
+        {"\"measureLineIndex\": 0", "\"measureLineIndex\": 3",
+         "\"measureLineIndex\" names line 3; the template has 3"},
+        {"\"measurementType\"", "\"type\"", "measurements[0]: lacks \"measurementType\""},
+        {"\"isLFStartPoint\"", "\"isLF\"", "measurements[0]: lacks \"isLFStartPoint\""},
+        {"\"isActive\": true", "\"isActive\": 0.5e400", "illegal number"},
+        {"\"isActive\": true", "\"isActive\": \"x\"",
+         "measurements[0]: has an unusable value under \"linesInfos\""},
+        {"\"contourGap\"", "\"contourGab\"", "expected a number under \"contourGap\""},
+        {"\"numOfLines\": 3", "\"numOfLines\": 1e9", "from 0 to 1000"},
+        {"\"refineIterations\": 3", "\"refineIterations\": -3", "\"refineIterations\" must be"},
+        {"\"measurements\"", "\"measurement\"",
+         "plan: unknown key \"measurement\"; did you mean \"measurements\"?"},
+        {"\"depth\": {", "\"dept\": {", "known: depth, p.x, p.y; did you mean \"depth\"?"},
+        {"\"contourGap\": 5", "\"contourGap\": -5", "search: \"contourGap\" must not be negative"},
+        {"\"contourGap\": 5", "\"contourGap\": 5, \"gap\": 5", "search: unknown key \"gap\""},
+        {"\"allowReversed\": false", "\"allowReversed\": 0", "expected true or false"},
+        {"\"first\": \"depth (start)", "\"first\": \"e", "means: \"depth\" is the mean of \"e\""},
+        {"\"left\",", "", "lineNames: expected 3 names"},
+        {"\"left\",", "\"right\",", "lineNames[2]: \"right\" is line 0 already"},
+        {"\"name\": \"depth\"", "\"name\": \"depth (end)\"", "means: 2 results are named \"depth (end)\""},
+        {"\"search\": {", "\"serach\": {", "plan: unknown key \"serach\"; did you mean \"search\"?"},
+        {"\"upper\": 1\n", "\"upper\": -2\n", "tolerances: \"depth\": \"lower\" is greater"},
+    };
+    for (const auto& c : cases) {
+        ASSERT_TRUE(good.contains(c.from)) << c.from;
+        expectRefused(QByteArray(good).replace(c.from, c.to), c.reason);
+    }
+    expectRefused(QByteArray("{\"a\":").repeated(100'000), "expected a template in JSON");
+    expectRefused("[]", "expected a JSON object");
+    expectRefused("", "line 1, column ");
+    expectRefused(QByteArray((4 << 20) + 1, ' '), "a template has at most 4194304");
+}
+
+TEST_F(Plans, NamesMayBeNumbersOrEmptyAndEqualWhereNothingNamesThem) {
+    QByteArray odd = planText(taught("depth = distance floor right"));
+    odd.replace("\"kvmeasure\"", "\"another host\"");  // which may have keys of its own
+    odd.replace("\"means\"", "\"-\"").replace(" (start)", "").replace(" (end)", "");
+    odd.replace("\"ends\"", "\"*\"").replace("\"left\"", "0").replace("\"right\"", "\"\"");
+    EXPECT_EQ(reread(odd).lineNames, QStringList({"0", "floor", "2"}));
+    expectRefused(QByteArray(odd).replace("\"tolerances\": {", R"("tolerances": {"depth": {"min": 1})"),
+                  "tolerances: \"depth\": 2 results are named \"depth\"");
+}
+
+TEST_F(Plans, ThatAreNotFoundSayWhichConstraintRefusesTheNearestAssignment) {
+    Segments segments{{{0, 0}, {4, 0}}, {{4, 0}, {4.2, 6}}};
+    const QByteArray first =
+        R"({"constraintType": "Length", "lineIndex": 0, "lowerBound": 5.0, "upperBound": 6.1},)";
+    const QByteArray keys = R"("lineFromIndex": 0, "lineToIndex": 1, "lowerBound": 0.5, "upperBound": )";
+    const QByteArray shift = R"(1.5, "directionAngle": 0.0, "isFromLineReference": true)";
+    const std::pair<QByteArray, const char*> cases[] = {
+        {R"("Endpoint distance", )" + keys + "1.0",
+         "but endpoint distance from line 0 to line 1 is 7.3239 mm, allowed are 0.5000 to 1.0000\n"},
+        {R"("Endpoint distance w/c", )" + keys + "9.0", "is 7.3239 mm, more than between their other ends\n"},
+        {R"("Length", "lineIndex": 0, "lowerBound": 6.5, "upperBound": "undefined")",
+         "but length of line 0 is 6.0033 mm, allowed is at least 6.5000\n"},
+        {R"("Endpoint shift in direction", )" + keys + shift,
+         "line 0 to line 1 is -6.1366 mm, allowed are 0.5"},
+        {R"("Rotation angle", )" + keys + R"(3.1, "direction": 1)",
+         "is 88.0908 deg to the right, allowed are 28.6479 to 177.6169 to the left\n"},
+        {R"("Length", "lineIndex": 0, "lowerBound": -6.5, "upperBound": "undefined")",  // acts as 6.5
+         "but length of line 0 is 6.0033 mm, allowed is at least 6.5000\n"},
+    };
+    for (const auto& [second, reason] : cases) {
+        const InspectionPlan file = reread(templateOf("2", first + R"({"constraintType": )" + second + "}"));
+        ASSERT_TRUE(findAssignments(segments, file.lines, false).isEmpty()) << reason;
+        const NearMiss near = nearMiss(segments, file, false);
+        EXPECT_TRUE(near.isNearest);
+        EXPECT_EQ(near.reasons.size(), 1);
+        EXPECT_THAT(near.text.toStdString() + '\n',
+                    testing::AllOf(HasSubstr("nearest: line 0 = segment 1, line 1 = segment 0; "),
+                                   HasSubstr(reason)));
+    }
+    const NearMiss few = nearMiss(segments, reread(templateOf("3", "")), false);
+    EXPECT_FALSE(few.isNearest);
+    EXPECT_EQ(few.text, "the template has 3 lines, the profile 2 segment(s)");
+}
+
+}  // namespace

@@ -1,0 +1,277 @@
+// Tools on regions: words, places, values, and the reasons of those that cannot be had.
+
+#include <kvmeasure/inspection/kinds/area.h>
+#include <kvmeasure/inspection/plan.h>
+#include <kvmeasure/inspection/tool_input.h>
+#include <kvmeasure/inspection/tool_results.h>
+#include <tests/kvmeasure/calls.h>
+
+#include <cmath>
+#include <random>
+
+namespace {
+
+using namespace KvMeasure;
+using testing::HasSubstr;
+using TestSupport::errorOf;
+using TestSupport::textOf;
+
+const float unset = std::nanf("");
+
+/// Regions and anchors in words, a tool, and what it gives.
+struct Bench {
+    QStringList regions, anchors;
+    KvMath::KvProfile profile;
+
+    QList<Value> measure(const QString& words) const {
+        QList<Region> placed;
+        QList<Anchor> found;
+        for (const QString& text : regions)
+            placed.append(parseRegion(text));
+        for (const QString& text : anchors)
+            found.append(parseAnchor(text));
+        ToolInput input(placed, found);
+        input.load(profile);
+        const Tool tool = parseTool(words).tool;
+        ToolResults results(tool, {}, /*givesMarks=*/true);
+        tool.kind->measure(tool, input, results);
+        return results.take().values;
+    }
+};
+
+KvMath::KvProfile profileOf(const std::vector<std::pair<float, float>>& points) {
+    KvMath::KvProfile profile;
+    for (const auto& [x, z] : points)
+        profile.points.append({x, z});
+    return profile;
+}
+
+TEST(Tools, GiveAReasonWhereThereIsNoValue) {
+    const struct {
+        const char *region, *anchor, *reason;
+        std::vector<std::pair<float, float>> points;
+    } cases[] = {
+        {"R = x 0..1", "", "the profile has no points", {}},
+        {"R = x 0..1", "", "the profile has no points", {{unset, unset}, {0.5F, unset}}},
+        {"R = x 0..1", "", "no point lies in region \"R\"", {{2, 0}, {3, 0}}},
+        {"S = x 0..1", "", "there is no region \"R\"", {{0.5F, 0}}},
+        {"R = x 0..1 at A", "", "anchor \"A\" is not found: no such line", {{0.5F, 0}}},
+        {"R = x 0..1 at A",
+         "A = max in R",
+         "anchor of region \"R\" depends on the region itself",
+         {{0.5F, 0}}},
+        {"R = x 0..1 at A", "A = max in S", "anchor \"A\" is not found: there is no region \"S\"", {{0, 0}}},
+        {"R = x 0..1 at A", "A = template floor", "anchor \"floor\" is not found", {{0, 0}}},
+        {"R = x 0..1", "", "", {{0.5F, 2}}},
+        {"R = x 0..1", "", "", {{1, 2}, {unset, 5}}},
+    };
+    for (const auto& c : cases) {
+        const Bench bench{
+            {c.region}, *c.anchor == '\0' ? QStringList() : QStringList{c.anchor}, profileOf(c.points)};
+        for (const ToolKind* kind : toolKinds()) {
+            // Those that one point is enough for.
+            if (!QStringList{"max", "min", "mean", "median"}.contains(kind->word))
+                continue;
+            for (const Value& value : bench.measure(QString("V = %1 in R").arg(kind->word))) {
+                EXPECT_EQ(value.isValid, value.reason.isEmpty()) << kind->word;
+                EXPECT_EQ(value.isValid, *c.reason == '\0') << kind->word << value.reason.toStdString();
+                EXPECT_THAT(value.reason.toStdString(), HasSubstr(c.reason));
+            }
+        }
+    }
+}
+
+TEST(Tools, MeasureWhereTheAnchorPutsTheRegion) {
+    // A spike at (5, 9) beside a slope z = x / 10; taught with the spike at (0, 0).
+    std::vector<std::pair<float, float>> points{{5, 9}};
+    for (int i = 0; i <= 100; ++i)
+        points.emplace_back(float(i) / 10, float(i) / 100);
+    Bench bench{{"all = all", "R = x 1..3 at A", "B = x -1..1 at S", "C = x 1..3 at T"},
+                {"A = max in all", "S = left in R from 1 -9", "T = max in all from 0 0 90"},
+                profileOf(points)};
+    const auto value = [&](const char* words) { return bench.measure(words).first().value; };
+    EXPECT_FLOAT_EQ(float(value("V = min in R")), 0.6F);
+    EXPECT_FLOAT_EQ(float(value("V = max in R of x")), 8);
+    EXPECT_FLOAT_EQ(float(value("V = mean in R")), 0.7F);
+    EXPECT_FLOAT_EQ(float(value("V = median in R of x")), 7);
+    EXPECT_FLOAT_EQ(float(value("V = percentile 25 in R of x")), 6.5F);
+    EXPECT_FLOAT_EQ(float(value("V = min in B of x")), 4) << "an anchor in an anchored region";
+    EXPECT_FLOAT_EQ(float(value("V = max in C of x")), 8) << "max has no direction: nothing turns";
+}
+
+TEST(Tools, MeasureShapesOfKnownDimensions) {
+    // z = |x| from -5 to 5 mm, and a step of 3 mm up at x = 10.05, from 9 to 12.
+    std::vector<std::pair<float, float>> points;
+    for (int i = -50; i <= 50; ++i)
+        points.emplace_back(float(i) / 10, float(std::abs(i)) / 10);
+    for (int i = 90; i <= 120; ++i)
+        points.emplace_back(float(i) / 10, i <= 100 ? 7.0F : 10.0F);
+    const Bench bench{{"R = x -5..5", "L = x -5..-0.5", "M = x 0.5..5", "E = x 8..13", "P = x 3..3.01"},
+                      {},
+                      profileOf(points)};
+    const struct {
+        const char* words;
+        std::vector<double> values;
+    } cases[] = {
+        {"V = area in R above 2", {9, 0, 3}},
+        {"V = area in R below 2", {4, 0, 4.0 / 3}},
+        {"V = area in R above L", {25, 10.0 / 3, 0}},
+        {"V = box in R", {0, 2.5, 10, 5}},
+        {"V = box in P", {3, 3, 0, 0}},
+        {"V = line in M", {45, 2.75, 2.75, 0}},
+        {"V = intersection L M", {0, 0}},
+        {"V = angle L M", {90}},
+        {"V = angle M L opening", {90}},
+        {"V = dimension L M from left to right", {10, 10, 0, 0, 5}},
+        {"V = edge in E least 1", {10.05, 8.5, 3}},
+        {"V = edge in E least 1 rising last", {10.05, 8.5, 3}},
+        {"V = bridge in R skip 0 window 100", {255.0 / 101}},
+    };
+    for (const auto& c : cases) {
+        const QList<Value> values = bench.measure(c.words);
+        for (int i = 0; i < static_cast<int>(c.values.size()); ++i) {
+            EXPECT_TRUE(values[i].isValid) << c.words << values[i].reason.toStdString();
+            EXPECT_NEAR(values[i].value, c.values[std::size_t(i)], 2e-6) << c.words << " " << i;
+        }
+    }
+    const std::pair<const char*, const char*> refused[] = {
+        {"V = intersection L L", "parallel"},
+        {"V = edge in E falling", "no step of 0.1 mm"},
+        {"V = edge in E least 3.5", "no step"},
+        {"V = area in P above 0", "an area needs two points"},
+        {"V = line in P", "two"},
+        {"V = bridge in P", "too few points"},
+        {"V = area in R above P", "two"},
+    };
+    for (const auto& [words, reason] : refused)
+        EXPECT_THAT(bench.measure(words).first().reason.toStdString(), HasSubstr(reason)) << words;
+}
+
+TEST(Tools, TakeAreasAsAFineSumDoes) {
+    std::mt19937 random(5);
+    std::normal_distribution<double> normal;
+    for (int run = 0; run < 50; ++run) {
+        std::vector<Vector> points;
+        for (int i = 0; i < 2 + run; ++i)
+            points.emplace_back(2 * i + 0.6 * std::tanh(normal(random)), normal(random));
+        LineFit base;
+        const double tilt = 0.2 * normal(random);
+        base.centre = Vector(3, normal(random));
+        base.along = Vector(std::cos(tilt), std::sin(tilt));
+        const auto height = [&](const Vector& point) {
+            return point.y - base.centre.y - std::tan(tilt) * (point.x - base.centre.x);
+        };
+        constexpr int parts = 2000;
+        double fine[2] = {0, 0};
+        for (std::size_t i = 1; i < points.size(); ++i) {
+            const double step = (points[i].x - points[i - 1].x) / parts;
+            for (int k = 0; k < parts; ++k) {
+                const double share = (k + 0.5) / parts;
+                const double distance = height(points[i - 1]) * (1 - share) + height(points[i]) * share;
+                fine[distance > 0 ? 0 : 1] += std::fabs(distance) * step;
+            }
+        }
+        std::vector<Vector> reversed(points.rbegin(), points.rend());
+        for (const bool isAbove : {true, false}) {
+            const AreaSettings settings{isAbove, /*widestGap=*/1e6};
+            const AreaResult area = measureArea(points, base, settings);
+            EXPECT_NEAR(area.area, fine[isAbove ? 0 : 1], 1e-5 * double(points.size())) << run;
+            EXPECT_NEAR(area.area, measureArea(reversed, base, settings).area, 1e-12 * double(points.size()));
+            EXPECT_EQ(area.gaps, 0);
+        }
+    }
+    const std::vector<Vector> broken{{0, 1}, {1, 1}, {2, 1}, {30, 1}, {31, 1}};
+    LineFit level;
+    level.along = Vector(1, 0);
+    const AreaResult area = measureArea(broken, level);
+    EXPECT_EQ(area.area, 3);
+    EXPECT_EQ(area.gaps, 1);
+    EXPECT_EQ(area.leftOut, 28);
+}
+
+TEST(Tools, AreReadInWordsAndWrittenBack) {
+    for (const char* words :
+         {"V = max in R", "V = min in R of x", "V = percentile 12.5 in R", "top-1 = median in R_2 of x"}) {
+        EXPECT_EQ(parseTool(words).tool.text(), words);
+        EXPECT_EQ(parseTool(QString(" %1 ;").arg(words).replace(';', ' ')).tool.text(), words);
+    }
+    for (const char* words : {"R = x -6..6", "R = all", "R = x ..2.5 z 1.. at A", "R = z -1e-05..0"})
+        EXPECT_EQ(parseRegion(words).text(), words);
+    for (const char* words :
+         {"A = max in R", "A = line in R from 1 2 -5", "A = template floor", "A = left in R from 0 -3"})
+        EXPECT_EQ(parseAnchor(words).text(), words);
+    EXPECT_EQ(parseRegion("R = at A x -6 .. 6").text(), "R = x -6..6 at A");
+    EXPECT_EQ(parseTool("V = percentile 5 in R: 5 +- 0.1").tolerances.first().first, "V");
+}
+
+TEST(Tools, RefuseWordsWithWhatWasExpected) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"max in R", "\"NAME =\" is missing"},
+        {"3 = max in R", "\"3\" is no name"},
+        {"a b = max in R", "\"a b\" is no name"},
+        {"V = maks in R", "\"maks\" is no kind of measurement; expected max,"},
+        {"V = percentil 5 in R", "did you mean \"percentile\"?"},
+        {"V = max", "lacks in region"},
+        {"V = max R", "unexpected \"R\""},
+        {"V = max in", "expected region behind \"in\""},
+        {"V = max in R in S", "\"in\" stands twice"},
+        {"V = max in R of y", "expected z or x, found \"y\""},
+        {"V = max in 3", "expected the name of a region, found \"3\""},
+        {"V = percentile in R", "lacks percentage"},
+        {"V = percentile 101 in R", "percentage must be from 0 to 100 %, not 101"},
+        {"V = percentile nan in R", "expected a number, percentage, found \"nan\""},
+        {"V = max in R : +- 0.1", "there is no taught value"},
+        {"V = thickness R R square", "needs two regions"},
+        {"V = max in R : 5", "expected \"NOMINAL"},
+        {"V = \1max\2 in R", "\"\\u0001max\\u0002\" is no kind"},
+    };
+    for (const auto& [words, reason] : cases) {
+        const Error error = errorOf([text = words] {
+            InspectionPlan plan;
+            addTools(text, plan);
+        });
+        EXPECT_THAT(textOf(error), HasSubstr(reason)) << words;
+        EXPECT_EQ(error.parameter(), "measure") << words;
+    }
+    for (const char* words : {"", "R", "R = x", "R = x 3", "R = x 6..-6", "R = x 1..2 x 1..2", "R = y 1..2",
+                              "R = x nan..1", "R = at", "1 = all", "R = x 1..2 at A B"})
+        EXPECT_EQ(errorOf([words] { parseRegion(words); }).parameter(), "region") << words;
+    for (const char* words :
+         {"", "A", "A = ", "A = max", "A = peak in R", "A = max in R 1 2", "A = max in R from",
+          "A = max in R from 1", "A = max in R from 1 x", "A = max in R from 1 2 3 4"})
+        EXPECT_EQ(errorOf([words] { parseAnchor(words); }).parameter(), "anchor") << words;
+}
+
+TEST(OrderNoise, ExtremesAreThoseOfTheProductOfAllPoints) {
+    // The plain form: the product over all points of the shares of their noise below a value, by halving.
+    NoiseModel noise;
+    noise.deviation = 0.03;
+    std::mt19937_64 random(5);
+    std::uniform_real_distribution<double> uniform;
+    for (int run = 0; run < 40; ++run) {
+        noise.correlationTime = 1 + run % 3;
+        const double place = 200 * uniform(random) - 100, rise = run % 4 * uniform(random);
+        std::vector<double> heights, turned;
+        for (int i = 0; i < 20 + 30 * run; ++i)
+            heights.push_back(place + rise * uniform(random));
+        for (const double height : heights)
+            turned.push_back(-height);
+        const auto [least, greatest] = std::minmax_element(heights.begin(), heights.end());
+        for (const double share : {0.02, 0.16, 0.5, 0.84}) {
+            double from = *greatest - 0.3, to = *greatest + 0.3;
+            while (to - from > 1e-7) {
+                const double value = (from + to) / 2;
+                double logarithm = 0;
+                for (const double height : heights)
+                    logarithm += std::log(std::erfc((height - value) / noise.deviation / std::sqrt(2.0)) / 2);
+                (logarithm / noise.correlationTime < std::log(share) ? from : to) = value;
+            }
+            const double middle = (*least + *greatest) / 2;
+            // Heights count in bins of a quarter of a deviation.
+            EXPECT_NEAR(OrderNoise(heights, noise).extremeQuantile(share, true) + middle, to, 3e-4) << run;
+            EXPECT_NEAR(OrderNoise(turned, noise).extremeQuantile(share, false) + middle, to, 3e-4) << run;
+        }
+    }
+}
+
+}  // namespace

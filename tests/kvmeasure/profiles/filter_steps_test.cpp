@@ -1,0 +1,137 @@
+// Filter steps as text: what each does to a profile, and which are refused. The running median by its plain
+// form.
+
+#include <kvmeasure/profiles/filter_steps.h>
+#include <tests/kvmeasure/calls.h>
+
+#include <algorithm>
+#include <cmath>
+#include <random>
+#include <vector>
+
+namespace {
+
+using namespace KvMeasure;
+using testing::HasSubstr;
+using TestSupport::errorOf;
+using TestSupport::textOf;
+
+struct Place {
+    float x, y;
+};
+
+KvMath::KvProfile after(const std::vector<Place>& points, const QString& steps) {
+    KvMath::KvProfile profile;
+    for (const Place& p : points)
+        profile.points.append({p.x, p.y});
+    int number = 0;
+    for (const FilterStep& step : parseSteps(steps))
+        applyStep(step, ++number, profile);
+    return profile;
+}
+
+std::vector<float> heightsAfter(const std::vector<Place>& points, const QString& steps) {
+    std::vector<float> heights;
+    for (const KvMath::KvPointXY& point : after(points, steps).points)
+        heights.push_back(point.y);
+    return heights;
+}
+
+/// By sorting every window anew.
+std::vector<float> mediansBySorting(const std::vector<Place>& points, int window, float gap) {
+    const int n = int(points.size());
+    const auto isJoined = [&](int i) {
+        return i > 0 && i < n && std::fabs(points[size_t(i)].x - points[size_t(i) - 1].x) <= gap;
+    };
+    std::vector<float> medians;
+    for (int i = 0; i < n; ++i) {
+        int reach = 0;
+        while (reach < window / 2 && isJoined(i - reach) && isJoined(i + reach + 1))
+            ++reach;
+        std::vector<float> heights;
+        for (int k = i - reach; k <= i + reach; ++k)
+            heights.push_back(points[size_t(k)].y);
+        std::sort(heights.begin(), heights.end());
+        medians.push_back(heights[size_t(reach)]);
+    }
+    return medians;
+}
+
+TEST(FilterSteps, MedianTakesTheMiddleHeightOfWindowsThatCrossNoGap) {
+    std::mt19937 random(7);
+    std::uniform_real_distribution<float> height(-1, 1);
+    std::vector<Place> points;
+    float x = 0;
+    for (int i = 0; i < 400; ++i) {
+        x += i % 57 == 56 ? 1.25F : i % 31 == 30 ? 0.6F : 0.125F;  // 10 pitches; 4.8, which is no gap
+        points.push_back({x, i % 3 == 0 ? 0.5F : height(random)});
+    }
+    for (const int window : {3, 5, 31, 399})
+        EXPECT_EQ(heightsAfter(points, QString("median %1").arg(window)),
+                  mediansBySorting(points, window, 0.625F));
+    const std::vector<Place> spike{{0, 0}, {1, 0}, {2, 0}, {3, 0}, {4, 0}, {5, 9},
+                                   {6, 0}, {7, 0}, {8, 0}, {9, 0}, {10, 0}};
+    EXPECT_THAT(heightsAfter(spike, "median 5"), testing::Each(0)) << "one spike of 9 mm";
+    EXPECT_THAT(heightsAfter(spike, "middle-by-x 5"), testing::Contains(9))
+        << "which is no median of heights";
+    const std::vector<float> slopes =
+        heightsAfter({{0, 0}, {0, 0}, {0, 0}, {1, 1}, {2, 3}, {3, 5}, {4, 9}, {5, 9}}, "slope 2; median 3");
+    EXPECT_TRUE(std::isnan(slopes[0]) && std::isnan(slopes[1])) << "unset heights stay";
+    EXPECT_EQ(slopes[2], 1);
+    EXPECT_EQ(slopes[3], 2);
+}
+
+TEST(FilterSteps, DoWhatTheirHelpSays) {
+    const std::vector<Place> hill{{0, 0}, {1, 0}, {2, 5}, {3, 0}, {4, 0}};
+    const struct {
+        const char* steps;
+        std::vector<float> heights;
+    } cases[] = {
+        {"cut-above 1 1", {0, 0, 0, 0}},
+        {"cut-below 0 1", {5}},
+        {"spikes-polar 2 90", {0, 0, 0, 0}},
+        {"trim-x 1 2", {0, 5}},
+        {" trim-x - 1 ;; trim-y 0 - ", {0, 0}},
+        {"trim-lower 0.5", {5}},
+        {"trim-upper 0.5", {0, 0, 0, 0}},
+        {"shift 1 2", {2, 2, 7, 2, 2}},
+        {"shift 0 1; rotate 180", {-1, -1, -6, -1, -1}},
+        {"trim-x 9 -; resample 1", {}},
+    };
+    for (const auto& c : cases) {
+        const std::vector<float> found = heightsAfter(hill, c.steps);
+        ASSERT_EQ(found.size(), c.heights.size()) << c.steps;
+        for (std::size_t i = 0; i < found.size(); ++i)
+            EXPECT_NEAR(double(found[i]), double(c.heights[i]), 1e-6) << c.steps;
+    }
+}
+
+TEST(FilterSteps, ThatMakeNoSenseAreRefusedWithTheirNumber) {
+    const char* const cases[][2] = {
+        {"median 3; meen 5", "step 2 \"meen 5\": unknown filter \"meen\"; did you mean \"mean\"?"},
+        {"smooth 5", "did you mean \"median\"?"},
+        {"trim-y 5 1", "the lower limit 5 is above the upper limit 1"},
+        {"median 4", "must be an odd whole number"},
+        {"median 4.5", "must be an odd whole number"},
+        {"mean 1e9", "must be from"},
+        {"trim-x nan 3", "\"nan\" is no number"},
+        {"resample 1e-6 0 1e6", "step 1 \"resample 1e-6 0 1e6\""},
+        {"sort-x;resample 1 5 2", "step 2 \"resample 1 5 2\": TO (2) must be"},
+        {"trim-x 1 1; resample 1 0 5", "step 2 \"resample 1 0 5\": needs at least"},
+        {"shift 1", "DY mm is missing; expected \"shift DX mm DY mm\""},
+        {"median 3 4", "unexpected \"4\""},
+        {"; ;", "names no step"},
+        {"", "names no step"},
+    };
+    for (const auto& [steps, reason] : cases) {
+        const Error error = errorOf([text = steps] { after({{0, 0}, {1, 0}, {2, 5}}, text); });
+        EXPECT_THAT(textOf(error), HasSubstr(reason)) << steps;
+        EXPECT_EQ(error.parameter(), "steps");
+    }
+    QString many = "sort-x";
+    for (int i = 0; i < 100; ++i)
+        many += ";sort-x";
+    EXPECT_THAT(textOf(errorOf([&many] { parseSteps(many); })), HasSubstr("more than 100 steps"));
+}
+
+}  // namespace

@@ -1,0 +1,262 @@
+// Profiles from text: what each spelling is taken for, what is refused, and with which way out.
+
+#include <kvmeasure/base/text.h>
+#include <kvmeasure/profiles/profile_file.h>
+#include <tests/kvmeasure/calls.h>
+#include <tests/support/scratch_directory.h>
+
+#include <QtCore/QRegularExpression>
+
+#include <cmath>
+
+namespace {
+
+using namespace KvMeasure;
+using TestSupport::errorOf;
+using TestSupport::textOf;
+
+QByteArray utf16(const QByteArray& text, bool isBigEndian, bool hasMark) {
+    QByteArray bytes = !hasMark ? "" : isBigEndian ? "\xFE\xFF" : "\xFF\xFE";
+    for (const char letter : text) {
+        const char pair[2] = {letter, '\0'};
+        bytes += pair[isBigEndian ? 1 : 0];
+        bytes += pair[isBigEndian ? 0 : 1];
+    }
+    return bytes;
+}
+
+/// "units um,mm; pitch 0.5" as the struct has it.
+TextOptions optionsOf(const QString& text) {
+    TextOptions options;
+    for (const QString& part : text.split("; ", Qt::SkipEmptyParts)) {
+        const QString name = part.section(' ', 0, 0);
+        const QString value = part.section(' ', 1);
+        if (name == "columns")
+            options.columns = value;
+        if (name == "pitch")
+            options.pitch = value.toDouble();
+        for (const QString& word : value.split(',')) {
+            if (name == "units")
+                options.units.append(*findLengthUnit(word));
+            if (name == "unset" && word == "none")
+                options.unset.keepsAll = true;
+            else if (name == "unset")
+                options.unset.values.push_back(word.toDouble());
+        }
+    }
+    return options;
+}
+
+class Text : public testing::Test {
+protected:
+    /// "points(-unset) x from..to y from..to" of each profile; x of unset points counts too.
+    static std::string taken(const QByteArray& content, const QString& options) {
+        TextProfiles text;
+        try {
+            TestSupport::ScratchDirectory::write("t.csv", content);
+            text = PointFile("t.csv").readText(optionsOf(options));
+        } catch (const Error& error) {
+            return error.what();
+        }
+        QStringList parts;
+        for (const TextProfile& taken : text.profiles) {
+            float x[2] = {taken.hasUnsetX ? taken.unsetX[0] : 1e38F,
+                          taken.hasUnsetX ? taken.unsetX[1] : -1e38F};
+            float y[2] = {1e38F, -1e38F};
+            for (const KvMath::KvPointXY& point : taken.profile.points) {
+                x[0] = std::min(x[0], point.x);
+                x[1] = std::max(x[1], point.x);
+                y[0] = std::min(y[0], point.y);
+                y[1] = std::max(y[1], point.y);
+            }
+            const auto range = [](const float* of) {
+                return QString("%1..%2").arg(double(of[0])).arg(double(of[1]));
+            };
+            parts << QString::number(taken.profile.points.size() + taken.unset) +
+                         (taken.unset > 0 ? QString::number(-taken.unset) : "") + ' ' + range(x) + ' ' +
+                         range(y);
+        }
+        return parts.join("; ").toStdString();
+    }
+
+private:
+    const TestSupport::ScratchDirectory scratch_;
+};
+
+struct Case {
+    const char* what;
+    QByteArray content;
+    const char* options;
+    const char* expected;
+};
+
+TEST_F(Text, UnitsAndNamesOfHeadingsAreUsed) {
+    const Case cases[] = {
+        {"brackets", "x [um];z [um]\n1000;2000\n3000;4500\n", "", "2 1..3 2..4.5"},
+        {"a unit each", "x (mm),z (\xC2\xB5m)\n1,2500\n2,2000\n", "", "2 1..2 2..2.5"},
+        {"Latin-1", "x [\xB5m],z [\xB5m]\n1000,2500\n", "", "1 1..1 2.5..2.5"},
+        {"words", "Position in inch\tHeight in inch\n1\t2\n", "", "1 25.4..25.4 50.8..50.8"},
+        {"last word", "x_m,z_m\n0.001,0.0025\n", "", "1 1..1 2.5..2.5"},
+        {"line of units", "title\nx;z\n[mm];[um]\n1;2000\n", "", "1 1..1 2..2"},
+        {"option for all", "1,2\n2,3\n", "units cm", "2 10..20 20..30"},
+        {"option for each", "x,z\n1,2000\n", "units inch,um", "1 25.4..25.4 2..2"},
+        {"option before heading", "x [um],z [um]\n1,2\n", "units mm", "1 1..1 2..2"},
+        {"comment above", "# made today\n#  x_um  z_um\n 1000   2000 \n", "", "1 1..1 2..2"},
+        {"number of the point", "n,x,z\n0,5,7\n1,6,8\n2,7,9\n", "", "3 5..7 7..9"},
+        {"number sign", "#;z;x\n1;7;5\n2;8;6\n", "", "2 5..6 7..8"},
+        {"other columns", "t,x,intensity,Height\n9,5,200,7\n9,6,201,8\n", "", "2 5..6 7..8"},
+        {"y across, z up", "z_mm,y_mm\n7,5\n8,6\n", "", "2 5..6 7..8"},
+        {"unknown names", "u,v\n5,7\n6,8\n", "", "2 5..6 7..8"},
+        {"a column of text", "part,y_mm,dr_mm\nE,5,7\nE,6,8\n", "", "2 5..6 7..8"},
+        {"by name", "a,b,c\n5,1,7\n6,1,8\n", "columns c,A", "2 7..8 5..6"},
+        {"by number", "5,1,7\n6,1,8\n", "columns 3,1", "2 7..8 5..6"},
+        {"without brackets", "xMm,ZMm\n1,2\n", "", "1 1..1 2..2"},
+        {"capitals", "X_MM,Z_UM\n1,2000\n", "", "1 1..1 2..2"},
+        {"another unit unused", "x;z;q\n[mm];[mm];[V]\n1;2;9\n", "", "1 1..1 2..2"},
+        {"quotes", "\"x, mm\",\"z\"\n\"1,5\",\"2,5\"\n", "", "1 1.5..1.5 2.5..2.5"},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(taken(c.content, c.options), c.expected) << c.what;
+}
+
+TEST_F(Text, WhatIsNoPointIsLeftOut) {
+    const Case cases[] = {
+        {"titles, heading, footer", "Line 3\n\nPart, good\nx;z\n1,5;2\n2,5;3\n\nend of data\nsee above\n", "",
+         "2 1.5..2.5 2..3"},
+        {"unset words", "0,5\n#N/A,6\n2,n/a\n3,NaN\n4,-\n5,\n6,1.#QNAN\n# 7,9\n8,6\n", "", "8-6 0..8 5..6"},
+        {"unset number", "x,z\n0,5\n1,-9999\n2,6\n3,-1\n", "unset -9999.0,-1", "4-2 0..3 5..6"},
+        {"kept", "x,z\n0,5\n1,-9999\n2,6\n", "unset none", "3 0..2 -9999..6"},
+        {"0 is a place", "x,z\n0,5\n1,0\n2,6\n", "unset 0", "3-1 0..2 5..6"},
+        {"-9999 is none", "x,z\n-9999,-9999\n1,5\n2,6\n", "unset -9999", "3-1 1..2 5..6"},
+        {"nines within", "0,998\n1,999\n2,1003\n", "", "3 0..2 998..1003"},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(taken(c.content, c.options), c.expected) << c.what;
+}
+
+TEST_F(Text, EncodingsAndLineEnds) {
+    const QByteArray text = "x_mm;z_mm\n1,5;2\n2,5;3\n3,5;4\n", rows = "1 5\n2 6\n3 7\n";
+    for (const bool isBigEndian : {false, true}) {
+        for (const bool hasMark : {false, true})
+            EXPECT_EQ(taken(utf16(text, isBigEndian, hasMark), ""), "3 1.5..3.5 2..4");
+    }
+    for (const char* end : {"\r", "\r\n", "\r\r\n", "\n\n", "\r\n\r\n"}) {
+        EXPECT_EQ(taken(QByteArray(rows).replace("\n", end), ""), "3 1..3 5..7") << end;
+        EXPECT_EQ(taken(QByteArray(text).replace("\n", end), ""), "3 1.5..3.5 2..4") << end;
+    }
+    for (const char* space : {"\xC2\xA0", "\xE2\x80\xAF", "\xA0", " \xC2\xA0"})
+        EXPECT_EQ(taken(QByteArray(rows).replace(" ", space), ""), "3 1..3 5..7") << space;
+    QByteArray many;
+    for (int i = 0; i < 30'000; ++i)
+        many += QByteArray::number(i) + ' ' + QByteArray::number(i % 7) + "\r\n";
+    EXPECT_EQ(taken(many, ""), "30000 0..29999 0..6");
+}
+
+TEST_F(Text, HeightsAloneAndSeveralProfiles) {
+    const QByteArray one = "0,5\n1,6\n2,7\n3,8\n", other = "0,6\n1,7\n2,8\n3,9\n", head = "x,z\n";
+    const char* const both = "4 0..3 5..8; 4 0..3 6..9";
+    QByteArray gap, stray, circle;
+    for (int i = 0; i < 60; ++i) {
+        const QByteArray x = QByteArray::number(0.1 * i + (i > 30 ? 50 : 0));
+        gap += x + ",1\n";
+        stray += (i == 9 || i == 40 ? QByteArray::number(i == 9 ? 90 : -90) : QByteArray::number(0.1 * i)) +
+                 ",1\n";
+        circle += QByteArray::number(std::cos(0.1 * i)) + ',' + QByteArray::number(std::sin(0.1 * i)) + '\n';
+    }
+    const Case cases[] = {
+        {"a column", "z\n5\n6\nnan\n7\n", "pitch 0.5", "4-1 0..1.5 5..7"},
+        {"a name, a blank and a unit", "z [um]\n5000\n6000\n7000\n", "pitch 0.5", "3 0..1 5..7"},
+        {"in a comment", "title of it\n# Height in mm\n5\n6\n7\n", "pitch 0.5", "3 0..1 5..7"},
+        {"chosen", "z,q\n5,1\n6,1\n7,1\n", "pitch 0.5; columns z", "3 0..1 5..7"},
+        {"beside numbers", "i;z [um]\n1;5000\n2;6000\n", "pitch 2", "2 0..2 5..6"},
+        {"a profile per row", "5;6;;8\n6;7;8;9\n", "pitch 1", "4-1 0..3 5..8; 4 0..3 6..9"},
+        {"blank line", one + "\n" + other, "", both},
+        {"heading again", head + one + head + other + "\nend\n", "", both},
+        {"title between", head + one + "Profile 2\n" + other, "", both},
+        {"x jumps back", one + other, "", both},
+        {"x jumps forth", "3,8\n2,7\n1,6\n0,5\n3,9\n2,8\n1,7\n0,6\n", "", both},
+        {"a gap is none", gap, "", "60 0..55.9 1..1"},
+        {"a stray point is none", stray, "", "60 -90..90 1..1"},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(taken(c.content, c.options), c.expected) << c.what;
+    EXPECT_EQ(taken(circle, "").substr(0, 3), "60 ");
+}
+
+TEST_F(Text, WhatIsNotClearIsRefusedWithTheWayOut) {
+    const QByteArray xz = "x,z\n0,5\n1,6\n2,7\n";
+    const Case cases[] = {
+        {"numbers beside two columns", "0,5,7\n1,6,8\n2,7,9\n", "", "column 1 counts 0, 1, 2, ..."},
+        {"heights alone", "5\n6\n7\n", "",
+         "column 1 holds heights alone; give their distance along x with --pitch"},
+        {"with numbers", "n,z\n1,5\n2,6\n", "", "column 2 \"z\" holds heights alone"},
+        {"number sign", "#;u\n1;5\n2;6\n", "", "column 2 \"u\" holds heights alone"},
+        {"frames", "frame,u\n1,5\n2,6\n", "", "column 2 \"u\" holds heights alone"},
+        {"in one row", "5;6;7;8\n", "", "has one row of 4 numbers; if they are heights"},
+        {"a profile per row", QByteArray("1;2;3;4;5;6;7;8;9\n").repeated(3), "",
+         "a profile per row needs --pitch"},
+        {"points of a scan", "x,y,z\n1,2,3\n", "", "\"x\", \"y\", \"z\": points of a scan"},
+        {"two heights", "x,z1,z2\n1,2,3\n", "",
+         "several are named alike; choose x and height with --columns"},
+        {"unknown names", "a,b,c\n1,2,3\n", "", "\"a\", \"b\", \"c\": none is named as x or as a height"},
+        {"no length", "x [mm],z [V]\n1,2\n", "",
+         "column 2 \"z [V]\": \"V\" is no unit of length known here; give"},
+        {"megametres", "x [Mm],z [Mm]\n1,2\n", "", "column 2 \"z [Mm]\": \"Mm\" is no unit of length known"},
+        {"megametres", "x_Mm,z_Mm\n1,2\n", "",
+         "column 2 \"z_Mm\": \"Mm\" is no unit of length known here; give"},
+        {"line of units", "x;z\n[Mm];[Mm]\n1;2\n", "",
+         "column 2 \"z\": \"Mm\" is no unit of length known here"},
+        {"line of units", "x;z\nkm;km\n1;2\n", "",
+         "line 2: \"km;km\" is neither a line of units known here nor"},
+        {"groups of digits",
+         "1\xC2\xA0"
+         "234,5;2\n2\xC2\xA0"
+         "234,5;3\n",
+         "", "line 1: has no-break spaces between"},
+        {"three units", xz, "units um,um,um", "points of a profile have x and height"},
+        {"one unit", "x,z [um]\n1,2\n", "",
+         "column 1 \"x\" has no unit, column 2 \"z [um]\" has one; give --units"},
+        {"unit in a title", "all in um\nx,z\n1,2\n", "", "line 1: \"all in um\" speaks of um"},
+        {"unit in a comment", "# unit: inch\n1,2\n", "", "\"# unit: inch\" speaks of inch"},
+        {"unset", "0,5\n1,-9999\n2,-9999\n3,5.5\n", "",
+         "line 2: -9999 occurs 2 time(s), far outside all other values; does it"},
+        {"16 bits", "x,z\n0,5\n1,-32.768\n2,6\n", "", "--unset -32.768, otherwise --unset none"},
+        {"only unset", "0,9999.0\n1,9999.0\n", "", "line 1: 9999 occurs 2 time(s)"},
+        {"metadata", "Date=1\nPoints=3\n\nx,z\n1,2\n", "", "line 1: \"Date=1\" is about the measurement"},
+        {"metadata", "Points;3\nx;y;z\n1;2;3\n1;2;3\n", "", "which begin in line 3, or put '#' in front"},
+        {"true values", "name,value,unit\ndepth,6,mm\n", "", "holds the true values of a simulated part"},
+        {"decimal commas", "x,z\n1,5,2,5\n2,5,3,5\n", "",
+         "line 1: the heading has 2 column(s), line 2 has 4"},
+        {"decimal commas", "z\n1,5\n2,5\n", "", "line 1: the heading has 1 column(s), line 2 has 2"},
+        {"other heading", xz + "z,x\n1,2\n", "", "line 5: another heading than in line 1"},
+        {"text in a row", xz + "3,abc\n", "", "line 5: column 2: expected a number, found \"abc\""},
+        {"no name", xz, "columns x,zz", "--columns: \"zz\" is no column; there are \"x\", \"z\""},
+        {"one of two", xz, "columns z", "holds heights alone"},
+        {"three", xz, "columns 1,2,3", "--columns needs x and height"},
+        {"pitch with x", xz, "pitch 1", "--pitch goes with heights alone"},
+        {"pitch of two", "1,2\n3,4\n", "pitch 1", "say which holds the heights"},
+    };
+    for (const Case& c : cases) {
+        TestSupport::ScratchDirectory::write("t.csv", c.content);
+        const Error error = errorOf([&c] { PointFile("t.csv").readText(optionsOf(c.options)); });
+        const std::string text = error.text([](const QString& name) { return "--" + name; }).toStdString();
+        EXPECT_THAT(text, testing::HasSubstr(c.expected)) << c.what;
+        EXPECT_THAT(text, testing::StartsWith("t.csv: ")) << c.what;
+        EXPECT_EQ(error.file(), "t.csv") << c.what;
+        const QRegularExpressionMatch line = QRegularExpression("^t.csv: line (\\d+):").match(error.text());
+        EXPECT_EQ(error.line(), line.captured(1).toInt()) << c.what;
+    }
+}
+
+TEST_F(Text, OfProfilesWithoutAPointOrOfAnotherFormIsRefused) {
+    TestSupport::ScratchDirectory::write("t.csv", "n,x,z\n1,5,7\n");
+    EXPECT_THAT(textOf(errorOf([] { loadOnlyProfile("t.csv", optionsOf("unset 7")); })),
+                testing::HasSubstr("holds no point;"));
+    TestSupport::ScratchDirectory::write("t.bin", QByteArray("\x02\x01\x00", 3) + QByteArray(8, '\0'));
+    TextOptions options = optionsOf("units um");
+    options.given = "units";
+    EXPECT_THAT(textOf(errorOf([&] { loadOnlyProfile("t.bin", options); })),
+                testing::HasSubstr("holds binary records, no text of profiles; leave units out"));
+}
+
+}  // namespace

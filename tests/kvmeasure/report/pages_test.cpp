@@ -1,0 +1,251 @@
+// Pages on results: nothing in a name is executed, the data are those of the report, memory has an end.
+
+#include <kvmeasure/base/text.h>
+#include <kvmeasure/report/match_page.h>
+#include <kvmeasure/report/pass_page.h>
+#include <kvmeasure/statistics/capability.h>
+#include <tests/kvmeasure/calls.h>
+
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QRegularExpression>
+
+#include <cmath>
+
+namespace {
+
+using namespace KvMeasure;
+using testing::HasSubstr;
+using testing::Not;
+
+const char* const kHostile = "</script><script>alert(1)</script><img src=x onerror=\"a()\">'\n\u4e2d";
+
+QJsonObject dataOf(const QByteArray& page, const char* id) {
+    const QByteArray start = QByteArray("<script type=\"application/json\" id=\"") + id + "\">";
+    const auto from = page.indexOf(start) + start.size();
+    QJsonParseError fault;
+    const QJsonObject object =
+        QJsonDocument::fromJson(page.mid(from, page.indexOf("</script>", from) - from), &fault).object();
+    EXPECT_EQ(fault.error, QJsonParseError::NoError) << id;
+    return object;
+}
+
+MatchedProfile profileOf(const InspectionPlan& plan, const QString& name, double height) {
+    MatchedProfile profile;
+    profile.name = name;
+    profile.z = NAN;
+    profile.found = 1;
+    Value value;
+    value.name = "top";
+    value.unit = "mm";
+    value.value = height;
+    value.isValid = !std::isnan(height);
+    value.reason = value.isValid ? "" : "no point";
+    value.u = 0.01;
+    value.hasTolerance = true;
+    value.tolerance = plan.tolerances["top"];
+    profile.best.values = {value};
+    return profile;
+}
+
+InspectionPlan planOf(const QString& name) {
+    InspectionPlan plan;
+    plan.name = name;
+    plan.regions.append(parseRegion("R = all"));
+    addTools("top = max in R : 5 +- 0.2", plan);
+    return plan;
+}
+
+TEST(HtmlPage, ShowsWhatNamesHoldAndExecutesNothing) {
+    HtmlPage page(kHostile);
+    page.setVerdict(false, kHostile);
+    page.addFact(kHostile, kHostile);
+    page.addFact("empty", "");
+    page.addTable(kHostile, {kHostile, "b"}, {{kHostile}, {"1", "OUT", "left out"}}, {{1, NAN, 2}, {}});
+    page.addTable("none", {}, {{"x"}});
+    page.addPicture(kHostile, "<svg/>");
+    page.addText(kHostile);
+    page.setPlots(kHostile, {1, 2}, {kHostile, kHostile},
+                  {{kHostile, kHostile, {1, NAN}, NAN, INFINITY}, {"short", "", {1}, 0, 1}});
+    page.setResults({{kHostile, kHostile}, {"line", "\u2028"}});
+    const QByteArray html = page.html();
+    EXPECT_THAT(html.toStdString(), Not(HasSubstr("<script>alert")));
+    EXPECT_THAT(html.toStdString(), Not(HasSubstr("<img src=x")));
+    EXPECT_THAT(html.toStdString(), Not(HasSubstr(">empty<")));
+    EXPECT_EQ(html.count("<script"), html.count("</script>"));
+    EXPECT_EQ(html.count("<table>"), 1);
+    EXPECT_EQ(html.count("<tr><td"), 2);
+    EXPECT_FALSE(html.contains("src=\"http") || html.contains("href=\"http")) << "nothing is fetched";
+    EXPECT_EQ(dataOf(html, "results")[kHostile].toString(), kHostile);
+    const QJsonObject plots = dataOf(html, "plots");
+    ASSERT_EQ(plots["series"].toArray().size(), 1) << "a series of another length is left out";
+    EXPECT_EQ(plots["series"].toArray()[0].toObject()["values"].toArray(), (QJsonArray{1, QJsonValue()}));
+    EXPECT_TRUE(plots["series"].toArray()[0].toObject()["upper"].isNull());
+    EXPECT_THAT(HtmlPage("").html().toStdString(), HasSubstr("<h1>Results</h1>"));
+}
+
+TEST(MatchPage, HoldsTheReportAndTheWorstProfiles) {
+    const InspectionPlan plan = planOf(kHostile);
+    MatchPage page(plan, MatchReport::JsonValues);
+    QString json;
+    MatchReport report(MatchReport::JsonValues, plan, false, false,
+                       [&](const QString& more) { json += more; });
+    int drawn = 0;
+    for (int i = 0; i < 40; ++i) {
+        const double height = i == 30 ? NAN : i == 20 ? 5.5 : 5 + 0.001 * i;
+        const MatchedProfile profile = profileOf(plan, QString("part %1").arg(i), height);
+        report.add(profile);
+        page.add(profile, [&] {
+            ++drawn;
+            return QByteArray("<svg/>");
+        });
+    }
+    report.finish();
+    const QByteArray html = page.html();
+    EXPECT_EQ(dataOf(html, "results"), QJsonDocument::fromJson(json.toUtf8()).object());
+    EXPECT_EQ(html.count("<figure>"), MatchPage::kMostPictures);
+    EXPECT_LT(html.indexOf("part 30: NOT"), html.indexOf("part 20: OUT"));
+    EXPECT_LT(html.indexOf("part 20: OUT"), html.indexOf("part 39: good"));
+    EXPECT_FALSE(html.contains("part 5: good</fig"));
+    EXPECT_THAT(html.toStdString(), HasSubstr("NOT GOOD: 2 of 40 profiles"));
+    EXPECT_THAT(html.toStdString(), HasSubstr("<td class=\"number\">0.0200</td>")) << "U at most";
+    EXPECT_EQ(dataOf(html, "plots")["places"].toArray().size(), 40);
+}
+
+// From 21 profiles on: places of findings count the profiles without a value, too.
+TEST(MatchPage, ChartsTheValuesOfABatch) {
+    const InspectionPlan plan = planOf("batch");
+    for (const int count : {20, 21}) {
+        MatchPage page(plan, MatchReport::JsonValues);
+        std::vector<double> values;
+        for (int i = 0; i < count; ++i) {
+            const double height = i == 3 ? NAN : i == 15 ? 5.15 : 5 + 0.001 * (i % 3);
+            page.add(profileOf(plan, kHostile, height), {});
+            if (i != 3)
+                values.push_back(height);
+        }
+        const QByteArray html = page.html();
+        const QJsonObject series = dataOf(html, "plots")["series"].toArray()[0].toObject();
+        EXPECT_EQ(html.contains("<h2>Control charts"), count == 21);
+        EXPECT_EQ(series["centre"].isNull(), count == 20);
+        EXPECT_THAT(html.toStdString(), Not(HasSubstr("<script>alert")));
+        if (count == 20)
+            continue;
+        EXPECT_EQ(series["findings"].toArray().last().toArray(), (QJsonArray{15, "beyond 3 deviations"}));
+        EXPECT_THAT(html.toStdString(),
+                    HasSubstr("img src=x onerror=&quot;a()&quot;&gt;'\n\u4e2d: beyond 3 dev"));
+        const Capability expected = capability(values, {4.8, 5.2});
+        for (const double figure : {expected.cpk, expected.ppk.value})
+            EXPECT_THAT(html.toStdString(), HasSubstr(">" + QString::number(figure).toStdString()));
+    }
+}
+
+TEST(MatchPage, LeavesOutTheDataOfTooManyProfiles) {
+    const InspectionPlan plan = planOf("many");
+    MatchPage page(plan, MatchReport::JsonValues);
+    for (int i = 0; i < 10000; ++i)
+        page.add(profileOf(plan, QString("profile of a rather long name %1").arg(i), 5), {});
+    const QByteArray html = page.html();
+    EXPECT_LT(html.size(), 5'000'000);
+    EXPECT_EQ(dataOf(html, "results")["profilesLeftOut"].toInt(), 10000);
+    EXPECT_EQ(dataOf(html, "results")["profileCount"].toInt(), 10000);
+    EXPECT_THAT(html.toStdString(), HasSubstr("GOOD: 10000 of 10000 profiles"));
+    MatchPage empty(plan, MatchReport::Json);
+    EXPECT_THAT(empty.html().toStdString(), HasSubstr("NOT GOOD: 0 of 0"));
+}
+
+/// A wheel of the document of a pass that is measured, with the limits of its flange height.
+QJsonObject wheelOf(const QString& verdict, const QString& reason) {
+    const QJsonObject limit{{"symbol", "Sh"},  {"quantity", "flange height"}, {"value", 28.25},
+                            {"minimum", 26},   {"maximum", QJsonValue()},     {"verdict", verdict},
+                            {"reason", reason}};
+    return {{"radius", 480},
+            {"flangeHeight", 28.25},
+            {"thicknessFromBack", 31},
+            {"flangeSteepness", 9},
+            {"runningDiameter", 900},
+            {"defect", false},
+            {"notes", QJsonArray()},
+            {"limits", QJsonArray{limit}},
+            {"verdict", verdict},
+            {"uncertainties", QJsonObject{{"flangeHeight", QJsonObject{{"U", 0.054}}},
+                                          {"runningDiameter", QJsonObject{{"reason", "too few points"}}}}}};
+}
+
+QJsonObject passOf(const QJsonObject& left, const QJsonObject& right, int count) {
+    QJsonArray wheelsets;
+    for (int i = 1; i <= count; ++i)
+        wheelsets.append(QJsonObject{{"wheelset", i},
+                                     {"travel", 1000 * i},
+                                     {"backToBack", 1360},
+                                     {"left", left},
+                                     {"right", right},
+                                     {"notes", QJsonArray()}});
+    return {{"wheelsets", wheelsets}, {"recordings", QJsonArray()}, {"notes", QJsonArray{kHostile}}};
+}
+
+// What stands first is what is worst; a value without limits, and one that is missing, are not called good.
+TEST(PassPage, SaysOfEachWheelWhatIsNotGood) {
+    const auto with = [](const char* key, const QJsonValue& value) {
+        QJsonObject wheel = wheelOf("good", "");
+        wheel[key] = value;
+        return wheel;
+    };
+    const QJsonObject good = wheelOf("good", "");
+    QJsonObject plain = with("limits", QJsonArray());
+    plain.remove("verdict");
+    const struct {
+        QJsonObject left;
+        const char *verdict, *word;
+    } cases[] = {
+        {good, "&#10003; COMPLETE", "left good; right good"},
+        {plain, "&#10003; COMPLETE", "left complete; right good"},
+        {with("defect", true), "NOT GOOD: 1 wheel(s) with a defect", "left DEFECT; right good"},
+        {with("defect", QJsonValue()), "NOT GOOD: 1 wheel(s) or", "left NOT SEARCHED for defects; right"},
+        {with("radius", QJsonValue()), "NOT GOOD: 1 wheel(s) or", "left NOT MEASURED; right good"},
+        {with("notes", QJsonArray{kHostile}), "1 wheel(s) or wheelset(s) with notes", "left NOT SURE"},
+        {wheelOf("OUT", kHostile), "NOT GOOD: 1 wheel(s) or wheelset(s) out", "left OUT; right good"}};
+    for (const auto& expected : cases) {
+        const QJsonObject results = passOf(expected.left, good, 1);
+        const QByteArray html = PassPage(kHostile).html(results);
+        EXPECT_THAT(html.toStdString(),
+                    testing::AllOf(HasSubstr(expected.verdict), HasSubstr(expected.word),
+                                   Not(HasSubstr("<script>alert")), Not(HasSubstr("<img src=x"))));
+        EXPECT_EQ(dataOf(html, "results"), results);
+        EXPECT_THAT(html.toStdString(),
+                    testing::AllOf(HasSubstr("<td class=\"number\">28.250 \u00b1 0.054</td>"),
+                                   HasSubstr("at least 26"), HasSubstr("no U: too few points")));
+    }
+    EXPECT_THAT(PassPage("").html({}).toStdString(), HasSubstr("NOT GOOD: no wheelset was seen"));
+    QJsonObject damaged = passOf(good, good, 1);
+    damaged["recordings"] = QJsonArray{QJsonObject{{"damagedAt", 17}}};
+    EXPECT_THAT(PassPage("").html(damaged).toStdString(), HasSubstr("NOT GOOD: 1 recording(s) damaged"));
+}
+
+TEST(PassPage, HoldsTheWorstWheelsOfALongTrainBelow5MB) {
+    PassPage page("long");
+    WheelResult wheel;
+    wheel.defect = 0;
+    int drawn = 0;
+    for (int i = 0; i < 1000; ++i) {
+        wheel.defect = i == 900 ? 1 : 0;
+        page.add(wheel, i == 950 ? "OUT" : "good", QString("wheel %1").arg(i), [&] {
+            ++drawn;
+            return QByteArray(60'000, ' ');
+        });
+    }
+    EXPECT_EQ(drawn, PassPage::kMostPictures + 2);
+    QJsonObject results = passOf(wheelOf("good", QString(400, '<')), wheelOf("good", ""), 2000);
+    QJsonArray wheelsets = results["wheelsets"].toArray();
+    QJsonObject bad = wheelsets[1900].toObject();
+    bad["backToBack"] = QJsonValue();
+    wheelsets[1900] = bad;
+    results["wheelsets"] = wheelsets;
+    const QByteArray html = page.html(results);
+    EXPECT_LT(html.size(), 5'000'000);
+    EXPECT_EQ(dataOf(html, "results")["wheelsetsLeftOut"].toInt(), 2000);
+    EXPECT_LT(html.indexOf("<figcaption>wheel 900<"), html.indexOf("<figcaption>wheel 950<"));
+    EXPECT_THAT(html.toStdString(), HasSubstr("Wheelset 1901: left good; right good; both NOT MEASURED"));
+}
+
+}  // namespace

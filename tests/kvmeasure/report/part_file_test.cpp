@@ -1,0 +1,190 @@
+// Part files: whatever is left of a run, the next one ends with the same part; merging gives what one run
+// gives.
+
+#include <kvmeasure/report/csv_row.h>
+#include <kvmeasure/report/part_file.h>
+#include <kvmeasure/report/part_merge.h>
+#include <kvmeasure/report/part_statistics.h>
+#include <tests/kvmeasure/calls.h>
+#include <tests/support/random_data.h>
+#include <tests/support/scratch_directory.h>
+
+namespace {
+
+using namespace KvMeasure;
+using testing::HasSubstr;
+using TestSupport::errorOf;
+using TestSupport::textOf;
+
+class Parts : public testing::Test {
+protected:
+    static QByteArray read(const QString& name) { return TestSupport::ScratchDirectory::read(name); }
+    static QString write(const QString& name, const QByteArray& bytes) {
+        return TestSupport::ScratchDirectory::write(name, bytes);
+    }
+
+    static PartHead head(const QByteArray& plan = "aa") {
+        return {"match", "1.0.0", "profile,z_mm,depth_mm,verdict,note\n", plan, {{"depth", "mm", 2, {0, 5}}}};
+    }
+
+    /// Files f0, f1, ...; file i has i % 3 profiles, or a row that says why not.
+    static void work(PartFile& part, FileList& list) {
+        for (ListedFile file; !part.isComplete() && list.next(file);) {
+            if (part.wasDone())
+                continue;
+            const int i = file.path.mid(1).toInt();
+            for (int k = 0; k < i % 3; ++k)
+                part.add(csvRow({file.path + QString("#%1").arg(k), "", QString::number(i * 0.1 + k), "found",
+                                 "a, \"b\""})
+                             .toUtf8(),
+                         k == 0 ? PartRow::Good : PartRow::Missed);
+            if (i % 3 == 0)
+                part.add(csvRow({file.path, "", "", "NOT READ", "no such file"}).toUtf8(), PartRow::Failed);
+            part.endFile();
+        }
+    }
+
+    static QByteArray names(int from, int to) {
+        QByteArray text;
+        for (int i = from; i < to; ++i)
+            text += 'f' + QByteArray::number(i) + '\n';
+        return text;
+    }
+
+    static PartTotals make(const QString& path, const QByteArray& listed, const PartHead& of = head()) {
+        FileList list(write("list.txt", listed));
+        PartFile part(path, of, list);
+        work(part, list);
+        part.commit();
+        return part.totals();
+    }
+
+private:
+    const TestSupport::ScratchDirectory scratch_;
+};
+
+TEST_F(Parts, EveryCutAndEveryWrongByteOfAPartialResultLeadsToTheSamePart) {
+    const PartTotals totals = make("whole.csv", names(0, 5));
+    EXPECT_EQ(totals.files, 5);
+    EXPECT_EQ(totals.rows, 6);
+    EXPECT_EQ(totals.missed, 1);
+    EXPECT_EQ(totals.failed, 2);
+    {
+        FileList list(write("list.txt", names(0, 5)));
+        PartFile part("left.csv", head(), list);
+        work(part, list);
+    }
+    const QByteArray left = read("left.csv.partial");
+    ASSERT_GT(left.size(), 300);
+    int mostDone = 0;
+    for (int i = 0; i < 2 * left.size(); i += 3) {
+        SCOPED_TRACE(i);
+        QByteArray damaged = left.left(i / 2);
+        if (i % 2 == 1) {
+            damaged = left;
+            damaged[i / 2] = static_cast<char>(damaged[i / 2] ^ 1);
+        }
+        write("part.csv.partial", damaged);
+        try {
+            FileList list("list.txt");
+            PartFile part("part.csv", head(), list);
+            mostDone = qMax(mostDone, static_cast<int>(part.totals().files));
+            work(part, list);
+            part.commit();
+        } catch (const Error& error) {  // a first word that is not the program's
+            EXPECT_THAT(textOf(error), HasSubstr("part.csv.partial: is no partial result; move it away"));
+            EXPECT_LT(i, 20);
+            EXPECT_EQ(read("part.csv.partial"), damaged);
+            continue;
+        }
+        ASSERT_EQ(read("part.csv"), read("whole.csv"));
+        ASSERT_EQ(read("part.csv.partial"), "none");
+        QFile::remove("part.csv");
+    }
+    EXPECT_GE(mostDone, 4) << "what was done was not measured again";
+}
+
+TEST_F(Parts, MergedPartsAreOneRunByteByByte) {
+    make("all.csv", names(0, 12));
+    for (int cut = 1; cut < 12; ++cut) {
+        SCOPED_TRACE(cut);
+        make("a.csv", names(0, cut));
+        make("b.csv", names(cut, 12));
+        const MergedParts merged = mergeParts({"a.csv", "b.csv"}, "merged.csv");
+        EXPECT_EQ(read("merged.csv"), read("all.csv"));
+        EXPECT_EQ(merged.duplicates, 0);
+        for (const char* name : {"a.csv", "b.csv", "merged.csv"})
+            QFile::remove(name);
+    }
+    const ValueSeries depth = readPartValues("all.csv").at(0);
+    EXPECT_EQ(depth.values, (std::vector<double>{0.1, 0.2, 1.2, 0.4, 0.5, 1.5, 0.7, 0.8, 1.8, 1, 1.1, 2.1}));
+    EXPECT_EQ(depth.missing, 4);
+    EXPECT_EQ(depth.limits.upper, 5);
+    const QJsonObject json = partStatisticsJson({depth})[0].toObject();
+    EXPECT_NEAR(json["mean"].toDouble(), 11.4 / 12, 1e-15);
+    EXPECT_NEAR(json["percentiles"].toObject()["50"].toDouble(), 0.9, 1e-15);
+    make("again.csv", "f7\nf1\n#\nf7\n");
+    const MergedParts merged = mergeParts({"all.csv", "again.csv"}, "merged.csv");
+    EXPECT_EQ(merged.duplicates, 3);
+    EXPECT_EQ(merged.duplicate, "f7#0");
+}
+
+TEST_F(Parts, WhatDoesNotGoTogetherIsRefused) {
+    make("a.csv", names(0, 3));
+    FileList list("list.txt");
+    FileList other(write("other.txt", names(0, 4)));
+    const QByteArray whole = read("a.csv");
+    const auto partOf = [](const QString& path, const PartHead& of, const FileList& from) {
+        return textOf(errorOf([&] { PartFile(path, of, from); }));
+    };
+    EXPECT_THAT(partOf("a.csv", head("bb"), list),
+                HasSubstr("a.csv: is there and was made with another plan"));
+    EXPECT_THAT(partOf("a.csv", head(), other), HasSubstr("made with another list, of 3 files"));
+    EXPECT_THAT(partOf(write("x.csv", "1,2\n"), head(), list), HasSubstr("is there and is no complete part"));
+    EXPECT_THAT(partOf("none/x.csv", head(), list), HasSubstr("none/x.csv: cannot be written"));
+    const PartFile held("held.csv", head(), list);
+    EXPECT_THAT(partOf("held.csv", head(), list), HasSubstr("another run of kvmeasure writes this part"));
+    EXPECT_TRUE(PartFile("a.csv", head(), list).isComplete());
+    EXPECT_EQ(read("a.csv"), whole);
+
+    make("b.csv", names(3, 4), head("bb"));
+    PartHead columns = head();
+    columns.columns = "profile,z_mm,width_mm,verdict,note\n";
+    make("c.csv", names(3, 4), columns);
+    write("cut.csv", whole.left(whole.size() - 1));
+    write("short.csv", QByteArray(whole).remove(whole.indexOf("f1"), 1));
+    const struct {
+        QStringList parts;
+        const char* reason;
+    } merges[] = {{{"a.csv", "b.csv"}, "b.csv: was made with another plan or other options than a.csv"},
+                  {{"a.csv", "c.csv"}, "c.csv: was made with other columns than a.csv"},
+                  {{"a.csv", "./a.csv"}, "./a.csv: is named twice"},
+                  {{"a.csv", "cut.csv"}, "cut.csv: is no complete part"},
+                  {{"short.csv"}, "its rows were changed"},
+                  {{"a.csv", "list.txt"}, "list.txt: is no complete part"},
+                  {{"a.csv", "out.csv"}, "out.csv: is read by this command"}};
+    for (const auto& merge : merges)
+        EXPECT_THAT(textOf(errorOf([&] { mergeParts(merge.parts, "out.csv"); })), HasSubstr(merge.reason));
+    EXPECT_EQ(read("out.csv"), "none");
+}
+
+TEST_F(Parts, RowsAreReadAsTheyWereWritten) {
+    TestSupport::Draws draws(5);
+    const QString letters = "a,\"# é";
+    for (int run = 0; run < 500; ++run) {
+        QStringList fields;
+        for (int i = 0; i < 4; ++i) {
+            fields.append(QString());
+            while (draws.integer(0, 9) < 7)
+                fields.last() += letters[draws.integer(0, 5)];
+        }
+        const QByteArray row = csvRow(fields).toUtf8();
+        EXPECT_FALSE(row.startsWith('#'));
+        const QList<QByteArray> taken = csvFields(row);
+        ASSERT_EQ(taken.size(), fields.size()) << row.constData();
+        for (int i = 0; i < fields.size(); ++i)
+            EXPECT_EQ(QString::fromUtf8(taken[i]), fields[i]) << row.constData();
+    }
+}
+
+}  // namespace

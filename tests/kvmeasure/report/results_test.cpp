@@ -1,0 +1,155 @@
+// Results of "match" and "measure" read again, and the statistics made of them.
+
+#include <kvmeasure/report/match_report.h>
+#include <kvmeasure/report/match_results.h>
+#include <tests/kvmeasure/calls.h>
+#include <tests/support/scratch_directory.h>
+
+#include <QtCore/QJsonDocument>
+
+#include <cmath>
+
+namespace {
+
+using namespace KvMeasure;
+using testing::HasSubstr;
+using TestSupport::errorOf;
+using TestSupport::textOf;
+
+MatchResults resultsOf(const QByteArray& bytes) {
+    const TestSupport::ScratchDirectory scratch;
+    QFile file(TestSupport::ScratchDirectory::write("r", bytes));
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+    return readMatchResults(file, "r");
+}
+
+/// A plan with two tools, one of which has a tolerance, and the report of three profiles: 5.1, none, 4.9.
+QString reportOf(MatchReport::Form form, bool givesStatistics) {
+    InspectionPlan plan;
+    plan.regions.append(parseRegion("R = all"));
+    addTools("top = max in R : 5 +- 0.2; box = box in R", plan);
+    QString text;
+    MatchReport report(form, plan, false, givesStatistics, [&text](const QString& more) { text += more; });
+    report.setGivesStatistics(givesStatistics);
+    int number = 0;
+    for (const double height : {5.1, std::nan(""), 4.9}) {
+        MatchedProfile profile;
+        profile.name = QString("part_%1.csv").arg(number++);
+        profile.z = NAN;
+        profile.found = 1;
+        Value value;
+        value.name = "top";
+        value.unit = "mm";
+        value.value = height;
+        value.isValid = !std::isnan(height);
+        value.reason = value.isValid ? "" : "no point";
+        value.hasTolerance = true;
+        value.tolerance = plan.tolerances["top"];
+        profile.best.values = {value};
+        report.add(profile);
+    }
+    report.finish();
+    return text;
+}
+
+TEST(MatchResults, AreThoseOfTheReport) {
+    for (const MatchReport::Form form : {MatchReport::JsonValues, MatchReport::Csv}) {
+        const MatchResults results = resultsOf(reportOf(form, false).toUtf8());
+        EXPECT_EQ(results.profiles, 3);
+        const ValueSeries& top = results.named("top");
+        EXPECT_EQ(top.values, (std::vector<double>{5.1, 4.9}));
+        EXPECT_EQ(top.missing, 1);
+        EXPECT_EQ(top.unit, "mm");
+        EXPECT_EQ(top.sources, (QStringList{"part_0.csv", "part_2.csv"}));
+        EXPECT_EQ(top.limits.upper, form == MatchReport::Csv ? INFINITY : 5.2);
+        EXPECT_THAT(textOf(errorOf([&] { results.named("tip"); })), HasSubstr("did you mean \"top\""));
+    }
+    const MatchResults wheels = resultsOf("{\"sections\": [{\"file\": \"a\", \"Sh\": 28.5, \"Sd\": null}, "
+                                          "{\"file\": \"b\", \"Sh\": 27.5, \"qR\": 7, \"notes\": []}]}");
+    EXPECT_EQ(wheels.profiles, 2);
+    EXPECT_EQ(wheels.series.size(), 2) << "Sd is nowhere a number";
+    EXPECT_THAT(wheels.named("Sh").values, testing::ElementsAre(28.5, 27.5));
+    EXPECT_EQ(wheels.named("qR").sources, QStringList{"b"});
+    EXPECT_EQ(wheels.named("qR").missing, 1);
+    const MatchResults best = resultsOf("profile,z_mm,assignment,d_mm,d_U_mm,a_deg,verdict,note\np,,best,1,0."
+                                        "1,2,found,\np,,2,7,0.1,8,found,\n");
+    EXPECT_EQ(best.named("d").values, std::vector<double>{1});
+    EXPECT_EQ(best.named("a").unit, "deg");
+    EXPECT_EQ(best.series.size(), 2);
+    EXPECT_EQ(best.profiles, 1);
+    const std::pair<const char*, const char*> refused[] = {
+        {"{\"profiles\": 3}", "has no \"profiles\""},
+        {"{\"profiles\": [", "is no JSON"},
+        {"{}", "has no \"profiles\""},
+        {"{\"profiles\": [{\"measurements\": [{}]}]}", "has no name"},
+        {"{\"profiles\": [{\"measurements\": [{\"name\": \"a\", \"unit\": \"mm\"}, {\"name\": \"a\"}]}]}",
+         "has unit"},
+        {"{\"profiles\": [{\"measurements\": [{\"name\": \"a\", \"max\": 1}, {\"name\": \"a\", \"max\": "
+         "2}]}]}",
+         "another tolerance"},
+        {"a,b\n1,2\n", "is no output of"},
+        {"profile,z_mm,verdict\nx,y,z\n", ""},
+    };
+    for (const auto& [text, reason] : refused) {
+        if (*reason != '\0') {
+            EXPECT_THAT(textOf(errorOf([bytes = text] { resultsOf(bytes); })), HasSubstr(reason)) << text;
+        } else {
+            EXPECT_TRUE(resultsOf(text).series.isEmpty());
+        }
+    }
+}
+
+TEST(MatchReport, GivesStatisticsOfEachValue) {
+    const QJsonObject json =
+        QJsonDocument::fromJson(reportOf(MatchReport::JsonValues, true).toUtf8()).object();
+    const QJsonArray all = json["statistics"].toArray();
+    ASSERT_EQ(all.size(), 7);  // top with its place, and the five of the box
+    const QJsonObject top = all[0].toObject();
+    EXPECT_EQ(top["name"].toString(), "top");
+    EXPECT_EQ(top["count"].toInt(), 2);
+    EXPECT_EQ(top["missing"].toInt(), 1);
+    EXPECT_NEAR(top["standardDeviation"].toDouble(), std::sqrt(0.02), 1e-15);
+    EXPECT_NEAR(top["pp"].toDouble(), 0.4 / 6 / std::sqrt(0.02), 1e-12);
+    EXPECT_NEAR(top["cp"].toDouble(), 0.4 / 6 / (0.2 / 1.1283791670955126), 1e-9);
+    EXPECT_EQ(top["limits"].toArray(), (QJsonArray{4.8, 5.2}));
+    EXPECT_TRUE(top["normality"].isNull());
+    EXPECT_FALSE(top["reasons"].toObject()["normality"].toString().isEmpty());
+    const QJsonObject box = all[2].toObject();
+    EXPECT_EQ(box["count"].toInt(), 0);
+    EXPECT_TRUE(box["mean"].isNull());
+    EXPECT_EQ(box["reasons"].toObject()["mean"].toString(), "there is no value");
+    EXPECT_FALSE(json["profiles"].toArray().isEmpty());
+    for (const MatchReport::Form form : {MatchReport::Text, MatchReport::Csv}) {
+        const std::string text = reportOf(form, true).toStdString();
+        EXPECT_THAT(text, HasSubstr("Ppk"));
+        EXPECT_THAT(text, HasSubstr("0.471405"));
+        EXPECT_THAT(reportOf(form, false).toStdString(), testing::Not(HasSubstr("Ppk")));
+    }
+    // The comments below CSV do not disturb its reader.
+    EXPECT_EQ(resultsOf(reportOf(MatchReport::Csv, true).toUtf8()).profiles, 3);
+}
+
+TEST(SeriesReport, HasAReasonForEveryNull) {
+    ValueSeries one{"d", "mm", {}, {}, {}, 3, {}};
+    for (const std::vector<double>& values :
+         {std::vector<double>{}, {1.0}, {2.0, 2.0, 2.0}, {1.0, 2.0, 1.5, 1.2}, {1.0, 1.0, 2.0, 2.0}}) {
+        for (const Limits& limits : {Limits{}, Limits{0, 3}, Limits{0, INFINITY}}) {
+            one.values = values;
+            one.limits = limits;
+            SeriesSettings settings;
+            settings.reference = 1.4;
+            SeriesReport report(one, settings);
+            const QJsonObject json = report.json();
+            for (auto it = json.begin(); it != json.end(); ++it) {
+                if (it->isNull()) {
+                    EXPECT_FALSE(json["reasons"].toObject()[it.key()].toString().isEmpty())
+                        << it.key().toStdString();
+                }
+            }
+            EXPECT_FALSE(report.text().contains("nan"));
+            EXPECT_FALSE(seriesTable({one}).contains("nan"));
+        }
+    }
+}
+
+}  // namespace

@@ -1,0 +1,147 @@
+// Tables, spans and JSON of values, with what is missing in them.
+
+#include <kvmeasure/inspection/expression.h>
+#include <kvmeasure/report/json.h>
+#include <kvmeasure/report/match_report.h>
+#include <kvmeasure/report/table.h>
+
+#include <gmock/gmock.h>
+
+#include <QtCore/QJsonDocument>
+
+#include <limits>
+
+namespace {
+
+using namespace KvMeasure;
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+TEST(Tables, AlignNumbersRightAndKeepTheirColumnsAcrossPieces) {
+    Table table({"name", "mm"});
+    table.add({"a\nb", "1.5"});
+    table.add({"c", "-"});
+    table.add({"d"});
+    EXPECT_EQ(table.takeText(), "name       mm\n"
+                                "a\\u000ab  1.5\n"
+                                "c           -\n"
+                                "d\n");
+    EXPECT_EQ(table.size(), 0);
+    table.add({"long enough", "-10.25"});
+    EXPECT_EQ(table.takeText(), "long enough  -10.25\n");
+    table.add({"e", "2"});
+    EXPECT_EQ(table.text(), "e                 2\n") << "as wide as the piece before";
+    Table text({"what"});
+    text.add({"1"});
+    text.add({"x"});
+    EXPECT_EQ(text.text(), "what\n1\nx\n");
+}
+
+TEST(Spans, OfNothingAreEmpty) {
+    Span span;
+    EXPECT_EQ(span.text(), "-");
+    EXPECT_TRUE(span.json().isNull());
+    span.add(kNaN);
+    EXPECT_TRUE(span.isEmpty());
+    span.add(2);
+    span.add(kNaN);
+    span.add(-1);
+    EXPECT_EQ(span.text(), "-1.0000 .. 2.0000");
+    EXPECT_EQ(span.json(), QJsonValue(QJsonArray{-1, 2}));
+    span.add(kInfinity);
+    EXPECT_EQ(span.json(), QJsonValue(QJsonArray{-1, QJsonValue()})) << "JSON has no infinity";
+}
+
+TEST(JsonOfValues, HasNullForWhatIsMissing) {
+    Value missing;
+    missing.name = "depth";
+    missing.unit = "mm";
+    missing.value = 7;
+    missing.hasTolerance = true;
+    missing.tolerance = {6, -0.1, 0.2, true};
+    Value limited = missing;
+    limited.isValid = true;
+    limited.tolerance = {0, -kInfinity, 6.5, /*hasNominal=*/false};
+    const QJsonArray values = jsonValues({missing, limited});
+    const QJsonObject first = values[0].toObject(), second = values[1].toObject();
+    for (const char* key : {"value", "deviation"})
+        EXPECT_TRUE(first.contains(key) && first[key].isNull()) << key;
+    EXPECT_EQ(first["valid"], false);
+    EXPECT_EQ(first["withinTolerance"], false) << "what is not measured is not good";
+    EXPECT_EQ(first["nominal"], 6);
+    EXPECT_EQ(second["value"], 7);
+    EXPECT_EQ(second["max"], 6.5);
+    EXPECT_EQ(second["withinTolerance"], false);
+    for (const char* key : {"min", "nominal", "lower", "upper", "deviation"})
+        EXPECT_TRUE(second.contains(key) && second[key].isNull()) << key;
+    for (const char* key : {"note", "warning", "freeEdges"})
+        EXPECT_FALSE(second.contains(key)) << key;
+    EXPECT_EQ(second["reason"], "");
+    EXPECT_FALSE(QJsonDocument(jsonSegments({{{kNaN, 0}, {1, 1}}})).toJson().contains("nan"));
+}
+
+/// Two lines, (0, 0) to (10, 0) and one of no length at (10, 5).
+TEST(Reports, SayInEveryFormWhyAValueIsMissing) {
+    const Segments segments{KvMath::LinePP({0, 0}, {10, 0}), KvMath::LinePP({10, 5}, {10, 5})};
+    constexpr int all[] = {0, 2};
+    constexpr int first[] = {0, -1};
+    const struct {
+        const char* statement;
+        const int* codes;
+        const char* reason;
+    } cases[] = {
+        {"intersection 0 0", all, "its lines do not meet"},
+        {"point 0 1e308", all, "the point is too far away for a number"},
+        {"between 0.start 0.end 1e308", all, "the point is too far away for a number"},
+        {"shift 0 1 90 ref 1", all, "a line that it reads has no length"},
+        {"length 1", first, "a line that it reads was not found"},
+        {"distance 0 1", first, "one of the two values that it is the mean of is missing"},
+        {"far 1 0", nullptr, "no segment was found"},
+    };
+    for (const auto& [statement, codes, reason] : cases) {
+        InspectionPlan plan;
+        plan.lineNames = QStringList{"0", "1"};
+        addMeasurements(statement, plan);
+        MatchedProfile profile;
+        const KvMath::TSLinesIndecies indices(codes, 2);
+        profile.found = 1;
+        profile.best = evaluate(codes != nullptr ? segments : Segments(), indices, plan);
+        profile.assignments.append({"best", indices, profile.best});
+        EXPECT_EQ(profile.best.values[0].reason, reason) << statement;
+        for (const auto form : {MatchReport::Text, MatchReport::Csv, MatchReport::Json}) {
+            for (const int profiles : {1, 2}) {
+                QString text;
+                MatchReport report(form, plan, false, false, [&](const QString& more) { text += more; });
+                for (int i = 0; i < profiles; ++i)
+                    report.add(profile);
+                report.finish();
+                EXPECT_GE(text.count(reason), profiles) << statement << form << text.toStdString();
+            }
+        }
+    }
+}
+
+/// A row says each sentence once, with the values that it concerns.
+TEST(Reports, GatherWhatIsSaidOfTheValuesOfAProfile) {
+    InspectionPlan plan;
+    plan.lineNames = QStringList{"0"};
+    addMeasurements("a = length 0; b = inclination 0", plan);
+    MatchedProfile profile;
+    profile.found = 1;
+    for (const char* name : {"a", "b"}) {
+        Value value;
+        value.name = name;
+        value.isValid = true;
+        value.aboutU = "no uncertainty: why";
+        value.warning = *name == 'a' ? "cut short; no uncertainty: why" : "no uncertainty: why";
+        profile.best.values.append(value);
+    }
+    QString text;
+    MatchReport report(MatchReport::Csv, plan, false, false, [&](const QString& more) { text += more; });
+    report.add(profile);
+    report.finish();
+    EXPECT_THAT(text.toStdString(), testing::HasSubstr(",a: cut short; all values: no uncertainty: why\n"));
+}
+
+}  // namespace

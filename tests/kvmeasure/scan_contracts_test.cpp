@@ -1,0 +1,204 @@
+// What the headers of scans, wheels, pictures and reports promise for input that holds little or nothing.
+
+#include <kvmeasure/base/error.h>
+#include <kvmeasure/drawing/error_map_picture.h>
+#include <kvmeasure/drawing/profile_picture.h>
+#include <kvmeasure/drawing/scan_picture.h>
+#include <kvmeasure/drawing/trend_picture.h>
+#include <kvmeasure/drawing/wheel_picture.h>
+#include <kvmeasure/report/table.h>
+#include <kvmeasure/report/wheel_report.h>
+#include <kvmeasure/scans/height_grid.h>
+#include <kvmeasure/scans/height_plane.h>
+#include <kvmeasure/scans/outline_search.h>
+#include <kvmeasure/scans/scan_writer.h>
+#include <kvmeasure/scans/surface.h>
+#include <kvmeasure/wheels/reference.h>
+#include <kvmeasure/wheels/values.h>
+
+#include <QtCore/QFile>
+#include <QtCore/QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+namespace {
+
+using namespace KvMeasure;
+using KvMath::KvPointXY;
+using KvMath::KvProfileZ;
+using KvMath::KvProfileZSet;
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+/// Profiles 2 mm apart with points 1 mm apart, height x + 10 * scan.
+KvProfileZSet slopes(int profiles, int points) {
+    KvProfileZSet stack;
+    for (int i = 0; i < profiles; ++i) {
+        KvProfileZ profile(2.0F * static_cast<float>(i));
+        for (int k = 0; k < points; ++k)
+            profile.points.append(KvPointXY(static_cast<float>(k), static_cast<float>(k + 20 * i)));
+        stack.append(profile);
+    }
+    return stack;
+}
+
+/// The parameter that an error names; "none" where nothing is thrown.
+template <class Work>
+QString parameterOf(const Work& work) {
+    try {
+        work();
+    } catch (const Error& error) {
+        return error.parameter();
+    }
+    return "none";
+}
+
+TEST(ScanContracts, StepsOfFewPointsServeForBothWays) {
+    const struct {
+        int profiles, points;
+        double x, scan;
+    } cases[] = {{0, 0, 1, 1}, {1, 1, 1, 1}, {1, 3, 1, 1}, {3, 1, 2, 2}, {3, 3, 1, 2}};
+    for (const auto& c : cases) {
+        const Steps steps = estimateSteps(slopes(c.profiles, c.points));
+        EXPECT_NEAR(steps.x, c.x, 1e-6) << c.profiles << " profiles of " << c.points;
+        EXPECT_NEAR(steps.scan, c.scan, 1e-6) << c.profiles << " profiles of " << c.points;
+    }
+}
+
+TEST(ScanContracts, GridRefusesNothingAndSenselessSteps) {
+    EXPECT_THROW(makeGrid(KvProfileZSet(), {1, 1}, "a"), Error);
+    for (const double step : {0.0, -1.0, kNaN, 1e-9})
+        EXPECT_THROW(makeGrid(slopes(3, 3), {step, 2}, "a"), Error) << step;
+    EXPECT_EQ(gridCsv(makeGrid(slopes(2, 2), {1, 2}, "a")), "scan_mm/x_mm,0,1\n0,0,1\n2,20,21\n");
+    EXPECT_EQ(gridCsv(KvMath::KvMatrixCloud()), "scan_mm/x_mm\n");
+}
+
+TEST(ScanContracts, PlaneIsUntouchedWherePointsGiveNone) {
+    Scan scan;
+    scan.isStack = true;
+    scan.stack = slopes(1, 5);  // on one line
+    scan.countPoints();
+    HeightPlane plane;
+    plane.a = 7;
+    EXPECT_FALSE(fitHeights(scan, plane));
+    EXPECT_EQ(plane.a, 7);
+    scan.stack = slopes(3, 5);
+    scan.countPoints();
+    for (int round = 0; round < 2; ++round) {  // a fit does not add to the one before
+        plane.squares = 1;
+        ASSERT_TRUE(fitHeights(scan, plane));
+        EXPECT_NEAR(plane.a, 1, 1e-9);
+        EXPECT_NEAR(plane.b, 10, 1e-9);
+        EXPECT_NEAR(plane.rms(), 0, 1e-9);
+    }
+    scan.stack[0].points[0].x = std::numeric_limits<float>::quiet_NaN();
+    EXPECT_FALSE(fitHeights(scan, plane));
+}
+
+TEST(ScanContracts, SectionsRefuseASpacingWithoutEnd) {
+    const ScanSurface surface(slopes(3, 5), 1.5, 3);
+    for (const double spacing : {0.0, -1.0, 1e-9}) {
+        EXPECT_EQ(parameterOf([&] { sectionAtScan(surface, 1, spacing); }), "spacing") << spacing;
+        EXPECT_EQ(parameterOf([&] { sectionAtX(surface, 1, spacing); }), "spacing") << spacing;
+        EXPECT_EQ(parameterOf([&] {
+                      sectionBetween(surface, {0, 0}, {4, 4}, spacing);
+                  }),
+                  "spacing")
+            << spacing;
+    }
+    EXPECT_EQ(sectionBetween(surface, {0, 0}, {4, 4}, std::sqrt(2.0)).profile.points.size(), 5);
+    EXPECT_EQ(sectionBetween(surface, {1, 1}, {1, 1}, 1).profile.points.size(), 1);
+    EXPECT_TRUE(sectionBetween(surface, {kNaN, 0}, {4, 4}, 1).profile.points.isEmpty());
+    EXPECT_TRUE(sectionAtScan(surface, kNaN, kNaN).profile.points.isEmpty());
+    EXPECT_TRUE(sectionAtScan(ScanSurface(KvProfileZSet(), 1, 1), 0, 1).profile.points.isEmpty());
+    EXPECT_TRUE(std::isnan(ScanSurface(slopes(3, 5), kNaN, kNaN).at({0.5, 1}).value));
+    EXPECT_NEAR(surface.at({0.5, 1}).value, 10.5, 1e-6);
+}
+
+TEST(ScanContracts, OutlineOfNothingHasNoLines) {
+    OutlineParameters parameters;
+    EXPECT_THROW(deriveParameters(KvProfileZSet(), "a", parameters), Error);
+    parameters.level = 1e6;
+    EXPECT_THROW(deriveParameters(slopes(3, 5), "a", parameters), Error);
+    parameters = OutlineParameters();
+    parameters.level = -1;
+    deriveParameters(slopes(3, 5), "a", parameters);
+    EXPECT_EQ(parameters.step, 2);
+    EXPECT_NEAR(parameters.gap, 5, 1e-6);
+    EXPECT_TRUE(findOutline(KvProfileZSet(), parameters).lines.isEmpty());
+    EXPECT_TRUE(std::isnan(innerAngle({OutlineLine()}, 0)));
+}
+
+TEST(ScanContracts, CancelledWritingLeavesTheOldFile) {
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("scan.ply");
+    Scan scan;
+    scan.isStack = true;
+    scan.stack = slopes(100, 1000);
+    scan.countPoints();
+    writeScan(path, ScanForm::Grid, false, scan);
+    QFile file(path);
+    const qint64 before = file.size();
+    const Progress cancel = [](const QString&, qint64, qint64) { return false; };
+    try {
+        writeScan(path, ScanForm::Ply, false, scan, cancel);
+        FAIL() << "was not cancelled";
+    } catch (const Error& error) {
+        EXPECT_TRUE(error.isCancelled());
+    }
+    EXPECT_EQ(file.size(), before);
+    const Scan read = loadScan(path, ScanOptions());
+    EXPECT_EQ(read.points, scan.points);
+    ScanOptions options;
+    options.progress = cancel;
+    EXPECT_THROW(loadScan(path, options), Error);
+}
+
+TEST(WheelContracts, NothingIsKnownOfNothing) {
+    const ReferenceSection section({0, 140}, {500, 460});
+    const ScannerError error = errorOf({}, section, 0);
+    EXPECT_TRUE(std::isnan(error.x));
+    EXPECT_EQ(error.points, 0);
+    EXPECT_TRUE(std::isnan(section.radius(141)));
+    EXPECT_TRUE(std::isnan(section.slope(kNaN)));
+    EXPECT_EQ(section.runningRadius(), 480);
+
+    WheelResult wheel;
+    MeasuredSection measured;
+    calcWheelValues(ValueOptions(), {}, wheel, measured);
+    EXPECT_FALSE(wheel.isComplete());
+    EXPECT_FALSE(wheel.isBackKnown());
+    EXPECT_TRUE(wheel.notes.contains("the section has fewer than four points"));
+    EXPECT_TRUE(isWheelCircle(wheel));  // not known
+    EXPECT_EQ(reflectionAt({}, 0), 0);
+    EXPECT_EQ(wheelRecords({WheelsetResult()}).size(), 178);
+    EXPECT_EQ(wheelCsv({}, WheelColumns()), "wheelset,travel_mm,side,notes\n");
+}
+
+TEST(PictureContracts, NothingIsDrawnAsAxes) {
+    const MeasuredSection nothing;
+    for (const QByteArray& svg :
+         {drawScan(ScanPicture()), drawPicture(Picture()), drawTrend(Trend()),
+          drawWheel(pictureOf(WheelResult(), nothing)), drawErrorMaps("a", "b", {})}) {
+        EXPECT_TRUE(svg.startsWith("<svg"));
+        EXPECT_FALSE(svg.contains("nan") || svg.contains("inf")) << svg.toStdString();
+    }
+    WheelPicture picture = pictureOf(WheelResult(), nothing);
+    picture.values.value[0] = 30;  // a height without the place where it was measured
+    EXPECT_TRUE(drawWheel(picture).endsWith("</svg>\n"));
+}
+
+TEST(ReportContracts, TablesTakeRowsOfAnyLength) {
+    Table table({"name", "value"});
+    table.add({"a"});
+    table.add({"b", "1", "left out"});
+    EXPECT_EQ(table.text(), "name  value\na\nb         1\n");
+    EXPECT_EQ(Span().text(), "-");
+    EXPECT_TRUE(Span().json().isNull());
+    EXPECT_EQ(segmentTable({}), "segment  length mm  direction deg  x1  y1  x2  y2\n");
+}
+
+}  // namespace

@@ -1,0 +1,233 @@
+// Scans with known deviations, moved by known motions, against their masters.
+
+#include <kvmeasure/scans/scan_comparison.h>
+
+#include <kvmeasure/base/error.h>
+#include <kvmeasure/base/plane_geometry.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <random>
+
+namespace {
+
+using namespace KvMeasure;
+using KvMath::KvPointXYZ;
+
+using Surface = std::function<double(double x, double z)>;
+
+constexpr double kStep = 0.25;            // mm, of x and of the profiles
+constexpr double kFloatPrecision = 1e-5;  // mm, of coordinates up to 60 mm
+const SpaceVector kMiddle{0, 20, 15};
+
+/// Bumps that fix every motion.
+double bumps(double x, double z) {
+    return 20 + 2 * std::sin(0.35 * x) + 1.5 * std::cos(0.4 * z) + 0.03 * x * z / 10;
+}
+
+double flat(double x, double z) { return 20 + 0.1 * x - 0.05 * z; }
+double ball(double x, double z) { return std::sqrt(30.0 * 30 - x * x - (z - 15) * (z - 15)) - 10; }
+double tube(double x, double) { return std::sqrt(30.0 * 30 - x * x) - 10; }
+
+/// Points of a surface over x -15..15, scan 0..30, as a cloud, turned about the middle and shifted.
+Scan sampled(const Surface& height, double noise, unsigned seed, const SpaceMotion& motion = {}) {
+    std::mt19937 random(seed);
+    std::normal_distribution<double> normal(0, 1);
+    Scan scan;
+    for (int row = 0; row <= 120; ++row) {
+        for (int column = 0; column <= 120; ++column) {
+            const double x = -15 + column * kStep;
+            const double z = row * kStep;
+            const SpaceVector p = motion.apply({x, height(x, z) + noise * normal(random), z});
+            scan.add(KvPointXYZ(float(p.x), float(p.y), float(p.z)));
+        }
+    }
+    return scan;
+}
+
+Scan scattered(const Surface& height, int count, unsigned seed) {
+    std::mt19937 random(seed);
+    std::uniform_real_distribution<double> place(0, 30);
+    Scan scan;
+    for (int i = 0; i < count; ++i) {
+        const double x = place(random) - 15;
+        const double z = place(random);
+        scan.add(KvPointXYZ(float(x), float(height(x, z)), float(z)));
+    }
+    return scan;
+}
+
+Scan asStack(Scan cloud) {
+    Scan scan;
+    scan.isStack = true;
+    scan.stack = takeStack(cloud, "cloud");
+    scan.countPoints();
+    return scan;
+}
+
+SpaceMotion motionOf(const SpaceVector& degrees, const SpaceVector& shift) {
+    return SpaceMotion::of(kMiddle, kRadiansPerDegree * degrees, shift);
+}
+
+/// A dent of 0.4 mm, 4 mm wide.
+double dented(double x, double z) {
+    const double squared = (x - 4) * (x - 4) + (z - 11) * (z - 11);
+    return bumps(x, z) - (squared < 4 ? 0.4 * std::pow(1 - squared / 4, 2) : 0);
+}
+
+ScanComparisonSettings with(Alignment alignment) {
+    ScanComparisonSettings settings;
+    settings.alignment = alignment;
+    return settings;
+}
+
+TEST(CompareScans, AMasterLiesOnItself) {
+    const Scan stack = asStack(sampled(bumps, 0.02, 1));
+    Scan moved = stack;
+    for (KvMath::KvProfileZ& profile : moved.stack.profiles) {
+        for (KvMath::KvPointXY& point : profile.points)
+            point.y += 0.125F;
+    }
+    for (const Scan& scan : {stack, sampled(bumps, 0.02, 1), scattered(bumps, 14'000, 2)}) {
+        for (const Alignment alignment : {Alignment::None, Alignment::Registration}) {
+            const ScanComparison result = compareScans(scan, scan, with(alignment));
+            ASSERT_TRUE(result.isValid()) << result.reason.toStdString();
+            EXPECT_GT(double(result.compared), 0.99 * double(scan.points));
+            EXPECT_EQ(result.compared + result.beyond + result.strays, scan.points);
+            EXPECT_NEAR(result.largest.value, 0, kFloatPrecision);
+            EXPECT_NEAR(result.smallest.value, 0, kFloatPrecision);
+        }
+    }
+    const ScanComparison raised = compareScans(moved, stack, with(Alignment::None));
+    EXPECT_NEAR(raised.mean, 0.125, 0.02) << "square to the slopes";
+    EXPECT_GT(raised.smallest.value, 0);
+    EXPECT_LE(raised.largest.value, 0.125 + kFloatPrecision);
+}
+
+TEST(CompareScans, FindsADentHoweverThePartLies) {
+    const double noise = 0.01;
+    const Scan master = asStack(sampled(bumps, noise, 1));
+    const struct {
+        SpaceVector degrees, shift;
+    } cases[] = {
+        {{0, 0, 0}, {0, 0, 0}}, {{0, 3, 0}, {6, -30, 4}}, {{2, -4, 5}, {-3, 2, 5}}, {{-6, 2, 1}, {1, 9, -2}}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.degrees.x << ' ' << c.degrees.y << ' ' << c.degrees.z);
+        const SpaceMotion away = motionOf(c.degrees, c.shift);
+        const ScanComparison result = compareScans(sampled(dented, noise, 2, away), master);
+        ASSERT_TRUE(result.isValid()) << result.reason.toStdString();
+        EXPECT_TRUE(result.registration.isFixed());
+        const SpaceVector back = result.registration.motion.apply(away.apply({4, dented(4, 11), 11}));
+        const SpaceVector off = back - SpaceVector{4, dented(4, 11), 11};
+        EXPECT_LT(length(off), 5e-3) << "10,000 points of 0.014 mm";
+        EXPECT_NEAR(result.smallest.value, -0.4, 0.06)
+            << "the surface rises by 40 degrees, noise adds 3 deviations";
+        EXPECT_LT(std::hypot(result.smallest.point.x - 4, result.smallest.point.z - 11), 1);
+        EXPECT_LT(result.largest.value, 6 * noise);
+    }
+}
+
+TEST(CompareScans, SaysWhatTheMasterDoesNotDetermine) {
+    const struct {
+        const char* name;
+        Surface surface;
+        QStringList free;
+    } cases[] = {{"plane", flat, {"shift along (0.99", "shift along (", "turn about the axis along ("}},
+                 {"ball", ball, {"turn about", "turn about", "turn about"}},
+                 {"tube", tube, {"shift along (0.000, 0.000, 1.000)", "turn about the axis along (0.00"}},
+                 {"bumps", bumps, {}}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const ScanComparison result = compareScans(sampled(c.surface, 0.02, 1), sampled(c.surface, 0.02, 2));
+        ASSERT_EQ(result.registration.parts.size(), 6U);
+        QStringList free;
+        for (const SpaceMotionPart& part : result.registration.parts) {
+            EXPECT_EQ(part.isFree, std::isinf(part.uncertainty));
+            if (!part.isFree)
+                continue;
+            free.append(part.text());
+            if (c.name == std::string("ball")) {
+                EXPECT_LT(length(cross(part.pole - SpaceVector{0, -10, 15}, part.direction)), 0.5)
+                    << "axes through the centre";
+            }
+        }
+        ASSERT_EQ(free.size(), c.free.size()) << free.join("; ").toStdString();
+        for (int i = 0; i < free.size(); ++i)
+            EXPECT_TRUE(free[i].startsWith(c.free[i])) << free[i].toStdString();
+        EXPECT_LT(result.rms, 0.04);
+    }
+}
+
+TEST(CompareScans, StraysDoNotCountUnlessToldTo) {
+    const auto dentedPlane = [](double x, double z) { return flat(x, z) + dented(x, z) - bumps(x, z); };
+    Scan part = sampled(dentedPlane, 0.005, 1);
+    part.cloud.points[3000].y += 2;
+    part.cloud.points[9000].y -= 3;
+    part.cloud.points[9001].y -= 3;
+    ScanComparisonSettings settings = with(Alignment::None);
+    settings.lower = -0.2;
+    settings.upper = 0.2;
+    const Scan master = sampled(flat, 0.005, 2);
+    const ScanComparison result = compareScans(part, master, settings);
+    EXPECT_EQ(result.strays, 3);
+    EXPECT_TRUE(std::isnan(result.deviations[3000]));
+    EXPECT_LT(result.largest.value, 0.05);
+    EXPECT_NEAR(result.smallest.value, -0.4, 0.02);
+    EXPECT_NEAR(result.shareOutside, 3.14159 * 4 * (1 - std::sqrt(0.5)) / 900, 2e-4)
+        << "the dent below 0.2 mm";
+    settings.leavesStraysOut = false;
+    EXPECT_NEAR(compareScans(part, master, settings).largest.value, 2, 0.05);
+}
+
+TEST(CompareScans, APlaneIsFittedToMostOfThePoints) {
+    Scan scan = sampled([](double x, double z) { return flat(x, z) - (x > 4 && x < 14 ? 12 : 0); }, 0.01, 1);
+    for (int i = 0; i < 300; ++i)
+        scan.cloud.points[i * 37].y += float(i % 40);
+    HeightPlane plane;
+    ASSERT_TRUE(fitHeightsRobustly(scan, plane));
+    EXPECT_NEAR(plane.a, 0.1, 2e-4);
+    EXPECT_NEAR(plane.b, -0.05, 2e-4);
+    EXPECT_NEAR(plane.c, 20, 2e-3);
+    const ScanComparison result = compareWithPlane(scan, plane, with(Alignment::None));
+    const double upright = 1 / std::sqrt(1 + 0.1 * 0.1 + 0.05 * 0.05);
+    EXPECT_NEAR(result.smallest.value, -12 * upright, 0.06);
+    EXPECT_EQ(result.beyond, 0);
+    EXPECT_EQ(compareWithPlane(sampled(flat, 0, 1), plane).registration.parts.front().isFree, true);
+}
+
+TEST(CompareScans, WithoutEnoughPointsSaysWhy) {
+    const Scan master = sampled(bumps, 0.01, 1);
+    Scan one;
+    one.add(KvPointXYZ(1, 2, 3));
+    Scan line;
+    for (int i = 0; i < 50; ++i)
+        line.add(KvPointXYZ(float(i), 2, 3));
+    for (const Alignment alignment : {Alignment::None, Alignment::Registration}) {
+        for (const Scan& bad : {Scan(), one})
+            EXPECT_EQ(compareScans(bad, master, with(alignment)).reason,
+                      "the scan has fewer than three points");
+        for (const Scan& bad : {Scan(), one, line})
+            EXPECT_EQ(compareScans(master, bad, with(alignment)).reason,
+                      "the master has no three neighbouring points that make a surface");
+        Scan same;
+        for (int i = 0; i < 20; ++i)
+            same.add(KvPointXYZ(3, 4, 5));
+        EXPECT_FALSE(compareScans(master, same, with(alignment)).isValid());
+        compareScans(same, master, with(alignment));
+        compareScans(line, master, with(alignment));
+    }
+    const ScanComparison away =
+        compareScans(sampled(bumps, 0, 1, motionOf({}, {500, 0, 0})), master, with(Alignment::None));
+    EXPECT_EQ(away.reason, "no point of the scan lies over the master");
+    EXPECT_TRUE(std::isnan(away.worst().value));
+    ScanComparisonSettings settings = with(Alignment::Template);
+    EXPECT_THROW(compareScans(master, master, settings), Error);
+    settings = with(Alignment::None);
+    settings.lower = 1;
+    settings.upper = 0;
+    EXPECT_THROW(compareScans(master, master, settings), Error);
+}
+
+}  // namespace

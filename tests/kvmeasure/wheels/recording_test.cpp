@@ -1,0 +1,85 @@
+// Recordings that are cut, and sections whose flange back is seen or not.
+
+#include <kvmeasure/wheels/recording.h>
+#include <kvmeasure/wheels/values.h>
+#include <simulator/train_pass.h>
+#include <simulator/wheel_shape.h>
+#include <tests/kvmeasure/calls.h>
+#include <tests/support/scratch_directory.h>
+
+#include <algorithm>
+
+namespace {
+
+using namespace KvMeasure;
+
+TEST(Recordings, CutAnywhereGiveTheWheelsBeforeTheCut) {
+    const TestSupport::ScratchDirectory scratch;
+    Simulator::PassRecipe recipe;
+    recipe.wheelsets = 2;
+    recipe.spacing = 40;
+    QDir().mkdir("train");
+    ASSERT_TRUE(Simulator::simulatePass(recipe, "train", nullptr));
+    const QByteArray bytes = scratch.read("train/pass_1004.bin");
+    PostSettings settings("train/settings.ini");
+    const auto split = [&](const QString& path, const QString& work) {
+        QStringList skipped;
+        Recording recording = findRecordings({path}, settings, skipped).first();
+        lookThrough(recording);
+        QFile::rename(path, path + ".away");  // the open file is read
+        Splitting splitting;
+        splitting.work = work;
+        splitRecording(recording, settings, splitting);
+        QFile::rename(path + ".away", path);
+        return recording;
+    };
+    const Recording whole = split("train/pass_1004.bin", "a");
+    ASSERT_EQ(whole.wheels.size(), 2);
+    QList<int> ends;
+    for (int place = 0; place < bytes.size(); ends.append(place))
+        place += 7 + 8 * (static_cast<unsigned char>(bytes[place + 1]) +
+                          256 * static_cast<unsigned char>(bytes[place + 2]));
+    EXPECT_EQ(whole.records, ends.size());
+    QDir().mkdir("cut");
+    for (int cut = 1; cut < bytes.size(); cut += static_cast<int>(bytes.size()) / 40) {
+        SCOPED_TRACE(cut);
+        scratch.write("cut/pass_1004.bin", bytes.left(cut));
+        const Recording found = split("cut/pass_1004.bin", "b");
+        int begun = 0;
+        for (const KvMath::WheelPassage& wheel : whole.wheels) {
+            begun += ends[wheel.records.first()] <= cut ? 1 : 0;
+            for (int profile = 1; ends[wheel.records.last()] <= cut && profile <= wheel.records.size();
+                 ++profile)
+                EXPECT_EQ(scratch.read(found.file(begun, profile)), scratch.read(whole.file(begun, profile)));
+        }
+        EXPECT_EQ(found.wheels.size(), begun);
+        const int records = static_cast<int>(std::upper_bound(ends.begin(), ends.end(), cut) - ends.begin());
+        EXPECT_EQ(found.records, records);
+        EXPECT_EQ(found.damagedAt, ends.contains(cut) ? -1 : records == 0 ? 0 : ends[records - 1]);
+    }
+}
+
+TEST(WheelSections, ShowTheBackWhateverTheDistanceOfThePoints) {
+    for (const double step : {0.02, 0.1, 0.2, 0.3, 0.5, 1.0, 2.0}) {
+        for (const double from : {0.0, 0.02, 0.1, 0.25}) {
+            SCOPED_TRACE(testing::Message() << "from " << from << " by " << step);
+            constexpr double running = 460;
+            KvMath::KvPointCloud<KvMath::KvPointXYZ> points;
+            for (double lateral = from; lateral <= 130; lateral += step)
+                points.points.append({0, static_cast<float>(lateral),
+                                      static_cast<float>(-running - Simulator::s1002Height(lateral))});
+            WheelResult wheel;
+            wheel.circle.radius = 488;
+            wheel.circle.x = 0;
+            wheel.circle.y = 0;
+            ValueOptions options;
+            options.isSection = true;
+            MeasuredSection section;
+            calcWheelValues(options, points, wheel, section);
+            EXPECT_EQ(wheel.back, from < 0.03 ? FlangeBack::Seen : FlangeBack::Assumed);
+            EXPECT_EQ(wheel.notes.join(' ').contains("flange back is not seen"), from >= 0.03);
+        }
+    }
+}
+
+}  // namespace
