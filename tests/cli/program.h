@@ -27,7 +27,7 @@ protected:
         QProcess process;
         process.start(KVMEASURE_PROGRAM, arguments);
         Outcome result;
-        if (!process.waitForFinished(20'000)) {
+        if (!process.waitForFinished(100'000)) {
             process.kill();
             process.waitForFinished();
             ADD_FAILURE() << "does not end: " << arguments.join(' ').toStdString();

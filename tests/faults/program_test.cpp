@@ -1,6 +1,6 @@
 // What the program answers when the outside world fails it.
 
-#include <tests/kvmeasure/program.h>
+#include <tests/cli/program.h>
 
 #include <QtCore/QDirIterator>
 
