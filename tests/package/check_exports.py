@@ -1,24 +1,23 @@
 #!/usr/bin/env python3
-"""Checks a built libkvmath: it exports names of namespace KvMath, none of KvMath::Internal, and carries the soname.
+"""Checks a built library: it exports names of its namespace, none of its Internal part, and carries the soname.
 
-usage: check_exports.py LIBRARY SONAME
+usage: check_exports.py LIBRARY NAMESPACE SONAME
 """
 
 import re
 import subprocess
 import sys
 
-INTERFACE = re.compile(r"(vtable for |typeinfo for |typeinfo name for )?KvMath::(?!Internal\b)")
-
 
 def output_of(*command):
     return subprocess.run(command, check=True, capture_output=True, text=True).stdout
 
 
-def main(library, soname):
+def main(library, namespace, soname):
+    of_interface = re.compile(rf"(vtable for |typeinfo for |typeinfo name for )?{namespace}::(?!Internal\b)")
     names = [line.split(None, 2)[2] for line in output_of("nm", "-DC", "--defined-only", library).splitlines()]
-    names = [name for name in names if not re.fullmatch(r"(KVMATH_(?:QT6_)?\d+)(@@\1)?", name)]
-    strangers = [name for name in names if not INTERFACE.match(name)]
+    names = [name for name in names if not re.fullmatch(r"(KV(?:MATH|MEASURE)_(?:QT6_)?\d+)(@@\1)?", name)]
+    strangers = [name for name in names if not of_interface.match(name)]
     for name in strangers:
         print(f"exported, but not of the interface: {name}")
     interface = len(names) - len(strangers)
