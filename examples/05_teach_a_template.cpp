@@ -3,7 +3,6 @@
 #include <kvmath/kvmath>
 
 #include <QtCore/QJsonDocument>
-#include <QtCore/QMetaType>
 
 #include <algorithm>
 #include <cmath>
@@ -18,23 +17,6 @@ static KvProfile scanOfARidge() {
         profile.points.append(KvPointXY(x, std::min(8.0F, std::max(0.0F, 14.0F - std::abs(x)))));
     }
     return profile;
-}
-
-// JSON keeps 2.0 as the integer 2, but a bound that is not of type double is read as no bound.
-static QVariant withDoubleBounds(const QVariant& value, const QString& key = {}) {
-    if (value.userType() == QMetaType::QVariantMap) {
-        QVariantMap map = value.toMap();
-        for (auto it = map.begin(); it != map.end(); ++it)
-            *it = withDoubleBounds(*it, it.key());
-        return map;
-    }
-    if (value.userType() == QMetaType::QVariantList) {
-        QVariantList list = value.toList();
-        for (QVariant& entry : list)
-            entry = withDoubleBounds(entry);
-        return list;
-    }
-    return key.endsWith("Bound") && value.userType() != QMetaType::QString ? value.toDouble() : value;
 }
 
 int main() {
@@ -61,8 +43,7 @@ int main() {
 
     TSTemplate loaded(0);
     QString fileVersion, userVersion, name;
-    const QVariant read = withDoubleBounds(QJsonDocument::fromJson(json).toVariant());
-    if (!loadTemplate(read, loaded, measurements, fileVersion, userVersion, name))
+    if (!loadTemplateFromJson(json, loaded, measurements, fileVersion, userVersion, name))
         return 1;
 
     KvProfile other = scanOfARidge();

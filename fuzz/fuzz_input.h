@@ -2,9 +2,9 @@
 // What a fuzz target makes of its bytes. Numbers are taken from the end, so that the front of an input stays
 // the file that a reader gets: samples are inputs as they stand. Behind the last byte everything is 0.
 
+#include <kvmath/base/vector2d.h>
 #include <kvmath/core/point.h>
-#include <kvmath/core/vector2d.h>
-#include <kvmath/tsearch/line_types.h>
+#include <kvmath/segments/line_types.h>
 
 #include <QtCore/QByteArray>
 #include <QtCore/QList>

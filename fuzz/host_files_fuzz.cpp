@@ -1,13 +1,16 @@
-// The host's readers: scans of every form, height maps, points, template files. They refuse with a text or
-// read.
+// The host's readers: scans of every form, height maps, points, template files, files of gauges. They refuse
+// with a text or read.
 
 #include "fuzz/fuzz_input.h"
 #include "fuzz/scratch_file.h"
 
-#include "kvmeasure/failure.h"
-#include "kvmeasure/profile_file.h"
-#include "kvmeasure/scan_file.h"
-#include "kvmeasure/template_file.h"
+#include <kvmeasure/base/error.h>
+#include <kvmeasure/inspection/plan.h>
+#include <kvmeasure/profiles/profile_file.h>
+#include <kvmeasure/scans/scan_file.h>
+#include <kvmeasure/wheels/wheel_wear.h>
+
+#include <cmath>
 
 namespace {
 
@@ -15,8 +18,8 @@ template <class Reader>
 void read(const Reader& reader) {
     try {
         reader();
-    } catch (const KvMeasure::Failure& failure) {
-        Fuzz::require(!failure.text.isEmpty(), "a refusal says why");
+    } catch (const KvMeasure::Error& error) {
+        Fuzz::require(!error.text().isEmpty(), "a refusal says why");
     }
 }
 
@@ -26,22 +29,52 @@ void readScan(const QString& path, const KvMeasure::ScanOptions& options) {
     KvMeasure::takeStack(scan, path);
 }
 
-void readProfiles(const QString& path, const QString& columns) {
-    KvMeasure::ProfileSource source(path, columns);
+/// Options of a text by the bits of a byte.
+KvMeasure::TextOptions textOptions(int bits) {
+    KvMeasure::TextOptions options;
+    options.columns = (bits & 3) == 1 ? "2,1" : (bits & 3) == 2 ? "z" : "";
+    options.pitch = (bits & 4) != 0 ? 0.5 : options.pitch;
+    options.unset.keepsAll = (bits & 8) != 0;
+    if ((bits & 16) != 0)
+        options.units.append(*KvMeasure::findLengthUnit("um"));
+    if ((bits & 32) != 0)
+        options.unset.values.push_back(-9999);
+    return options;
+}
+
+void readProfiles(const QString& path, const KvMeasure::TextOptions& options) {
+    KvMeasure::ProfileSource source(path, options);
     for (KvMeasure::LoadedProfile loaded; source.next(loaded);)
         Fuzz::require(loaded.unset >= 0, "unset points are counted");
+}
+
+void requireReasons(const std::vector<KvMeasure::SectionValue>& values) {
+    for (const KvMeasure::SectionValue& value : values)
+        Fuzz::require(std::isfinite(value.value) == value.isKnown(), "a value is there or has a reason");
+}
+
+void readGauge(const QString& path, const KvMeasure::TextOptions& options) {
+    const KvMeasure::GaugeProfile profile = KvMeasure::readGaugeProfile(path, options);
+    const KvMeasure::WheelSection wheel = KvMeasure::wheelSection(profile);
+    requireReasons(KvMeasure::gaugeValues(wheel).values);
+    requireReasons(KvMeasure::wheelWear(wheel, KvMeasure::s1002Section(1)).values);
+    const KvMeasure::RailSection rail = KvMeasure::railSection(profile);
+    requireReasons(KvMeasure::railValues(rail, rail.isRail() ? &rail : nullptr).values);
 }
 
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     Fuzz::Input input(data, size);
-    const bool isTurned = input.byte() > 200, hasMap = input.byte() > 250;
+    const int bits = input.byte();
+    const bool isTurned = bits > 200, hasMap = input.byte() > 250;
     const QByteArray bytes(reinterpret_cast<const char*>(data), static_cast<int>(size));
     const QString path = Fuzz::scratchFile("in", bytes);
     KvMeasure::ScanOptions options;
     options.heightLast = isTurned;
     options.step = input.byte() > 200 ? input.number() : options.step;
+    options.units = textOptions(bits).units;
+    options.unset = textOptions(bits).unset;
     const int split = static_cast<int>(bytes.indexOf("\n\n"));
     if (hasMap && split >= 0) {
         options.map = Fuzz::scratchFile("map.meta.csv", bytes.left(split));
@@ -49,8 +82,10 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
     read([&] { KvMeasure::looksLikeScan(path); });
     read([&] { readScan(path, options); });
-    read([&] { readProfiles(path, isTurned ? "2,1" : ""); });
+    read([&] { readProfiles(path, textOptions(isTurned ? 1 : 0)); });
+    read([&] { readProfiles(path, textOptions(bits)); });
+    read([&] { readGauge(path, textOptions(bits)); });
     const Fuzz::LeaksIgnored brokenJson;
-    read([&] { KvMeasure::templateFileText(KvMeasure::readTemplateFile(path)); });
+    read([&] { KvMeasure::planText(KvMeasure::readPlan(path)); });
     return 0;
 }

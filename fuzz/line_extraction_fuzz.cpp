@@ -2,7 +2,7 @@
 
 #include "fuzz/fuzz_input.h"
 
-#include <kvmath/tsearch/line_extraction.h>
+#include <kvmath/segments/line_extraction.h>
 
 #include <memory>
 #include <vector>

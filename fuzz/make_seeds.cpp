@@ -83,10 +83,37 @@ void putDocument() {
 }
 
 void putTexts() {
+    QByteArray wheel, rail;
+    for (int x = 0; x <= 130; x += 2)
+        wheel += QByteArray::number(x) + ' ' +
+                 QByteArray::number(x < 30 ? 28 - (x - 15) * (x - 15) / 20 : 0) + '\n';
+    for (int x = -36; x <= 36; x += 2)
+        rail += QByteArray::number(x) + ' ' + QByteArray::number(x * x > 1200 ? 20 : x * x / 600) + '\n';
+    put("host_files", "gauge",
+        "Side=%L\nSh=28\nRefPoint1=0,0\nRefPoint2=10,1\nRefPoint3=0,5\nTilt=1\nXoffset=1\n" + wheel);
+    put("host_files", "gauge_rail",
+        "header.begin\ntype = 0\nheader.end\nspline.begin\nunits.len.f = 1000\nshift.y = 1\n"
+        "rotate = 0.1\nmirror.y = 1\npoint.begin\n" +
+            rail + "point.end\n");
     put("host_files", "grid", "scan,0,1\n0,5,6\n1,7,\n");
     put("host_files", "ply",
         "ply\nformat ascii 1.0\nelement vertex 1\nproperty float x\nproperty float y\nproperty float z\n"
         "end_header\n1 2 3\n");
+}
+
+void putPlans() {
+    const QByteArray points = QByteArray::fromHex("00303132333435363738393a3b3c3d3e3f40414243").repeated(8);
+    put("plans", "full",
+        R"({"name": "p", "units": "mm", "filter": ["sort-x", "median 3"],
+        "regions": [{"name": "R", "x": [-6, 6]}, {"name": "L", "x": [null, 2], "z": [-9, null], "at": "A"}],
+        "anchors": [{"name": "A", "kind": "line", "region": "R", "from": [1.5, 20, 3]}],
+        "tools": [{"name": "m", "kind": "max", "region": "R"}, {"name": "s", "kind": "step", "reference": "L", "surface": "R"},
+                  {"name": "a", "kind": "area", "region": "R", "above": 2.5}],
+        "tolerances": {"m": {"nominal": 5, "lower": -0.1, "upper": 0.1}, "m.at": {"max": 3}},
+        "master": {"points": [[0, 0], [1, 0.5], [5, 0]], "align": "registration", "band": [-0.1, null]},
+        "evaluation": {"raw": false, "edgeCompensation": true}, "decision": "guarded",
+        "calibration": {"u": {"mm": 0.002}, "values": {"m": 0.001}}})" +
+            points);
 }
 
 void putNoise(const QString& target) {
@@ -108,6 +135,7 @@ int main(int argc, char** argv) {
     putTemplates();
     putDocument();
     putTexts();
+    putPlans();
     for (int i = 2; i < argc; ++i)
         putNoise(argv[i]);
     return 0;

@@ -17,6 +17,10 @@ struct Document {
     bool load(const QVariant& doc) {
         return KvMath::loadTemplate(doc, lines, measurements, fileVersion, userVersion, name);
     }
+    bool loadJson(const QByteArray& json) {
+        const Fuzz::LeaksIgnored brokenJson;
+        return KvMath::loadTemplateFromJson(json, lines, measurements, fileVersion, userVersion, name);
+    }
     bool save(QVariant& doc) const {
         return KvMath::saveTemplate(doc, lines, measurements, fileVersion, userVersion, name);
     }
@@ -28,8 +32,9 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const size_t text = Fuzz::textSize(data, size);
     Fuzz::Input input(data + text, size - text);
     const QVariant given = Fuzz::jsonValue({reinterpret_cast<const char*>(data), int(text)});
-    Document first, second;
+    Document first, second, fromBytes;
     const bool isLoaded = first.load(given);
+    fromBytes.loadJson({reinterpret_cast<const char*>(data), int(text)});
     QVariant saved, again;
     Fuzz::require(first.save(saved), "what is held can be saved");
     if (isLoaded) {
