@@ -43,7 +43,7 @@ struct Data {
     unsigned short** dtf() { return columns.data(); }
     const double* parameters() const { return record.parameters.data(); }
 
-    Simulator::CalibrationRecord record;
+    KvMath::CalibrationRecord record;
     std::array<unsigned short*, KvMath::kSensorColumns> columns{};
     Cells table, copy;
     int first = 0;
@@ -203,7 +203,7 @@ void BM_DtfPass(benchmark::State& state) {
 BENCHMARK(BM_DtfPass)->Unit(benchmark::kMicrosecond);
 
 void BM_MirrorDtf(benchmark::State& state) {
-    Simulator::CalibrationRecord record = clean().record;
+    KvMath::CalibrationRecord record = clean().record;
     auto columns = record.columns();
     for (auto _ : state) {
         KvMath::zMirrorDTF(columns.data());
@@ -275,7 +275,7 @@ BENCHMARK(BM_FileReadPass)->Arg(0)->Arg(1)->Unit(benchmark::kMicrosecond);
 
 void BM_FileRead(benchmark::State& state) {
     Data& data = clean();
-    Simulator::CalibrationRecord record = data.record;
+    KvMath::CalibrationRecord record = data.record;
     auto columns = record.columns();
     for (auto _ : state) {
         if (state.range(0) == 0)

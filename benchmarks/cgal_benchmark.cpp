@@ -5,7 +5,7 @@
 #include <benchmarks/peers.h>
 #include <kvmath/contours/hull.h>
 #include <kvmath/numerics/fitting.h>
-#include <kvmath/tsearch/line_geometry.h>
+#include <kvmath/segments/line_geometry.h>
 
 #include <CGAL/Alpha_shape_2.h>
 #include <CGAL/Alpha_shape_face_base_2.h>

@@ -3,7 +3,7 @@
 
 #include <benchmarks/inputs.h>
 #include <benchmarks/peers.h>
-#include <kvmath/core/vector2d.h>
+#include <kvmath/base/vector2d.h>
 #include <tests/support/random_data.h>
 
 #include <cmath>

@@ -4,8 +4,8 @@
 // numerics_benchmark.cpp.
 
 #include <benchmarks/numerics_peers.h>
-#include <kvmath/numerics/circle_fitting.h>
 #include <kvmath/numerics/optimisers.h>
+#include <kvmath/profile/circle_fitting.h>
 
 #include <benchmark/benchmark.h>
 

@@ -8,8 +8,8 @@
 #include <benchmarks/simulated_lines.h>
 #include <kvmath/core/line.h>
 #include <kvmath/profile/profile.h>
-#include <kvmath/tsearch/line_extraction.h>
-#include <kvmath/tsearch/line_geometry.h>
+#include <kvmath/segments/line_extraction.h>
+#include <kvmath/segments/line_geometry.h>
 
 #include <opencv2/imgproc.hpp>
 

@@ -1,8 +1,8 @@
 #pragma once
 // What the benchmarks beside peers share: the comparison that comes before any timing, and inputs.
 
+#include <kvmath/base/vector2d.h>
 #include <kvmath/core/point_cloud.h>
-#include <kvmath/core/vector2d.h>
 #include <tests/support/random_data.h>
 
 #include <benchmark/benchmark.h>

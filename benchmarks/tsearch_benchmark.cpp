@@ -2,7 +2,7 @@
 // root each) is the yardstick of the extraction; the literal form is the same work without any shortcut.
 
 #include <benchmarks/inputs.h>
-#include <kvmath/tsearch/line_extraction.h>
+#include <kvmath/segments/line_extraction.h>
 #include <kvmath/tsearch/search.h>
 
 #include <tests/support/literal_lines.h>
