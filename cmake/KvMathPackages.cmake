@@ -79,7 +79,7 @@ set(CPACK_DEBIAN_WORKFLOWS_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_WORKFLOWS_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/triggers)
 set(CPACK_DEBIAN_WORKFLOWS_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_WORKFLOWS_PACKAGE_DEPENDS "${kvmath_library_package} (= ${debian_version})")
-set(CPACK_DEBIAN_WORKFLOWS_PACKAGE_SUGGESTS kvmeasure)  # its modules of PDF and PNG pictures and of stores
+set(CPACK_DEBIAN_WORKFLOWS_PACKAGE_SUGGESTS kvmeasure)  # its modules of PDF and PNG pictures, stores, MQTT
 set(CPACK_DEBIAN_WORKFLOWS_DESCRIPTION "measuring workflows for laser profile scanners - library
 Reads profiles and 3D scans of many forms, teaches templates and measures on
 them with tolerances, measures railway wheels of train passes, builds

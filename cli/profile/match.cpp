@@ -2,6 +2,7 @@
 #include "cli/batch.h"
 #include "cli/commands.h"
 #include "cli/profile/fitting_options.h"
+#include "cli/profile/handed_results.h"
 #include "cli/profile/measured_list.h"
 #include "cli/profile/measured_parts.h"
 #include "cli/profile/plan_options.h"
@@ -53,11 +54,13 @@ const Usage own{
     "--measure \"top = max in R\"\n\n" +
         measureHelp()};
 
-const Usage usage = withTextOptions(withScanForms(with(
-    with(with(with(with(with(with(own, batchOptions()), batchOutOptions()), planOptions()), fittingOptions()),
-              uncertaintyOptions()),
-         statisticsOptions()),
-    storeOptions())));
+const Usage usage = withTextOptions(withScanForms(
+    with(with(with(with(with(with(with(with(own, batchOptions()), batchOutOptions()), planOptions()),
+                             fittingOptions()),
+                        uncertaintyOptions()),
+                   statisticsOptions()),
+              storeOptions()),
+         handOverOptions())));
 
 InspectionPlan templateOf(const Arguments& arguments) {
     InspectionPlan plan = readPlan(arguments.text("--template"));
@@ -70,7 +73,8 @@ InspectionPlan templateOf(const Arguments& arguments) {
 
 int runMatch(const QStringList& words) {
     const Arguments arguments(usage, words);
-    const bool isOfList = isBatch(arguments, {"--svg", "--trend", "--csv", "--report"});
+    const bool isOfList =
+        isBatch(arguments, {"--svg", "--trend", "--csv", "--report", "--jsonl", "--aqdef", "--mqtt"});
     if (!isOfList)
         arguments.requireOperands(kAnyNumber);
     arguments.requireWith({"--out"}, "--files-from");

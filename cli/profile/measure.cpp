@@ -2,6 +2,7 @@
 #include "cli/batch.h"
 #include "cli/commands.h"
 #include "cli/profile/fitting_options.h"
+#include "cli/profile/handed_results.h"
 #include "cli/profile/measured_list.h"
 #include "cli/profile/measured_parts.h"
 #include "cli/profile/plan_options.h"
@@ -55,10 +56,12 @@ const Usage own{
         "                    --measure \"side = mean in S\" --out plan.json\n"
         "  kvmeasure measure rows/*.csv --plan plan.json --json\n"};
 
-const Usage usage = withTextOptions(withScanForms(with(
-    with(with(with(with(with(own, batchOptions()), planOptions()), fittingOptions()), uncertaintyOptions()),
-         statisticsOptions()),
-    storeOptions())));
+const Usage usage = withTextOptions(
+    withScanForms(with(with(with(with(with(with(with(own, batchOptions()), planOptions()), fittingOptions()),
+                                      uncertaintyOptions()),
+                                 statisticsOptions()),
+                            storeOptions()),
+                       handOverOptions())));
 
 /// The plan of the file with what the words add to it.
 InspectionPlan planOf(const Arguments& arguments) {
@@ -74,7 +77,8 @@ InspectionPlan planOf(const Arguments& arguments) {
 
 int runMeasure(const QStringList& words) {
     const Arguments arguments(usage, words);
-    if (isBatch(arguments, {"--svg", "--trend", "--csv", "--second", "--report"}))
+    if (isBatch(arguments,
+                {"--svg", "--trend", "--csv", "--second", "--report", "--jsonl", "--aqdef", "--mqtt"}))
         return measureList(usage, arguments, planOf(arguments));
     arguments.requireOperands(kAnyNumber);
     const QString out = arguments.text("--out");

@@ -5,6 +5,7 @@
 #include "cli/ordered_jobs.h"
 #include "cli/parameters.h"
 #include "cli/pictures.h"
+#include "cli/profile/handed_results.h"
 #include "cli/profile/options.h"
 #include "cli/profile/second_profiles.h"
 #include "cli/profile/stored_parts.h"
@@ -28,9 +29,12 @@ namespace KvMeasure {
 namespace {
 
 MatchReport::Form formOf(const Arguments& arguments, MatchReport::Form jsonForm) {
-    if (arguments.isJson() && arguments.has("--csv"))
-        throw Error("--json and --csv are two forms of one output; give one of them");
-    if (arguments.isJson())
+    const bool isLines = arguments.has("--jsonl");
+    if (int(arguments.isJson()) + int(arguments.has("--csv")) + int(isLines) > 1)
+        throw Error("--json, --jsonl and --csv are forms of one output; give one of them");
+    if (isLines && arguments.has("--stats"))
+        throw Error("--stats has no place in lines of profiles; leave it out, or take --json for --jsonl");
+    if (arguments.isJson() || isLines)
         return jsonForm;
     return arguments.has("--csv") ? MatchReport::Csv : MatchReport::Text;
 }
@@ -39,7 +43,8 @@ MatchReport::Form formOf(const Arguments& arguments, MatchReport::Form jsonForm)
 QStringList otherFiles(const Arguments& arguments) {
     return arguments.operands() + arguments.texts("--second") +
            QStringList{arguments.text("--template"), arguments.text("--plan"),   arguments.text("--master"),
-                       arguments.text("--trend"),    arguments.text("--report"), arguments.text("--store")};
+                       arguments.text("--trend"),    arguments.text("--report"), arguments.text("--store"),
+                       arguments.text("--aqdef")};
 }
 
 /// "monte-carlo N".
@@ -73,7 +78,9 @@ public:
           part_(plan, settingsOf(arguments)),
           report_(formOf(arguments, jsonForm), part_.plan(), arguments.has("--all"), arguments.has("--trend"),
                   print),
-          pictures_(arguments.text("--svg"), otherFiles(arguments)), store_(arguments, part_.plan()) {
+          pictures_(arguments.text("--svg"), otherFiles(arguments)), store_(arguments, part_.plan()),
+          handed_(arguments, part_.plan(), jsonForm, [this](const Error& error) { giveUp(error); }) {
+        report_.setWritesLines(arguments.has("--jsonl"));
         report_.setGivesStatistics(arguments.has("--stats"));
         if (arguments.has("--report") && !arguments.text("--report").endsWith(".html", Qt::CaseInsensitive))
             throw Error("--report writes a page: give it a name that ends in .html");
@@ -94,6 +101,7 @@ private:
     void report(const LoadedProfile& loaded, MeasuringJobs::Result& measured);
     void addToStore(const ReadProfile& read, StoredPart part);
     void storeParts(const std::function<void()>& work);
+    void giveUp(const Error& error);
     void finish();
     MatchedProfile measureWith(PartMeasurement& part, ReadProfile& read) const;
     MatchedProfile describe(const LoadedProfile& loaded, int number) const;
@@ -120,6 +128,7 @@ private:
     int explained_ = 0;                ///< profiles that do not hold the template
     std::unique_ptr<TerminalProgress> progress_;
     StoredParts store_;
+    HandedResults handed_;
     int records_ = 0;      ///< place of that profile in its file
     int storedFile_ = -1;  ///< the file of the last profile that is stored
     SecondProfiles second_{arguments_.texts("--second")};
@@ -134,7 +143,7 @@ MatchedProfile Matcher::measureWith(PartMeasurement& part, ReadProfile& read) co
     MeasuredPart measured = measureInPlace(part, read.loaded.profile, read.second);
     MatchedProfile matched = describe(read.loaded, read.number);
     static_cast<MeasuredPart&>(matched) = std::move(measured);
-    if (arguments_.isJson())
+    if (arguments_.isJson() || arguments_.has("--jsonl"))
         matched.json = report_.json(matched);
     if (arguments_.has("--svg") || arguments_.has("--report"))
         read.loaded.profile.points += read.second.points;
@@ -194,7 +203,8 @@ Picture Matcher::missingPicture(const LoadedProfile& loaded, const MatchedProfil
 bool Matcher::explain(const LoadedProfile& loaded, MatchedProfile& matched, NearMiss& near) {
     const bool isPrepared = matched.reason.isEmpty();  // the filter steps could be applied
     const bool isOnPage = page_ && explained_ < MatchPage::kMostPictures;
-    if (!isPrepared || !(arguments_.has("--svg") || isOnPage || store_.isOpen() || report_.showsReason()))
+    if (!isPrepared || !(arguments_.has("--svg") || isOnPage || store_.isOpen() || handed_.hasFiles() ||
+                         report_.showsReason()))
         return false;
     ++explained_;
     near = part_.whyMissing(matched.segments, loaded.profile);
@@ -256,6 +266,7 @@ void Matcher::report(const LoadedProfile& loaded, MeasuringJobs::Result& measure
     report_.add(matched);
     if (store_.isOpen())
         addToStore(measured.input, storedPart(matched, part_.plan()));
+    handed_.add(matched);
     if (page_)
         page_->add(matched, [&] { return drawPicture(picture()); });
 }
@@ -273,13 +284,12 @@ void Matcher::takeOne() {
         report(read.loaded, measured);
         spare_.swap(read.loaded.profile.points);
     } catch (const Error& error) {
-        progress_->clear();
-        complain(error.text(optionOf));
-        code_ = Refused;
+        giveUp(error);
         refusedFile_ = read.file;
+        const QString name = read.damage ? arguments_.operand(read.file) : read.loaded.name;
+        handed_.addUnread(name, error.text(optionOf));
         if (store_.isOpen())
-            addToStore(read, unreadPart(read.damage ? arguments_.operand(read.file) : read.loaded.name,
-                                        error.text(optionOf)));
+            addToStore(read, unreadPart(name, error.text(optionOf)));
     }
     if (store_.isDue())
         storeParts([this] { store_.flush(); });
@@ -298,11 +308,15 @@ void Matcher::storeParts(const std::function<void()>& work) {
     try {
         work();
     } catch (const Error& error) {
-        progress_->clear();
-        complain(error.text(optionOf));
-        code_ = Refused;
+        giveUp(error);
         store_.close();
     }
+}
+
+void Matcher::giveUp(const Error& error) {
+    progress_->clear();
+    complain(error.text(optionOf));
+    code_ = Refused;
 }
 
 void Matcher::put(ReadProfile read) {
@@ -353,6 +367,7 @@ void Matcher::run() {
     const QStringList& paths = arguments_.operands();
     store_.begin();
     progress_ = std::make_unique<TerminalProgress>("files", paths.size());
+    handed_.begin();
     startThreads(arguments_.integer("--jobs", 1, 1, kMostJobs));
     for (int i = 0; i < paths.size(); ++i)
         readFile(paths[i], i, paths.size() == 1);
@@ -371,6 +386,7 @@ void Matcher::finish() {
     }
     storeParts([this] { store_.finish(); });
     report_.finish();
+    handed_.finish();
     if (arguments_.has("--trend"))
         writePicture(arguments_.text("--trend"), [this] { return drawTrend(report_.trend()); });
     if (page_)

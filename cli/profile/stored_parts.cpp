@@ -27,9 +27,9 @@ QByteArray storedText(InspectionPlan plan) {
 
 std::vector<Option> storeOptions() {
     return {{"--store", "FILE.db", "add the results to a store, made where there is none; see \"results\""},
-            {"--station", "NAME", "where it was measured, for --store"},
-            {"--operator", "NAME", "who measured, for --store"},
-            {"--serial", "NUMBER", "of the part, for --store"}};
+            {"--station", "NAME", "where it was measured, for --store and --aqdef"},
+            {"--operator", "NAME", "who measured, likewise"},
+            {"--serial", "NUMBER", "of the part, likewise"}};
 }
 
 StoredPart unreadPart(const QString& name, const QString& reason) {
@@ -42,7 +42,8 @@ StoredPart unreadPart(const QString& name, const QString& reason) {
 
 StoredParts::StoredParts(const Arguments& arguments, const InspectionPlan& plan)
     : arguments_(arguments), plan_(plan) {
-    arguments.requireWith({"--station", "--operator", "--serial"}, "--store");
+    if (!arguments.has("--aqdef"))
+        arguments.requireWith({"--station", "--operator", "--serial"}, "--store");
     if (!arguments.has("--store"))
         return;
     const QString path = arguments.text("--store");

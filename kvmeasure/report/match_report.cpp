@@ -342,7 +342,7 @@ QString MatchReport::statisticsCsv() const {
 }
 
 void MatchReport::finish() {
-    if (profiles_ == 0 && !isJson())
+    if (isJson() ? writesLines_ : profiles_ == 0)
         return;
     if (isJson()) {
         const QString tail = QString::fromUtf8(QJsonDocument(summaryJson()).toJson());

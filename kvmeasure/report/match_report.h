@@ -48,8 +48,11 @@ public:
         givesStatistics_ = gives;
         keepsValues_ = keepsValues_ || gives;
     }
+    /// A JSON report becomes JSON lines: the object of each profile on a line of its own, and nothing behind
+    /// the last. Call it before the first profile; it has no effect on other forms.
+    void setWritesLines(bool writes) { writesLines_ = writes; }
     /// The object of a profile in a JSON report, by far the most of its work: several threads may call it and
-    /// put it into their profiles.
+    /// put it into their profiles. As a line where lines are written, without its end.
     QByteArray json(const MatchedProfile& profile) const;
     /// Of the form Part: columns and values of a part file, without command, version and plan.
     PartHead partHead() const;
@@ -91,7 +94,7 @@ private:
 
     Form form_;
     const InspectionPlan& plan_;
-    bool hasAll_, keepsValues_, givesStatistics_ = false;
+    bool hasAll_, keepsValues_, givesStatistics_ = false, writesLines_ = false;
     Output output_;
     int profiles_ = 0, found_ = 0;
     QString reason_;

@@ -52,13 +52,15 @@ QByteArray MatchReport::json(const MatchedProfile& profile) const {
         object["segments"] = jsonSegments(profile.segments);
         object["assignments"] = assignments;
     }
-    return QJsonDocument(object).toJson().trimmed();
+    return QJsonDocument(object)
+        .toJson(writesLines_ ? QJsonDocument::Compact : QJsonDocument::Indented)
+        .trimmed();
 }
 
 /// Objects one by one, so that the whole is one document whose profiles need not be held.
 void MatchReport::addJson(const MatchedProfile& profile) {
-    output_((profiles_ == 1 ? "{\"profiles\": [\n" : ",\n") +
-            QString::fromUtf8(profile.json.isEmpty() ? json(profile) : profile.json));
+    const QString object = QString::fromUtf8(profile.json.isEmpty() ? json(profile) : profile.json);
+    output_(writesLines_ ? object + '\n' : (profiles_ == 1 ? "{\"profiles\": [\n" : ",\n") + object);
 }
 
 QJsonObject MatchReport::summaryJson() const {
