@@ -99,6 +99,7 @@ Usage usageOf(const QString& action) {
             {"--vehicles", "LIST",
              "with --limits: wheelsets of each vehicle, e.g. 4,4,6; the last number for all "
              "that follow"});
+        usage.options.push_back({"--bogies", "LIST", "with --limits: wheelsets of each bogie, likewise"});
         usage.details =
             "U (k = 2) beside a value is what the noise and the steps of the points make of it; "
             "the calibration of\nthe post is not in it. The flange steepness ends 13 mm above "
@@ -311,17 +312,16 @@ int measureFiles(const Arguments& arguments) {
     return measureSections(arguments.operands(), options);
 }
 
-/// The value of --vehicles.
-QList<int> readVehicles(const Arguments& arguments) {
+/// The value of --vehicles or --bogies.
+QList<int> readAxles(const Arguments& arguments, const char* option) {
     constexpr int kMost = 100;
     QList<int> axles;
-    for (const QString& word : arguments.text("--vehicles").split(',')) {
+    for (const QString& word : arguments.text(option).split(',')) {
         bool isNumber = false;
         const int number = word.trimmed().toInt(&isNumber);
-        if (arguments.has("--vehicles") && (!isNumber || number < 1 || number > kMost))
-            throw Error(
-                filledIn("wheels pass: --vehicles \"%1\": expected whole numbers from 1 to %2 with commas",
-                         arguments.text("--vehicles"), kMost));
+        if (arguments.has(option) && (!isNumber || number < 1 || number > kMost))
+            throw Error(filledIn("wheels pass: %1 \"%2\": expected whole numbers from 1 to %3 with commas",
+                                 option, arguments.text(option), kMost));
         if (isNumber)
             axles.append(number);
     }
@@ -336,9 +336,12 @@ int runOnPass(const QString& action, const QStringList& words) {
     const QString first = arguments.operands().first();
     if (action == "parameters" && !QFileInfo(first).isDir() && !first.endsWith(".bin"))
         return measureFiles(arguments);
-    arguments.requireWith({"--vehicles"}, "--limits");
-    if (arguments.has("--limits"))
-        plan.limits.emplace(readWheelLimits(arguments.text("--limits")), readVehicles(arguments));
+    arguments.requireWith({"--vehicles", "--bogies"}, "--limits");
+    if (arguments.has("--limits")) {
+        plan.limits.emplace(readWheelLimits(arguments.text("--limits")), readAxles(arguments, "--vehicles"),
+                            readAxles(arguments, "--bogies"));
+        plan.values.hasGaugeValues = true;
+    }
     if (arguments.has("--back"))
         throw Error("wheels parameters: --back is for sections; in recordings the flange back is looked for");
     for (const QString& operand : arguments.operands()) {

@@ -6,7 +6,6 @@
 #include <kvmeasure/report/table.h>
 
 #include <cmath>
-#include <limits>
 
 namespace KvMeasure {
 
@@ -19,41 +18,68 @@ SectionValue valueOf(const char* key, const char* name, double value, const QStr
     return result;
 }
 
+/// Of a sum or difference of independent values; not known where one of them is not.
+StandardUncertainty together(const std::vector<StandardUncertainty>& parts) {
+    StandardUncertainty result;
+    double squares = 0;
+    for (const StandardUncertainty& part : parts) {
+        squares += part.u * part.u;
+        result.reason = result.reason.isEmpty() ? part.reason : result.reason;
+    }
+    result.u = std::sqrt(squares);
+    return result;
+}
+
 /// Back to back, and front to front of the flanges: the backs and both thicknesses.
 std::vector<SectionValue> valuesOfWheelset(const WheelsetResult& wheelset, const GaugeValues& left,
                                            const GaugeValues& right) {
     const QString reason = wheelset.notes.join("; ");
     const SectionValue *a = findValue(left.values, "Sd"), *b = findValue(right.values, "Sd");
-    const double front =
-        a != nullptr && b != nullptr ? wheelset.backToBack + a->value + b->value : std::nan("");
+    const bool areThere = a != nullptr && b != nullptr;
+    const double front = areThere ? wheelset.backToBack + a->value + b->value : std::nan("");
     const QString why = !std::isfinite(wheelset.backToBack) ? reason
                         : a != nullptr && !a->isKnown()     ? a->reason
                         : b != nullptr                      ? b->reason
                                                             : QString();
-    return {valueOf("backToBack", "back to back", wheelset.backToBack, reason),
-            valueOf("frontToFront", "front to front of the flanges", front, why)};
+    SectionValue backs = valueOf("backToBack", "back to back", wheelset.backToBack, reason);
+    backs.uncertainty = wheelset.backToBackUncertainty;
+    SectionValue fronts = valueOf("frontToFront", "front to front of the flanges", front, why);
+    if (areThere)
+        fronts.uncertainty = together({backs.uncertainty, a->uncertainty, b->uncertainty});
+    return {backs, fronts};
 }
 
 double runningDiameter(const WheelResult& wheel) {
     return 2 * (static_cast<double>(wheel.circle.radius) - wheel.values.value[0]);
 }
 
-/// Largest less smallest running diameter of all wheels.
-SectionValue vehicleDifference(const QList<WheelsetResult>& wheelsets, int first, int last) {
-    double least = std::numeric_limits<double>::infinity(), greatest = -least;
+/// Largest less smallest running diameter of all wheels of these wheelsets.
+SectionValue groupDifference(const QList<WheelsetResult>& wheelsets, int first, int last, const char* key,
+                             const QString& group) {
+    const WheelResult *least = nullptr, *greatest = nullptr;
     QStringList missing;
     for (int number = first; number <= last; ++number) {
         for (const int side : {Left, Right}) {
-            const double diameter = runningDiameter(wheelsets.at(number - 1).wheels[side]);
-            if (!std::isfinite(diameter))
+            const WheelResult& wheel = wheelsets.at(number - 1).wheels[side];
+            if (!std::isfinite(runningDiameter(wheel))) {
                 missing.append(QString::number(number) + ' ' + sideName(side));
-            least = std::fmin(least, diameter);
-            greatest = std::fmax(greatest, diameter);
+                continue;
+            }
+            if (least == nullptr || runningDiameter(wheel) < runningDiameter(*least))
+                least = &wheel;
+            if (greatest == nullptr || runningDiameter(wheel) > runningDiameter(*greatest))
+                greatest = &wheel;
         }
     }
-    return valueOf("vehicleDiameterDifference", "difference of diameters in the vehicle",
-                   missing.isEmpty() ? greatest - least : std::nan(""),
-                   "no diameter of " + missing.join(", "));
+    const bool isKnown = missing.isEmpty() && least != nullptr;
+    SectionValue value =
+        valueOf(key, "", isKnown ? runningDiameter(*greatest) - runningDiameter(*least) : std::nan(""),
+                "no diameter of " + missing.join(", "));
+    value.name = "difference of diameters in the " + group;
+    if (isKnown)
+        value.uncertainty = together({least->uncertainties.value("runningDiameter"),
+                                      greatest->uncertainties.value("runningDiameter")});
+    return value;
 }
 
 /// Of both running diameters, without sign.
@@ -65,10 +91,13 @@ SectionValue diameterDifference(const WheelsetResult& wheelset) {
             reasons.append("no diameter of the " + sideName(side) + " wheel" +
                            (wheel.notes.isEmpty() ? QString() : ": " + wheel.notes.join("; ")));
     }
-    const double left = runningDiameter(wheelset.wheels[Left]),
-                 right = runningDiameter(wheelset.wheels[Right]);
-    return valueOf("diameterDifference", "difference of diameters", std::fabs(left - right),
-                   reasons.join("; "));
+    const WheelResult &left = wheelset.wheels[Left], &right = wheelset.wheels[Right];
+    SectionValue value =
+        valueOf("diameterDifference", "difference of diameters",
+                std::fabs(runningDiameter(left) - runningDiameter(right)), reasons.join("; "));
+    value.uncertainty =
+        together({left.uncertainties.value("runningDiameter"), right.uncertainties.value("runningDiameter")});
+    return value;
 }
 
 }  // namespace
@@ -76,6 +105,8 @@ SectionValue diameterDifference(const WheelsetResult& wheelset) {
 QString PassLimits::take(const MeasuredSection& section, const WheelResult& wheel) {
     GaugeValues& taken = taken_[2 * section.wheelset + section.side];
     taken = gaugeValues(wheelSection(section, wheel));
+    for (SectionValue& value : taken.values)
+        value.uncertainty = wheel.uncertainties.value(value.key);
     return overallVerdict(judge(limits_, taken.values, runningDiameter(wheel)));
 }
 
@@ -102,30 +133,32 @@ void PassLimits::judgeAll(const QList<WheelsetResult>& wheelsets, bool hasDistan
         both.push_back(diameterDifference(wheelset));
         judged_.push_back({QString::number(number), both, judge(limits_, both, diameter)});
     }
-    judgeVehicles(wheelsets);
+    for (Grouping& grouping : groupings_)
+        judgeGroups(wheelsets, grouping);
 }
 
-void PassLimits::judgeVehicles(const QList<WheelsetResult>& wheelsets) {
+void PassLimits::judgeGroups(const QList<WheelsetResult>& wheelsets, Grouping& grouping) {
     const int count = static_cast<int>(wheelsets.size());
-    for (int first = 1, i = 0; !axles_.isEmpty() && first <= count; ++i) {
-        Vehicle vehicle;
-        const int axles = i < static_cast<int>(axles_.size()) ? axles_.at(i) : axles_.last();
-        vehicle.first = first;
-        vehicle.isCutShort = axles > count - first + 1;
-        vehicle.last = vehicle.isCutShort ? count : first + axles - 1;
+    const QList<int>& axles = grouping.axles;
+    for (int first = 1, i = 0; !axles.isEmpty() && first <= count; ++i) {
+        Group group;
+        const int own = i < static_cast<int>(axles.size()) ? axles.at(i) : axles.last();
+        group.first = first;
+        group.isCutShort = own > count - first + 1;
+        group.last = group.isCutShort ? count : first + own - 1;
         const WheelsetResult& leading = wheelsets.at(first - 1);
-        vehicle.judged.name = "vehicle " + QString::number(i + 1);
-        vehicle.judged.values = {vehicleDifference(wheelsets, first, vehicle.last)};
-        vehicle.judged.verdicts =
-            judge(limits_, vehicle.judged.values, runningDiameter(leading.wheels[Left]));
-        std::vector<LimitVerdict> all(vehicle.judged.verdicts);
-        for (int k = 3 * (first - 1); k < 3 * vehicle.last; ++k) {
-            const std::vector<LimitVerdict>& own = judged_[static_cast<std::size_t>(k)].verdicts;
-            all.insert(all.end(), own.begin(), own.end());
+        group.judged.name = QString(grouping.words.one) + ' ' + QString::number(i + 1);
+        group.judged.values = {
+            groupDifference(wheelsets, first, group.last, grouping.words.key, grouping.words.one)};
+        group.judged.verdicts = judge(limits_, group.judged.values, runningDiameter(leading.wheels[Left]));
+        std::vector<LimitVerdict> all(group.judged.verdicts);
+        for (int k = 3 * (first - 1); k < 3 * group.last; ++k) {
+            const std::vector<LimitVerdict>& verdicts = judged_[static_cast<std::size_t>(k)].verdicts;
+            all.insert(all.end(), verdicts.begin(), verdicts.end());
         }
-        vehicle.verdict = overallVerdict(all);
-        first = vehicle.last + 1;
-        vehicles_.push_back(vehicle);
+        group.verdict = overallVerdict(all);
+        first = group.last + 1;
+        grouping.groups.push_back(group);
     }
 }
 
@@ -133,8 +166,13 @@ void PassLimits::addTo(QJsonObject& json) const {
     QJsonArray wheelsets = json["wheelsets"].toArray();
     const auto add = [](QJsonObject& to, const Judged& judged) {
         const QJsonObject values = sectionValuesJson(judged.values);
+        QJsonObject uncertainties = to["uncertainties"].toObject();
+        const QJsonObject further = values["uncertainties"].toObject();
         for (auto value = values.begin(); value != values.end(); ++value)
             to[value.key()] = value.value();
+        for (auto each = further.begin(); each != further.end(); ++each)
+            uncertainties[each.key()] = each.value();
+        to["uncertainties"] = uncertainties;
         to["limits"] = verdictsJson(judged.verdicts);
         to["verdict"] = overallVerdict(judged.verdicts);
     };
@@ -150,18 +188,20 @@ void PassLimits::addTo(QJsonObject& json) const {
         wheelsets[i] = wheelset;
     }
     json["wheelsets"] = wheelsets;
-    QJsonArray vehicles;
-    for (const Vehicle& vehicle : vehicles_) {
-        QJsonObject object{{"vehicle", static_cast<int>(vehicles.size()) + 1},
-                           {"firstWheelset", vehicle.first},
-                           {"lastWheelset", vehicle.last},
-                           {"cutShort", vehicle.isCutShort}};
-        add(object, vehicle.judged);
-        object["verdict"] = vehicle.verdict;
-        vehicles.append(object);
+    for (const Grouping& grouping : groupings_) {
+        QJsonArray groups;
+        for (const Group& group : grouping.groups) {
+            QJsonObject object{{grouping.words.one, static_cast<int>(groups.size()) + 1},
+                               {"firstWheelset", group.first},
+                               {"lastWheelset", group.last},
+                               {"cutShort", group.isCutShort}};
+            add(object, group.judged);
+            object["verdict"] = group.verdict;
+            groups.append(object);
+        }
+        if (!groups.isEmpty())
+            json[grouping.words.many] = groups;
     }
-    if (!vehicles_.empty())
-        json["vehicles"] = vehicles;
     json["verdict"] = verdict();
 }
 
@@ -169,8 +209,10 @@ QString PassLimits::verdict() const {
     std::vector<LimitVerdict> all;
     for (const Judged& judged : judged_)
         all.insert(all.end(), judged.verdicts.begin(), judged.verdicts.end());
-    for (const Vehicle& vehicle : vehicles_)
-        all.insert(all.end(), vehicle.judged.verdicts.begin(), vehicle.judged.verdicts.end());
+    for (const Grouping& grouping : groupings_) {
+        for (const Group& group : grouping.groups)
+            all.insert(all.end(), group.judged.verdicts.begin(), group.judged.verdicts.end());
+    }
     return overallVerdict(all);
 }
 
@@ -182,17 +224,18 @@ QString PassLimits::text() const {
         for (const LimitVerdict& each : judged.verdicts)
             table.add(verdictRow(judged.name, each));
     }
-    QString vehicles;
-    for (const Vehicle& vehicle : vehicles_) {
-        for (const LimitVerdict& each : vehicle.judged.verdicts)
-            table.add(verdictRow(vehicle.judged.name, each));
-        vehicles += filledIn("%1, wheelsets %2 to %3%4: %5\n", vehicle.judged.name, vehicle.first,
-                             vehicle.last, vehicle.isCutShort ? " (cut short)" : "",
-                             vehicle.verdict.isEmpty() ? QString("no value has limits") : vehicle.verdict);
+    QString lines;
+    for (const Grouping& grouping : groupings_) {
+        for (const Group& group : grouping.groups) {
+            for (const LimitVerdict& each : group.judged.verdicts)
+                table.add(verdictRow(group.judged.name, each));
+            lines += filledIn("%1, wheelsets %2 to %3%4: %5\n", group.judged.name, group.first, group.last,
+                              group.isCutShort ? " (cut short)" : "",
+                              group.verdict.isEmpty() ? QString("no value has limits") : group.verdict);
+        }
     }
     const QString word = verdict();
-    return table.text() + vehicles + "train: " + (word.isEmpty() ? QString("no value has limits") : word) +
-           '\n';
+    return table.text() + lines + "train: " + (word.isEmpty() ? QString("no value has limits") : word) + '\n';
 }
 
 bool PassLimits::isGood() const { return verdict() == "good"; }

@@ -14,9 +14,10 @@ namespace KvMeasure {
 /// limits.
 class PassLimits {
 public:
-    /// `axles`: wheelsets of each vehicle in order of time, the last number for all that follow; empty: the
-    /// train is not grouped.
-    PassLimits(WheelLimits limits, QList<int> axles) : limits_(std::move(limits)), axles_(std::move(axles)) {}
+    /// `vehicles`, `bogies`: wheelsets of each in order of time, the last number for all that follow; empty:
+    /// the train is not grouped into them.
+    PassLimits(WheelLimits limits, const QList<int>& vehicles, const QList<int>& bogies)
+        : limits_(std::move(limits)), groupings_{{bogieWords, bogies, {}}, {vehicleWords, vehicles, {}}} {}
 
     /// Takes a section that was measured, with its wheel; the verdict on the values of this wheel.
     QString take(const MeasuredSection& section, const WheelResult& wheel);
@@ -36,20 +37,31 @@ private:
         std::vector<LimitVerdict> verdicts;
     };
 
-    /// Wheelsets of a vehicle, from 1.
-    struct Vehicle {
+    /// Wheelsets of a vehicle or a bogie, from 1.
+    struct Group {
         int first = 0, last = 0;
-        bool isCutShort = false;  ///< the pass has fewer wheelsets than the vehicle
+        bool isCutShort = false;  ///< the pass has fewer wheelsets than the group
         Judged judged;            ///< its own values
         QString verdict;          ///< with those of its wheels and wheelsets
     };
+    struct Words {
+        const char *one, *many;  ///< in JSON and texts
+        const char* key;         ///< of the difference of diameters
+    };
+    /// All groups of a kind.
+    struct Grouping {
+        Words words;
+        QList<int> axles;
+        std::vector<Group> groups;
+    };
+    static constexpr Words bogieWords{"bogie", "bogies", "bogieDiameterDifference"};
+    static constexpr Words vehicleWords{"vehicle", "vehicles", "vehicleDiameterDifference"};
 
     QString verdict() const;
-    void judgeVehicles(const QList<WheelsetResult>& wheelsets);
+    void judgeGroups(const QList<WheelsetResult>& wheelsets, Grouping& grouping);
 
     WheelLimits limits_;
-    QList<int> axles_;
-    std::vector<Vehicle> vehicles_;
+    std::vector<Grouping> groupings_;
     std::map<int, GaugeValues> taken_;  ///< by twice the number of the wheelset and the side
     std::vector<Judged> judged_;        ///< left, right and both of each wheelset
 };

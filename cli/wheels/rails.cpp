@@ -16,6 +16,7 @@
 #include <kvmeasure/report/section_report.h>
 #include <kvmeasure/report/table.h>
 #include <kvmeasure/wheels/rail_values.h>
+#include <kvmeasure/wheels/section_uncertainty.h>
 
 #include <cmath>
 #include <optional>
@@ -132,7 +133,8 @@ int runRailsParameters(const QStringList& words) {
     PictureSeries pictures(svg, arguments.operands() + arguments.texts("--reference"));
     const int code = forEachFile(arguments.operands(), [&](const QString& path) {
         const ReadRail rail = readRail(path, text);
-        const RailValues measured = railValues(rail.section, reference, places);
+        RailValues measured = railValues(rail.section, reference, places);
+        addUncertainties(rail.section, reference, places, measured);
         for (const SectionValue& value : measured.values) {
             const bool isWear = value.key.startsWith('W') || value.key == "areaLost";
             const bool isExtra = value.key == "inclination";

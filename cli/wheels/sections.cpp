@@ -16,6 +16,7 @@
 #include <kvmeasure/report/section_report.h>
 #include <kvmeasure/report/table.h>
 #include <kvmeasure/report/wheel_report.h>
+#include <kvmeasure/wheels/section_uncertainty.h>
 
 #include <algorithm>
 #include <cmath>
@@ -156,14 +157,16 @@ struct Measured {
     std::vector<LimitVerdict> verdicts;
 };
 
-/// The values of gauges of a section, and its wear where there is a nominal one.
+/// The values of gauges of a section, and its wear where there is a nominal one, with their uncertainties.
 void measureGauge(const WheelSection& section, const SectionOptions& options, Measured& measured) {
+    const WheelSection* nominal = options.nominal.points.empty() ? nullptr : &options.nominal;
     measured.gauge = gaugeValues(section, options.places);
-    if (options.nominal.points.empty())
-        return;
-    measured.wear = wheelWear(section, options.nominal, options.alignment, options.places);
-    measured.gauge.values.insert(measured.gauge.values.end(), measured.wear.values.begin(),
-                                 measured.wear.values.end());
+    if (nominal != nullptr) {
+        measured.wear = wheelWear(section, *nominal, options.alignment, options.places);
+        measured.gauge.values.insert(measured.gauge.values.end(), measured.wear.values.begin(),
+                                     measured.wear.values.end());
+    }
+    addUncertainties(section, nominal, options.alignment, options.places, measured.gauge.values);
 }
 
 QByteArray drawWorn(const QString& name, const Measured& measured) {

@@ -50,15 +50,18 @@ void setVerdict(const QList<Axle>& axles, const QJsonObject& results, HtmlPage& 
         faults.append("no wheelset was seen");
     if (!counts.isEmpty())
         faults.append(counts);
-    int damaged = 0, vehicles = 0;
+    int damaged = 0;
     for (const QJsonValue recording : results["recordings"].toArray())
         damaged += recording.toObject()["damagedAt"].isDouble() ? 1 : 0;
-    for (const QJsonValue vehicle : results["vehicles"].toArray())
-        vehicles += vehicle.toObject()["verdict"].toString() == "good" ? 0 : 1;
     if (damaged > 0)
         faults.append(filledIn("%1 recording(s) damaged", damaged));
-    if (vehicles > 0)
-        faults.append(filledIn("%1 vehicle(s) not good", vehicles));
+    for (const QString name : {"bogie", "vehicle"}) {
+        int bad = 0;
+        for (const QJsonValue group : results[name + 's'].toArray())
+            bad += group.toObject()["verdict"].toString() == "good" ? 0 : 1;
+        if (bad > 0)
+            faults.append(filledIn("%1 %2(s) not good", bad, name));
+    }
     if (faults.isEmpty() && !verdict.isEmpty() && verdict != "good")
         faults.append(verdict);
     if (!faults.isEmpty())
@@ -119,25 +122,25 @@ void addOverview(const QList<Axle>& axles, HtmlPage& page) {
                   rows);
 }
 
-void addVehicles(const QJsonArray& vehicles, HtmlPage& page) {
+/// The table of vehicles or bogies.
+void addGroups(const QJsonArray& groups, const QString& title, const QString& name, HtmlPage& page) {
     QList<QStringList> rows;
-    for (const QJsonValue value : vehicles) {
-        const QJsonObject vehicle = value.toObject();
-        QStringList row{
-            QString::number(vehicle["vehicle"].toInt()),
-            filledIn("%1 to %2", vehicle["firstWheelset"].toInt(), vehicle["lastWheelset"].toInt()) +
-                (vehicle["cutShort"].toBool() ? " (cut short)" : ""),
-            vehicle["verdict"].toString().isEmpty() ? QString("no limits") : vehicle["verdict"].toString(),
-            rounded(numberOf(vehicle["vehicleDiameterDifference"]))};
-        const QJsonObject limit = vehicle["limits"].toArray().first().toObject();
+    for (const QJsonValue value : groups) {
+        const QJsonObject group = value.toObject();
+        QStringList row{QString::number(group[name].toInt()),
+                        filledIn("%1 to %2", group["firstWheelset"].toInt(), group["lastWheelset"].toInt()) +
+                            (group["cutShort"].toBool() ? " (cut short)" : ""),
+                        group["verdict"].toString().isEmpty() ? QString("no limits")
+                                                              : group["verdict"].toString(),
+                        rounded(numberOf(group[name + "DiameterDifference"]))};
+        const QJsonObject limit = group["limits"].toArray().first().toObject();
         rows.append(row << (limit.isEmpty() ? QString("none") : limitsText(limit)) << reasonOf(limit));
         if (rows.size() >= PassPage::kMostWheelsets)
             break;
     }
     if (!rows.isEmpty())
-        page.addTable("Vehicles",
-                      {"vehicle", "wheelsets", "verdict", "difference of diameters, mm", "limits", "reason"},
-                      rows);
+        page.addTable(
+            title, {name, "wheelsets", "verdict", "difference of diameters, mm", "limits", "reason"}, rows);
 }
 
 /// A row for a value without limits; its reason is that of the value, or of the U that it lacks.
@@ -243,7 +246,7 @@ QJsonObject bounded(QJsonObject results, int wheelsets) {
     const QByteArray text = QJsonDocument(results).toJson(QJsonDocument::Compact);
     if (text.size() + kMoreOfSign * text.count('<') <= PassPage::kLargestResults)
         return results;
-    for (const char* key : {"recordings", "wheelsets", "vehicles", "notes", "skipped"})
+    for (const char* key : {"recordings", "wheelsets", "vehicles", "bogies", "notes", "skipped"})
         results.remove(key);
     results["wheelsetsLeftOut"] = wheelsets;
     return results;
@@ -281,7 +284,8 @@ QByteArray PassPage::html(const QJsonObject& results) const {
     for (const QStringList& fact : facts_)
         page.addFact(fact[0], fact[1]);
     addOverview(axles, page);
-    addVehicles(results["vehicles"].toArray(), page);
+    addGroups(results["vehicles"].toArray(), "Vehicles", "vehicle", page);
+    addGroups(results["bogies"].toArray(), "Bogies", "bogie", page);
     addPlots(axles, page);
     addDetails(axles, page);
     if (wheels_ > static_cast<int>(worst_.size()))

@@ -35,18 +35,28 @@ QString reasonsOf(const std::vector<SectionValue>& values) {
 
 }  // namespace
 
+QJsonObject uncertaintyJson(const StandardUncertainty& uncertainty) {
+    return {{"u", jsonNumber(uncertainty.u)},
+            {"U", jsonNumber(uncertainty.expanded())},
+            {"reason", uncertainty.reason.isEmpty() ? QJsonValue() : QJsonValue(uncertainty.reason)}};
+}
+
 QJsonObject sectionValuesJson(const std::vector<SectionValue>& values) {
-    QJsonObject json, reasons, notes;
+    QJsonObject json, reasons, notes, uncertainties;
     for (const SectionValue& value : values) {
         json[value.key] = jsonNumber(value.value);
         if (!value.isKnown())
             reasons[value.key] = value.reason;
         if (!value.note.isEmpty())
             notes[value.key] = value.note;
+        if (value.uncertainty.isKnown() || !value.uncertainty.reason.isEmpty())
+            uncertainties[value.key] = uncertaintyJson(value.uncertainty);
     }
     json["reasons"] = reasons;
     if (!notes.isEmpty())
         json["valueNotes"] = notes;
+    if (!uncertainties.isEmpty())
+        json["uncertainties"] = uncertainties;
     return json;
 }
 
@@ -70,6 +80,7 @@ QJsonArray verdictsJson(const std::vector<LimitVerdict>& verdicts) {
         array.append(QJsonObject{{"symbol", verdict.symbol},
                                  {"quantity", verdict.quantity},
                                  {"value", jsonNumber(verdict.value)},
+                                 {"U", jsonNumber(verdict.expanded)},
                                  {"minimum", jsonNumber(verdict.minimum)},
                                  {"maximum", jsonNumber(verdict.maximum)},
                                  {"verdict", verdict.word()},
@@ -79,7 +90,7 @@ QJsonArray verdictsJson(const std::vector<LimitVerdict>& verdicts) {
 }
 
 QStringList verdictHead() {
-    return {"section", "value", "measured", "minimum", "maximum", "verdict", "reason"};
+    return {"section", "value", "measured", "U", "minimum", "maximum", "verdict", "reason"};
 }
 
 QStringList verdictRow(const QString& name, const LimitVerdict& verdict) {
@@ -90,6 +101,7 @@ QStringList verdictRow(const QString& name, const LimitVerdict& verdict) {
     return {name,
             verdict.symbol,
             cell(verdict.value),
+            cell(verdict.expanded),
             limit(verdict.minimum),
             limit(verdict.maximum),
             verdict.word(),

@@ -11,8 +11,12 @@
 
 namespace KvMeasure {
 
+/// {"u", "U", "reason"}: numbers, or null with a reason.
+KVMEASURE_EXPORT QJsonObject uncertaintyJson(const StandardUncertainty& uncertainty);
+
 /// Each value under its key, null where it is missing; "reasons": an object with the reason of each missing
-/// value under its key; "valueNotes": likewise what is to be said of values, where there is something.
+/// value under its key; "valueNotes": likewise what is to be said of values, where there is something;
+/// "uncertainties": likewise uncertaintyJson, where uncertainties were asked for.
 KVMEASURE_EXPORT QJsonObject sectionValuesJson(const std::vector<SectionValue>& values);
 
 /// Heading of a table of sections: "section", the names of the values with their units, and "reasons".
@@ -22,8 +26,8 @@ KVMEASURE_EXPORT QStringList sectionHead(const std::vector<SectionValue>& values
 /// those that are the same for several values once.
 KVMEASURE_EXPORT QStringList sectionRow(const QString& name, const std::vector<SectionValue>& values);
 
-/// The verdicts in their order: "symbol", "quantity", "value", "minimum", "maximum", "verdict", "reason",
-/// "note".
+/// The verdicts in their order: "symbol", "quantity", "value", "U", "minimum", "maximum", "verdict",
+/// "reason", "note".
 KVMEASURE_EXPORT QJsonArray verdictsJson(const std::vector<LimitVerdict>& verdicts);
 
 /// Heading of a table of verdicts.

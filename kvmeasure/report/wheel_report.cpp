@@ -3,6 +3,7 @@
 #include <kvmeasure/base/filled_in.h>
 #include <kvmeasure/base/text.h>
 #include <kvmeasure/report/json.h>
+#include <kvmeasure/report/section_report.h>
 #include <kvmeasure/report/table.h>
 
 #include <QtCore/QFileInfo>
@@ -114,12 +115,6 @@ QStringList notesOf(const WheelsetResult& wheelset, int side, const WheelColumns
     for (auto each = names.begin(); each != names.end(); ++each)
         notes << "no U of " + each.value().join(", ") + ": " + each.key();
     return notes;
-}
-
-QJsonObject uncertaintyJson(const StandardUncertainty& uncertainty) {
-    return {{"u", jsonNumber(uncertainty.u)},
-            {"U", jsonNumber(uncertainty.expanded())},
-            {"reason", uncertainty.reason.isEmpty() ? QJsonValue() : QJsonValue(uncertainty.reason)}};
 }
 
 QJsonObject sideJson(const WheelResult& wheel, const WheelColumns& columns) {

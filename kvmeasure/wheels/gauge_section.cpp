@@ -257,7 +257,7 @@ double uprightBack(const std::vector<Vector>& points, double innermost) {
     constexpr double kWindow = 0.1001, kRise = 1.2, kReach = 5;
     double place = kNaN;
     for (std::size_t i = 0; i < points.size() && points[i].x <= innermost + kReach; ++i) {
-        for (std::size_t j = i + 1; j < points.size() && j < i + 50; ++j) {
+        for (std::size_t j = i + 1; j < points.size() && j < i + 500; ++j) {
             if (std::fabs(points[j].x - points[i].x) <= kWindow && points[j].y - points[i].y >= kRise) {
                 const double x = std::min(points[i].x, points[j].x);
                 place = std::isnan(place) ? x : std::min(place, x);

@@ -3,6 +3,7 @@
 
 #include <kvmeasure/base/global.h>
 #include <kvmeasure/wheels/gauge_section.h>
+#include <kvmeasure/wheels/standard_uncertainty.h>
 
 #include <QtCore/QString>
 
@@ -19,6 +20,7 @@ struct SectionValue {
     double value = std::numeric_limits<double>::quiet_NaN();  ///< NaN where there is a reason
     QString reason;                                           ///< why there is no value; empty where there is
     QString note;                                             ///< what is to be said of a value that there is
+    StandardUncertainty uncertainty{};  ///< where it was asked for, see section_uncertainty.h
 
     bool isKnown() const { return reason.isEmpty(); }  ///< there is a value
 };

@@ -29,6 +29,7 @@ const Symbol kSymbols[] = {{"Sh", "Sh"},
                            {"AR", "backToBack"},
                            {"SR", "frontToFront"},
                            {"DD", "diameterDifference"},
+                           {"DB", "bogieDiameterDifference"},
                            {"DV", "vehicleDiameterDifference"},
                            {"Rd", "tyreThickness"},
                            {"flangeAngle", "flangeAngle"},
@@ -208,6 +209,7 @@ LimitVerdict judgeValue(const std::vector<const WheelLimit*>& rows, const Sectio
     verdict.symbol = rows.front()->symbol;
     verdict.quantity = rows.front()->quantity;
     verdict.value = value.value;
+    verdict.expanded = value.uncertainty.expanded();
     const WheelLimit* row = rowFor(rows, diameter);
     if (row != nullptr) {
         verdict.minimum = row->minimum;

@@ -30,14 +30,15 @@ using WheelLimits = std::vector<WheelLimit>;
 struct KVMEASURE_EXPORT LimitVerdict {
     /// Missing: there is a limit and no value. Open: the limits depend on the diameter, which is not known.
     enum Kind { Good, Out, Missing, Open };
-    QString symbol;                                             ///< of the value, as in the table
-    QString quantity;                                           ///< its name in the table
-    double value = std::numeric_limits<double>::quiet_NaN();    ///< mm; NaN where it is missing
-    double minimum = std::numeric_limits<double>::quiet_NaN();  ///< NaN: none, or not known
-    double maximum = std::numeric_limits<double>::quiet_NaN();  ///< NaN: none, or not known
-    Kind kind = Missing;                                        ///< whether the value is good
-    QString reason;                                             ///< why it is not good; empty where it is
-    QString note;                                               ///< of the row
+    QString symbol;                                              ///< of the value, as in the table
+    QString quantity;                                            ///< its name in the table
+    double value = std::numeric_limits<double>::quiet_NaN();     ///< mm; NaN where it is missing
+    double expanded = std::numeric_limits<double>::quiet_NaN();  ///< U (k = 2) of the value; NaN: not known
+    double minimum = std::numeric_limits<double>::quiet_NaN();   ///< NaN: none, or not known
+    double maximum = std::numeric_limits<double>::quiet_NaN();   ///< NaN: none, or not known
+    Kind kind = Missing;                                         ///< whether the value is good
+    QString reason;                                              ///< why it is not good; empty where it is
+    QString note;                                                ///< of the row
 
     /// "good", "OUT" or "NOT MEASURED", as the values of plans have it.
     QString word() const;

@@ -5,6 +5,7 @@
 #include <kvmeasure/wheels/defect_p.h>
 #include <kvmeasure/wheels/distance_p.h>
 #include <kvmeasure/wheels/section_noise_p.h>
+#include <kvmeasure/wheels/section_surface_p.h>
 
 #include <kvmath/wheel/sensor_coord.h>
 #include <kvmath/wheel/wheel_defects.h>
@@ -208,7 +209,7 @@ bool WheelPass::measure(WheelsetResult& wheelset, int number, int side, const Va
                         MeasuredSection& section) {
     WheelResult& wheel = wheelset.wheels[side];
     if (options.hasUncertainties)
-        refuseUncertainties(kMissing, wheel);
+        refuseUncertainties(kMissingValue, options, wheel);
     QList<const Recording*> recordings;
     QList<const WheelPassage*> passages;
     for (int i = 0; i < kScannersOfSide; ++i) {
@@ -258,7 +259,7 @@ bool WheelPass::measure(WheelsetResult& wheelset, int number, int side, const Va
     if (isReflection)
         wheel.circle = KvMath::KvCircle();
     if (options.hasUncertainties)
-        addUncertainties(scanned, options, wheel);
+        addUncertainties(scanned, options, section, wheel);
     if (std::isnan(wheel.backY))
         return true;
     section.searchFrom =
@@ -303,7 +304,7 @@ void WheelPass::measureSections(const ValueOptions& options,
 /// among equally full ones, and where the rounding of the flange is in view. In the middle of both runs the
 /// backs are plane.
 void WheelPass::measureDistance(WheelsetResult& wheelset, int number) {
-    wheelset.backToBackUncertainty.reason = kMissing;
+    wheelset.backToBackUncertainty.reason = kMissingValue;
     QStringList missing;
     QList<const Recording*> recordings;
     QList<const WheelPassage*> passages;

@@ -12,14 +12,12 @@ struct ScannedSection {
     KvMath::_KvORBIS_SensorCoordROT_ rule;
 };
 
-/// The reason where there is no value.
-const QString kMissing = QStringLiteral("the value is missing");
-
 /// Every uncertainty is missing, for this reason.
-void refuseUncertainties(const QString& reason, WheelResult& wheel);
+void refuseUncertainties(const QString& reason, const ValueOptions& options, WheelResult& wheel);
 
-/// Sets wheel.uncertainties of a wheel that was measured with these options on the middle one of three
-/// sections. Simulates noise, see the source; the same input gives the same figures.
-void addUncertainties(const ScannedSection (&sections)[3], const ValueOptions& options, WheelResult& wheel);
+/// Sets wheel.uncertainties of a wheel whose section was measured with these options on the middle one of
+/// three. Simulates noise, see the source; the same input gives the same figures.
+void addUncertainties(const ScannedSection (&sections)[3], const ValueOptions& options,
+                      const MeasuredSection& section, WheelResult& wheel);
 
 }  // namespace KvMeasure

@@ -24,6 +24,7 @@ struct ValueOptions {
     double back = std::numeric_limits<double>::quiet_NaN();     ///< Y of the flange back, mm
     bool isSection = false;        ///< points of a file, maybe few; otherwise those of a scanner, with noise
     bool hasUncertainties = true;  ///< of a pass: each value with its uncertainty
+    bool hasGaugeValues = false;   ///< of a pass: uncertainties of gaugeValues by their keys, too
 };
 
 /// How the place of the flange back is known. Seen: the section is upright there. Assumed: it is the first

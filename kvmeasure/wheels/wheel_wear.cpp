@@ -88,6 +88,8 @@ Vector nearestOn(const std::vector<Vector>& line, const Vector& p) {
     double least = length(p, nearest);
     for (std::size_t i = 1; i < line.size(); ++i) {
         const Vector &a = line[i - 1], &b = line[i];
+        if (std::min(a.x, b.x) - p.x > least || p.x - std::max(a.x, b.x) > least)
+            continue;
         const double dx = b.x - a.x, dy = b.y - a.y, squared = dx * dx + dy * dy;
         const double share =
             squared > 0 ? std::clamp(((p.x - a.x) * dx + (p.y - a.y) * dy) / squared, 0.0, 1.0) : 0.0;

@@ -376,9 +376,22 @@ TEST_F(Wheels, LimitsJudgeWheelsWheelsetsAndTheTrain) {
     expectRefused("wheels pass train --limits a.html --report a.html", "a.html: is read by this command");
     expectRefused("wheels pass train --work none --report nowhere/a.html", "nowhere/a.html");
     EXPECT_FALSE(QFile::exists("none") || QFile::exists("nowhere")) << "refused before anything is written";
-    write("vehicle.csv", "symbol,minimum,maximum\nDV,,0.01\nSh,20,40\n");
-    const QJsonArray vehicles =
-        run("wheels pass train --limits vehicle.csv --vehicles 1,4 --json").json()["vehicles"].toArray();
+    write("vehicle.csv", "symbol,minimum,maximum\nDV,,0.01\nDB,,9000\nSh,20,40\n");
+    const QJsonObject grouped =
+        run("wheels pass train --limits vehicle.csv --vehicles 1,4 --bogies 2 --json").json();
+    const QJsonArray vehicles = grouped["vehicles"].toArray();
+    const QJsonObject bogie = grouped["bogies"].toArray()[0].toObject(),
+                      wheelset = grouped["wheelsets"].toArray()[0].toObject(),
+                      left = wheelset["left"].toObject()["uncertainties"].toObject();
+    EXPECT_EQ(bogie["lastWheelset"].toInt(), 2);
+    EXPECT_EQ(bogie["verdict"].toString(), "good");
+    EXPECT_GT(bogie["uncertainties"].toObject()["bogieDiameterDifference"].toObject()["u"].toDouble(), 0.01);
+    const double each = left["runningDiameter"].toObject()["u"].toDouble(),
+                 both = wheelset["uncertainties"].toObject()["diameterDifference"].toObject()["u"].toDouble();
+    EXPECT_GT(both, each);
+    EXPECT_LT(both, 3 * each);
+    EXPECT_EQ(left["Sh"].toObject()["u"],
+              wheelset["left"].toObject()["limits"].toArray()[0].toObject()["U"].toDouble() / 2);
     ASSERT_EQ(vehicles.size(), 2);
     EXPECT_EQ(vehicles[0].toObject()["lastWheelset"].toInt(), 1);
     EXPECT_TRUE(vehicles[1].toObject()["cutShort"].toBool());

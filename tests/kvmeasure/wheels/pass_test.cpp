@@ -1,6 +1,7 @@
 // Values of a pass against the truth, and the errors seen against the uncertainties stated. KVMEASURE_RUNS=40
 // prints the table of docs/maintainers/uncertainty_study.md.
 
+#include <kvmeasure/wheels/gauge_values.h>
 #include <kvmeasure/wheels/pass.h>
 #include <simulator/train_pass.h>
 #include <tests/kvmeasure/calls.h>
@@ -32,6 +33,27 @@ struct Seen {
 
 using Study = QMap<QString, Seen>;
 
+/// Of the same wheel in dense points, without noise.
+GaugeValues trueGaugeValues(const Simulator::WheelShape& shape) {
+    GaugeProfile file;
+    file.zero = GaugeZero::FlangeBack;
+    constexpr double kStep = 0.02;
+    for (int i = 0; i * kStep <= Simulator::kWheelWidth; ++i) {
+        const double radius = Simulator::wornRadius(shape, i * kStep);
+        if (std::isfinite(radius))
+            file.points.emplace_back(i * kStep, radius);
+    }
+    return gaugeValues(wheelSection(file));
+}
+
+void addGaugeValues(const MeasuredSection& section, const WheelResult& wheel,
+                    const Simulator::WheelShape& shape, Study& study) {
+    const GaugeValues found = gaugeValues(wheelSection(section, wheel)), truth = trueGaugeValues(shape);
+    for (const char* key : {"Sh", "Sd", "qR"})
+        study[key].add(findValue(found.values, key)->value - findValue(truth.values, key)->value,
+                       wheel.uncertainties.value(key));
+}
+
 void addWheel(const WheelResult& wheel, const Simulator::WheelShape& shape, Study& study) {
     const Simulator::SectionTruth truth = Simulator::sectionTruth(shape, 0);
     const auto radius = static_cast<double>(wheel.circle.radius);
@@ -57,10 +79,16 @@ Study studyOf(const Simulator::PassRecipe& recipe) {
     splitting.work = "work";
     pass.split(splitting);
     pass.measureDistances();
-    pass.measureSections(ValueOptions(), [](const MeasuredSection&) {});
     std::vector<Simulator::Wheelset> train = trainOf(recipe);
     if (recipe.isBackwards)
         std::reverse(train.begin(), train.end());
+    ValueOptions options;
+    options.hasGaugeValues = true;
+    pass.measureSections(options, [&](const MeasuredSection& section) {
+        const int number = section.wheelset - 1;
+        addGaugeValues(section, pass.wheelsets().at(number).wheels[section.side],
+                       train.at(static_cast<std::size_t>(number)).wheels[section.side], study);
+    });
     EXPECT_EQ(pass.wheelsets().size(), recipe.wheelsets);
     for (int w = 0; w < static_cast<int>(pass.wheelsets().size()) && w < recipe.wheelsets; ++w) {
         const WheelsetResult& found = pass.wheelsets().at(w);
