@@ -122,6 +122,22 @@ bool isWholeHead(const std::vector<Vector>& points) {
     return headWidth(points) >= kLeast;
 }
 
+/// A head as it stands that falls on both sides and is as wide as heads are. Its sides may lean, and hang as
+/// the flange and the rim of a wheel upside down would; treads are wider.
+bool isPlainHead(const std::vector<Vector>& points) {
+    constexpr double kNarrowest = 50, kWidest = 80, kLevel = 14;
+    const double width = headWidth(points);
+    if (!(width >= kNarrowest && width <= kWidest))
+        return false;
+    const Vector top = points[static_cast<std::size_t>(highest(points))];
+    const auto fallsOn = [&](double side) {
+        return std::any_of(points.begin(), points.end(), [&](const Vector& p) {
+            return side * (p.x - top.x) > 0 && p.y <= top.y - kLevel;
+        });
+    };
+    return fallsOn(-1) && fallsOn(1);
+}
+
 /// A flange at one end, and an end before the tread.
 bool isFlangeAlone(const std::vector<Vector>& points) {
     constexpr double kNearest = 1, kFarthest = 35, kTread = 45, kLeastFall = 10;
@@ -237,7 +253,7 @@ bool putUpright(const GaugeProfile& profile, GaugeObject wanted, SectionTurn& tu
     }
     if (profile.points.size() < kFewestPoints ||
         (wanted == GaugeObject::Rail && profile.object == GaugeObject::Unknown &&
-         findTurn(profile.points, isWheelShape, turn)) ||
+         !isPlainHead(profile.points) && findTurn(profile.points, isWheelShape, turn)) ||
         !findTurn(profile.points, wanted == GaugeObject::Wheel ? isWheelShape : isRailShape, turn)) {
         reason = noSection(profile, wanted);
         return false;

@@ -275,6 +275,12 @@ TEST_F(WheelValues, OfRailsHaveTheirReasons) {
                 HasSubstr("shape of a wheel"));
     EXPECT_EQ(run("rails parameters rail.csv").code, 0);
     EXPECT_EQ(run("rails parameters wheel.csv").code, 1);
+    const QJsonObject gauge = run("rails gauge rail.csv rail.csv --rail-origin 750 --json").json();
+    EXPECT_NEAR(gauge["gauge"].toDouble(), 1500 - alone["headWidth"].toDouble(), 1);
+    EXPECT_TRUE(gauge["uncertainties"].toObject()["gauge"].toObject().contains("U"));
+    EXPECT_EQ(run("rails gauge rail.csv rail.csv").code, 1);
+    expectRefused("rails gauge rail.csv", "give the file of the other rail, too");
+    expectRefused("rails gauge rail.csv --rail-origin 750", "--rail-origin is for two files");
     expectRefused("rails parameters rail.csv --reference wheel.csv", "the shape of a wheel");
 }
 
