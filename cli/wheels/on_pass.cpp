@@ -167,10 +167,10 @@ QString pictureName(int wheelset, int side, const QString& form) {
     return QString::asprintf("wheel_%02d_", wheelset) + sideName(side) + '.' + form;
 }
 
-void draw(const MeasuredSection& section, const WheelsetResult& wheelset, const QString& folder,
-          const QString& form) {
+void draw(const MeasuredSection& section, const WheelsetResult& wheelset,
+          const std::vector<LimitVerdict>& verdicts, const QString& folder, const QString& form) {
     writePicture(folder + '/' + pictureName(section.wheelset, section.side, form),
-                 [&] { return drawWheel(wheelPictureOf(section, wheelset)); });
+                 [&] { return drawWheel(wheelPictureOf(section, wheelset, verdicts)); });
 }
 
 void makeFolder(const QString& path) {
@@ -196,11 +196,12 @@ void measure(WheelPass& pass, Plan& plan, PassReport& report) {
     if (plan.columns.hasSections)
         pass.measureSections(plan.values, [&](const MeasuredSection& section) {
             const WheelsetResult& wheelset = pass.wheelsets().at(section.wheelset - 1);
-            const QString verdict =
-                plan.limits ? plan.limits->take(section, wheelset.wheels[section.side]) : QString();
-            report.add(section, wheelset, verdict);
+            std::vector<LimitVerdict> verdicts;
+            if (plan.limits)
+                verdicts = plan.limits->take(section, wheelset.wheels[section.side]);
+            report.add(section, wheelset, verdicts);
             if (plan.hasPictures)
-                draw(section, wheelset, pictures, plan.pictureForm);
+                draw(section, wheelset, verdicts, pictures, plan.pictureForm);
         });
     if (plan.limits)
         plan.limits->judgeAll(pass.wheelsets(), plan.columns.hasDistances);

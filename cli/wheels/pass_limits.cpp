@@ -102,12 +102,12 @@ SectionValue diameterDifference(const WheelsetResult& wheelset) {
 
 }  // namespace
 
-QString PassLimits::take(const MeasuredSection& section, const WheelResult& wheel) {
+std::vector<LimitVerdict> PassLimits::take(const MeasuredSection& section, const WheelResult& wheel) {
     GaugeValues& taken = taken_[2 * section.wheelset + section.side];
     taken = gaugeValues(wheelSection(section, wheel));
     for (SectionValue& value : taken.values)
         value.uncertainty = wheel.uncertainties.value(value.key);
-    return overallVerdict(judge(limits_, taken.values, runningDiameter(wheel)));
+    return judge(limits_, taken.values, runningDiameter(wheel));
 }
 
 void PassLimits::judgeAll(const QList<WheelsetResult>& wheelsets, bool hasDistances) {

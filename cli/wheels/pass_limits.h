@@ -19,8 +19,8 @@ public:
     PassLimits(WheelLimits limits, const QList<int>& vehicles, const QList<int>& bogies)
         : limits_(std::move(limits)), groupings_{{bogieWords, bogies, {}}, {vehicleWords, vehicles, {}}} {}
 
-    /// Takes a section that was measured, with its wheel; the verdict on the values of this wheel.
-    QString take(const MeasuredSection& section, const WheelResult& wheel);
+    /// Takes a section that was measured, with its wheel; the verdicts on the values of this wheel.
+    std::vector<LimitVerdict> take(const MeasuredSection& section, const WheelResult& wheel);
     /// Judges all wheelsets, after all sections were measured; distances only where they were, too.
     void judgeAll(const QList<WheelsetResult>& wheelsets, bool hasDistances);
     /// The result of wheelJson with the values and verdicts of each wheel, wheelset and of the train.

@@ -11,7 +11,8 @@
 
 namespace KvMeasure {
 
-WheelPicture wheelPictureOf(const MeasuredSection& section, const WheelsetResult& wheelset) {
+WheelPicture wheelPictureOf(const MeasuredSection& section, const WheelsetResult& wheelset,
+                            const std::vector<LimitVerdict>& verdicts) {
     const WheelResult& wheel = wheelset.wheels[section.side];
     WheelPicture picture = pictureOf(wheel, section);
     picture.title = filledIn("Wheelset %1, %2 wheel", section.wheelset, sideName(section.side));
@@ -23,6 +24,7 @@ WheelPicture wheelPictureOf(const MeasuredSection& section, const WheelsetResult
     picture.defect = section.defect;
     picture.isDefectInSection =
         section.defect.scanner == middleScanner(section.side) && section.defect.record == wheel.record;
+    picture.verdicts = verdicts;
     return picture;
 }
 
@@ -44,9 +46,11 @@ PassReport::PassReport(const Arguments& arguments) {
     page_->addFact("limits", arguments.text("--limits"));
 }
 
-void PassReport::add(const MeasuredSection& section, const WheelsetResult& wheelset, const QString& verdict) {
+void PassReport::add(const MeasuredSection& section, const WheelsetResult& wheelset,
+                     const std::vector<LimitVerdict>& verdicts) {
     if (!page_)
         return;
+    const QString verdict = overallVerdict(verdicts);
     const WheelResult& wheel = wheelset.wheels[section.side];
     QStringList words;
     if (wheel.defect > 0)
@@ -56,7 +60,8 @@ void PassReport::add(const MeasuredSection& section, const WheelsetResult& wheel
     words += wheel.notes;
     const QString caption = filledIn("Wheelset %1, %2 wheel", section.wheelset, sideName(section.side)) +
                             (words.isEmpty() ? QString() : ": " + words.join("; "));
-    page_->add(wheel, verdict, caption, [&] { return drawWheel(wheelPictureOf(section, wheelset)); });
+    page_->add(wheel, verdict, caption,
+               [&] { return drawWheel(wheelPictureOf(section, wheelset, verdicts)); });
 }
 
 void PassReport::write(const QJsonObject& results) {

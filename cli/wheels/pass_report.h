@@ -12,8 +12,9 @@
 
 namespace KvMeasure {
 
-/// The picture of a measured wheel, with title and defect.
-WheelPicture wheelPictureOf(const MeasuredSection& section, const WheelsetResult& wheelset);
+/// The picture of a measured wheel, with title, defect and verdicts.
+WheelPicture wheelPictureOf(const MeasuredSection& section, const WheelsetResult& wheelset,
+                            const std::vector<LimitVerdict>& verdicts);
 
 /// --report of "wheels pass".
 Option passReportOption();
@@ -24,8 +25,9 @@ public:
     /// Refuses a page that cannot be written, before anything is measured.
     explicit PassReport(const Arguments& arguments);
 
-    /// Takes a section that was measured, with the verdict on its wheel.
-    void add(const MeasuredSection& section, const WheelsetResult& wheelset, const QString& verdict);
+    /// Takes a section that was measured, with the verdicts on its wheel.
+    void add(const MeasuredSection& section, const WheelsetResult& wheelset,
+             const std::vector<LimitVerdict>& verdicts);
     /// Writes the page on these results.
     void write(const QJsonObject& results);
 

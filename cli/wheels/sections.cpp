@@ -196,6 +196,7 @@ QByteArray drawSection(const QString& path, const Measured& measured) {
     WheelPicture picture = pictureOf(measured.wheel, measured.seen);
     picture.title = name;
     picture.subtitle = QString("%1 points").arg(measured.seen.profile.points.size());
+    picture.verdicts = measured.verdicts;
     return drawWheel(picture);
 }
 

@@ -25,9 +25,10 @@ const QString heightColour = "#B4471B", steepnessColour = "#0B7A53", thicknessCo
 class Painter {
 public:
     explicit Painter(const WheelPicture& picture)
-        : picture_(picture),
-          drawing_(fitProjection(shown, kLeft, kTop + kNoteHeight * static_cast<double>(picture.notes.size()),
-                                 kAreaWidth)),
+        : picture_(picture), limits_(limitLines(picture.verdicts)),
+          drawing_(fitProjection(
+              shown, kLeft, kTop + kNoteHeight * static_cast<double>(picture.notes.size() + limits_.size()),
+              kAreaWidth)),
           view_(drawing_.view), canvas_(drawing_.canvas) {}
 
     QByteArray paint() {
@@ -50,6 +51,26 @@ public:
     }
 
 private:
+    /// The verdict, then what is not good.
+    static QStringList limitLines(const std::vector<LimitVerdict>& verdicts) {
+        if (verdicts.empty())
+            return {};
+        constexpr int kMostLines = 8, kDecimals = 2;
+        QStringList lines, good;
+        for (const LimitVerdict& each : verdicts) {
+            const QString value = std::isfinite(each.value)
+                                      ? each.symbol + ' ' + QString::number(each.value, 'f', kDecimals)
+                                      : each.symbol;
+            if (each.kind == LimitVerdict::Good)
+                good.append(value);
+            else if (lines.size() < kMostLines)
+                lines.append(filledIn("%1: %2, %3", value, each.word(), each.reason));
+        }
+        lines.prepend("limits: " + overallVerdict(verdicts) +
+                      (good.isEmpty() ? QString() : "; good: " + good.join(", ")));
+        return lines;
+    }
+
     QString origin() const {
         return picture_.isBackKnown ? "flange back" : "first point (the flange back is not seen)";
     }
@@ -261,12 +282,18 @@ private:
                               QString::number(deviation, 'f', 2), picture_.nominal);
         if (!facts.isEmpty())
             canvas_.text({kLeft, 76}, facts.join(", "), "fill=\"#111\"");
+        const bool isGood = overallVerdict(picture_.verdicts) == "good";
+        double y = 76;
+        for (const QString& line : limits_)
+            canvas_.text({kLeft, y += kNoteHeight}, line,
+                         QString("font-weight=\"bold\" fill=\"%1\"").arg(isGood ? "#0B7A53" : badColour));
         for (int i = 0; i < picture_.notes.size(); ++i)
-            canvas_.text({kLeft, 76 + kNoteHeight * (i + 1)}, picture_.notes.at(i),
+            canvas_.text({kLeft, y + kNoteHeight * (i + 1)}, picture_.notes.at(i),
                          QString("fill=\"%1\"").arg(badColour));
     }
 
     const WheelPicture& picture_;
+    const QStringList limits_;
     Drawing drawing_;
     const Projection& view_;
     Canvas& canvas_;

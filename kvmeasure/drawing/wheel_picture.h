@@ -2,6 +2,7 @@
 // The section of a wheel with its values where they were measured.
 
 #include <kvmeasure/base/global.h>
+#include <kvmeasure/wheels/limits.h>
 #include <kvmeasure/wheels/values.h>
 
 #include <QtCore/QByteArray>
@@ -27,6 +28,8 @@ struct KVMEASURE_EXPORT WheelPicture {
     bool hasDefect = false;                                        ///< of the tread
     DefectPlace defect;                                            ///< where, if that is known
     bool isDefectInSection = false;  ///< the section is the profile that shows it
+    std::vector<LimitVerdict>
+        verdicts;  ///< on its values, a line for each that is not good; empty: no limits
 };
 
 /// What a measured section tells; title, subtitle and defect are the caller's.

@@ -371,6 +371,7 @@ TEST_F(Wheels, LimitsJudgeWheelsWheelsetsAndTheTrain) {
               paged.json());
     EXPECT_EQ(page.count("<figure>"), 4);
     EXPECT_THAT(page.toStdString(), HasSubstr("2 wheel(s) or wheelset(s) out of the limits"));
+    EXPECT_THAT(page.toStdString(), HasSubstr(">limits: OUT")) << "the pictures say it, too";
     write("a.html", read("wide.csv"));
     expectRefused("wheels pass train --report page.pdf", "a name that ends in .html");
     expectRefused("wheels pass train --limits a.html --report a.html", "a.html: is read by this command");
