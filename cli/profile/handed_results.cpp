@@ -3,7 +3,7 @@
 #include "cli/batch.h"
 #include "cli/console.h"
 #include "cli/parameters.h"
-#include "cli/profile/stored_parts.h"
+#include "cli/stored_parts.h"
 
 #include <kvmeasure/base/filled_in.h>
 #include <kvmeasure/base/output_file.h>

@@ -6,9 +6,9 @@
 #include "cli/profile/measured_list.h"
 #include "cli/profile/measured_parts.h"
 #include "cli/profile/plan_options.h"
-#include "cli/profile/stored_parts.h"
 #include "cli/profile/text_options.h"
 #include "cli/scan/options.h"
+#include "cli/stored_parts.h"
 
 #include <kvmeasure/base/error.h>
 #include <kvmeasure/base/output_file.h>

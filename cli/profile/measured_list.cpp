@@ -8,16 +8,14 @@
 #include "cli/ordered_jobs.h"
 #include "cli/parameters.h"
 #include "cli/profile/measured_parts.h"
-#include "cli/profile/stored_parts.h"
 #include "cli/profile/text_options.h"
 #include "cli/scan/options.h"
+#include "cli/stored_parts.h"
 
 #include <kvmeasure/base/error.h>
 #include <kvmeasure/base/filled_in.h>
 #include <kvmeasure/report/match_report.h>
 #include <kvmeasure/scans/profile_sequence.h>
-
-#include <QtCore/QFileInfo>
 
 #include <cmath>
 #include <optional>
@@ -56,7 +54,7 @@ public:
           part_(plan, withReasons(settingsOf(arguments))),
           report_(MatchReport::Part, part_.plan(), arguments.has("--all"), /*keepValues=*/false,
                   [](const QString&) {}),
-          head_(headOf(usage)), batch_(arguments, head_), store_(arguments, part_.plan()),
+          head_(headOf(usage)), batch_(arguments, head_), store_(arguments),
           source_(static_cast<int>(batch_.part().totals().files)) {}
 
     int run();
@@ -167,7 +165,7 @@ void ListMeasurer::write(const HeldRows& held) {
     batch_.show();
 }
 
-/// A run that was killed is found again by its plan and the place of its part.
+/// A run that was killed is found again by what its part says of itself, wherever that lies.
 void ListMeasurer::beginStore() {
     const QString out = arguments_.text("--out");
     if (!store_.isOpen())
@@ -177,7 +175,7 @@ void ListMeasurer::beginStore() {
         store_.close();
         return;
     }
-    store_.begin(QString::fromLatin1(head_.plan) + ' ' + QFileInfo(out).absoluteFilePath(), source_);
+    store_.begin(part_.plan(), batch_.part().id(), source_);
 }
 
 void ListMeasurer::put(ListedProfile read) {
@@ -231,9 +229,8 @@ int ListMeasurer::run() {
     while (!jobs_.isEmpty())
         takeOne();
     writeHeld();
-    const int code = batch_.finish();
-    store_.finish();
-    return code;
+    store_.finish();  // first: a part that is complete is not begun again
+    return batch_.finish();
 }
 
 }  // namespace

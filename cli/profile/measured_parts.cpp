@@ -8,9 +8,9 @@
 #include "cli/profile/handed_results.h"
 #include "cli/profile/options.h"
 #include "cli/profile/second_profiles.h"
-#include "cli/profile/stored_parts.h"
 #include "cli/profile/text_options.h"
 #include "cli/scan/options.h"
+#include "cli/stored_parts.h"
 #include "cli/terminal_progress.h"
 
 #include <kvmeasure/base/error.h>
@@ -78,7 +78,7 @@ public:
           part_(plan, settingsOf(arguments)),
           report_(formOf(arguments, jsonForm), part_.plan(), arguments.has("--all"), arguments.has("--trend"),
                   print),
-          pictures_(arguments.text("--svg"), otherFiles(arguments)), store_(arguments, part_.plan()),
+          pictures_(arguments.text("--svg"), otherFiles(arguments)), store_(arguments),
           handed_(arguments, part_.plan(), jsonForm, [this](const Error& error) { giveUp(error); }) {
         report_.setWritesLines(arguments.has("--jsonl"));
         report_.setGivesStatistics(arguments.has("--stats"));
@@ -365,7 +365,7 @@ void Matcher::readFile(const QString& path, int number, bool isOnly) {
 
 void Matcher::run() {
     const QStringList& paths = arguments_.operands();
-    store_.begin();
+    store_.begin(part_.plan());
     progress_ = std::make_unique<TerminalProgress>("files", paths.size());
     handed_.begin();
     startThreads(arguments_.integer("--jobs", 1, 1, kMostJobs));

@@ -1,7 +1,7 @@
-// PATH.partial: a line "# partial {...}" with the digests of plan and list, the rows, and behind those of
-// each file "# file {...}" with the totals and a check sum of all rows so far and of them (FNV-1a: G. Fowler,
-// L. C. Noll, K. P. Vo). Rows never begin with '#'. Going on costs one reading of what is there; memory holds
-// a piece of a line.
+// PATH.partial: a line "# partial {...}" with the digests of plan and list, a line "# id ..." with random
+// digits, the rows, and behind those of each file "# file ..." with the totals and a check sum of all rows so
+// far and of them (FNV-1a: G. Fowler, L. C. Noll, K. P. Vo). Rows never begin with '#'. Going on costs one
+// reading of what is there; memory holds a piece of a line.
 
 #include <kvmeasure/report/part_file.h>
 
@@ -12,6 +12,7 @@
 #include <QtCore/QFileInfo>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
+#include <QtCore/QUuid>
 
 #include <cerrno>
 #include <sys/file.h>
@@ -23,6 +24,7 @@ namespace {
 
 const char* const kMark = "# file ";
 const char* const kStart = "# partial ";
+const char* const kId = "# id ";
 constexpr quint64 kEmptySum = 14695981039346656037ULL;
 constexpr qint64 kPiece = 1 << 16;  // bytes that are read at once
 
@@ -72,8 +74,12 @@ PartFile::PartFile(const QString& path, const PartHead& head, const FileList& li
     if (doneBefore_ > 0)
         notice_ = filledIn("%1: goes on behind %2 of %3 files, which an earlier run has done", path,
                            doneBefore_, summary_.list.count());
-    if (end == 0)
-        write(startLine());
+    if (end > 0)
+        return;
+    id_ = QUuid::createUuid().toString(QUuid::Id128);
+    write(startLine() + kId + id_.toLatin1() + '\n');
+    if (!partial_.flush())
+        fail();
 }
 
 /// Opened and held. A run that has just ended may have taken the file away meanwhile.
@@ -134,23 +140,32 @@ QByteArray PartFile::startLine() const {
     return kStart + QJsonDocument(json).toJson(QJsonDocument::Compact) + '\n';
 }
 
-/// The end of the last file that was done, in bytes of the partial result; 0: it begins anew.
-qint64 PartFile::readMarks() {
+/// Both first lines are those of this head and list. A file of another form is refused.
+bool PartFile::readStart() {
     constexpr qint64 kLongestStart = 1 << 20;
     const QByteArray start = partial_.readLine(kLongestStart);
-    if (start.isEmpty())
-        return 0;
-    if (start != startLine()) {
-        const bool isPartial = start.startsWith(kStart) || startLine().startsWith(start);
-        if (!isPartial)
-            throw Error(filledIn("%1: is no partial result; move it away", partial_.fileName()))
-                .inFile(partial_.fileName());
-        if (start.endsWith('\n'))
-            notice_ =
-                filledIn("%1: a partial result of another plan, list or version is left; it is begun anew",
-                         partial_.fileName());
-        return 0;
+    if (start == startLine()) {
+        constexpr int kDigits = 32;
+        const QByteArray line = partial_.readLine(kPiece);
+        const QByteArray id = line.startsWith(kId) ? line.mid(static_cast<int>(qstrlen(kId))).trimmed() : "";
+        if (line.endsWith('\n') && id.size() == kDigits)
+            id_ = QString::fromLatin1(id);
+        return !id_.isEmpty();
     }
+    const bool isPartial = start.startsWith(kStart) || startLine().startsWith(start);
+    if (!isPartial)
+        throw Error(filledIn("%1: is no partial result; move it away", partial_.fileName()))
+            .inFile(partial_.fileName());
+    if (start.endsWith('\n'))
+        notice_ = filledIn("%1: a partial result of another plan, list or version is left; it is begun anew",
+                           partial_.fileName());
+    return false;
+}
+
+/// The end of the last file that was done, in bytes of the partial result; 0: it begins anew.
+qint64 PartFile::readMarks() {
+    if (!readStart())
+        return 0;
     qint64 end = partial_.pos();
     quint64 sum = kEmptySum;
     bool isLineStart = true;

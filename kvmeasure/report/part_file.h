@@ -38,6 +38,9 @@ public:
     bool isComplete() const { return isComplete_; }       ///< the part was there: nothing is to be done
     const QString& notice() const { return notice_; }     ///< what was there, for the user; empty: nothing
     const PartTotals& totals() const { return totals_; }  ///< of what is done
+    /// Random digits that stay the same when a run goes on, and change when it is begun anew. Empty where
+    /// isComplete().
+    const QString& id() const { return id_; }
     /// True once for each file that an earlier run has done.
     bool wasDone() { return skipped_ < doneBefore_ && ++skipped_ > 0; }
 
@@ -51,12 +54,13 @@ private:
     void openPartial();
     void takeUp();
     qint64 readMarks();
+    bool readStart();
     bool takeMark(const QByteArray& line);
     void write(const QByteArray& bytes);
     QByteArray startLine() const;
     [[noreturn]] void fail() const;
 
-    QString path_, notice_;
+    QString path_, notice_, id_;
     PartSummary summary_;
     PartTotals totals_;
     QFile partial_;

@@ -109,11 +109,7 @@ qint64 ResultsStore::beginRun(const NewRun& run) {
 qint64 ResultsStore::findRun(const QString& list) {
     if (list.isEmpty())
         return 0;
-    return session_
-        ->cell("SELECT max(id) FROM run WHERE list = ? AND NOT EXISTS "
-               "(SELECT 1 FROM run_end WHERE run_end.run = run.id)",
-               {list})
-        .toLongLong();
+    return session_->cell("SELECT max(id) FROM run WHERE list = ?", {list}).toLongLong();
 }
 
 qint64 ResultsStore::sourcesBefore(qint64 run, int source) {

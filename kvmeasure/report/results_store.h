@@ -124,7 +124,7 @@ public:
     ~ResultsStore();                                        ///< closes the file
 
     qint64 beginRun(const NewRun& run);  ///< stores a run without parts; returns its number
-    /// The last run of this NewRun::list that was not ended; 0: there is none.
+    /// The last run of this NewRun::list, ended or not; 0: there is none, or the list is empty.
     qint64 findRun(const QString& list);
     qint64 sourcesBefore(qint64 run, int source);  ///< files of the run before that place that have parts
     /// Stores parts, all of them or none. Of a file and record that the run has, the stored part stays.

@@ -22,12 +22,14 @@ class StoredParts {
 public:
     /// Opens the store that --store names and refuses what is read or written elsewhere under that name.
     /// Without the option nothing is ever stored. Throws Error.
-    StoredParts(const Arguments& arguments, const InspectionPlan& plan);
+    explicit StoredParts(const Arguments& arguments);
 
     bool isOpen() const { return store_.has_value(); }
-    /// Begins a run. `list` is what it can be found again by; where `done` of its files were done before, the
-    /// run that was killed is continued. Throws Error where that one is not in this store.
-    void begin(const QString& list = {}, qint64 done = 0);
+    /// Begins a run with a plan. `list` is what it can be found again by: a run of that list that was killed
+    /// is continued. Throws Error where that one is not in this store, though `done` of its files were done.
+    void begin(const InspectionPlan& plan, const QString& list = {}, int done = 0);
+    /// The same with a plan of any other form.
+    void begin(const QString& planName, const QByteArray& plan, const QString& list = {}, int done = 0);
     void add(StoredPart part);  ///< nothing where no store is open
     bool isDue() const;         ///< flush() is wanted now
     void flush();               ///< stores what was added; throws Error
@@ -36,7 +38,7 @@ public:
 
 private:
     const Arguments& arguments_;
-    const InspectionPlan& plan_;
+    QString name_;  ///< of the store, for messages
     std::optional<ResultsStore> store_;
     std::vector<StoredPart> parts_;
     std::chrono::steady_clock::time_point flushed_ = std::chrono::steady_clock::now();

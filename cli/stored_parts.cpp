@@ -1,4 +1,4 @@
-#include "cli/profile/stored_parts.h"
+#include "cli/stored_parts.h"
 
 #include "cli/batch.h"
 #include "cli/console.h"
@@ -40,40 +40,42 @@ StoredPart unreadPart(const QString& name, const QString& reason) {
     return part;
 }
 
-StoredParts::StoredParts(const Arguments& arguments, const InspectionPlan& plan)
-    : arguments_(arguments), plan_(plan) {
+StoredParts::StoredParts(const Arguments& arguments) : arguments_(arguments) {
     if (!arguments.has("--aqdef"))
         arguments.requireWith({"--station", "--operator", "--serial"}, "--store");
     if (!arguments.has("--store"))
         return;
-    const QString path = arguments.text("--store");
+    const QString place = arguments.text("--store");
+    name_ = place;
     QStringList others = arguments.operands();
     for (const char* option : {"--template", "--plan", "--master", "--second", "--files-from", "--svg",
-                               "--trend", "--report", "--out"})
+                               "--trend", "--report", "--out", "--settings", "--limits", "--reference"})
         others += arguments.texts(option);
-    refuseOverwriting({path}, others);
-    store_.emplace(path, ResultsStore::Access::Add);
+    refuseOverwriting({place}, others);
+    store_.emplace(place, ResultsStore::Access::Add);
 }
 
-void StoredParts::begin(const QString& list, qint64 done) {
+void StoredParts::begin(const InspectionPlan& plan, const QString& list, int done) {
+    if (store_)
+        begin(plan.name, storedText(plan), list, done);
+}
+
+void StoredParts::begin(const QString& planName, const QByteArray& plan, const QString& list, int done) {
     if (!store_)
         return;
-    const QString path = arguments_.text("--store");
-    if (done > 0) {
-        run_ = store_->findRun(list);
-        if (run_ == 0 || store_->sourcesBefore(run_, static_cast<int>(done)) < done)
-            throw Error(
-                filledIn("%1: %2 was begun without this store: %3 files would be missing in it; remove "
-                         "%2.partial, or leave out --store",
-                         path, arguments_.text("--out"), done))
-                .inFile(path);
+    run_ = store_->findRun(list);
+    if (done > 0 && (run_ == 0 || store_->sourcesBefore(run_, done) < done))
+        throw Error(filledIn("%1: %2 was begun without this store: %3 files would be missing in it; remove "
+                             "%2.partial, or leave out --store",
+                             name_, arguments_.text("--out"), done))
+            .inFile(name_);
+    if (run_ != 0)
         return;
-    }
     NewRun run;
     run.command = arguments_.command();
     run.version = libraryVersion();
-    run.planName = plan_.name;
-    run.plan = storedText(plan_);
+    run.planName = planName;
+    run.plan = plan;
     run.station = arguments_.text("--station");
     run.operatorName = arguments_.text("--operator");
     run.list = list;
@@ -113,8 +115,7 @@ void StoredParts::finish() {
         return;
     flush();
     store_->endRun(run_);
-    complain(filledIn("%1: run %2: %3 stored", printable(arguments_.text("--store")), run_,
-                      counted(stored_, "profile")));
+    complain(filledIn("%1: run %2: %3 stored", printable(name_), run_, counted(stored_, "profile")));
 }
 
 }  // namespace KvMeasure
