@@ -26,7 +26,8 @@ QByteArray storedText(InspectionPlan plan) {
 }  // namespace
 
 std::vector<Option> storeOptions() {
-    return {{"--store", "FILE.db", "add the results to a store, made where there is none; see \"results\""},
+    return {{"--store", "STORE",
+             "add the results to a store, FILE.db or postgresql://..., made where there is none"},
             {"--station", "NAME", "where it was measured, for --store and --aqdef"},
             {"--operator", "NAME", "who measured, likewise"},
             {"--serial", "NUMBER", "of the part, likewise"}};
@@ -46,12 +47,13 @@ StoredParts::StoredParts(const Arguments& arguments) : arguments_(arguments) {
     if (!arguments.has("--store"))
         return;
     const QString place = arguments.text("--store");
-    name_ = place;
+    name_ = storeName(place);
     QStringList others = arguments.operands();
     for (const char* option : {"--template", "--plan", "--master", "--second", "--files-from", "--svg",
                                "--trend", "--report", "--out", "--settings", "--limits", "--reference"})
         others += arguments.texts(option);
-    refuseOverwriting({place}, others);
+    if (!isOnServer(place))
+        refuseOverwriting({place}, others);
     store_.emplace(place, ResultsStore::Access::Add);
 }
 

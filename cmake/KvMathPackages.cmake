@@ -106,6 +106,7 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/kvmath ${P
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_DEPENDS "${kvmeasure_library_package} (= ${debian_version})")
 if(TARGET kvmeasure_store)  # its driver, which Qt loads by name
     string(APPEND CPACK_DEBIAN_PROGRAM_PACKAGE_DEPENDS ", libqt${KVMATH_QT_MAJOR}sql${KVMATH_QT_MAJOR}-sqlite")
+    set(CPACK_DEBIAN_PROGRAM_PACKAGE_SUGGESTS "libqt${KVMATH_QT_MAJOR}sql${KVMATH_QT_MAJOR}-psql")
 endif()
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_RECOMMENDS libjs-dygraphs)
 set(CPACK_DEBIAN_PROGRAM_DESCRIPTION "measures lines and 3D scans of laser profile scanners

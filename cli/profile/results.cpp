@@ -101,8 +101,8 @@ int runResults(const QStringList& words) {
     constexpr int kLongestTrend = 1'000'000;
     const int trend = arguments.integer("--last", StoredSeries::kUsualTrend, 0, kLongestTrend);
     const ResultsQuery query = queryOf(arguments);
-    const QString path = arguments.operand(0);
-    ResultsStore store(path, ResultsStore::Access::Read);
+    const QString name = storeName(arguments.operand(0));
+    ResultsStore store(arguments.operand(0), ResultsStore::Access::Read);
     store.requireKnown(query);
     if (arguments.has("--csv")) {
         constexpr int kAtOnce = 1 << 16;
@@ -119,13 +119,13 @@ int runResults(const QStringList& words) {
     const QList<RunRecord> runs = store.runs(query);
     store.forEachValue(query, [&series](const StoredValue& value) { series.take(value); });
     if (!arguments.isJson()) {
-        print(printable(path) + runsText(runs) + '\n' + series.text());
+        print(printable(name) + runsText(runs) + '\n' + series.text());
         return Done;
     }
     QJsonArray list;
     for (const RunRecord& run : runs)
         list.append(jsonOf(run));
-    printJson({{"file", path}, {"runs", list}, {"values", series.json()}});
+    printJson({{"file", name}, {"runs", list}, {"values", series.json()}});
     return Done;
 }
 

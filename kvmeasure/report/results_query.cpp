@@ -73,11 +73,11 @@ QList<RunRecord> ResultsStore::runs(const ResultsQuery& query) {
                       query.name);
     session_->run(
         QString("SELECT run.id, run.started, run_end.ended, run.command, run.version, run.plan, plan.name, "
-                "run.station, run.operator, count(part.id), coalesce(sum(part.state = 'good'), 0), "
-                "coalesce(sum(part.state = 'unread'), 0) FROM run JOIN plan ON plan.digest = run.plan "
+                "run.station, run.operator, count(part.id), count(*) FILTER (WHERE part.state = 'good'), "
+                "count(*) FILTER (WHERE part.state = 'unread') FROM run JOIN plan ON plan.digest = run.plan "
                 "LEFT JOIN run_end ON run_end.run = run.id %1JOIN part ON part.run = run.id")
                 .arg(isNarrowed ? "" : "LEFT ") +
-            condition.where() + " GROUP BY run.id ORDER BY run.id",
+            condition.where() + " GROUP BY run.id, run_end.run, plan.digest ORDER BY run.id",
         condition.values);
     QList<RunRecord> runs;
     for (QVariantList row; session_->next(row);) {
@@ -108,7 +108,7 @@ void ResultsStore::forEachValue(const ResultsQuery& query,
                       condition.where() + " ORDER BY part.id, value.position",
                   condition.values);
     for (QVariantList row; session_->next(row);)
-        take(valueOf(row, session_->path()));
+        take(valueOf(row, session_->name()));
 }
 
 void ResultsStore::requireKnown(const ResultsQuery& query) {
@@ -131,13 +131,14 @@ void ResultsStore::requireKnown(const ResultsQuery& query) {
         session_->run(QString("SELECT DISTINCT %1%2%1 <> '' LIMIT 100").arg(asked.column, place));
         for (QVariantList row; session_->next(row);)
             known.append(printable(row.value(0).toString()));
+        known.sort();
         const int shown = 10;
-        throw Error(filledIn("%1: holds no %2 \"%3\"%4%5", session_->path(), asked.what, asked.word,
+        throw Error(filledIn("%1: holds no %2 \"%3\"%4%5", session_->name(), asked.what, asked.word,
                              known.isEmpty() ? QString()
                                              : "; there are " + known.mid(0, shown).join(", ") +
                                                    (known.size() > shown ? ", ..." : ""),
                              suggestion(asked.word, known)))
-            .inFile(session_->path());
+            .inFile(session_->name());
     }
 }
 

@@ -20,8 +20,11 @@ namespace {
 
 QString now() { return QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs); }
 
-/// A text for a column that always has one: Qt takes a QString() for no value.
-QVariant textOf(const QString& text) { return text.isNull() ? QString("") : text; }
+/// A text for a column that always has one: Qt takes a QString() for no value. PostgreSQL has no U+0000 in
+/// texts.
+QVariant textOf(QString text) {
+    return text.isNull() ? QString("") : text.replace(QChar(u'\0'), QChar(QChar::ReplacementCharacter));
+}
 
 /// No value for NaN and infinities.
 QVariant numberOrNull(double number) { return std::isfinite(number) ? QVariant(number) : QVariant(); }
@@ -38,6 +41,7 @@ const char* stateText(PartState state) {
     return "unread";
 }
 
+/// The cells of a row of "value".
 QVariantList rowOf(const Value& value, qint64 part, int position) {
     const bool hasNominal = value.hasTolerance && value.tolerance.hasNominal;
     const double none = std::nan("");
@@ -52,6 +56,23 @@ QVariantList rowOf(const Value& value, qint64 part, int position) {
             numberOrNull(value.hasTolerance ? value.tolerance.greatest() : none),
             textOf(value.verdict()),
             textOf(value.reason)};
+}
+
+/// Many rows by a statement, since each waits for the answer of a server.
+void addValues(Internal::StoreSession& session, qint64 part, const QList<Value>& values) {
+    constexpr int kRows = 50;
+    const int count = static_cast<int>(values.size());
+    for (int first = 0; first < count; first += kRows) {
+        const int rows = qMin(kRows, count - first);
+        QVariantList cells;
+        for (int i = first; i < first + rows; ++i)
+            cells += rowOf(values[i], part, i);
+        const QString row = ", (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)";
+        session.run("INSERT INTO value(part, position, name, unit, value, expanded_u, nominal, lower, upper, "
+                    "verdict, reason) VALUES" +
+                        row.repeated(rows).mid(1),
+                    cells);
+    }
 }
 
 /// What the plan names and the profile has not.
@@ -85,8 +106,8 @@ StoredPart storedPart(const MatchedProfile& profile, const InspectionPlan& plan)
     return part;
 }
 
-ResultsStore::ResultsStore(const QString& path, Access access, double waitSeconds)
-    : session_(std::make_unique<Internal::StoreSession>(path, access == Access::Add, waitSeconds)) {}
+ResultsStore::ResultsStore(const QString& place, Access access, double waitSeconds)
+    : session_(std::make_unique<Internal::StoreSession>(place, access == Access::Add, waitSeconds)) {}
 
 ResultsStore::~ResultsStore() = default;
 
@@ -132,10 +153,7 @@ int ResultsStore::addParts(qint64 run, const std::vector<StoredPart>& parts) {
         if (!id.isValid())
             continue;
         ++added;
-        for (int i = 0; i < static_cast<int>(part.values.size()); ++i)
-            session_->run("INSERT INTO value(part, position, name, unit, value, expanded_u, nominal, lower, "
-                          "upper, verdict, reason) VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",
-                          rowOf(part.values[i], id.toLongLong(), i));
+        addValues(*session_, id.toLongLong(), part.values);
     }
     transaction.commit();
     return added;

@@ -6,6 +6,7 @@
 #include <QtCore/QAtomicInt>
 #include <QtCore/QHash>
 #include <QtSql/QSqlDatabase>
+#include <QtSql/QSqlDriver>
 #include <QtSql/QSqlError>
 #include <QtSql/QSqlQuery>
 #include <QtSql/QSqlRecord>
@@ -16,7 +17,8 @@ namespace KvMeasure::Internal {
 
 namespace {
 
-const char* const kDriver = "QSQLITE";
+/// PostgreSQL's code for a connection that was lost, which its library does not set then.
+const char* const kLost = "08006";
 
 class QtConnection : public SqlConnection {
 public:
@@ -24,34 +26,46 @@ public:
     QtConnection(const QtConnection&) = delete;
     QtConnection& operator=(const QtConnection&) = delete;
     ~QtConnection() override {
-        queries_.clear();
-        if (database_.isOpen())
-            database_.close();
+        current_.reset();
         database_ = QSqlDatabase();
-        QSqlDatabase::removeDatabase(name_);
+        QSqlDatabase::removeDatabase(name_);  // first, so that no statement is freed on a lost connection
+        queries_.clear();
     }
 
     bool open(const SqlPlace& place, QString& fault) {
-        if (!QSqlDatabase::isDriverAvailable(kDriver)) {
-            fault = QString("Qt has no driver for SQLite here; on Debian install libqt%1sql%1-sqlite")
-                        .arg(QT_VERSION_MAJOR);
+        if (!QSqlDatabase::isDriverAvailable(place.driver)) {
+            const bool isServer = place.driver == "QPSQL";
+            fault = QString("Qt has no driver for ") + (isServer ? "PostgreSQL" : "SQLite") +
+                    QString(" here; on Debian install libqt%1sql%1-").arg(QT_VERSION_MAJOR) +
+                    (isServer ? "psql" : "sqlite");
             return false;
         }
-        database_ = QSqlDatabase::addDatabase(kDriver, name_);
-        database_.setDatabaseName(place.name);
-        database_.setConnectOptions(QString("QSQLITE_BUSY_TIMEOUT=%1").arg(place.waitMilliseconds));
+        database_ = QSqlDatabase::addDatabase(place.driver, name_);
+        database_.setDatabaseName(place.database);
+        database_.setHostName(place.host);
+        database_.setUserName(place.user);
+        database_.setPassword(place.password);
+        database_.setPort(place.port);
+        database_.setConnectOptions(place.options);
         if (database_.open())
             return true;
-        fault = database_.lastError().databaseText();
+        fault = textOf(database_.lastError());
         return false;
     }
 
     SqlOutcome run(const QString& statement, const QVariantList& values) override {
         close();
-        current_ = queries_.value(statement);
+        cells_ = -1;
+        if (!database_.driver()->isOpen()) {  // Qt would say so on standard error
+            code_ = kLost;
+            return SqlOutcome::Failed;
+        }
+        current_ = values.isEmpty() ? nullptr : queries_.value(statement);
         if (!current_) {
             current_ = std::make_shared<QSqlQuery>(database_);
             current_->setForwardOnly(true);
+            if (values.isEmpty())  // not all statements can be prepared
+                return current_->exec(statement) ? SqlOutcome::Done : failed();
             if (!current_->prepare(statement))
                 return failed();
             queries_.insert(statement, current_);
@@ -67,9 +81,10 @@ public:
             return SqlOutcome::Done;
         if (!current_->next())
             return current_->lastError().isValid() ? failed() : SqlOutcome::Done;
-        const int cells = static_cast<int>(current_->record().count());
-        row.reserve(cells);
-        for (int i = 0; i < cells; ++i)
+        if (cells_ < 0)
+            cells_ = static_cast<int>(current_->record().count());
+        row.reserve(cells_);
+        for (int i = 0; i < cells_; ++i)
             row.append(current_->isNull(i) ? QVariant() : current_->value(i));
         return SqlOutcome::Row;
     }
@@ -80,30 +95,31 @@ public:
         current_.reset();
     }
     QString error() const override { return error_; }
-    int code() const override { return code_; }
+    QString code() const override { return code_; }
 
 private:
     static int numberOfNext() {
         static QAtomicInt opened;
         return opened.fetchAndAddRelaxed(1);
     }
-
-    /// Numbers of SQLite, https://www.sqlite.org/rescode.html, without what refines them.
-    SqlOutcome failed() {
-        constexpr int kPrimary = 0xff, kBusy = 5, kLocked = 6;
-        const QSqlError error = current_->lastError();
-        error_ = error.databaseText().isEmpty() ? error.driverText() : error.databaseText();
-        code_ = error.nativeErrorCode().toInt() & kPrimary;
-        current_->finish();
-        current_.reset();
-        return code_ == kBusy || code_ == kLocked ? SqlOutcome::Busy : SqlOutcome::Failed;
+    static QString textOf(const QSqlError& error) {
+        return (error.databaseText().isEmpty() ? error.driverText() : error.databaseText()).simplified();
     }
 
-    QString name_, error_;
+    SqlOutcome failed() {
+        const QSqlError error = current_->lastError();
+        error_ = textOf(error);
+        code_ = database_.driver()->isOpen() ? error.nativeErrorCode() : QString(kLost);
+        current_->finish();
+        current_.reset();
+        return SqlOutcome::Failed;
+    }
+
+    QString name_, error_, code_;
     QSqlDatabase database_;
     QHash<QString, std::shared_ptr<QSqlQuery>> queries_;
     std::shared_ptr<QSqlQuery> current_;
-    int code_ = 0;
+    int cells_ = -1;  // of a row of the last statement
 };
 
 }  // namespace

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <kvmeasure/report/sql_connection_p.h>
+#include <kvmeasure/report/store_dialect_p.h>
 
 #include <memory>
 
@@ -17,28 +17,27 @@ public:
     bool next(QVariantList& row);  ///< of the last statement; false behind the last one
     /// The first cell of the only row; not valid where there is no row.
     QVariant cell(const QString& statement, const QVariantList& values = {});
-    const QString& path() const { return path_; }
-    void abandon() noexcept;  ///< rolls a transaction back
+    const QString& name() const { return place_.name; }              ///< for messages
+    const StoreDialect& dialect() const { return dialect_; }         ///< of its database
+    const QString& database() const { return place_.sql.database; }  ///< SQLite: path of the file
+    void abandon() noexcept;                                         ///< rolls a transaction back
+    [[noreturn]] void refuse(const QString& sentence) const;         ///< throws it behind the name
 
 private:
     void open(bool isWritten);
-    void makeForm();
     void requireForm();
-    void require(SqlOutcome outcome) {
-        outcome == SqlOutcome::Failed || outcome == SqlOutcome::Busy ? fail() : void();
-    }
-    [[noreturn]] void fail() const;
-    [[noreturn]] void refuse(const char* reason) const;
+    void require(SqlOutcome outcome) const;
 
-    QString path_;
     double waitSeconds_;
+    StorePlace place_;
+    const StoreDialect& dialect_;
     std::unique_ptr<SqlConnection> connection_;
 };
 
 /// What is done until commit() is done whole or not at all.
 class StoreTransaction {
 public:
-    /// `isWritten`: other writers wait until it ends; else it sees one state of the store throughout.
+    /// `isWritten`: rows are added; else it sees one state of the store throughout.
     StoreTransaction(StoreSession& session, bool isWritten);
     StoreTransaction(const StoreTransaction&) = delete;
     StoreTransaction& operator=(const StoreTransaction&) = delete;
