@@ -28,7 +28,7 @@ QByteArray storedText(InspectionPlan plan) {
 std::vector<Option> storeOptions() {
     return {{"--store", "STORE",
              "add the results to a store, FILE.db or postgresql://..., made where there is none"},
-            {"--station", "NAME", "where it was measured, for --store and --aqdef"},
+            {"--station", "NAME", "where it was measured, for --store, --aqdef, --qif"},
             {"--operator", "NAME", "who measured, likewise"},
             {"--serial", "NUMBER", "of the part, likewise"}};
 }
@@ -42,7 +42,7 @@ StoredPart unreadPart(const QString& name, const QString& reason) {
 }
 
 StoredParts::StoredParts(const Arguments& arguments) : arguments_(arguments) {
-    if (!arguments.has("--aqdef"))
+    if (!arguments.has("--aqdef") && !arguments.has("--qif"))
         arguments.requireWith({"--station", "--operator", "--serial"}, "--store");
     if (!arguments.has("--store"))
         return;

@@ -36,6 +36,7 @@ HandedRun runOf(const Arguments& arguments, InspectionPlan plan) {
 std::vector<Option> handOverOptions() {
     return {{"--jsonl", "", "print JSON lines: the result of each profile on a line, as it is measured"},
             {"--aqdef", "FILE.dfq", "write the values as AQDEF, for systems of quality management"},
+            {"--qif", "FILE.qif", "write the values as QIF 3.0, an XML format of metrology"},
             {"--mqtt", "mqtt://HOST/TOPIC",
              "publish each result as a JSON line; mqtts: TLS; USER:PASSWORD@ before, :PORT behind HOST"}};
 }
@@ -47,14 +48,16 @@ HandedResults::HandedResults(const Arguments& arguments, const InspectionPlan& p
     lines_.setWritesLines(true);
     if (arguments.has("--mqtt"))
         broker_ = parseMqttPlace(arguments.text("--mqtt"));
-    const QString aqdef = arguments.text("--aqdef");
+    const QString aqdef = arguments.text("--aqdef"), qif = arguments.text("--qif");
     QStringList others = arguments.operands();
     for (const char* option :
          {"--template", "--plan", "--master", "--second", "--svg", "--trend", "--report", "--out", "--store"})
         others += arguments.texts(option);
-    refuseOverwriting({aqdef}, others);
+    refuseOverwriting({aqdef, qif}, others);
     if (arguments.has("--aqdef"))
         aqdef_ = std::make_unique<AqdefFile>(aqdef, runOf(arguments, plan));
+    if (arguments.has("--qif"))
+        qif_ = std::make_unique<QifFile>(qif, runOf(arguments, plan));
 }
 
 template <typename Output>
@@ -95,11 +98,20 @@ void HandedResults::addToFiles(StoredPart part) {
     }
     if (aqdef_)
         attempt(aqdef_, [&] { aqdef_->add(part, QDateTime::currentDateTime()); });
+    if (qif_)
+        attempt(qif_, [&] { qif_->add(part, QDateTime::currentDateTime()); });
 }
 
 void HandedResults::finish() {
     if (aqdef_)
         attempt(aqdef_, [this] { aqdef_->commit(); });
+    if (qif_)
+        attempt(qif_, [this] {
+            qif_->commit();
+            if (qif_->leftOut() > 0)
+                complain(filledIn("%1: %2 without a unit left out, for which QIF has no place",
+                                  arguments_.text("--qif"), counted(qif_->leftOut(), "value")));
+        });
     if (!mqtt_)
         return;
     attempt(mqtt_, [this] {

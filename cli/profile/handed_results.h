@@ -1,5 +1,5 @@
 #pragma once
-// Results that are handed on while they are measured: --aqdef and --mqtt.
+// Results that are handed on while they are measured: --aqdef, --qif and --mqtt.
 
 #include "cli/arguments.h"
 
@@ -7,6 +7,7 @@
 #include <kvmeasure/report/aqdef_file.h>
 #include <kvmeasure/report/match_report.h>
 #include <kvmeasure/report/mqtt_publisher.h>
+#include <kvmeasure/report/qif_file.h>
 
 #include <functional>
 #include <memory>
@@ -26,8 +27,8 @@ public:
     HandedResults(const Arguments& arguments, const InspectionPlan& plan, MatchReport::Form jsonForm,
                   Fault fault);
 
-    bool hasFiles() const { return aqdef_ != nullptr; }  ///< reasons of what is not found are wanted
-    void begin();                                        ///< connects to the broker
+    bool hasFiles() const { return aqdef_ || qif_; }  ///< reasons of what is not found are wanted
+    void begin();                                     ///< connects to the broker
     void add(const MatchedProfile& matched);
     void addUnread(const QString& name, const QString& reason);  ///< a file or a profile that gave no result
     void finish();  ///< completes all outputs, and says what was published
@@ -42,6 +43,7 @@ private:
     Fault fault_;
     MatchReport lines_;
     std::unique_ptr<AqdefFile> aqdef_;
+    std::unique_ptr<QifFile> qif_;
     std::unique_ptr<MqttPublisher> mqtt_;
     MqttPlace broker_;
 };

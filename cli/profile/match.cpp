@@ -73,8 +73,8 @@ InspectionPlan templateOf(const Arguments& arguments) {
 
 int runMatch(const QStringList& words) {
     const Arguments arguments(usage, words);
-    const bool isOfList =
-        isBatch(arguments, {"--svg", "--trend", "--csv", "--report", "--jsonl", "--aqdef", "--mqtt"});
+    const bool isOfList = isBatch(
+        arguments, {"--svg", "--trend", "--csv", "--report", "--jsonl", "--aqdef", "--qif", "--mqtt"});
     if (!isOfList)
         arguments.requireOperands(kAnyNumber);
     arguments.requireWith({"--out"}, "--files-from");

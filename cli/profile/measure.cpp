@@ -77,8 +77,8 @@ InspectionPlan planOf(const Arguments& arguments) {
 
 int runMeasure(const QStringList& words) {
     const Arguments arguments(usage, words);
-    if (isBatch(arguments,
-                {"--svg", "--trend", "--csv", "--second", "--report", "--jsonl", "--aqdef", "--mqtt"}))
+    if (isBatch(arguments, {"--svg", "--trend", "--csv", "--second", "--report", "--jsonl", "--aqdef",
+                            "--qif", "--mqtt"}))
         return measureList(usage, arguments, planOf(arguments));
     arguments.requireOperands(kAnyNumber);
     const QString out = arguments.text("--out");

@@ -44,7 +44,7 @@ QStringList otherFiles(const Arguments& arguments) {
     return arguments.operands() + arguments.texts("--second") +
            QStringList{arguments.text("--template"), arguments.text("--plan"),   arguments.text("--master"),
                        arguments.text("--trend"),    arguments.text("--report"), arguments.text("--store"),
-                       arguments.text("--aqdef")};
+                       arguments.text("--aqdef"),    arguments.text("--qif")};
 }
 
 /// "monte-carlo N".

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Reads back what the program hands on: AQDEF files by the published list of fields, JSON lines, MQTT messages.
+"""Reads back what the program hands on: AQDEF files by the published list of fields, QIF, JSON lines, MQTT messages.
 
 usage: hand_over.py files|mqtt PROGRAM SCRATCH
 
@@ -16,6 +16,7 @@ import subprocess
 import sys
 import threading
 import time
+import xml.etree.ElementTree
 
 kind, program, scratch = sys.argv[1], os.path.abspath(sys.argv[2]), pathlib.Path(sys.argv[3])
 scratch = scratch.resolve() / kind
@@ -100,7 +101,7 @@ def compare(name, results, serial=None):
             measured = profile["measurements"][i] if profile["measurements"] else {"valid": False}
             expect(value["K0002"] == (0 if measured["valid"] else 255), f"{name}: attribute of {value}")
             if measured["valid"]:
-                expect(abs(value["K0001"] - measured["value"]) <= 1e-14 * abs(measured["value"]), f"{name}: {value}")
+                expect(abs(value["K0001"] - measured["value"]) <= 5e-15 * abs(measured["value"]), f"{name}: {value}")  # 15 digits
                 expect(characteristic["K2002"] == one_line(measured["name"], 80), f"{name}: {characteristic}")
                 expect(characteristic.get("K2142", "") == measured["unit"], f"{name}: unit of {characteristic}")
             else:
@@ -108,6 +109,50 @@ def compare(name, results, serial=None):
             expect(value["K0014"] == (serial or one_line(profile["file"], 1000)[-40:].strip()), f"{name}: {value}")
             expect(abs(datetime.datetime.now() - value["K0004"]) < datetime.timedelta(days=1), f"{name}: time of {value}")
     return mark, part, characteristics
+
+
+QIF = "{http://qifstandards.org/xsd/qif3}"
+SUBSET = pathlib.Path(__file__).resolve().with_name("qif_subset.xsd")
+
+
+def compare_qif(name, results, serial=None):
+    """A QIF document with the JSON of the same run; both have every profile."""
+    xmllint = shutil.which("xmllint")
+    if xmllint:
+        done = subprocess.run([xmllint, "--noout", "--schema", SUBSET, name], capture_output=True, text=True)
+        expect(done.returncode == 0, f"{name}: {done.stderr[:600]}")
+    root = xml.etree.ElementTree.parse(name).getroot()
+    by_id = {e.get("id"): e for e in root.iter() if e.get("id")}
+    expect(len(by_id) == sum(1 for e in root.iter() if e.get("id")) and int(root.get("idMax")) == max(map(int, by_id)), f"{name}: ids")
+    for element in root.iter():
+        expect(not element.get("n") or int(element.get("n")) == len(element), f"{name}: length of {element.tag}")
+    for path, target in (("CharacteristicDefinitionId", "Definition"), ("CharacteristicNominalId", "Nominal"), ("CharacteristicItemId", "Item")):
+        for element in root.iter(QIF + path):
+            expect(element.text in by_id and by_id[element.text].tag.endswith(target), f"{name}: {path} {element.text}")
+    parts = root.findall(f"{QIF}Results/{QIF}MeasurementResultsSet/{QIF}MeasurementResults")
+    expect(len(parts) == len(results), f"{name}: {len(parts)} parts")
+    for part, profile in zip(parts, results):
+        component = by_id[part.find(f"{QIF}ActualComponentIds/{QIF}Id").text]
+        expect(component.find(QIF + "SerialNumber").text == (serial or one_line(profile["file"], 1000)), f"{name}: serial number")
+        measurements = list(part.find(f"{QIF}MeasuredCharacteristics/{QIF}CharacteristicMeasurements") or [])
+        expected = [m for m in profile["measurements"] if m["unit"]] or [{"valid": False}] * len(measurements)
+        expect(len(measurements) == len(expected), f"{name}: {len(measurements)} values")
+        for element, value in zip(measurements, expected):
+            status = element.find(f"{QIF}Status/{QIF}CharacteristicStatusEnum").text
+            if not value["valid"]:
+                expect(status == "INDETERMINATE" and element.find(QIF + "Value") is None and
+                       element.find(QIF + "Description").text, f"{name}: a missing value")
+                continue
+            item = by_id[element.find(QIF + "CharacteristicItemId").text]
+            expect(item.find(QIF + "Name").text == one_line(value["name"], 1000), f"{name}: name of {value}")
+            measured = element.find(QIF + "Value")
+            expect(abs(float(measured.text) - value["value"]) <= 1e-17 and "e" not in measured.text.lower(), f"{name}: {value}")
+            expect(value["u"] is None or abs(float(measured.get("combinedUncertainty")) - value["u"]) <= 1e-17, f"{name}: u of {value}")
+            expect(measured.get("linearUnit") == ("um" if value["unit"] == "um" else None), f"{name}: unit of {value}")
+            expect({"mm": "Linear", "um": "Linear", "deg": "Angular", "mm2": "Area"}[value["unit"]] in element.tag, f"{name}: kind of {value}")
+            verdict = {"good": "PASS", "OUT": "FAIL"}.get(value.get("verdict"), "NOT_ANALYZED")
+            expect(status == verdict, f"{name}: status {status} of {value}")
+    return root, by_id
 
 
 def plan_of(file, tools, tolerances=None, name=""):
@@ -182,6 +227,32 @@ def test_aqdef():
     results = results_of("measure", "flat.csv", "--plan", "many.json", code=1)
     run("measure", "flat.csv", "--plan", "many.json", "--aqdef", "f.dfq", code=1)
     compare("f.dfq", results)
+
+    # QIF of the same cases, and of all units.
+    words = ["match", "p1.csv", "flat.csv", "p2.csv", "--template", "t.json"]
+    results = best(results_of(*words, code=1))
+    run(*words, "--qif", "a.qif", "--serial", "A&17", "--station", "<2>", "--operator", "\u0410\u043d\u043d\u0430", code=1)
+    root, by_id = compare_qif("a.qif", results, serial="A&17")
+    states = [e.text for e in root.find(QIF + "Results").iter(QIF + "InspectionStatusEnum")]
+    expect(states == ["PASS", "NOT_MEASURED", "PASS"] * 2, f"states {states}")
+    limits = root.find(f".//{QIF}Tolerance")
+    expect([e.text for e in limits] == ["6.5", "5.5", "true"] and root.find(f".//{QIF}TargetValue").text == "6", "limits")
+    expect(root.find(f".//{QIF}MeasurementDevice/{QIF}Name").text == "<2>" and
+           root.find(f".//{QIF}InspectionOperator/{QIF}Name").text == "\u0410\u043d\u043d\u0430", "who and where")
+    words = ["match", name, "p2.csv", "--template", "odd.json"]
+    run(*words, "--qif", "c.qif")
+    compare_qif("c.qif", best(results_of(*words)))
+    words = ["measure", "p1.csv", "--region", "R = x -6..6", "--measure",
+             "l = line in R : angle max 5; a = area in R above -10 : max 1; r = roughness in R cutoff 0.8 : Ra 1e-9 +- 1e-12"]
+    done = run(*words, "--qif", "u.qif", code=1)
+    expect("u.qif: 2 values without a unit left out" in done.err, done.err)
+    compare_qif("u.qif", results_of(*words, code=1))
+    run("measure", "flat.csv", "--plan", "many.json", "--qif", "f.qif", code=1)
+    compare_qif("f.qif", results_of("measure", "flat.csv", "--plan", "many.json", code=1))
+    run("match", "p1.csv", "--template", "none.json", "--qif", "e.qif")
+    compare_qif("e.qif", [{"file": "p1.csv", "measurements": []}])
+    run("match", "bad.csv", "--template", "t.json", "--qif", "b.qif", code=2)
+    compare_qif("b.qif", [{"file": "bad.csv", "measurements": []}])
 
     # What is read is not written over; a file that cannot be written is refused before anything is measured.
     for refused in ("p1.csv", "t.json", "nowhere/x.dfq"):
