@@ -124,17 +124,6 @@ QString beside(const QStringList& operands) {
     return first.isDir() ? operands.first() : first.path();
 }
 
-ValueOptions readValueOptions(const Arguments& arguments) {
-    constexpr double kLowest = 1, kHighest = 100, kAnywhere = 1e6;
-    ValueOptions values;
-    values.kind = arguments.choice("--kind");
-    if (arguments.has("--nominal"))
-        values.nominal = arguments.number("--nominal", 0, kLowest, kHighest);
-    if (arguments.has("--back"))
-        values.back = arguments.number("--back", 0, -kAnywhere, kAnywhere);
-    return values;
-}
-
 Plan readPlan(const QString& action, const Arguments& arguments) {
     constexpr int kAnyCount = 1'000'000;
     Plan plan;
@@ -291,44 +280,6 @@ void complain(const WheelPass& pass, const QStringList& missing) {
         throw Error("wheels: " + faults.join("; ") + "; what the others tell is measured and written");
 }
 
-int measureFiles(const Arguments& arguments) {
-    constexpr double kAnyDiameter = 100'000;
-    SectionOptions options;
-    options.diameter = arguments.number("--diameter", options.diameter, 1, kAnyDiameter);
-    options.isSizeKnown = arguments.has("--diameter") || arguments.has("--radii");
-    options.areRadii = arguments.has("--radii");
-    options.text = readTextOptions(arguments);
-    options.picture = arguments.text("--svg");
-    options.values = readValueOptions(arguments);
-    options.isJson = arguments.has("--json");
-    refuseOverwriting({options.picture},
-                      arguments.operands() + arguments.texts("--limits") + arguments.texts("--reference"));
-    readGaugeOptions(arguments, options);
-    if (options.areRadii && arguments.has("--diameter"))
-        throw Error("wheels parameters: --radii are measured from the axis; leave --diameter out");
-    for (const char* option : {"--settings", "--work", "--mode", "--join"}) {
-        if (arguments.has(option))
-            throw Error(QString("wheels parameters: %1 is of recordings; these are sections").arg(option));
-    }
-    return measureSections(arguments.operands(), options);
-}
-
-/// The value of --vehicles or --bogies.
-QList<int> readAxles(const Arguments& arguments, const char* option) {
-    constexpr int kMost = 100;
-    QList<int> axles;
-    for (const QString& word : arguments.text(option).split(',')) {
-        bool isNumber = false;
-        const int number = word.trimmed().toInt(&isNumber);
-        if (arguments.has(option) && (!isNumber || number < 1 || number > kMost))
-            throw Error(filledIn("wheels pass: %1 \"%2\": expected whole numbers from 1 to %3 with commas",
-                                 option, arguments.text(option), kMost));
-        if (isNumber)
-            axles.append(number);
-    }
-    return axles;
-}
-
 /// Everything that works on the recordings of a pass.
 int runOnPass(const QString& action, const QStringList& words) {
     const Arguments arguments(usageOf(action), words);
@@ -336,7 +287,7 @@ int runOnPass(const QString& action, const QStringList& words) {
     Plan plan = readPlan(action, arguments);
     const QString first = arguments.operands().first();
     if (action == "parameters" && !QFileInfo(first).isDir() && !first.endsWith(".bin"))
-        return measureFiles(arguments);
+        return measureSections(arguments);
     arguments.requireWith({"--vehicles", "--bogies"}, "--limits");
     if (arguments.has("--limits")) {
         plan.limits.emplace(readWheelLimits(arguments.text("--limits")), readAxles(arguments, "--vehicles"),

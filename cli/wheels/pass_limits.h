@@ -1,6 +1,8 @@
 #pragma once
 // The verdicts of "wheels pass" and "wheels parameters" on the wheels of a pass.
 
+#include "cli/arguments.h"
+
 #include <kvmeasure/wheels/limits.h>
 #include <kvmeasure/wheels/pass.h>
 
@@ -9,6 +11,9 @@
 #include <map>
 
 namespace KvMeasure {
+
+/// The value of --vehicles or --bogies; empty: it was not given. Throws Error.
+QList<int> readAxles(const Arguments& arguments, const char* option);
 
 /// Collects the values of gauges of each wheel while a pass is measured, and judges them by a table of
 /// limits.

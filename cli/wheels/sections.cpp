@@ -1,9 +1,11 @@
-#include "cli/wheels/sections.h"
+#include "cli/wheels/section_file.h"
+
 #include "cli/console.h"
 #include "cli/exit_code.h"
 #include "cli/parameters.h"
 #include "cli/pictures.h"
 #include "cli/profile/options.h"
+#include "cli/profile/text_options.h"
 
 #include <kvmeasure/base/error.h>
 #include <kvmeasure/base/filled_in.h>
@@ -16,7 +18,6 @@
 #include <kvmeasure/report/section_report.h>
 #include <kvmeasure/report/table.h>
 #include <kvmeasure/report/wheel_report.h>
-#include <kvmeasure/wheels/section_uncertainty.h>
 
 #include <algorithm>
 #include <cmath>
@@ -24,67 +25,6 @@
 namespace KvMeasure {
 
 namespace {
-
-using Cloud = KvMath::KvPointCloud<KvMath::KvPointXYZ>;
-
-/// Radii over a lateral position that grows away from the flange: that of the file, or its negative.
-struct Section {
-    std::vector<Vector> radii;
-    double direction = 1;  ///< 1 or -1
-    GaugeProfile file;
-    WheelSection upright;
-};
-
-/// The points of a file as heights over lateral positions, upright.
-std::vector<Vector> heightsOf(const Section& section) {
-    std::vector<Vector> points;
-    points.reserve(section.file.points.size());
-    SectionTurn turn = section.upright.turn;
-    turn.isMirrored = false;
-    const bool isAsItStands = !turn.areExchanged && !turn.isUpsideDown;
-    for (const Vector& p : section.file.points)
-        points.push_back(isAsItStands ? p : turn.applied(p));
-    return points;
-}
-
-Section readSection(const QString& path, const SectionOptions& options) {
-    Section section;
-    section.file = readGaugeProfile(path, options.text);
-    if (!section.file.warning.isEmpty())
-        complain(withParameters(section.file.warning, optionOf));
-    if (section.file.points.empty())
-        throw Error(path + ": holds no points");
-    section.upright = wheelSection(section.file, options.values.back);
-    double from = 1e300, to = -1e300;
-    Vector tip(0, -1e300);
-    for (const Vector& p : heightsOf(section)) {
-        section.radii.emplace_back(p.x, options.areRadii ? p.y : options.diameter / 2 + p.y);
-        from = std::min(from, p.x);
-        to = std::max(to, p.x);
-        if (section.radii.back().y > tip.y)
-            tip = section.radii.back();
-    }
-    section.direction = tip.x - from > to - tip.x ? -1 : 1;
-    for (Vector& point : section.radii)
-        point.x *= section.direction;
-    if (!(tip.y > 0))
-        throw Error(path + ": no radius is above 0; is --diameter right?");
-    if (section.direction * options.values.back >= section.direction * tip.x)
-        throw Error(filledIn("%1: --back: %2 is not behind the flange tip, which lies at %3", path,
-                             options.values.back, tip.x));
-    return section;
-}
-
-/// What a scanner at this X would see of the wheel that stands over X = 0, its axis at Z = 0.
-Cloud seenAt(const std::vector<Vector>& section, double x) {
-    Cloud cloud;
-    for (const Vector& point : section) {
-        if (point.y > std::fabs(x))
-            cloud.points.append({static_cast<float>(x), static_cast<float>(point.x),
-                                 static_cast<float>(-std::sqrt(point.y * point.y - x * x))});
-    }
-    return cloud;
-}
 
 /// Where positions count from, in the lateral positions of the file.
 QString backText(const WheelResult& wheel, double direction) {
@@ -106,31 +46,6 @@ QStringList cellsOf(const QString& path, const WheelResult& wheel, double direct
                  << backText(wheel, direction) << wheel.notes.join("; ");
 }
 
-/// A wheel with this section, as three planes see it.
-WheelResult measureSection(const std::vector<Vector>& radii, double tip, const ValueOptions& options,
-                           MeasuredSection& section) {
-    constexpr double kShare = 0.4;  // of the radius: the place of the outer planes
-    WheelResult wheel;
-    ValueOptions ofSection = options;
-    ofSection.isSection = true;
-    const Cloud middle = seenAt(radii, 0);
-    if (!KvMath::ORBIS_calcWheel(seenAt(radii, -kShare * tip), middle, seenAt(radii, kShare * tip),
-                                 wheel.circle, 0, nullptr))
-        wheel.notes.append(QString("the circle takes 50 points, and the section has %1").arg(radii.size()));
-    else if (isWheelCircle(wheel))
-        calcWheelValues(ofSection, middle, wheel, section);
-    return wheel;
-}
-
-/// The assumed diameter is no measurement.
-void withholdSize(WheelResult& wheel) {
-    if (!std::isfinite(wheel.circle.radius))
-        return;
-    wheel.circle = KvMath::KvCircle();
-    wheel.notes.append(
-        "a section alone has no radius and no running diameter: --diameter or --radii give them");
-}
-
 const char* sourceName(BackSource source) {
     const char* const names[] = {"given", "file", "seen", "unknown"};
     return names[static_cast<int>(source)];
@@ -147,29 +62,7 @@ QJsonObject statedValues(const GaugeProfile& file) {
     return stated;
 }
 
-/// What is known of one file when it has been measured.
-struct Measured {
-    Section section;
-    WheelResult wheel;
-    MeasuredSection seen;
-    GaugeValues gauge;  ///< with the wear, where that is measured
-    WheelWear wear;
-    std::vector<LimitVerdict> verdicts;
-};
-
-/// The values of gauges of a section, and its wear where there is a nominal one, with their uncertainties.
-void measureGauge(const WheelSection& section, const SectionOptions& options, Measured& measured) {
-    const WheelSection* nominal = options.nominal.points.empty() ? nullptr : &options.nominal;
-    measured.gauge = gaugeValues(section, options.places);
-    if (nominal != nullptr) {
-        measured.wear = wheelWear(section, *nominal, options.alignment, options.places);
-        measured.gauge.values.insert(measured.gauge.values.end(), measured.wear.values.begin(),
-                                     measured.wear.values.end());
-    }
-    addUncertainties(section, nominal, options.alignment, options.places, measured.gauge.values);
-}
-
-QByteArray drawWorn(const QString& name, const Measured& measured) {
+QByteArray drawWorn(const QString& name, const MeasuredFile& measured) {
     WearPicture picture;
     picture.title = name;
     QStringList facts;
@@ -189,7 +82,7 @@ QByteArray drawWorn(const QString& name, const Measured& measured) {
 }
 
 /// The section with its values, or on the nominal one.
-QByteArray drawSection(const QString& path, const Measured& measured) {
+QByteArray drawSection(const QString& path, const MeasuredFile& measured) {
     const QString name = path.section('/', -1);
     if (!measured.wear.worn.empty())
         return drawWorn(name, measured);
@@ -200,39 +93,8 @@ QByteArray drawSection(const QString& path, const Measured& measured) {
     return drawWheel(picture);
 }
 
-/// The running diameter: as the options give it, else as the gauge stored it.
-double diameterOf(const Measured& measured, const SectionOptions& options) {
-    if (options.isSizeKnown)
-        return 2 * (static_cast<double>(measured.wheel.circle.radius) - measured.wheel.values.value[0]);
-    return measured.section.file.number("DiameterTaperline");
-}
-
-Measured measureFile(const QString& path, const SectionOptions& options) {
-    Measured measured;
-    measured.section = readSection(path, options);
-    const Section& read = measured.section;
-    const double tip =
-        std::max_element(read.radii.begin(), read.radii.end(), [](const Vector& a, const Vector& b) {
-            return a.y < b.y;
-        })->y;
-    ValueOptions values = options.values;
-    values.back *= read.direction;
-    measured.wheel = measureSection(read.radii, tip, values, measured.seen);
-    measureGauge(read.upright, options, measured);
-    measured.verdicts = judge(options.limits, measured.gauge.values, diameterOf(measured, options));
-    return measured;
-}
-
-/// The values that gauges take, too, are there.
-bool isGaugeComplete(const GaugeValues& gauge) {
-    return std::all_of(gauge.values.begin(), gauge.values.end(), [](const SectionValue& value) {
-        const bool isNeeded = value.key.startsWith('S') || value.key == "qR" || value.key == "flangeAngle";
-        return !isNeeded || value.isKnown();
-    });
-}
-
-QJsonObject jsonOf(const QString& path, const Measured& measured, const SectionOptions& options) {
-    const Section& read = measured.section;
+QJsonObject jsonOf(const QString& path, const MeasuredFile& measured, const SectionOptions& options) {
+    const SectionFile& read = measured.section;
     QJsonObject json = wheelValuesJson(measured.wheel);
     const QJsonObject values = sectionValuesJson(measured.gauge.values);
     for (auto value = values.begin(); value != values.end(); ++value)
@@ -263,12 +125,12 @@ struct Tables {
     explicit Tables(const SectionOptions& options) : gauge(headOf(options)) {}
 
     static QStringList headOf(const SectionOptions& options) {
-        Measured nothing;
+        MeasuredFile nothing;
         measureGauge(WheelSection(), options, nothing);
         return sectionHead(nothing.gauge.values);
     }
 
-    void add(const QString& path, const Measured& measured) {
+    void add(const QString& path, const MeasuredFile& measured) {
         library.add(cellsOf(path, measured.wheel, measured.section.direction));
         QStringList row = sectionRow(path, measured.gauge.values);
         for (const QString& note : measured.section.file.notes + measured.section.upright.notes)
@@ -341,13 +203,26 @@ void readGaugeOptions(const Arguments& arguments, SectionOptions& options) {
         throw Error(path + ": " + reason).inFile(path);
 }
 
-int measureSections(const QStringList& paths, const SectionOptions& options) {
+ValueOptions readValueOptions(const Arguments& arguments) {
+    constexpr double kLowest = 1, kHighest = 100, kAnywhere = 1e6;
+    ValueOptions values;
+    values.kind = arguments.choice("--kind");
+    if (arguments.has("--nominal"))
+        values.nominal = arguments.number("--nominal", 0, kLowest, kHighest);
+    if (arguments.has("--back"))
+        values.back = arguments.number("--back", 0, -kAnywhere, kAnywhere);
+    return values;
+}
+
+namespace {
+
+int measureAll(const QStringList& paths, const SectionOptions& options) {
     Tables tables(options);
     QJsonArray array;
     bool isComplete = true, isGood = true;
     PictureSeries pictures(options.picture, paths);
     const int code = forEachFile(paths, [&](const QString& path) {
-        Measured measured = measureFile(path, options);
+        MeasuredFile measured = measureFile(path, options);
         isComplete = isComplete && measured.wheel.isComplete() && isGaugeComplete(measured.gauge);
         const QString verdict = overallVerdict(measured.verdicts);
         isGood = isGood && (verdict.isEmpty() || verdict == "good");
@@ -372,29 +247,28 @@ int measureSections(const QStringList& paths, const SectionOptions& options) {
     return isGood && (isComplete || !options.limits.empty()) ? Done : NotMet;
 }
 
-ReferenceSection referenceSection(const QString& path, const SectionOptions& options) {
-    const Section read = readSection(path, options);
-    std::vector<Vector> radii = read.radii;
-    std::stable_sort(radii.begin(), radii.end(), [](const Vector& a, const Vector& b) { return a.x < b.x; });
-    const auto tip = std::max_element(radii.begin(), radii.end(),
-                                      [](const Vector& a, const Vector& b) { return a.y < b.y; });
-    MeasuredSection section;
-    ValueOptions values = options.values;
-    values.back *= read.direction;
-    const WheelResult wheel = measureSection(radii, tip->y, values, section);
-    if (!wheel.isComplete())
-        throw Error(path + ": no section of a wheel: " + wheel.notes.join("; "));
-    if (wheel.back == FlangeBack::Assumed)
-        throw Error(path + ": " + wheel.notes.join("; ") + "; --back gives its place");
-    std::vector<double> laterals, heights;
-    for (const Vector& point : radii) {
-        const double lateral = point.x - wheel.backY;
-        if (lateral < 0 || (!laterals.empty() && !(lateral > laterals.back())))
-            continue;
-        laterals.push_back(lateral);
-        heights.push_back(point.y);
+}  // namespace
+
+int measureSections(const Arguments& arguments) {
+    constexpr double kAnyDiameter = 100'000;
+    SectionOptions options;
+    options.diameter = arguments.number("--diameter", options.diameter, 1, kAnyDiameter);
+    options.isSizeKnown = arguments.has("--diameter") || arguments.has("--radii");
+    options.areRadii = arguments.has("--radii");
+    options.text = readTextOptions(arguments);
+    options.picture = arguments.text("--svg");
+    options.values = readValueOptions(arguments);
+    options.isJson = arguments.has("--json");
+    refuseOverwriting({options.picture},
+                      arguments.operands() + arguments.texts("--limits") + arguments.texts("--reference"));
+    readGaugeOptions(arguments, options);
+    if (options.areRadii && arguments.has("--diameter"))
+        throw Error("wheels parameters: --radii are measured from the axis; leave --diameter out");
+    for (const char* option : {"--settings", "--work", "--mode", "--join"}) {
+        if (arguments.has(option))
+            throw Error(QString("wheels parameters: %1 is of recordings; these are sections").arg(option));
     }
-    return {laterals, heights};
+    return measureAll(arguments.operands(), options);
 }
 
 }  // namespace KvMeasure

@@ -35,7 +35,11 @@ std::vector<Option> gaugeOptions();
 /// Reads these options, and the files that they name. Throws Error.
 void readGaugeOptions(const Arguments& arguments, SectionOptions& options);
 
-int measureSections(const QStringList& paths, const SectionOptions& options);
+/// Reads --kind, --nominal and --back. Throws Error.
+ValueOptions readValueOptions(const Arguments& arguments);
+
+/// "wheels parameters" on files of sections. Throws Error.
+int measureSections(const Arguments& arguments);
 
 /// The section of a text file as a reference; positions count from its flange back, which is looked for where
 /// `back` is NaN. Throws Error.
