@@ -34,6 +34,7 @@ QString unitNote(const QString& kind) {
 }
 
 bool isPicture(const Option& option) { return option.value == QLatin1String("PICTURE"); }
+bool isPage(const Option& option) { return option.value == QLatin1String("PAGE"); }
 
 /// Before the work: a picture of a wrong or impossible format would be missing after it.
 void checkPictureName(const QString& path) {
@@ -189,6 +190,9 @@ QString helpText(const Usage& usage) {
     text += QString("  --help, -h").leftJustified(30) + "  this text\n";
     if (std::any_of(usage.options.begin(), usage.options.end(), isPicture))
         text += "\nThe format of a PICTURE follows its name: .svg, .pdf or .png.\n";
+    if (std::any_of(usage.options.begin(), usage.options.end(), isPage))
+        text += "\nA PAGE is HTML or, printed by Chromium where that is installed, PDF, by its name: .html "
+                "or .pdf.\n";
     return text + '\n' + usage.details;
 }
 

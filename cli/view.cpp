@@ -15,6 +15,7 @@
 #include <kvmeasure/drawing/sensor_map_picture.h>
 #include <kvmeasure/report/calibration_facts.h>
 #include <kvmeasure/report/html_page.h>
+#include <kvmeasure/report/page_file.h>
 #include <kvmeasure/scans/height_grid.h>
 #include <kvmeasure/scans/profile_sequence.h>
 #include <kvmeasure/wheels/post.h>
@@ -28,6 +29,7 @@
 #include <QtCore/QStandardPaths>
 
 #include <cmath>
+#include <functional>
 #include <optional>
 
 namespace KvMeasure {
@@ -42,13 +44,14 @@ const Usage usage{
     "view",
     "FILE|FOLDER...",
     "Shows what files hold, as a page: profiles, scans, recordings of a pass, calibration.",
-    {{"--out", "FILE.html", "page to write (one in the folder for temporary files, which is opened)"}},
+    {{"--out", "PAGE", "page to write (one in the folder for temporary files, which is opened)"}},
     "Profiles are drawn, the first 20 of a file, 200 on a page; of a single one the page tells the height\n"
-    "under the pointer. Scans and recordings of a pass are drawn from above, coloured by height. Of a\n"
+    "under the pointer. Scans and recordings of a pass are drawn from above, coloured by height, the first\n"
+    "four as clouds that can be turned, too, where three.js is installed (Debian's libjs-three). Of a\n"
     "calibration file the page has what \"calibrate info\" says, and its values over the sensor. Of a "
     "folder\n"
-    "come its files in the order of their names, 200 at most. A file that cannot be read has its reason on\n"
-    "the page, and gives exit code 2.\n\n"
+    "come its files in the order of their names, 200 at most; true values of simulated data are left out.\n"
+    "A file that cannot be read has its reason on the page, and gives exit code 2.\n\n"
     "Examples\n"
     "  kvmeasure view part.csv\n"
     "  kvmeasure view scans --out scans.html\n"
@@ -73,13 +76,23 @@ QStringList filesOf(const QStringList& operands) {
     return files;
 }
 
-/// What the page shows so far.
+/// The values that a simulation writes beside its data: they are no points.
+bool isTruth(const QString& path) {
+    const QString name = QFileInfo(path).fileName();
+    return name == "truth.csv" || name.endsWith(".truth.csv") || name.endsWith(".truth.json");
+}
+
+/// What the page shows so far. The list of all files comes first, so that what follows is kept until then.
 struct View {
-    explicit View(const QString& title) : page(title) {}
-    HtmlPage page;
     QList<QStringList> rows;
     QMap<QString, QJsonObject> facts;  // of calibration files, by their paths
+    std::vector<std::function<void(HtmlPage&)>> parts;
+    QList<QPair<QString, CloudSample>> clouds;  // before all pictures
     int pictures = 0;
+
+    void addPicture(const QString& caption, const QByteArray& svg) {
+        parts.push_back([caption, svg](HtmlPage& page) { page.addPicture(caption, svg); });
+    }
 };
 
 void addScan(const QString& path, View& view) {
@@ -89,11 +102,15 @@ void addScan(const QString& path, View& view) {
     view.rows.append({path, summary.line()});
     if (view.pictures++ >= kMostPictures)
         return;
+    if (view.clouds.size() < HtmlPage::kMostClouds) {
+        CloudSample sample;
+        Scan::forEachPoint(scan, [&sample](float x, float at, float height) { sample.add(x, height, at); });
+        view.clouds.append({path, sample});
+    }
     ScanPicture picture;
     picture.title = QFileInfo(path).completeBaseName();
-    picture.subtitle = summary.line();
     picture.grid = makeGrid(stack, estimateSteps(stack), path);
-    view.page.addPicture(path, drawScan(picture));
+    view.addPicture(path + ": " + summary.line(), drawScan(picture));
 }
 
 /// A raw record or a table: what "calibrate info" says, and its picture.
@@ -111,9 +128,11 @@ void addCalibration(CalibrationFile file, const QString& path, View& view) {
     }
     view.rows.append({path, formName(file.form())});
     view.facts[path] = facts.json;
-    view.page.addTable(path, {"", "value"}, facts.rows);
+    view.parts.push_back([path, rows = facts.rows](HtmlPage& page) {
+        page.addTable(path, {"of the file", "value"}, rows);
+    });
     if (view.pictures++ < kMostPictures)
-        view.page.addPicture(path, drawSensorMaps(QFileInfo(path).fileName(), maps));
+        view.addPicture(path, drawSensorMaps(QFileInfo(path).fileName(), maps));
 }
 
 /// The settings of a measuring post: its scanners with their serial numbers.
@@ -130,7 +149,7 @@ void addSettings(const QString& path, View& view) {
 }
 
 /// The heights of a profile over x, where x ascends.
-void addPlot(const KvMath::KvProfile& profile, HtmlPage& page) {
+void addPlot(const KvMath::KvProfile& profile, View& view) {
     std::vector<double> x;
     PlottedSeries heights;
     heights.name = "height";
@@ -141,7 +160,9 @@ void addPlot(const KvMath::KvProfile& profile, HtmlPage& page) {
         x.push_back(double(p.x));
         heights.values.push_back(double(p.y));
     }
-    page.setPlots("x, mm", x, {}, {heights});
+    view.parts.insert(view.parts.begin(), [x, heights](HtmlPage& page) {
+        page.addPlots("x, mm", x, {}, {heights}, /*hasHistogram=*/false);
+    });
 }
 
 void addProfiles(const QString& path, bool isOnly, View& view) {
@@ -159,11 +180,11 @@ void addProfiles(const QString& path, bool isOnly, View& view) {
         Picture picture;
         picture.title = loaded.stem;
         picture.profile = loaded.profile;
-        view.page.addPicture(loaded.name, drawPicture(picture));
+        view.addPicture(loaded.name, drawPicture(picture));
     }
     view.rows.append({path, filledIn("%1 profile(s), %2 points, %3 unset", count, points, unset)});
     if (isOnly && count == 1)
-        addPlot(first.profile, view.page);
+        addPlot(first.profile, view);
 }
 
 /// Profiles, or points with three coordinates. Where they are neither, the reason is that of profiles.
@@ -234,19 +255,28 @@ int runView(const QStringList& words) {
                             ? arguments.text("--out")
                             : QDir::tempPath() + '/' + QFileInfo(arguments.operand(0)).fileName() + ".html";
     refuseOverwriting({out}, files);
-    View view(QFileInfo(arguments.operand(0)).fileName());
+    PageFile file(out);
+    View view;
     const int code = forEachFile(files, [&](const QString& path) {
         try {
-            addFile(path, files.size() == 1, view);
+            if (isTruth(path) && !arguments.operands().contains(path))
+                view.rows.append({path, "left out: true values of simulated data"});
+            else
+                addFile(path, files.size() == 1, view);
         } catch (const Error& error) {
             view.rows.append({path, "NOT READ: " + error.text(optionOf)});
             throw;
         }
     });
-    view.page.addTable("Files", {"file", "holds"}, view.rows);
+    HtmlPage page(QFileInfo(arguments.operand(0)).fileName());
+    page.addTable("Files", {"file", "holds"}, view.rows);
+    for (const auto& [path, sample] : qAsConst(view.clouds))
+        page.addCloud(path, sample);
+    for (const auto& add : view.parts)
+        add(page);
     const QJsonObject json = jsonOf(out, view);
-    view.page.setResults(json);
-    writeOutputFile(out, view.page.html());
+    page.setResults(json);
+    file.write(page.html());
     if (arguments.isJson())
         printJson(json);
     else

@@ -108,7 +108,8 @@ if(TARGET kvmeasure_store)  # its driver, which Qt loads by name
     string(APPEND CPACK_DEBIAN_PROGRAM_PACKAGE_DEPENDS ", libqt${KVMATH_QT_MAJOR}sql${KVMATH_QT_MAJOR}-sqlite")
     set(CPACK_DEBIAN_PROGRAM_PACKAGE_SUGGESTS "libqt${KVMATH_QT_MAJOR}sql${KVMATH_QT_MAJOR}-psql")
 endif()
-set(CPACK_DEBIAN_PROGRAM_PACKAGE_RECOMMENDS libjs-dygraphs)
+set(CPACK_DEBIAN_PROGRAM_PACKAGE_RECOMMENDS "libjs-dygraphs, libjs-three")
+set(CPACK_DEBIAN_PROGRAM_PACKAGE_SUGGESTS chromium)
 set(CPACK_DEBIAN_PROGRAM_DESCRIPTION "measures lines and 3D scans of laser profile scanners
 Filters profiles, teaches templates of straight lines, finds and measures them;
 outlines and converts 3D scans; measures wheels of train passes; builds and

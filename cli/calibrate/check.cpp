@@ -12,6 +12,7 @@
 #include <kvmeasure/drawing/error_map_picture.h>
 #include <kvmeasure/report/error_map_report.h>
 #include <kvmeasure/report/html_page.h>
+#include <kvmeasure/report/page_file.h>
 #include <kvmeasure/report/table.h>
 
 #include <QtCore/QDateTime>
@@ -35,7 +36,7 @@ Usage makeUsage() {
          {{"--against", "RAW", "second record; its z are compared with those of the table"},
           {"--limit", "UM", "largest RMS of Z that is good; exit code 1 beyond it"},
           {"--svg", "PICTURE", "draw the error maps"},
-          {"--report", "FILE.html", "write a page with verdict, figures and error maps"}},
+          {"--report", "PAGE", "write a page with verdict, figures and error maps"}},
          "Against the truth every cell inside the area that the target has covered is compared. The "
          "mean deviation is\n"
          "taken out of X, as records have no origin there. The expected RMS of Z is what the table's "
@@ -107,22 +108,46 @@ Result againstRecord(const PixelTable& table, const TableUnits& units, const QSt
     return result;
 }
 
-/// The verdict by the limit of the RMS of Z.
-void setVerdict(const ErrorStatistics& z, bool isGood, const QString& limit, HtmlPage& page) {
-    const QString rms = "RMS of Z " + micrometres(z.rms) + " um";
-    if (z.count == 0)
-        page.setVerdict(false, "NOT MEASURED: no cell can be compared");
-    else if (limit.isEmpty())
-        page.setVerdict(true, "COMPLETE: " + rms + "; no limit was given");
+/// Adds what the limit of the RMS of Z says: "good", null with a "reason" where that cannot be said. Returns
+/// the exit code.
+int judge(const Arguments& arguments, double limit, Result& result) {
+    const ErrorStatistics& z = result.maps[0].all;
+    const bool isGood = z.rms * kMicrometres <= limit;
+    if (z.count == 0) {
+        result.json["good"] = QJsonValue();
+        result.json["reason"] = "no cell can be compared";
+        result.text += "NOT MEASURED: no cell can be compared\n";
+        return NotMet;
+    }
+    if (!arguments.has("--limit")) {
+        result.json["good"] = QJsonValue();
+        result.json["reason"] = "no limit was given";
+        return Done;
+    }
+    result.json["good"] = isGood;
+    if (!isGood)
+        result.text += QString("the RMS of Z is beyond %1 um\n").arg(limit);
+    return isGood ? Done : NotMet;
+}
+
+void setVerdict(const Result& result, const QString& limit, HtmlPage& page) {
+    const QString rms = "RMS of Z " + micrometres(result.maps[0].all.rms) + " um";
+    const QJsonValue good = result.json["good"];
+    if (result.maps[0].all.count == 0)
+        page.setVerdict(HtmlPage::Bad, "NOT MEASURED: no cell can be compared");
+    else if (good.isNull())
+        page.setVerdict(HtmlPage::NotJudged, "COMPLETE: " + rms + "; no limit was given");
+    else if (good.toBool())
+        page.setVerdict(HtmlPage::Good, "GOOD: " + rms + ", limit " + limit + " um");
     else
-        page.setVerdict(isGood, (isGood ? "GOOD: " : "OUT: ") + rms + ", limit " + limit + " um");
+        page.setVerdict(HtmlPage::Bad, "OUT: " + rms + ", limit " + limit + " um");
 }
 
 QByteArray pageOf(const Arguments& arguments, const Result& result, const QString& form,
                   const QByteArray& maps) {
     const QString path = arguments.operand(0);
     HtmlPage page("Check of " + QFileInfo(path).fileName());
-    setVerdict(result.maps[0].all, result.json["good"].toBool(), arguments.text("--limit"), page);
+    setVerdict(result, arguments.text("--limit"), page);
     page.addFact("made", QDateTime::currentDateTime().toString("yyyy-MM-dd HH:mm:ss"));
     page.addFact("table", path + ", " + form);
     page.addFact("against", arguments.text(arguments.has("--against") ? "--against" : "--truth"));
@@ -144,12 +169,8 @@ QByteArray pageOf(const Arguments& arguments, const Result& result, const QStrin
 }
 
 /// The page of --report, refused before anything is computed.
-std::unique_ptr<OutputFile> openReport(const Arguments& arguments) {
-    if (!arguments.has("--report"))
-        return nullptr;
-    if (!arguments.text("--report").endsWith(".html", Qt::CaseInsensitive))
-        throw Error("--report writes a page: give it a name that ends in .html");
-    return std::make_unique<OutputFile>(arguments.text("--report"));
+std::unique_ptr<PageFile> openReport(const Arguments& arguments) {
+    return arguments.has("--report") ? std::make_unique<PageFile>(arguments.text("--report")) : nullptr;
 }
 
 }  // namespace
@@ -162,16 +183,13 @@ int runCalibrateCheck(const QStringList& words) {
     if (!arguments.has("--truth") && !arguments.has("--against"))
         throw Error("calibrate check: against what? Name --truth FILE or --against RAW");
     const double limit = arguments.number("--limit", 0, 0, std::numeric_limits<double>::max());
-    const std::unique_ptr<OutputFile> report = openReport(arguments);
+    const std::unique_ptr<PageFile> report = openReport(arguments);
     const std::optional<CalibrationRecipe> truth = readTruth(arguments);
     const TableUnits units = readUnits(arguments, truth);
     const QString path = arguments.operand(0);
     const PixelTable table = loadTable(path);
     Result result = arguments.has("--against") ? againstRecord(table, units, arguments.text("--against"))
                                                : againstTruth(table, units, *truth);
-    const double rms = result.maps[0].all.rms;
-    const bool isGood =
-        !arguments.has("--limit") || (result.maps[0].all.count > 0 && rms * kMicrometres <= limit);
     const auto draw = [&] {
         return drawErrorMaps(
             QFileInfo(path).fileName(),
@@ -181,18 +199,14 @@ int runCalibrateCheck(const QStringList& words) {
     if (arguments.has("--svg"))
         writePicture(picture, draw);
     result.json["file"] = path;
-    result.json["good"] = isGood;
-    if (!isGood)
-        result.text += QString("the RMS of Z is beyond %1 um\n").arg(limit);
+    const int code = judge(arguments, limit, result);
     if (arguments.isJson())
         printJson(result.json);
     else
         print(QString("%1: %2\n").arg(printable(path), formName(table.form())) + result.text);
-    if (report) {
+    if (report)
         report->write(pageOf(arguments, result, formName(table.form()), draw()));
-        report->commit();
-    }
-    return isGood ? Done : NotMet;
+    return code;
 }
 
 }  // namespace KvMeasure

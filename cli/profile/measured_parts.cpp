@@ -1,5 +1,6 @@
 #include "cli/profile/measured_parts.h"
 
+#include "cli/batch.h"
 #include "cli/console.h"
 #include "cli/exit_code.h"
 #include "cli/ordered_jobs.h"
@@ -15,10 +16,10 @@
 
 #include <kvmeasure/base/error.h>
 #include <kvmeasure/base/filled_in.h>
-#include <kvmeasure/base/output_file.h>
 #include <kvmeasure/base/text.h>
 #include <kvmeasure/drawing/profile_picture.h>
 #include <kvmeasure/report/match_page.h>
+#include <kvmeasure/report/page_file.h>
 
 #include <cmath>
 #include <memory>
@@ -82,18 +83,19 @@ public:
           handed_(arguments, part_.plan(), jsonForm, [this](const Error& error) { giveUp(error); }) {
         report_.setWritesLines(arguments.has("--jsonl"));
         report_.setGivesStatistics(arguments.has("--stats"));
-        if (arguments.has("--report") && !arguments.text("--report").endsWith(".html", Qt::CaseInsensitive))
-            throw Error("--report writes a page: give it a name that ends in .html");
-        if (arguments.has("--report"))
-            page_ = std::make_unique<MatchPage>(part_.plan(), jsonForm);
-        if (page_)
-            page_->setGivesStatistics(arguments.has("--stats"));
+        if (!arguments.has("--report"))
+            return;
+        file_ = std::make_unique<PageFile>(arguments.text("--report"));
+        page_ = std::make_unique<MatchPage>(part_.plan(), jsonForm);
+        page_->setGivesStatistics(arguments.has("--stats"));
+        addFacts();
     }
 
     void run();
     int code() const { return code_; }
 
 private:
+    void addFacts();
     void startThreads(int jobs);
     void readFile(const QString& path, int number, bool isOnly);
     void put(ReadProfile read);
@@ -124,7 +126,8 @@ private:
     int refusedFile_ = -1;            ///< the last one that an error ended
     QList<KvMath::KvPointXY> spare_;  ///< points that are not needed any more, for those of the next profile
     PictureSeries pictures_;
-    std::unique_ptr<MatchPage> page_;  ///< of --report
+    std::unique_ptr<PageFile> file_;   ///< of --report
+    std::unique_ptr<MatchPage> page_;  ///< what it will hold
     int explained_ = 0;                ///< profiles that do not hold the template
     std::unique_ptr<TerminalProgress> progress_;
     StoredParts store_;
@@ -134,6 +137,19 @@ private:
     SecondProfiles second_{arguments_.texts("--second")};
     MeasuringJobs jobs_{[this](ReadProfile& read) { return measureWith(part_, read); }};
 };
+
+/// What the page says of the part, of the plan and of the place.
+void Matcher::addFacts() {
+    const QStringList& files = arguments_.operands();
+    page_->addFact(files.size() == 1 ? "file" : "files",
+                   files.size() == 1
+                       ? files.first()
+                       : filledIn("%1, from %2 to %3", files.size(), files.first(), files.last()));
+    for (const char* option :
+         {"--template", "--plan", "--second", "--master", "--station", "--operator", "--serial"})
+        page_->addFact(QString(option).mid(2), arguments_.texts(option).join(", "));
+    page_->addFact("made by", "kvmeasure " + libraryVersion());
+}
 
 /// Called by all jobs, each with a measurement of its own. The profile keeps what the filter steps leave of
 /// it.
@@ -390,7 +406,7 @@ void Matcher::finish() {
     if (arguments_.has("--trend"))
         writePicture(arguments_.text("--trend"), [this] { return drawTrend(report_.trend()); });
     if (page_)
-        writeOutputFile(arguments_.text("--report"), page_->html());
+        file_->write(page_->html());
 }
 
 }  // namespace
@@ -404,7 +420,7 @@ std::vector<Option> uncertaintyOptions() {
 
 std::vector<Option> statisticsOptions() {
     return {{"--stats", "", "add mean, deviation, Cp, Cpk, Pp, Ppk of each value against its tolerance"},
-            {"--report", "FILE.html", "write a page with verdict, statistics, plots, the worst profiles"}};
+            {"--report", "PAGE", "write a page with verdict, statistics, plots, the worst profiles"}};
 }
 
 PartSettings settingsOf(const Arguments& arguments) {

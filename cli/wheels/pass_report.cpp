@@ -29,15 +29,13 @@ WheelPicture wheelPictureOf(const MeasuredSection& section, const WheelsetResult
 }
 
 Option passReportOption() {
-    return {"--report", "FILE.html", "write a page with verdict, wheels by axle, trends, the worst wheels"};
+    return {"--report", "PAGE", "write a page with verdict, wheels by axle, trends, the worst wheels"};
 }
 
 PassReport::PassReport(const Arguments& arguments) {
     if (!arguments.has("--report"))
         return;
     const QString path = arguments.text("--report");
-    if (!path.endsWith(".html", Qt::CaseInsensitive))
-        throw Error("--report writes a page: give it a name that ends in .html");
     refuseOverwriting({path},
                       arguments.operands() + arguments.texts("--settings") + arguments.texts("--limits"));
     file_.emplace(path);
@@ -68,7 +66,6 @@ void PassReport::write(const QJsonObject& results) {
     if (!page_)
         return;
     file_->write(page_->html(results));
-    file_->commit();
 }
 
 }  // namespace KvMeasure

@@ -3,8 +3,8 @@
 
 #include "cli/arguments.h"
 
-#include <kvmeasure/base/output_file.h>
 #include <kvmeasure/drawing/wheel_picture.h>
+#include <kvmeasure/report/page_file.h>
 #include <kvmeasure/report/pass_page.h>
 #include <kvmeasure/wheels/pass.h>
 
@@ -33,7 +33,7 @@ public:
 
 private:
     std::optional<PassPage> page_;
-    std::optional<OutputFile> file_;
+    std::optional<PageFile> file_;
 };
 
 }  // namespace KvMeasure

@@ -11,6 +11,7 @@
 #include <QtCore/QDateTime>
 #include <QtCore/QJsonDocument>
 
+#include <algorithm>
 #include <cmath>
 
 namespace KvMeasure {
@@ -100,25 +101,27 @@ MatchPage::MatchPage(const InspectionPlan& plan, MatchReport::Form form)
 
 void MatchPage::addRow(const MatchedProfile& profile) {
     if (head_.isEmpty()) {
-        head_ = QStringList{"profile"};
+        head_ = QStringList{"profile", "verdict"};
         for (const Value& value : profile.best.values)
             head_.append(value.unit.isEmpty() ? value.name : value.name + ", " + value.unit);
-        head_.append("verdict");
     }
     if (rows_.size() >= kMostRows)
         return;
-    QStringList row{profile.name};
+    QStringList row{profile.name, verdictText(profile.best, profile.found > 0)};
     for (const Value& value : profile.best.values)
         row.append(value.isValid ? mm(value.value) : "-");
-    while (row.size() + 1 < head_.size())
+    while (row.size() < head_.size())
         row.append("-");
-    row = row.mid(0, static_cast<int>(head_.size()) - 1);
-    row.append(verdictText(profile.best, profile.found > 0));
-    rows_.append(row);
+    rows_.append(row.mid(0, static_cast<int>(head_.size())));
+}
+
+void MatchPage::addFact(const QString& what, const QString& value) {
+    facts_.append(QStringList{what, value});
 }
 
 void MatchPage::add(const MatchedProfile& profile, const std::function<QByteArray()>& draw) {
-    ++profiles_;
+    if (++profiles_ == 1)
+        first_ = profile.best;
     found_ += profile.found > 0 ? 1 : 0;
     good_ += profile.isGood() ? 1 : 0;
     names_.append(profile.name);
@@ -139,7 +142,7 @@ void MatchPage::add(const MatchedProfile& profile, const std::function<QByteArra
         return;
     const QString caption = profile.name + ": " + verdictText(profile.best, profile.found > 0) +
                             (profile.reason.isEmpty() ? QString() : "; " + profile.reason);
-    worst_.emplace(own, Drawn{caption, draw()});
+    worst_.emplace(own, Drawn{caption, draw(), profile.isGood()});
     if (isFull)
         worst_.erase(std::prev(worst_.end()));
 }
@@ -147,10 +150,45 @@ void MatchPage::add(const MatchedProfile& profile, const std::function<QByteArra
 void MatchPage::addPictures(HtmlPage& page) const {
     if (worst_.empty())
         return;
-    if (profiles_ > static_cast<int>(worst_.size()))
-        page.addText(filledIn("Pictures: the %1 worst of %2 profiles.", worst_.size(), profiles_));
-    for (const auto& [own, drawn] : worst_)
+    const auto bad =
+        std::count_if(worst_.begin(), worst_.end(), [](const auto& each) { return !each.second.isGood; });
+    const auto good = static_cast<std::ptrdiff_t>(worst_.size()) - bad;
+    const bool isPart = profiles_ > static_cast<int>(worst_.size());
+    if (bad > 0)
+        page.addHeading(isPart ? filledIn("Pictures: %1 profile(s) that are not good, the worst first", bad)
+                               : QString("Pictures of profiles that are not good"));
+    bool isFolded = false;
+    for (const auto& [own, drawn] : worst_) {
+        if (drawn.isGood && profiles_ > 1 && !isFolded) {
+            page.startDetails(filledIn("Pictures of %1 good profile(s), nearest to their limits first", good),
+                              false);
+            isFolded = true;
+        }
         page.addPicture(drawn.caption, drawn.svg);
+    }
+    if (isFolded)
+        page.endDetails();
+}
+
+/// Of a single profile each value, with its reason where it is missing.
+void MatchPage::addValues(HtmlPage& page) const {
+    QList<QStringList> rows;
+    for (const Value& value : first_.values) {
+        const bool hasNominal = value.hasTolerance && value.tolerance.hasNominal;
+        const QString verdict = !value.isValid        ? "NOT MEASURED"
+                                : !value.hasTolerance ? "no limits"
+                                : value.isGood()      ? "good"
+                                                      : "OUT";
+        rows.append({value.name, verdict, value.isValid ? mm(value.value) : QString("-"),
+                     numberOr(value.expandedU()), value.unit,
+                     hasNominal ? mm(value.tolerance.nominal) : QString("-"),
+                     value.hasTolerance ? value.tolerance.limits() : QString("none"),
+                     value.isValid && hasNominal ? mm(value.deviation()) : QString("-"), value.reason});
+    }
+    page.addTable(
+        "Results",
+        {"value", "verdict", "measured", "U (k = 2)", "unit", "nominal", "limits", "deviation", "reason"},
+        rows);
 }
 
 void MatchPage::addStatistics(HtmlPage& page, const Trend& trend) const {
@@ -161,22 +199,23 @@ void MatchPage::addStatistics(HtmlPage& page, const Trend& trend) const {
         const auto greatest = greatestU_.find(series.name);
         const double nominal =
             series.hasTolerance && series.tolerance.hasNominal ? series.tolerance.nominal : kNaN;
-        rows.append({series.name, series.unit, QString::number(s.count), numberOr(nominal),
+        rows.append({series.name,
+                     !series.hasTolerance  ? QString("no limits")
+                     : s.outside > 0       ? filledIn("OUT: %1", s.outside)
+                     : s.count < profiles_ ? filledIn("NOT MEASURED: %1", profiles_ - s.count)
+                                           : QString("good"),
+                     series.unit, QString::number(s.count), numberOr(nominal),
                      series.hasTolerance ? series.tolerance.limits() : QString("-"),
                      s.count > 0 ? mm(s.mean) : QString("-"), s.count > 0 ? numberOr(s.mean - nominal) : "-",
                      numberOr(s.deviation()), s.count > 0 ? mm(s.minimum) : QString("-"),
                      s.count > 0 ? mm(s.maximum) : QString("-"),
-                     greatest == greatestU_.end() ? QString("-") : numberOr(greatest->second),
-                     !series.hasTolerance  ? QString("-")
-                     : s.outside > 0       ? filledIn("OUT: %1", s.outside)
-                     : s.count < profiles_ ? filledIn("NOT MEASURED: %1", profiles_ - s.count)
-                                           : QString("good")});
+                     greatest == greatestU_.end() ? QString("-") : numberOr(greatest->second)});
         curves.append(series.values);
     }
     page.addTable("Results",
-                  {"value", "unit", "count", "nominal", "limits", "mean", "mean - nominal", "std dev",
-                   "least", "greatest", "U at most", "verdict"},
-                  rows, profiles_ > 1 ? curves : QList<std::vector<double>>());
+                  {"value", "verdict", "unit", "count", "nominal", "limits", "mean", "mean - nominal",
+                   "std dev", "least", "greatest", "U at most"},
+                  rows, curves);
 }
 
 void MatchPage::addCapability(HtmlPage& page, const Trend& trend) const {
@@ -222,7 +261,7 @@ void MatchPage::addPlots(HtmlPage& page, const Trend& trend) const {
                         series.hasTolerance ? series.tolerance.least() : kNaN,
                         series.hasTolerance ? series.tolerance.greatest() : kNaN,
                         profiles_ < kFewestOfChart ? ControlChart() : chartOf(series)});
-    page.setPlots(ascends ? "z, mm" : "profile", places, names_, plotted);
+    page.addPlots(ascends ? "z, mm" : "profile", places, names_, plotted);
 }
 
 QJsonObject MatchPage::results() const {
@@ -233,22 +272,40 @@ QJsonObject MatchPage::results() const {
     return object;
 }
 
+void MatchPage::addVerdict(HtmlPage& page) const {
+    const bool isGood = good_ == profiles_ && profiles_ > 0;
+    if (profiles_ == 0)
+        page.setVerdict(HtmlPage::Bad, "NOT GOOD: no profile was measured");
+    else if (!isGood)
+        page.setVerdict(HtmlPage::Bad, filledIn("NOT GOOD: %1 of %2 profiles", profiles_ - good_, profiles_) +
+                                           (plan_.hasTemplate() && found_ < profiles_
+                                                ? filledIn("; the template is not in %1", profiles_ - found_)
+                                                : QString()));
+    else if (plan_.tolerances.isEmpty())
+        page.setVerdict(
+            HtmlPage::NotJudged,
+            filledIn("COMPLETE: all values of %1 profile(s) are measured; no limits were given", profiles_));
+    else
+        page.setVerdict(HtmlPage::Good, filledIn("GOOD: %1 of %1 profiles", profiles_));
+}
+
 QByteArray MatchPage::html() {
     isSummary_ = true;
     report_.finish();
     const Trend trend = report_.trend();
     HtmlPage page(plan_.name.isEmpty() ? QString("Measurement") : plan_.name);
-    const bool isJudged = !plan_.tolerances.isEmpty();
-    const bool isGood = good_ == profiles_ && profiles_ > 0;
-    QString verdict = isGood ? filledIn("%1: %2 of %2 profiles", isJudged ? "GOOD" : "COMPLETE", profiles_)
-                             : filledIn("NOT GOOD: %1 of %2 profiles", profiles_ - good_, profiles_);
-    if (plan_.hasTemplate() && found_ < profiles_)
-        verdict += filledIn("; the template is not in %1", profiles_ - found_);
-    page.setVerdict(isGood, verdict);
+    addVerdict(page);
     page.addFact("made", QDateTime::currentDateTime().toString("yyyy-MM-dd HH:mm:ss"));
-    page.addFact("decision",
-                 plan_.decision == Decision::Simple ? "within the limits" : "at least U within the limits");
-    addStatistics(page, trend);
+    for (const QStringList& fact : facts_)
+        page.addFact(fact[0], fact[1]);
+    page.addFact("good means", plan_.tolerances.isEmpty() ? QString()
+                               : plan_.decision == Decision::Simple
+                                   ? QString("within the limits")
+                                   : QString("at least U within the limits"));
+    if (profiles_ == 1)
+        addValues(page);
+    else
+        addStatistics(page, trend);
     addPlots(page, trend);
     addCapability(page, trend);
     addPictures(page);

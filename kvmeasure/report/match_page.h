@@ -31,6 +31,8 @@ public:
 
     /// As MatchReport::setGivesStatistics; call it before the first profile.
     void setGivesStatistics(bool gives) { report_.setGivesStatistics(gives); }
+    /// Appends a line "what: value" below the title; nothing where the value is empty.
+    void addFact(const QString& what, const QString& value);
     /// Counts a profile. `draw` gives its picture (SVG) and is called at once where it is among the worst so
     /// far: not found, not measured, out of tolerance, near a limit, in this order; may be empty.
     void add(const MatchedProfile& profile, const std::function<QByteArray()>& draw);
@@ -43,13 +45,16 @@ private:
     struct Drawn {
         QString caption;
         QByteArray svg;
+        bool isGood;
     };
 
     void addRow(const MatchedProfile& profile);
     void addPictures(HtmlPage& page) const;
+    void addValues(HtmlPage& page) const;
     void addStatistics(HtmlPage& page, const Trend& trend) const;
     void addCapability(HtmlPage& page, const Trend& trend) const;
     void addPlots(HtmlPage& page, const Trend& trend) const;
+    void addVerdict(HtmlPage& page) const;
     QJsonObject results() const;
 
     const InspectionPlan& plan_;
@@ -58,6 +63,8 @@ private:
     bool isSummary_ = false, leavesProfilesOut_ = false;
     int profiles_ = 0, found_ = 0, good_ = 0;
     QStringList names_;
+    QList<QStringList> facts_;
+    Evaluation first_;  ///< of the first profile
     std::map<QString, double> greatestU_;
     QStringList head_;
     QList<QStringList> rows_;

@@ -65,14 +65,14 @@ void setVerdict(const QList<Axle>& axles, const QJsonObject& results, HtmlPage& 
     if (faults.isEmpty() && !verdict.isEmpty() && verdict != "good")
         faults.append(verdict);
     if (!faults.isEmpty())
-        page.setVerdict(false, "NOT GOOD: " + faults.join(", "));
+        page.setVerdict(HtmlPage::Bad, "NOT GOOD: " + faults.join(", "));
     else if (verdict.isEmpty())
-        page.setVerdict(true,
+        page.setVerdict(HtmlPage::NotJudged,
                         filledIn("COMPLETE: all wheels of %1 wheelset(s) are measured, none has a defect; "
                                  "no limits were given",
                                  axles.size()));
     else
-        page.setVerdict(true, filledIn("GOOD: %1 wheelset(s)", axles.size()));
+        page.setVerdict(HtmlPage::Good, filledIn("GOOD: %1 wheelset(s)", axles.size()));
 }
 
 /// Bytes of these rows in the page.
@@ -91,14 +91,14 @@ QList<QStringList> overviewOf(const Axle& axle) {
     QList<QStringList> rows;
     for (const int side : {0, 1}) {
         const QJsonObject& wheel = axle.wheels[side];
-        QStringList row{axle.name, axle.travel(), kWheelSides[side], axle.words[side]};
+        QStringList row{axle.name, kWheelSides[side], axle.words[side], axle.travel()};
         for (const WheelQuantity& each : kWheelQuantities) {
             if (QString(each.key) != "radius")
                 row.append(withUncertainty(wheel, each.key));
         }
         rows.append(row << "" << joined(wheel["notes"]));
     }
-    QStringList row{axle.name, axle.travel(), "both", axle.own, "", "", "", "", ""};
+    QStringList row{axle.name, "both", axle.own, axle.travel(), "", "", "", "", ""};
     rows.append(row << withUncertainty(axle.json, "backToBack") << joined(axle.json["notes"]));
     return rows;
 }
@@ -117,7 +117,7 @@ void addOverview(const QList<Axle>& axles, HtmlPage& page) {
     page.addTable(shown < axles.size()
                       ? filledIn("The first %1 of %2 wheelsets: %3", shown, axles.size(), unit)
                       : "Wheels by axle: " + unit,
-                  {"wheelset", "travel, m", "side", "verdict", "flange height", "thickness from back",
+                  {"wheelset", "side", "verdict", "travel, m", "flange height", "thickness from back",
                    "flange steepness", "height deviation", "running diameter", "back to back", "notes"},
                   rows);
 }
@@ -225,7 +225,7 @@ void addPlots(const QList<Axle>& axles, HtmlPage& page) {
         return;
     std::vector<double> places(static_cast<std::size_t>(axles.size()));
     std::iota(places.begin(), places.end(), 1.0);
-    page.setPlots("wheelset", places, {}, seriesOf(axles));
+    page.addPlots("wheelset", places, {}, seriesOf(axles));
 }
 
 void addNotes(const QJsonObject& results, HtmlPage& page) {

@@ -45,6 +45,9 @@ TEST_F(Calibrate, TheErrorMapIsReportedAndDrawn) {
         const Outcome check =
             run((QString("calibrate check a.tbl --report <b>.html --json ") + expected.options).split(' '));
         EXPECT_EQ(check.code, expected.code) << check.err;
+        const bool isJudged = QString(expected.options).contains("--limit");
+        EXPECT_EQ(check.json()["good"], isJudged ? QJsonValue(expected.code == 0) : QJsonValue());
+        EXPECT_EQ(check.json().contains("reason"), !isJudged);
         const QByteArray page = read("<b>.html"), start = "<script type=\"application/json\" id=\"results\">";
         const auto from = page.indexOf(start) + start.size();
         EXPECT_EQ(QJsonDocument::fromJson(page.mid(from, page.indexOf("</script>", from) - from)).object(),
@@ -64,9 +67,9 @@ TEST_F(Calibrate, TheErrorMapIsReportedAndDrawn) {
     EXPECT_EQ(read("view.html").count("<figure>"), 2);
     EXPECT_EQ(read("view.html").count("<b>"), 0);
     const QString line = "calibrate check a.tbl --truth flat.raw.truth.json --report ";
-    for (const char* page : {"a.pdf", "nowhere/a.html"})
+    for (const char* page : {"a.doc", "nowhere/a.html"})
         expectRefused((line + page).split(' '),
-                      page[0] == 'a' ? "a name that ends in .html" : "nowhere/a.html");
+                      page[0] == 'a' ? "a page ends in .html or .pdf" : "nowhere/a.html");
     ASSERT_TRUE(QFile::copy("a.tbl", "a.html"));
     expectRefused("calibrate check a.html --truth flat.raw.truth.json --report a.html",
                   "is read by this command");

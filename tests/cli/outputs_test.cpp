@@ -86,9 +86,44 @@ TEST_F(Outputs, PagesHoldWhatJsonSays) {
     EXPECT_EQ(run("view a.csv --out view.html --json").json()["files"].toArray().size(), 1);
     EXPECT_THAT(read("view.html").toStdString(), HasSubstr("\"name\":\"height\""));
     expectRefused("view a.csv --out a.csv", "a.csv: is read by this command");
-    expectRefused("match a.csv --template t.json --report page.pdf", "a name that ends in .html");
+    expectRefused("match a.csv --template t.json --report page.doc", "a page ends in .html or .pdf");
     write("a.html", read("a.csv"));
     expectRefused("match a.html --template t.json --report a.html", "a.html: is read by this command");
+}
+
+// With browsers of our own: none, one that fails, one that prints.
+TEST_F(Outputs, PagesArePrintedWholeOrNotAtAll) {
+    const QByteArray path = qgetenv("PATH");
+    simulate("a.csv", "--shape v-groove");
+    write("page.pdf", "older");
+    ASSERT_TRUE(QDir().mkdir("programs"));
+    qputenv("PATH", QDir("programs").absolutePath().toUtf8());
+    expectRefused("view a.csv --out page.pdf",
+                  "Chromium, which is not installed (Debian's package chromium)");
+    const auto browser = [this](const QByteArray& script) {
+        write("programs/chromium", "#!/bin/sh\n" + script);
+        QFile::setPermissions("programs/chromium", QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    };
+    browser("echo no screen\nexit 3\n");
+    expectRefused("view a.csv --out page.pdf",
+                  "made no PDF and said \"no screen\"; write a page that ends in");
+    browser("for o; do case $o in --print-to-pdf=*) echo %PDF-1.4 >\"${o#*=}\";; esac; done\n");
+    expectRefused("view a.csv --out page.pdf", "made no PDF");
+    EXPECT_EQ(read("page.pdf"), "older");
+    browser("for o; do case $o in --print-to-pdf=*) echo %PDF-1.4 %%EOF >\"${o#*=}\";; esac; done\n");
+    EXPECT_EQ(run("view a.csv --out page.pdf").code, 0);
+    EXPECT_EQ(read("page.pdf"), "%PDF-1.4 %%EOF\n");
+    qputenv("PATH", path);
+}
+
+// What a simulation writes beside its data is no data, unless it is named.
+TEST_F(Outputs, ViewLeavesTrueValuesOut) {
+    ASSERT_TRUE(QDir().mkdir("made"));
+    simulate("made/a.csv", "--shape v-groove");
+    const Outcome folder = run("view made --out view.html --json");
+    EXPECT_EQ(folder.code, 0) << folder.err;
+    EXPECT_THAT(folder.out, HasSubstr("left out: true values of simulated data"));
+    EXPECT_EQ(run("view made/a.csv.truth.csv --out view.html").code, 2);
 }
 
 TEST_F(Outputs, PicturesThatCannotBeDrawnKeepNoResultBack) {

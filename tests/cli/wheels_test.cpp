@@ -375,7 +375,7 @@ TEST_F(Wheels, LimitsJudgeWheelsWheelsetsAndTheTrain) {
     EXPECT_THAT(read("train/wheels/pictures/wheel_01_left.svg").toStdString(),
                 HasSubstr(">limits: good; good: "));
     write("a.html", read("wide.csv"));
-    expectRefused("wheels pass train --report page.pdf", "a name that ends in .html");
+    expectRefused("wheels pass train --report page.doc", "a page ends in .html or .pdf");
     expectRefused("wheels pass train --limits a.html --report a.html", "a.html: is read by this command");
     expectRefused("wheels pass train --work none --report nowhere/a.html", "nowhere/a.html");
     EXPECT_FALSE(QFile::exists("none") || QFile::exists("nowhere")) << "refused before anything is written";

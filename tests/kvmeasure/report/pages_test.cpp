@@ -10,6 +10,7 @@
 #include <QtCore/QJsonDocument>
 #include <QtCore/QRegularExpression>
 
+#include <array>
 #include <cmath>
 
 namespace {
@@ -58,14 +59,14 @@ InspectionPlan planOf(const QString& name) {
 
 TEST(HtmlPage, ShowsWhatNamesHoldAndExecutesNothing) {
     HtmlPage page(kHostile);
-    page.setVerdict(false, kHostile);
+    page.setVerdict(HtmlPage::Bad, kHostile);
     page.addFact(kHostile, kHostile);
     page.addFact("empty", "");
     page.addTable(kHostile, {kHostile, "b"}, {{kHostile}, {"1", "OUT", "left out"}}, {{1, NAN, 2}, {}});
     page.addTable("none", {}, {{"x"}});
     page.addPicture(kHostile, "<svg/>");
     page.addText(kHostile);
-    page.setPlots(kHostile, {1, 2}, {kHostile, kHostile},
+    page.addPlots(kHostile, {1, 2}, {kHostile, kHostile},
                   {{kHostile, kHostile, {1, NAN}, NAN, INFINITY}, {"short", "", {1}, 0, 1}});
     page.setResults({{kHostile, kHostile}, {"line", "\u2028"}});
     const QByteArray html = page.html();
@@ -82,6 +83,37 @@ TEST(HtmlPage, ShowsWhatNamesHoldAndExecutesNothing) {
     EXPECT_EQ(plots["series"].toArray()[0].toObject()["values"].toArray(), (QJsonArray{1, QJsonValue()}));
     EXPECT_TRUE(plots["series"].toArray()[0].toObject()["upper"].isNull());
     EXPECT_THAT(HtmlPage("").html().toStdString(), HasSubstr("<h1>Results</h1>"));
+}
+
+TEST(CloudSample, KeepsABoundedPartFromAllOverTheScan) {
+    constexpr int kPoints = 1'000'000;
+    CloudSample sample;
+    for (int i = 0; i < kPoints; ++i)
+        sample.add(float(i % 320), 1, float(i) / 320);
+    sample.add(NAN, 1, 1);
+    sample.add(1, INFINITY, 1);
+    EXPECT_EQ(sample.total(), kPoints);
+    ASSERT_GE(sample.points().size(), std::size_t(CloudSample::kMost / 2));
+    ASSERT_LE(sample.points().size(), std::size_t(CloudSample::kMost));
+    std::array<double, 10> shares{};
+    for (const CloudSample::Point& point : sample.points())
+        shares[std::size_t(point.number * 10 / kPoints)] += 10 / double(sample.points().size());
+    for (const double share : shares)
+        EXPECT_NEAR(share, 1, 0.08) << "five deviations of a tenth of the points";
+    HtmlPage page("");
+    EXPECT_FALSE(page.addCloud("empty", CloudSample()));
+}
+
+TEST(HtmlPage, LeavesOutPlotsThatWouldTakeTooMuchRoom) {
+    constexpr std::size_t kPlaces = 50'000;
+    const std::vector<double> places(kPlaces, 1), values(kPlaces, 0.1234567);
+    HtmlPage page("");
+    page.addPlots("x", places, {},
+                  {{"a", "", values}, {"b", "", values}, {"c", "", values}, {"d", "", values}});
+    page.addPlots("x", {1}, {}, {{"second", "", {1}}});
+    const QByteArray html = page.html();
+    EXPECT_EQ(dataOf(html, "plots")["series"].toArray().size(), 2);
+    EXPECT_THAT(html.toStdString(), HasSubstr("2 more values have no plot"));
 }
 
 TEST(MatchPage, HoldsTheReportAndTheWorstProfiles) {
@@ -151,7 +183,7 @@ TEST(MatchPage, LeavesOutTheDataOfTooManyProfiles) {
     EXPECT_EQ(dataOf(html, "results")["profileCount"].toInt(), 10000);
     EXPECT_THAT(html.toStdString(), HasSubstr("GOOD: 10000 of 10000 profiles"));
     MatchPage empty(plan, MatchReport::Json);
-    EXPECT_THAT(empty.html().toStdString(), HasSubstr("NOT GOOD: 0 of 0"));
+    EXPECT_THAT(empty.html().toStdString(), HasSubstr("NOT GOOD: no profile was measured"));
 }
 
 /// A wheel of the document of a pass that is measured, with the limits of its flange height.
@@ -198,8 +230,8 @@ TEST(PassPage, SaysOfEachWheelWhatIsNotGood) {
         QJsonObject left;
         const char *verdict, *word;
     } cases[] = {
-        {good, "&#10003; COMPLETE", "left good; right good"},
-        {plain, "&#10003; COMPLETE", "left complete; right good"},
+        {good, "&#9675; COMPLETE", "left good; right good"},
+        {plain, "&#9675; COMPLETE", "left complete; right good"},
         {with("defect", true), "NOT GOOD: 1 wheel(s) with a defect", "left DEFECT; right good"},
         {with("defect", QJsonValue()), "NOT GOOD: 1 wheel(s) or", "left NOT SEARCHED for defects; right"},
         {with("radius", QJsonValue()), "NOT GOOD: 1 wheel(s) or", "left NOT MEASURED; right good"},
