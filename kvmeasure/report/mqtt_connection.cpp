@@ -35,6 +35,13 @@ private:
     sigset_t before_{};
 };
 
+QString reasonOf(int code) {
+    if (code == MOSQ_ERR_ERRNO)
+        return qt_error_string(errno);
+    const QString reason = QString::fromUtf8(::mosquitto_strerror(code));
+    return code == MOSQ_ERR_TLS ? reason + " The system must trust the certificate of the broker." : reason;
+}
+
 class MosquittoConnection : public MqttConnection {
 public:
     explicit MosquittoConnection(const MqttSettings& settings)
@@ -84,6 +91,7 @@ private:
     std::condition_variable changed_;  ///< of what follows
     qint64 sent_ = 0;
     bool isConnected_ = false;
+    bool wasConnected_ = false;
     QString refusal_;  ///< of the broker
     QString lost_;     ///< why there is no connection now
     qint64 acknowledged_ = 0;
@@ -93,6 +101,7 @@ void MosquittoConnection::onConnect(::mosquitto*, void* self, int code) {
     auto& connection = *static_cast<MosquittoConnection*>(self);
     const std::lock_guard<std::mutex> lock(connection.mutex_);
     connection.isConnected_ = code == 0;
+    connection.wasConnected_ = connection.wasConnected_ || connection.isConnected_;
     if (code != 0)
         connection.refusal_ = QString::fromUtf8(::mosquitto_connack_string(code));
     connection.changed_.notify_all();
@@ -102,7 +111,10 @@ void MosquittoConnection::onDisconnect(::mosquitto*, void* self, int code) {
     auto& connection = *static_cast<MosquittoConnection*>(self);
     const std::lock_guard<std::mutex> lock(connection.mutex_);
     connection.isConnected_ = false;
-    connection.lost_ = QString::fromUtf8(::mosquitto_strerror(code));
+    const bool isRefused = code == MOSQ_ERR_CONN_LOST && !connection.wasConnected_;
+    connection.lost_ =
+        isRefused ? QString("nothing there answers as a broker does; is it running, with TLS or without?")
+                  : reasonOf(code);
     connection.changed_.notify_all();
 }
 
@@ -114,7 +126,7 @@ void MosquittoConnection::onPublish(::mosquitto*, void* self, int) {
 }
 
 bool MosquittoConnection::failed(int code) {
-    fault_ = code == MOSQ_ERR_ERRNO ? qt_error_string(errno) : QString::fromUtf8(::mosquitto_strerror(code));
+    fault_ = reasonOf(code);
     return false;
 }
 
@@ -146,8 +158,7 @@ bool MosquittoConnection::open() {
                       [this] { return isConnected_ || !refusal_.isEmpty() || !lost_.isEmpty(); });
     if (isConnected_)
         return true;
-    fault_ =
-        refusal_.isEmpty() && !lost_.isEmpty() ? "nothing answers there; does the broker run?" : refusal_;
+    fault_ = refusal_.isEmpty() ? lost_ : refusal_;
     if (fault_.isEmpty())
         fault_ = "the broker does not answer";
     return false;
