@@ -5,6 +5,7 @@
 #include "cli/profile/handed_results.h"
 #include "cli/profile/measured_list.h"
 #include "cli/profile/measured_parts.h"
+#include "cli/profile/measuring_options.h"
 #include "cli/profile/plan_options.h"
 #include "cli/profile/text_options.h"
 #include "cli/scan/options.h"

@@ -7,7 +7,7 @@
 #include "cli/console.h"
 #include "cli/ordered_jobs.h"
 #include "cli/parameters.h"
-#include "cli/profile/measured_parts.h"
+#include "cli/profile/measuring_options.h"
 #include "cli/profile/text_options.h"
 #include "cli/scan/options.h"
 #include "cli/stored_parts.h"
