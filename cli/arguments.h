@@ -55,6 +55,7 @@ public:
     const QStringList& operands() const { return operands_; }
     QString operand(int i) const { return operands_.value(i); }
     bool isJson() const { return has("--json"); }
+    QStringList given() const { return values_.keys(); }  ///< names of the options, sorted
     bool has(const QString& name) const { return values_.contains(name); }
     QString text(const QString& name) const { return values_.value(name).value(0); }
     /// All values of an option that may be repeated, in order; none when it was not given.

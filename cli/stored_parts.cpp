@@ -2,12 +2,20 @@
 
 #include "cli/batch.h"
 #include "cli/console.h"
+#include "cli/exit_code.h"
 #include "cli/parameters.h"
 
 #include <kvmeasure/base/filled_in.h>
 #include <kvmeasure/base/output_file.h>
+#include <kvmeasure/base/regular_file.h>
 #include <kvmeasure/base/text.h>
 #include <kvmeasure/inspection/plan.h>
+
+#include <QtCore/QCryptographicHash>
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
 
 namespace KvMeasure {
 
@@ -21,6 +29,22 @@ QByteArray storedText(InspectionPlan plan) {
     if (plan.master)
         plan.master->file.clear();  // its points are stored in the plan then
     return planText(plan);
+}
+
+/// Options that name what is read beside the operands.
+const QStringList kFileOptions{"--settings", "--limits", "--reference"};
+
+/// The text of a file; of a large one, or one that is no text, its SHA-256.
+QString contentOf(const QString& path) {
+    constexpr qint64 kLongest = 1 << 20;
+    QFile file(path);
+    openRegularFile(file);
+    const QByteArray bytes = file.readAll();
+    const QString text = QString::fromUtf8(bytes);
+    if (bytes.size() <= kLongest && text.toUtf8() == bytes && !bytes.contains('\0'))
+        return text;
+    return "SHA-256 " +
+           QString::fromLatin1(QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex());
 }
 
 }  // namespace
@@ -50,7 +74,9 @@ StoredParts::StoredParts(const Arguments& arguments) : arguments_(arguments) {
     name_ = storeName(place);
     QStringList others = arguments.operands();
     for (const char* option : {"--template", "--plan", "--master", "--second", "--files-from", "--svg",
-                               "--trend", "--report", "--out", "--settings", "--limits", "--reference"})
+                               "--trend", "--report", "--out"})
+        others += arguments.texts(option);
+    for (const QString& option : kFileOptions)
         others += arguments.texts(option);
     if (!isOnServer(place))
         refuseOverwriting({place}, others);
@@ -94,6 +120,31 @@ void StoredParts::add(StoredPart part) {
     parts_.push_back(std::move(part));
 }
 
+int StoredParts::forEachFile(const QStringList& paths, const std::function<void(const QString& path)>& work) {
+    int file = -1;
+    return KvMeasure::forEachFile(paths, [&](const QString& path) {
+        ++file;
+        const std::size_t before = parts_.size();
+        try {
+            work(path);
+        } catch (const Error& error) {
+            if (parts_.size() == before)
+                add(unreadPart(path, error.text(optionOf)));
+            placeFrom(before, file);
+            throw;
+        }
+        placeFrom(before, file);
+    });
+}
+
+/// Parts from that one on are of this file, in their order.
+void StoredParts::placeFrom(std::size_t first, int file) {
+    for (std::size_t i = first; i < parts_.size(); ++i) {
+        parts_[i].source = file;
+        parts_[i].record = static_cast<int>(i - first);
+    }
+}
+
 bool StoredParts::isDue() const {
     return store_ && !parts_.empty() &&
            (parts_.size() >= kPartsAtOnce || std::chrono::steady_clock::now() - flushed_ >= kBetween);
@@ -112,12 +163,43 @@ void StoredParts::close() {
     parts_.clear();
 }
 
-void StoredParts::finish() {
+void StoredParts::beginWithOptions(const QString& settings) {
+    if (!store_)
+        return;
+    const QStringList withoutEffect{"--store",  "--station",     "--operator", "--serial", "--json", "--svg",
+                                    "--report", "--no-pictures", "--pictures", "--out",    "--work"};
+    QJsonObject options, files;
+    for (const QString& name : arguments_.given()) {
+        const QString text = arguments_.texts(name).join('\n');
+        if (withoutEffect.contains(name))
+            continue;
+        if (!kFileOptions.contains(name) || !QFileInfo(text).isFile())
+            options[name] = text;
+        else
+            files[name] = contentOf(text);
+    }
+    if (QFileInfo(settings).isFile())
+        files["--settings"] = contentOf(settings);
+    const QJsonObject plan{{"command", arguments_.command()}, {"options", options}, {"files", files}};
+    begin(QFileInfo(arguments_.text("--limits")).fileName(), QJsonDocument(plan).toJson());
+}
+
+int StoredParts::finishWith(int code) {
+    try {
+        finish("part");
+    } catch (const Error& error) {
+        complain(error.text(optionOf));
+        return Refused;
+    }
+    return code;
+}
+
+void StoredParts::finish(const char* what) {
     if (!store_)
         return;
     flush();
     store_->endRun(run_);
-    complain(filledIn("%1: run %2: %3 stored", printable(name_), run_, counted(stored_, "profile")));
+    complain(filledIn("%1: run %2: %3 stored", printable(name_), run_, counted(stored_, what)));
 }
 
 }  // namespace KvMeasure

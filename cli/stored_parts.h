@@ -6,6 +6,7 @@
 #include <kvmeasure/report/results_store.h>
 
 #include <chrono>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -30,13 +31,24 @@ public:
     void begin(const InspectionPlan& plan, const QString& list = {}, int done = 0);
     /// The same with a plan of any other form.
     void begin(const QString& planName, const QByteArray& plan, const QString& list = {}, int done = 0);
+    /// Begins a run of a command without a plan: its options stand for one, with the content of the file of
+    /// `settings`; empty: there is none.
+    void beginWithOptions(const QString& settings = {});
     void add(StoredPart part);  ///< nothing where no store is open
-    bool isDue() const;         ///< flush() is wanted now
-    void flush();               ///< stores what was added; throws Error
-    void close();               ///< gives the store up: nothing is stored any more
-    void finish();              ///< stores the rest and the end of the run, and says so; throws Error
+    /// forEachFile(); parts that are added for a file get its place, and one without any that throws is added
+    /// as not read.
+    int forEachFile(const QStringList& paths, const std::function<void(const QString& path)>& work);
+    bool isDue() const;  ///< flush() is wanted now
+    void flush();        ///< stores what was added; throws Error
+    void close();        ///< gives the store up: nothing is stored any more
+    /// Stores the rest and the end of the run, and says how many of them there are now; throws Error.
+    void finish(const char* what = "profile");
+    /// The same; where that cannot be, it is said, and `code` becomes that of a refusal.
+    int finishWith(int code);
 
 private:
+    void placeFrom(std::size_t first, int file);
+
     const Arguments& arguments_;
     QString name_;  ///< of the store, for messages
     std::optional<ResultsStore> store_;

@@ -18,7 +18,7 @@ namespace {
 const Usage usage{
     "results",
     "STORE",
-    "Asks a results store that \"kvmeasure match --store\" or \"measure --store\" filled.",
+    "Asks a results store that a command with --store filled: match, measure, wheels, rails.",
     {{"--part", "NAME", "of this part alone: its serial number, or the name of its profile"},
      {"--station", "NAME", "of this station alone"},
      {"--name", "NAME", "this value alone"},

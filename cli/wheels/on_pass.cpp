@@ -8,6 +8,7 @@
 #include "cli/wheels/pass_limits.h"
 #include "cli/wheels/pass_report.h"
 #include "cli/wheels/sections.h"
+#include "cli/wheels/stored_pass.h"
 
 #include <kvmeasure/base/error.h>
 #include <kvmeasure/base/filled_in.h>
@@ -68,7 +69,7 @@ Usage usageOf(const QString& action) {
         usage.options.push_back({"--radii", "", "sections: the second column holds radii, not heights"});
         usage.options.push_back(
             {"--svg", "PICTURE", "sections: draw the section, or each into PICTURE-NAME"});
-        usage = withTextOptions(with(usage, gaugeOptions()));
+        usage = with(withTextOptions(with(usage, gaugeOptions())), storeOptions());
         usage.details =
             "A section is the file of a gauge (.whl, .ban, .prw and the like), CSV, or a profile record. It "
             "may be\nmirrored, upside down or on its side: its shape tells. Sh, Sd and qR are those of "
@@ -100,6 +101,7 @@ Usage usageOf(const QString& action) {
              "with --limits: wheelsets of each vehicle, e.g. 4,4,6; the last number for all "
              "that follow"});
         usage.options.push_back({"--bogies", "LIST", "with --limits: wheelsets of each bogie, likewise"});
+        usage = with(usage, storeOptions());
         usage.details =
             "U (k = 2) beside a value is what the noise and the steps of the points make of it; "
             "the calibration of\nthe post is not in it. The flange steepness ends 13 mm above "
@@ -305,17 +307,20 @@ int runOnPass(const QString& action, const QStringList& words) {
         if (arguments.has(option))
             throw Error(QString("wheels parameters: %1 is of sections; these are recordings").arg(option));
     }
-    PostSettings settings(arguments.has("--settings") ? arguments.text("--settings")
-                                                      : beside(arguments.operands()) + "/settings.ini");
+    const QString settingsFile = arguments.has("--settings") ? arguments.text("--settings")
+                                                             : beside(arguments.operands()) + "/settings.ini";
+    PostSettings settings(settingsFile);
     QStringList skipped;
     const QList<Recording> recordings = findRecordings(arguments.operands(), settings, skipped);
     PassReport report(arguments);
+    StoredParts store(arguments);
     sayWhatIsThere(recordings, plan, action == "pass");
     WheelPass pass(recordings, settings, terminalProgress());
     pass.split(plan.splitting);
     FolderLock results;
     if (action == "pass")
         claimResults(plan, results);
+    store.beginWithOptions(settingsFile);
     measure(pass, plan, report);
     if (action == "pass")
         writeResults(pass, plan);
@@ -328,8 +333,11 @@ int runOnPass(const QString& action, const QStringList& words) {
               (plan.limits ? plan.limits->text() + '\n' : QString()) + summary(pass, plan, skipped));
     }
     report.write(json);
+    addPass(store, pass, plan.columns, plan.limits ? &*plan.limits : nullptr);
+    const bool isGood = isAllGood(pass, plan.columns) && (!plan.limits || plan.limits->isGood());
+    const int code = store.finishWith(isGood ? Done : NotMet);
     complain(pass, missingScanners(pass, plan.columns));
-    return isAllGood(pass, plan.columns) && (!plan.limits || plan.limits->isGood()) ? Done : NotMet;
+    return code;
 }
 
 }  // namespace

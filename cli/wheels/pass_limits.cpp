@@ -180,7 +180,7 @@ void PassLimits::judgeGroups(const QList<WheelsetResult>& wheelsets, Grouping& g
 
 void PassLimits::addTo(QJsonObject& json) const {
     QJsonArray wheelsets = json["wheelsets"].toArray();
-    const auto add = [](QJsonObject& to, const Judged& judged) {
+    const auto add = [](QJsonObject& to, const JudgedWheels& judged) {
         const QJsonObject values = sectionValuesJson(judged.values);
         QJsonObject uncertainties = to["uncertainties"].toObject();
         const QJsonObject further = values["uncertainties"].toObject();
@@ -223,7 +223,7 @@ void PassLimits::addTo(QJsonObject& json) const {
 
 QString PassLimits::verdict() const {
     std::vector<LimitVerdict> all;
-    for (const Judged& judged : judged_)
+    for (const JudgedWheels& judged : judged_)
         all.insert(all.end(), judged.verdicts.begin(), judged.verdicts.end());
     for (const Grouping& grouping : groupings_) {
         for (const Group& group : grouping.groups)
@@ -236,7 +236,7 @@ QString PassLimits::text() const {
     QStringList head = verdictHead();
     head[0] = "wheel";
     Table table(head);
-    for (const Judged& judged : judged_) {
+    for (const JudgedWheels& judged : judged_) {
         for (const LimitVerdict& each : judged.verdicts)
             table.add(verdictRow(judged.name, each));
     }
@@ -252,6 +252,15 @@ QString PassLimits::text() const {
     }
     const QString word = verdict();
     return table.text() + lines + "train: " + (word.isEmpty() ? QString("no value has limits") : word) + '\n';
+}
+
+std::vector<JudgedWheels> PassLimits::groups() const {
+    std::vector<JudgedWheels> all;
+    for (const Grouping& grouping : groupings_) {
+        for (const Group& group : grouping.groups)
+            all.push_back(group.judged);
+    }
+    return all;
 }
 
 bool PassLimits::isGood() const { return verdict() == "good"; }

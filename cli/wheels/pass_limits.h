@@ -15,6 +15,13 @@ namespace KvMeasure {
 /// The value of --vehicles or --bogies; empty: it was not given. Throws Error.
 QList<int> readAxles(const Arguments& arguments, const char* option);
 
+/// Values of a wheel or of several, and the verdicts on them.
+struct JudgedWheels {
+    QString name;  ///< e.g. "2 left", "2", "bogie 1"
+    std::vector<SectionValue> values;
+    std::vector<LimitVerdict> verdicts;
+};
+
 /// Collects the values of gauges of each wheel while a pass is measured, and judges them by a table of
 /// limits.
 class PassLimits {
@@ -35,18 +42,17 @@ public:
     /// No value is out of its limits, none with limits is missing.
     bool isGood() const;
 
-private:
-    struct Judged {
-        QString name;  ///< e.g. "2 left", "2"
-        std::vector<SectionValue> values;
-        std::vector<LimitVerdict> verdicts;
-    };
+    /// Left wheel, right wheel and both of each wheelset, after judgeAll().
+    const std::vector<JudgedWheels>& wheels() const { return judged_; }
+    /// Bogies, then vehicles, with their own values; after judgeAll().
+    std::vector<JudgedWheels> groups() const;
 
+private:
     /// Wheelsets of a vehicle or a bogie, from 1.
     struct Group {
         int first = 0, last = 0;
         bool isCutShort = false;  ///< the pass has fewer wheelsets than the group
-        Judged judged;            ///< its own values
+        JudgedWheels judged;      ///< its own values
         QString verdict;          ///< with those of its wheels and wheelsets
     };
     struct Words {
@@ -68,7 +74,7 @@ private:
     WheelLimits limits_;
     std::vector<Grouping> groupings_;
     std::map<int, GaugeValues> taken_;  ///< by twice the number of the wheelset and the side
-    std::vector<Judged> judged_;        ///< left, right and both of each wheelset
+    std::vector<JudgedWheels> judged_;  ///< left, right and both of each wheelset
 };
 
 }  // namespace KvMeasure

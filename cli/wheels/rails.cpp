@@ -7,6 +7,7 @@
 #include "cli/parameters.h"
 #include "cli/pictures.h"
 #include "cli/profile/text_options.h"
+#include "cli/stored_parts.h"
 
 #include <kvmeasure/base/error.h>
 #include <kvmeasure/base/filled_in.h>
@@ -14,6 +15,7 @@
 #include <kvmeasure/drawing/wear_picture.h>
 #include <kvmeasure/report/json.h>
 #include <kvmeasure/report/section_report.h>
+#include <kvmeasure/report/stored_section.h>
 #include <kvmeasure/report/table.h>
 #include <kvmeasure/wheels/rail_values.h>
 #include <kvmeasure/wheels/section_uncertainty.h>
@@ -28,22 +30,26 @@ namespace {
 const QStringList kSideWords{"auto", "left", "right"};
 
 const Usage& usage() {
-    static const Usage all = withTextOptions(
-        {"rails parameters",
-         "FILE...",
-         "Measures head width and crown radius of rails, and their wear against a nominal rail.",
-         {{"--reference", "FILE", "the nominal rail, in the frame of the files; W1 to W3 need it"},
-          {"--depth", "MM", "of W2 and of the head width, below the top (14)"},
-          {"--angle", "DEG", "of W3: where the nominal head falls by it (45)"},
-          {"--crown", "MM", "width of the part of the head that the crown radius is fitted to (16)"},
-          {"--gauge-side", "SIDE", "of W2 and W3: auto is the side that is worn more (auto)", kSideWords},
-          {"--svg", "PICTURE", "draw the rail on the nominal one, or each into PICTURE-NAME"}},
-         "FILE is the file of a gauge (.ban, .prr and the like), CSV, or a profile record; one that is "
-         "upside down\nor on its side is put upright. W1: height in the middle of the head. W2: side, along "
-         "the depth. W3: corner,\nsquare to the nominal head. Wear is positive. Exit code 1 where a value is "
-         "missing; without --reference W1\nto W3 are not expected.\n\nExamples\n"
-         "  kvmeasure rails parameters rail.ban --reference nominal.prr --svg wear.svg\n"
-         "  kvmeasure rails parameters rail.csv --depth 16 --json\n"});
+    static const Usage all = with(
+        withTextOptions(
+            {"rails parameters",
+             "FILE...",
+             "Measures head width and crown radius of rails, and their wear against a nominal rail.",
+             {{"--reference", "FILE", "the nominal rail, in the frame of the files; W1 to W3 need it"},
+              {"--depth", "MM", "of W2 and of the head width, below the top (14)"},
+              {"--angle", "DEG", "of W3: where the nominal head falls by it (45)"},
+              {"--crown", "MM", "width of the part of the head that the crown radius is fitted to (16)"},
+              {"--gauge-side", "SIDE", "of W2 and W3: auto is the side that is worn more (auto)", kSideWords},
+              {"--svg", "PICTURE", "draw the rail on the nominal one, or each into PICTURE-NAME"}},
+             "FILE is the file of a gauge (.ban, .prr and the like), CSV, or a profile record; one that is "
+             "upside down\nor on its side is put upright. W1: height in the middle of the head. W2: side, "
+             "along "
+             "the depth. W3: corner,\nsquare to the nominal head. Wear is positive. Exit code 1 where a "
+             "value is "
+             "missing; without --reference W1\nto W3 are not expected.\n\nExamples\n"
+             "  kvmeasure rails parameters rail.ban --reference nominal.prr --svg wear.svg\n"
+             "  kvmeasure rails parameters rail.csv --depth 16 --json\n"}),
+        storeOptions());
     return all;
 }
 
@@ -129,17 +135,23 @@ int runRailsParameters(const QStringList& words) {
     const RailSection* reference = nominal ? &nominal->section : nullptr;
     Table table(sectionHead(railValues(RailSection(), nullptr, places).values));
     QJsonArray array;
-    bool isComplete = true;
+    bool areComplete = true;
+    StoredParts store(arguments);
+    store.beginWithOptions();
     PictureSeries pictures(svg, arguments.operands() + arguments.texts("--reference"));
-    const int code = forEachFile(arguments.operands(), [&](const QString& path) {
+    const int code = store.forEachFile(arguments.operands(), [&](const QString& path) {
         const ReadRail rail = readRail(path, text);
         RailValues measured = railValues(rail.section, reference, places);
         addUncertainties(rail.section, reference, places, measured);
+        StoredSection stored{withoutMarks(path), measured.values, {}, rail.notes() + measured.notes};
         for (const SectionValue& value : measured.values) {
             const bool isWear = value.key.startsWith('W') || value.key == "areaLost";
             const bool isExtra = value.key == "inclination";
-            isComplete = isComplete && (value.isKnown() || isExtra || (isWear && reference == nullptr));
+            stored.isComplete =
+                stored.isComplete && (value.isKnown() || isExtra || (isWear && reference == nullptr));
         }
+        areComplete = areComplete && stored.isComplete;
+        store.add(storedPart(stored));
         QStringList row = sectionRow(path, measured.values);
         for (const QString& note : rail.notes() + measured.notes)
             row.last() += (row.last().isEmpty() ? "" : "; ") + note;
@@ -157,9 +169,7 @@ int runRailsParameters(const QStringList& words) {
         printJson({{"sections", array}, {"reference", arguments.text("--reference")}});
     else if (table.size() > 1)
         print(table.text());
-    if (code != Done)
-        return code;
-    return isComplete ? Done : NotMet;
+    return store.finishWith(code != Done || areComplete ? code : int(NotMet));
 }
 
 }  // namespace KvMeasure

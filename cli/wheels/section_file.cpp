@@ -129,11 +129,14 @@ MeasuredFile measureFile(const QString& path, const SectionOptions& options) {
     return measured;
 }
 
-bool isGaugeComplete(const GaugeValues& gauge) {
-    return std::all_of(gauge.values.begin(), gauge.values.end(), [](const SectionValue& value) {
-        const bool isNeeded = value.key.startsWith('S') || value.key == "qR" || value.key == "flangeAngle";
-        return !isNeeded || value.isKnown();
-    });
+bool isComplete(const MeasuredFile& measured) {
+    const std::vector<SectionValue>& values = measured.gauge.values;
+    return measured.wheel.isComplete() &&
+           std::all_of(values.begin(), values.end(), [](const SectionValue& value) {
+               const bool isNeeded =
+                   value.key.startsWith('S') || value.key == "qR" || value.key == "flangeAngle";
+               return !isNeeded || value.isKnown();
+           });
 }
 
 ReferenceSection referenceSection(const QString& path, const SectionOptions& options) {

@@ -32,8 +32,8 @@ void measureGauge(const WheelSection& section, const SectionOptions& options, Me
 /// The running diameter, mm: as the options give it, else as the gauge stored it; NaN: not known.
 double diameterOf(const MeasuredFile& measured, const SectionOptions& options);
 
-/// The values that gauges take, too, are there.
-bool isGaugeComplete(const GaugeValues& gauge);
+/// All values are there, those that gauges take, too.
+bool isComplete(const MeasuredFile& measured);
 
 /// Takes the values away that need the diameter: an assumed one is no measurement.
 void withholdSize(WheelResult& wheel);

@@ -6,6 +6,7 @@
 #include "cli/pictures.h"
 #include "cli/profile/options.h"
 #include "cli/profile/text_options.h"
+#include "cli/stored_parts.h"
 
 #include <kvmeasure/base/error.h>
 #include <kvmeasure/base/filled_in.h>
@@ -16,6 +17,7 @@
 #include <kvmeasure/drawing/wheel_picture.h>
 #include <kvmeasure/report/json.h>
 #include <kvmeasure/report/section_report.h>
+#include <kvmeasure/report/stored_section.h>
 #include <kvmeasure/report/table.h>
 #include <kvmeasure/report/wheel_report.h>
 
@@ -216,20 +218,33 @@ ValueOptions readValueOptions(const Arguments& arguments) {
 
 namespace {
 
-int measureAll(const QStringList& paths, const SectionOptions& options) {
+/// The part of a file in a store.
+StoredPart storedPartOf(const QString& path, const MeasuredFile& measured, const SectionOptions& options) {
+    StoredSection section;
+    section.name = withoutMarks(path);
+    section.values = wheelValues(measured.wheel);
+    section.values.insert(section.values.end(), measured.gauge.values.begin(), measured.gauge.values.end());
+    section.verdicts = measured.verdicts;
+    section.notes = measured.wheel.notes + measured.section.file.notes + measured.section.upright.notes;
+    section.isComplete = !options.limits.empty() || isComplete(measured);
+    return storedPart(section);
+}
+
+int measureAll(const QStringList& paths, const SectionOptions& options, StoredParts& store) {
     Tables tables(options);
     QJsonArray array;
-    bool isComplete = true, isGood = true;
+    bool areComplete = true, isGood = true;
     PictureSeries pictures(options.picture, paths);
-    const int code = forEachFile(paths, [&](const QString& path) {
+    const int code = store.forEachFile(paths, [&](const QString& path) {
         MeasuredFile measured = measureFile(path, options);
-        isComplete = isComplete && measured.wheel.isComplete() && isGaugeComplete(measured.gauge);
+        areComplete = areComplete && isComplete(measured);
         const QString verdict = overallVerdict(measured.verdicts);
         isGood = isGood && (verdict.isEmpty() || verdict == "good");
         if (!options.isSizeKnown)
             withholdSize(measured.wheel);
         tables.add(path, measured);
         array.append(jsonOf(path, measured, options));
+        store.add(storedPartOf(path, measured, options));
         if (options.picture.isEmpty())
             return;
         const auto draw = [&] { return drawSection(path, measured); };
@@ -242,9 +257,8 @@ int measureAll(const QStringList& paths, const SectionOptions& options) {
         printJson({{"sections", array}});
     else
         print(tables.text());
-    if (code != Done)
-        return code;
-    return isGood && (isComplete || !options.limits.empty()) ? Done : NotMet;
+    const bool isMet = isGood && (areComplete || !options.limits.empty());
+    return store.finishWith(code != Done || isMet ? code : int(NotMet));
 }
 
 }  // namespace
@@ -268,7 +282,9 @@ int measureSections(const Arguments& arguments) {
         if (arguments.has(option))
             throw Error(QString("wheels parameters: %1 is of recordings; these are sections").arg(option));
     }
-    return measureAll(arguments.operands(), options);
+    StoredParts store(arguments);
+    store.beginWithOptions();
+    return measureAll(arguments.operands(), options, store);
 }
 
 }  // namespace KvMeasure

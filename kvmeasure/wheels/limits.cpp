@@ -247,6 +247,11 @@ QString LimitVerdict::word() const { return kind == Good ? "good" : (kind == Out
 
 WheelLimits readWheelLimits(const QString& path) { return Rows(path).limits(); }
 
+QString limitKey(const QString& symbol) {
+    const QString key = keyOf(symbol);
+    return key.isEmpty() ? symbol : key;
+}
+
 std::vector<LimitVerdict> judge(const WheelLimits& limits, const std::vector<SectionValue>& values,
                                 double diameter) {
     std::map<QString, std::vector<const WheelLimit*>> bySymbol;

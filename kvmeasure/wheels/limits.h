@@ -52,6 +52,10 @@ struct KVMEASURE_EXPORT LimitVerdict {
 /// of a symbol that hold for the same diameters, more than 10,000 rows.
 KVMEASURE_EXPORT WheelLimits readWheelLimits(const QString& path);
 
+/// The key of the value that a symbol of a table stands for, e.g. "rimWidth" of "BR"; the text itself where
+/// no table has it.
+KVMEASURE_EXPORT QString limitKey(const QString& symbol);
+
 /// The verdicts on those of these values that have limits, in the order of the table. `diameter` is the
 /// running diameter, NaN: not known; the verdict is then given where all rows of a symbol agree. On a
 /// diameter that ends one row and begins another the row of the smaller diameters holds.

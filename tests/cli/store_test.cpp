@@ -1,5 +1,7 @@
-// Stores of results that are files of SQLite: what is refused, and what nobody can write.
+// Stores of results that are files of SQLite: what is stored of wheels and rails, what is refused, and what
+// nobody can write.
 
+#include <simulator/wheel_shape.h>
 #include <tests/cli/stores.h>
 #include <tests/support/random_data.h>
 
@@ -19,6 +21,96 @@ protected:
             GTEST_SKIP() << fault;
     }
 };
+
+/// The trend of a value in a store.
+QJsonArray trendOf(const QJsonObject& results, const QString& name) {
+    for (const QJsonValue each : results["values"].toArray()) {
+        if (each.toObject()["name"] == name)
+            return each.toObject()["trend"].toArray();
+    }
+    return {};
+}
+
+TEST_F(Store, APassIsStoredAsItIsReported) {
+    ASSERT_EQ(run("simulate pass --wheelsets 2 --out train").code, 0);
+    write("limits.csv", "symbol,minimum,maximum\nSh,20,28.7\nBR,130,140\nAR,1350,1370\nDV,,9\n");
+    const Outcome pass =
+        run("wheels pass train --no-pictures --limits limits.csv --vehicles 2 --json --store r.db "
+            "--serial T7 --station gate --operator Ann");
+    ASSERT_EQ(pass.code, 1) << pass.err;
+    EXPECT_THAT(pass.err, HasSubstr("r.db: run 1: 7 parts stored"));
+    const QJsonObject stored = run("results r.db --part T7 --station gate --json").json();
+    const QJsonObject about = stored["runs"].toArray()[0].toObject();
+    EXPECT_EQ(about["command"].toString(), "wheels pass");
+    EXPECT_EQ(about["planName"].toString(), "limits.csv");
+    const QJsonArray wheelsets = pass.json()["wheelsets"].toArray();
+    int good = 0;
+    for (const char* key : {"flangeHeight", "runningDiameter", "Sh", "qR", "rimWidth"}) {
+        const QJsonArray trend = trendOf(stored, key);
+        ASSERT_EQ(trend.size(), 4) << key;
+        for (int i = 0; i < 4; ++i) {
+            const QJsonObject is = trend[i].toObject();
+            const QString side = i % 2 == 0 ? "left" : "right";
+            const QJsonObject was = wheelsets[i / 2].toObject()[side].toObject();
+            EXPECT_EQ(is["profile"].toString(), QString("wheelset %1 ").arg(i / 2 + 1) + side);
+            EXPECT_EQ(is["z"], wheelsets[i / 2].toObject()["travel"]);
+            EXPECT_EQ(is["value"], was[key]) << key;
+            EXPECT_EQ(is["U"], was["uncertainties"].toObject()[key].toObject()["U"]) << key;
+            EXPECT_EQ(is["value"].isNull(), !is["reason"].toString().isEmpty()) << key;
+            if (qstrcmp(key, "Sh") == 0) {
+                EXPECT_EQ(is["verdict"], was["limits"].toArray()[0].toObject()["verdict"]);
+                good += is["verdict"] == "good" ? 1 : 0;
+            }
+        }
+    }
+    EXPECT_TRUE(good > 0 && good < 4) << good;
+    for (const char* key : {"backToBack", "frontToFront"})
+        EXPECT_EQ(trendOf(stored, key)[1].toObject()["value"], wheelsets[1].toObject()[key]) << key;
+    EXPECT_EQ(trendOf(stored, "vehicleDiameterDifference")[0].toObject()["profile"].toString(), "vehicle 1");
+    EXPECT_EQ(about["good"].toInt(), 3);  // wheelsets and vehicle: no wheel shows its rim
+
+    EXPECT_EQ(run("wheels parameters train --store r.db").code, 0);
+    EXPECT_EQ(trendOf(run("results r.db --run 2 --json").json(), "radius").size(), 4);
+    expectRefused("wheels distances train --store r.db", "unknown option \"--store\"");
+    expectRefused("wheels pass train --station gate", "--store");
+    expectRefused("wheels pass train --no-pictures --store limits.csv --limits limits.csv", "limits.csv");
+}
+
+TEST_F(Store, SectionsAreStoredAsTheyAreReported) {
+    QByteArray wheel, rail;
+    for (double y = 0; y <= 130; y += 0.1)
+        wheel += QByteArray::number(y) + ',' + QByteArray::number(Simulator::s1002Height(y), 'f', 6) + '\n';
+    for (double x = -36; x <= 36; x += 0.2)
+        rail += QByteArray::number(x) + ',' + QByteArray::number(-x * x / 600, 'f', 6) + '\n';
+    write("a.csv", wheel);
+    write("b.csv", wheel);
+    write("rail.csv", rail);
+    write("bad.csv", "nothing\n");
+    for (const char* words : {"wheels parameters a.csv bad.csv b.csv", "rails parameters rail.csv"}) {
+        const Outcome told = run(QString("%1 --json --store r.db").arg(words).split(' '));
+        const QJsonObject stored = run("results r.db --json").json();
+        const QJsonArray sections = told.json()["sections"].toArray();
+        const QJsonObject about = stored["runs"].toArray().last().toObject();
+        EXPECT_EQ(about["command"].toString(), QString(words).section(' ', 0, 1));
+        EXPECT_EQ(about["parts"].toInt(), QString(words).count(".csv"));
+        EXPECT_EQ(about["unread"].toInt(), QString(words).count("bad"));
+        int compared = 0;
+        for (const char* key : {"Sh", "flangeHeight", "treadSlope", "headWidth", "crownRadius", "W1"}) {
+            if (!sections[0].toObject().contains(key))
+                continue;
+            const QJsonArray trend = trendOf(stored, key);
+            ASSERT_EQ(trend.size(), sections.size()) << key;
+            for (int i = 0; i < int(trend.size()); ++i) {
+                const QJsonObject is = trend[i].toObject();
+                EXPECT_EQ(is["value"], sections[i].toObject()[key]) << key;
+                EXPECT_EQ(is["profile"], sections[i].toObject()["file"]);
+                EXPECT_EQ(is["value"].isNull(), !is["reason"].toString().isEmpty()) << key;
+                ++compared;
+            }
+        }
+        EXPECT_GE(compared, 3);
+    }
+}
 
 TEST_F(Store, WhatIsNoStoreIsRefusedAndUntouched) {
     addMany("s.db", 200, [](int) {});
