@@ -166,8 +166,9 @@ void StoredParts::close() {
 void StoredParts::beginWithOptions(const QString& settings) {
     if (!store_)
         return;
-    const QStringList withoutEffect{"--store",  "--station",     "--operator", "--serial", "--json", "--svg",
-                                    "--report", "--no-pictures", "--pictures", "--out",    "--work"};
+    const QStringList withoutEffect{"--store",       "--station",  "--operator", "--serial",
+                                    "--json",        "--svg",      "--report",   "--mqtt",
+                                    "--no-pictures", "--pictures", "--out",      "--work"};
     QJsonObject options, files;
     for (const QString& name : arguments_.given()) {
         const QString text = arguments_.texts(name).join('\n');

@@ -37,8 +37,8 @@ std::vector<Option> handOverOptions() {
     return {{"--jsonl", "", "print JSON lines: the result of each profile on a line, as it is measured"},
             {"--aqdef", "FILE.dfq", "write the values as AQDEF, for systems of quality management"},
             {"--qif", "FILE.qif", "write the values as QIF 3.0, an XML format of metrology"},
-            {"--mqtt", "mqtt://HOST/TOPIC",
-             "publish each result as a JSON line; mqtts: TLS; USER:PASSWORD@ before, :PORT behind HOST"}};
+            mqttOption(
+                "publish each result as a JSON line; mqtts: TLS; USER:PASSWORD@ before, :PORT behind HOST")};
 }
 
 HandedResults::HandedResults(const Arguments& arguments, const InspectionPlan& plan,
@@ -46,8 +46,7 @@ HandedResults::HandedResults(const Arguments& arguments, const InspectionPlan& p
     : arguments_(arguments), plan_(plan), fault_(std::move(fault)),
       lines_(jsonForm, plan, arguments.has("--all"), /*keepValues=*/false, [](const QString&) {}) {
     lines_.setWritesLines(true);
-    if (arguments.has("--mqtt"))
-        broker_ = parseMqttPlace(arguments.text("--mqtt"));
+    broker_ = brokerOf(arguments);
     const QString aqdef = arguments.text("--aqdef"), qif = arguments.text("--qif");
     QStringList others = arguments.operands();
     for (const char* option :
@@ -71,8 +70,8 @@ void HandedResults::attempt(Output& output, const std::function<void()>& work) {
 }
 
 void HandedResults::begin() {
-    if (arguments_.has("--mqtt"))
-        attempt(mqtt_, [this] { mqtt_ = std::make_unique<MqttPublisher>(broker_); });
+    if (broker_)
+        attempt(mqtt_, [this] { mqtt_ = std::make_unique<MqttPublisher>(*broker_); });
 }
 
 void HandedResults::add(const MatchedProfile& matched) {
@@ -116,7 +115,7 @@ void HandedResults::finish() {
         return;
     attempt(mqtt_, [this] {
         mqtt_->finish();
-        complain(filledIn("%1: %2 published", broker_.text(), counted(mqtt_->acknowledged(), "result")));
+        complain(filledIn("%1: %2 published", broker_->text(), counted(mqtt_->acknowledged(), "result")));
     });
 }
 

@@ -1,12 +1,11 @@
 #pragma once
 // Results that are handed on while they are measured: --aqdef, --qif and --mqtt.
 
-#include "cli/arguments.h"
+#include "cli/publishing.h"
 
 #include <kvmeasure/base/error.h>
 #include <kvmeasure/report/aqdef_file.h>
 #include <kvmeasure/report/match_report.h>
-#include <kvmeasure/report/mqtt_publisher.h>
 #include <kvmeasure/report/qif_file.h>
 
 #include <functional>
@@ -45,7 +44,7 @@ private:
     std::unique_ptr<AqdefFile> aqdef_;
     std::unique_ptr<QifFile> qif_;
     std::unique_ptr<MqttPublisher> mqtt_;
-    MqttPlace broker_;
+    std::optional<MqttPlace> broker_;
 };
 
 }  // namespace KvMeasure

@@ -4,6 +4,7 @@
 #include "cli/exit_code.h"
 #include "cli/pictures.h"
 #include "cli/profile/text_options.h"
+#include "cli/publishing.h"
 #include "cli/terminal_progress.h"
 #include "cli/wheels/pass_limits.h"
 #include "cli/wheels/pass_report.h"
@@ -96,6 +97,7 @@ Usage usageOf(const QString& action) {
         usage.options.push_back(
             {"--limits", "FILE", "table of limits; the exit code is 1 where a value is out of them"});
         usage.options.push_back(passReportOption());
+        usage.options.push_back(mqttOption("publish each wheelset as a JSON line to an MQTT broker"));
         usage.options.push_back(
             {"--vehicles", "LIST",
              "with --limits: wheelsets of each vehicle, e.g. 4,4,6; the last number for all "
@@ -310,6 +312,7 @@ int runOnPass(const QString& action, const QStringList& words) {
     const QString settingsFile = arguments.has("--settings") ? arguments.text("--settings")
                                                              : beside(arguments.operands()) + "/settings.ini";
     PostSettings settings(settingsFile);
+    const std::optional<MqttPlace> broker = brokerOf(arguments);
     QStringList skipped;
     const QList<Recording> recordings = findRecordings(arguments.operands(), settings, skipped);
     PassReport report(arguments);
@@ -335,7 +338,7 @@ int runOnPass(const QString& action, const QStringList& words) {
     report.write(json);
     addPass(store, pass, plan.columns, plan.limits ? &*plan.limits : nullptr);
     const bool isGood = isAllGood(pass, plan.columns) && (!plan.limits || plan.limits->isGood());
-    const int code = store.finishWith(isGood ? Done : NotMet);
+    const int code = publish(broker, json["wheelsets"].toArray(), store.finishWith(isGood ? Done : NotMet));
     complain(pass, missingScanners(pass, plan.columns));
     return code;
 }

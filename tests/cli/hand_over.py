@@ -335,6 +335,15 @@ def test_broker():
     plain = run(*match(200)).out
     expect(done.out == plain, "the usual output")
 
+    # A train: a message for each wheelset, as in the JSON.
+    run("simulate", "pass", "--out", "train", "--wheelsets", 2)
+    words = ["wheels", "pass", "train", "--no-pictures", "--out", "wheels"]
+    broker = Broker([None])
+    wheelsets = json.loads(run(*words, "--json", "--mqtt", broker.place).out)["wheelsets"]
+    expect(len(wheelsets) == 2 and [json.loads(message) for message in broker.messages] == wheelsets, f"{len(broker.messages)} wheelsets")
+    done = run(*words, "--mqtt", broker.place, code=2)  # it has gone
+    expect("no connection" in done.err and "2 wheelset(s)" in done.out, done.err)
+
     # Connections that are cut: everything comes, some of it twice.
     broker = Broker([20, 0, 30, None])
     done = run(*match(200), "--mqtt", broker.place)
