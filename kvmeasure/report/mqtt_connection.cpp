@@ -39,7 +39,7 @@ QString reasonOf(int code) {
     if (code == MOSQ_ERR_ERRNO)
         return qt_error_string(errno);
     const QString reason = QString::fromUtf8(::mosquitto_strerror(code));
-    return code == MOSQ_ERR_TLS ? reason + " The system must trust the certificate of the broker." : reason;
+    return code == MOSQ_ERR_TLS ? reason + " Does the system trust the certificate of the broker?" : reason;
 }
 
 class MosquittoConnection : public MqttConnection {
@@ -160,7 +160,8 @@ bool MosquittoConnection::open() {
         return true;
     fault_ = refusal_.isEmpty() ? lost_ : refusal_;
     if (fault_.isEmpty())
-        fault_ = "the broker does not answer";
+        fault_ = settings_.isSecure ? "no answer; does the system trust the certificate of the broker?"
+                                    : "no answer; is it a broker, with TLS or without?";
     return false;
 }
 
