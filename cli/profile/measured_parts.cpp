@@ -1,6 +1,5 @@
 #include "cli/profile/measured_parts.h"
 
-#include "cli/batch.h"
 #include "cli/console.h"
 #include "cli/exit_code.h"
 #include "cli/ordered_jobs.h"
@@ -66,14 +65,13 @@ public:
         file_ = std::make_unique<PageFile>(arguments.text("--report"));
         page_ = std::make_unique<MatchPage>(part_.plan(), jsonForm);
         page_->setGivesStatistics(arguments.has("--stats"));
-        addFacts();
+        addFacts(arguments, *page_);
     }
 
     void run();
     int code() const { return code_; }
 
 private:
-    void addFacts();
     void startThreads(int jobs);
     void readFile(const QString& path, int number, bool isOnly);
     void put(ReadProfile read);
@@ -115,19 +113,6 @@ private:
     SecondProfiles second_{arguments_.texts("--second")};
     MeasuringJobs jobs_{[this](ReadProfile& read) { return measureWith(part_, read); }};
 };
-
-/// What the page says of the part, of the plan and of the place.
-void Matcher::addFacts() {
-    const QStringList& files = arguments_.operands();
-    page_->addFact(files.size() == 1 ? "file" : "files",
-                   files.size() == 1
-                       ? files.first()
-                       : filledIn("%1, from %2 to %3", files.size(), files.first(), files.last()));
-    for (const char* option :
-         {"--template", "--plan", "--second", "--master", "--station", "--operator", "--serial"})
-        page_->addFact(QString(option).mid(2), arguments_.texts(option).join(", "));
-    page_->addFact("made by", "kvmeasure " + libraryVersion());
-}
 
 /// Called by all jobs, each with a measurement of its own. The profile keeps what the filter steps leave of
 /// it.
@@ -261,6 +246,8 @@ void Matcher::report(const LoadedProfile& loaded, MeasuringJobs::Result& measure
     if (store_.isOpen())
         addToStore(measured.input, storedPart(matched, part_.plan()));
     handed_.add(matched);
+    if (page_ && arguments_.operands().size() == 1)
+        page_->addLine(matched.z, loaded.profile);
     if (page_)
         page_->add(matched, [&] { return drawPicture(picture()); });
 }

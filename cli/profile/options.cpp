@@ -1,17 +1,31 @@
 #include "cli/profile/options.h"
 
+#include "cli/batch.h"
 #include "cli/console.h"
 #include "cli/parameters.h"
 #include "cli/profile/text_options.h"
 
 #include <kvmeasure/base/error.h>
 #include <kvmeasure/base/filled_in.h>
+#include <kvmeasure/report/match_page.h>
 
 namespace KvMeasure {
 
 void complainOf(const LoadedProfile& loaded) {
     if (!loaded.warning.isEmpty())
         complain(withParameters(loaded.warning, optionOf));
+}
+
+void addFacts(const Arguments& arguments, MatchPage& page) {
+    const QStringList& files = arguments.operands();
+    page.addFact(files.size() == 1 ? "file" : "files",
+                 files.size() == 1
+                     ? files.first()
+                     : filledIn("%1, from %2 to %3", files.size(), files.first(), files.last()));
+    for (const char* option :
+         {"--template", "--plan", "--second", "--master", "--station", "--operator", "--serial"})
+        page.addFact(QString(option).mid(2), arguments.texts(option).join(", "));
+    page.addFact("made by", "kvmeasure " + libraryVersion());
 }
 
 LoadedProfile takeProfile(const Arguments& arguments) {

@@ -11,6 +11,8 @@
 
 namespace KvMeasure {
 
+class MatchPage;
+
 constexpr int kLastRecord = 1'000'000'000;  ///< number that --record takes at most
 
 /// The profile that a command for a single one works on: the first of the first operand, or that of
@@ -21,6 +23,9 @@ LoadedProfile takeProfile(const Arguments& arguments, const std::function<bool(L
 
 /// Says on standard error what may have been misunderstood.
 void complainOf(const LoadedProfile& loaded);
+
+/// Says on a page which files were measured, by which plan, where and by whom.
+void addFacts(const Arguments& arguments, MatchPage& page);
 
 /// The options that replace single search parameters, for the usage of a command, and their application.
 std::vector<Option> searchOptions();

@@ -99,20 +99,56 @@ MatchPage::MatchPage(const InspectionPlan& plan, MatchReport::Form form)
               profilesJson_ += text.toUtf8();
       }) {}
 
+/// Name, verdict and reasons, then the values.
 void MatchPage::addRow(const MatchedProfile& profile) {
     if (head_.isEmpty()) {
-        head_ = QStringList{"profile", "verdict"};
         for (const Value& value : profile.best.values)
             head_.append(value.unit.isEmpty() ? value.name : value.name + ", " + value.unit);
     }
-    if (rows_.size() >= kMostRows)
+    std::map<int, QStringList>& rows = profile.isGood() ? goodRows_ : badRows_;
+    if (rows.size() >= std::size_t(kMostRows))
         return;
-    QStringList row{profile.name, verdictText(profile.best, profile.found > 0)};
-    for (const Value& value : profile.best.values)
-        row.append(value.isValid ? mm(value.value) : "-");
-    while (row.size() < head_.size())
-        row.append("-");
-    rows_.append(row.mid(0, static_cast<int>(head_.size())));
+    QStringList values, reasons;
+    if (!profile.reason.isEmpty())
+        reasons.append(profile.reason);
+    for (const Value& value : profile.best.values) {
+        values.append(value.isValid ? mm(value.value) : "-");
+        if (!value.isValid && !value.reason.isEmpty() && !reasons.contains(value.reason))
+            reasons.append(value.reason);
+    }
+    rows[profiles_] =
+        QStringList{profile.name, verdictText(profile.best, profile.found > 0), reasons.join("; ")} + values;
+}
+
+/// The table of profiles; its column of reasons where there are any. Where there is no room for all, those
+/// that are not good come first.
+void MatchPage::addProfiles(HtmlPage& page) const {
+    const bool isPart = profiles_ > kMostRows;
+    QList<QStringList> rows;
+    if (isPart) {
+        for (const auto* some : {&badRows_, &goodRows_}) {
+            for (auto row = some->begin(); row != some->end() && rows.size() < kMostRows; ++row)
+                rows.append(row->second);
+        }
+    } else {
+        std::map<int, QStringList> all = badRows_;
+        all.insert(goodRows_.begin(), goodRows_.end());
+        for (const auto& row : all)
+            rows.append(row.second);
+    }
+    const bool hasReasons =
+        std::any_of(rows.begin(), rows.end(), [](const QStringList& row) { return !row[2].isEmpty(); });
+    for (QStringList& row : rows) {
+        while (row.size() < head_.size() + 3)
+            row.append("-");
+        if (!hasReasons)
+            row.removeAt(2);
+    }
+    const QStringList head =
+        hasReasons ? QStringList{"profile", "verdict", "reason"} : QStringList{"profile", "verdict"};
+    page.addTable(isPart ? filledIn("%1 of %2 profiles, those that are not good first", kMostRows, profiles_)
+                         : QString("Profiles"),
+                  head + head_, rows);
 }
 
 void MatchPage::addFact(const QString& what, const QString& value) {
@@ -121,7 +157,7 @@ void MatchPage::addFact(const QString& what, const QString& value) {
 
 void MatchPage::add(const MatchedProfile& profile, const std::function<QByteArray()>& draw) {
     if (++profiles_ == 1)
-        first_ = profile.best;
+        first_ = profile;
     found_ += profile.found > 0 ? 1 : 0;
     good_ += profile.isGood() ? 1 : 0;
     names_.append(profile.name);
@@ -148,32 +184,45 @@ void MatchPage::add(const MatchedProfile& profile, const std::function<QByteArra
 }
 
 void MatchPage::addPictures(HtmlPage& page) const {
-    if (worst_.empty())
-        return;
-    const auto bad =
-        std::count_if(worst_.begin(), worst_.end(), [](const auto& each) { return !each.second.isGood; });
-    const auto good = static_cast<std::ptrdiff_t>(worst_.size()) - bad;
-    const bool isPart = profiles_ > static_cast<int>(worst_.size());
-    if (bad > 0)
-        page.addHeading(isPart ? filledIn("Pictures: %1 profile(s) that are not good, the worst first", bad)
-                               : QString("Pictures of profiles that are not good"));
-    bool isFolded = false;
-    for (const auto& [own, drawn] : worst_) {
-        if (drawn.isGood && profiles_ > 1 && !isFolded) {
-            page.startDetails(filledIn("Pictures of %1 good profile(s), nearest to their limits first", good),
-                              false);
-            isFolded = true;
-        }
-        page.addPicture(drawn.caption, drawn.svg);
-    }
-    if (isFolded)
+    constexpr std::size_t kMostOpen = 3;
+    std::vector<const Drawn*> bad, good;
+    for (const auto& each : worst_)
+        (each.second.isGood ? good : bad).push_back(&each.second);
+    const auto add = [&page](const std::vector<const Drawn*>& some, std::size_t from, std::size_t to) {
+        for (std::size_t i = from; i < std::min(to, some.size()); ++i)
+            page.addPicture(some[i]->caption, some[i]->svg);
+    };
+    if (!bad.empty())
+        page.addHeading(
+            profiles_ > kMostPictures
+                ? filledIn("Pictures: %1 profile(s) that are not good, the worst first", bad.size())
+                : QString("Pictures of profiles that are not good"));
+    add(bad, 0, kMostOpen);
+    if (bad.size() > kMostOpen) {
+        page.startDetails(filledIn("%1 more pictures of profiles that are not good", bad.size() - kMostOpen),
+                          false);
+        add(bad, kMostOpen, bad.size());
         page.endDetails();
+    }
+    if (profiles_ == 1) {
+        add(good, 0, 1);
+    } else if (!good.empty()) {
+        page.startDetails(
+            filledIn("Pictures of %1 good profile(s), nearest to their limits first", good.size()), false);
+        add(good, 0, good.size());
+        page.endDetails();
+    }
 }
 
 /// Of a single profile each value, with its reason where it is missing.
 void MatchPage::addValues(HtmlPage& page) const {
+    if (first_.best.values.isEmpty()) {
+        page.addText("No value: " + verdictText(first_.best, first_.found > 0) +
+                     (first_.reason.isEmpty() ? QString() : "; " + first_.reason));
+        return;
+    }
     QList<QStringList> rows;
-    for (const Value& value : first_.values) {
+    for (const Value& value : first_.best.values) {
         const bool hasNominal = value.hasTolerance && value.tolerance.hasNominal;
         const QString verdict = !value.isValid        ? "NOT MEASURED"
                                 : !value.hasTolerance ? "no limits"
@@ -307,12 +356,11 @@ QByteArray MatchPage::html() {
     else
         addStatistics(page, trend);
     addPlots(page, trend);
+    scan_.addTo(page, first_.name.left(first_.name.lastIndexOf('#')));
     addCapability(page, trend);
     addPictures(page);
     if (profiles_ > 1)
-        page.addTable(profiles_ > kMostRows ? filledIn("The first %1 of %2 profiles", kMostRows, profiles_)
-                                            : QString("Profiles"),
-                      head_, rows_);
+        addProfiles(page);
     page.setResults(results());
     return page.html();
 }

@@ -7,8 +7,8 @@
 //         page.add(profile, [&] { return drawPicture(pictureOf(profile)); });
 //     writeOutputFile("page.html", page.html());
 
-#include <kvmeasure/report/html_page.h>
 #include <kvmeasure/report/match_report.h>
+#include <kvmeasure/report/scan_sketch.h>
 
 #include <functional>
 #include <map>
@@ -36,6 +36,8 @@ public:
     /// Counts a profile. `draw` gives its picture (SVG) and is called at once where it is among the worst so
     /// far: not found, not measured, out of tolerance, near a limit, in this order; may be empty.
     void add(const MatchedProfile& profile, const std::function<QByteArray()>& draw);
+    /// Takes the points of a profile of a scan, at its position, mm, for the cloud and the map of heights.
+    void addLine(double position, const KvMath::KvProfile& profile) { scan_.add(position, profile); }
     /// The page. Results are the document of the report; where its profiles would take more than
     /// kLargestResults they are left out, and "profilesLeftOut" counts them. Call it once, behind the last
     /// profile.
@@ -49,6 +51,7 @@ private:
     };
 
     void addRow(const MatchedProfile& profile);
+    void addProfiles(HtmlPage& page) const;
     void addPictures(HtmlPage& page) const;
     void addValues(HtmlPage& page) const;
     void addStatistics(HtmlPage& page, const Trend& trend) const;
@@ -64,10 +67,11 @@ private:
     int profiles_ = 0, found_ = 0, good_ = 0;
     QStringList names_;
     QList<QStringList> facts_;
-    Evaluation first_;  ///< of the first profile
+    MatchedProfile first_;
+    ScanSketch scan_;
     std::map<QString, double> greatestU_;
     QStringList head_;
-    QList<QStringList> rows_;
+    std::map<int, QStringList> goodRows_, badRows_;  ///< by their numbers
     std::multimap<double, Drawn, std::greater<>> worst_;
 };
 

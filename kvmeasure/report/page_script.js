@@ -115,9 +115,31 @@
             element(svg, 'circle', { cx: x(data.places[at]), cy: y(series.values[at]), r: 5 });
     }
 
-    // On paper closed parts are open, and every value has its plot.
+    // A table that is too wide for paper, as several with the same first column.
+    function splitForPaper(table) {
+        const kMostColumns = 14, kOfPart = 9;
+        const [head, ...rows] = table.rows, columns = head.cells.length, holder = table.parentElement;
+        if (columns <= kMostColumns || holder.classList.contains('split')) return;
+        holder.classList.add('split');
+        let last = holder;
+        for (let from = 1; from < columns; from += kOfPart) {
+            const part = document.createElement('table'), body = part.createTBody(), parts = part.createTHead();
+            part.className = 'part';
+            const copy = (row, parent) => {
+                const made = parent.appendChild(document.createElement('tr'));
+                for (const cell of [row.cells[0], ...Array.from(row.cells).slice(from, from + kOfPart)]) made.appendChild(cell.cloneNode(true));
+            };
+            copy(head, parts);
+            for (const row of rows) copy(row, body);
+            last.after(part);
+            last = part;
+        }
+    }
+
+    // On paper closed parts are open, every value has its plot, and no table is cut.
     const closed = [];
     function prepareForPaper() {
+        for (const table of document.querySelectorAll('.scroll > table')) splitForPaper(table);
         for (const part of document.querySelectorAll('details:not([open])')) {
             part.open = true;
             closed.push(part);

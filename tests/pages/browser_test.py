@@ -101,6 +101,9 @@ def make_pages():
     data["batch"] = run_json("match", *batch, "--template", "groove.json", "--stats", "--report", "batch.html")
     run("simulate", "scan", "--noise", "0.02", "--out", "scan.ply")
     data["scan"] = run_json("view", "scan.ply", "--out", "scan.html")
+    run("simulate", "scan", "--noise", "0.02", "--rows", "60", "--out", "plate.kvs")
+    data["stack"] = run_json("measure", "plate.kvs", "--region", "R = x -15..0", "--measure", "top = mean in R : 75 +- 0.02",
+                             "--report", "stack.html")
     run("simulate", "pass", "--wheelsets", "2", "--breakouts", "1", "--seed", "3", "--spacing", "30", "--out", "train")
     data["train"] = run_json("wheels", "pass", "train", "--no-pictures", "--report", "train.html")
     run("calibrate", "simulate", "flat.raw", "--noise", "0.05")
@@ -281,6 +284,8 @@ class Pages(unittest.TestCase):
 
     @unittest.skipUnless((LIBRARIES / "three").exists(), "no three.js (Debian's libjs-three)")
     def test_the_cloud_turns(self):
+        self.open("stack")
+        self.assertEqual(len(self.browser.find_elements(By.CLASS_NAME, "cloud")), 1)
         self.open("scan")
         cloud = self.browser.find_element(By.CLASS_NAME, "cloud")
         WebDriverWait(self.browser, 30).until(lambda _: cloud.get_attribute("data-turn") or not cloud.is_displayed())
@@ -311,15 +316,21 @@ class Pages(unittest.TestCase):
 
     def test_paper_has_what_the_page_has(self):
         run("match", *(f"batch{i:02}.csv" for i in range(24)), "--template", "groove.json", "--report", "batch.pdf", codes=(1,))
+        wide = "; ".join(f"value_{i} = max in R : 0 +- 0.2" for i in range(20))
+        run("measure", "good.csv", "batch01.csv", "--region", "R = all", "--measure", wide, "--report", "wide.pdf")
         self.assertTrue(pathlib.Path("batch.pdf").read_bytes().startswith(b"%PDF-"))
         if not shutil.which("pdftotext"):
             self.skipTest("no pdftotext (Debian's poppler-utils)")
-        done = subprocess.run(["pdftotext", "-layout", "batch.pdf", "-"], stdout=subprocess.PIPE, encoding="utf-8", check=True)
-        self.assertLess(done.stdout.index("NOT GOOD: 1 of 24"), done.stdout.index("Results"))
+        text = {page: subprocess.run(["pdftotext", "-layout", f"{page}.pdf", "-"], stdout=subprocess.PIPE, encoding="utf-8",
+                                     check=True).stdout for page in ("batch", "wide")}
+        self.assertLess(text["batch"].index("NOT GOOD: 1 of 24"), text["batch"].index("Results"))
         for profile in self.data["batch"]["profiles"]:
             for value in values_of(profile):
-                self.assertIn(f"{value['value']:.4f}", done.stdout)
-        self.assertEqual(done.stdout.count("23 values"), 2, "both values have their plots on paper")
+                self.assertIn(f"{value['value']:.4f}", text["batch"])
+        self.assertEqual(text["batch"].count("23 values"), 2, "both values have their plots on paper")
+        heads = text["wide"][text["wide"].rindex("Profiles"):]
+        for i in range(20):
+            self.assertIn(f"value_{i}.at,", heads, "a table that is too wide is divided")
 
 
 if __name__ == "__main__":

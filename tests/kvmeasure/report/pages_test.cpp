@@ -3,6 +3,7 @@
 #include <kvmeasure/base/text.h>
 #include <kvmeasure/report/match_page.h>
 #include <kvmeasure/report/pass_page.h>
+#include <kvmeasure/report/scan_sketch.h>
 #include <kvmeasure/statistics/capability.h>
 #include <tests/kvmeasure/calls.h>
 
@@ -102,6 +103,46 @@ TEST(CloudSample, KeepsABoundedPartFromAllOverTheScan) {
         EXPECT_NEAR(share, 1, 0.08) << "five deviations of a tenth of the points";
     HtmlPage page("");
     EXPECT_FALSE(page.addCloud("empty", CloudSample()));
+}
+
+// Of more profiles than the table has rows, and of a first one without values.
+TEST(MatchPage, ShowsProfilesThatAreNotGoodFirst) {
+    const InspectionPlan plan = planOf("many");
+    MatchPage page(plan, MatchReport::JsonValues);
+    MatchedProfile missing;
+    missing.name = "without";
+    missing.reason = "a reason";
+    page.add(missing, {});
+    for (int i = 1; i < 700; ++i)
+        page.add(profileOf(plan, QString("part %1").arg(i), i == 600 ? 6 : i == 650 ? NAN : 5), {});
+    const QByteArray html = page.html();
+    const auto table = html.mid(html.indexOf("500 of 700 profiles, those that are not good first"));
+    EXPECT_THAT(table.toStdString(), HasSubstr("<th scope=\"col\" class=\"number\">top, mm</th>"));
+    EXPECT_THAT(table.toStdString(), HasSubstr("<td>a reason</td><td class=\"number\">-</td>"));
+    EXPECT_LT(table.indexOf("<td>without<"), table.indexOf("<td>part 600<"));
+    EXPECT_LT(table.indexOf("<td>part 600<"), table.indexOf("<td>part 650<"));
+    EXPECT_LT(table.indexOf("<td>part 650<"), table.indexOf("<td>part 1<"));
+    EXPECT_THAT(table.toStdString(), HasSubstr("<td class=\"bad\">NOT MEASURED: top</td><td>no point</td>"));
+    EXPECT_EQ(table.count("<tr><td"), 500);
+}
+
+TEST(ScanSketch, ShowsAScanInLittle) {
+    KvMath::KvProfile profile;
+    for (int i = 0; i < 3000; ++i)
+        profile.points.append(KvMath::KvPointXY(0.01F * float(i), i == 5 ? NAN : 1));
+    const auto shown = [&profile](int lines, double step) {
+        ScanSketch sketch;
+        for (int i = 0; i < lines; ++i)
+            sketch.add(i == 1 ? NAN : step * i, profile);
+        HtmlPage page("");
+        sketch.addTo(page, kHostile);
+        return page.html();
+    };
+    EXPECT_THAT(shown(1001, 1).toStdString(), HasSubstr("250 of 1000 profiles, evenly taken"));
+    EXPECT_EQ(shown(1001, 1).count("<script>alert"), 0);
+    EXPECT_EQ(shown(3, 1).count("<h2>Scan"), 0) << "two positions";
+    EXPECT_EQ(shown(4, 0).count("<h2>Scan"), 0) << "one position";
+    EXPECT_EQ(shown(4, 1).count("<figure>"), 1);
 }
 
 TEST(HtmlPage, LeavesOutPlotsThatWouldTakeTooMuchRoom) {
