@@ -5,6 +5,7 @@
 #include <tests/support/postgres_server.h>
 #include <tests/support/random_data.h>
 
+#include <regex>
 #include <sys/stat.h>
 
 namespace {
@@ -206,6 +207,30 @@ protected:
     PostgresServer& server_ = PostgresServer::shared();
     QString database_;
 };
+
+TEST_F(ServerStore, AnswersAreThoseOfAFile) {
+    teach();
+    const auto withoutTimes = [](std::string text) {
+        return std::regex_replace(text, std::regex("[0-9-]{10}T[0-9:.]{12}Z"), "TIME");
+    };
+    for (const QString& place : {place_, QString("same.db")}) {
+        for (const char* serial : {"it's \\ 1", "%2\t\u65e5"})
+            EXPECT_EQ(run({"match", "p1.csv", "bad.csv", "flat.csv", "p2.csv", "--template", "t.json",
+                           "--store", place, "--serial", serial, "--station", "a;b"})
+                          .code,
+                      2);
+    }
+    for (const QStringList& question : {QStringList{"--csv"},
+                                        {"--json"},
+                                        {"--station", "a;b"},
+                                        {"--part", "%2\t\u65e5", "--json"},
+                                        {"--part", "p2.csv", "--json"}}) {
+        const std::string file = run(QStringList{"results", "same.db"} + question).out;
+        QString server = QString::fromStdString(run(QStringList{"results", place_} + question).out);
+        EXPECT_EQ(withoutTimes(server.replace(place_, "same.db").toStdString()), withoutTimes(file));
+        EXPECT_GT(file.size(), 300U);
+    }
+}
 
 TEST_F(ServerStore, PasswordsOpenAndAreNeverShown) {
     server_.sql(database_, "SET password_encryption = 'scram-sha-256'; CREATE USER pw PASSWORD 'a:/?@''\\ 1';"
