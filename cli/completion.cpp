@@ -9,7 +9,7 @@ namespace {
 /// What may follow a name: words, or "-f" for a file, "-d" for a directory, "" for what nobody can tell.
 QString valuesOf(const Option& option) {
     const QString value = option.value;
-    if (value == "FILE" || value == "PICTURE" || value == "PAGE" || value == "RAW")
+    if (value == "FILE" || value == "PICTURE" || value == "PAGE" || value == "RAW" || value == "STORE")
         return "-f";
     return value == "DIR" ? QString("-d") : option.choices.join(' ');
 }

@@ -36,7 +36,8 @@ const Usage usage{
     "  kvmeasure results results.db\n"
     "  kvmeasure results results.db --part A17\n"
     "  kvmeasure results results.db --name depth --station 2 --json\n"
-    "  kvmeasure results results.db --csv > all.csv\n"};
+    "  kvmeasure results results.db --csv > all.csv\n"
+    "  kvmeasure results postgresql://ann@server/quality --station 2\n"};
 
 QJsonObject jsonOf(const RunRecord& run) {
     return {{"run", static_cast<double>(run.id)},
