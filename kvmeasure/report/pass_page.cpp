@@ -151,11 +151,11 @@ QStringList valueRow(const QString& side, const QJsonObject& owner, const QStrin
     const bool isThere = std::isfinite(value);
     return {side,
             name,
-            "mm",
+            isThere ? "no limits" : "NOT MEASURED",
             rounded(value),
             rounded(expandedOf(owner, key)),
+            "mm",
             "none",
-            isThere ? "no limits" : "NOT MEASURED",
             !isThere ? (notes.isEmpty() ? QString("not measured") : notes)
                      : (why.isEmpty() ? QString() : "no U: " + why)};
 }
@@ -163,8 +163,8 @@ QStringList valueRow(const QString& side, const QJsonObject& owner, const QStrin
 void addLimitRows(const QString& side, const QJsonObject& owner, QList<QStringList>& rows) {
     for (const QJsonValue each : owner["limits"].toArray()) {
         const QJsonObject limit = each.toObject();
-        rows.append({side, nameOf(limit), unitOf(limit), rounded(numberOf(limit["value"])), "-",
-                     limitsText(limit), limit["verdict"].toString(), reasonOf(limit)});
+        rows.append({side, nameOf(limit), limit["verdict"].toString(), rounded(numberOf(limit["value"])),
+                     rounded(numberOf(limit["U"])), unitOf(limit), limitsText(limit), reasonOf(limit)});
     }
 }
 
@@ -175,11 +175,11 @@ QList<QStringList> detailsOf(const Axle& axle) {
             rows.append(valueRow(kWheelSides[side], axle.wheels[side], each.key, each.name));
         addLimitRows(kWheelSides[side], axle.wheels[side], rows);
         const QJsonValue defect = axle.wheels[side]["defect"];
-        rows.append({kWheelSides[side], "defect of the tread", "", "-", "-", "none",
+        rows.append({kWheelSides[side], "defect of the tread",
                      defect.isNull()   ? "NOT SEARCHED"
                      : defect.toBool() ? "DEFECT"
                                        : "good",
-                     defect.isNull() ? joined(axle.wheels[side]["notes"]) : QString()});
+                     "-", "-", "", "none", defect.isNull() ? joined(axle.wheels[side]["notes"]) : QString()});
     }
     rows.append(valueRow("both", axle.json, "backToBack", "back to back"));
     addLimitRows("both", axle.json, rows);
@@ -214,7 +214,7 @@ void addDetails(const QList<Axle>& axles, HtmlPage& page) {
         page.startDetails(filledIn("Wheelset %1: left %2; right %3; both %4", axle.name, axle.words[0],
                                    axle.words[1], axle.own),
                           isOpen);
-        page.addTable({}, {"side", "value", "unit", "measured", "U (k = 2)", "limits", "verdict", "reason"},
+        page.addTable({}, {"side", "value", "verdict", "measured", "U (k = 2)", "unit", "limits", "reason"},
                       each.value());
         page.endDetails();
     }
