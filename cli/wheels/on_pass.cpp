@@ -6,7 +6,6 @@
 #include "cli/profile/text_options.h"
 #include "cli/publishing.h"
 #include "cli/terminal_progress.h"
-#include "cli/wheels/pass_limits.h"
 #include "cli/wheels/pass_report.h"
 #include "cli/wheels/sections.h"
 #include "cli/wheels/stored_pass.h"
@@ -17,6 +16,7 @@
 #include <kvmeasure/base/own_folder.h>
 #include <kvmeasure/base/text.h>
 #include <kvmeasure/drawing/rendering.h>
+#include <kvmeasure/report/pass_limits.h>
 #include <kvmeasure/report/wheel_report.h>
 
 #include <QtCore/QDir>

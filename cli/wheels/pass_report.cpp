@@ -28,6 +28,21 @@ WheelPicture wheelPictureOf(const MeasuredSection& section, const WheelsetResult
     return picture;
 }
 
+QList<int> readAxles(const Arguments& arguments, const char* option) {
+    constexpr int kMost = 100;
+    QList<int> axles;
+    for (const QString& word : arguments.text(option).split(',')) {
+        bool isNumber = false;
+        const int number = word.trimmed().toInt(&isNumber);
+        if (arguments.has(option) && (!isNumber || number < 1 || number > kMost))
+            throw Error(filledIn("wheels pass: %1 \"%2\": expected whole numbers from 1 to %3 with commas",
+                                 option, arguments.text(option), kMost));
+        if (isNumber)
+            axles.append(number);
+    }
+    return axles;
+}
+
 Option passReportOption() {
     return {"--report", "PAGE", "write a page with verdict, wheels by axle, trends, the worst wheels"};
 }

@@ -1,5 +1,5 @@
 #pragma once
-// The pictures and the page of "wheels pass".
+// The pictures and the page of "wheels pass", and the groups of its wheelsets.
 
 #include "cli/arguments.h"
 
@@ -15,6 +15,9 @@ namespace KvMeasure {
 /// The picture of a measured wheel, with title, defect and verdicts.
 WheelPicture wheelPictureOf(const MeasuredSection& section, const WheelsetResult& wheelset,
                             const std::vector<LimitVerdict>& verdicts);
+
+/// The value of --vehicles or --bogies; empty: it was not given. Throws Error.
+QList<int> readAxles(const Arguments& arguments, const char* option);
 
 /// --report of "wheels pass".
 Option passReportOption();

@@ -2,8 +2,8 @@
 // --store of "wheels pass" and "wheels parameters" on the recordings of a pass.
 
 #include "cli/stored_parts.h"
-#include "cli/wheels/pass_limits.h"
 
+#include <kvmeasure/report/pass_limits.h>
 #include <kvmeasure/report/wheel_report.h>
 
 namespace KvMeasure {

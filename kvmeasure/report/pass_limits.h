@@ -1,8 +1,17 @@
 #pragma once
-// The verdicts of "wheels pass" and "wheels parameters" on the wheels of a pass.
+// The verdicts on the wheels of a pass by a table of limits.
+//
+//     PassLimits limits(readWheelLimits("limits.csv"), {}, {});
+//     ValueOptions options;
+//     options.hasGaugeValues = true;                         // so that their uncertainties are known
+//     pass.measureSections(options, [&](const MeasuredSection& section) {
+//         limits.take(section, pass.wheelsets().at(section.wheelset - 1).wheels[section.side]);
+//     });
+//     limits.judgeAll(pass.wheelsets(), true);
+//     QJsonObject json = wheelJson(pass, {true, true, true});
+//     limits.addTo(json);
 
-#include "cli/arguments.h"
-
+#include <kvmeasure/base/global.h>
 #include <kvmeasure/wheels/limits.h>
 #include <kvmeasure/wheels/pass.h>
 
@@ -12,35 +21,37 @@
 
 namespace KvMeasure {
 
-/// The value of --vehicles or --bogies; empty: it was not given. Throws Error.
-QList<int> readAxles(const Arguments& arguments, const char* option);
-
 /// Values of a wheel or of several, and the verdicts on them.
 struct JudgedWheels {
-    QString name;  ///< e.g. "2 left", "2", "bogie 1"
-    std::vector<SectionValue> values;
-    std::vector<LimitVerdict> verdicts;
+    QString name;                        ///< e.g. "2 left", "2", "bogie 1"
+    std::vector<SectionValue> values;    ///< measured of them
+    std::vector<LimitVerdict> verdicts;  ///< on those that have limits
 };
 
 /// Collects the values of gauges of each wheel while a pass is measured, and judges them by a table of
 /// limits.
-class PassLimits {
+class KVMEASURE_EXPORT PassLimits {
 public:
-    /// `vehicles`, `bogies`: wheelsets of each in order of time, the last number for all that follow; empty:
-    /// the train is not grouped into them.
+    /// `vehicles`, `bogies`: wheelsets of each in order of time, above 0 (not checked), the last number for
+    /// all that follow; empty: the train is not grouped into them.
     PassLimits(WheelLimits limits, const QList<int>& vehicles, const QList<int>& bogies)
         : limits_(std::move(limits)), groupings_{{bogieWords, bogies, {}}, {vehicleWords, vehicles, {}}} {}
 
-    /// Takes a section that was measured, with its wheel; the verdicts on the values of this wheel.
+    /// Takes a section that was measured, with its wheel; the verdicts on the values of this wheel. Sections
+    /// come in any order, each once; of two of one wheel the later one counts.
     std::vector<LimitVerdict> take(const MeasuredSection& section, const WheelResult& wheel);
-    /// Judges all wheelsets, after all sections were measured; distances only where they were, too.
+    /// Judges all wheelsets, after all sections were measured; distances only where they were, too. To be
+    /// called once. The values of wheels whose section was not taken are missing, with a reason.
     void judgeAll(const QList<WheelsetResult>& wheelsets, bool hasDistances);
-    /// The result of wheelJson with the values and verdicts of each wheel, wheelset and of the train.
+    /// Adds the values and verdicts of each wheel, wheelset, group and of the train to the result of
+    /// wheelJson for the same pass, after judgeAll.
     void addTo(QJsonObject& json) const;
-    /// The verdicts as a table, that of the train below it.
+    /// The verdicts as a table, those of the groups and of the train below it.
     QString text() const;
     /// No value is out of its limits, none with limits is missing.
     bool isGood() const;
+    /// "good", "OUT" or "NOT MEASURED" of the whole train; empty: no value has limits.
+    QString verdict() const;
 
     /// Left wheel, right wheel and both of each wheelset, after judgeAll().
     const std::vector<JudgedWheels>& wheels() const { return judged_; }
@@ -68,7 +79,6 @@ private:
     static constexpr Words bogieWords{"bogie", "bogies", "bogieDiameterDifference"};
     static constexpr Words vehicleWords{"vehicle", "vehicles", "vehicleDiameterDifference"};
 
-    QString verdict() const;
     void judgeGroups(const QList<WheelsetResult>& wheelsets, Grouping& grouping);
 
     WheelLimits limits_;

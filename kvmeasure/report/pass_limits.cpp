@@ -1,6 +1,5 @@
-#include "cli/wheels/pass_limits.h"
+#include <kvmeasure/report/pass_limits.h>
 
-#include <kvmeasure/base/error.h>
 #include <kvmeasure/base/filled_in.h>
 #include <kvmeasure/report/json.h>
 #include <kvmeasure/report/section_report.h>
@@ -102,21 +101,6 @@ SectionValue diameterDifference(const WheelsetResult& wheelset) {
 }
 
 }  // namespace
-
-QList<int> readAxles(const Arguments& arguments, const char* option) {
-    constexpr int kMost = 100;
-    QList<int> axles;
-    for (const QString& word : arguments.text(option).split(',')) {
-        bool isNumber = false;
-        const int number = word.trimmed().toInt(&isNumber);
-        if (arguments.has(option) && (!isNumber || number < 1 || number > kMost))
-            throw Error(filledIn("wheels pass: %1 \"%2\": expected whole numbers from 1 to %3 with commas",
-                                 option, arguments.text(option), kMost));
-        if (isNumber)
-            axles.append(number);
-    }
-    return axles;
-}
 
 std::vector<LimitVerdict> PassLimits::take(const MeasuredSection& section, const WheelResult& wheel) {
     GaugeValues& taken = taken_[2 * section.wheelset + section.side];
