@@ -74,6 +74,16 @@ std::vector<Vector> upright(const GaugeProfile& profile, bool isRail, double run
     return points;
 }
 
+/// Its shape is that of a wheel or rail that stands another way.
+bool isTurned(const GaugeProfile& profile, bool isRail) {
+    if (isRail) {
+        const RailSection rail = railSection(profile);
+        return rail.isRail() && !rail.turn.text().isEmpty();
+    }
+    const WheelSection wheel = wheelSection(profile);
+    return wheel.isWheel() && !wheel.turn.text().isEmpty();
+}
+
 /// A table that stands in the frame of the command is taken as it is; what does not is put upright.
 ContactProfile contactSection(GaugeProfile profile, const QString& part, bool isMirrored,
                               double runningCircle, QStringList& notes) {
@@ -86,11 +96,13 @@ ContactProfile contactSection(GaugeProfile profile, const QString& part, bool is
         return ContactProfile(upright(profile, isRail, runningCircle, notes));
     ContactProfile asItStands(profile.points);
     const QString reason = isRail ? whyNoRail(asItStands) : whyNoWheel(asItStands);
-    if (reason.isEmpty())
+    if (reason.isEmpty() && !isTurned(profile, isRail))
         return asItStands;
     try {
         return ContactProfile(upright(profile, isRail, runningCircle, notes));
     } catch (const Error&) {
+        if (reason.isEmpty())
+            throw;
         throw Error(reason);
     }
 }

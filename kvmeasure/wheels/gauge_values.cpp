@@ -231,22 +231,25 @@ private:
     /// The field-side face: where the outer end of the section is upright, 1 mm of height in 0.15 mm.
     Place fieldFace() const {
         constexpr double kWindow = 0.15, kRise = 1, kReach = 5;
+        constexpr std::size_t kMost = 2000;  // points; of more, every second, third, ... counts
         Place place;
-        const double end = points_.back().x;
-        std::size_t first = points_.size();
-        for (std::size_t i = points_.size(); i-- > tip_ && points_[i].x > end - kReach;)
+        const std::size_t count = points_.size();
+        std::size_t first = count;
+        for (std::size_t i = count; i-- > tip_ && points_[i].x > points_.back().x - kReach;)
             first = i;
-        for (std::size_t i = first; i < points_.size(); ++i) {
-            for (std::size_t j = i + 1; j < points_.size() && j < i + 200; ++j) {
+        const std::size_t step = 1 + (count - first) / kMost;
+        for (std::size_t i = count; i >= first + step;) {
+            i -= step;
+            for (std::size_t j = count - 1; j > i; j -= std::min(step, j)) {
                 if (std::fabs(points_[j].x - points_[i].x) <= kWindow &&
                     points_[i].y - points_[j].y >= kRise) {
                     place.at = Vector((points_[i].x + points_[j].x) / 2, points_[j].y);
                     place.behind = j;
+                    return place;
                 }
             }
         }
-        if (place.behind == 0)
-            place.reason = "the field-side face of the rim is not seen: the section does not end upright";
+        place.reason = "the field-side face of the rim is not seen: the section does not end upright";
         return place;
     }
 

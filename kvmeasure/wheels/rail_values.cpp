@@ -132,6 +132,16 @@ private:
         result_.notes.append("the rail is mirrored in x to fit the nominal one");
     }
 
+    /// No wear of a head, and no other kind of rail, moves its top or its sides so far.
+    bool liesApart(const RailHead& nominal) const {
+        constexpr double kApart = 40;  // mm
+        const double level = nominal.height() - places_.sideDepth;
+        const RailSides sides(nominal, level), own(rail_, rail_.height() - places_.sideDepth);
+        return rail_.height() <= level || rail_.height() - nominal.height() > kApart ||
+               std::fabs(own.left.at.x - sides.left.at.x) > kApart ||
+               std::fabs(own.right.at.x - sides.right.at.x) > kApart;
+    }
+
     struct SideWear {
         RailPlace nominal, worn;
         double wear = kNaN;
@@ -151,10 +161,10 @@ private:
         takeHand(nominal);
         const double level = nominal.height() - places_.sideDepth;
         const RailSides sides(nominal, level);
-        if ((!sides.left.reason.isEmpty() && !sides.right.reason.isEmpty()) || rail_.height() <= level) {
-            addNoWear(rail_.height() <= level
-                          ? QString("the rails lie apart: they are not in one frame, or not of one kind")
-                          : "the nominal rail: " + sides.reason());
+        const bool areApart = liesApart(nominal);
+        if ((!sides.left.reason.isEmpty() && !sides.right.reason.isEmpty()) || areApart) {
+            addNoWear(areApart ? QString("the rails lie apart: they are not in one frame, or not of one kind")
+                               : "the nominal rail: " + sides.reason());
             return;
         }
         const bool isOneSided = !sides.reason().isEmpty();

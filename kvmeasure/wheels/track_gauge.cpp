@@ -46,6 +46,18 @@ std::vector<Vector> turnedLevel(const std::vector<Vector>& points, double slope)
     return result;
 }
 
+/// The top of a head that a section shows in part lies beyond its end, where the head still rises.
+bool endsBeforeTop(const std::vector<Vector>& points) {
+    constexpr double kReach = 5, kRise = 0.25;  // mm; a crown of radius 300 rises so 12 mm beside its top
+    const RailHead head(points);
+    const Vector& top = points[head.top];
+    if (head.top != 0 && head.top + 1 != points.size())
+        return false;
+    return std::all_of(points.begin(), points.end(), [&](const Vector& p) {
+        return std::fabs(p.x - top.x) < kReach || p.y < top.y - kRise;
+    });
+}
+
 /// The innermost place of a head within the depth, `direction` pointing to the other rail.
 RailPlace faceOf(const std::vector<Vector>& points, int direction, double depth) {
     const RailHead head(points);
@@ -63,12 +75,22 @@ RailPlace faceOf(const std::vector<Vector>& points, int direction, double depth)
     return face;
 }
 
-QString whyNoPair(const RailSection& left, const RailSection& right) {
+QString turnText(const RailSection& rail) {
+    const QString text = rail.turn.text();
+    return text.isEmpty() ? QString("as it stands") : text;
+}
+
+QString whyNoPair(const RailSection& left, const RailSection& right, bool hasOneFrame) {
     constexpr double kNearest = 300, kFarthest = 3000;
     if (!left.isRail() || left.points.empty())
         return "the left rail: " + (left.reason.isEmpty() ? QString("has no points") : left.reason);
     if (!right.isRail() || right.points.empty())
         return "the right rail: " + (right.reason.isEmpty() ? QString("has no points") : right.reason);
+    if (hasOneFrame && left.turn.text() != right.turn.text())
+        return filledIn(
+            "the left rail was put upright otherwise (%1) than the right one (%2): these sections have "
+            "no common frame",
+            turnText(left), turnText(right));
     const double apart = touched(right, 0).x - touched(left, 0).x;
     if (apart < -kNearest)
         return "the left rail stands to the right of the other one: exchange them";
@@ -88,12 +110,18 @@ TrackGauge trackGauge(const RailSection& left, const RailSection& right, const T
     result.gauge.key = "gauge";
     result.gauge.name = "track gauge";
     result.gauge.unit = "mm";
-    result.gauge.reason = whyNoPair(left, right);
+    result.gauge.reason = whyNoPair(left, right, !options.isLevel);
     if (!result.gauge.reason.isEmpty())
         return result;
     result.slope = options.isLevel ? 0 : slopeOfSurface(left, right);
     const std::vector<Vector> onLeft = turnedLevel(left.points, result.slope),
                               onRight = turnedLevel(right.points, result.slope);
+    if (endsBeforeTop(onLeft) || endsBeforeTop(onRight)) {
+        result.gauge.reason =
+            filledIn("the %1 rail: its top is not seen: the section ends where it still rises",
+                     endsBeforeTop(onLeft) ? "left" : "right");
+        return result;
+    }
     const RailPlace a = faceOf(onLeft, 1, options.depth), b = faceOf(onRight, -1, options.depth);
     if (!a.reason.isEmpty() || !b.reason.isEmpty()) {
         result.gauge.reason =

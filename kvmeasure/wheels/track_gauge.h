@@ -28,8 +28,10 @@ struct KVMEASURE_EXPORT TrackGauge {
 /// frame, x growing across the track to the right.
 /// Invariant under shifts and turns of this frame, and under mirroring with left and right exchanged.
 /// No value, with a reason: one is no rail; the left head does not stand to the left of the right one; the
-/// gauge side of a head is not seen down to the depth or lies in a gap of more than 5 mm; heads nearer than
-/// 300 mm or farther than 3,000 mm, which have no common frame. Throws Error with parameter() "depth".
+/// gauge side of a head is not seen down to the depth or lies in a gap of more than 5 mm; its top is not
+/// seen, because the section ends where it still rises; heads nearer than 300 mm or farther than 3,000 mm, or
+/// put upright in different ways (unless isLevel), which have no common frame. Throws Error with parameter()
+/// "depth".
 KVMEASURE_EXPORT TrackGauge trackGauge(const RailSection& left, const RailSection& right,
                                        const TrackGaugeOptions& options = {});
 

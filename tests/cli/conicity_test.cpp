@@ -68,14 +68,17 @@ TEST_F(ConicityProgram, MeasuresSectionsOnRails) {
     EXPECT_NEAR(placed["railOrigin"].toObject()["left"].toDouble(), 750, 1e-9);
     EXPECT_NEAR(placed["conicity"].toArray().at(0).toObject()["tanGamma"].toDouble(), 0.05, 1e-5);
     // Wheels that stand otherwise are put upright, and their flange back tells x.
-    QByteArray fromBack;
+    QByteArray fromBack, onItsSide("x,z\n");
     for (const QByteArray& line : read("w.csv").split('\n').mid(1)) {
         if (!line.isEmpty())
             fromBack += QByteArray::number(line.split(',').at(0).toDouble() + 70) + ',' +
                         line.split(',').at(1) + '\n';
+        if (!line.isEmpty())
+            onItsSide += line.split(',').at(1) + ',' + line.split(',').at(0) + '\n';
     }
     write("b.csv", fromBack);
-    for (const char* wheel : {"m.csv", "b.csv"}) {
+    write("s.csv", onItsSide);
+    for (const char* wheel : {"m.csv", "b.csv", "s.csv"}) {
         const QJsonObject turned =
             json(QString("wheels conicity --right %1 --right-rail r.csv --rail-origin 750 --amplitudes 4")
                      .arg(wheel));

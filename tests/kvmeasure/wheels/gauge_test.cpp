@@ -248,6 +248,11 @@ TEST(GaugeValues, OfAWornRimAreThoseItWasBuiltWith) {
     EXPECT_NEAR(valueOf(values, "rollover"), 0.5, 1e-6);
     EXPECT_GT(valueOf(values, "hollow"), 0.2);
     EXPECT_LT(valueOf(values, "hollow"), 1.5);
+    GaugeProfile dense;
+    dense.points.assign(worn.begin(), worn.end() - 80);
+    for (double y = -4; y > -20; y -= 0.002)
+        dense.points.emplace_back(135, y);
+    EXPECT_NEAR(valueOf(gaugeValues(wheelSection(dense)).values, "rimWidth"), 135, 1e-6);
     const WheelSection nominal = s1002Section();
     EXPECT_NEAR(valueOf(gaugeValues(nominal).values, "hollow"), 0, 1e-9);
     const std::vector<SectionValue> lost = wheelWear(section, nominal, WearAlignment::Tip).values;
@@ -329,6 +334,10 @@ TEST(RailValues, AreThoseTheHeadWasWornBy) {
     EXPECT_TRUE(mirrored.isMirrored);
     EXPECT_EQ(mirrored.side, GaugeSide::Left);
     EXPECT_NEAR(valueOf(mirrored.values, "W1"), 2.5, 1e-6);
+    for (const RailSection& apart : {railOf(head(0, 0, 500)), railOf(head(-90))}) {
+        for (const char* key : {"W1", "W2", "W3", "areaLost"})
+            EXPECT_THAT(reasonOf(railValues(apart, &nominal).values, key), testing::HasSubstr("lie apart"));
+    }
     Points open;
     for (const Vector& p : head()) {
         if (p.x < 30)
@@ -426,6 +435,15 @@ TEST(TrackGauge, IsMissingWithAReason) {
             cut.push_back(p);
     }
     EXPECT_THAT(reason(left, railOf(cut)), testing::HasSubstr("right rail: the left side is not seen 14 mm"));
+    Points corner;
+    for (const Vector& p : head(0, 0, 750)) {
+        if (p.x < 750 - 12)
+            corner.push_back(p);
+    }
+    EXPECT_THAT(reason(left, railOf(corner)), testing::HasSubstr("right rail: its top is not seen"));
+    RailSection onItsSide = left;
+    onItsSide.turn.areExchanged = true;
+    EXPECT_THAT(reason(onItsSide, right), testing::HasSubstr("no common frame"));
     TrackGaugeOptions none;
     none.depth = 0;
     EXPECT_THAT(errorText([&] { trackGauge(left, right, none); }), testing::HasSubstr("depth"));
