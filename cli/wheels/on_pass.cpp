@@ -7,6 +7,7 @@
 #include "cli/publishing.h"
 #include "cli/terminal_progress.h"
 #include "cli/wheels/pass_report.h"
+#include "cli/wheels/section_list.h"
 #include "cli/wheels/sections.h"
 #include "cli/wheels/stored_pass.h"
 
@@ -70,7 +71,8 @@ Usage usageOf(const QString& action) {
         usage.options.push_back({"--radii", "", "sections: the second column holds radii, not heights"});
         usage.options.push_back(
             {"--svg", "PICTURE", "sections: draw the section, or each into PICTURE-NAME"});
-        usage = with(withTextOptions(with(usage, gaugeOptions())), storeOptions());
+        usage =
+            with(with(withTextOptions(with(usage, gaugeOptions())), storeOptions()), sectionListOptions());
         usage.details =
             "A section is the file of a gauge (.whl, .ban, .prw and the like), CSV, or a profile record. It "
             "may be\nmirrored, upside down or on its side: its shape tells. Sh, Sd and qR are those of "
@@ -286,12 +288,18 @@ void complain(const WheelPass& pass, const QStringList& missing) {
 
 /// Everything that works on the recordings of a pass.
 int runOnPass(const QString& action, const QStringList& words) {
-    const Arguments arguments(usageOf(action), words);
+    const Usage usage = usageOf(action);
+    const Arguments arguments(usage, words);
+    if (action == "parameters") {
+        if (arguments.has("--files-from"))
+            return measureSections(usage, arguments);
+        arguments.requireWith({"--out", "--jobs", "--stats"}, "--files-from");
+    }
     arguments.requireOperands(100'000);
     Plan plan = readPlan(action, arguments);
     const QString first = arguments.operands().first();
     if (action == "parameters" && !QFileInfo(first).isDir() && !first.endsWith(".bin"))
-        return measureSections(arguments);
+        return measureSections(usage, arguments);
     arguments.requireWith({"--vehicles", "--bogies"}, "--limits");
     if (arguments.has("--limits")) {
         plan.limits.emplace(readWheelLimits(arguments.text("--limits")), readAxles(arguments, "--vehicles"),

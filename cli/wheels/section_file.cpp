@@ -34,7 +34,9 @@ std::vector<Vector> heightsOf(const SectionFile& section) {
 SectionFile readSection(const QString& path, const SectionOptions& options) {
     SectionFile section;
     section.file = readGaugeProfile(path, options.text);
-    if (!section.file.warning.isEmpty())
+    if (!section.file.warning.isEmpty() && options.isOfList)
+        section.file.notes.append(section.file.warning);
+    else if (!section.file.warning.isEmpty())
         complain(withParameters(section.file.warning, optionOf));
     if (section.file.points.empty())
         throw Error(path + ": holds no points");

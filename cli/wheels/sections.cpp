@@ -1,5 +1,7 @@
 #include "cli/wheels/section_file.h"
+#include "cli/wheels/section_list.h"
 
+#include "cli/batch.h"
 #include "cli/console.h"
 #include "cli/exit_code.h"
 #include "cli/parameters.h"
@@ -150,6 +152,8 @@ struct Tables {
     }
 };
 
+bool isStandardProfile(const QString& name) { return name.compare("S1002", Qt::CaseInsensitive) == 0; }
+
 void readPlaces(const Arguments& arguments, GaugePlaces& places) {
     constexpr double kLeast = 0.01, kMost = 200;
     constexpr int kMostWidths = 100;
@@ -195,7 +199,7 @@ void readGaugeOptions(const Arguments& arguments, SectionOptions& options) {
     if (!arguments.has("--reference"))
         return;
     const QString path = arguments.text("--reference");
-    if (path.compare("S1002", Qt::CaseInsensitive) == 0) {
+    if (isStandardProfile(path)) {
         options.nominal = s1002Section();
         return;
     }
@@ -218,8 +222,9 @@ ValueOptions readValueOptions(const Arguments& arguments) {
 
 namespace {
 
-/// The part of a file in a store.
-StoredPart storedPartOf(const QString& path, const MeasuredFile& measured, const SectionOptions& options) {
+/// What a store or a list keeps of a file.
+StoredSection storedSection(const QString& path, const MeasuredFile& measured,
+                            const SectionOptions& options) {
     StoredSection section;
     section.name = withoutMarks(path);
     section.values = wheelValues(measured.wheel);
@@ -227,7 +232,30 @@ StoredPart storedPartOf(const QString& path, const MeasuredFile& measured, const
     section.verdicts = measured.verdicts;
     section.notes = measured.wheel.notes + measured.section.file.notes + measured.section.upright.notes;
     section.isComplete = !options.limits.empty() || isComplete(measured);
-    return storedPart(section);
+    return section;
+}
+
+int measureList(const Usage& usage, const Arguments& arguments, SectionOptions options) {
+    options.isOfList = true;
+    SectionRows rows;
+    MeasuredFile nothing;
+    measureGauge(WheelSection(), options, nothing);
+    rows.columns = storedSection("", nothing, options).values;
+    rows.inputs = arguments.texts("--limits");
+    for (const QString& path : arguments.texts("--reference")) {
+        if (!isStandardProfile(path))
+            rows.inputs.append(path);
+    }
+    rows.measure = [&options](const QString& path) {
+        MeasuredFile measured = measureFile(path, options);
+        const bool isWhole = !options.limits.empty() || isComplete(measured);
+        if (!options.isSizeKnown)
+            withholdSize(measured.wheel);
+        StoredSection section = storedSection(path, measured, options);
+        section.isComplete = isWhole;
+        return section;
+    };
+    return measureSectionList(usage, arguments, rows);
 }
 
 int measureAll(const QStringList& paths, const SectionOptions& options, StoredParts& store) {
@@ -244,7 +272,7 @@ int measureAll(const QStringList& paths, const SectionOptions& options, StoredPa
             withholdSize(measured.wheel);
         tables.add(path, measured);
         array.append(jsonOf(path, measured, options));
-        store.add(storedPartOf(path, measured, options));
+        store.add(storedPart(storedSection(path, measured, options)));
         if (options.picture.isEmpty())
             return;
         const auto draw = [&] { return drawSection(path, measured); };
@@ -263,7 +291,7 @@ int measureAll(const QStringList& paths, const SectionOptions& options, StoredPa
 
 }  // namespace
 
-int measureSections(const Arguments& arguments) {
+int measureSections(const Usage& usage, const Arguments& arguments) {
     constexpr double kAnyDiameter = 100'000;
     SectionOptions options;
     options.diameter = arguments.number("--diameter", options.diameter, 1, kAnyDiameter);
@@ -282,6 +310,8 @@ int measureSections(const Arguments& arguments) {
         if (arguments.has(option))
             throw Error(QString("wheels parameters: %1 is of recordings; these are sections").arg(option));
     }
+    if (isBatch(arguments, {"--svg", "--store", "--station", "--operator", "--serial"}))
+        return measureList(usage, arguments, options);
     StoredParts store(arguments);
     store.beginWithOptions();
     return measureAll(arguments.operands(), options, store);

@@ -27,6 +27,7 @@ struct SectionOptions {
     WheelSection nominal;  ///< that wear is measured against; without points: none
     WearAlignment alignment = WearAlignment::Tread;
     bool isJson = false;
+    bool isOfList = false;  ///< warnings are notes of their rows
 };
 
 /// Options of "wheels parameters" for the values of gauges: --l1 to --l3, --widths, --reference, --align and
@@ -38,8 +39,9 @@ void readGaugeOptions(const Arguments& arguments, SectionOptions& options);
 /// Reads --kind, --nominal and --back. Throws Error.
 ValueOptions readValueOptions(const Arguments& arguments);
 
-/// "wheels parameters" on files of sections. Throws Error.
-int measureSections(const Arguments& arguments);
+/// "wheels parameters" on files of sections, or on a list of them; `usage` is that of the arguments. Throws
+/// Error.
+int measureSections(const Usage& usage, const Arguments& arguments);
 
 /// The section of a text file as a reference; positions count from its flange back, which is looked for where
 /// `back` is NaN. Throws Error.

@@ -14,7 +14,8 @@ namespace KvMeasure {
 namespace {
 
 constexpr int kParameters = 4;
-constexpr double kGap = 1.5;  // steps; points are missing between
+constexpr double kGap = 1.5;        // steps; points are missing between
+constexpr double kNothing = 0.001;  // mm: what the cubics leave of the surface; no scanner has as little
 
 /// The point moved onto the parabola of least squares through [from, to), square to the chord of these,
 /// because a fan of rays may see a flange back with x falling; the point itself where they are too few.
@@ -126,16 +127,22 @@ ResidualNoise noiseOf(const std::vector<Vector>& points, std::size_t run) {
     return noise;
 }
 
-/// Points of a fitted cubic: more tell longer correlations, which gauges that smooth their points have.
-std::size_t runOf(const std::vector<Vector>& points, SectionSurface::Direction direction) {
+/// By short runs, which follow the surface. Where the noise is correlated over too many of their points, as
+/// that of gauges which smooth them, by long ones.
+ResidualNoise noiseAlong(const std::vector<Vector>& points, SectionSurface::Direction direction) {
     constexpr std::size_t kShort = 20, kLong = 40, kManyPoints = 400;
-    return direction == SectionSurface::Square && points.size() >= kManyPoints ? kLong : kShort;
+    ResidualNoise noise = noiseOf(points, kShort);
+    const NoiseModel model = noise.model();
+    const bool isKnown = std::isfinite(model.correlationTime) || model.deviation < kNothing;
+    return isKnown || direction == SectionSurface::Upright || points.size() < kManyPoints
+               ? noise
+               : noiseOf(points, kLong);
 }
 
 }  // namespace
 
 SectionSurface::SectionSurface(const std::vector<Vector>& points, Direction direction)
-    : direction_(direction), residuals_(noiseOf(points, runOf(points, direction))),
+    : direction_(direction), residuals_(noiseAlong(points, direction)),
       smooth_(smoothed(points, residuals_.model().deviation)) {
     std::vector<double> steps;
     steps.reserve(smooth_.size());
@@ -149,7 +156,6 @@ SectionSurface::SectionSurface(const std::vector<Vector>& points, Direction dire
 }
 
 QString SectionSurface::startNoise(const NoiseModel& pooled, quint64 seed) {
-    constexpr double kNothing = 0.001;  // mm: what the cubics leave of the surface; no scanner has as little
     NoiseModel noise(pooled);
     noise.deviation = residuals_.model().deviation;
     if (noise.deviation < kNothing)

@@ -282,6 +282,24 @@ TEST_F(WheelValues, OfRailsHaveTheirReasons) {
     expectRefused("rails gauge rail.csv", "give the file of the other rail, too");
     expectRefused("rails gauge rail.csv --rail-origin 750", "--rail-origin is for two files");
     expectRefused("rails parameters rail.csv --reference wheel.csv", "the shape of a wheel");
+
+    // A list, on one and on several jobs, begun anew where the nominal rail has another content.
+    write("list.txt", "worn.csv\nwheel.csv\ngone.csv\nrail.csv\n");
+    const QString line = "rails parameters --files-from list.txt --reference rail.csv --out ";
+    EXPECT_EQ(run((line + "part.csv --jobs 1").split(' ')).code, 2);
+    run((line + "again.csv --jobs 4").split(' '));
+    EXPECT_EQ(read("part.csv"), read("again.csv"));
+    const QList<QByteArray> rows = read("part.csv").split('\n');
+    EXPECT_THAT(rows[0].toStdString(), testing::StartsWith("section,W1_mm,U_W1_mm,W2_mm"));
+    EXPECT_THAT(rows[1].toStdString(), testing::StartsWith("worn.csv,2,"));
+    EXPECT_THAT(rows[2].toStdString(), HasSubstr("NOT MEASURED,"));
+    EXPECT_THAT(rows[3].toStdString(), HasSubstr("NOT READ,gone.csv: no such file"));
+    EXPECT_THAT(run((line + "part.csv").split(' ')).err, HasSubstr("complete"));
+    write("rail.csv", worn);
+    expectRefused((line + "part.csv").split(' '), "another plan or other options");
+    expectRefused("rails parameters rail.csv --out part.csv", "--files-from");
+    expectRefused("rails parameters --files-from list.txt --out b.csv --svg a.svg",
+                  "--svg does not go with --files-from");
 }
 
 }  // namespace
