@@ -61,6 +61,7 @@ void addWheel(const WheelResult& wheel, const Simulator::WheelShape& shape, Stud
         study[key].add(value - wanted, wheel.uncertainties.value(key));
     };
     add("flangeHeight", wheel.values.value[0], truth.flangeHeight);
+    add("heightDeviation", wheel.values.value[8], truth.flangeHeight - wheel.nominal);
     add("thicknessFromBack", wheel.values.value[1], truth.thicknessFromBack);
     add("flangeSteepness", wheel.values.value[9], truth.flangeSteepness);
     add("radius", radius, truth.tipRadius);
