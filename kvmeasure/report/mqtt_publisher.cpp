@@ -26,7 +26,9 @@ Internal::OpenMqttConnection opener() {
     static const Internal::OpenMqttConnection loaded = []() -> Internal::OpenMqttConnection {
         const QString path = modulePath(KVMEASURE_MQTT);
         if (!QFileInfo::exists(path)) {
-            fault = filledIn("results are published by libmosquitto and %1, which is not there", path);
+            fault = filledIn("results are published by libmosquitto and %1, which is not there; install the "
+                             "package kvmeasure, or build with libmosquitto-dev",
+                             path);
             return nullptr;
         }
         QLibrary library(path);
