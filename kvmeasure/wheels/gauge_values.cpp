@@ -91,6 +91,10 @@ private:
             return place;
         }
         const Vector &a = points_[i - 1], &b = points_[i];
+        if (!(a.y >= y)) {
+            place.reason = filledIn("%1 lies above the flange tip", what);
+            return place;
+        }
         const double share = (a.y - y) / (a.y - b.y);
         place.at = Vector(a.x + (b.x - a.x) * share, y);
         place.behind = i;

@@ -237,12 +237,16 @@ TEST(GaugeValues, OfAWornRimAreThoseItWasBuiltWith) {
     profile.points = worn;
     const WheelSection section = wheelSection(profile);
     GaugePlaces places;
-    places.widthHeights = {10, 13};
+    places.widthHeights = {10, 13, 40};
     const std::vector<SectionValue> values = gaugeValues(section, places).values;
     const double loss = 1.5 * std::sin(15 / 45.0 * 3.14159265358979);
     EXPECT_NEAR(valueOf(values, "Sh"), 28 + loss, 1e-3);
     EXPECT_EQ(valueOf(values, "Sd10"), valueOf(values, "Sd"));
     EXPECT_LT(valueOf(values, "Sd13"), valueOf(values, "Sd"));
+    EXPECT_THAT(reasonOf(values, "Sd40"), testing::HasSubstr("above the flange tip"));
+    places.aboveTread = 40;
+    EXPECT_TRUE(std::isnan(valueOf(gaugeValues(section, places).values, "qR")));
+    places.aboveTread = 10;
     EXPECT_NEAR(valueOf(values, "rimWidth"), 135, 1e-6);
     EXPECT_NEAR(valueOf(values, "rollover"), 0.5, 1e-6);
     EXPECT_GT(valueOf(values, "hollow"), 0.2);
