@@ -152,7 +152,7 @@ py::array_t<double> tableFrom(const py::handle& value, const char* parameter, in
     auto doubles = py::array_t<double, py::array::c_style | py::array::forcecast>::ensure(array);
     if (!doubles)
         throw py::error_already_set();
-    return std::move(doubles);
+    return py::array_t<double>(std::move(doubles));
 }
 
 std::vector<KvMeasure::Vector> pointsFrom(const py::handle& value, const char* parameter) {
@@ -224,14 +224,14 @@ py::array arrayFrom(const KvMath::KvPointCloud<KvPointXYZ>& cloud) {
         *to++ = point.y;
         *to++ = point.z;
     }
-    return std::move(array);
+    return py::array(std::move(array));
 }
 
 py::array arrayFrom(const std::vector<KvMeasure::Vector>& points) {
     py::array_t<double> array({static_cast<py::ssize_t>(points.size()), py::ssize_t(2)});
     if (!points.empty())
         std::memcpy(array.mutable_data(), points.data(), points.size() * sizeof(KvMeasure::Vector));
-    return std::move(array);
+    return py::array(std::move(array));
 }
 
 py::array arrayFrom(const std::vector<double>& numbers) {
@@ -247,7 +247,7 @@ py::array arrayFrom(const KvMeasure::Segments& segments) {
         *to++ = segment.p2.x;
         *to++ = segment.p2.y;
     }
-    return std::move(array);
+    return py::array(std::move(array));
 }
 
 }  // namespace KvMathPython

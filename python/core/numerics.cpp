@@ -94,7 +94,7 @@ py::array fitPlane(const py::handle& points) {
     const py::gil_scoped_release release;
     if (finite.shape(0) < 3 || !KvMath::planeFitting(finite.data(), static_cast<int>(finite.shape(0)), p))
         throw argumentError("points", "a plane needs three points at least");
-    return std::move(plane);
+    return py::array(std::move(plane));
 }
 
 /// Z and X of each sensor row and column, mm.

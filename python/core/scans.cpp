@@ -73,7 +73,7 @@ py::array cloudOf(const Scan& scan) {
         *to++ = height;
         *to++ = place;
     });
-    return std::move(array);
+    return py::array(std::move(array));
 }
 
 /// [(array, z)] of each profile.
