@@ -65,8 +65,7 @@ struct KVMEASURE_EXPORT GaugeValues {
 ///   Sd at H  thickness at further heights H above the tread point
 /// A value that needs a place which the section does not show has a reason: flange back or field-side face
 /// not seen, a gap of more than 5 mm, a flank that passes the level at several places, a level above the tip.
-/// No value is given
-/// where the section is no wheel; all have its reason then.
+/// No value is given where the section is no wheel; all have its reason then.
 KVMEASURE_EXPORT GaugeValues gaugeValues(const WheelSection& section, const GaugePlaces& places = {});
 
 /// The points of a polyline at equal steps along it, from one of its points to another (indices, both
