@@ -10,10 +10,11 @@ void bindFits(pybind11::module_& module);      ///< lines and circles
 void bindPlans(pybind11::module_& module);     ///< plans, measuring, values
 void bindTeaching(pybind11::module_& module);  ///< plans from a good part and from words
 
-void bindForm(pybind11::module_& module);        ///< straightness, flatness, roundness, steps, roughness
-void bindStatistics(pybind11::module_& module);  ///< series, capability, studies of gauges
-void bindWheels(pybind11::module_& module);      ///< wheels, rails, conicity, train passes
-void bindScans(pybind11::module_& module);       ///< 3D scans
-void bindNumerics(pybind11::module_& module);    ///< decomposition, least squares, calibration tables
+void bindForm(pybind11::module_& module);         ///< straightness, flatness, roundness, steps, roughness
+void bindStatistics(pybind11::module_& module);   ///< series, capability, studies of gauges
+void bindWheels(pybind11::module_& module);       ///< wheels, rails, conicity, train passes
+void bindScans(pybind11::module_& module);        ///< 3D scans
+void bindComparisons(pybind11::module_& module);  ///< profiles and scans against a master
+void bindNumerics(pybind11::module_& module);     ///< decomposition, least squares, calibration tables
 
 }  // namespace KvMathPython

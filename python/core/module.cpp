@@ -12,5 +12,6 @@ PYBIND11_MODULE(_core, module) {
     KvMathPython::bindStatistics(module);
     KvMathPython::bindWheels(module);
     KvMathPython::bindScans(module);
+    KvMathPython::bindComparisons(module);
     KvMathPython::bindNumerics(module);
 }

@@ -76,13 +76,19 @@ def _record_html(record: Any) -> str:
     return f"<table>{rows}</table>"
 
 
+def _picture_html(record: Any) -> str:
+    return str(record.svg()) + _record_html(record)
+
+
 setattr(_core.Result, "_repr_html_", _result_html)
 setattr(_core.Result, "table", table)
 setattr(_core.Segments, "_repr_html_", _segments_html)
-for _class in (_core.Capability, _core.Conicity, _core.ControlChart, _core.Estimate, _core.Flatness, _core.GaugeCapability,
+for _class in (_core.Capability, _core.Comparison, _core.Deviation, _core.MotionPart,
+               _core.Registration, _core.ScanComparison,
+               _core.Conicity, _core.ControlChart, _core.Estimate, _core.Flatness, _core.GaugeCapability,
                _core.GaugeProfile, _core.GaugeStudy, _core.HeightPlane, _core.Linearity, _core.LineZone, _core.OneWayAnova,
                _core.Outline, _core.PlaneZone, _core.Roughness, _core.Roundness, _core.RoundZone, _core.SampleSummary,
                _core.SectionValue, _core.StepHeight, _core.Straightness, _core.CircleFit, _core.LineFit):
     if _class not in (_core.CircleFit, _core.LineFit):  # which have words of their own
         setattr(_class, "__repr__", _record_repr)
-    setattr(_class, "_repr_html_", _record_html)
+    setattr(_class, "_repr_html_", _picture_html if hasattr(_class, "svg") else _record_html)
