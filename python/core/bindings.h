@@ -15,6 +15,7 @@ void bindStatistics(pybind11::module_& module);   ///< series, capability, studi
 void bindWheels(pybind11::module_& module);       ///< wheels, rails, conicity, train passes
 void bindScans(pybind11::module_& module);        ///< 3D scans
 void bindComparisons(pybind11::module_& module);  ///< profiles and scans against a master
+void bindTrain(pybind11::module_& module);        ///< train passes, limits, the gauge of a track
 void bindNumerics(pybind11::module_& module);     ///< decomposition, least squares, calibration tables
 
 }  // namespace KvMathPython

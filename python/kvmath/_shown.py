@@ -76,15 +76,39 @@ def _record_html(record: Any) -> str:
     return f"<table>{rows}</table>"
 
 
+_SECTION_COLUMNS = ("key", "name", "value", "unit", "u", "reason", "note")
+
+
+def _section_table(values: _core.SectionValues) -> Any:
+    """A pandas DataFrame, a row per value. Raises Error without pandas."""
+    rows = [{column: getattr(value, column) for column in _SECTION_COLUMNS} for value in values.values()]
+    return _pandas().DataFrame(rows, columns=_SECTION_COLUMNS).set_index("key")
+
+
+def _section_html(values: _core.SectionValues) -> str:
+    head = "".join(f"<th>{column}</th>" for column in _SECTION_COLUMNS)
+    rows = ["".join(f"<td>{html.escape(_text(getattr(value, column)))}</td>" for column in _SECTION_COLUMNS)
+            for value in values.values()]
+    return f"{values.svg()}<table><tr>{head}</tr>{''.join(f'<tr>{row}</tr>' for row in rows)}</table>"
+
+
+def _section_repr(values: _core.SectionValues) -> str:
+    shown = (f"{value.key} = {_text(value.value) if value.valid else 'not measured'}" for value in values.values())
+    return f"SectionValues({', '.join(shown)})"
+
+
 def _picture_html(record: Any) -> str:
     return str(record.svg()) + _record_html(record)
 
 
 setattr(_core.Result, "_repr_html_", _result_html)
 setattr(_core.Result, "table", table)
+setattr(_core.SectionValues, "_repr_html_", _section_html)
+setattr(_core.SectionValues, "__repr__", _section_repr)
+setattr(_core.SectionValues, "table", _section_table)
 setattr(_core.Segments, "_repr_html_", _segments_html)
-for _class in (_core.Capability, _core.Comparison, _core.Deviation, _core.MotionPart,
-               _core.Registration, _core.ScanComparison,
+for _class in (_core.Capability, _core.Comparison, _core.Deviation, _core.LimitVerdict, _core.MotionPart,
+               _core.Registration, _core.ScanComparison, _core.TrackGauge, _core.WheelLimit,
                _core.Conicity, _core.ControlChart, _core.Estimate, _core.Flatness, _core.GaugeCapability,
                _core.GaugeProfile, _core.GaugeStudy, _core.HeightPlane, _core.Linearity, _core.LineZone, _core.OneWayAnova,
                _core.Outline, _core.PlaneZone, _core.Roughness, _core.Roundness, _core.RoundZone, _core.SampleSummary,

@@ -45,6 +45,13 @@ def test_the_example_of_a_train_pass_measures_all_wheels(simulated):
     assert shown.count("back to back") == 2 and shown.count("thick") == 4 and truth
     table = pytest.importorskip("pandas") and kvmath.wheel_pass(simulated / "train", work=simulated / "work").table()
     assert list(table["side"]) == ["left", "right"] * 2 and table["flangeHeight"].between(27, 31).all()
+    limits = simulated / "limits.csv"
+    limits.write_text("symbol,minimum,maximum\nSh,20,40\nAR,1300,1320\n")
+    judged = kvmath.wheel_pass(simulated / "train", work=simulated / "work", limits=limits, vehicles=[2])
+    assert judged.verdict == "OUT" and judged.document["vehicles"][0]["lastWheelset"] == 2
+    assert [wheelset["left"]["verdict"] for wheelset in judged.wheelsets] == ["good", "good"]
+    with pytest.raises(kvmath.Error, match="goes with limits"):
+        kvmath.wheel_pass(simulated / "train", bogies=[2])
     with pytest.raises(kvmath.Error, match="basic, tram or loko"):
         kvmath.wheel_pass(simulated / "train", kind="train")
 
@@ -97,6 +104,44 @@ def test_values_of_sections_are_found_in_any_position_or_say_why_not():
     with pytest.raises(kvmath.Error) as caught:
         kvmath.wheel_values(section, l2=-1)
     assert caught.value.parameter == "l2"
+
+
+def test_sections_have_uncertainties_limits_and_a_picture(tmp_path):
+    noisy = s1002() + np.column_stack([np.zeros(1351), np.random.default_rng(1).normal(0, 0.02, 1351)])
+    values = kvmath.wheel_values(noisy, back=0.0, uncertainties=True)
+    height = values["Sh"]
+    assert 0.001 < height.u < 0.05 and height.expanded_u == 2 * height.u and abs(height.value - 28) < 4 * height.u + 0.05
+    assert math.isnan(kvmath.wheel_values(noisy, back=0.0)["Sh"].u) and "Sh 2" in values.svg()
+    wear = kvmath.wheel_wear(noisy, s1002(), back=0.0, uncertainties=True)
+    assert list(wear)[0] == "treadWear" and wear["treadWear"].u > 0 and values.svg() in values._repr_html_()
+    with pytest.raises(KeyError, match="Sh"):
+        values["sh"]
+    assert "Sh" in values and dict(values.items()).keys() == set(values.keys()) and len(values) == len(values.values())
+
+    (tmp_path / "limits.csv").write_text("symbol,minimum,maximum,note\nSh,30,36,new\nSd,20,,\n")
+    limits = kvmath.read_wheel_limits(tmp_path / "limits.csv")
+    assert limits[0].minimum == 30 and math.isnan(limits[1].maximum) and limits[0].note == "new"
+    verdicts = kvmath.judge(limits, values)
+    assert [v.verdict for v in verdicts] == ["OUT", "good"] and verdicts[0].expanded_u == height.expanded_u
+    assert kvmath.judge(tmp_path / "limits.csv", [values["Sd"]])[0].symbol == "Sd"
+    (tmp_path / "limits.csv").write_text("symbol,minimum,maximum\nShh,30,36\n")
+    with pytest.raises(kvmath.Error) as caught:
+        kvmath.read_wheel_limits(tmp_path / "limits.csv")
+    assert caught.value.line == 2
+
+
+def test_the_gauge_of_a_track_is_that_of_its_heads():
+    x, down = np.linspace(-35, 35, 701), np.arange(-40, -1.3, 0.1)
+    side = np.column_stack([np.full(len(down), -35.0), down])
+    head = np.vstack([side, np.column_stack([x, -0.001 * x**2]), side[::-1] * [-1, 1]])
+    left, right = head - [717.5 + 35, 0], head + [717.5 + 35, 0]
+    found = kvmath.track_gauge(left, right)
+    assert found.gauge.value == pytest.approx(1435, abs=0.2) and found.right_face[0] == pytest.approx(717.5, abs=0.2)
+    assert kvmath.track_gauge(np.vstack([left, right])).gauge.value == pytest.approx(found.gauge.value)
+    crossed = kvmath.track_gauge(right, left).gauge
+    assert not crossed.valid and crossed.reason
+    with pytest.raises(kvmath.Error, match="two rails"):
+        kvmath.track_gauge(left, rail_origin=750)
 
 
 def test_the_conicity_of_a_cone_is_its_slope():
