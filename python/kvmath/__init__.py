@@ -139,6 +139,7 @@ __all__ = [
     "wheel_pass", "wheel_values", "wheel_wear",
     # calibration, numerics
     "apply_calibration_table", "least_squares", "read_calibration_table", "svd",
+    # errors
     "Error",
 ]
 

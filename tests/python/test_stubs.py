@@ -4,6 +4,7 @@ import inspect
 import pathlib
 import shutil
 import subprocess
+import sys
 
 import pytest
 
@@ -11,7 +12,8 @@ import kvmath
 from kvmath import _core
 
 PACKAGE = pathlib.Path(kvmath.__file__).parent
-EXAMPLES = pathlib.Path(__file__).parents[2] / "examples" / "python"
+REPOSITORY = pathlib.Path(__file__).parents[2]
+EXAMPLES = REPOSITORY / "examples" / "python"
 
 
 def is_public(name):
@@ -38,6 +40,12 @@ def test_everything_public_says_what_it_is():
             if is_public(member) and isinstance(value, property):
                 assert value.__doc__, f"{name}.{member}"
     assert all(is_public(name) for name in kvmath.__all__) and sorted(set(kvmath.__all__)) == sorted(kvmath.__all__)
+
+
+def test_the_page_of_reference_is_up_to_date():
+    done = subprocess.run([sys.executable, REPOSITORY / "tools" / "python_reference.py", "--check",
+                           REPOSITORY / "docs" / "python_reference.md"], capture_output=True, text=True)
+    assert done.returncode == 0, done.stderr
 
 
 @pytest.mark.skipif(shutil.which("mypy") is None, reason="mypy is not installed")
