@@ -197,6 +197,10 @@ Circumference evaluateCircumference(const std::vector<Vector>& points, const Cir
                                       QString::number(result.seen, 'f', 1), kLeastSeen);
     else if (!searchFlats(turn, heights, base, options, result))
         result.flatsReason = "no smooth curve through the points";
+    if (!isWhole && !result.flats.empty())
+        result.notes.append(
+            "part of a turn: flats are taken from the first two waves, so that a wheel out of "
+            "round in more waves has them deeper or shallower by as much");
     return result;
 }
 

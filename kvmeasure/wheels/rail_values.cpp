@@ -79,7 +79,8 @@ private:
             reason = arc.reason;
             radius = arc.circle.radius;
             if (reason.isEmpty() && arc.isNearlyStraight)
-                reason = "the crown is straight: no radius";
+                reason = "the crown is straight within its noise: no radius; a wider part of the head may "
+                         "show one";
             if (reason.isEmpty() && arc.circle.centre.y > rail_.height())
                 reason = "the crown is hollow: no radius";
         }

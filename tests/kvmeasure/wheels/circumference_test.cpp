@@ -100,6 +100,7 @@ TEST(Circumference, WhatCannotBeKnownHasItsReason) {
     std::vector<Vector> half(whole);
     half.resize(half.size() / 2);
     const Circumference part = evaluateCircumference(half, {});
+    EXPECT_TRUE(part.notes.join(' ').contains("from the first two waves"));
     EXPECT_TRUE(part.roundnessReason.contains("less than a turn"));
     EXPECT_TRUE(std::isnan(part.outOfRoundness) && part.harmonics.empty());
     ASSERT_EQ(part.flats.size(), 1U);
