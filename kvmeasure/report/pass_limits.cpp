@@ -100,6 +100,21 @@ SectionValue diameterDifference(const WheelsetResult& wheelset) {
     return value;
 }
 
+/// The verdicts on values with limits, and that a tread with a breakout is not good.
+std::vector<LimitVerdict> judgeWheel(const WheelLimits& limits, const std::vector<SectionValue>& values,
+                                     const WheelResult& wheel) {
+    std::vector<LimitVerdict> verdicts = judge(limits, values, runningDiameter(wheel));
+    if (wheel.defect > 0) {
+        LimitVerdict broken;
+        broken.symbol = "defect";
+        broken.quantity = "breakout of the tread";
+        broken.kind = LimitVerdict::Out;
+        broken.reason = "the tread has a breakout";
+        verdicts.push_back(broken);
+    }
+    return verdicts;
+}
+
 }  // namespace
 
 std::vector<LimitVerdict> PassLimits::take(const MeasuredSection& section, const WheelResult& wheel) {
@@ -107,7 +122,7 @@ std::vector<LimitVerdict> PassLimits::take(const MeasuredSection& section, const
     taken = gaugeValues(wheelSection(section, wheel));
     for (SectionValue& value : taken.values)
         value.uncertainty = wheel.uncertainties.value(value.key);
-    return judge(limits_, taken.values, runningDiameter(wheel));
+    return judgeWheel(limits_, taken.values, wheel);
 }
 
 void PassLimits::judgeAll(const QList<WheelsetResult>& wheelsets, bool hasDistances) {
@@ -125,7 +140,7 @@ void PassLimits::judgeAll(const QList<WheelsetResult>& wheelsets, bool hasDistan
             const double own = runningDiameter(wheel);
             diameter = std::isnan(diameter) ? own : diameter;
             judged_.push_back({QString::number(number) + ' ' + sideName(side), found->second.values,
-                               judge(limits_, found->second.values, own)});
+                               judgeWheel(limits_, found->second.values, wheel)});
         }
         std::vector<SectionValue> both;
         if (hasDistances)

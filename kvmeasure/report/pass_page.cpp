@@ -38,7 +38,7 @@ QString countsOf(const QList<Axle>& axles) {
     };
     add(defects, "wheel(s) with a defect");
     add(out, "wheel(s) or wheelset(s) out of the limits");
-    add(missing, "wheel(s) or wheelset(s) not measured completely");
+    add(missing, "wheel(s) or wheelset(s) with something that is not measured");
     add(noted, "wheel(s) or wheelset(s) with notes");
     return counts.join(", ");
 }

@@ -1,11 +1,15 @@
 // Values of a pass against the truth, and the errors seen against the uncertainties stated. KVMEASURE_RUNS=40
 // prints the table of docs/maintainers/uncertainty_study.md.
 
+#include <kvmeasure/report/pass_limits.h>
 #include <kvmeasure/wheels/gauge_values.h>
 #include <kvmeasure/wheels/pass.h>
 #include <simulator/train_pass.h>
 #include <tests/kvmeasure/calls.h>
 #include <tests/support/scratch_directory.h>
+
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonObject>
 
 #include <algorithm>
 #include <cmath>
@@ -140,6 +144,22 @@ TEST(WheelPass, UncertaintiesAreThoseSeenWhicheverWayTrainAndScannersRun) {
             EXPECT_GT(share, 0.8);
         }
     }
+}
+
+TEST(PassLimits, AWheelWithABreakoutIsOutWhateverItsValues) {
+    WheelLimit none;
+    none.symbol = "rollover";
+    PassLimits limits({none}, {}, {1});
+    QList<WheelsetResult> train{WheelsetResult()};
+    train[0].wheels[Right].defect = 1;
+    limits.judgeAll(train, false);
+    QJsonObject json{{"wheelsets", QJsonArray{QJsonObject()}}};
+    limits.addTo(json);
+    const QJsonObject wheelset = json["wheelsets"].toArray()[0].toObject();
+    EXPECT_EQ(wheelset["left"].toObject()["verdict"].toString(), "NOT MEASURED");
+    EXPECT_EQ(wheelset["right"].toObject()["verdict"].toString(), "OUT");
+    EXPECT_EQ(json["bogies"].toArray()[0].toObject()["verdict"].toString(), "OUT");
+    EXPECT_EQ(json["verdict"].toString(), "OUT");
 }
 
 }  // namespace
