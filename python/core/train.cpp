@@ -27,8 +27,13 @@ WheelLimits limitsFrom(const py::object& limits) {
     if (py::isinstance<py::str>(limits) || py::hasattr(limits, "__fspath__"))
         return readWheelLimits(limits.cast<Path>().text);
     WheelLimits taken;
-    for (const py::handle& limit : py::reinterpret_borrow<py::iterable>(limits))
+    if (!py::isinstance<py::iterable>(limits))
+        throw py::type_error("limits: needs the path of a table, or what read_wheel_limits gave");
+    for (const py::handle& limit : py::reinterpret_borrow<py::iterable>(limits)) {
+        if (!py::isinstance<WheelLimit>(limit))
+            throw py::type_error("limits: needs the path of a table, or what read_wheel_limits gave");
         taken.push_back(limit.cast<WheelLimit>());
+    }
     return taken;
 }
 
@@ -91,8 +96,12 @@ QString passJson(const Path& folder, const py::object& settingsPath, const py::o
 py::list judgeValues(const py::object& limits, const py::iterable& values, double diameter) {
     const bool isMapping = py::hasattr(values, "keys") && py::hasattr(values, "values");
     std::vector<SectionValue> taken;
-    for (const py::handle& value : isMapping ? py::iterable(values.attr("values")()) : values)
+    for (const py::handle& value : isMapping ? py::iterable(values.attr("values")()) : values) {
+        if (!py::isinstance<SectionValue>(value))
+            throw py::type_error(
+                "values: needs what wheel_values gave, or SectionValues; the limits come first");
         taken.push_back(value.cast<SectionValue>());
+    }
     py::list verdicts;
     for (const LimitVerdict& verdict : judge(limitsFrom(limits), taken, diameter))
         verdicts.append(verdict);
