@@ -66,8 +66,10 @@ StoredPart unreadPart(const QString& name, const QString& reason) {
 }
 
 StoredParts::StoredParts(const Arguments& arguments) : arguments_(arguments) {
-    if (!arguments.has("--aqdef") && !arguments.has("--qif"))
-        arguments.requireWith({"--station", "--operator", "--serial"}, "--store");
+    const bool isOfProfiles = arguments.command() == "match" || arguments.command() == "measure";
+    if (!arguments.has("--store") && !arguments.has("--aqdef") && !arguments.has("--qif"))
+        arguments.requireWith({"--station", "--operator", "--serial"},
+                              isOfProfiles ? "--store, --aqdef or --qif" : "--store");
     if (!arguments.has("--store"))
         return;
     const QString place = arguments.text("--store");
