@@ -134,11 +134,16 @@ struct Tables {
         return sectionHead(nothing.gauge.values);
     }
 
-    void add(const QString& path, const MeasuredFile& measured) {
+    void add(const QString& path, const MeasuredFile& measured, const SectionOptions& options) {
         library.add(cellsOf(path, measured.wheel, measured.section.direction));
         QStringList row = sectionRow(path, measured.gauge.values);
         for (const QString& note : measured.section.file.notes + measured.section.upright.notes)
             row.last() += (row.last().isEmpty() ? "" : "; ") + note;
+        const double diameter = diameterOf(measured, options);
+        if (!options.limits.empty() && std::isfinite(diameter))
+            row.last() +=
+                filledIn("%1limits for a running diameter of %2 mm%3", row.last().isEmpty() ? "" : "; ",
+                         fixed(diameter, 2), options.isSizeKnown ? "" : ", as the file states it");
         gauge.add(row);
         for (const LimitVerdict& verdict : measured.verdicts)
             verdicts.add(verdictRow(path, verdict));
@@ -270,7 +275,7 @@ int measureAll(const QStringList& paths, const SectionOptions& options, StoredPa
         isGood = isGood && (verdict.isEmpty() || verdict == "good");
         if (!options.isSizeKnown)
             withholdSize(measured.wheel);
-        tables.add(path, measured);
+        tables.add(path, measured, options);
         array.append(jsonOf(path, measured, options));
         store.add(storedPart(storedSection(path, measured, options)));
         if (options.picture.isEmpty())
