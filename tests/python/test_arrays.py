@@ -3,6 +3,7 @@ import multiprocessing
 import pickle
 import signal
 import threading
+import warnings
 
 import numpy as np
 import pytest
@@ -67,8 +68,8 @@ def test_float64_is_rounded_to_the_nearest_float32_in_profiles_and_not_in_fits(p
 def test_what_is_no_profile_is_refused_with_its_parameter(bad, kind, text, plan):
     for name, function in (("array", plan.measure), ("points", kvmath.fit_line), ("points", kvmath.fit_circle),
                            ("array", kvmath.segments), ("array", lambda a: kvmath.teach(a, longest=1))):
-        with np.testing.suppress_warnings() as quiet, pytest.raises(kind, match=f"^{name}: .*{text}") as caught:
-            quiet.filter(np.VisibleDeprecationWarning)
+        with warnings.catch_warnings(), pytest.raises(kind, match=f"^{name}: .*{text}") as caught:
+            warnings.simplefilter("ignore")
             function(bad)
         assert kind is TypeError or caught.value.parameter == name
 
