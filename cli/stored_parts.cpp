@@ -40,7 +40,7 @@ QString contentOf(const QString& path) {
     QFile file(path);
     openRegularFile(file);
     const QByteArray bytes = file.readAll();
-    const QString text = QString::fromUtf8(bytes);
+    QString text = QString::fromUtf8(bytes);
     if (bytes.size() <= kLongest && text.toUtf8() == bytes && !bytes.contains('\0'))
         return text;
     return "SHA-256 " +

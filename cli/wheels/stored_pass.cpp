@@ -80,7 +80,9 @@ void addPass(StoredParts& store, const WheelPass& pass, const WheelColumns& colu
         const QString name = "wheelset " + QString::number(i + 1);
         const auto judged = [&](int place, StoredSection& section) {
             if (limits != nullptr)
-                addJudged(limits->wheels().at(static_cast<std::size_t>(kPlaces * i + place)), section);
+                addJudged(limits->wheels().at(std::size_t{kPlaces} * static_cast<std::size_t>(i) +
+                                              static_cast<std::size_t>(place)),
+                          section);
         };
         for (const int side : {Left, Right}) {
             StoredSection section = wheelOf(wheelset.wheels[side], columns);

@@ -42,7 +42,7 @@ protected:
 /// The browser; empty: there is none.
 QString browserPath() {
     for (const char* name : {"chromium", "chromium-browser", "google-chrome"}) {
-        const QString path = QStandardPaths::findExecutable(name);
+        QString path = QStandardPaths::findExecutable(name);
         if (!path.isEmpty())
             return path;
     }
@@ -50,7 +50,7 @@ QString browserPath() {
 }
 
 QString requiredBrowser() {
-    const QString path = browserPath();
+    QString path = browserPath();
     if (path.isEmpty())
         throw Error(filledIn("pages are printed as PDF by Chromium, which is not installed (Debian's package "
                              "chromium); install it, or %1",

@@ -35,7 +35,7 @@ public:
     /// `vehicles`, `bogies`: wheelsets of each in order of time, above 0 (not checked), the last number for
     /// all that follow; empty: the train is not grouped into them.
     PassLimits(WheelLimits limits, const QList<int>& vehicles, const QList<int>& bogies)
-        : limits_(std::move(limits)), groupings_{{bogieWords, bogies, {}}, {vehicleWords, vehicles, {}}} {}
+        : limits_(std::move(limits)), groupings_{{kBogieWords, bogies, {}}, {kVehicleWords, vehicles, {}}} {}
 
     /// Takes a section that was measured, with its wheel; the verdicts on the values of this wheel. Sections
     /// come in any order, each once; of two of one wheel the later one counts.
@@ -76,8 +76,8 @@ private:
         QList<int> axles;
         std::vector<Group> groups;
     };
-    static constexpr Words bogieWords{"bogie", "bogies", "bogieDiameterDifference"};
-    static constexpr Words vehicleWords{"vehicle", "vehicles", "vehicleDiameterDifference"};
+    static constexpr Words kBogieWords{"bogie", "bogies", "bogieDiameterDifference"};
+    static constexpr Words kVehicleWords{"vehicle", "vehicles", "vehicleDiameterDifference"};
 
     void judgeGroups(const QList<WheelsetResult>& wheelsets, Grouping& grouping);
 

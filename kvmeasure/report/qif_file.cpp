@@ -47,7 +47,7 @@ const UnitKind* kindOf(const QString& unit) {
 /// A decimal of XML, which has no exponent, and of which every reader takes eighteen digits.
 QString decimal(double value) {
     constexpr int kDigits = 18;
-    const QString all = QString::number(value, 'f', QLocale::FloatingPointShortest);
+    QString all = QString::number(value, 'f', QLocale::FloatingPointShortest);
     const int before = static_cast<int>(QString::number(std::fabs(value), 'f', 0).size());
     const auto point = all.indexOf('.');
     if (point < 0 || static_cast<int>(all.size() - point) - 1 <= kDigits - before)

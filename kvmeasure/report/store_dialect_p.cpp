@@ -157,12 +157,13 @@ QString columnsIn(const char* columns) {
 class PostgresDialect : public StoreDialect {
 public:
     QStringList settings(bool isWritten, int waitMilliseconds) const override {
+        const QString flushed = "SELECT set_config('synchronous_commit', 'on', false) WHERE "
+                                "current_setting('synchronous_commit') = 'off'";
         return {"SET client_min_messages = error",
                 "SET search_path = kvmeasure",
                 "SET extra_float_digits = 3",
                 filledIn("SET lock_timeout = %1", qMax(1, waitMilliseconds)),
-                "SELECT set_config('synchronous_commit', 'on', false) WHERE "
-                "current_setting('synchronous_commit') = 'off'",
+                flushed,
                 filledIn("SET default_transaction_read_only = %1", isWritten ? "off" : "on")};
     }
     QString begin(bool isWritten) const override {
