@@ -1,3 +1,5 @@
+// Words of the command line by the usage of a command. Whatever can be refused before the work is refused
+// here, with the option, its range and the nearest word; of pictures also the format.
 #include "cli/arguments.h"
 #include "cli/exit_code.h"
 

@@ -1,3 +1,5 @@
+// Commands over lists of files. What is done already stands in the part file. The digest of a plan holds its
+// text and all options that may change a result, so that a killed run goes on with the same ones only.
 #include "cli/batch.h"
 
 #include "cli/console.h"

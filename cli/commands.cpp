@@ -1,3 +1,5 @@
+// The groups of commands, made of the one table in command_rows.inc. What a group or command says of itself
+// is thrown as its help: so manual page and completion get it by asking each command for help.
 #include "cli/commands.h"
 #include "cli/exit_code.h"
 

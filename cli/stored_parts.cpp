@@ -1,3 +1,5 @@
+// Results on their way into a store: collected for a second, or up to a thousand, and added together. A run
+// that goes on after it was killed finds its earlier rows, and is refused where they are missing.
 #include "cli/stored_parts.h"
 
 #include "cli/batch.h"

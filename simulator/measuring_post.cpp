@@ -1,3 +1,6 @@
+// What a scanner sees of a wheel. A section is a chain of points; each stretch of it fills the columns that
+// it crosses, and the nearest range wins. The same chain seen by the camera tells what is hidden from it. The
+// plane flange back is met in closed form, its rounding by iteration. Linear in points and columns.
 #include "simulator/measuring_post.h"
 
 #include <QtCore/QString>

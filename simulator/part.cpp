@@ -1,3 +1,5 @@
+// Shapes of simulated parts as straight and round pieces in walking order, with true values in closed form. A
+// new shape is a function, its name, its dimensions, and its place in buildPart.
 #include <simulator/part.h>
 
 #include <cmath>

@@ -1,3 +1,7 @@
+// The train comes from one stream of random draws, and each kind of fault of each scanner from a stream of
+// its own, so that the draws of one do not depend on the others. A recording is written profile by profile
+// under a passing name and renamed when it is complete; the settings, which make a pass of the folder, come
+// last.
 #include "simulator/train_pass.h"
 
 #include "simulator/draws.h"

@@ -1,3 +1,6 @@
+// Sections of wheels: the S1002 profile of EN 13715, wear that moves the flange, a hollow tread, and defects
+// that take depth away. True values are found on this shape by scanning and halving, not by the code that is
+// tested with them.
 #include "simulator/wheel_shape.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// calibrate check: a table against the true mapping, or against a second record. One result in text, JSON and
+// tables; the page has nothing of its own to compute.
 #include "cli/arguments.h"
 #include "cli/calibrate/truth.h"
 #include "cli/commands.h"

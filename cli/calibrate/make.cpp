@@ -1,3 +1,5 @@
+// calibrate simulate and build. A record from which no table can come, or only a mostly empty one, is refused
+// before it is built, with what the record shows.
 #include "cli/arguments.h"
 #include "cli/calibrate/truth.h"
 #include "cli/commands.h"

@@ -1,3 +1,5 @@
+// The recipe of a simulated record, as options and as a truth file. Both follow from one table of its
+// numbers: a new number is a row, marked as newer where older files lack it.
 #include "cli/calibrate/truth.h"
 
 #include <kvmeasure/base/error.h>

@@ -1,3 +1,5 @@
+// calibrate apply, cut and mirror. Linear rows interpolate between the two cells around a position; library
+// rows are those of kvmath, made of all steps at once and kept in memory.
 #include "cli/arguments.h"
 #include "cli/calibrate/truth.h"
 #include "cli/commands.h"

@@ -1,3 +1,5 @@
+// compare: a profile against a master. What the plan says holds where no option does. Files that hold scans
+// go on to cli/scan/comparison.cpp.
 #include "cli/arguments.h"
 #include "cli/commands.h"
 #include "cli/console.h"

@@ -1,3 +1,5 @@
+// filter: steps applied profile by profile, so that memory holds one. A step that changed nothing is said,
+// since it mostly has the wrong numbers.
 #include "cli/arguments.h"
 #include "cli/commands.h"
 #include "cli/console.h"

@@ -1,3 +1,5 @@
+// fit: a line, parabola, circle or plane through all points, none of them left out, with what tells how well
+// it fits. Curves are fitted about the middle of x, and carried back. Circles start from those of kvmath.
 #include "cli/arguments.h"
 #include "cli/commands.h"
 #include "cli/console.h"

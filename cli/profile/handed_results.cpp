@@ -1,3 +1,5 @@
+// Results for other systems, profile by profile: AQDEF, QIF, a broker. What fails is said once and closed;
+// the others and the measuring go on.
 #include "cli/profile/handed_results.h"
 
 #include "cli/batch.h"

@@ -1,3 +1,5 @@
+// info: one pass over the records or lines of each file, with counts and ranges. Damage ends a file, and what
+// stands before it is reported.
 #include "cli/arguments.h"
 #include "cli/commands.h"
 #include "cli/console.h"

@@ -1,3 +1,5 @@
+// lines: the segments of a profile, with the points that lie along each. Points and segments both follow the
+// scan, so that one pass gives each point to its segment.
 #include "cli/arguments.h"
 #include "cli/commands.h"
 #include "cli/console.h"

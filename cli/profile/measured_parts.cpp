@@ -1,3 +1,5 @@
+// match and measure: profiles are read here, measured by several jobs, and reported in the order of reading;
+// so output does not depend on the number of jobs. An error ends its file, not the run.
 #include "cli/profile/measured_parts.h"
 
 #include "cli/console.h"

@@ -1,3 +1,5 @@
+// plan show, check and schema. check goes through a plan as a measurement does, and says of each step what it
+// leaves; only a filter step that cannot be applied ends it.
 #include "cli/arguments.h"
 #include "cli/commands.h"
 #include "cli/console.h"

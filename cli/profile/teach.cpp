@@ -1,3 +1,5 @@
+// teach: shows segments, makes a template of them, or extends a plan. The part is measured twice: nominal
+// values that are to be taught come from the first time, verdicts from the second.
 #include "cli/arguments.h"
 #include "cli/commands.h"
 #include "cli/console.h"

@@ -1,3 +1,5 @@
+// scan outline. The parameters that the scan suggests are shown with the result, so that a run can be
+// repeated and mended with options.
 #include "cli/commands.h"
 #include "cli/console.h"
 #include "cli/exit_code.h"

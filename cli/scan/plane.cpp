@@ -1,3 +1,5 @@
+// scan plane: fits the chosen part of a scan, and changes the whole scan by the plane. Hence the copy: limits
+// choose points for the fit alone.
 #include "cli/commands.h"
 #include "cli/console.h"
 #include "cli/exit_code.h"

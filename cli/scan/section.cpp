@@ -1,3 +1,5 @@
+// scan grid and scan section. A section runs between the measured points unless cells are asked for, whose
+// means then take their place.
 #include "cli/commands.h"
 #include "cli/console.h"
 #include "cli/exit_code.h"

@@ -1,3 +1,5 @@
+// simulate pass: options to a recipe, and problems of a recipe back to options. The folder is locked and the
+// files of an earlier pass are replaced; a pass that fails leaves none of its files.
 #include "cli/arguments.h"
 #include "cli/commands.h"
 #include "cli/console.h"

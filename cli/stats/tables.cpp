@@ -1,3 +1,5 @@
+// Values for the commands of stats, from a text table or from results in JSON. Words beside a value (part,
+// appraiser) come from columns, or from the names of files by a pattern or a table.
 #include "cli/stats/tables.h"
 
 #include <kvmeasure/base/error.h>

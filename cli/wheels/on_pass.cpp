@@ -1,3 +1,6 @@
+// Commands on the recordings of a pass share one course: find the recordings, split them, measure what the
+// command asks for, write, report. Faults of single recordings are said at the end, when all that could be
+// measured is written.
 #include "cli/arguments.h"
 #include "cli/commands.h"
 #include "cli/console.h"

@@ -1,3 +1,5 @@
+// wheels parameters on sections from files. Each is measured twice over: the values of the library, and those
+// as gauges define them. A nominal section adds wear, limits add verdicts.
 #include "cli/wheels/section_file.h"
 #include "cli/wheels/section_list.h"
 

@@ -1,3 +1,7 @@
+// One pass finds the line that comes in and the one that leaves; a line that only passes through is found by
+// clipping. What lies between these two is then replaced by the corner where they meet, or by a Bezier path
+// through the ends inside. Nothing is written before all tests have passed. Linear in the lines, and in the
+// points of the path.
 #include <kvmath/contours/rectangle.h>
 
 #include <kvmath/base/count_p.h>

@@ -1,3 +1,7 @@
+// A scan seen from above: every point lies at its place along the scan and at its x. The coin hull round the
+// points is split into straight lines by the template search, which without a template lists all segments.
+// Only the form for clouds then moves facing ends to where neighbouring lines meet. Cost: that of grouping
+// the points, of the hull and of the line search; the rest is one pass.
 #include <kvmath/contours/scan_lines.h>
 
 #include <kvmath/base/count_p.h>

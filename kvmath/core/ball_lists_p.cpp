@@ -1,3 +1,6 @@
+// For each point the cells that are near enough are looked up on each axis, and only their combinations are
+// tested. A counting sort then makes the lists, so that each holds its points in their order. Cost: linear in
+// points, balls and memberships, and one look-up a point and axis, mostly a guess from the mean spacing.
 #include <kvmath/core/ball_lists_p.h>
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// One pass gathers the sums of the normal equations; Cramer's rule solves them. The sums are kept in pairs,
+// which the vector unit adds at once without changing how each is rounded. No memory.
 #include <kvmath/base/trace_p.h>
 #include <kvmath/core/plane.h>
 

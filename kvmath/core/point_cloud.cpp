@@ -1,3 +1,7 @@
+// Container, range, centres, searches by value and by box. One template serves the three kinds of points and
+// is instantiated at the end. Everything is one pass. Lists of points are shared until one of them changes,
+// so that copying a cloud costs no pass. Order, filters, transformations and files stand in
+// point_cloud_*.cpp.
 #include <kvmath/core/point_cloud.h>
 
 #include <kvmath/base/count_p.h>

@@ -1,3 +1,6 @@
+// Points go between file and list in blocks that stay in the cache; many small records share a read or write
+// of 256 kilobytes. The list gets its final length before it is filled, as far as the rest of the file can
+// hold the points that a record promises.
 #include <kvmath/core/record_io_p.h>
 
 #include <kvmath/core/list_of_size_p.h>

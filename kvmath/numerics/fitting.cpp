@@ -1,3 +1,7 @@
+// Line, parabola and harmonics: one pass gathers the sums of the normal equations, which a small system then
+// solves. They take no memory, and square the condition of the data. The plane is the right singular vector
+// of the least value of the centred points: it costs a copy of the points, squares nothing, and takes upright
+// planes as well as others.
 #include <kvmath/numerics/fitting.h>
 
 #include <kvmath/numerics/linear_solve_p.h>

@@ -1,3 +1,7 @@
+// fminsearch: the downhill simplex of Nelder and Mead (Comput. J. 7 (1965) 308-313). Sums of all vertices are
+// kept up to date, so that a trial costs one evaluation and some operations for each parameter; only a shrink
+// evaluates all vertices but one. simulatedAnnealingMinimization: after Kirkpatrick, Gelatt and Vecchi
+// (Science 220 (1983) 671-680), one evaluation a round. Both take one block of memory at the start.
 #include <kvmath/numerics/optimisers.h>
 
 #include <kvmath/numerics/random.h>

@@ -1,3 +1,6 @@
+// Measurements to and from documents and records, and the named results of the uniform kinds. Names and flags
+// are read into copies, which are taken over when all could be read. They are assigned element by element,
+// since hosts hold pointers to them. Linear in the results.
 #include <kvmath/tsearch/measurement.h>
 
 #include <kvmath/base/count_p.h>

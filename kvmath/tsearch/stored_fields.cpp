@@ -1,3 +1,6 @@
+// One list of fields gives both stored forms of a constraint or measurement: entries of a map, and a
+// little-endian record of fixed size without padding. All fields are read before one is assigned, so that a
+// damaged form changes none. The record is packed on the stack.
 #include <kvmath/tsearch/stored_fields_p.h>
 
 #include <kvmath/tsearch/bounds_p.h>

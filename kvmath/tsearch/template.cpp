@@ -1,3 +1,6 @@
+// Each constraint stands in the list of the highest line that it reads. So check(level) asks exactly those
+// that the line just assigned makes decidable, and the search cuts a branch as early as it can. The template
+// owns its constraints; documents and records make them through the table of kinds.
 #include <kvmath/tsearch/template.h>
 
 #include <kvmath/tsearch/constraint_kinds_p.h>

@@ -1,3 +1,6 @@
+// A rule carries profile (x, y) to origin + x a + y b. With a x b as third column it is a frame, so that
+// chaining and inverting rules is algebra of 3 x 3 matrices. Results are worked out in local copies where an
+// output may be an input. Fixed cost, no memory.
 #include <kvmath/wheel/rule_algebra.h>
 
 #include <kvmath/numerics/small_matrix.h>

@@ -1,3 +1,7 @@
+// The placement of a sensor in closed form. A laser plane that is inclined by C shows widths shortened by cos
+// C, so that the distance of the outer nodes gives C, the direction between them the turn A, and the means of
+// all nodes the origin. The residual of all nodes then says whether the answer is believed. No search and no
+// start value; a sort of the nodes, else linear.
 #include <kvmath/wheel/sensor_calibration.h>
 
 #include <kvmath/wheel/apexes.h>

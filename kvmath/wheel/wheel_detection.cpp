@@ -1,3 +1,6 @@
+// A recording is read one profile after another; a run of neighbouring profiles that show a wheel is one
+// wheel. Its profiles are written as they come, and removed again where the run turns out too short, so that
+// memory holds one profile whatever the length of the recording.
 #include <kvmath/wheel/wheel_detection.h>
 
 #include <kvmath/base/count_p.h>

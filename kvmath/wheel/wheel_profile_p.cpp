@@ -1,3 +1,6 @@
+// The points of a wheel become (y, depth below the largest radius) about its axle, sorted by y. The values
+// follow from a few searches along this profile, each from where the one before ended or from the flange top.
+// The first that finds nothing ends them; values found before stay. A sort, else linear.
 #include <kvmath/wheel/wheel_profile_p.h>
 
 #include <kvmath/base/count_p.h>

@@ -1,3 +1,5 @@
+// The distance is that of the calibrated reference lines and the offset on each side of the line through the
+// first half of the profile. Of every wheel all files are read to choose one, a profile at a time.
 #include <kvmath/wheel/wheelset_distance.h>
 
 #include <kvmath/base/count_p.h>

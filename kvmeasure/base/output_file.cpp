@@ -1,3 +1,7 @@
+// The content goes to a file without a name (O_TMPFILE), which gets its name when it is complete: a process
+// that is killed leaves nothing behind. To take the place of an existing file it is first linked under a
+// passing name and then renamed, since a link cannot replace a file. File systems that know no such files get
+// a temporary file that is renamed.
 #include <kvmeasure/base/output_file.h>
 
 #include <kvmeasure/base/error.h>

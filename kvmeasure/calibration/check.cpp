@@ -1,3 +1,7 @@
+// Each cell of a table is compared with the mapping that made the record: what the sensor sees at that place,
+// or nothing where the target has not been. The mean deviation of X is taken out, since its origin is free.
+// The error to be expected follows from rounding to positions and units, and from noise. A few passes over
+// the cells; the percentile by partial sorting.
 #include <kvmeasure/calibration/check.h>
 
 #include <algorithm>

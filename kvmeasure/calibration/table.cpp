@@ -1,3 +1,6 @@
+// Tables and raw records in memory. The number of bytes tells the form of a file, since none of them has a
+// head. The library writes into a file in memory, whose bytes then go through OutputFile, so that a full disk
+// leaves no half table. An empty cell has no value: interpolation to one gives NaN.
 #include <kvmeasure/calibration/table.h>
 
 #include <kvmeasure/base/error.h>

@@ -1,3 +1,6 @@
+// Axes, ticks and points of all pictures. Ticks are tried from many to few until their numbers stand apart.
+// Points are thinned to one per square of pixels, with squares doubled until at most 20,000 dots are left, so
+// that a picture stays small and looks the same.
 #include <kvmeasure/drawing/axes_p.h>
 
 #include <kvmeasure/base/filled_in.h>

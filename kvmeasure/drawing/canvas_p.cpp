@@ -1,3 +1,7 @@
+// SVG as text, an element a call, with one decimal of a pixel. A label is tried in 16 directions at eight
+// distances round its place; the cheapest place by what it would cover wins, labels before points. What has
+// been drawn is remembered in a grid of six pixels, so that a label costs the same however many points there
+// are.
 #include <kvmeasure/drawing/canvas_p.h>
 
 #include <kvmeasure/base/filled_in.h>

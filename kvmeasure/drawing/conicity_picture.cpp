@@ -1,3 +1,6 @@
+// Two panels beside each other: the difference of the rolling radii over the lateral shift, and the conicity
+// over the amplitude by both methods. Both share the canvas of the first. Lines are thinned to some 4,000
+// points.
 #include <kvmeasure/drawing/conicity_picture.h>
 
 #include <kvmeasure/base/filled_in.h>

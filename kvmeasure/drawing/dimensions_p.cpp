@@ -1,3 +1,6 @@
+// Distances with arrows and extension lines, angles with their arc, points with a cross, each with a label.
+// The arc of an angle is worked out in mm and drawn point by point, since heights may be drawn larger than
+// widths. A mark whose place lies outside the picture is not drawn.
 #include <kvmeasure/drawing/dimensions_p.h>
 
 #include <kvmeasure/base/filled_in.h>

@@ -1,3 +1,6 @@
+// A profile with what was found and measured on it, a panel of values to the right and residuals below. The
+// range is that of the points and of all marks of tools. Layers are drawn from the points upwards, clipped to
+// the area; each label keeps off what was drawn before it.
 #include <kvmeasure/drawing/profile_picture.h>
 
 #include <kvmeasure/base/filled_in.h>
@@ -57,7 +60,6 @@ Projection withRoom(const Projection& fitted, const Residuals& residuals) {
     return view;
 }
 
-/// One picture in the making.
 /// Where tools mark points and distances: these may lie beside the points, as an edge beyond the last one. Of
 /// a template marks lie at its lines.
 QList<KvMath::KvPointXY> markedPoints(const Picture& picture) {
@@ -74,6 +76,7 @@ QList<KvMath::KvPointXY> markedPoints(const Picture& picture) {
     return points;
 }
 
+/// One picture in the making.
 class Painter {
 public:
     explicit Painter(const Picture& picture);

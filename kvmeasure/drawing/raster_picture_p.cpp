@@ -1,3 +1,6 @@
+// A grid as an image of 256 colours within the SVG. The PNG is written here, with the zlib of Qt Core, so
+// that an SVG picture needs no other library. The scales are viridis for values and blue to red for
+// deviations, linear between five colours.
 #include <kvmeasure/drawing/raster_picture_p.h>
 
 #include <kvmeasure/base/filled_in.h>

@@ -1,3 +1,5 @@
+// The panel of residuals below a picture, in its own unit, so that micrometres are seen beside metres. The x
+// axis is that of the picture above, unless the residuals lie over an angle.
 #include <kvmeasure/drawing/residuals_p.h>
 
 #include <kvmeasure/base/filled_in.h>

@@ -1,3 +1,6 @@
+// A scan from above: heights as colours, outline and lines over them. Cells smaller than a pixel are joined
+// to means. The colours span the heights between the lowest and the highest half per cent, so that stray
+// points do not take them. Linear in the cells.
 #include <kvmeasure/drawing/scan_picture.h>
 
 #include <kvmeasure/drawing/axes_p.h>

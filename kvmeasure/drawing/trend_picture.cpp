@@ -1,3 +1,5 @@
+// Values over the profiles of a scan, a panel per measurement. Of the values in one column of pixels four are
+// drawn, which looks the same at a size that does not grow with the scan.
 #include <kvmeasure/drawing/trend_picture.h>
 
 #include <kvmeasure/base/filled_in.h>

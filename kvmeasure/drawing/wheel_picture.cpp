@@ -1,3 +1,5 @@
+// The section of a wheel with its values as dimensions, in a fixed range, so that all wheels are drawn alike.
+// What a value lacks is left out of the picture; notes and verdicts stand above it.
 #include <kvmeasure/drawing/wheel_picture.h>
 
 #include <kvmeasure/base/filled_in.h>

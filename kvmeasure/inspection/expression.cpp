@@ -1,3 +1,6 @@
+// Statements of "measure" are split at semicolons; the first word of each chooses the kind, which reads the
+// rest. The plan grows statement by statement; each claims the names of its results, so that none occurs
+// twice. Nominal values that are to be taught are settled when the values are known.
 #include <kvmeasure/inspection/expression.h>
 
 #include <kvmeasure/base/error.h>

@@ -1,3 +1,6 @@
+// The template search with a bound on its work: the number of assignments grows with the factorial of the
+// segments, and the search itself knows no limit. Then the values of an assignment in the order of the plan,
+// with tolerances, marks, means and uncertainties.
 #include <kvmeasure/inspection/matching.h>
 
 #include <kvmeasure/base/error.h>

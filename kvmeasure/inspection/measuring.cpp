@@ -1,3 +1,6 @@
+// Measures the lines that were found, fitted again. Where the compensation of free edges moved one of them,
+// all is measured twice, so that each value says what the compensation added. Which lines a value rests on is
+// worked out once for a plan.
 #include <kvmeasure/inspection/measuring.h>
 
 #include <kvmeasure/inspection/evaluation_p.h>

@@ -1,3 +1,6 @@
+// Reads a plan. JSON knows one kind of number, the library's loader wants doubles and whole numbers apart:
+// the keys that are known are converted before it sees them. Where it refuses a document it does not say why,
+// so that the entry at which it stopped is looked at again. Every fault names the place in the document.
 #include <kvmeasure/inspection/plan.h>
 
 #include <kvmeasure/base/error.h>

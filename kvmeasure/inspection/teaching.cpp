@@ -1,3 +1,6 @@
+// Constraints from lines of a good part: the length of each, the inclination of the first, and from each to
+// the next the turn, the distance and the shift square to it. These fix a chain of lines wherever the part
+// lies. Their number grows with the lines, not with the pairs of lines.
 #include <kvmeasure/inspection/teaching.h>
 
 #include <kvmeasure/base/error.h>

@@ -1,3 +1,6 @@
+// What a tool says about its values, in order of its kind. take() gives a reason to every value that has none
+// and drops remarks on values that are missing. Kinds have few values, so that each look-up walks through
+// them.
 #include <kvmeasure/inspection/tool_results.h>
 
 #include <kvmeasure/base/filled_in.h>

@@ -1,3 +1,5 @@
+// The table of all filter steps: name, numbers with their ranges, help, and the call of the library. Parsing,
+// messages and help follow from it, so that a new step is a row.
 #include <kvmeasure/profiles/filter_steps.h>
 
 #include <kvmeasure/base/error.h>

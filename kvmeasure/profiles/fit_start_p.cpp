@@ -1,3 +1,7 @@
+// What robust fits start from. A value of a given rank: the values are counted in 128 equally wide buckets,
+// and only the bucket that holds the rank is kept, until few are left; about linear, and without branches
+// that the processor cannot foretell. Samples and block medians bound what a start costs, whatever the number
+// of points.
 #include <kvmeasure/profiles/fit_start_p.h>
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// Rows go out as they come, those of a table in pieces whose columns keep their widths. Memory holds
+// statistics, and all values only where they are asked for.
 #include <kvmeasure/report/match_report.h>
 #include <kvmeasure/report/match_report_p.h>
 

@@ -1,3 +1,6 @@
+// The last line of a part says what is in it: command, version, plan, values with limits, the digest of its
+// list, counts. Opening a part reads its first and its last line, whatever its size. A size that does not
+// agree with the counts shows that rows were changed.
 #include <kvmeasure/report/part_summary.h>
 
 #include <kvmeasure/base/error.h>

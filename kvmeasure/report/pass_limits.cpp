@@ -1,3 +1,6 @@
+// Verdicts on the values of a pass. Values of a section are taken when it comes, so that no section is kept;
+// a wheel without one gets missing values with their reason. judged_ holds three entries a wheelset: left,
+// right, both. Vehicles and bogies are runs of wheelsets, judged over all their entries.
 #include <kvmeasure/report/pass_limits.h>
 
 #include <kvmeasure/base/filled_in.h>

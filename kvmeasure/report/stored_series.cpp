@@ -1,3 +1,5 @@
+// Values of a store sorted into series by name, unit and limits. A series keeps its values for the
+// statistics, and of the worst and of the latest ones only as many as are shown. Linear in the values.
 #include <kvmeasure/report/stored_series.h>
 
 #include <kvmeasure/report/csv_row.h>

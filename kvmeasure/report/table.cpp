@@ -1,3 +1,6 @@
+// All cells of a table lie in one text, rows are places in it: a cell costs no allocation. Numeric columns
+// stand on the right; which are numeric is settled when the first rows are written, and widths only grow, so
+// that the pieces of a long table fit together.
 #include <kvmeasure/base/text.h>
 #include <kvmeasure/report/table.h>
 

@@ -1,3 +1,5 @@
+// The results of a pass as table, CSV, JSON and records. One table names the columns; heading, rows and notes
+// go through it. Each missing uncertainty beside a value gets its reason in the notes.
 #include <kvmeasure/report/wheel_report.h>
 
 #include <kvmeasure/base/filled_in.h>

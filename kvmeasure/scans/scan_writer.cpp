@@ -1,3 +1,6 @@
+// Scans are written in pieces of a megabyte, so that a point costs no write. Texts have nine digits, as many
+// as bring every float back. Stacks and grids need the scan as profiles; the other forms take it point by
+// point.
 #include <kvmeasure/scans/scan_writer.h>
 
 #include <kvmeasure/base/error.h>

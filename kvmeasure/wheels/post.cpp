@@ -1,3 +1,6 @@
+// QSettings reads the INI file, and passes over what it does not understand. So the text is walked through a
+// second time by the same rules of quotes, continued lines and remarks, and a line that is no assignment is
+// refused with its number. Numbers are checked when the settings are opened, before anything is measured.
 #include <kvmeasure/wheels/post.h>
 
 #include <kvmeasure/base/error.h>

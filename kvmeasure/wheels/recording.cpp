@@ -1,3 +1,6 @@
+// Recordings are first walked through from record to record, so that a damaged one is known before anything
+// is written. The library splits them into wheel files; runs that only lost profiles part are joined
+// afterwards by renaming files, in an order in which none is overwritten.
 #include <kvmeasure/wheels/recording.h>
 
 #include <kvmeasure/base/error.h>

@@ -1,3 +1,4 @@
+// fit_line and fit_circle. A fit keeps the residuals of its points, which give noise and uncertainty.
 #include "python/core/arrays.h"
 #include "python/core/bindings.h"
 #include "python/core/text.h"

@@ -1,3 +1,5 @@
+// Zones, step height and roughness. Points are taken in doubles, and the lock of Python is released while a
+// zone is searched for.
 #include "python/core/bindings.h"
 #include "python/core/casts.h"
 #include "python/core/choices.h"

@@ -1,3 +1,5 @@
+// Linear algebra of kvmath on arrays, and pixel tables. svdcmp counts rows and columns from 1 and takes
+// pointers to rows; both are made over one copy of the matrix.
 #include "python/core/bindings.h"
 #include "python/core/casts.h"
 

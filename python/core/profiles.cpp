@@ -1,3 +1,5 @@
+// Reading, writing, filtering and segments of profiles. A file is read profile by profile as Python asks for
+// them, so that memory holds one.
 #include "python/core/arrays.h"
 #include "python/core/bindings.h"
 #include "python/core/text.h"

@@ -1,3 +1,5 @@
+// Values and results. Both can be pickled, as work in several processes needs it; a state of another length
+// comes from another version and is refused.
 #include "python/core/plans.h"
 #include "python/core/text.h"
 

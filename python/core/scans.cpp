@@ -1,3 +1,5 @@
+// Scans, planes, sections, outlines and grids. A scan keeps the form in which it was read until profiles are
+// asked for.
 #include "python/core/bindings.h"
 #include "python/core/casts.h"
 #include "python/core/choices.h"

@@ -1,3 +1,5 @@
+// Statistics of values. All numbers must be finite and all columns equally long; names of parts and
+// appraisers may be any objects and are taken as texts.
 #include "python/core/bindings.h"
 #include "python/core/casts.h"
 #include "python/core/choices.h"

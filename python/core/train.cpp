@@ -1,3 +1,5 @@
+// The results of a pass, limits and their verdicts, the track. A pass comes as JSON, the same as that of the
+// program, so that both have one form of results.
 
 #include "python/core/bindings.h"
 #include "python/core/casts.h"

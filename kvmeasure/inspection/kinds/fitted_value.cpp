@@ -1,3 +1,6 @@
+// Uncertainties that tools share: of sums of contributions (JCGM 100, G.4), extremes, ranks, means, and
+// places of extremes. Where a region is a straight line within the noise its surface is that line; else the
+// smoothed surface of the region. A few passes over the points of a region.
 #include <kvmeasure/inspection/kinds/fitted_value.h>
 
 #include <kvmeasure/inspection/kinds/average.h>

@@ -1,3 +1,7 @@
+// A groove is a gap under the upper convex hull (monotone chain, A. M. Andrew 1979): the points between two
+// neighbouring corners of the hull. It counts from a quarter of the depth of the deepest on, among noisy
+// points later. Linear for points in order of x, else a sort. A flank is fitted again over the points that
+// its line reaches, on a thinned set until the last round.
 #include <kvmeasure/inspection/kinds/groove_gaps_p.h>
 
 #include <kvmeasure/profiles/fit_start_p.h>
