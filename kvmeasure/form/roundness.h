@@ -17,7 +17,8 @@ struct RoundZone : FormZone {
 /// Roundness by four methods.
 struct Roundness {
     int count = 0;            ///< points
-    RoundZone minimumZone;    ///< least difference of two radii; contacts alternate round the circle
+    RoundZone minimumZone;    ///< least difference of two radii; contacts alternate round the circle, none
+                              ///< where all points lie on that of least squares
     RoundZone leastSquares;   ///< least sum of squared distances to the circle
     RoundZone circumscribed;  ///< the smallest circle about all points
     RoundZone inscribed;      ///< the largest circle between the points that they hold on all sides

@@ -110,8 +110,9 @@ void measureRoundness(const Tool& tool, const ToolInput& input, ToolResults& res
     warnOfNoise(noise.reason, noise.isShort(double(distances.size())), results);
     if (noise.reason.isEmpty())
         results.sayNoUncertainty("four points in contact decide the centre; \"arc\" has one with u");
-    const Vector contact = region.points[static_cast<std::size_t>(zone.contacts.front())];
-    results.markDistance(zone.centre, contact, "radius");
+    // Where no circle is better than that of least squares, as with three points, no contacts are named.
+    const int contact = zone.contacts.empty() ? 0 : zone.contacts.front();
+    results.markDistance(zone.centre, region.points[static_cast<std::size_t>(contact)], "radius");
 }
 
 }  // namespace
