@@ -1,8 +1,14 @@
-// Windowed filters and the fixed low-pass. No memory, except in medFilt where x is out of order.
+// Windowed filters and the fixed low-pass. Blocks of points are copied to arrays of their coordinates, where
+// the kernels work on several windows at a time. No memory, except in medFilt for windows of more than 64
+// points.
 
 #include <kvmath/base/count_p.h>
+#include <kvmath/base/instructions_p.h>
 #include <kvmath/profile/profile.h>
 #include <kvmath/profile/window_rank_p.h>
+
+#include <cstring>
+#include <utility>
 
 namespace KvMath {
 namespace {
@@ -42,8 +48,71 @@ void medianOfDisorder(ConstPointIterator in, PointIterator out, int from, int to
     }
 }
 
+/// How many of a window's points are before the point k, none with a NaN x: their x is less, or equal and
+/// their index less.
+template <int k, int... j>
+KVMATH_INLINE_KERNEL int countBefore(const float* x, std::integer_sequence<int, j...> /*all*/) {
+    return (0 + ... + (j == k ? 0 : j < k ? (x[j] <= x[k] ? 1 : 0) : (x[k] <= x[j] ? 0 : 1)));
+}
+
+/// The bits of the y that belongs to the median by x of one window: its point has as many points before it as
+/// a sorted window has before its middle.
+template <int... k>
+KVMATH_INLINE_KERNEL unsigned medianOf(const float* x, const unsigned* y,
+                                       std::integer_sequence<int, k...> all) {
+    constexpr int kMiddle = sizeof...(k) / 2;
+    return (0U | ... | (y[k] & (countBefore<k>(x, all) == kMiddle ? ~0U : 0U)));
+}
+
+/// Medians of `count` windows, several side by side.
+template <int kWindow>
+KVMATH_INLINE_KERNEL void medianByRank(const float* x, const unsigned* y, int count, unsigned* medians) {
+    for (int i = 0; i < count; ++i)
+        medians[i] = medianOf(x + i, y + i, std::make_integer_sequence<int, kWindow>());
+}
+template <int kWindow>
+KVMATH_FOR_AVX2 void medianByRankForAvx2(const float* x, const unsigned* y, int count, unsigned* medians) {
+    medianByRank<kWindow>(x, y, count, medians);
+}
+template <int kWindow>
+void medianByRankAnywhere(const float* x, const unsigned* y, int count, unsigned* medians) {
+    medianByRank<kWindow>(x, y, count, medians);
+}
+
+using RankKernel = void (*)(const float* x, const unsigned* y, int count, unsigned* medians);
+constexpr int kWidestRanked = 9;  ///< points; the work grows as the square of the window
+
+template <int... kWindows>
+RankKernel rankKernel(int window, std::integer_sequence<int, kWindows...> /*windows*/) {
+    static constexpr RankKernel kAnywhere[] = {medianByRankAnywhere<kWindows + 1>...};
+    static constexpr RankKernel kForAvx2[] = {medianByRankForAvx2<kWindows + 1>...};
+    return Internal::hasAvx2() ? kForAvx2[window - 1] : kAnywhere[window - 1];
+}
+
+/// The medians of windows that start at [from, to), at most kRankBlock of them, of at most kWidestRanked
+/// points. False, nothing written, where there is a NaN x. `in` and `out` may be the same points.
+constexpr int kRankBlock = 64;
+bool medianOfBlock(ConstPointIterator in, PointIterator out, int from, int to, int window) {
+    float x[kRankBlock + kWidestRanked];
+    unsigned y[kRankBlock + kWidestRanked];
+    unsigned medians[kRankBlock];
+    const int size = to - from + window - 1;
+    int unset = 0;
+    for (int k = 0; k < size; ++k) {
+        x[k] = in[from + k].x;
+        std::memcpy(&y[k], &in[from + k].y, sizeof y[k]);
+        unset |= std::isnan(x[k]) ? 1 : 0;
+    }
+    if (unset != 0)
+        return false;
+    rankKernel(window, std::make_integer_sequence<int, kWidestRanked>())(x, y, to - from, medians);
+    for (int k = 0; k < to - from; ++k)
+        std::memcpy(&out[from + k].y, &medians[k], sizeof medians[k]);
+    return true;
+}
+
 constexpr int kTaps = 20;
-constexpr int kTapBlock = 64;
+constexpr int kTapBlock = 128;
 
 /// The products are of numbers in single precision. Tap 0 is 0, but still carries an infinity or NaN of its
 /// point.
@@ -51,18 +120,68 @@ constexpr double kCoefficients[kTaps] = {0.0F,    0.0013F, 0.0047F, 0.0117F, 0.0
                                          0.0824F, 0.1011F, 0.1139F, 0.1185F, 0.1139F, 0.1011F, 0.0824F,
                                          0.0612F, 0.0407F, 0.0238F, 0.0117F, 0.0047F, 0.0013F};
 
-/// The filtered heights of a block, whose own heights start behind those of the last kTaps - 1 points before
-/// it. Each sum goes from tap 0 on as a loop over one point does, but several points go side by side.
-void weigh(const double* heights, double* sums) {
-    constexpr int kLanes = 8;
-    for (int k = 0; k < kTapBlock; k += kLanes) {
-        double lanes[kLanes] = {};
-        for (int j = 0; j < kTaps; ++j) {
-            const double* const heightsOfTap = heights + k + kTaps - 1 - j;
-            for (int lane = 0; lane < kLanes; ++lane)
-                lanes[lane] += kCoefficients[j] * heightsOfTap[lane];
-        }
-        std::copy(lanes, lanes + kLanes, sums + k);
+/// The sum of one point, from tap 0 on; `heights` is the point's own, those before it lie before it.
+template <int... kTap>
+KVMATH_INLINE_KERNEL double weighted(const double* heights, std::integer_sequence<int, kTap...> /*taps*/) {
+    double sum = 0.0;
+    ((sum += kCoefficients[kTap] * heights[-kTap]), ...);
+    return sum;
+}
+
+/// `condition ? a : b`, where a loop would not be vectorised for reading only one of them.
+KVMATH_INLINE_KERNEL float oneOf(bool condition, float a, float b) {
+    unsigned bitsOfA;
+    unsigned bitsOfB;
+    std::memcpy(&bitsOfA, &a, sizeof a);
+    std::memcpy(&bitsOfB, &b, sizeof b);
+    const unsigned mask = condition ? ~0U : 0U;
+    const unsigned bits = (bitsOfA & mask) | (bitsOfB & ~mask);
+    float result;
+    std::memcpy(&result, &bits, sizeof result);
+    return result;
+}
+
+/// The points of a block behind the kTaps - 1 points before it, taken apart.
+struct TapBlock {
+    float x[kTapBlock + kTaps - 1];
+    float y[kTapBlock + kTaps - 1];
+    double heights[kTapBlock + kTaps - 1];
+};
+
+/// The filtered heights of `count` points, several side by side. A point behind a gap keeps its own; a NaN
+/// gap is none.
+KVMATH_INLINE_KERNEL void weigh(TapBlock& block, int count, float gap, float* filtered) {
+    for (int k = 0; k < count; ++k)
+        filtered[k] = static_cast<float>(
+            weighted(block.heights + kTaps - 1 + k, std::make_integer_sequence<int, kTaps>()));
+    const float* const x = block.x + kTaps - 1;
+    const float* const y = block.y + kTaps - 1;
+    for (int k = 0; k < count; ++k)
+        filtered[k] = oneOf(x[k] - x[k - 1] > gap, y[k], filtered[k]);
+}
+KVMATH_FOR_AVX2 void weighForAvx2(TapBlock& block, int count, float gap, float* filtered) {
+    weigh(block, count, gap, filtered);
+}
+
+/// Filters the points [first, first + count), at most kTapBlock, none of the first kTaps of the profile.
+/// Reads all before it writes.
+void weighBlock(ConstPointIterator in, PointIterator out, int first, int count, float gap) {
+    TapBlock block;
+    const ConstPointIterator start = in + (first - (kTaps - 1));
+    for (int k = 0; k < count + kTaps - 1; ++k) {
+        block.x[k] = start[k].x;
+        block.y[k] = start[k].y;
+        block.heights[k] = static_cast<double>(start[k].y);
+    }
+    float filtered[kTapBlock];
+    if (Internal::hasAvx2())
+        weighForAvx2(block, count, gap, filtered);
+    else
+        weigh(block, count, gap, filtered);
+    const PointIterator target = out + first;
+    for (int k = 0; k < count; ++k) {
+        target[k].x = block.x[k + kTaps - 1];
+        target[k].y = filtered[k];
     }
 }
 
@@ -93,6 +212,14 @@ void KvProfile::medFilt(KvProfile& dest, int window) const {
         const int cleanEnd = std::min(n - window, disorder - window + 2);
         for (; start < cleanEnd; ++start)
             out[start].y = in[start + middle].y;
+        if (start < n - window && window <= kWidestRanked) {
+            const int end = std::min(n - window, start + kRankBlock);
+            if (medianOfBlock(in, out, start, end, window)) {
+                start = end;
+                disorder = disorderFrom(std::max(start, disorder), n - 1);
+                continue;
+            }
+        }
         const int dirtyFrom = start;
         while (start < n - window && disorder <= start + window - 2) {
             start = std::min(n - window, disorder + 1);
@@ -148,34 +275,14 @@ void KvProfile::zebFilter20(KvProfile& dest, float gap) const {
         return;
     const auto out = dest.points.begin();
     const auto in = points.constBegin();
-    // From the end, so that in place no result is read again: a block takes its heights before it writes.
+    // From the end, so that in place no result is read again.
     int end = n;
-    for (; end - kTapBlock >= kTaps; end -= kTapBlock) {
-        const int first = end - kTapBlock;
-        double heights[kTapBlock + kTaps - 1];
-        for (int k = 0; k < kTapBlock + kTaps - 1; ++k)
-            heights[k] = static_cast<double>(in[first - (kTaps - 1) + k].y);
-        double sums[kTapBlock];
-        weigh(heights, sums);
-        for (int k = kTapBlock - 1; k >= 0; --k) {
-            const int i = first + k;
-            KvPointXY p(in[i]);
-            if (!(p.x - in[i - 1].x > gap))  // true for a NaN gap
-                p.y = static_cast<float>(sums[k]);
-            out[i] = p;
-        }
+    while (end > kTaps) {
+        const int count = std::min(kTapBlock, end - kTaps);
+        end -= count;
+        weighBlock(in, out, end, count, gap);
     }
-    for (int i = end - 1; i >= 0; --i) {
-        KvPointXY p(in[i]);
-        const bool atGap = i > 0 && p.x - in[i - 1].x > gap;
-        if (i >= kTaps && !atGap) {
-            double sum = 0;
-            for (int j = 0; j < kTaps; ++j)
-                sum += kCoefficients[j] * static_cast<double>(in[i - j].y);
-            p.y = static_cast<float>(sum);
-        }
-        out[i] = p;
-    }
+    std::copy(in, in + kTaps, out);
 }
 
 void KvProfile::zebFilter20(float gap) { zebFilter20(*this, gap); }

@@ -62,9 +62,10 @@ TEST(ProfileFilter, MedianEqualsSortingEveryWindow) {
     Draws draws(2201);
     for (int round = 0; round < 600; ++round) {
         const double run = draws.chance(0.5) ? draws.real(0.8, 1) : draws.real(0, 1);
-        const bool wide = round % 10 == 0;  // about where the kernels change over, at 64
-        const KvProfile profile = randomProfile(draws, draws.integer(0, wide ? 200 : 50),
-                                                draws.chance(0.5) ? (wide ? 0.01 : 0.15) : 0, run);
+        const bool wide = round % 10 == 0;           // about where the kernels change over, at 64
+        const bool large = wide || round % 10 == 1;  // several blocks of windows side by side
+        const KvProfile profile = randomProfile(draws, draws.integer(0, large ? 200 : 50),
+                                                draws.chance(0.5) ? (large ? 0.01 : 0.15) : 0, run);
         const int window = wide ? draws.integer(60, 70) : draws.integer(1, 14);
         SCOPED_TRACE(testing::Message() << "round " << round << " window " << window);
         KvProfile dest =
