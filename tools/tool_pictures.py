@@ -3,7 +3,7 @@
 
 usage: tool_pictures.py KVMEASURE FOLDER
 
-Writes FOLDER/tool-KIND.svg and prints the table of docs/tools.md: known value, error, stated uncertainty.
+Writes FOLDER/tool-KIND.svg and prints the table of docs/accuracy.md: known value, error, stated uncertainty.
 """
 
 import json
