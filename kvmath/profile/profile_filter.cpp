@@ -198,6 +198,14 @@ void KvProfile::medFilt(KvProfile& dest, int window) const {
     // stands, so that its middle point is the answer. Where there are some, all windows up to the next clean
     // one go together.
     const auto disorderFrom = [=](int i, int end) {
+        constexpr int kBlock = 32;  // pairs that are judged together
+        for (; end - i >= kBlock; i += kBlock) {
+            int ordered = 0;
+            for (int k = 0; k < kBlock; ++k)
+                ordered += in[i + k].x <= in[i + k + 1].x ? 1 : 0;
+            if (ordered < kBlock)
+                break;
+        }
         while (i < end && in[i].x <= in[i + 1].x)
             ++i;
         return i;

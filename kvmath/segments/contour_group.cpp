@@ -4,6 +4,7 @@
 #include <kvmath/segments/contour_group_p.h>
 
 #include <kvmath/segments/contour_ends_p.h>
+#include <kvmath/segments/double_pair_p.h>
 
 #include <cmath>
 
@@ -34,18 +35,52 @@ double leastSquareBeyond(double gap) {
     return square;
 }
 
+/// Whether all kBlock steps to the points from p on are shorter than the root of `square`.
+template <class Lanes>
+KVMATH_INLINE_KERNEL bool areShort(const Point* p, double square) {
+    constexpr int kLanes = sizeof(Lanes) / sizeof(double);
+    Lanes limit;
+    spread(square, square, limit);
+    BitsOf<Lanes> all = {};
+    all = ~all;
+    for (int k = 0; k < kBlock; k += kLanes) {
+        Lanes to[2];
+        Lanes from[2];
+        for (int half = 0; half < 2; ++half) {
+            load(p + k + half * (kLanes / 2), to[half]);
+            load(p + k + half * (kLanes / 2) - 1, from[half]);
+            to[half] -= from[half];
+            to[half] *= to[half];
+        }
+        Lanes squares;
+        addWithin(to[0], to[1], squares);
+        all &= squares < limit;
+    }
+    bool areAll = true;
+    for (int lane = 0; lane < kLanes; ++lane)
+        areAll = areAll && all[lane] != 0;
+    return areAll;
+}
+
+/// The first point from `from` on whose block of steps is not all short, or with no whole block left.
+template <class Lanes>
+KVMATH_INLINE_KERNEL int passShortBlocks(const Point* pts, int from, int n, double square) {
+    int k = from;
+    while (n - k >= kBlock && areShort<Lanes>(pts + k, square))
+        k += kBlock;
+    return k;
+}
+KVMATH_FOR_AVX2 int passShortBlocksForAvx2(const Point* pts, int from, int n, double square) {
+    return passShortBlocks<DoubleQuad>(pts, from, n, square);
+}
+
 /// The first point from `from` on that is not nearer than the gap to the one before it; n when there is none.
 int endOfRun(const Point* pts, int from, int n, double gap, double square) {
     int k = from;
     if (!(std::sqrt(squaredStep(pts + k)) < gap))
         return k;
-    for (; n - k >= kBlock; k += kBlock) {
-        int shortSteps = 0;
-        for (int i = 0; i < kBlock; ++i)
-            shortSteps += static_cast<int>(squaredStep(pts + k + i) < square);
-        if (shortSteps < kBlock)
-            break;
-    }
+    k = hasAvx2() ? passShortBlocksForAvx2(pts, k, n, square)
+                  : passShortBlocks<DoublePair>(pts, k, n, square);
     while (k < n && std::sqrt(squaredStep(pts + k)) < gap)
         ++k;
     return k;

@@ -47,9 +47,11 @@ struct FromPoint {
     Point origin;
 };
 
+struct PlainLanes {};  // a point at a time
+
 /// The greatest distance in a block, -1 when all are NaN.
-template <class Distance>
-double greatestInBlock(const Distance& distance, const Point* pts) {
+template <class Lanes, class Distance>
+KVMATH_INLINE_KERNEL double greatestInBlock(const Distance& distance, const Point* pts) {
     double greatest = -1;
     for (int k = 0; k < kBlock; ++k) {
         const double d = distance(pts[k]);
@@ -58,33 +60,47 @@ double greatestInBlock(const Distance& distance, const Point* pts) {
     return greatest;
 }
 
-// Two points at a time by the same expression. Lanes have maxima of their own, which meet at the end: a
+// Several points at a time by the same expression. Lanes have maxima of their own, which meet at the end: a
 // maximum is the same in any order.
-double greatestInBlock(const FromChord& chord, const Point* pts) {
-    const DoublePair origin = pairOf(chord.origin);
-    const DoublePair normal{chord.nx, chord.ny};
-    DoublePair greatest[2] = {{-1, -1}, {-1, -1}};
-    for (int k = 0; k < kBlock; k += 4) {
+template <class Lanes>
+KVMATH_INLINE_KERNEL double greatestInBlock(const FromChord& chord, const Point* pts) {
+    constexpr int kLanes = sizeof(Lanes) / sizeof(double);
+    Lanes origin;
+    Lanes normal;
+    Lanes greatest[2];
+    spread(chord.origin.x, chord.origin.y, origin);
+    spread(chord.nx, chord.ny, normal);
+    for (Lanes& lanes : greatest)
+        spread(-1.0, -1.0, lanes);
+    for (int k = 0; k < kBlock; k += 2 * kLanes) {
         for (int half = 0; half < 2; ++half) {
-            const DoublePair first = normal * (origin - pairOf(pts[k + 2 * half]));
-            const DoublePair second = normal * (origin - pairOf(pts[k + 2 * half + 1]));
-            const DoublePair offsets = DoublePair{first[0], second[0]} + DoublePair{first[1], second[1]};
-            greatest[half] = greater(magnitudes(offsets), greatest[half]);
+            Lanes first;
+            Lanes second;
+            load(pts + k + half * kLanes, first);
+            load(pts + k + half * kLanes + kLanes / 2, second);
+            first = normal * (origin - first);
+            second = normal * (origin - second);
+            Lanes offsets;
+            addWithin(first, second, offsets);
+            takeGreaterMagnitudes(offsets, greatest[half]);
         }
     }
-    const DoublePair both = greater(greatest[0], greatest[1]);
-    return std::max(both[0], both[1]);
+    takeGreater(greatest[1], greatest[0]);
+    double all = greatest[0][0];
+    for (int lane = 1; lane < kLanes; ++lane)
+        all = std::max(all, greatest[0][lane]);
+    return all;
 }
 
 /// First of the farthest points in from .. to - 1. Whole blocks are asked for their maximum only; where it
 /// exceeds all before, the point is looked up after the scan.
-template <class Distance>
-Farthest farthestPoint(const Distance& distance, const Point* pts, int from, int to) {
-    Farthest found;
+template <class Lanes, class Distance>
+KVMATH_INLINE_KERNEL void findFarthest(const Distance& distance, const Point* pts, int from, int to,
+                                       Farthest& found) {
     int block = -1;
     int k = from;
     for (; to - k >= kBlock; k += kBlock) {
-        const double d = greatestInBlock(distance, pts + k);
+        const double d = greatestInBlock<Lanes>(distance, pts + k);
         if (d > found.distance) {
             found.distance = d;
             block = k;
@@ -101,14 +117,22 @@ Farthest farthestPoint(const Distance& distance, const Point* pts, int from, int
         const auto isFarthest = [&](const Point& p) { return distance(p) == found.distance; };
         found.index = static_cast<int>(std::find_if(pts + block, pts + block + kBlock, isFarthest) - pts);
     }
-    return found;
+}
+KVMATH_FOR_AVX2 void findFarthestForAvx2(const FromChord& chord, const Point* pts, int from, int to,
+                                         Farthest& found) {
+    findFarthest<DoubleQuad>(chord, pts, from, to, found);
 }
 
 Farthest farthestFromChord(const Point* pts, int i, int j) {
     const FromChord chord(pts[i], pts[j]);
+    Farthest found;
     if (chord.length == 0)
-        return farthestPoint(FromPoint{pts[i]}, pts, i + 1, j);
-    return farthestPoint(chord, pts, i + 1, j);
+        findFarthest<PlainLanes>(FromPoint{pts[i]}, pts, i + 1, j, found);
+    else if (hasAvx2())
+        findFarthestForAvx2(chord, pts, i + 1, j, found);
+    else
+        findFarthest<DoublePair>(chord, pts, i + 1, j, found);
+    return found;
 }
 
 /// No distance between such points overflows, none is NaN.

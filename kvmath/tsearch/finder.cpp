@@ -1,6 +1,7 @@
 #include <kvmath/tsearch/finder.h>
 
 #include <kvmath/base/count_p.h>
+#include <kvmath/numerics/scratch_p.h>
 #include <kvmath/profile/profile.h>
 #include <kvmath/segments/line_extraction_p.h>
 #include <kvmath/tsearch/measurement_list.h>
@@ -8,7 +9,9 @@
 #include <kvmath/tsearch/template.h>
 #include <kvmath/tsearch/template_check_p.h>
 
+#include <cstddef>
 #include <memory>
+#include <new>
 #include <vector>
 
 namespace KvMath {
@@ -17,13 +20,27 @@ namespace {
 
 using Results = QList<TSLinesIndecies>;
 
-std::vector<KvVector2D<double>> widened(const QList<KvPointXY>& points) {
-    std::vector<KvVector2D<double>> wide(static_cast<size_t>(points.size()));
-    KvVector2D<double>* to = wide.data();
-    for (const KvPointXY& p : points)
-        *to++ = {static_cast<double>(p.x), static_cast<double>(p.y)};
-    return wide;
-}
+/// The points in double, in storage that nothing fills before.
+class WidePoints {
+public:
+    explicit WidePoints(const QList<KvPointXY>& points)
+        : size_(Internal::countOf(points)), scratch_(2 * static_cast<std::ptrdiff_t>(size_)) {
+        if (scratch_.data() == nullptr)
+            throw std::bad_alloc();
+        const auto from = points.constBegin();
+        const auto to = static_cast<KvVector2D<double>*>(static_cast<void*>(scratch_.data()));
+        for (int i = 0; i < size_; ++i)
+            ::new (to + i) KvVector2D<double>(static_cast<double>(from[i].x), static_cast<double>(from[i].y));
+        points_ = to;
+    }
+    const KvVector2D<double>* data() const { return points_; }
+    int size() const { return size_; }
+
+private:
+    int size_;
+    Internal::Scratch scratch_;
+    const KvVector2D<double>* points_ = nullptr;
+};
 
 TSLinesIndecies storedOrder(int segments) {
     std::vector<int> codes(static_cast<size_t>(segments));
@@ -55,8 +72,8 @@ bool findTemplate(const KvProfile& profile, TSTemplate* templ, const TSFindTempl
                   QList<LinePP>& lines, QList<TSLinesIndecies>& results) {
     lines.clear();
     results.clear();
-    const std::vector<KvVector2D<double>> points = widened(profile.points);
-    Internal::extractSegments(points.data(), static_cast<int>(points.size()), params, lines);
+    const WidePoints points(profile.points);
+    Internal::extractSegments(points.data(), points.size(), params, lines);
     if (templ == nullptr)
         return true;
     if (templ->getTemplateLinesNumber() == 0)
