@@ -34,10 +34,10 @@ const Usage usage = withScanOptions(withLimits(
       {"--coin", "MM",
        "radius of the coin that rolls around the object; it bridges gaps up to twice that (1/8 of the "
        "smaller side)"},
-      {"--split", "MM", "deviation at which a line is divided (4 times the distance of points)"},
+      {"--split", "MM", "deviation at which a line is divided (4 times the point distance)"},
       {"--min-length", "MM", "shorter lines are left out (1/10 of the smaller side)"},
-      {"--gap", "MM", "a larger step of x divides a profile (5 times the distance of points)"},
-      {"--min-run", "MM", "shorter pieces of a profile are left out (10 times the distance of points)"},
+      {"--gap", "MM", "a larger step of x divides a profile (5 times the point distance)"},
+      {"--min-run", "MM", "shorter pieces of a profile are left out (10 times the point distance)"},
       {"--join", "MM", "a larger distance of hull points interrupts a line (2.02 times the coin)"},
       {"--step", "MM", "distance of the profiles (as measured)"},
       {"--passes", "N", "of the line search, 0 to 1000 (3)"},
@@ -45,7 +45,7 @@ const Usage usage = withScanOptions(withLimits(
       {"--raw", "", "lines as they come from the hull, neither joined nor fitted"},
       {"--edge-compensation",
        "on|off",
-       "sides lie half a distance of points beyond the last points (on)",
+       "sides lie half a point distance beyond the last points (on)",
        {"on", "off"}},
       {"--all-points", "", "rolls the coin around all points, not those on edges alone"},
       {"--svg", "PICTURE", "view from above with edge points, hull, lines, lengths and angles"}},
@@ -56,7 +56,7 @@ const Usage usage = withScanOptions(withLimits(
      "outermost\n"
      "points: a small one follows the edge, a large one closes notches. No point lies on the edge itself, so "
      "each side\n"
-     "is moved outwards by half a distance of points (column \"free edge\"). Angles are those inside the "
+     "is moved outwards by half a point distance (column \"free edge\"). Angles are those inside the "
      "object, "
      "where a\n"
      "line meets the next one. The object that reaches the lowest x is taken; leave others out by --x and "
@@ -174,7 +174,7 @@ KvMath::KvMatrixCloud gridOf(const KvMath::KvProfileZSet& stack, const QString& 
         KvMath::KvProfileZSet ranged = stack;
         ranged.calcRange();
         throw Error(
-            filledIn("the scan is too large for its distance of points: x from %1 to %2 mm, scan from %3 to "
+            filledIn("the scan is too large for its point distance: x from %1 to %2 mm, scan from %3 to "
                      "%4 mm; leave points far off out by --x and --scan",
                      mm(double(ranged.minX)), mm(double(ranged.maxX)), mm(double(ranged.minZ)),
                      mm(double(ranged.maxZ))));

@@ -30,7 +30,7 @@ namespace {
 constexpr double kFinest = 1e-6;  // mm
 
 const std::vector<Option> gridOptions = {
-    {"--step-x", "MM", "size of a cell along x (the scan's own distance of points)"},
+    {"--step-x", "MM", "size of a cell along x (the scan's own point distance)"},
     {"--step-scan", "MM", "size of a cell along the scan (the scan's own distance of profiles)"},
 };
 
@@ -66,7 +66,7 @@ const Usage sectionUsage = withGrid(
           {"--format", "NAME", "of --out: csv, kv-csv or record (csv)", formNames()},
           {"--svg", "PICTURE", "draw the profile"}}));
 
-/// The scan's own distances of points, or the cells that were asked for.
+/// The scan's own point distances, or the cells that were asked for.
 Steps readSteps(const Arguments& arguments, const KvMath::KvProfileZSet& stack) {
     Steps steps = estimateSteps(stack);
     steps.x = arguments.number("--step-x", steps.x, kFinest, kFarthest);

@@ -9,7 +9,7 @@
 // never column 0, and limits that are still out of order are a failure. A compact table holds the columns of
 // the window; the limits are only told.
 //
-// Every builder refuses a record with a gap: a step below 500 without any line right behind a step with one.
+// Every builder refuses a record with a gap: a step below 500 without any line right after a step with one.
 // On false the table is untouched, and for a gap the limits too. Cost: one pass over the record, and the
 // cells; 30 kilobytes of work storage.
 

@@ -23,7 +23,7 @@ public:
     int thinOut(int minCount, std::vector<bool>& gone) const;
 
 private:
-    std::vector<int> first_;   ///< per ball, and the end behind the last
+    std::vector<int> first_;   ///< per ball, and the end after the last
     std::vector<int> points_;  ///< indices, ball by ball
 };
 

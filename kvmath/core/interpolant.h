@@ -46,8 +46,8 @@ public:
 
     /// Replaces the points of `out` by the values at start, start + step, ... below the end. The start is
     /// xFrom or the first knot, whichever is greater, the end xTo or the last knot, whichever is less; NaN is
-    /// no limit. The start is always evaluated: it is the only point when the end does not lie behind it, and
-    /// for a NaN step. A start behind the last knot gives no points. x is summed in float; a step lost in
+    /// no limit. The start is always evaluated: it is the only point when the end does not lie beyond it, and
+    /// for a NaN step. A start beyond the last knot gives no points. x is summed in float; a step lost in
     /// rounding ends the run. The range becomes NaN, that of an empty `out` stays as it was. Returns the
     /// number of points. 0, with `out` untouched, when step <= 0, nothing is built or more than 2^24 points
     /// are asked for.

@@ -179,7 +179,7 @@ public:
     /// and has its zIndexBuilt lowered, also when it is this cloud. Only the points between two entries of
     /// zIndex are looked at, so the cloud must be sorted by z, in either sense (z of the last set point below
     /// that of the first: descending); the index is built when zIndexBuilt is false. Call buildZIndex again
-    /// after removals or a shift in z: points can be missed with a stale index and behind an unset z, which
+    /// after removals or a shift in z: points can be missed with a stale index and after an unset z, which
     /// interrupts the order; nothing outside is ever read. `flag` has no effect.
     void extract(KvPointCloud& dest, float xmin, float xmax, float ymin, float ymax, float zmin, float zmax,
                  bool flag);
@@ -207,7 +207,7 @@ public:
     int sphericalFilter2(float cell, float second, int minCount);
 
     /// Slices the cloud (sorted by z) into slabs of `step` mm along z and, for each slab with points before
-    /// the lowest one left of its highest point or behind the lowest one right of it, trims the whole cloud
+    /// the lowest one left of its highest point or after the lowest one right of it, trims the whole cloud
     /// to the place of that flank point: what is left is empty or one place. The range is computed first.
     /// Nothing else happens when step is not > 0 or too small for the extent.
     void clearEdgeEffect(float step);

@@ -49,7 +49,7 @@ private:
     QByteArray pending_;
 };
 
-/// Records on their way out of a file, read in large pieces. The file stands behind what is asked for.
+/// Records on their way out of a file, read in large pieces. The file stands after what is asked for.
 class RecordReader {
 public:
     explicit RecordReader(QFile& file) : file_(file) {}

@@ -14,7 +14,7 @@ KVMATH_EXPORT void cubicInterpolation(int n, const double* x, const double* y, d
                                       double slopeEnd, double** coeffs);
 
 /// Value at t of the spline made by cubicInterpolation. A knot inside belongs to the piece on its right;
-/// before the first and behind the last knot the end pieces go on. n < 2: NaN. Logarithmic time.
+/// before the first and after the last knot the end pieces go on. n < 2: NaN. Logarithmic time.
 KVMATH_EXPORT double getCubicInterpolatedValue(double t, int n, const double* x, double** coeffs);
 
 }  // namespace KvMath

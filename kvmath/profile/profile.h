@@ -32,7 +32,7 @@ public:
     KvProfile(const float* buffer, unsigned short count);  ///< runs copyFromXYPointsBuffer
     KvProfile& operator=(const KvProfile& other);          ///< takes over the points and, verbatim, the range
 
-    /// Appends `count` points from x0, y0, x1, y1, ..., mm, behind the present ones. A null buffer or count 0
+    /// Appends `count` points from x0, y0, x1, y1, ..., mm, after the present ones. A null buffer or count 0
     /// appends nothing.
     void copyFromXYPointsBuffer(const float* buffer, unsigned short count);
 
@@ -68,7 +68,7 @@ public:
     /// greater the last. A point at exactly `x` met before answers at once. NaN unless both the spacing of
     /// the pair and the distance of `x` from it are <= tolerance, mm. A pair of equal x gives its mean
     /// height. One point answers within the tolerance; none: NaN. `index`, optional, receives the pair's
-    /// first index, -1 before the first point, size - 1 behind the last; it is written only when a pair is
+    /// first index, -1 before the first point, size - 1 after the last; it is written only when a pair is
     /// chosen.
     float calcY(float x, float tolerance, int* index) const;
     /// Coefficient of linear correlation of x and y over all points; products in single precision, sums in
@@ -96,8 +96,8 @@ public:
     int removeDuplicates();
     /// Removes duplicates, sorts by x and replaces the points by samples of the interpolant every `step` mm,
     /// from xFrom or the first point, whichever is greater, to below xTo or the last point, whichever is less
-    /// (NaN: no limit). The first sample alone is taken when the end does not lie behind it (an xTo before
-    /// the first point, reversed bounds) and for a NaN step; an xFrom behind the last point leaves none. The
+    /// (NaN: no limit). The first sample alone is taken when the end does not lie beyond it (an xTo before
+    /// the first point, reversed bounds) and for a NaN step; an xFrom beyond the last point leaves none. The
     /// range becomes NaN. Returns the number of points. 0, the points only deduplicated and sorted, range as
     /// it was: step <= 0, another type, fewer than two usable points, an interpolant that floats cannot hold,
     /// or more than 2^24 samples.
@@ -197,7 +197,7 @@ public:
     /// alone. Fewer than window + 2 points: nothing. Takes size * window steps.
     void diffFilt(KvProfile& dest, int window) const;
     /// 20-tap low-pass over y (gain 1.0001, lags by 10 points); dest gets x too. The first 20 points and
-    /// those more than `gap` mm behind their predecessor keep their y; NaN gap: no test. Fewer than 20
+    /// those more than `gap` mm after their predecessor keep their y; NaN gap: no test. Fewer than 20
     /// points: nothing.
     void zebFilter20(KvProfile& dest, float gap) const;
     void zebFilter20(float gap);  ///< runs zebFilter20(*this, gap): no result enters a later one

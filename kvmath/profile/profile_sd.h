@@ -26,7 +26,7 @@ public:
     KvProfileSD(const KvProfile& profile);
     KvProfileSD(const KvProfileSD& other);  ///< copies points, range and both blocks
 
-    /// Appends the other's points behind the own ones, by design, and takes its two tags; range and reserved
+    /// Appends the other's points after the own ones, by design, and takes its two tags; range and reserved
     /// bytes stay. Assigned to itself it so doubles its points.
     KvProfileSD& operator=(const KvProfileSD& other);
     KvProfileSD& operator=(const KvProfile& other);  ///< appends the points, by design; nothing else changes
@@ -34,7 +34,7 @@ public:
     /// Writes one record at the device's position: marker 0x85, 16-bit count, both blocks, points, all
     /// little-endian. Long profiles as in KvProfileZ. False on the first short write.
     bool writeToFile(QFile& file) const;
-    /// Writes the record into a file: with `append` behind what `path` holds, otherwise over it. False if it
+    /// Writes the record into a file: with `append` after what `path` holds, otherwise over it. False if it
     /// cannot be opened or written completely; what the file held before `append` then stays.
     bool writeToFile(QString path, bool append) const;
 

@@ -26,11 +26,11 @@ public:
     int size() const;                        ///< number of profiles
     bool isEmpty() const;                    ///< true without profiles, however many points they hold
     void clear();                            ///< removes all profiles; range and zStep become NaN
-    void append(const KvProfileZ& profile);  ///< puts a copy behind the last profile
+    void append(const KvProfileZ& profile);  ///< puts a copy after the last profile
     KvProfileZ& operator[](int i);           ///< profile i to be changed; 0 <= i < size(), not checked
     const KvProfileZ& at(int i) const;       ///< profile i to be read; 0 <= i < size(), not checked
 
-    // --- Files: one KvProfileZ record behind the other, no head and no count ---
+    // --- Files: one KvProfileZ record after another, no head and no count ---
 
     /// Makes `path` a file of these records. False if it cannot be opened or written completely; a regular
     /// file that was opened is then removed.
@@ -85,7 +85,7 @@ public:
     /// the mean heights of the profiles over z, less that line's mean. Profiles without z or height take no
     /// part and stay. False, nothing changed, below two distinct z.
     bool removePCfromZ();
-    /// Removes from each profile the points before the lowest one left of its highest point and behind the
+    /// Removes from each profile the points before the lowest one left of its highest point and after the
     /// lowest one right of it. Of equal heights: the later highest, the later lowest left of it, the last
     /// lowest right of it. Unset heights are neither.
     void clearEdgeEffect();

@@ -21,10 +21,10 @@ struct TSConstraintReading {
     double upper = -1e100;     ///< greatest value that passes, as check compares it; -1e100 is no bound
     Unit unit = Millimetre;    ///< of value and bounds
     bool isSatisfied = false;  ///< what check returns
-    QString note;              ///< what belongs behind the value: "to the right"; mostly empty
-    QString boundsNote;   ///< what belongs behind the bounds: "to the left"; empty when the demand is met
-    QString fault;        ///< why check refuses, where the bounds do not tell; mostly empty
-    double missedBy = 0;  ///< how far the demand beside the bounds is from being met, in `unit`; 0: met
+    QString note;              ///< what belongs after the value: "to the right"; mostly empty
+    QString boundsNote;        ///< what belongs after the bounds: "to the left"; empty when the demand is met
+    QString fault;             ///< why check refuses, where the bounds do not tell; mostly empty
+    double missedBy = 0;       ///< how far the demand beside the bounds is from being met, in `unit`; 0: met
 };
 
 /// Type names of the kinds, in a fixed order.

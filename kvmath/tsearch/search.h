@@ -31,7 +31,7 @@ struct DefaultCheckFunctionParams {
 /// - best(lines, candidate, currentBest, nTemplateLines, bestData): true when the candidate is to replace
 ///   the current best, which has negative entries while there is none. Null acts as defaultBestFunction.
 /// - result null: a new search; the array (new int[nTemplateLines]) is the caller's, also when nothing is
-///   found: it then holds -1 (allowReversed) or -2. result from an earlier call: goes on behind that
+///   found: it then holds -1 (allowReversed) or -2. result from an earlier call: goes on after that
 ///   assignment; when nothing follows the array stays as given. With findBest it is the current best to be
 ///   beaten: true, and the array as given, when what follows is admissible but no better.
 /// The segments are read by the callbacks alone. An unconstrained template of T lines over N segments has

@@ -13,7 +13,7 @@ namespace KvMath {
 /// What a calibration looked at, for display.
 struct _KvORBIS_DbgData_ {
     QList<KvProfile> profiles;   ///< one per call, as it was given
-    QList<QList<KvLine>> lines;  ///< per call, two for each apex: before and behind it
+    QList<QList<KvLine>> lines;  ///< per call, two for each apex: before and after it
     QList<KvPointXY> points;     ///< apexes of all calls, mm
 };
 

@@ -1,7 +1,7 @@
 #pragma once
 // Splits the recording of a scanner during a train pass into files of one wheel each.
 //
-// A recording is named STEM_SERIAL.bin and holds the scanner's profiles one behind the other, as records of
+// A recording is named STEM_SERIAL.bin and holds the scanner's profiles one after another, as records of
 // KvPointCloud<KvPointXY> or of KvProfileZ. The profiles of wheel w (from 1) go to "./STEM_SERIAL/ww_pp.bin",
 // pp from 1, relative to the current directory (an absolute name keeps its directory). Memory holds one
 // profile.
@@ -33,7 +33,7 @@ namespace KvMath {
 /// undone, files and number, when a profile without wheel ends it; at the end of the recording it is kept.
 ///
 /// False, `*wheelCount` untouched: a null pointer, a serial that is not configured (a missing SN ends the
-/// search; behind 49 others index 50 is used), a recording that cannot be opened. A damaged record ends the
+/// search; after 49 others index 50 is used), a recording that cannot be opened. A damaged record ends the
 /// recording: true. Files that cannot be written or deleted go unreported; existing ones are overwritten.
 KVMATH_EXPORT bool ORBIS_detectWheels(QString fileName, QSettings* settings, int mode, int* wheelCount);
 

@@ -11,7 +11,7 @@ namespace KvMath {
 /// with at least two digits.
 KVMATH_EXPORT QString wheelFileName(int wheel, int profile);
 
-/// The name is one of these: two numbers of at least two digits, with "_" between and ".bin" behind.
+/// The name is one of these: two numbers of at least two digits, with "_" between and ".bin" at the end.
 KVMATH_EXPORT bool isWheelFileName(const QString& name);
 
 }  // namespace KvMath

@@ -41,9 +41,9 @@ KVMATH_EXPORT bool ORBIS_calcWheel(const KvPointCloud<KvPointXYZ>& a, const KvPo
 /// Flange height, thickness and position of a wheel from its points and its circle.
 ///
 /// The wheel profile: x = Y, y = largest radius - radius about the circle's centre, sorted by x, smallest x
-/// and y 0. On it, in this order: the flange top, the point of least depth > 0; behind it the pair of
-/// neighbours that passes the depth 2 (its middle is the flank); behind the flank the depth at x = 70, the
-/// flange height (the mean of its two neighbours where they are at most 0.01 apart); behind the top the
+/// and y 0. On it, in this order: the flange top, the point of least depth > 0; after it the pair of
+/// neighbours that passes the depth 2 (its middle is the flank); after the flank the depth at x = 70, the
+/// flange height (the mean of its two neighbours where they are at most 0.01 apart); after the top the
 /// middle of the pair that passes flange height - 13, the flange thickness being the way there from the
 /// flank; value[8] with a nominal 30 from 29 on, else 28; at last the position at 18. No search looks at
 /// the last point. A step that finds nothing ends it: its value and later ones are NaN.

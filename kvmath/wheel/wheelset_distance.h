@@ -23,8 +23,8 @@ KVMATH_EXPORT float ORBIS_calcWheelsDist(KvProfile& profileA, KvProfile& profile
 /// group G, SENSOR1 or SENSOR2, whose "SN" it equals: reference line "G/k2", "G/b2", high level line
 /// "G/level_k", "G/level_b" (all 0 by default), and "calibrLines2" for both.
 ///
-/// Of each wheel the profile behind the one with most points is taken, cut with the level line, the first if
-/// the first has most: deliberately so; where the last has most there is none behind it, and the distance is
+/// Of each wheel the profile after the one with most points is taken, cut with the level line, the first if
+/// the first has most: deliberately so; where the last has most there is none after it, and the distance is
 /// NaN.
 ///
 /// False, with the distances so far in place: null settings or distances, an unknown serial, no directory, a
@@ -33,7 +33,7 @@ KVMATH_EXPORT bool ORBIS_calcWheelsDistInTrain(QString recordingA, QString recor
                                                QSettings* settings, float* const distances);
 
 /// The distances of wheelsets firstWheel ... firstWheel + wheelCount - 1, as the form from wheelset 1 on, to
-/// distances[0 ... wheelCount - 1]: behind a wheel that one scanner missed the work can go on. False also for
+/// distances[0 ... wheelCount - 1]: after a wheel that one scanner missed the work can go on. False also for
 /// a firstWheel below 1 or a last wheel that is no int.
 KVMATH_EXPORT bool ORBIS_calcWheelsDistInTrain(QString recordingA, QString recordingB, int firstWheel,
                                                int wheelCount, QSettings* settings, float* const distances);

@@ -16,12 +16,12 @@
 
 namespace KvMeasure {
 
-/// Tells lists of names apart by their order and content. The digest of one list behind another follows from
+/// Tells lists of names apart by their order and content. The digest of one list after another follows from
 /// those of both. Lists differ by chance with equal digests once in 1e18 pairs.
 class KVMEASURE_EXPORT ListDigest {
 public:
     void add(const QByteArray& name);        ///< the next name of the list
-    void append(const ListDigest& behind);   ///< all names of another list, behind those of this one
+    void append(const ListDigest& behind);   ///< all names of another list, after those of this one
     qint64 count() const { return count_; }  ///< names
     QByteArray text() const;                 ///< 16 hexadecimal digits
     /// The digest with this text and number of names. False, this one as it was, for a text that is none.
@@ -64,7 +64,7 @@ public:
     /// openRegularFile refuses, a line of more than 64 kB, bytes 0 (UTF-16), and a list without names.
     explicit FileList(const QString& path);
 
-    /// Replaces `file` by the next one, in order; false behind the last.
+    /// Replaces `file` by the next one, in order; false after the last.
     bool next(ListedFile& file);
     const QString& path() const { return path_; }            ///< of the list
     const ListDigest& digest() const { return digest_; }     ///< of all lines with a name

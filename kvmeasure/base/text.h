@@ -15,10 +15,10 @@ KVMEASURE_EXPORT QString alternatives(const QStringList& words);
 /// it. False, `value` untouched, for anything else: no text, "nan", "inf", "1e999", "1,5".
 KVMEASURE_EXPORT bool parseNumber(const QString& text, double& value);
 
-/// What may stand behind an angle: "deg" and the degree sign.
+/// What may stand after an angle: "deg" and the degree sign.
 KVMEASURE_EXPORT QStringList degreeUnits();
 
-/// Reads a number as parseNumber does, with one of the units behind it or without: "5", "5deg", "5 deg". The
+/// Reads a number as parseNumber does, with one of the units after it or without: "5", "5deg", "5 deg". The
 /// first unit that the text ends with is taken, case by case; the value is not converted. False, `value`
 /// untouched, for anything else, a unit alone among it.
 KVMEASURE_EXPORT bool parseQuantity(const QString& text, const QStringList& units, double& value);

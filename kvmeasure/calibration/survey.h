@@ -14,7 +14,7 @@ struct StepRange {
     int first = 0;      ///< first step, from 0
     int last = 0;       ///< last step, included
     double zFirst = 0;  ///< z of the first, mm; of an empty range, of the step before it
-    double zLast = 0;   ///< z of the last, mm; of an empty range, of the step behind it
+    double zLast = 0;   ///< z of the last, mm; of an empty range, of the step after it
 };
 
 /// The steps of a record against the cells of a table, which hold z from 0 to twice the range.

@@ -75,7 +75,7 @@ private:
 };
 
 void MapPainter::drawDeviations() {
-    constexpr double kWider = 1.34;  // than the distances of points
+    constexpr double kWider = 1.34;  // than the point distances
     const Projection& view = drawing_.view;
     const Internal::ScanRows rows(*map_.scan);
     const auto cells = [](double pixels, double mm, double step) {

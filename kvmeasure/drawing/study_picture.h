@@ -23,9 +23,9 @@ struct StudyPicture {
 };
 
 /// An SVG document. Left: repeatability, reproducibility, interaction where there is one, gauge and parts as
-/// shares of the scatter of all and, with a tolerance, six deviations as shares of it; lines at 10 and 30 %.
-/// Right: the readings of up to 200 parts, a colour for each of the first eight appraisers, whose means are
-/// joined. Without readings: axes alone.
+/// shares of the scatter of all and, with a tolerance, six standard deviations as shares of it; lines at 10
+/// and 30 %. Right: the readings of up to 200 parts, a colour for each of the first eight appraisers, whose
+/// means are joined. Without readings: axes alone.
 KVMEASURE_EXPORT QByteArray drawStudy(const StudyPicture& picture);
 
 }  // namespace KvMeasure

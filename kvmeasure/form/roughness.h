@@ -47,7 +47,7 @@ struct KVMEASURE_EXPORT Roughness {
     int sections = 0;              ///< sampling lengths evaluated
     double from = 0;               ///< where the evaluation length begins, mm
     double to = 0;                 ///< where it ends
-    double pitch = 0;              ///< median distance of points along x, mm
+    double pitch = 0;              ///< median point distance along x, mm
     std::vector<double> waviness;  ///< mean line less the straight line, of each point in ascending x
     std::vector<double> heights;   ///< roughness likewise
     std::vector<double> x;         ///< their places

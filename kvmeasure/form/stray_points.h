@@ -28,9 +28,9 @@ struct KVMEASURE_EXPORT StrayPoints {
 /// The stray points of a surface, a profile or a circle. Distances from the plane, line or circle of least
 /// squares (of the points that are left, in three passes) are compared with the median of the distances in
 /// the cells around; a cell is `cell` mm wide, or, NaN, wide enough for 16 points on average. A point is
-/// stray beyond `cut` deviations; one with fewer than four neighbours beyond as many deviations of all points
-/// from their median. Where all distances are equal nothing is. Fewer than 8 points: none. A surface or
-/// profile that is not upright is fitted in height, and a stray counts to the cell below it.
+/// stray beyond `cut` standard deviations; one with fewer than four neighbours beyond as many deviations of
+/// all points from their median. Where all distances are equal nothing is. Fewer than 8 points: none. A
+/// surface or profile that is not upright is fitted in height, and a stray counts to the cell below it.
 KVMEASURE_EXPORT StrayPoints strayPoints(const std::vector<SpacePoint>& surface, double cut,
                                          double cell = std::numeric_limits<double>::quiet_NaN());
 /// Of a profile.

@@ -44,7 +44,7 @@ struct KVMEASURE_EXPORT Anchor {
 KVMEASURE_EXPORT const QStringList& anchorKinds();
 
 /// Reads "A = max in R from 1.5 20", "A = line in R from 0 0 2.5deg" and "A = template floor". The numbers
-/// behind "from" are x, z and the direction in degrees of the taught place; all 0 unless given. Throws Error
+/// after "from" are x, z and the direction in degrees of the taught place; all 0 unless given. Throws Error
 /// with parameter() "anchor" for anything else.
 KVMEASURE_EXPORT Anchor parseAnchor(const QString& text);
 

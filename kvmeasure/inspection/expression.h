@@ -8,7 +8,7 @@ namespace KvMeasure {
 
 /// Adds what `text` asks for, statements in the grammar of measureHelp: to plan.measurements and plan.means
 /// what measures lines of the template, to plan.tools what measures regions. A word that is a kind of both
-/// means regions where the name behind it is one of plan.regions. Template lines are named as in
+/// means regions where the name after it is one of plan.regions. Template lines are named as in
 /// plan.lineNames or by number. Angles are degrees here and radians in KvMath. Returns the tolerances by
 /// result name. Text without a statement adds nothing. Throws Error with parameter() "measure" that quotes
 /// the statement and says what was expected, also where two results, parts of means among them, would have

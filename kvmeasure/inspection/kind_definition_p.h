@@ -14,5 +14,5 @@ const MeasurementKind* kindRow() {
 
 }  // namespace KvMeasure::Internal
 
-/// Makes the row of a class, behind its definition.
+/// Makes the row of a class, after its definition.
 #define KVMEASURE_KIND(KIND) template const MeasurementKind* kindRow<KIND>();

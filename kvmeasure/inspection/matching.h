@@ -39,7 +39,7 @@ struct KVMEASURE_EXPORT Value {
     double freeEdges = 0;  ///< mm or degrees, what the compensation of free edges added
     double u = std::numeric_limits<double>::quiet_NaN();  ///< one standard uncertainty of the value, in its
                                                           ///< unit; NaN: not known
-    double degreesOfFreedom = std::numeric_limits<double>::infinity();  ///< behind `u`
+    double degreesOfFreedom = std::numeric_limits<double>::infinity();  ///< of `u`
     double propagatedU = std::numeric_limits<double>::quiet_NaN();  ///< where `u` is from simulated noise:
                                                                     ///< what propagation gave
     double statedU = 0;                    ///< the part of `u` that the plan states, see StatedUncertainty

@@ -28,9 +28,9 @@ public:
     virtual QString help() const = 0;   ///< what is measured, in lines of at most 78 characters
     /// Words in small letters that users may try instead of its own.
     virtual QStringList otherWords() const { return {}; }
-    /// Why a tolerance cannot stand behind the statement; empty: it can.
+    /// Why a tolerance cannot stand after the statement; empty: it can.
     virtual QString whyNoTolerance() const { return {}; }
-    /// Takes the words behind its own and adds to the plan what they ask for. Leaves words that it cannot
+    /// Takes the words after its own and adds to the plan what they ask for. Leaves words that it cannot
     /// use, which the caller refuses.
     virtual void read(Statement& statement) const = 0;
 };

@@ -60,8 +60,8 @@ struct InspectionPlan {
     QList<FilterStep> filter;  ///< steps that every profile goes through first, in order
     QList<Region> regions;     ///< what tools and anchors read, each of another name
     QList<Anchor> anchors;     ///< what regions move with, each of another name
-    QList<Tool> tools;         ///< measured behind the measurements, in the order of the results
-    std::optional<PlanMaster> master;  ///< what the part is compared with, behind the tools; it is taken as
+    QList<Tool> tools;         ///< measured after the measurements, in the order of the results
+    std::optional<PlanMaster> master;  ///< what the part is compared with, after the tools; it is taken as
                                        ///< it is, without the filter steps
     Decision decision = Decision::Simple;  ///< how values are judged by their tolerances
     StatedUncertainty calibration;         ///< what is added to the uncertainty of the values
@@ -85,7 +85,7 @@ KVMEASURE_EXPORT QList<ValueName> valueNames(KvMath::TSMeasurement& measurement)
 /// What all measurements and means deliver, in the order of the tables; parts of means are not shown.
 KVMEASURE_EXPORT QList<ValueName> measurementNames(const InspectionPlan& plan);
 
-/// The same with the values of the tools and of the master behind them: all columns of a table.
+/// The same with the values of the tools and of the master after them: all columns of a table.
 KVMEASURE_EXPORT QList<ValueName> valueNames(const InspectionPlan& plan);
 
 /// What does not go together in a plan, with its place, e.g. `tools[2] "top": there is no region "S"`: a name

@@ -47,7 +47,8 @@ struct KVMEASURE_EXPORT Registration {
 
 /// How points are laid on a master.
 struct RegistrationSettings {
-    bool isRobust = true;  ///< points off by more than 3.5 deviations (from the median of sizes) are left out
+    /// Points off by more than 3.5 standard deviations (from the median of sizes) are left out.
+    bool isRobust = true;
     bool findsStart =
         true;  ///< tries shifts and turns of the whole profile first; otherwise from where it is
 };

@@ -27,14 +27,14 @@ public:
 
     const QString& name() const { return name_; }  ///< as written, or else all words
     bool hasTolerance() const { return hasTolerance_; }
-    const QString& tolerance() const { return tolerance_; }  ///< the text behind the colon
+    const QString& tolerance() const { return tolerance_; }  ///< the text after the colon
     InspectionPlan& plan() const { return plan_; }
 
     bool atEnd() const { return words_.isEmpty(); }
     QString next() const { return words_.value(0); }  ///< the next word, which stays; empty at the end
     bool isLine(const QString& word) const;           ///< a template line, with an end or without
     QString take(const QString& expected);            ///< the next word; `expected` says what it should be
-    /// A finite number, with one of the units behind it or without.
+    /// A finite number, with one of the units after it or without.
     double takeNumber(const QString& expected, const QStringList& units = {});
     Place takePlace();  ///< a template line with ".start" or ".end", or without
     int takeLine();     ///< a template line without an end

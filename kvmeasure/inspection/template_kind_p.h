@@ -43,7 +43,7 @@ const TemplateKind& templateKind(KvMath::TSMeasurement& measurement);
 /// The template lines that a measurement reads, ascending, by the keys of its stored form.
 QList<int> linesRead(KvMath::TSMeasurement& measurement);
 
-/// Of kinds that give a point: why no tolerance can stand behind them.
+/// Of kinds that give a point: why no tolerance can stand after them.
 inline QString pointsHaveNone() { return "a point has no single value to be within a tolerance"; }
 
 /// `point` on the other side of `centre`, at the same distance.

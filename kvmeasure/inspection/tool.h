@@ -18,7 +18,7 @@ class ToolInput;
 class ToolResults;
 struct Tool;
 
-/// One setting of a kind of tool. In words it stands behind its word, or, without one, in its place.
+/// One setting of a kind of tool. In words it stands after its word, or, without one, in its place.
 struct ToolField {
     /// What its value is.
     enum Type {
@@ -59,7 +59,7 @@ inline ToolField numberField(const char* key, const char* word, const char* help
     return {key, word, ToolField::Number, help, /*isRequired=*/false, absent, least, greatest, unit};
 }
 
-/// A word to choose from, the first where none is given; behind `word` or, without one, alone.
+/// A word to choose from, the first where none is given; after `word` or, without one, alone.
 inline ToolField choiceField(const char* key, const char* word, const char* help,
                              const QStringList& choices) {
     ToolField field{key, word, ToolField::Choice, help, /*isRequired=*/false, 0};
@@ -69,7 +69,7 @@ inline ToolField choiceField(const char* key, const char* word, const char* help
 
 /// One value that a kind of tool gives.
 struct ToolValue {
-    const char* ending;  ///< behind the name and a point, e.g. "width"; "": the name alone
+    const char* ending;  ///< after the name and a point, e.g. "width"; "": the name alone
     const char* unit;    ///< "mm", "deg", "mm2" or ""
     const char* help;    ///< what it is, a few words
 };

@@ -16,7 +16,7 @@ public:
     ToolResults(const Tool& tool, const QMap<QString, Tolerance>& tolerances, bool givesMarks);
 
     /// A value by its ending. `u` is its standard uncertainty, NaN where it is not known; `degreesOfFreedom`
-    /// those behind it. A value that is not finite is none, with a reason.
+    /// those after it. A value that is not finite is none, with a reason.
     void add(const char* ending, double value, double u = std::numeric_limits<double>::quiet_NaN(),
              double degreesOfFreedom = std::numeric_limits<double>::infinity());
     /// Why one value cannot be had.

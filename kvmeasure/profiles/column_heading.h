@@ -21,7 +21,7 @@ struct Heading {
     bool isKnown() const { return role != ColumnRole::Unknown || length != nullptr; }
 };
 
-/// Parts a heading into name and unit. Units are taken from brackets ("x [um]", "z (mm)"), behind "in" or "/"
+/// Parts a heading into name and unit. Units are taken from brackets ("x [um]", "z (mm)"), after "in" or "/"
 /// ("x in mm", "x/mm") and, those of length, as the last word ("x_mm"). Empty text: all is empty, role
 /// Unknown.
 KVMEASURE_EXPORT Heading readHeading(const QString& text);

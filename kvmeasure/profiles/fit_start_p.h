@@ -17,8 +17,8 @@ double medianOf(std::vector<double>& values);
 double ofRank(std::vector<double>& values, std::size_t rank);
 
 /// Points that a start and the deviation about it are taken from, 15 runs of 16. The median of so many
-/// distances is known to a thirteenth: a cut at 3.5 deviations lies between 3.2 and 3.8, where there are few
-/// points of the line; the fits take back what a low cut left out.
+/// distances is known to a thirteenth: a cut at 3.5 standard deviations lies between 3.2 and 3.8, where there
+/// are few points of the line; the fits take back what a low cut left out.
 constexpr std::size_t kMostSampled = 240;
 
 /// Points of a line that only says which points belong to the next one.

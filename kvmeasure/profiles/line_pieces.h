@@ -34,7 +34,7 @@ public:
 
     int size() const { return count_; }                                    ///< number of points
     const Vector* begin() const { return first_; }                         ///< the first point
-    const Vector* end() const { return first_ + count_; }                  ///< behind the last point
+    const Vector* end() const { return first_ + count_; }                  ///< after the last point
     const Vector& operator[](int number) const { return first_[number]; }  ///< from 0, not checked
 
 private:
@@ -54,7 +54,7 @@ struct KVMEASURE_EXPORT ProfilePieces {
     const Vector& point(const Piece& piece, int number) const {
         return contours[std::size_t(piece.contour)][number];
     }
-    /// The neighbour of a piece, by its number, before (step -1) or behind it (step 1) in the same contour;
+    /// The neighbour of a piece, by its number, before it (step -1) or after it (step 1) in the same contour;
     /// null where the contour ends.
     const Piece* neighbour(int piece, int step) const;
 };

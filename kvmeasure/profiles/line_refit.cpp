@@ -133,7 +133,7 @@ Vector meetingPoint(const FittedLine& first, const FittedLine& second) {
     return {first.at.x + t * first.along.x, first.at.y + t * first.along.y};
 }
 
-/// The distance of points along a line near one end of its piece.
+/// The point distance along a line near one end of its piece.
 double pitchAt(const ProfilePieces& found, const Piece& piece, const FittedLine& line, bool atStart) {
     constexpr int kMost = 8;
     const int count = std::min(kMost, piece.to - piece.from);

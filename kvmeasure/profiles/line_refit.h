@@ -27,7 +27,7 @@ struct LineFitting {
 /// points moved onto the line.
 ///
 /// A free edge is the end of a contour: the edge lies anywhere between the last point and the next one that
-/// is missing, so that half the distance of points there, the median of eight, is added. A piece without
+/// is missing, so that half the point distance there, the median of eight, is added. A piece without
 /// points of its own runs between the ends of its neighbours.
 KVMEASURE_EXPORT Segments measuredLines(const ProfilePieces& found, const LineFitting& fitting);
 
@@ -37,7 +37,7 @@ struct FittedPiece {
     Vector along;             ///< unit vector, from the start to the end of the piece
     bool isInHeight = false;  ///< heights were fitted; false: distances square to the line
     int from = 0;             ///< its first point, a number in the contour
-    int to = 0;          ///< behind its last point; as `from` where the piece keeps the line of the search
+    int to = 0;          ///< after its last point; as `from` where the piece keeps the line of the search
     double spread = 0;   ///< sum of the squared places of its points along the line, mm^2
     double squares = 0;  ///< sum of the squared residuals in height or square to the line, mm^2
 

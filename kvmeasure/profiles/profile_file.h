@@ -108,7 +108,7 @@ private:
 /// One profile of a file.
 struct LoadedProfile {
     KvMath::KvProfile profile;  ///< without unset points
-    QString name;               ///< the path, with "#n" behind it for the n-th profile (from 0) of several
+    QString name;               ///< the path, with "#n" after it for the n-th profile (from 0) of several
     QString stem;               ///< short form for titles and file names
     int unset = 0;              ///< points that were left out
     RecordHead head;            ///< of a record

@@ -46,7 +46,7 @@ struct TextProfiles {
 KVMEASURE_EXPORT TextProfiles readProfileText(QIODevice& device, const QString& name,
                                               const TextOptions& options);
 
-/// The places behind the first at which another profile begins, because x jumps back: ascending; the first
+/// The places after the first at which another profile begins, because x jumps back: ascending; the first
 /// and the last profile have three points at least. None for points that run to and fro, as those of an
 /// outline do, and for fewer than six. All points are set.
 KVMEASURE_EXPORT std::vector<int> profileStarts(const QList<KvMath::KvPointXY>& points);

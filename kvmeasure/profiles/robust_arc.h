@@ -19,7 +19,7 @@ struct KVMEASURE_EXPORT ArcFit {
     int points = 0;        ///< number of points that it was fitted to
     int rejected = 0;      ///< number of points that were left out
     double deviation = 0;  ///< standard deviation of the points from the circle, mm; 0 for three points
-    bool isNearlyStraight = false;  ///< the arc rises over its chord by less than three deviations
+    bool isNearlyStraight = false;  ///< the arc rises over its chord by less than three standard deviations
     LargestError outside;           ///< largest distance from the circle outside it; 0: no point is there
     LargestError inside;            ///< the same inside it, negative
     std::vector<double> residuals;  ///< of these points in the order given, mm, outside positive

@@ -10,7 +10,7 @@ namespace KvMeasure {
 /// Search parameters from the spacing of the points (median distance of neighbours), the noise of the heights
 /// (median of second differences, of normal noise) and the diagonal of the profile, mm:
 ///  - contourGap: 20 spacings or 12 standard deviations of the noise, whichever is greater;
-///  - splitTolerance: the greatest of 9 deviations, a spacing, and 0.5 % of the diagonal;
+///  - splitTolerance: the greatest of 9 standard deviations, a spacing, and 0.5 % of the diagonal;
 ///  - minLineLength: the greater of 10 spacings and 2 % of the diagonal, at most a quarter of it;
 ///  - refineIterations 3, cornerTolerance 0.5, no reversed segments.
 ///

@@ -48,8 +48,8 @@ public:
     void addFact(const QString& what, const QString& value);
     /// The verdict, first of all; a second call takes the place of the first.
     void setVerdict(Verdict verdict, const QString& text);
-    /// Appends a table. Rows may have fewer cells than the heading, those behind it are left out. Cells that
-    /// begin with "OUT", "NOT" or "DEFECT" are marked as bad, "good" as good. `curves`: a small curve behind
+    /// Appends a table. Rows may have fewer cells than the heading, those after it are left out. Cells that
+    /// begin with "OUT", "NOT" or "DEFECT" are marked as bad, "good" as good. `curves`: a small curve after
     /// each row of its values, NaN where there is none; empty: no such column. An empty heading: no table; an
     /// empty caption: the table without one.
     void addTable(const QString& caption, const QStringList& head, const QList<QStringList>& rows,
@@ -74,7 +74,7 @@ public:
     /// pointer, zoom by dragging or by keys, from five values on the histogram beside it. `places`: where the
     /// values are, one for each, ascending; `names`: of the places, may be empty. Without dygraphs, which
     /// Debian's package libjs-dygraphs brings, the plot neither zooms nor tells values. Of a control chart
-    /// the first 200 findings are marked. Series with another number of values are left out, and those behind
+    /// the first 200 findings are marked. Series with another number of values are left out, and those after
     /// kLargestPlots, which the page says; without any there is no plot. Once a page: a second call appends
     /// nothing.
     void addPlots(const QString& along, const std::vector<double>& places, const QStringList& names,

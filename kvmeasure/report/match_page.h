@@ -39,7 +39,7 @@ public:
     /// Takes the points of a profile of a scan, at its position, mm, for the cloud and the map of heights.
     void addLine(double position, const KvMath::KvProfile& profile) { scan_.add(position, profile); }
     /// The page. Results are the document of the report; where its profiles would take more than
-    /// kLargestResults they are left out, and "profilesLeftOut" counts them. Call it once, behind the last
+    /// kLargestResults they are left out, and "profilesLeftOut" counts them. Call it once, after the last
     /// profile.
     QByteArray html();
 

@@ -48,7 +48,7 @@ public:
         givesStatistics_ = gives;
         keepsValues_ = keepsValues_ || gives;
     }
-    /// A JSON report becomes JSON lines: the object of each profile on a line of its own, and nothing behind
+    /// A JSON report becomes JSON lines: the object of each profile on a line of its own, and nothing after
     /// the last. Call it before the first profile; it has no effect on other forms.
     void setWritesLines(bool writes) { writesLines_ = writes; }
     /// The object of a profile in a JSON report, by far the most of its work: several threads may call it and
@@ -61,7 +61,7 @@ public:
     QString partRows(const MatchedProfile& profile, const QString& remark) const;
     /// Counts a profile and writes its rows, or holds them back.
     void add(const MatchedProfile& profile);
-    /// Writes what was held back and the statistics; to be called once, behind the last profile. A single
+    /// Writes what was held back and the statistics; to be called once, after the last profile. A single
     /// profile as text is a table with a row per value. Without profiles: nothing, or a JSON document without
     /// profiles.
     void finish();

@@ -3,7 +3,7 @@
 //
 //     MqttPublisher publisher(parseMqttPlace("mqtt://localhost/line/3"));
 //     publisher.publish(line);
-//     publisher.finish();  // behind it the broker has them all
+//     publisher.finish();  // after it the broker has them all
 
 #include <kvmeasure/base/global.h>
 

@@ -26,8 +26,8 @@ enum class PartRow {
 };
 
 /// A part file in the making. Rows are collected in PATH.partial, which is held for this run, with a line
-/// behind the rows of each file; PATH appears when all are there. A run that ends before, however it does,
-/// leaves PATH.partial: the next one drops what stands behind the last file that was done, and goes on.
+/// after the rows of each file; PATH appears when all are there. A run that ends before, however it does,
+/// leaves PATH.partial: the next one drops what stands after the last file that was done, and goes on.
 class KVMEASURE_EXPORT PartFile {
 public:
     /// Throws Error with file(): where `path` holds something else than the part of this head and list, where

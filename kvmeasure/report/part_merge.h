@@ -15,7 +15,7 @@ struct MergedParts {
     QString duplicate;      ///< the first such profile; empty: none
 };
 
-/// Writes the rows of the parts, in this order, as the part that one run over the lists behind one another
+/// Writes the rows of the parts, in this order, as the part that one run over the lists one after another
 /// gives, byte by byte. Throws Error with file(): for what is no complete part, for a part that was made with
 /// another command, plan, version or other columns than the first, for one that is named twice or is `out`,
 /// and where `out` cannot be written. Memory holds 32 bytes for each file at most.

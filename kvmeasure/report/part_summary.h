@@ -52,7 +52,7 @@ struct KVMEASURE_EXPORT PartSummary {
     QByteArray line() const;  ///< "# part {...}" with its end
 };
 
-/// The summary of an open part file, which is left behind the names of its columns. Throws Error with file()
+/// The summary of an open part file, which is left after the names of its columns. Throws Error with file()
 /// for a file that is no part, or not a complete one.
 KVMEASURE_EXPORT PartSummary readPartSummary(QFile& file, const QString& path);
 

@@ -14,7 +14,7 @@
 namespace KvMeasure {
 
 /// A QIF document of measurement results: units, characteristics (definition with limits, nominal value,
-/// item), and for each part its measurements with status, time, value and combined uncertainty u, behind them
+/// item), and for each part its measurements with status, time, value and combined uncertainty u, after them
 /// the parts with serial number and status. Values are user-defined characteristics of length, angle or area;
 /// those without a unit, for which QIF asks for a nominal value and limits, are left out. A missing value has
 /// the status INDETERMINATE and its reason as description; a value without tolerance is NOT_ANALYZED.

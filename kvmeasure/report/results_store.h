@@ -4,7 +4,7 @@
 //
 //     ResultsStore store("results.db", ResultsStore::Access::Add);
 //     const qint64 run = store.beginRun(about);
-//     store.addParts(run, {storedPart(matched, plan)});  // behind it the part is on the disk
+//     store.addParts(run, {storedPart(matched, plan)});  // after it the part is on the disk
 //     store.endRun(run);
 
 #include <kvmeasure/base/global.h>

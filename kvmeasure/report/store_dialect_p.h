@@ -19,7 +19,7 @@ struct StoreHead {
     int form = 0;  ///< of a store: the version of its tables
 };
 
-/// A database's way to hold a store. Sentences stand behind the name of the store and a colon.
+/// A database's way to hold a store. Sentences stand after the name of the store and a colon.
 class StoreDialect {
 public:
     StoreDialect() = default;

@@ -14,14 +14,14 @@ public:
     StoreSession(const QString& path, bool isWritten, double waitSeconds);
 
     void run(const QString& statement, const QVariantList& values = {});
-    bool next(QVariantList& row);  ///< of the last statement; false behind the last one
+    bool next(QVariantList& row);  ///< of the last statement; false after the last one
     /// The first cell of the only row; not valid where there is no row.
     QVariant cell(const QString& statement, const QVariantList& values = {});
     const QString& name() const { return place_.name; }              ///< for messages
     const StoreDialect& dialect() const { return dialect_; }         ///< of its database
     const QString& database() const { return place_.sql.database; }  ///< SQLite: path of the file
     void abandon() noexcept;                                         ///< rolls a transaction back
-    [[noreturn]] void refuse(const QString& sentence) const;         ///< throws it behind the name
+    [[noreturn]] void refuse(const QString& sentence) const;         ///< throws it after the name
 
 private:
     void open(bool isWritten);
@@ -42,7 +42,7 @@ public:
     StoreTransaction(const StoreTransaction&) = delete;
     StoreTransaction& operator=(const StoreTransaction&) = delete;
     ~StoreTransaction();
-    void commit();  ///< behind it everything is on the disk
+    void commit();  ///< after it everything is on the disk
 
 private:
     StoreSession& session_;

@@ -18,7 +18,7 @@ class KVMEASURE_EXPORT Table {
 public:
     /// A table of as many columns as the heading has cells; an empty heading: none, all text is empty lines.
     explicit Table(const QStringList& head);
-    /// Appends a row. Missing cells are empty, those behind the last column are left out.
+    /// Appends a row. Missing cells are empty, those after the last column are left out.
     void add(const QStringList& row);
     /// Appends a row without cells, which addCell() fills; for many rows.
     void startRow();

@@ -32,7 +32,7 @@ public:
 
     /// Replaces `measured` by what the next profile gives. False when there are no more; `measured` is then
     /// not to be used. Throws Error at a damaged place of the file, and for a profile whose search is given
-    /// up: the next call goes on behind that.
+    /// up: the next call goes on after that.
     bool next(MeasuredProfile& measured);
 
 private:

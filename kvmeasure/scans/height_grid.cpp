@@ -1,6 +1,6 @@
-// The distances of points and profiles, and mean heights in cells. A distance is the mean of those within a
-// tenth of the median: gaps do not count, and the rounding of coordinates averages out. Linear in points and
-// cells.
+// The point distances, the distances of profiles, and mean heights in cells. A distance is the mean of those
+// within a tenth of the median: gaps do not count, and the rounding of coordinates averages out. Linear in
+// points and cells.
 #include <kvmeasure/scans/height_grid.h>
 
 #include <kvmeasure/base/error.h>

@@ -33,9 +33,9 @@ KVMEASURE_EXPORT bool fitHeights(const Scan& scan, HeightPlane& plane);
 
 /// The same to those points that belong to one plane: from the plane through three points that lies nearest
 /// to the middle one of all points (1,000 random ones, always the same, are tried on 2,000 points), points
-/// farther off than 3.5 deviations are left out until they stay the same. More than half of the points should
-/// lie on the plane. Of two planes that hold less, either may come out. `count` says how many points were
-/// taken. False as fitHeights.
+/// farther off than 3.5 standard deviations are left out until they stay the same. More than half of the
+/// points should lie on the plane. Of two planes that hold less, either may come out. `count` says how many
+/// points were taken. False as fitHeights.
 KVMEASURE_EXPORT bool fitHeightsRobustly(const Scan& scan, HeightPlane& plane);
 
 }  // namespace KvMeasure

@@ -1,6 +1,6 @@
 // The lines of an outline, fitted to the outermost point of each column or of each profile, whichever the
 // line crosses more of: points further inside say nothing of the edge. Least squares within 2.5 robust
-// deviations, repeated until no point changes sides. The edge lies half a distance of points further out.
+// deviations, repeated until no point changes sides. The edge lies half a point distance further out.
 // Then corners are joined, and lines dropped that only cut a corner off: the triangle beyond them is full of
 // points. A few passes over the points for each line.
 #include <kvmeasure/scans/outline_fit_p.h>

@@ -1,4 +1,4 @@
-// Parameters that are not given follow from the distances of points and from the smaller side of the object.
+// Parameters that are not given follow from the point distances and from the smaller side of the object.
 // The outline of kvmath gives lines; these are merged and fitted, and again where fitted lines can be merged
 // further.
 #include <kvmeasure/scans/outline_search.h>

@@ -31,8 +31,8 @@ struct Outline {
 };
 
 /// How an outline is found. NaN: deriveParameters takes it from the scan, by what the last words of each
-/// comment say: of the usual distances of points along x and of profiles, mm, the larger is a spacing; the
-/// side is the smaller one of what lies above the level.
+/// comment say: of the usual distances between points along x and between profiles, mm, the larger is a
+/// spacing; the side is the smaller one of what lies above the level.
 struct KVMEASURE_EXPORT OutlineParameters {
     double step;       ///< distance of the profiles, mm, > 0; the usual one
     double level;      ///< height, mm; points not above it are no part of the object
@@ -47,7 +47,7 @@ struct KVMEASURE_EXPORT OutlineParameters {
     int passes = 3;    ///< of the line search, >= 0
     double merge = 5;  ///< degrees, >= 0; neighbouring lines that turn by less are joined to one
     bool raw = false;  ///< lines as they come from the hull: neither joined nor fitted
-    bool compensatesEdges = true;  ///< sides lie half a distance of points beyond the outermost points
+    bool compensatesEdges = true;  ///< sides lie half a point distance beyond the outermost points
     bool allPoints = false;        ///< all points of the object enter, not those of its edge alone
 
     OutlineParameters();  ///< all lengths NaN

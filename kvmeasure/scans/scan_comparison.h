@@ -59,8 +59,8 @@ struct KVMEASURE_EXPORT ScanComparison {
 /// one is above the other more steeply than 80 degrees. A point that lies more than half a step beyond the
 /// border of that surface is not compared, nor one near to the border that is off by more than three steps. A
 /// stray is a point that deviates more, or less, than all of its neighbours but one (of four in its profile
-/// and three in each of the next ones): by more than six deviations of the noise and than these differ among
-/// each other; or a point with fewer than two neighbours.
+/// and three in each of the next ones): by more than six standard deviations of the noise and than these
+/// differ among each other; or a point with fewer than two neighbours.
 ///
 /// A scan of fewer than three points, a master without a triangle, a scan that lies beyond it everywhere: no
 /// deviations, with a reason. Throws Error for limits that are none ("band"), for Alignment::Template

@@ -8,7 +8,7 @@ namespace KvMeasure {
 
 /// Forms of scan files.
 enum class ScanForm {
-    Stack,        ///< records of profiles with z, one behind the other
+    Stack,        ///< records of profiles with z, one after another
     CloudRecord,  ///< one record of an XYZ cloud
     Xyz,          ///< text, a point in each line
     Grid,         ///< CSV of mean heights, as gridCsv writes it

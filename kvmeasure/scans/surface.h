@@ -50,7 +50,7 @@ public:
     /// The index of the profile at a position as it is shown (see shownRounding), the nearer of two;
     /// rows().size() when there is none.
     std::size_t rowAt(double scan) const;
-    /// The index of the first profile behind a position; rows().size() when there is none.
+    /// The index of the first profile after a position; rows().size() when there is none.
     std::size_t rowBehind(double scan) const;
 
     /// The limit in each profile, as given, mm.

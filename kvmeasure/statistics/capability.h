@@ -43,7 +43,7 @@ struct KVMEASURE_EXPORT Capability {
 };
 
 /// The capability of values in the order of their making. Ranges are those of `subgroup` values each, one
-/// behind the other (an incomplete last one is left out); with 1 the moving ranges of neighbours. One limit
+/// after the other (an incomplete last one is left out); with 1 the moving ranges of neighbours. One limit
 /// alone: cpk and ppk. The percentiles need 1000 values: fewer have none beyond 0.135 %.
 KVMEASURE_EXPORT Capability capability(const std::vector<double>& values, const Limits& limits,
                                        int subgroup = 1);
@@ -53,7 +53,7 @@ struct GaugeCapability {
     double bias = std::numeric_limits<double>::quiet_NaN();  ///< mean - reference
     double cg = std::numeric_limits<double>::quiet_NaN();    ///< 0.2 T / 6 s
     double cgk = std::numeric_limits<double>::quiet_NaN();   ///< (0.1 T - |bias|) / 3 s
-    double t = std::numeric_limits<double>::quiet_NaN();     ///< bias in deviations of the mean
+    double t = std::numeric_limits<double>::quiet_NaN();     ///< bias in standard deviations of the mean
     bool isBiased = false;  ///< |t| is beyond the 95 % of Student's distribution
     QString reason;         ///< why they do not exist; empty where they do
 };

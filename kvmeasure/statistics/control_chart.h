@@ -19,14 +19,15 @@ struct ChartSignal {
 /// Limits of a run chart, and what breaks its rules.
 struct KVMEASURE_EXPORT ControlChart {
     double centre = std::numeric_limits<double>::quiet_NaN();  ///< mean
-    double lower = std::numeric_limits<double>::quiet_NaN();   ///< centre - 3 deviations of moving ranges
-    double upper = std::numeric_limits<double>::quiet_NaN();   ///< centre + 3 deviations
-    std::vector<ChartSignal> findings;                         ///< in order of index
+    /// Centre less and plus 3 standard deviations, which the moving ranges give.
+    double lower = std::numeric_limits<double>::quiet_NaN();
+    double upper = std::numeric_limits<double>::quiet_NaN();  ///< see `lower`
+    std::vector<ChartSignal> findings;                        ///< in order of index
 };
 
-/// The chart of values in the order of their making. Rules: a value beyond 3 deviations; 9 in a row on one
-/// side of the centre; 6 in a row that rise or fall; 2 of 3 beyond 2 deviations on one side. Fewer than two
-/// values, or equal ones: no limits and no signals.
+/// The chart of values in the order of their making. Rules: a value beyond 3 standard deviations; 9 in a row
+/// on one side of the centre; 6 in a row that rise or fall; 2 of 3 beyond 2 standard deviations on one side.
+/// Fewer than two values, or equal ones: no limits and no signals.
 KVMEASURE_EXPORT ControlChart controlChart(const std::vector<double>& values);
 
 }  // namespace KvMeasure

@@ -10,7 +10,7 @@
 namespace KvMeasure {
 
 /// Fields of names by a pattern, e.g. "part{part}_{appraiser}_{trial}": of "run/part07_Ann_2.csv" part is
-/// "07", appraiser "Ann", trial "2". A field takes the text up to the first place where the text behind it
+/// "07", appraiser "Ann", trial "2". A field takes the text up to the first place where the text after it
 /// stands, the last one all that is left, at least one character. {} is passed over. A name counts without
 /// its folder, its ending and "#7" of a profile in a file; a pattern with slashes takes as many folders.
 class KVMEASURE_EXPORT NamePattern {
@@ -28,7 +28,7 @@ private:
 
     QString pattern_;
     QStringList fields_;
-    QStringList texts_;  ///< in front of the first field, between them, and behind the last
+    QStringList texts_;  ///< in front of the first field, between them, and after the last
 };
 
 /// Fields of names by a table: its column "file", "profile" or "name", else the first, has the names, the

@@ -42,7 +42,7 @@ KVMEASURE_EXPORT NormalityTest testNormality(const std::vector<double>& values);
 /// The value farthest from the mean, by F. E. Grubbs (Technometrics 11 (1969) 1-21).
 struct OutlierTest {
     int index = -1;                                               ///< of that value; -1: no test
-    double statistic = std::numeric_limits<double>::quiet_NaN();  ///< its distance in deviations
+    double statistic = std::numeric_limits<double>::quiet_NaN();  ///< its distance in standard deviations
     double critical = std::numeric_limits<double>::quiet_NaN();   ///< distance at a significance of 5 %
     bool isOutlier() const { return statistic > critical; }       ///< false without a test
 };

@@ -72,7 +72,7 @@ private:
     /// drives the wheelset back:
     struct Branch {
         std::vector<double> ways, differences;  // u, d
-        std::vector<double> slopes;             // of d behind each point but the last
+        std::vector<double> slopes;             // of d after each point but the last
         std::vector<double> works;              // integral of d
         std::vector<double> peaks;              // the greatest work up to here
         std::vector<double> moments;            // integral of u d

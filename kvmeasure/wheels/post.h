@@ -18,7 +18,7 @@ enum Side : int { Left = 0, Right = 1 };
 constexpr int faceScanner(int side) { return side + 1; }
 
 /// Number of the scanner in the middle of the post that sees sections of a side, SENSOR4 or SENSOR12. The
-/// numbers before and behind it are the other two of that side.
+/// numbers before and after it are the other two of that side.
 constexpr int middleScanner(int side) { return side == Left ? 4 : 12; }
 
 /// True for the numbers of the eight scanners that take part: 1, 2, 3 to 5, 11 to 13.
@@ -39,7 +39,7 @@ class KVMEASURE_EXPORT PostSettings {
 public:
     /// Reads and checks a file. Throws Error in that file: missing, no regular file, larger than 4 MB or no
     /// INI file; a line without "=" or with an open quotation; no scanner; a scanner with a role whose serial
-    /// number is missing or behind a gap, or one for sections without a rule of nine numbers; values that are
+    /// number is missing or after a gap, or one for sections without a rule of nine numbers; values that are
     /// no numbers or beyond their range.
     explicit PostSettings(const QString& path);
 

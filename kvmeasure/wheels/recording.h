@@ -51,8 +51,8 @@ struct Splitting {
 KVMEASURE_EXPORT void lookThrough(Recording& recording);
 
 /// Splits the recording into runs, joins them, and undoes those that are then shorter than minProfsInWheel
-/// and do not end with the recording. lookThrough comes first; the file is closed behind it. Wheel files of
-/// an earlier pass are removed first: those behind a new, shorter run would belong to it. A recording without
+/// and do not end with the recording. lookThrough comes first; the file is closed after it. Wheel files of
+/// an earlier pass are removed first: those after a new, shorter run would belong to it. A recording without
 /// wheels leaves no file.
 ///
 /// Throws Error: a work directory that cannot be made or has ".bin" in its path, files in it that no pass

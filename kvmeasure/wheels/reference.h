@@ -22,7 +22,8 @@ public:
 
     /// The radius at a lateral position, straight between points, mm; NaN outside and for NaN.
     double radius(double lateral) const;
-    /// The slope of the radius there, mm per mm, at a point that behind it; NaN outside and for NaN.
+    /// The slope of the radius there, mm per mm, at a point that of the piece after it; NaN outside and for
+    /// NaN.
     double slope(double lateral) const;
     /// The radius on the rail, mm; NaN for a section that does not reach there.
     double runningRadius() const { return radius(kRunningCircle); }
@@ -53,8 +54,8 @@ struct ScannerError {
 
 /// How the points of a scanner lie against a wheel that stands on the rail with its running circle, its
 /// flange back at Y = `back`, mm. Least squares of the distances of the points from the surface by eight
-/// Gauss-Newton steps, without those beyond 3.5 deviations; where the section is steeper than 3 to 1 it is
-/// not used. The start across the track is sought within 25 mm.
+/// Gauss-Newton steps, without those beyond 3.5 standard deviations; where the section is steeper than 3 to 1
+/// it is not used. The start across the track is sought within 25 mm.
 ///
 /// Not found: no views, fewer than 200 points on the wheel, a section that does not reach the running circle,
 /// and steps that lead to no finite values.

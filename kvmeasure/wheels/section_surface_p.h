@@ -33,7 +33,7 @@ public:
     std::vector<Vector> drawn();
 
 private:
-    double way(std::size_t i) const;  ///< of the piece behind point i
+    double way(std::size_t i) const;  ///< of the piece after point i
     Vector between(std::size_t i, double share) const;
     Vector normal(std::size_t i) const;
 

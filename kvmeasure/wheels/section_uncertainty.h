@@ -9,8 +9,8 @@
 namespace KvMeasure {
 
 /// Sets the uncertainty of each value of a section, which are gaugeValues at these places and, where there is
-/// a nominal section, those of wheelWear behind them: what the noise of its points, taken from what parabolas
-/// over 2 mm leave of them, and the distance of the points make of it, square to the surface and with their
+/// a nominal section, those of wheelWear after them: what the noise of its points, taken from what parabolas
+/// over 2 mm leave of them, and the point distance make of it, square to the surface and with their
 /// correlation, by 100 simulated measurements. The same section gives the same figures. Where the flange back
 /// was seen in the section, its place scatters, too; where it was given or stated, it counts as exact. Errors
 /// that the whole section shares, such as a tilt, are not in it.

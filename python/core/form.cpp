@@ -192,7 +192,7 @@ void bindRoughness(py::module_& module) {
     }
     made.def_readonly("reason", &Roughness::reason, "Why there are no values; \"\" where there are.")
         .def_readonly("sections", &Roughness::sections, "Sampling lengths evaluated.")
-        .def_readonly("pitch", &Roughness::pitch, "Median distance of points, mm.")
+        .def_readonly("pitch", &Roughness::pitch, "Median point distance, mm.")
         .def_readonly("notes", &Roughness::notes, "What a reader must know of the values.")
         .def_readonly("x", &Roughness::x, "Places of waviness and heights, (n,), mm.")
         .def_readonly("waviness", &Roughness::waviness, "Mean line less the straight line, (n,), mm.")

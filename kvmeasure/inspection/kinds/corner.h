@@ -17,7 +17,7 @@ struct CornerResult {
     FittedValue angle;     ///< between the surfaces, degrees, 0 to 180
     Vector point;          ///< where the lines meet
     LineFit first;         ///< the line before the corner
-    LineFit second;        ///< the line behind it
+    LineFit second;        ///< the line after it
     ArcFit arc;            ///< between them
     NoiseModel noise;      ///< of lines and arc, with what the caller knew
     bool isShort = false;  ///< a line holds too few correlation lengths, see NoiseModel::isShort

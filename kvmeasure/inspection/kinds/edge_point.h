@@ -24,7 +24,7 @@ struct KVMEASURE_EXPORT EdgeSide {
     std::vector<Vector> ofHem;  ///< the points that it rests on
     double uEnd = 0;   ///< standard uncertainty of a sharp edge along the surface, mm, see deviationOfEnd()
     Vector lastPoint;  ///< the point furthest towards the gap
-    double pitch = 0;  ///< distance of the points along the surface near the gap, mm
+    double pitch = 0;  ///< point distance along the surface near the gap, mm
     double freeEdge = 0;  ///< what was added beyond the last point of a sharp edge, mm
     int towardsGap = 1;   ///< 1: the gap is where the line of the surface points to; -1: behind it
 };
@@ -32,7 +32,7 @@ struct KVMEASURE_EXPORT EdgeSide {
 /// Finds the end of a surface in the points of a side in scan order; `gap` is a place beyond it. The surface
 /// is a robust line. Points beyond its last point that lie below by more than the cut are of a hem, from
 /// whose radius follows where it begins. Then the line is fitted again to the points before this place, and
-/// the circle that touches it to those behind, three times with the place where they touch. The edge is sharp
+/// the circle that touches it to those after, three times with the place where they touch. The edge is sharp
 /// where the hem has fewer than six points or they are no arc that bends down with a radius below twice the
 /// length of the surface. No side, with a reason: fewer than three points, or no two distinct ones.
 KVMEASURE_EXPORT EdgeSide findEdge(const std::vector<Vector>& points, const Vector& gap,

@@ -33,7 +33,7 @@ struct GrooveResult {
     FittedValue z;      ///< of the bottom, mm
     FittedValue area;   ///< between lid and points, mm^2
     Vector leftRim;     ///< the end of the surface before the groove: on its line, where the flank meets it
-    Vector rightRim;    ///< the same behind the groove
+    Vector rightRim;    ///< the same after the groove
     Vector bottom;      ///< the bottom
     Vector underLid;    ///< the point of the lid above it
     NoiseModel noise;   ///< of the lines that it was found by, with what the caller knew
@@ -51,9 +51,9 @@ struct GrooveResult {
 /// than a third is.
 ///
 /// No groove, with a reason: fewer than seven points, no gap, a land of fewer than three points or one that
-/// runs on into the flank (a rim lies outside the region), a groove shallower than five deviations of its
-/// lands or the limits, a number that there is not. `known` is noise that is known beside that of these
-/// points.
+/// runs on into the flank (a rim lies outside the region), a groove shallower than five standard deviations
+/// of its lands or the limits, a number that there is not. `known` is noise that is known beside that of
+/// these points.
 KVMEASURE_EXPORT GrooveResult measureGroove(const std::vector<Vector>& points,
                                             const GrooveSettings& settings = {},
                                             const ResidualNoise& known = {});

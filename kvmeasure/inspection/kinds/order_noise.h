@@ -40,7 +40,7 @@ public:
 private:
     /// Points of about one height.
     struct Bin {
-        double height;  ///< in deviations of the noise, from the middle of the surface heights
+        double height;  ///< in standard deviations of the noise, from the middle of the surface heights
         double share;   ///< of the points
     };
     using Bins = std::vector<Bin>;
@@ -52,8 +52,8 @@ private:
     double quantile(double share) const;
     double scattered(double ofNoise, double linear, double ofMissing) const;
 
-    std::vector<double> heights_;  ///< in deviations of the noise, from the middle; empty: evenly over a line
-    double range_ = 0;             ///< of the heights, in deviations
+    std::vector<double> heights_;  ///< as `height`, of all points; empty: evenly over a line
+    double range_ = 0;             ///< of the heights, in standard deviations
     NoiseModel noise_;
     double count_;
     double missing_ = 0;

@@ -12,8 +12,8 @@ namespace KvMeasure {
 /// What counts as a strip, and which is measured.
 struct StripSettings {
     int number = 0;            ///< 0: the widest; n from 1: the n-th from the left; -n: from the right
-    double leastHeight = 0.1;  ///< mm over the base, > 0; points below it, or below five deviations of the
-                               ///< noise, are of the base
+    double leastHeight = 0.1;  ///< mm over the base, > 0; points below it, or below five standard deviations
+                               ///< of the noise, are of the base
     double leastWidth = 0;     ///< mm; what is narrower is no strip
     double widestGap =
         std::numeric_limits<double>::quiet_NaN();  ///< widest step in x within a strip, mm; NaN: as

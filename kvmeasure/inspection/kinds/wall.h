@@ -12,7 +12,8 @@ namespace KvMeasure {
 /// the slopes before and behind does not explain. Where the points are one and a half times as far apart as
 /// their neighbours, also the share of the way that a flank of that slope leaves. A wall lies anywhere
 /// between its points. 1 beside an end of the points or where x stands still, 0 without a rise.
-/// `noise` is the standard deviation of the heights: slopes beside that two deviations explain are none.
+/// `noise` is the standard deviation of the heights: slopes beside that two standard deviations explain are
+/// none.
 KVMEASURE_EXPORT double wallShare(const std::vector<Vector>& points, std::size_t behind, double noise = 0);
 
 }  // namespace KvMeasure

@@ -314,7 +314,7 @@ std::array<double, 2> meanSideErrors(double rotation, int columns, bool compensa
     return sums;
 }
 
-/// Sizes along the grid leave at most one twentieth of a distance of points between the places of their
+/// Sizes along the grid leave at most one twentieth of a point distance between the places of their
 /// edges, so that the mean over them is right within that; sides that run askew pass all places by
 /// themselves.
 TEST(MeasuredLines, SidesOfAnOutlineAreAsLongAsThePlate) {

@@ -94,7 +94,7 @@ TEST(PartMeasurement, SettingsChooseLinesAssignmentsAndExtras) {
     EXPECT_EQ(all.assignments[0].label, "0");
     EXPECT_EQ(all.assignments[1].label, "best");
     EXPECT_EQ(all.best.marks.size(), 1);
-    EXPECT_NEAR(all.best.values[0].freeEdges, 10.2 / 19, 1e-5) << "half a distance of points at each end";
+    EXPECT_NEAR(all.best.values[0].freeEdges, 10.2 / 19, 1e-5) << "half a point distance at each end";
     EXPECT_NEAR(all.best.values[0].value, 10.2 + 10.2 / 19, 1e-5);
     EXPECT_EQ(part.measure(runs({5})).reason, "");
     EXPECT_TRUE(PartMeasurement(twoRuns(1)).measure(profile).best.marks.isEmpty());
