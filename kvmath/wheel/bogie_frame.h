@@ -36,17 +36,22 @@ KVMATH_EXPORT void middlePointOf6Points(const double* points, double* middle);  
 /// Axis, of unit length, and angle in [0, pi] of a rotation matrix. The identity gives (0, 0, 1) and 0.
 KVMATH_EXPORT void getAxisAndAngleByRotationMatrix(const double* M, double* axis, double& angle);
 /// The rotation about an axis of any length (Rodrigues' formula). A zero axis gives the identity.
+/// (1) With the axis and angle that getAxisAndAngleByRotationMatrix finds in a rotation it is that rotation,
+/// to 1e-9 in every element, near no turn and half a turn, too.
 KVMATH_EXPORT void getRotationMatrixByAxisAndAngle(const double* axis, double angle, double* M);
 
 /// The rigid map p -> M p + t that carries `count` measured points onto the reference points with the least
 /// sum of squared distances (W. Kabsch, Acta Cryst. A 32 (1976) 922-923): a proper rotation always. False,
 /// outputs untouched: null pointers, fewer than three points, points on a line, anything not finite,
 /// distances whose fourth powers are no doubles.
+/// (1) Reference points that are the measured ones turned and moved give that motion back, also where all of
+/// them lie in a plane.
 KVMATH_EXPORT bool getAdjustmentData(const double* measured, const double* reference, int count, double* M,
                                      double* t);
 /// The rigid map of getAdjustmentData from planes: the rotation from the unit normals, then t by least
 /// squares from the offsets. Pairs whose planes are not both valid are left out. False, outputs untouched:
 /// null pointers, no three independent normals.
+/// (1) Planes that were turned and moved give that motion back, whatever stands in pairs that are not valid.
 KVMATH_EXPORT bool getAdjustmentDataPlanesMethod(const PlaneInfo* measured, const PlaneInfo* reference,
                                                  int count, double* M, double* t);
 

@@ -26,14 +26,17 @@ KVMATH_EXPORT double applyLinear2dRule(const double p[2], const double rule[3]);
 /// product.
 KVMATH_EXPORT void rule2matrix(const double* rule, double* M, double* O);
 /// The frame (M, O) as a rule again; M's third column is dropped.
+/// (1) Of what rule2matrix gives it makes the same rule, bit for bit.
 KVMATH_EXPORT void matrix2rule(const double* M, const double* O, double* rule);
 
 /// Moves a rule, in place, by the map p -> M p + t.
 KVMATH_EXPORT void adjustRule(double* rule, const double* M, const double* t);
 /// Expresses a rule, in place, in the frame of axes A (columns) and origin O.
+/// (1) adjustRule with the same A and O undoes it, up to rounding.
 KVMATH_EXPORT void changeRuleToNewAxis(double* rule, const double* A, const double* O);
 
 /// The map p -> M p + t that carries ruleA's frame onto ruleB's.
+/// (1) adjustRule with it makes ruleB of ruleA, up to rounding.
 KVMATH_EXPORT void determineRuleConvertionA2B(const double* ruleA, const double* ruleB, double* M, double* t);
 /// Carries `rule`, in place, from space B into space A; ruleA and ruleB are one physical reference in the
 /// two.

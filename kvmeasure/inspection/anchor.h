@@ -36,7 +36,7 @@ struct KVMEASURE_EXPORT Anchor {
     Kind kind = Highest;  ///< of the feature
     QString source;       ///< name of the region, or of the template line
     Frame taught;  ///< where the regions at it were drawn; at the origin unless given: they count from it
-    QString text() const;   ///< in words, as parseAnchor reads it
+    QString text() const;   ///< in words. (1) parseAnchor(text()).text() == text()
     QString fault() const;  ///< why it is no anchor: no name, a place that is not finite; empty: none
 };
 

@@ -110,6 +110,7 @@ KVMEASURE_EXPORT InspectionPlan readPlan(const QString& path);
 /// The plan as JSON that readPlan reads; with a template its search parameters are always included. `path`:
 /// where it is written to, so that the file of a master is named from there; empty: it is named in full.
 /// Throws Error for a constraint or measurement of a kind that cannot be stored.
+/// (1) The plan that readPlan makes of this text has the same text.
 KVMEASURE_EXPORT QByteArray planText(const InspectionPlan& plan, const QString& path = QString());
 
 /// The JSON schema (draft 2020-12) of the plans that readPlan takes, made from the descriptions of the kinds.

@@ -25,7 +25,8 @@ struct KVMEASURE_EXPORT Region {
 
     /// The point lies in the box or on a side. False with a coordinate that is NaN.
     bool contains(double x, double z) const { return x >= minX && x <= maxX && z >= minZ && z <= maxZ; }
-    QString text() const;   ///< in words, as parseRegion reads it; numbers with ten digits
+    /// In words, numbers with ten digits. (1) parseRegion(text()).text() == text()
+    QString text() const;
     QString fault() const;  ///< why it is no region: no name, a side that is NaN, upside down; empty: none
 };
 

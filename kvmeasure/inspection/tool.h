@@ -113,8 +113,8 @@ struct KVMEASURE_EXPORT Tool {
     QString valueName(const ToolValue& value) const;  ///< "NAME.width", or the name alone
     QStringList regions() const;                      ///< names of all regions that it reads, in order
     QStringList lineRegions() const;                  ///< of these, the regions whose fitted line it reads
-    QString text() const;                             ///< "NAME = KIND ...", as the words are read
-    QString fault() const;                            ///< a field that lacks its value, or what the kind says
+    QString text() const;   ///< "NAME = KIND ...". (1) parseTool(text()).tool.text() == text()
+    QString fault() const;  ///< a field that lacks its value, or what the kind says
 };
 
 /// All kinds of tools, in the order of the help. measureHelp() lists the kinds that measure lines, too.
