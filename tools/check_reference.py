@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Checks that every public declaration of the installed headers has documentation of its own, as Doxygen shows it.
+"""Checks that every public declaration of the installed headers has documentation of its own, as Doxygen shows it,
+and that every source of more than 120 lines opens with a comment.
 
 - A type, an enumeration, a public or protected function and each public or protected variable has a comment: `///`
   directly above it or `///<` behind it. `float a, b;` counts only its last name, as Doxygen does.
@@ -7,9 +8,10 @@
   So nobody copies a comment and forgets to change it.
 - A protected function that overrides one may do without: Doxygen shows the comment of the base.
 - The comment says something of its own: "See the type." and "The same." name nothing.
+- The comment that opens a source says what its reader lacks: the method, its source and cost, and why this way.
 
 usage: check_reference.py [HEADER...] | check_reference.py --self-test
-Without headers: all that are installed.
+Without headers: all that are installed, and all sources.
 """
 
 import collections
@@ -255,12 +257,26 @@ FOUND = [(6, "Vector::y has no"), (6, "Vector::z has no"), (7, "Vector::Kind has
          (30, "says nothing"), (33, "Bare has no")]
 
 
+def opens_silently(text):
+    """A source that begins with code although it is long."""
+    longest = 120
+    return text.count("\n") > longest and not text.startswith("//")
+
+
+def silent_sources():
+    sources = [path for folder in ("kvmath", "kvmeasure", "cli", "simulator", "python")
+               for path in sorted((ROOT / folder).rglob("*.cpp"))]
+    return [path.relative_to(ROOT) for path in sources if opens_silently(path.read_text(encoding="utf-8"))]
+
+
 def self_test():
     """Planted faults are found and nothing else; and no comment of the installed headers could go unnoticed."""
     found = faults_of(HEADER)
     assert len(found) == len(FOUND), found
     for (line, what), (expected_line, expected) in zip(found, FOUND):
         assert line == expected_line and expected in what, (line, what, expected)
+    assert [opens_silently(head + "x;\n" * lines) for head, lines in
+            (("", 120), ("", 121), ("// How.\n", 121))] == [False, True, False]
     count = 0
     for path in installed_headers():
         lines = path.read_text(encoding="utf-8").split("\n")
@@ -283,8 +299,11 @@ def main(arguments):
         for line, what in faults_of(path.read_text(encoding="utf-8")):
             print(f"{path}:{line}: {what}")
             count += 1
+    for path in [] if arguments else silent_sources():
+        print(f"{path}:1: has more than 120 lines and opens without a comment: the method, its source and cost, why so")
+        count += 1
     if not count:
-        print("check_reference: every declaration has its own comment")
+        print("check_reference: every declaration has its own comment, every long source opens with one")
     return 1 if count else 0
 
 

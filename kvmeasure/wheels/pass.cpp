@@ -1,3 +1,7 @@
+// Runs that overlap in time are one wheelset: scanners see a wheel within half a metre, axes are farther
+// apart. What one of several scanners sees alone is none. A distance is taken in the middle of both runs,
+// where the backs are plane: the library's search takes the profile after the fullest, which may lie anywhere
+// among equally full ones, with the rounding in view. Measuring holds the profiles of one moment.
 #include <kvmeasure/wheels/pass.h>
 
 #include <kvmeasure/base/filled_in.h>
@@ -125,8 +129,6 @@ void WheelPass::split(const Splitting& splitting) {
     }
 }
 
-/// Runs that overlap in time belong to one wheelset: the scanners see one wheel within half a metre of
-/// travel, and the axes of a train are farther apart.
 void WheelPass::group() {
     QList<Run> runs;
     for (const Recording& recording : recordings_) {
@@ -188,7 +190,6 @@ void WheelPass::addRun(WheelsetResult& wheelset, const Run& run) {
         other.value() = run.passage;
 }
 
-/// What one of several scanners sees alone is no wheelset.
 void WheelPass::dropStrays() {
     constexpr int kScannersThatCanErr = 2;
     if (recordings_.size() <= kScannersThatCanErr)
@@ -300,9 +301,6 @@ void WheelPass::measureSections(const ValueOptions& options,
     }
 }
 
-/// The library's search among the wheel files takes the profile behind the fullest, which may lie anywhere
-/// among equally full ones, and where the rounding of the flange is in view. In the middle of both runs the
-/// backs are plane.
 void WheelPass::measureDistance(WheelsetResult& wheelset, int number) {
     wheelset.backToBackUncertainty.reason = kMissingValue;
     QStringList missing;
