@@ -22,7 +22,8 @@ struct KVMEASURE_EXPORT BiasOfReference {
     double reference = 0;  ///< of the part
     int count = 0;         ///< readings
     Estimate bias;         ///< with 95 % limits; these are NaN below two readings
-    double deviation = std::numeric_limits<double>::quiet_NaN();    ///< of its readings; NaN below two
+    /// Standard deviation of its readings; NaN below two.
+    double deviation = std::numeric_limits<double>::quiet_NaN();
     double probability = std::numeric_limits<double>::quiet_NaN();  ///< of a greater one without bias, by
                                                                     ///< Student's distribution; NaN: no test
     bool isBiased() const { return probability < 0.05; }            ///< beyond chance
@@ -41,7 +42,8 @@ struct KVMEASURE_EXPORT Linearity {
     double slopeProbability = std::numeric_limits<double>::quiet_NaN();  ///< of a greater one of a gauge
                                                                          ///< whose bias is everywhere equal
     double interceptProbability = std::numeric_limits<double>::quiet_NaN();  ///< likewise
-    double deviation = std::numeric_limits<double>::quiet_NaN();             ///< of readings about the line
+    /// Standard deviation of the readings about the line.
+    double deviation = std::numeric_limits<double>::quiet_NaN();
     double rSquared = std::numeric_limits<double>::quiet_NaN();    ///< share of the line in the scatter
     double curvatureF = std::numeric_limits<double>::quiet_NaN();  ///< lack of fit: mean square of the biases
                                                                    ///< about the line over that of readings

@@ -11,7 +11,7 @@ namespace KvMeasure {
 /// Mean and standard deviation of a band of heights.
 struct BridgeResult {
     double height = std::numeric_limits<double>::quiet_NaN();  ///< mean of the band, mm; NaN: there is none
-    double deviation = 0;                                      ///< of the heights of the band, mm; 0 for one
+    double deviation = 0;                                      ///< standard deviation of these, mm; 0 for one
     int points = 0;                                            ///< of the band
 };
 
