@@ -1,3 +1,7 @@
+// Boxes are halved at the median of their longer side (J. L. Bentley, Comm. ACM 18 (1975) 509-517). So the
+// tree is balanced and needs no pointers: the children of node i are 2 i + 1 and 2 i + 2. A slab is made when
+// a search first asks for it; two looks for the farthest place give its direction, which need not be the
+// longest. Built in n log n.
 #include <kvmath/contours/plane_tree_p.h>
 
 namespace KvMath::Internal {

@@ -1,8 +1,8 @@
 // Rigid maps by W. Kabsch (Acta Cryst. A 32 (1976) 922-923), from the singular vectors of a 3 x 3 matrix. The
-// third pair is made as a cross product in place of a sign of the determinant. The decomposition is good to
-// single precision only, so that two Gauss-Newton steps improve the rotation. Planes use the same step on
-// their normals, then a 3 x 3 system for the offsets. Linear in points or planes; only getBogieReferenceFrame
-// takes memory.
+// third pair is made as a cross product, so that no reflection can come out. The decomposition is good to
+// single precision only: two Gauss-Newton steps improve the rotation. Planes use the same steps on their
+// normals, then a 3 x 3 system for the offsets. Linear in points or planes; only getBogieReferenceFrame takes
+// memory.
 #include <kvmath/wheel/bogie_frame.h>
 
 #include <kvmath/numerics/small_matrix.h>
