@@ -103,10 +103,10 @@ void KvProfile::copyFromXYPointsBuffer(const float* buffer, unsigned short count
         return;
     // A list of its own first: the buffer may lie in this profile.
     QList<KvPointXY> added = Internal::pointListOfSize(count);
-    for (KvPointXY& p : added) {  // by coordinate: a constructor is a call into the library per point
-        p.x = buffer[0];
-        p.y = buffer[1];
-        buffer += 2;
+    const auto to = added.begin();
+    for (int i = 0; i < count; ++i) {  // by coordinate and by index, so that several are copied at a time
+        to[i].x = buffer[2 * i];
+        to[i].y = buffer[2 * i + 1];
     }
     if (points.isEmpty())
         points.swap(added);

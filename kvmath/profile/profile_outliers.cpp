@@ -2,10 +2,12 @@
 
 #include <kvmath/base/constants_p.h>
 #include <kvmath/base/count_p.h>
+#include <kvmath/base/instructions_p.h>
 #include <kvmath/profile/point_list_p.h>
 #include <kvmath/profile/point_tree_p.h>
 #include <kvmath/profile/profile.h>
 
+#include <limits>
 #include <optional>
 #include <vector>
 
@@ -92,50 +94,153 @@ bool filterSpikes(const KvProfile& source, KvProfile& dest, float maxJump, float
     return true;
 }
 
-/// Whether a point has more than so many points within the radius, itself counted. On a scanner line nearly
-/// all have them among those just before and behind it; the tree is asked only for the others, and alone
-/// where the order of the points is no help.
+constexpr int kNeighbourBlock = 128;  // points whose neighbours are counted together
+constexpr int kLongestReach = 32;     // points on either side
+
+/// A block of points with those within reach before and behind it.
+struct Stretch {
+    static constexpr int kSize = kNeighbourBlock + 2 * kLongestReach;
+    int size = 0;
+    int blockBegin = 0, blockEnd = 0;  ///< within the stretch
+    double x[kSize], y[kSize];
+    double behind[kSize];  ///< neighbours of each point among the next ones
+    double before[kSize];  ///< and among those before it
+};
+
+/// How many points of the block have fewer neighbours than `least`.
+KVMATH_INLINE_KERNEL int countLonely(Stretch& s, double least) {
+    int lonely = 0;
+    for (int i = s.blockBegin; i < s.blockEnd; ++i)
+        lonely += s.behind[i] + s.before[i] < least ? 1 : 0;
+    return lonely;
+}
+
+/// Counts the neighbours of all points of the block among the `reach` next points and those before, within
+/// the root of `squared`: each pair is compared once, several pairs side by side. Ends early where all have
+/// `least` of them: inside a line half as many steps will do, at its ends as many. Returns the number of
+/// points that have fewer.
+KVMATH_INLINE_KERNEL int countNeighbours(Stretch& s, int reach, double squared, int least) {
+    for (int i = 0; i < s.size; ++i) {
+        s.behind[i] = 0.0;
+        s.before[i] = 0.0;
+    }
+    for (int step = 1; step <= reach; ++step) {
+        for (int i = 0; i < s.size - step; ++i) {
+            const double dx = s.x[i] - s.x[i + step];
+            const double dy = s.y[i] - s.y[i + step];
+            const double isNear = dx * dx + dy * dy <= squared ? 1.0 : 0.0;
+            s.behind[i] += isNear;
+            s.before[i + step] += isNear;
+        }
+        if ((step == least || step == least - least / 2) && countLonely(s, least) == 0)
+            return 0;
+    }
+    return countLonely(s, least);
+}
+KVMATH_FOR_AVX2 int countNeighboursForAvx2(Stretch& s, int reach, double squared, int least) {
+    return countNeighbours(s, reach, squared, least);
+}
+
+/// How many of n points lie within the root of `squared` of `centre`.
+KVMATH_INLINE_KERNEL int countAmongAll(Internal::ConstPointIterator p, int n, const KvPointXY& centre,
+                                       double squared) {
+    int found = 0;
+    for (int i = 0; i < n; ++i)
+        found += Internal::squaredDistance(p[i].x, p[i].y, centre) <= squared ? 1 : 0;
+    return found;
+}
+KVMATH_FOR_AVX2 int countAmongAllForAvx2(Internal::ConstPointIterator p, int n, const KvPointXY& centre,
+                                         double squared) {
+    return countAmongAll(p, n, centre, squared);
+}
+
+/// Finds the points with fewer than so many others within the radius. On a scanner line nearly all have them
+/// among those just before and behind them. The others are compared with all points as long as they are few,
+/// which takes less than a tree; the tree is asked alone where the order of the points is no help.
 class NeighbourTest {
 public:
     NeighbourTest(const QList<KvPointXY>& points, float radius, int minNeighbours)
         : points_(points), radius_(static_cast<double>(radius)), minNeighbours_(minNeighbours),
-          reach_(std::min(minNeighbours, kLongestReach) + 2) {}
+          reach_(std::min(minNeighbours, kLongestReach - 2) + 2) {}
 
-    bool hasEnough(int i) {
-        if (misses_ <= hits_ + kMissesToGiveUp) {
-            if (hasEnoughNearby(i)) {
-                ++hits_;
-                return true;
+    /// Their numbers, ascending.
+    std::vector<int> lonelyPoints() {
+        const int n = Internal::countOf(points_);
+        std::vector<int> lonely;
+        for (int first = 0; first < n; first += kNeighbourBlock) {
+            const int end = std::min(n - first, kNeighbourBlock) + first;
+            const bool isOrderOfHelp = misses_ <= hits_ + kMissesToGiveUp;
+            const int misses = isOrderOfHelp ? countNearby(first, end) : end - first;
+            hits_ += end - first - misses;
+            misses_ += misses;
+            for (int i = first; misses > 0 && i < end; ++i) {
+                const int at = stretch_.blockBegin + i - first;
+                const bool isKnown =
+                    isOrderOfHelp && stretch_.behind[at] + stretch_.before[at] >= minNeighbours_;
+                if (!isKnown && isLonely(i, misses <= kFewMisses))
+                    lonely.push_back(i);
             }
-            ++misses_;
         }
-        if (!tree_)
-            tree_.emplace(points_);
-        return tree_->countWithin(points_.at(i), radius_, minNeighbours_) > minNeighbours_;
+        return lonely;
     }
 
 private:
-    static constexpr int kLongestReach = 30;
     static constexpr int kMissesToGiveUp = 64;
+    static constexpr int kFewMisses = kNeighbourBlock / 4;  // of a block
+    static constexpr int kMostComparisons = 64;             // of points with all others
 
-    bool hasEnoughNearby(int i) const {
-        const auto p = points_.constBegin();
-        const int end = std::min(i + reach_ + 1, Internal::countOf(points_));
+    /// Returns the number of points in first .. end - 1 that need the tree.
+    int countNearby(int first, int end) {
+        const int begin = std::max(first - reach_, 0);
+        stretch_.size = static_cast<int>(std::min<qint64>(qint64{end} + reach_, points_.size())) - begin;
+        stretch_.blockBegin = first - begin;
+        stretch_.blockEnd = end - begin;
+        const auto from = points_.constBegin() + begin;
+        for (int i = 0; i < stretch_.size; ++i) {
+            stretch_.x[i] = static_cast<double>(from[i].x);
+            stretch_.y[i] = static_cast<double>(from[i].y);
+        }
         const double squared = radius_ * radius_;
-        int found = 0;
-        for (int k = std::max(i - reach_, 0); k < end; ++k)
-            found += Internal::squaredDistance(p[k].x, p[k].y, p[i]) <= squared ? 1 : 0;
-        return found > minNeighbours_;
+        return Internal::hasAvx2() ? countNeighboursForAvx2(stretch_, reach_, squared, minNeighbours_)
+                                   : countNeighbours(stretch_, reach_, squared, minNeighbours_);
+    }
+
+    bool isLonely(int i, bool isOneOfFew) {
+        if (isOneOfFew && !tree_ && comparisons_ < kMostComparisons) {
+            ++comparisons_;
+            const int n = Internal::countOf(points_);
+            const double squared = radius_ * radius_;
+            const int found = Internal::hasAvx2()
+                                  ? countAmongAllForAvx2(points_.constBegin(), n, points_.at(i), squared)
+                                  : countAmongAll(points_.constBegin(), n, points_.at(i), squared);
+            return found <= minNeighbours_;  // itself counts
+        }
+        if (!tree_)
+            tree_.emplace(points_);
+        return tree_->countWithin(points_.at(i), radius_, minNeighbours_) <= minNeighbours_;
     }
 
     const QList<KvPointXY>& points_;
     double radius_;
     int minNeighbours_;
     int reach_;  // points on either side
-    int hits_ = 0;
-    int misses_ = 0;
+    int comparisons_ = 0;
+    qint64 hits_ = 0;
+    qint64 misses_ = 0;
+    Stretch stretch_;
     std::optional<Internal::PointTree> tree_;
 };
+
+/// Whether every point of the list is finite.
+bool areFinite(const QList<KvPointXY>& points) {
+    const auto p = points.constBegin();
+    const int n = Internal::countOf(points);
+    constexpr float kMost = std::numeric_limits<float>::max();
+    int finite = 0;
+    for (int i = 0; i < n; ++i)
+        finite += (std::abs(p[i].x) <= kMost ? 1 : 0) & (std::abs(p[i].y) <= kMost ? 1 : 0);
+    return finite == n;
+}
 
 }  // namespace
 
@@ -164,16 +269,18 @@ bool KvProfile::splashFilterPolar(KvProfile& dest, float maxJump, float maxWidth
 void KvProfile::removeNoisyPoints(float radius, int minNeighbours) {
     if (!(radius > 0.0F) || minNeighbours < 1)
         return;
-    Internal::keepIf(points, Internal::isFinite);
-    NeighbourTest test(points, radius, minNeighbours);
-    QList<KvPointXY> kept = points;
-    auto target = kept.begin();
-    for (int i = 0; i < qAsConst(points).size(); ++i) {
-        if (test.hasEnough(i))
-            *target++ = points.at(i);
+    if (!areFinite(points))
+        Internal::keepIf(points, Internal::isFinite);
+    const std::vector<int> lonely = NeighbourTest(points, radius, minNeighbours).lonelyPoints();
+    if (lonely.empty())
+        return;
+    const auto begin = points.begin();
+    auto target = begin + lonely.front();
+    for (size_t k = 0; k < lonely.size(); ++k) {
+        const auto end = k + 1 < lonely.size() ? begin + lonely[k + 1] : points.end();
+        target = std::copy(begin + lonely[k] + 1, end, target);
     }
-    kept.erase(target, kept.end());
-    points.swap(kept);
+    points.erase(target, points.end());
 }
 
 }  // namespace KvMath

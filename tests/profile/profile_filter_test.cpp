@@ -292,9 +292,12 @@ TEST(ProfileFilter, PolarMeanPassesOverUnsetPoints) {
 TEST(ProfileFilter, SparsePointsAreThoseCountedByBruteForce) {
     Draws draws(2207);
     for (int round = 0; round < 200; ++round) {
-        const KvProfile p = randomProfile(draws, draws.integer(0, 200), 0.05);
+        const bool isLine =
+            round % 5 == 0;  // several blocks in the order of a line, more neighbours than are looked at
+        const KvProfile p =
+            randomProfile(draws, draws.integer(0, isLine ? 600 : 200), 0.05, isLine ? 0.98 : 0.0);
         const float radius = static_cast<float>(draws.integer(1, 8)) * 0.25F;
-        const int least = draws.integer(1, 12);
+        const int least = draws.integer(1, isLine ? 40 : 12);
         KvProfile expected;
         for (int i = 0; i < p.points.size(); ++i) {
             int others = 0;
