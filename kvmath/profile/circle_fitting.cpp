@@ -1,9 +1,11 @@
 #include <kvmath/profile/circle_fitting.h>
 
+#include <kvmath/base/instructions_p.h>
 #include <kvmath/core/circle.h>
 #include <kvmath/numerics/optimisers.h>
 #include <kvmath/profile/profile.h>
 
+#include <algorithm>
 #include <cmath>
 
 namespace KvMath {
@@ -15,24 +17,41 @@ struct Samples {
     double knownRadius;
 };
 
-double sumOfSquares(const Samples& samples, double cx, double cy, double radius) {
+/// The sum goes from point to point; the roots, which take longer, are drawn for several points at a time.
+KVMATH_INLINE_KERNEL double sumOfSquares(const Samples& samples, double cx, double cy, double radius) {
+    constexpr int kBlock = 64;
+    double squares[kBlock];
     double sum = 0.0;
-    for (int i = 0; i < samples.n; ++i) {
-        const double dx = samples.pts[i].x - cx;
-        const double dy = samples.pts[i].y - cy;
-        const double residual = std::sqrt(dx * dx + dy * dy) - radius;
-        sum += residual * residual;
+    for (int from = 0; from < samples.n; from += kBlock) {
+        const KvVector2D<double>* pts = samples.pts + from;
+        const int count = std::min(kBlock, samples.n - from);
+        for (int i = 0; i < count; ++i) {
+            const double dx = pts[i].x - cx;
+            const double dy = pts[i].y - cy;
+            const double residual = std::sqrt(dx * dx + dy * dy) - radius;
+            squares[i] = residual * residual;
+        }
+        for (int i = 0; i < count; ++i)
+            sum += squares[i];
     }
     return sum;
 }
+KVMATH_FOR_AVX2 double sumOfSquaresForAvx2(const Samples& samples, double cx, double cy, double radius) {
+    return sumOfSquares(samples, cx, cy, radius);
+}
+
+double cost(const Samples& samples, double cx, double cy, double radius) {
+    return Internal::hasAvx2() ? sumOfSquaresForAvx2(samples, cx, cy, radius)
+                               : sumOfSquares(samples, cx, cy, radius);
+}
 
 double freeRadiusCost(double* p, void* data) {
-    return sumOfSquares(*static_cast<const Samples*>(data), p[0], p[1], p[2]);
+    return cost(*static_cast<const Samples*>(data), p[0], p[1], p[2]);
 }
 
 double knownRadiusCost(double* p, void* data) {
     const auto& samples = *static_cast<const Samples*>(data);
-    return sumOfSquares(samples, p[0], p[1], samples.knownRadius);
+    return cost(samples, p[0], p[1], samples.knownRadius);
 }
 
 // Centre and radius to start from; the algebraic fit sees the points in single precision.

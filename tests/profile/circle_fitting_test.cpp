@@ -1,7 +1,9 @@
 #include <kvmath/profile/circle_fitting.h>
 
 #include <kvmath/core/circle.h>
+#include <kvmath/numerics/optimisers.h>
 #include <kvmath/profile/profile.h>
+#include <tests/support/random_data.h>
 
 #include <gtest/gtest.h>
 
@@ -44,6 +46,42 @@ TEST(CircleFitting, OfKnownRadiusIsStationary) {
     }
     EXPECT_NEAR(gx, 0.0, 1e-5);
     EXPECT_NEAR(gy, 0.0, 1e-5);
+}
+
+/// The cost as it is defined, point after point.
+double literalCost(double* p, void* data) {
+    double sum = 0.0;
+    for (const Point& q : *static_cast<std::vector<Point>*>(data)) {
+        const double residual = std::sqrt((q.x - p[0]) * (q.x - p[0]) + (q.y - p[1]) * (q.y - p[1])) - p[2];
+        sum += residual * residual;
+    }
+    return sum;
+}
+
+// The search goes where the last bit of a cost sends it.
+TEST(CircleFitting, EqualsTheSearchOverPlainSums) {
+    TestSupport::Draws draws(2211);
+    for (const int n : {3, 63, 64, 65, 200, 333}) {
+        std::vector<Point> pts;
+        KvProfile profile;
+        for (int i = 0; i < n; ++i) {
+            const double angle = draws.real(0.0, 3.0);
+            const double r = draws.real(9.9, 10.1);
+            pts.emplace_back(300.1 + r * std::cos(angle), r * std::sin(angle));
+            profile += KvPointXY(float(pts.back().x), float(pts.back().y));
+        }
+        KvCircle start;
+        ASSERT_TRUE(start.calcFromPointCloud(profile, nullptr));
+        double expected[] = {double(start.x), double(start.y), double(start.radius)};
+        int evaluations = 0;
+        const bool converged = fminsearch(literalCost, &pts, 3, expected, nullptr, 1e-12, 300, evaluations);
+        Point centre;
+        double radius = 0.0;
+        EXPECT_EQ(circleFitting(pts.data(), n, centre, radius, 1e-12, 300), converged) << n;
+        EXPECT_EQ(centre.x, expected[0]) << n;
+        EXPECT_EQ(centre.y, expected[1]) << n;
+        EXPECT_EQ(radius, expected[2]) << n;
+    }
 }
 
 TEST(CircleFitting, WritesWhatItHasWhenTheBudgetEnds) {
