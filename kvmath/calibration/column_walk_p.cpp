@@ -1,7 +1,8 @@
 // A column is crossed by at most one line per step. In order of position, every cell belongs to the crossing
 // at or before it, and takes its value between that one and the next. So each cell is written once, whatever
-// the data: folded or repeated positions cost a sort and nothing else. Time: steps times columns, plus the
-// cells.
+// the data: folded or repeated positions cost a sort and nothing else. Rows of a table are asked for their
+// crossings where that is less work than asking every crossing for its rows. Time: steps times columns, plus
+// the cells.
 
 #include "column_walk_p.h"
 
@@ -131,32 +132,49 @@ bool ColumnWalk::bridge(int column, std::size_t step, double& position) {
 
 void ColumnWalk::enter(int column) {
     column_ = column;
-    count_ = 0;
+    cellStep_ = 0;
     const unsigned short* row = request_.dtf[column];
-    for (std::size_t s = 0; s < kSteps; ++s) {
+    const bool walksDown = walksDown_;
+    std::size_t count = 0;
+    double before = 0.0;
+    bool isAscending = true;
+    bool isDescending = true;
+    for (std::size_t k = 0; k < kSteps; ++k) {
+        const std::size_t s = walksDown ? kSteps - 1 - k : k;
         double position = row[s];
+        int ceiling = row[s];
         if (isFound(row[s]))
             previous_[s] = static_cast<short>(column);
-        else if (!bridge(column, s, position))
+        else if (bridge(column, s, position))
+            ceiling = ceilOf(position);
+        else
             continue;
-        if (found_[s] > 1 && position < kSensorPositions)
-            crossings_[count_++] = {position, static_cast<int>(s)};
+        if (found_[s] > 1 && position < kSensorPositions) {
+            isAscending &= (count == 0) | (before < position);
+            isDescending &= (count == 0) | (before > position);
+            before = position;
+            crossings_[count++] = {position, static_cast<int>(s), ceiling};
+        }
     }
-    sortCrossings();
+    count_ = count;
+    if (!isAscending)
+        sortCrossings(isDescending);
 }
 
-/// By position; of equal ones only the last step stays.
-void ColumnWalk::sortCrossings() {
+/// By position; of equal ones only the last step stays. There are at least two.
+void ColumnWalk::sortCrossings(bool isDescending) {
     const auto begin = crossings_.begin();
     auto end = begin + static_cast<std::ptrdiff_t>(count_);
     const auto below = [](const Crossing& a, const Crossing& b) {
         return a.position != b.position ? a.position < b.position : a.step > b.step;
     };
-    if (count_ > 1 && begin->position > (end - 1)->position)
+    if (begin->position > (end - 1)->position) {
         std::reverse(begin, end);
-    const auto notBelow = [](const Crossing& a, const Crossing& b) { return a.position >= b.position; };
-    if (std::adjacent_find(begin, end, notBelow) == end)
-        return;  // the usual record
+        walksDown_ = !walksDown_;  // the next column is like this one
+    }
+    if (isDescending)
+        return;
+    isNoisy_ = true;
     if (!sortNearly(begin, end, below))
         std::sort(begin, end, below);
     end = std::unique(begin, end,
@@ -187,11 +205,53 @@ void ColumnWalk::eachRun(int positionStep, Run run) const {
     }
 }
 
+/// Whether the cells of a table are asked for their crossings, not the other way round: where few crossings
+/// have a cell, and where noise decides which, so that a branch for each would often be foreseen wrongly.
+bool ColumnWalk::asksCells(int positionStep) const {
+    return positionStep >= kPositionsPerRow || (isNoisy_ && positionStep >= kPositionsPerRow / 2);
+}
+
+/// The cells of a table that eachRun gives, each with the last crossing at or before it and the next one.
+void ColumnWalk::findCells(int positionStep) {
+    if (cellStep_ == positionStep)
+        return;
+    cellStep_ = positionStep;
+    cellCount_ = 0;
+    if (count_ == 0)
+        return;
+    int shift = 0;
+    while ((1 << shift) < positionStep)
+        ++shift;
+    const auto rowBehind = [=](const Crossing& a) { return (a.ceiling + positionStep - 1) >> shift; };
+    const int begin = rowBehind(crossings_[0]);
+    const int end = rowBehind(crossings_[count_ - 1]) + 1;
+    std::array<short, kTableSensorRows + 1> owners;
+    std::fill(owners.begin() + begin, owners.begin() + end, short{0});
+    for (std::size_t i = 0; i < count_; ++i)  // the last of several stays
+        owners[static_cast<std::size_t>(rowBehind(crossings_[i]))] = static_cast<short>(i);
+    int owner = 0;
+    std::size_t count = 0;
+    const bool hasEmptySteps = emptyBefore_.back() != 0;
+    for (int i = begin; i < end; ++i) {
+        owner = std::max<int>(owner, owners[static_cast<std::size_t>(i)]);
+        const Crossing& a = crossings_[static_cast<std::size_t>(owner)];
+        const auto next = std::min(static_cast<std::size_t>(owner) + 1, count_ - 1);
+        const bool isOnIt = i * positionStep == a.position;
+        const Crossing& b = crossings_[next];
+        const bool isBetween = (hasEmptySteps ? areJoined(a, b) : std::abs(a.step - b.step) <= kJoinedSteps) &
+                               (a.step != b.step);
+        cells_[count] = {static_cast<short>(i), static_cast<short>(owner),
+                         static_cast<short>(isOnIt ? owner : static_cast<int>(next))};
+        count += static_cast<std::size_t>(isOnIt | isBetween);
+    }
+    cellCount_ = count;
+}
+
 unsigned short ColumnWalk::toCell(double units) const {
     return request_.form == Form::Triangles ? cellOf<Form::Triangles>(units) : cellOf<Form::Steps>(units);
 }
 
-void ColumnWalk::fillZ(const ColumnCells& out) const {
+void ColumnWalk::fillZ(const ColumnCells& out) {
     if (request_.form == Form::Triangles)
         fillZ<Form::Triangles>(out);
     else
@@ -199,7 +259,22 @@ void ColumnWalk::fillZ(const ColumnCells& out) const {
 }
 
 template <Form form>
-void ColumnWalk::fillZ(const ColumnCells& out) const {
+void ColumnWalk::fillZ(const ColumnCells& out) {
+    if (asksCells(out.positionStep)) {
+        findCells(out.positionStep);
+        for (std::size_t k = 0; k < cellCount_; ++k) {
+            const TableCell& cell = cells_[k];
+            const Crossing& a = crossings_[static_cast<std::size_t>(cell.before)];
+            const Crossing& b = crossings_[static_cast<std::size_t>(cell.behind)];
+            const double from = units_[static_cast<std::size_t>(a.step)];
+            const double slope =
+                (units_[static_cast<std::size_t>(b.step)] - from) / (b.position - a.position);
+            const double units = from + (cell.row * out.positionStep - a.position) * slope;
+            out.cells[static_cast<std::size_t>(cell.row) * out.stride] =
+                cellOf<form>(cell.before == cell.behind ? from : units);
+        }
+        return;
+    }
     eachRun(out.positionStep, [&](const Crossing& a, const Crossing& b, int first, int end) {
         const double from = units_[static_cast<std::size_t>(a.step)];
         if (first < end && first * out.positionStep == a.position)  // needs no slope, which may be NaN
@@ -220,9 +295,15 @@ void ColumnWalk::fillZ(const ColumnCells& out) const {
     });
 }
 
-void ColumnWalk::fillX(const ColumnCells& out) const {
+void ColumnWalk::fillX(const ColumnCells& out) {
     const double x = (column_ - request_.firstColumn) * request_.xStep / 1000;
     const unsigned short cell = toCell(x * kUnitsPerRange / request_.xRange);
+    if (asksCells(out.positionStep)) {
+        findCells(out.positionStep);
+        for (std::size_t k = 0; k < cellCount_; ++k)
+            out.cells[static_cast<std::size_t>(cells_[k].row) * out.stride] = cell;
+        return;
+    }
     eachRun(out.positionStep, [&](const Crossing&, const Crossing&, int first, int end) {
         for (int i = first; i < end; ++i)
             out.cells[static_cast<std::size_t>(i) * out.stride] = cell;

@@ -48,8 +48,8 @@ public:
     void enter(int column);
 
     /// Writes the coordinates of the entered column into cells that are empty before.
-    void fillZ(const ColumnCells& out) const;
-    void fillX(const ColumnCells& out) const;
+    void fillZ(const ColumnCells& out);
+    void fillX(const ColumnCells& out);
 
 private:
     static constexpr std::size_t kSteps = kCalibrationSteps;
@@ -58,17 +58,25 @@ private:
     struct Crossing {
         double position;
         int step;
+        int ceiling;  ///< of the position
+    };
+
+    /// A cell of a table with the crossings on either side, twice the same where it lies on one.
+    struct TableCell {
+        short row, before, behind;
     };
 
     explicit ColumnWalk(const BuildRequest& request);
     void countLines();
     void setUnits();
     bool bridge(int column, std::size_t step, double& position);
-    void sortCrossings();
+    void sortCrossings(bool isDescending);
+    bool asksCells(int positionStep) const;
+    void findCells(int positionStep);
     bool areJoined(const Crossing& a, const Crossing& b) const;
     unsigned short toCell(double units) const;
     template <Form form>
-    void fillZ(const ColumnCells& out) const;
+    void fillZ(const ColumnCells& out);
     template <class Run>
     void eachRun(int positionStep, Run run) const;
 
@@ -82,6 +90,11 @@ private:
     std::array<double, kSteps> units_{};                ///< Z in table units, per step
     std::array<Crossing, kSteps> crossings_{};          ///< of the entered column, by position
     std::size_t count_ = 0;
+    bool walksDown_ = false;  ///< from the last step, which gives ascending positions
+    bool isNoisy_ = false;    ///< positions of some column go up and down
+    int cellStep_ = 0;        ///< positions between the rows of cells_; 0: not found yet
+    std::array<TableCell, kTableSensorRows + 1> cells_{};
+    std::size_t cellCount_ = 0;
 };
 
 }  // namespace KvMath::Internal
