@@ -14,7 +14,8 @@ namespace {
 
 using Point = KvVector2D<double>;
 
-constexpr int kBlock = 64;  // steps that are judged together
+constexpr int kBlock = 64;      // steps that are judged together
+constexpr int kLeastBlock = 8;  // where a block has a long one, and at the end
 
 double squaredStep(const Point* p) {
     const double dx = p[0].x - p[-1].x;
@@ -35,15 +36,15 @@ double leastSquareBeyond(double gap) {
     return square;
 }
 
-/// Whether all kBlock steps to the points from p on are shorter than the root of `square`.
+/// Whether all steps to `size` points from p on are shorter than the root of `square`.
 template <class Lanes>
-KVMATH_INLINE_KERNEL bool areShort(const Point* p, double square) {
+KVMATH_INLINE_KERNEL bool areShort(const Point* p, int size, double square) {
     constexpr int kLanes = sizeof(Lanes) / sizeof(double);
     Lanes limit;
     spread(square, square, limit);
     BitsOf<Lanes> all = {};
     all = ~all;
-    for (int k = 0; k < kBlock; k += kLanes) {
+    for (int k = 0; k < size; k += kLanes) {
         Lanes to[2];
         Lanes from[2];
         for (int half = 0; half < 2; ++half) {
@@ -62,12 +63,14 @@ KVMATH_INLINE_KERNEL bool areShort(const Point* p, double square) {
     return areAll;
 }
 
-/// The first point from `from` on whose block of steps is not all short, or with no whole block left.
+/// The first point from `from` on whose block of steps is not all short, or that has no whole block left.
 template <class Lanes>
 KVMATH_INLINE_KERNEL int passShortBlocks(const Point* pts, int from, int n, double square) {
     int k = from;
-    while (n - k >= kBlock && areShort<Lanes>(pts + k, square))
-        k += kBlock;
+    for (const int size : {kBlock, kLeastBlock}) {
+        while (n - k >= size && areShort<Lanes>(pts + k, size, square))
+            k += size;
+    }
     return k;
 }
 KVMATH_FOR_AVX2 int passShortBlocksForAvx2(const Point* pts, int from, int n, double square) {

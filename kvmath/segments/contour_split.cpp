@@ -14,7 +14,8 @@ namespace {
 
 using Point = KvVector2D<double>;
 
-constexpr int kBlock = 64;  // points whose distances share one look for a new maximum
+constexpr int kBlock = 64;      // points whose distances share one look for a new maximum
+constexpr int kLeastBlock = 8;  // what is left at the end is a block of a multiple of so many
 
 struct Farthest {
     int index = -1;
@@ -51,44 +52,51 @@ struct PlainLanes {};  // a point at a time
 
 /// The greatest distance in a block, -1 when all are NaN.
 template <class Lanes, class Distance>
-KVMATH_INLINE_KERNEL double greatestInBlock(const Distance& distance, const Point* pts) {
+KVMATH_INLINE_KERNEL double greatestInBlock(const Distance& distance, const Point* pts, int size) {
     double greatest = -1;
-    for (int k = 0; k < kBlock; ++k) {
+    for (int k = 0; k < size; ++k) {
         const double d = distance(pts[k]);
         greatest = d > greatest ? d : greatest;
     }
     return greatest;
 }
 
+/// As many points as a vector has lanes: lane by lane the greater of their distances and `greatest`.
+template <class Lanes>
+KVMATH_INLINE_KERNEL void takeFarther(const Point* pts, const Lanes& origin, const Lanes& normal,
+                                      Lanes& greatest) {
+    constexpr int kPoints = sizeof(Lanes) / sizeof(Point);
+    Lanes first;
+    Lanes second;
+    load(pts, first);
+    load(pts + kPoints, second);
+    first = normal * (origin - first);
+    second = normal * (origin - second);
+    Lanes offsets;
+    addWithin(first, second, offsets);
+    takeGreaterMagnitudes(offsets, greatest);
+}
+
 // Several points at a time by the same expression. Lanes have maxima of their own, which meet at the end: a
 // maximum is the same in any order.
 template <class Lanes>
-KVMATH_INLINE_KERNEL double greatestInBlock(const FromChord& chord, const Point* pts) {
+KVMATH_INLINE_KERNEL double greatestInBlock(const FromChord& chord, const Point* pts, int size) {
     constexpr int kLanes = sizeof(Lanes) / sizeof(double);
     Lanes origin;
     Lanes normal;
-    Lanes greatest[2];
+    Lanes greatest;
     spread(chord.origin.x, chord.origin.y, origin);
     spread(chord.nx, chord.ny, normal);
-    for (Lanes& lanes : greatest)
-        spread(-1.0, -1.0, lanes);
-    for (int k = 0; k < kBlock; k += 2 * kLanes) {
-        for (int half = 0; half < 2; ++half) {
-            Lanes first;
-            Lanes second;
-            load(pts + k + half * kLanes, first);
-            load(pts + k + half * kLanes + kLanes / 2, second);
-            first = normal * (origin - first);
-            second = normal * (origin - second);
-            Lanes offsets;
-            addWithin(first, second, offsets);
-            takeGreaterMagnitudes(offsets, greatest[half]);
-        }
+    spread(-1.0, -1.0, greatest);
+    Lanes other = greatest;
+    for (int k = 0; k < size; k += 2 * kLanes) {
+        takeFarther(pts + k, origin, normal, greatest);
+        takeFarther(pts + k + kLanes, origin, normal, other);
     }
-    takeGreater(greatest[1], greatest[0]);
-    double all = greatest[0][0];
+    takeGreater(other, greatest);
+    double all = greatest[0];
     for (int lane = 1; lane < kLanes; ++lane)
-        all = std::max(all, greatest[0][lane]);
+        all = std::max(all, greatest[lane]);
     return all;
 }
 
@@ -99,8 +107,9 @@ KVMATH_INLINE_KERNEL void findFarthest(const Distance& distance, const Point* pt
                                        Farthest& found) {
     int block = -1;
     int k = from;
-    for (; to - k >= kBlock; k += kBlock) {
-        const double d = greatestInBlock<Lanes>(distance, pts + k);
+    for (int size = 0; to - k >= kLeastBlock; k += size) {
+        size = std::min(to - k, kBlock) / kLeastBlock * kLeastBlock;
+        const double d = greatestInBlock<Lanes>(distance, pts + k, size);
         if (d > found.distance) {
             found.distance = d;
             block = k;
@@ -115,7 +124,7 @@ KVMATH_INLINE_KERNEL void findFarthest(const Distance& distance, const Point* pt
     }
     if (block >= 0) {
         const auto isFarthest = [&](const Point& p) { return distance(p) == found.distance; };
-        found.index = static_cast<int>(std::find_if(pts + block, pts + block + kBlock, isFarthest) - pts);
+        found.index = static_cast<int>(std::find_if(pts + block, pts + to, isFarthest) - pts);
     }
 }
 KVMATH_FOR_AVX2 void findFarthestForAvx2(const FromChord& chord, const Point* pts, int from, int to,

@@ -3,6 +3,7 @@
 
 #include <kvmath/segments/line_fit_p.h>
 
+#include <cstddef>
 #include <vector>
 
 namespace KvMath::Internal {
@@ -21,6 +22,16 @@ struct ContourPieces {
     std::vector<Fit> fits;
     std::vector<int> otherBreaks;
     std::vector<KvVector2D<double>> otherVertices;
+
+    /// Room for a contour of a few pieces, so that its lists need not grow.
+    void reserve() {
+        constexpr std::size_t kFewVertices = 32;
+        for (std::vector<int>* indices : {&breaks, &otherBreaks})
+            indices->reserve(kFewVertices);
+        for (std::vector<KvVector2D<double>>* places : {&vertices, &otherVertices})
+            places->reserve(kFewVertices);
+        fits.reserve(kFewVertices);
+    }
 };
 
 /// Recursive split into pieces that deviate from their chord by less than `tolerance`. n >= 2.

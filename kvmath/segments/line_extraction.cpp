@@ -97,6 +97,7 @@ void Internal::extractSegments(const Point* pts, int n, const TSFindTemplatePara
     Contours contours;
     gatherContours(pts, n, params.contourGap, contours);
     ContourPieces pieces;
+    pieces.reserve();
     for (size_t k = 0; k + 1 < contours.begins.size(); ++k) {
         const int size = contours.begins[k + 1] - contours.begins[k];
         if (size < 2)
