@@ -89,6 +89,7 @@ struct Desk {
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static Desk desk;
+    static Fuzz::ScratchFile in("in");
     Fuzz::Input input(data, size);
     const int operation = input.byte();
     // A file of full size is the few bytes over and over.
@@ -96,7 +97,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const int cut = input.byte();
     const QByteArray bytes = input.rest().repeated(isFull && size > 0 ? 2'600'000 / int(size) : 1);
     const QByteArray file = bytes.left(bytes.size() - std::min(cut, int(bytes.size())));
-    desk.in = Fuzz::scratchFile("in", file);
+    desk.in = in.with(file);
     if (operation < 128)
         desk.loadRecord(file);
     else if (operation < 192)
@@ -105,7 +106,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         desk.passRecord();
     else if (operation < 232)
         desk.passTable();
-    else if (operation < 252)
+    else if (operation < 255 || cut != 255)
         desk.savePart(input.raw<uint16_t>() - 100);
     else
         desk.makeProfiles(input.number(), input.number());

@@ -40,7 +40,7 @@ struct Bench {
             *column = in.byte() < 240 ? in.raw<uint16_t>() % kSensorColumns : in.integer();
         const int width = in.byte();
         if (width < 240)
-            last = std::min(first, kSensorColumns) + width / 8;
+            last = std::min(first, kSensorColumns) + width / 32;
         else if (first > last && width < 254)
             std::swap(first, last);
     }

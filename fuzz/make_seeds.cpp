@@ -89,9 +89,9 @@ void putTexts() {
                  QByteArray::number(x < 30 ? 28 - (x - 15) * (x - 15) / 20 : 0) + '\n';
     for (int x = -36; x <= 36; x += 2)
         rail += QByteArray::number(x) + ' ' + QByteArray::number(x * x > 1200 ? 20 : x * x / 600) + '\n';
-    put("host_files", "gauge",
+    put("gauge_files", "gauge",
         "Side=%L\nSh=28\nRefPoint1=0,0\nRefPoint2=10,1\nRefPoint3=0,5\nTilt=1\nXoffset=1\n" + wheel);
-    put("host_files", "gauge_rail",
+    put("gauge_files", "gauge_rail",
         "header.begin\ntype = 0\nheader.end\nspline.begin\nunits.len.f = 1000\nshift.y = 1\n"
         "rotate = 0.1\nmirror.y = 1\npoint.begin\n" +
             rail + "point.end\n");
@@ -99,6 +99,14 @@ void putTexts() {
     put("host_files", "ply",
         "ply\nformat ascii 1.0\nelement vertex 1\nproperty float x\nproperty float y\nproperty float z\n"
         "end_header\n1 2 3\n");
+}
+
+/// What texts may hold, behind them the lengths of the pieces and the form.
+void putTextsOfReports() {
+    const QByteArray texts = "</script><b>\"&';,\r\n# \xc3\xa4\xe2\x80\xa8\x01\xff\t=1+1\\x00 1e9]]>-->";
+    for (const char form : {'\x10', '\x60', '\xb0', '\xf4', '\xff'})
+        put("report_texts", QString::number(static_cast<unsigned char>(form)),
+            texts + QByteArray::fromHex("050607080910") + form);
 }
 
 void putPlans() {
@@ -136,6 +144,7 @@ int main(int argc, char** argv) {
     putDocument();
     putTexts();
     putPlans();
+    putTextsOfReports();
     for (int i = 2; i < argc; ++i)
         putNoise(argv[i]);
     return 0;

@@ -37,13 +37,14 @@ void measure(const KvMeasure::InspectionPlan& plan, Fuzz::Input& input) {
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const size_t text = Fuzz::textSize(data, size);
     Fuzz::Input input(data + text, size - text);
-    const QString path = Fuzz::scratchFile("plan.json", {reinterpret_cast<const char*>(data), int(text)});
+    static Fuzz::ScratchFile file("plan.json");
+    const QString path = file.with({reinterpret_cast<const char*>(data), int(text)});
     const Fuzz::LeaksIgnored brokenJson;
     try {
         const KvMeasure::InspectionPlan plan = KvMeasure::readPlan(path);
         Fuzz::require(KvMeasure::planFault(plan).isEmpty(), "a plan that is read is sound");
         const QByteArray written = KvMeasure::planText(plan, path);
-        const KvMeasure::InspectionPlan again = KvMeasure::readPlan(Fuzz::scratchFile("plan.json", written));
+        const KvMeasure::InspectionPlan again = KvMeasure::readPlan(file.with(written));
         Fuzz::require(KvMeasure::planText(again, path) == written, "a plan is stable");
         if (isCheap(plan))
             measure(plan, input);

@@ -6,11 +6,12 @@
 #include <kvmath/profile/profile.h>
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    static Fuzz::ScratchFile in("in.csv");
     Fuzz::Input input(data, size);
     const bool isPlain = input.byte() < 240;
     const int xColumn = isPlain ? 0 : input.integer(), yColumn = isPlain ? 1 : input.integer();
     KvMath::KvProfile profile;
-    const int count = profile.readFromCSVFile(Fuzz::scratchFile("in.csv", input.rest()), xColumn, yColumn);
+    const int count = profile.readFromCSVFile(in.with(input.rest()), xColumn, yColumn);
     Fuzz::require(count == profile.points.size(), "the number of points is returned");
     Fuzz::require(profile.writeToCSVFile(Fuzz::scratchPath("out.csv")), "a profile can be written");
     KvMath::KvProfile again;

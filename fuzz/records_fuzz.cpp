@@ -10,10 +10,9 @@
 namespace {
 
 template <class Record, class... Partial>
-void readAndWriteBack(const QByteArray& bytes, Partial... acceptPartial) {
-    QFile file(Fuzz::scratchFile("in", bytes));
-    if (!file.open(QIODevice::ReadOnly))
-        return;
+void readAndWriteBack(QFile& file, const QByteArray& bytes, Partial... acceptPartial) {
+    static Fuzz::ScratchFile out("out");
+    file.seek(0);
     for (qint64 before = 0;; before = file.pos()) {
         Record record;
         const int count = record.readFromFile(file, acceptPartial...);
@@ -23,27 +22,28 @@ void readAndWriteBack(const QByteArray& bytes, Partial... acceptPartial) {
             Fuzz::require(file.pos() == before, "a failed read puts the position back");
             return;
         }
-        QFile out(Fuzz::scratchPath("out"));
-        Fuzz::require(count == record.points.size() && out.open(QIODevice::WriteOnly) &&
-                          record.writeToFile(out),
+        Fuzz::require(count == record.points.size() && out.rewind() && record.writeToFile(out.device()),
                       "a record has the number of points that is returned, and can be written");
-        out.close();
+        if (sizeof...(Partial) > 0)
+            continue;
         const QByteArray taken = bytes.mid(int(before), int(file.pos() - before));
-        Fuzz::require(sizeof...(Partial) > 0 || Fuzz::scratchBytes("out") == taken,
-                      "what was read is written back");
+        Fuzz::require(out.written() == taken, "what was read is written back");
     }
 }
 
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    static Fuzz::ScratchFile in("in");
     const QByteArray bytes = Fuzz::Input(data, size).rest();
-    readAndWriteBack<KvMath::KvPointCloud<KvMath::KvPointXY>>(bytes);
-    readAndWriteBack<KvMath::KvPointCloud<KvMath::KvPointXYZ>>(bytes);
-    readAndWriteBack<KvMath::KvPointCloud<KvMath::KvPointXYZRGB>>(bytes);
-    readAndWriteBack<KvMath::KvProfileZ>(bytes);
-    readAndWriteBack<KvMath::KvProfileZ>(bytes, true);
-    readAndWriteBack<KvMath::KvProfileSD>(bytes);
-    readAndWriteBack<KvMath::KvProfileSD>(bytes, true);
+    in.with(bytes);
+    QFile& file = in.device();
+    readAndWriteBack<KvMath::KvPointCloud<KvMath::KvPointXY>>(file, bytes);
+    readAndWriteBack<KvMath::KvPointCloud<KvMath::KvPointXYZ>>(file, bytes);
+    readAndWriteBack<KvMath::KvPointCloud<KvMath::KvPointXYZRGB>>(file, bytes);
+    readAndWriteBack<KvMath::KvProfileZ>(file, bytes);
+    readAndWriteBack<KvMath::KvProfileZ>(file, bytes, true);
+    readAndWriteBack<KvMath::KvProfileSD>(file, bytes);
+    readAndWriteBack<KvMath::KvProfileSD>(file, bytes, true);
     return 0;
 }

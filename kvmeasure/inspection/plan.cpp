@@ -288,7 +288,7 @@ QByteArray readBounded(const QString& path) {
     if (file.size() > kLargest)
         throw Error(filledIn("%1: has %2 bytes; a template has at most %3", path, file.size(), kLargest))
             .inFile(path);
-    return file.read(kLargest);
+    return file.read(qMin(file.size(), kLargest));  // no room for more than there is
 }
 
 QVariantMap parseJson(const QString& path, const QByteArray& text) {

@@ -110,7 +110,7 @@ MatchResults profilesOf(const QJsonArray& profiles, const QString& path) {
 }
 
 MatchResults readJson(QIODevice& device, const QString& path) {
-    const QByteArray bytes = device.read(kLargestJson + 1);
+    const QByteArray bytes = device.read(qMin(device.bytesAvailable(), kLargestJson + 1));
     if (bytes.size() > kLargestJson)
         throw Error(filledIn("%1: is larger than 256 MB; write the results with --csv", path)).inFile(path);
     QJsonParseError fault;
