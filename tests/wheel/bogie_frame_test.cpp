@@ -141,11 +141,14 @@ TEST(PlanesAndLines, MeetOrAreRefused) {
     const double p1[] = {0, 0, 0}, dir1[] = {5, 0, 0}, p2[] = {3, 7, 2}, dir2[] = {0, 2, 0};
     ASSERT_TRUE(lines3dIntersection(p1, dir1, p2, dir2, point));
     EXPECT_THAT(point, ElementsAre(3, 0, 1));
+    const double p3[] = {1, 2, 3}, p4[] = {3, 7, 5};
+    ASSERT_TRUE(lines3dIntersection(p3, dir1, p4, dir2, point));
+    EXPECT_THAT(point, ElementsAre(3, 2, 4));
     EXPECT_FALSE(lines3dIntersection(p1, dir1, p2, dir1, point));
     EXPECT_FALSE(lines3dIntersection(p1, p1, p2, dir2, point));
     const double far[] = {1.7e308, 0, 0}, dir3[] = {0, 0, 1};
     EXPECT_FALSE(lines3dIntersection(far, dir2, far, dir3, point)) << "their middle is no number";
-    EXPECT_THAT(point, ElementsAre(3, 0, 1));
+    EXPECT_THAT(point, ElementsAre(3, 2, 4));
 }
 
 TEST(TiltedPlanes, MeetTheirAxisAtTheDistance) {

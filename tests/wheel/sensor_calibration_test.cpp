@@ -49,6 +49,10 @@ TEST(Apexes, AreWhereRisingMeetsFallingInAnyOrderOfPoints) {
     profile.points.insert(51, {50, 100});
     ASSERT_EQ(ORBIS_detectApexes(profile, apexes, lines, 0.5F), 1);
     EXPECT_LT(apexes.points[0].calcDistance({75, 112.5F}), 1.5F);
+    profile.points = profile.points.mid(0, 51);  // upwards, then level
+    for (int i = 51; i <= 100; ++i)
+        profile.points.append({float(i), 50});
+    EXPECT_EQ(ORBIS_detectApexes(profile, apexes, lines, 0.5F), 0);
     EXPECT_EQ(ORBIS_detectApexes(KvProfile(), apexes, lines, kNaN), 0);
     EXPECT_TRUE(apexes.points.isEmpty() && lines.isEmpty());
 }
@@ -143,6 +147,9 @@ TEST(CalibrationNodes, AreTheSharpestCornersAndTheirPlaces) {
     EXPECT_EQ(places[0].x, -20.0F);
     EXPECT_EQ(places[1].x, 4.0F);
     EXPECT_TRUE(places[1].y == 20.0F && places[1].z == 25.0F && places[2].z == 0.0F);
+    const KvPointXY sloping[3] = {{1, 2}, {3, 13}, {31, 42}};  // the chord is 50 long, its foot at 10
+    ASSERT_TRUE(ORBIS_detectCalibr3DNodes(sloping, places, 30, 0.5F, 25));
+    EXPECT_NEAR(places[1].x, 10 - 25, 1e-5);
     const KvPointXY same[3] = {{1, 1}, {4, 10}, {1, 1}};
     const KvPointXY unset[3] = {{1, kNaN}, {4, 10}, {1, 1}};
     EXPECT_FALSE(ORBIS_detectCalibr3DNodes(same, places, 30, 0.5F, 25) ||

@@ -69,6 +69,9 @@ TEST_F(WheelDefects, ClearTheFlagsOfTheirWheels) {
     ASSERT_TRUE(ORBIS_detectDefectsInTrain("pass_100.bin", &settings, flags, nullptr, 4));
     EXPECT_THAT(flags, ElementsAre(0, 0, 0, 0, 1));
     EXPECT_THAT(others, ElementsAre(1, 1, 1, 1, 1));
+    unsigned char more[6] = {1, 1, 1, 1, 1, 1};  // there are no files of the last
+    ASSERT_TRUE(ORBIS_detectDefectsInTrain("pass_100.bin", &settings, more, nullptr, 6));
+    EXPECT_THAT(more, testing::Each(0));
 }
 
 TEST_F(WheelDefects, UseTheSecondFlagsFromScannerElevenOnAndTheCapitalLevels) {

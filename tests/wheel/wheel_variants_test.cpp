@@ -109,6 +109,8 @@ TEST(Rim, HasItsFaceAndCornerOnTheLongestUprightPiece) {
     EXPECT_TRUE(std::isnan(calcRimThSurf(profile, corner, 101)) && std::isnan(calcRimThFlng({}, corner)));
 
     const KvProfile level = polyline({{0, 5}, {60, 5}});
+    EXPECT_FLOAT_EQ(calcRimThSurf(level, corner, level.points.first().x), corner.y - 5) << "its end is of it";
+    EXPECT_FLOAT_EQ(calcRimThSurf(level, corner, level.points.last().x), corner.y - 5);
     face = 42;
     EXPECT_FALSE(detectRimForB2B(level, kRim, face) || calcRimRefPoint(level, kRim, corner));
     EXPECT_FALSE(detectRimForB2B(profile, {kNaN, kNaN, kNaN, kNaN}, face));
@@ -150,6 +152,11 @@ TEST(ReferencePoint, IsTheCentreOfTheArc) {
         EXPECT_FALSE(calcRefPoint(profile, first, last, centre, radius));
     for (const float bad : {0.0F, -13.0F, kNaN, std::numeric_limits<float>::infinity()})
         EXPECT_FALSE(calcRefPointWithConstR(profile, 1, 62, bad, centre));
+    KvProfile half;
+    half.points = {{13, 0}, {0, 13}, {-13, 0}};
+    ASSERT_TRUE(calcRefPointWithConstR(half, 0, 2, 13, centre)) << "three points are enough";
+    EXPECT_LT(std::hypot(centre.x, centre.y), 0.01);
+    ASSERT_TRUE(calcRefPointWithConstR(profile, 1, 62, 13, centre));
     profile.points = {{5, 1}, {3, 3}, {0, 6}};  // here 2000 evaluations are not enough
     EXPECT_FALSE(calcRefPoint(profile, 0, 2, centre, radius));
     profile.points = {{2, 0}, {3, 0}, {2, 2}, {1, 0}};
@@ -167,6 +174,9 @@ TEST(ReferencePoint, IsTheCentreOfTheArc) {
     ASSERT_TRUE(calcRefPointWithConstR3D(cloud, 13, inSpace));
     EXPECT_LT(inSpace.calcDistance({80, -40, 70}), 0.01F);
     EXPECT_FALSE(calcRefPointWithConstR3D(cloud, -13, inSpace));
+    cloud.points = {{13, 0, 0}, {0, 13, 0}, {-13, 0, 0}};
+    ASSERT_TRUE(calcRefPointWithConstR3D(cloud, 13, inSpace));
+    EXPECT_LT(inSpace.calcDistance({0, 0, 0}), 0.01F);
     cloud.points = cloud.points.mid(0, 2);
     EXPECT_FALSE(calcRefPointWithConstR3D(cloud, 13, inSpace));
 }
@@ -178,6 +188,7 @@ TEST(CentreScanner, SeesTheWheelFromTheSide) {
     EXPECT_TRUE(std::isnan(wheel.radius));
     ASSERT_TRUE(detectWheelByCenterScanner(profile, 400, 470, wheel));
     EXPECT_NEAR(wheel.radius, 460, 0.5);
+    EXPECT_TRUE(detectWheelByCenterScanner(profile, wheel.radius, wheel.radius, wheel)) << "limits are of it";
     float angle = 0;
     ASSERT_TRUE(detectWheelByCScanOnlyAngle(profile, 460, angle));
     EXPECT_NEAR(angle, 180 - 1.6 * 180 / 3.14159265, 0.02);
