@@ -164,6 +164,7 @@ TEST(FittedKinds, TellVoidsOfAStripFromMissingPoints) {
         SCOPED_TRACE(QString("%1, %2 missing").arg(c.words).arg(c.missing.size()).toStdString());
         EXPECT_NEAR(values["left"].value, c.left, 1e-5);
         EXPECT_NEAR(values["right"].value, c.right, 1e-5);
+        EXPECT_TRUE(values["width"].note.contains("0.100 mm more")) << "half a step at each end";
         EXPECT_EQ(values["width"].warning.contains("counts as missing points"), c.isBridged);
     }
 }

@@ -61,7 +61,7 @@ private:
 
 TEST_F(Plans, AreReadAsTheyWereWritten) {
     InspectionPlan file =
-        taught("depth = distance floor right : 6 +0.3 -0.1; wide = length floor : max 8.5; p = point 0 0");
+        taught("depth=distance floor right : 6 +0.3 -0.1; wide = length floor : max 8.5; p = point 0 0");
     file.fitting = {/*isRaw=*/true, /*compensatesEdges=*/false};
     file.search.allowReversed = true;
     file.filter = parseSteps("median 5; trim-y - 20");
@@ -69,10 +69,14 @@ TEST_F(Plans, AreReadAsTheyWereWritten) {
                     parseRegion("T = all at floor")};
     file.anchors = {parseAnchor("A = line in R from 1 2 30"), parseAnchor("B = template left")};
     addTools("t1 = max in S : max 3; t2 = percentile 5 in T of x\nt3 = area in R above 0.5 : x 1 +- 2", file);
+    file.calibration.ofUnit = {{"mm", 0.002}, {"deg", 0.01}};
+    file.calibration.ofValue = {{"wide", 0.003}};
     EXPECT_EQ(planFault(file), "");
     const QByteArray text = planText(file);
     const InspectionPlan again = reread(text);
     EXPECT_EQ(planText(again), text);
+    EXPECT_EQ(again.calibration.ofUnit, file.calibration.ofUnit);
+    EXPECT_EQ(again.calibration.of("wide", "mm"), 0.003);
     EXPECT_EQ(again.lineNames, file.lineNames);
     EXPECT_EQ(again.ends, file.ends);
     EXPECT_EQ(again.tolerances["wide"].text(), "max 8.5");
@@ -86,6 +90,7 @@ TEST_F(Plans, AreReadAsTheyWereWritten) {
     const InspectionPlan bare = reread(templateOf("2", ""));
     EXPECT_FALSE(bare.hasSearch);
     EXPECT_EQ(bare.lineNames, QStringList({"0", "1"}));
+    EXPECT_FALSE(reread(templateOf("0", "")).hasTemplate());
 }
 
 TEST_F(Plans, WholeNumbersAreBoundsLikeAllOthers) {

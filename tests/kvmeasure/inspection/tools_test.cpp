@@ -97,6 +97,15 @@ TEST(Tools, MeasureWhereTheAnchorPutsTheRegion) {
     EXPECT_FLOAT_EQ(float(value("V = percentile 25 in R of x")), 6.5F);
     EXPECT_FLOAT_EQ(float(value("V = min in B of x")), 4) << "an anchor in an anchored region";
     EXPECT_FLOAT_EQ(float(value("V = max in C of x")), 8) << "max has no direction: nothing turns";
+
+    // A line through (5, 5) that rises by 45 degrees, and a point 2 mm over its middle, square to it.
+    points = {{5 - float(std::sqrt(2)), 5 + float(std::sqrt(2))}};
+    for (int i = 0; i <= 100; ++i)
+        points.emplace_back(float(i) / 10, float(i) / 10);
+    Bench turned{
+        {"all = all", "R = x 4.7..5.3 z 6.7..7.3 at A"}, {"A = line in all from 5 5 0"}, profileOf(points)};
+    EXPECT_NEAR(turned.measure("V = max in R").first().value, 5 + std::sqrt(2), 1e-5);
+    EXPECT_NEAR(turned.measure("V = max in R of x").first().value, 5 - std::sqrt(2), 1e-5);
 }
 
 TEST(Tools, MeasureShapesOfKnownDimensions) {
@@ -201,6 +210,7 @@ TEST(Tools, AreReadInWordsAndWrittenBack) {
          {"A = max in R", "A = line in R from 1 2 -5", "A = template floor", "A = left in R from 0 -3"})
         EXPECT_EQ(parseAnchor(words).text(), words);
     EXPECT_EQ(parseRegion("R = at A x -6 .. 6").text(), "R = x -6..6 at A");
+    EXPECT_EQ(parseRegion("R = x 0.12345678901..1").text(), "R = x 0.123456789..1") << "ten digits";
     EXPECT_EQ(parseTool("V = percentile 5 in R: 5 +- 0.1").tolerances.first().first, "V");
 }
 
