@@ -169,6 +169,22 @@ TEST(FittedKinds, TellVoidsOfAStripFromMissingPoints) {
     }
 }
 
+TEST(FittedKinds, CountStripsFromEitherSide) {
+    // Strips of 2, 6 and 1 mm, in steps of 0.1 mm.
+    Points points;
+    for (const auto& [from, to] : {std::pair(-80, -60), {-30, 30}, {60, 70}})
+        for (int i = from; i < to; ++i)
+            points.emplace_back((i + 0.5) / 10, 0);
+    for (const auto& [number, left] :
+         {std::pair(0, -3.0), {1, -8.0}, {2, -3.0}, {3, 6.0}, {-1, 6.0}, {-3, -8.0}})
+        EXPECT_NEAR(measure(QString("strip in M number %1").arg(number), points, {}, regions())["left"].value,
+                    left, 1e-5)
+            << number;
+    for (const int number : {4, -4})
+        EXPECT_FALSE(
+            measure(QString("strip in M number %1").arg(number), points, {}, regions())["left"].isValid);
+}
+
 TEST(FittedKinds, SayWhichUncertaintyIsNone) {
     std::mt19937_64 random(36);
     Points flat = scan([](double) { return 0.0; }, 0.05, 0.3);
