@@ -13,5 +13,6 @@ PYBIND11_MODULE(_core, module) {
     KvMathPython::bindWheels(module);
     KvMathPython::bindScans(module);
     KvMathPython::bindComparisons(module);
+    KvMathPython::bindOutlines(module);
     KvMathPython::bindNumerics(module);
 }

@@ -134,22 +134,52 @@ Result measureArray(const std::shared_ptr<Plan>& plan, const py::handle& array, 
     return result;
 }
 
+Result measureWith(PartMeasurement& measurement, const std::shared_ptr<Plan>& plan, const KvProfile& profile,
+                   const KvProfile& second) {
+    Result result;
+    {
+        const py::gil_scoped_release release;
+        result = resultOf(*plan, measurement, measurement.measure(profile, second));
+    }
+    result.plan = plan;
+    result.profile = profile;
+    result.second = second;
+    return result;
+}
+
+/// The profile of the other scanner that belongs to the next array; empty: there is none.
+KvProfile nextSecond(const py::object& seconds, py::iterator& next) {
+    if (seconds.is_none())
+        return {};
+    if (next == py::iterator::sentinel())
+        throw argumentError("second", "has fewer profiles than arrays");
+    const py::object array = py::reinterpret_borrow<py::object>(*next);
+    ++next;
+    return array.is_none() ? KvProfile() : profileFrom(array, "second", Empty::Allowed);
+}
+
 /// Measures one array after another; Ctrl-C ends it between two. Without their profiles a million results are
 /// a few GB.
-py::list measureAll(const std::shared_ptr<Plan>& plan, const py::iterable& arrays, bool givesReason,
-                    bool keepsProfiles) {
-    const PartSettings settings = settingsOf(0, 1, givesReason);
+py::list measureAll(const std::shared_ptr<Plan>& plan, const py::iterable& arrays, const py::object& seconds,
+                    int monteCarloRuns, quint64 seed, bool givesReason, bool keepsProfiles) {
+    const PartSettings settings = settingsOf(monteCarloRuns, seed, givesReason);
+    PartMeasurement measurement(plan->inspection, settings);
+    py::iterator next = seconds.is_none() ? py::iterator() : py::iter(seconds);
     py::list results;
     for (const py::handle& array : arrays) {
         throwIfInterrupted();
-        Result result = measure(plan, profileFrom(array, "arrays", Empty::Allowed), KvProfile(), settings);
+        const KvProfile profile = profileFrom(array, "arrays", Empty::Allowed);
+        Result result = measureWith(measurement, plan, profile, nextSecond(seconds, next));
         takeOrigin(array, result);
         if (!keepsProfiles) {
             result.profile = KvProfile();
+            result.second = KvProfile();
             result.keepsProfile = false;
         }
         results.append(std::move(result));
     }
+    if (!seconds.is_none() && next != py::iterator::sentinel())
+        throw argumentError("second", "has more profiles than arrays");
     return results;
 }
 
@@ -175,16 +205,9 @@ Result measure(const std::shared_ptr<Plan>& plan, const KvProfile& profile, cons
                const PartSettings& settings) {
     auto measurement = isUsual(settings) ? plan->usual.take()
                                          : std::make_unique<PartMeasurement>(plan->inspection, settings);
-    Result result;
-    {
-        const py::gil_scoped_release release;
-        result = resultOf(*plan, *measurement, measurement->measure(profile, second));
-    }
+    Result result = measureWith(*measurement, plan, profile, second);
     if (isUsual(settings))
         plan->usual.giveBack(std::move(measurement));
-    result.plan = plan;
-    result.profile = profile;
-    result.second = second;
     return result;
 }
 
@@ -273,11 +296,14 @@ void bindPlans(py::module_& module) {
              "Other threads run meanwhile. Raises Error for another shape and an infinite coordinate, and "
              "where the\n"
              "search has to be given up; TypeError for what holds no numbers.")
-        .def("measure_all", &measureAll, py::arg("arrays"), py::kw_only(), py::arg("reasons") = true,
+        .def("measure_all", &measureAll, py::arg("arrays"), py::arg("second") = py::none(), py::kw_only(),
+             py::arg("monte_carlo_runs") = 0, py::arg("seed") = 1, py::arg("reasons") = true,
              py::arg("keep_profiles") = false,
-             "The results of measure for each of these profiles, in a list. Only with keep_profiles they "
-             "hold\n"
-             "the profiles, from which pictures are drawn. Ctrl-C ends it between two profiles.")
+             "The results of measure for each of these profiles, in a list. second: as many profiles of the "
+             "other scanner,\n"
+             "None where there is none. Only with keep_profiles the results hold the profiles, from which "
+             "pictures are drawn.\n"
+             "Ctrl-C ends it between two profiles.")
         .def(
             "write",
             [](const Plan& plan, const Path& path) {

@@ -5,6 +5,8 @@ from __future__ import annotations
 import html
 from typing import Any, Iterable
 
+import numpy as np
+
 from kvmath import _core
 
 _COLUMNS = ("name", "value", "unit", "u", "verdict", "reason", "warning")
@@ -107,7 +109,8 @@ setattr(_core.SectionValues, "_repr_html_", _section_html)
 setattr(_core.SectionValues, "__repr__", _section_repr)
 setattr(_core.SectionValues, "table", _section_table)
 setattr(_core.Segments, "_repr_html_", _segments_html)
-for _class in (_core.Capability, _core.Comparison, _core.Deviation, _core.LimitVerdict, _core.MotionPart,
+for _class in (_core.Circumference, _core.WheelFlat, _core.WheelHarmonic,
+               _core.Capability, _core.Comparison, _core.Deviation, _core.LimitVerdict, _core.MotionPart,
                _core.Registration, _core.ScanComparison, _core.TrackGauge, _core.WheelLimit,
                _core.Conicity, _core.ControlChart, _core.Estimate, _core.Flatness, _core.GaugeCapability,
                _core.GaugeProfile, _core.GaugeStudy, _core.HeightPlane, _core.Linearity, _core.LineZone, _core.OneWayAnova,
@@ -116,3 +119,22 @@ for _class in (_core.Capability, _core.Comparison, _core.Deviation, _core.LimitV
     if _class not in (_core.CircleFit, _core.LineFit):  # which have words of their own
         setattr(_class, "__repr__", _record_repr)
     setattr(_class, "_repr_html_", _picture_html if hasattr(_class, "svg") else _record_html)
+
+
+def _itself(record: Any, memo: Any = None) -> Any:
+    """Copies of what nothing changes are the thing itself."""
+    return record
+
+
+def _scan_parts(scan: _core.Scan) -> tuple[Any, ...]:
+    if not scan.stack:
+        return _core.Scan, (scan.points,)
+    profiles = scan._profiles()
+    return _core.Scan, ([np.array(array) for array, _ in profiles], [z for _, z in profiles])
+
+
+for _class in vars(_core).values():
+    if isinstance(_class, type) and _class not in (_core.Error, _core.ProfileSequence):
+        setattr(_class, "__copy__", _itself)
+        setattr(_class, "__deepcopy__", _itself)
+setattr(_core.Scan, "__reduce__", _scan_parts)

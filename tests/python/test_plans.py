@@ -1,3 +1,4 @@
+import copy
 import math
 import pickle
 
@@ -103,6 +104,11 @@ def test_plans_values_and_results_can_be_pickled(groove, plan):
             assert getattr(again[name], member) == getattr(result[name], member)
     assert again.svg() == result.svg() and again.name == result.name
     assert pickle.loads(pickle.dumps(plan)).to_json() == plan.to_json()
+    for made in (plan, result, result["depth"], kvmath.fit_line(groove), kvmath.segments(groove)):
+        assert copy.deepcopy(made) is made and copy.copy(made) is made, "nothing changes them"
+    for scan in (kvmath.Scan([groove, groove[:9]], [0, 0.5]), kvmath.Scan([[0, 1, 2], [3, 4, 5]])):
+        again = pickle.loads(pickle.dumps(scan))
+        assert again.stack == scan.stack and np.array_equal(again.points, scan.points)
 
 
 def test_pictures_and_tables_are_shown_in_notebooks(groove, plan):
@@ -119,3 +125,18 @@ def test_pictures_and_tables_are_shown_in_notebooks(groove, plan):
     assert result.table().loc["depth", "value"] == result["depth"].value
     many = kvmath.table(plan.measure_all([groove, np.empty((0, 2))]))
     assert isinstance(many, pandas.DataFrame) and list(many["found"]) == [True, False] and many["depth"].isna()[1]
+
+
+def test_many_profiles_are_measured_as_one(groove):
+    plan = kvmath.make_plan("up = max in R; other = mean in S", regions=["R = x -20..20", "S = second x -20..20"])
+    second = [None, np.column_stack([np.linspace(-30, 30, 200), np.full(200, 7.0)])]
+    many = plan.measure_all([groove, groove], second)
+    assert [r["other"].valid for r in many] == [False, True]
+    for result, other in zip(many, second):
+        one = plan.measure(groove, other)
+        assert result["up"].value == one["up"].value and repr(result) == repr(one)
+    simulated = plan.measure_all([groove], monte_carlo_runs=20, seed=2)[0]
+    assert simulated["up"].u == plan.measure(groove, monte_carlo_runs=20, seed=2)["up"].u
+    for wrong, text in (([None], "fewer"), ([None] * 3, "more")):
+        with pytest.raises(kvmath.Error, match=text):
+            plan.measure_all([groove, groove], wrong)
