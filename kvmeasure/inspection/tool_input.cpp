@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace KvMeasure {
 
@@ -28,14 +29,39 @@ Vector centroid(const std::vector<Vector>& points) {
     return {sum.x / count, sum.y / count};
 }
 
-/// The finite points.
-void takePoints(const KvMath::KvProfile& profile, std::vector<Vector>& points) {
-    points.clear();
-    points.reserve(std::size_t(profile.points.size()));
+/// The finite points; true where their x never falls.
+bool takePoints(const KvMath::KvProfile& profile, std::vector<Vector>& points) {
+    points.resize(std::size_t(profile.points.size()));
+    std::size_t count = 0;
+    bool ascends = true;
+    float before = -std::numeric_limits<float>::infinity();
     for (const KvMath::KvPointXY& point : profile.points) {
-        if (std::isfinite(point.x) && std::isfinite(point.y))
-            points.emplace_back(double(point.x), double(point.y));
+        const float none = (point.x - point.x) + (point.y - point.y);  // NaN unless both are finite
+        if (none != 0)
+            continue;
+        points[count++] = Vector(double(point.x), double(point.y));
+        ascends = ascends && point.x >= before;
+        before = point.x;
     }
+    points.resize(count);
+    return ascends;
+}
+
+/// Appends the points that a region holds where it was taught.
+void takeHeld(const Region& region, const std::vector<Vector>& all, bool ascends,
+              std::vector<Vector>& points) {
+    auto from = all.begin();
+    auto to = all.end();
+    if (ascends) {
+        from = std::lower_bound(from, to, region.minX, [](const Vector& p, double x) { return p.x < x; });
+        to = std::upper_bound(from, to, region.maxX, [](double x, const Vector& p) { return x < p.x; });
+    }
+    const bool isOpen = std::isinf(region.minZ) && std::isinf(region.maxZ);
+    if (ascends && isOpen)
+        points.assign(from, to);
+    else
+        std::copy_if(from, to, std::back_inserter(points),
+                     [&](const Vector& point) { return region.contains(point.x, point.y); });
 }
 
 }  // namespace
@@ -51,8 +77,8 @@ ToolInput::ToolInput(const QList<Region>& regions, const QList<Anchor>& anchors)
 void ToolInput::load(const KvMath::KvProfile& profile, const QList<FoundLine>& templateLines,
                      const KvMath::KvProfile& second) {
     lines_ = templateLines;
-    takePoints(profile, points_);
-    takePoints(second, second_);
+    ascends_ = takePoints(profile, points_);
+    secondAscends_ = takePoints(second, second_);
     noise_.reset();
     pointNoise_.reset();
     for (Entry& entry : entries_) {
@@ -170,10 +196,8 @@ void ToolInput::fill(int index) const {
         return;
     const std::vector<Vector>& all = region.isOfSecond ? second_ : points_;
     const Frame& found = filled.found;
-    filled.points.reserve(all.size());
     if (region.anchor.isEmpty()) {
-        std::copy_if(all.begin(), all.end(), std::back_inserter(filled.points),
-                     [&](const Vector& point) { return region.contains(point.x, point.y); });
+        takeHeld(region, all, region.isOfSecond ? secondAscends_ : ascends_, filled.points);
     } else {
         std::copy_if(all.begin(), all.end(), std::back_inserter(filled.points), [&](const Vector& point) {
             const Vector taught = Frame::moved(point, found, filled.taught);

@@ -110,6 +110,8 @@ private:
     QList<FoundLine> lines_;
     std::vector<Vector> points_;
     std::vector<Vector> second_;  ///< points of the second profile
+    bool ascends_ = false;        ///< x of no point is less than that of the one before
+    bool secondAscends_ = false;
     mutable std::vector<Entry> entries_;
     mutable RegionPoints unknown_;
     mutable LineFit unknownLine_;
