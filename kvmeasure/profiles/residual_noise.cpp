@@ -5,13 +5,16 @@
 
 #include <kvmeasure/profiles/residual_noise.h>
 
+#include <kvmeasure/base/double_pair_p.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstring>
 #include <utility>
 
 namespace KvMeasure {
+
+using namespace Internal;
 
 namespace {
 
@@ -22,15 +25,6 @@ constexpr double kFewestLengths = 5;       // below it the correlation time is n
 constexpr double kGreatestPutBack = 0.65;  // b above
 constexpr double kTrustedLengths = 30;
 constexpr double kPooledLengths = 10;
-
-/// Two numbers side by side: each lane rounds as a plain double does.
-using DoublePair = double __attribute__((vector_size(16)));
-
-DoublePair pairAt(const double* values) {
-    DoublePair pair;
-    std::memcpy(&pair, values, sizeof(pair));
-    return pair;
-}
 
 /// Sum of the squares.
 double squaresOf(const std::vector<double>& values) {

@@ -6,12 +6,13 @@
 
 #include <kvmeasure/profiles/robust_line.h>
 
+#include <kvmeasure/base/double_pair_p.h>
 #include <kvmeasure/profiles/fit_start_p.h>
+#include <kvmeasure/profiles/plain_line_p.h>
 
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstring>
 
 namespace KvMeasure {
 
@@ -20,8 +21,7 @@ using namespace Internal;
 namespace {
 
 constexpr std::size_t kStartPoints = 15;
-constexpr int kParameters = 2;
-constexpr double kSteepest = 1.7320508075688772;  // 60 degrees
+constexpr int kParameters = kLineParameters;
 
 /// A point and a direction.
 struct Start {
@@ -107,16 +107,6 @@ Few runMedians(const std::vector<Vector>& points, std::size_t sampled) {
     return medians;
 }
 
-/// x and y side by side: each lane rounds as a plain double does.
-using DoublePair = double __attribute__((vector_size(16)));
-
-DoublePair pairOf(const Vector& p) {
-    DoublePair pair;
-    static_assert(sizeof(pair) == sizeof(p));
-    std::memcpy(&pair, &p, sizeof(pair));
-    return pair;
-}
-
 /// Which points count: those within `most` of a line.
 struct Cut {
     Start line{{0, 0}, {1, 0}};
@@ -146,56 +136,28 @@ Cut startCut(const std::vector<Vector>& points, double deviations) {
     return cut;
 }
 
-/// Sums over the points that count, about one of them.
-struct Moments {
-    Vector zero;
-    int count = 0;
-    double x = 0, y = 0, xx = 0, xy = 0, yy = 0;
-
-    Moments(const std::vector<Vector>& points, const Cut& cut) {
-        const auto first = std::find_if(points.begin() + std::ptrdiff_t(points.size() / 2), points.end(),
-                                        [&](const Vector& p) { return cut.takes(p); });
-        zero = first != points.end() ? *first : points[0];
-        DoublePair sums{0, 0};
-        DoublePair squares{0, 0};
-        for (const Vector& p : points) {
-            if (!cut.takes(p))
-                continue;
-            const DoublePair d = pairOf(p) - pairOf(zero);
-            ++count;
-            sums += d;
-            squares += d * d;
-            xy += d[0] * d[1];
-        }
-        x = sums[0];
-        y = sums[1];
-        xx = squares[0];
-        yy = squares[1];
+/// Sums over the points that count.
+LineMoments momentsOf(const std::vector<Vector>& points, const Cut& cut) {
+    LineMoments sum;
+    const auto first = std::find_if(points.begin() + std::ptrdiff_t(points.size() / 2), points.end(),
+                                    [&](const Vector& p) { return cut.takes(p); });
+    sum.zero = first != points.end() ? *first : points[0];
+    DoublePair sums{0, 0};
+    DoublePair squares{0, 0};
+    for (const Vector& p : points) {
+        if (!cut.takes(p))
+            continue;
+        const DoublePair d = pairOf(p) - pairOf(sum.zero);
+        ++sum.count;
+        sums += d;
+        squares += d * d;
+        sum.xy += d[0] * d[1];
     }
-    /// A line follows: more points than it has parameters, not all in one place.
-    bool giveLine() const { return count > kParameters && xx + yy > 0; }
-};
-
-/// Least squares; a line without direction of no two distinct points.
-void fitAll(const Moments& sum, LineFit& line) {
-    const double n = sum.count;
-    line.centre = Vector(sum.zero.x + sum.x / n, sum.zero.y + sum.y / n);
-    const double sxx = sum.xx - sum.x * sum.x / n;
-    const double sxy = sum.xy - sum.x * sum.y / n;
-    const double syy = sum.yy - sum.y * sum.y / n;
-    const double angle = std::atan2(2 * sxy, sxx - syy) / 2;
-    line.along = Vector(std::cos(angle), std::sin(angle));
-    line.isInHeight = std::fabs(line.along.y) < kSteepest * std::fabs(line.along.x);
-    if (line.isInHeight) {
-        const double slope = sxy / sxx;
-        const double size = std::hypot(1, slope);
-        line.along = Vector(1 / size, slope / size);
-    }
-    constexpr double kVertical = 1e-15;  // what rounding leaves of x
-    if (line.along.x < kVertical)
-        line.along =
-            std::fabs(line.along.x) < kVertical ? Vector(0, 1) : Vector(-line.along.x, -line.along.y);
-    line.points = sum.count;
+    sum.x = sums[0];
+    sum.y = sums[1];
+    sum.xx = squares[0];
+    sum.yy = squares[1];
+    return sum;
 }
 
 void describe(const std::vector<Vector>& points, const Cut& cut, LineFit& line) {
@@ -251,6 +213,9 @@ bool areDistinct(const std::vector<Vector>& points) {
 
 LineFit fitLine(const std::vector<Vector>& points, const RobustFitting& fitting) {
     LineFit line;
+    if (fitPlainLine(points, fitting, line))
+        return line;
+    line = LineFit();
     std::vector<Vector> finite;
     const std::vector<Vector>& usable = finitePoints(points, finite);
     if (!areDistinct(usable)) {
@@ -260,12 +225,12 @@ LineFit fitLine(const std::vector<Vector>& points, const RobustFitting& fitting)
     Cut cut;
     if (fitting.isRobust && usable.size() >= fewestCut(kParameters))
         cut = startCut(usable, fitting.cut);
-    Moments sum(usable, cut);
+    LineMoments sum = momentsOf(usable, cut);
     if (!sum.giveLine()) {
         cut = Cut();
-        sum = Moments(usable, cut);
+        sum = momentsOf(usable, cut);
     }
-    fitAll(sum, line);
+    solveLine(sum, line);
     // The points within the cut of the fitted line. The median distance of few or correlated points may come
     // out small, and then the first cut takes points of the line: these come back.
     constexpr int kMostRounds = 4;
@@ -278,7 +243,7 @@ LineFit fitLine(const std::vector<Vector>& points, const RobustFitting& fitting)
         if (kept <= before)
             break;
         cut = again;
-        fitAll(Moments(usable, cut), line);
+        solveLine(momentsOf(usable, cut), line);
     }
     describe(usable, cut, line);
     line.rejected = static_cast<int>(usable.size()) - line.points;

@@ -66,8 +66,9 @@ struct KVMEASURE_EXPORT LineFit {
 /// scanner line, else the distances square to it, so that a vertical line is one like others. Robust fits
 /// start from the repeated median (A. F. Siegel, Biometrika 69 (1982) 242-244) of the medians of at most 15
 /// runs of points and leave out what lies further from that than `cut` times 1.4826 times the median
-/// distance; of more than 240 points the start and this distance are those of 240 of them. No line, with a
-/// reason: fewer than two distinct points.
+/// distance; of more than 240 points the start and this distance are those of 240 of them. 96 and more points
+/// whose distances from the line of least squares look like Gaussian noise need no such start: those within
+/// the cut of this line count. No line, with a reason: fewer than two distinct points.
 ///
 /// (1) Shifting, turning by 180 degrees, mirroring and scaling the points does so to the line, to rounding.
 /// (2) So does turning by any angle where distances are fitted before and after, or the points lie on a line.

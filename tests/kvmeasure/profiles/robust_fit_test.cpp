@@ -151,6 +151,30 @@ TEST(RobustFit, StandsUpToAQuarterOfStrayPoints) {
     }
 }
 
+// Strays that raise the deviation of all points so far that none lies beyond the cut.
+TEST(RobustFit, SeesStrayPointsThatLeastSquaresHide) {
+    std::mt19937_64 random(5);
+    for (const int count : {100, 300, 3200}) {
+        const Points clean = scan(random, count, -8, 8, 0.02, 1, false, [](double x) { return 0.3 * x; });
+        Points aside(clean);  // the last quarter lies on another surface
+        Points scattered(clean);
+        for (int i = 0; i < count; ++i) {
+            const auto at = std::size_t(i);
+            aside[at].y += 4 * i > 3 * count ? 1 : 0;
+            scattered[at].y += i % 5 == 2 ? 0.8 : 0;
+        }
+        const double most = 5 * 0.02 / std::sqrt(0.6 * count);
+        for (const Points& points : {clean, aside, scattered}) {
+            const LineFit line = fitLine(points);
+            ASSERT_TRUE(line.isFound());
+            EXPECT_NEAR(line.centre.y - 0.3 * line.centre.x, 0, most);
+            EXPECT_NEAR(line.deviation, 0.02, 0.2 * 0.02);
+            EXPECT_EQ(line.points + line.rejected, count);
+            EXPECT_EQ(line.residuals.size(), std::size_t(line.points));
+        }
+    }
+}
+
 TEST(RobustFit, SaysWhyThereIsNone) {
     const double nan = std::nan("");
     const Points none;
