@@ -124,21 +124,10 @@ struct BuildReport {
 
 /// Throws Error for a record that would give a table mostly empty, or that is none of a flat target.
 void requireLines(const QString& path, const BuildPlan& plan, const BuildReport& report) {
-    constexpr double kHalf = 0.5;
-    constexpr double kMostDropped = 0.1;
-    const CleanReport& cleaned = report.cleaned;
-    if (cleaned.dropped() > kMostDropped * cleaned.found)
-        throw Error(
-            filledIn("%1: %2 of the positions lie far from those about them: is this the record of a flat "
-                     "target? --keep-strays builds from all of them",
-                     path, percent(cleaned.dropped(), cleaned.found)));
-    constexpr double kMostScatter = 4;  // pixels, some ten steps: nothing of lines is left
-    if (cleaned.scatter > kMostScatter)
-        throw Error(
-            filledIn("%1: the positions scatter by %2 pixels about those near them: is this the record of a "
-                     "flat target? --keep-strays builds from all of them",
-                     path, cleaned.scatter));
-    if (report.steps.outside > kHalf * report.steps.found)
+    const QString why = plan.keepsStrays ? QString() : whyNotFlat(report.cleaned);
+    if (!why.isEmpty())
+        throw Error(filledIn("%1: %2 --keep-strays builds from all of them", path, why));
+    if (report.steps.isMostlyOutside())
         throw Error(filledIn("%1: the table would be mostly empty: %2", path,
                              report.steps.sentences(plan.units.zRange).join("; ")));
 }

@@ -3,6 +3,9 @@
 
 #include <kvmeasure/calibration/clean.h>
 
+#include <kvmeasure/base/filled_in.h>
+#include <kvmeasure/base/text.h>
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -157,6 +160,21 @@ CleanReport dropReflections(RawRecord& record) {
         }
     }
     return report;
+}
+
+QString whyNotFlat(const CleanReport& report) {
+    constexpr double kMostDropped = 0.1;
+    constexpr double kMostScatter = 4;  // pixels: nothing of lines is left
+    if (report.dropped() > kMostDropped * report.found)
+        return filledIn(
+            "%1 of the positions lie far from those about them: is this the record of a flat target?",
+            percent(report.dropped(), report.found));
+    if (report.scatter > kMostScatter)
+        return filledIn(
+            "the positions scatter by %1 pixels about those near them: is this the record of a flat "
+            "target?",
+            report.scatter);
+    return {};
 }
 
 }  // namespace KvMeasure

@@ -4,6 +4,8 @@
 #include <kvmeasure/base/global.h>
 #include <kvmeasure/calibration/table.h>
 
+#include <QtCore/QString>
+
 namespace KvMeasure {
 
 /// What was taken out of a record; lengths in sensor pixels.
@@ -29,5 +31,10 @@ struct CleanReport {
 /// The record must have 648,000 positions; not checked. Without any position: nothing is dropped. About 0.2
 /// s.
 KVMEASURE_EXPORT CleanReport dropReflections(RawRecord& record);
+
+/// Why a record is hardly one of a flat target: a tenth of its positions and more were dropped, or the rest
+/// scatters by more than four pixels, some ten steps. A question to the user; empty: nothing speaks against
+/// it.
+KVMEASURE_EXPORT QString whyNotFlat(const CleanReport& report);
 
 }  // namespace KvMeasure

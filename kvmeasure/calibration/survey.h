@@ -29,6 +29,8 @@ struct KVMEASURE_EXPORT StepSurvey {
     /// What a user must know of them, a sentence for each of the three kinds that is there; none: all is
     /// well.
     QStringList sentences(double zRange) const;
+    /// More than half of the positions lie in steps that the table cannot hold.
+    bool isMostlyOutside() const { return outside > found / 2; }
 };
 
 /// z of a step, 0 to 999 (not checked), with the offset, mm: as recorded, or, where the record has the same z
