@@ -17,6 +17,7 @@ void bindScans(pybind11::module_& module);        ///< 3D scans
 void bindComparisons(pybind11::module_& module);  ///< profiles and scans against a master
 void bindTrain(pybind11::module_& module);        ///< train passes, limits, the gauge of a track
 void bindOutlines(pybind11::module_& module);     ///< outlines, filters of clouds, circumferences
-void bindNumerics(pybind11::module_& module);     ///< decomposition, least squares, calibration tables
+void bindCalibration(pybind11::module_& module);  ///< pixel tables
+void bindNumerics(pybind11::module_& module);     ///< decomposition, least squares
 
 }  // namespace KvMathPython

@@ -14,5 +14,6 @@ PYBIND11_MODULE(_core, module) {
     KvMathPython::bindScans(module);
     KvMathPython::bindComparisons(module);
     KvMathPython::bindOutlines(module);
+    KvMathPython::bindCalibration(module);
     KvMathPython::bindNumerics(module);
 }

@@ -1,9 +1,7 @@
-// Linear algebra of kvmath on arrays, and pixel tables. svdcmp counts rows and columns from 1 and takes
+// Linear algebra of kvmath on arrays. svdcmp counts rows and columns from 1 and takes
 // pointers to rows; both are made over one copy of the matrix.
 #include "python/core/bindings.h"
 #include "python/core/casts.h"
-
-#include <kvmeasure/calibration/table.h>
 
 #include <kvmath/numerics/fitting.h>
 #include <kvmath/numerics/svd.h>
@@ -99,41 +97,6 @@ py::array fitPlane(const py::handle& points) {
     return py::array(std::move(plane));
 }
 
-/// Z and X of each sensor row and column, mm.
-py::tuple readTable(const Path& path, double zRange, double xRange) {
-    for (const double range : {zRange, xRange}) {
-        if (!(range > 0) || !std::isfinite(range))
-            throw argumentError(range == zRange ? "z_range" : "x_range",
-                                QString("needs a range above 0 mm, not %1").arg(range));
-    }
-    const PixelTable table = loadTable(path.text);
-    py::array_t<double> z({table.rows(), PixelTable::kColumns}), x({table.rows(), PixelTable::kColumns});
-    for (int row = 0; row < table.rows(); ++row) {
-        for (int column = 0; column < PixelTable::kColumns; ++column) {
-            z.mutable_at(row, column) = table.value(Half::Z, row, column, zRange);
-            x.mutable_at(row, column) = table.value(Half::X, row, column, xRange);
-        }
-    }
-    return py::make_tuple(z, x, table.rowsPerPixel());
-}
-
-/// Sensor positions (n, 2), column and row in pixels, to a profile (n, 2) in mm.
-std::vector<Vector> applyTable(const Path& path, const py::handle& pixels, double zRange, double xRange) {
-    const py::array_t<double> positions = tableFrom(pixels, "pixels", 2);
-    const PixelTable table = loadTable(path.text);
-    std::vector<Vector> points;
-    points.reserve(static_cast<std::size_t>(positions.shape(0)));
-    for (py::ssize_t i = 0; i < positions.shape(0); ++i) {
-        const double column = positions.at(i, 0), row = positions.at(i, 1);
-        const bool isOn = column >= 0 && column < PixelTable::kColumns && column == std::floor(column) &&
-                          row >= 0 && row < KvMath::kSensorRows;
-        points.emplace_back(
-            isOn ? table.valueAt(Half::X, row, static_cast<int>(column), xRange) : std::nan(""),
-            isOn ? table.valueAt(Half::Z, row, static_cast<int>(column), zRange) : std::nan(""));
-    }
-    return points;
-}
-
 }  // namespace
 
 void bindNumerics(py::module_& module) {
@@ -149,14 +112,6 @@ void bindNumerics(py::module_& module) {
     module.def("fit_plane", &fitPlane, py::arg("points"),
                "(a, b, c, d) of the plane a x + b y + c z + d = 0 nearest to points (n, 3), (a, b, c) of "
                "unit length, c >= 0.");
-    module.def(
-        "read_calibration_table", &readTable, py::arg("path"), py::arg("z_range"), py::arg("x_range"),
-        "(z, x, rows per sensor row) of a pixel table: arrays (rows, 648), mm, NaN where a cell is empty.");
-    module.def("apply_calibration_table", &applyTable, py::arg("path"), py::arg("pixels"), py::arg("z_range"),
-               py::arg("x_range"),
-               "Sensor positions (n, 2), whole columns 0 to 647 and rows 0 to below 488, to a profile (n, "
-               "2), mm; NaN where the\n"
-               "table has no coordinate.");
 }
 
 }  // namespace KvMathPython

@@ -73,7 +73,9 @@ from kvmath._core import (
     WheelHarmonic,
     WheelLimit,
     apply_calibration_table,
+    build_calibration_table,
     capability,
+    check_calibration_table,
     coin_hull,
     compare,
     compare_scans,
@@ -147,7 +149,7 @@ __all__ = [
     "WheelFlat", "WheelHarmonic", "WheelLimit", "WheelPass", "conicity", "evaluate_circumference", "judge", "rail_values", "read_gauge_profile", "read_wheel_limits", "rolling_radii", "track_gauge",
     "wheel_pass", "wheel_values", "wheel_wear",
     # calibration, numerics
-    "apply_calibration_table", "least_squares", "read_calibration_table", "svd",
+    "apply_calibration_table", "build_calibration_table", "check_calibration_table", "least_squares", "read_calibration_table", "svd",
     # errors
     "Error",
 ]
