@@ -117,10 +117,12 @@ OrderNoise::Bins OrderNoise::between(double low, double high) const {
     const int count = std::clamp(static_cast<int>(width / kFinest) + 1, 1, kMostBins);
     Bins bins(std::size_t(count) + 2, Bin{0, 0});
     const auto binOf = [&](double height) {
-        return height < low ? std::size_t{0}
-               : height > high
-                   ? bins.size() - 1
-                   : 1 + std::min(std::size_t((height - low) / width * count), std::size_t(count - 1));
+        if (height < low)
+            return std::size_t{0};
+        if (height > high)
+            return bins.size() - 1;
+        const double place = (height - low) / width * count;  // NaN where there is no width
+        return 1 + (place > 0 ? std::min(std::size_t(place), std::size_t(count - 1)) : std::size_t{0});
     };
     if (heights_.empty()) {
         // A line: its even heights as far as they lie in a bin.
