@@ -56,7 +56,8 @@ void takeHeld(const Region& region, const std::vector<Vector>& all, bool ascends
         from = std::lower_bound(from, to, region.minX, [](const Vector& p, double x) { return p.x < x; });
         to = std::upper_bound(from, to, region.maxX, [](double x, const Vector& p) { return x < p.x; });
     }
-    const bool isOpen = std::isinf(region.minZ) && std::isinf(region.maxZ);
+    constexpr double kEndless = std::numeric_limits<double>::infinity();
+    const bool isOpen = region.minZ == -kEndless && region.maxZ == kEndless;
     if (ascends && isOpen)
         points.assign(from, to);
     else

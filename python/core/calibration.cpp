@@ -9,7 +9,10 @@
 #include <kvmeasure/calibration/clean.h>
 #include <kvmeasure/calibration/survey.h>
 
+#include <QtCore/QFileInfo>
+
 #include <cmath>
+#include <optional>
 
 namespace KvMathPython {
 
@@ -66,6 +69,7 @@ TableUnits unitsOf(double zRange, double xRange, double zStep, double xStep, dou
     return {zRange, xRange, zStep, xStep, zOffset};
 }
 
+/// The record of a toothed target, and that target.
 struct TeethFile {
     QString path;
     Teeth teeth;
@@ -73,7 +77,7 @@ struct TeethFile {
 
 /// The table, written, and what is to be known of it.
 py::dict buildTableFile(const Path& recordPath, const Path& out, const BuildPlan& plan,
-                        const TeethFile& toothed) {
+                        const std::optional<TeethFile>& toothed) {
     CleanReport cleaned;
     StepSurvey steps;
     TeethFit fit;
@@ -96,15 +100,15 @@ py::dict buildTableFile(const Path& recordPath, const Path& out, const BuildPlan
         filled = table.filled(Half::Z);
         if (filled == 0)
             throw fault("gives a table without any cell");
-        if (!toothed.path.isEmpty())
-            fit = buildXFromTeeth(table, loadRaw(toothed.path), plan.units, toothed.teeth);
+        if (toothed)
+            fit = buildXFromTeeth(table, loadRaw(toothed->path), plan.units, toothed->teeth);
         saveTable(table, out.text);
     }
     py::dict report;
     report["cells"] = filled;
     report["dropped"] = cleaned.dropped();
     report["warnings"] = steps.sentences(plan.units.zRange);
-    if (!toothed.path.isEmpty()) {
+    if (toothed) {
         report["teeth_steps"] = fit.steps;
         report["teeth_places"] = fit.places;
         report["teeth_residual"] = fit.residual;
@@ -127,14 +131,17 @@ py::dict buildFromFiles(const Path& record, const Path& out, double zRange, doub
         throw argumentError("columns", QString("needs two columns of 0 to 647 in order, not %1 and %2")
                                            .arg(columns.first)
                                            .arg(columns.second));
-    TeethFile toothed;
+    std::optional<TeethFile> toothed;
     if (!teeth.is_none()) {
         requireAbove0("tooth_pitch", toothPitch, "mm");
         requireAbove0("tooth_height", toothHeight, "mm");
-        toothed = {teeth.cast<Path>().text, {toothPitch, toothHeight}};
+        toothed = TeethFile{teeth.cast<Path>().text, {toothPitch, toothHeight}};
+    } else if (toothPitch != 0 || toothHeight != 0) {
+        throw argumentError("teeth",
+                            "needs the record of the toothed target, whose pitch or height is given");
     }
-    for (const QString& input : {record.text, toothed.path}) {
-        if (input == out.text)
+    for (const QString& input : {record.text, toothed ? toothed->path : record.text}) {
+        if (QFileInfo(input) == QFileInfo(out.text))
             throw argumentError("out", input + " is read, too; give another file");
     }
     return buildTableFile(record, out, plan, toothed);
@@ -182,8 +189,7 @@ void bindCalibration(py::module_& module) {
         py::arg("keeps_strays") = false, py::arg("columns") = std::make_pair(0, KvMath::kSensorColumns - 1),
         py::arg("teeth") = py::none(), py::arg("tooth_pitch") = 0.0, py::arg("tooth_height") = 0.0,
         "Writes the table of a flat target's raw record to the file out, whole or not at all. Ranges mm, "
-        "steps "
-        "thousandths of\n"
+        "steps thousandths of\n"
         "a mm; z_step where the record has no z of its own. Reflections are left out. teeth: record of a "
         "toothed target, which\n"
         "tells X, with its pitch and height, mm. Gives cells, dropped positions, warnings (list of str), and "
@@ -196,8 +202,7 @@ void bindCalibration(py::module_& module) {
         "A table against a second record of a flat target, with the units it was built with: positions found "
         "and covered;\n"
         "mean, rms, percentile95 and worst deviation of z, mm, worst_at (column, row); deviations (488, "
-        "648), "
-        "mm, NaN: none.");
+        "648), mm, NaN: none.");
 }
 
 }  // namespace KvMathPython

@@ -38,12 +38,15 @@ def test_a_table_is_built_checked_and_applied(flat, tmp_path):
 def test_refusals_name_the_argument_or_the_file_and_write_nothing(flat, tmp_path):
     out = tmp_path / "none.tbl"
     for changed, name in (({"z_range": 0}, "z_range"), ({"x_step": float("nan")}, "x_step"),
-                          ({"columns": (5, 5)}, "columns"), ({"teeth": flat}, "tooth_pitch")):
+                          ({"columns": (5, 5)}, "columns"), ({"teeth": flat}, "tooth_pitch"),
+                          ({"tooth_pitch": 10}, "teeth")):
         with pytest.raises(kvmath.Error) as error:
             kvmath.build_calibration_table(flat, out, **{"x_step": 185, **UNITS, **changed})
         assert error.value.parameter == name
     with pytest.raises(kvmath.Error, match="is read, too"):
-        kvmath.build_calibration_table(flat, flat, x_step=185, **UNITS)
+        kvmath.build_calibration_table(flat, tmp_path / "." / ".." / tmp_path.name / "flat.raw", x_step=185, **UNITS)
+    with pytest.raises(kvmath.Error):
+        kvmath.build_calibration_table(flat, out, x_step=185, teeth="", tooth_pitch=10, tooth_height=5, **UNITS)
     with pytest.raises(kvmath.Error):  # a flat target has no teeth
         kvmath.build_calibration_table(flat, out, x_step=185, teeth=flat, tooth_pitch=10, tooth_height=5, **UNITS)
     scattered = write_record(tmp_path / "noise.raw", lambda z: np.random.default_rng(1).uniform(1, 480, (COLUMNS, STEPS)))

@@ -202,10 +202,10 @@ std::string partFacts(const QString& path) {
 }
 
 /// AQDEF has local times, QIF has UTC.
-template <class File, Qt::TimeSpec spec>
+template <class File, Qt::TimeSpec clock>
 void writeHandedOn(const QString& path) {
     const InspectionPlan plan = resultPlan();
-    const QDateTime when(QDate(2026, 1, 31), QTime(12, 30, 15), spec);
+    const QDateTime when(QDate(2026, 1, 31), QTime(12, 30, 15), clock);
     const HandedRun run{plan.name, "00ff", "kvmeasure 1", "station 1", "Ann", when, characteristicsOf(plan)};
     File file(path, run);
     for (const MatchedProfile& profile : resultProfiles(plan))
