@@ -33,6 +33,7 @@ constexpr double kFar = 0.999999;    // of the square of 2R, from which that hol
 constexpr double kNotFarther = 1 + 1e-14;  // of squares whose roots may be equal
 constexpr double kTiny = 1e-140;           // mm; squares of shorter lengths lose digits
 constexpr double kUnitError = 1e-13;       // of the squared length of a direction
+constexpr double kRingError = 2e-14;       // of the squares of what a distance from a ring is made of
 constexpr double kUnset = std::numeric_limits<double>::quiet_NaN();
 constexpr double kStraight = 1e8;     // extents of the points in the radius of a coin with a straight edge
 constexpr double kWellInside = 1e-6;  // extents of the points from the edge of a polygon
@@ -172,7 +173,21 @@ private:
         const PlanePoint& u = sweep_.middle;
         return sweep_.isBehind(height(box.left, box.right, u.x) + height(box.below, box.above, u.y),
                                farthest) ||
-               (!tree_.isLeaf(node) && isBehind(tree_.slab(node, at_), farthest));
+               (!tree_.isLeaf(node) &&
+                (isBehind(tree_.slab(node, at_), farthest) || isBehindRing(node, farthest)));
+    }
+
+    /// As for the slab. |q|^2 / 2R - q . u is, with the centre of the coin at o, (|q - o|^2 - |o|^2) / 2R.
+    bool isBehindRing(int node, double farthest) const {
+        const double radius = diameter_ / 2;
+        const PlanePoint o(radius * sweep_.middle.x, radius * sweep_.middle.y);
+        Internal::RingView ring;
+        if (!tree_.ring(node, at_, o, ring))
+            return false;
+        const double squared = dot(o, o);
+        const double rounding =
+            kRingError * (squared + dot(ring.toward, ring.toward) + ring.outerRadius * ring.outerRadius);
+        return sweep_.isBehind((ring.squaredNearest() - squared - rounding) * inverse_, farthest);
     }
 
     bool isBehind(const SlabView& slab, double farthest) const {

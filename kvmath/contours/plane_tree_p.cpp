@@ -119,4 +119,46 @@ PlaneTree::Slab PlaneTree::slabOf(int i) const {
     return slab;
 }
 
+/// Through the two ends of the slab and the place farthest from the line between them. False when the places
+/// lie on no arc: the ring is then hardly thinner than the slab, or they reach around too far.
+bool PlaneTree::makeRing(int i, Ring& ring) const {
+    const Slab& slab = slabs_[static_cast<size_t>(i)];
+    const double length = slab.end - slab.start;
+    const SlabView axes{slab.along, 0, 0, 0, 0};
+    PlanePoint top;
+    for (int k = node(i).first; k < node(i).last; ++k) {
+        const PlanePoint q = axes.inAxes({place(k).p.x - slab.origin.x, place(k).p.y - slab.origin.y});
+        if (std::fabs(q.y) > std::fabs(top.y))
+            top = q;
+    }
+    // Centre in the axes of the slab, whose ends are (0, 0) and (end, 0).
+    const double x = slab.end / 2;
+    const double y = (top.x * (top.x - slab.end) + top.y * top.y) / (2 * top.y);
+    const PlanePoint& u = slab.along;
+    ring.centre = {slab.origin.x + x * u.x - y * u.y, slab.origin.y + x * u.y + y * u.x};
+    const double side = y > 0 ? -1 : 1;
+    const PlanePoint middle(-side * u.y, side * u.x);
+    ring.innerRadius = std::numeric_limits<double>::infinity();
+    double most = -1, least = 1;
+    for (int k = node(i).first; k < node(i).last; ++k) {
+        const PlanePoint q(place(k).p.x - ring.centre.x, place(k).p.y - ring.centre.y);
+        const double radius = std::sqrt(q.x * q.x + q.y * q.y);
+        const PlanePoint way(q.x / radius, q.y / radius);
+        if (!(way.x * middle.x + way.y * middle.y > 0.1))
+            return false;
+        ring.innerRadius = std::min(ring.innerRadius, radius);
+        ring.outerRadius = std::max(ring.outerRadius, radius);
+        const double sine = middle.x * way.y - middle.y * way.x;
+        if (sine < least) {
+            least = sine;
+            ring.one = way;
+        }
+        if (sine > most) {
+            most = sine;
+            ring.two = way;
+        }
+    }
+    return length > 0 && ring.outerRadius - ring.innerRadius < (slab.left - slab.right) / 4;
+}
+
 }  // namespace KvMath::Internal

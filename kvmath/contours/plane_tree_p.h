@@ -9,6 +9,7 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <unordered_map>
 #include <vector>
 
 namespace KvMath::Internal {
@@ -61,6 +62,27 @@ struct SlabView {
     }
 };
 
+/// A sector of a ring around the places of a box, thin where they lie on an arc of any curvature. Seen as the
+/// way from its centre to a place.
+struct RingView {
+    double innerRadius, outerRadius;
+    PlanePoint toward;  ///< from the centre to the place it is seen from
+    PlanePoint one,
+        two;  ///< unit vectors: the sector opens from `one` counter-clockwise to `two`, less than half a turn
+
+    /// Least square of a distance from the place to one in the sector.
+    double squaredNearest() const {
+        const double squared = toward.x * toward.x + toward.y * toward.y;
+        const bool isInside =
+            one.x * toward.y - one.y * toward.x >= 0 && toward.x * two.y - toward.y * two.x >= 0;
+        const double along =
+            isInside ? std::sqrt(squared)
+                     : std::max(one.x * toward.x + one.y * toward.y, two.x * toward.x + two.y * toward.y);
+        const double radius = std::min(std::max(along, innerRadius), outerRadius);
+        return squared + radius * (radius - 2 * along);
+    }
+};
+
 /// Balanced k-d tree (Bentley 1975) over the finite points, repeated ones once, under their lowest index.
 /// Built in n log n; memory in proportion to the points.
 class PlaneTree {
@@ -104,6 +126,31 @@ public:
                 origin.y + box.left};
     }
 
+    /// Seen from `from` + `beyond`. False while the ring of a node is not worth its making, or where the
+    /// places lie on no arc. Places on an arc are asked for again and again by a coin that nearly fits it.
+    bool ring(int i, const PlanePoint& from, const PlanePoint& beyond, RingView& view) const {
+        Slab& box = slabs_[static_cast<size_t>(i)];
+        if (!box.isKnown || box.asked > kAskedForRing)
+            return false;
+        if (box.asked < kAskedForRing) {
+            ++box.asked;
+            return false;
+        }
+        auto [place, isNew] = rings_.try_emplace(i);
+        Ring& ring = place->second;
+        if (isNew && !makeRing(i, ring)) {
+            rings_.erase(place);
+            ++box.asked;
+            return false;
+        }
+        view = {ring.innerRadius,
+                ring.outerRadius,
+                {from.x - ring.centre.x + beyond.x, from.y - ring.centre.y + beyond.y},
+                ring.one,
+                ring.two};
+        return true;
+    }
+
     /// Calls visit(place) for the places of all leaves whose boxes, and those around them, reject(node) lets
     /// pass; the nearer of two boxes first, so that a question that narrows with its answers narrows soon.
     template <class Reject, class Visit>
@@ -133,19 +180,30 @@ private:
     static constexpr int kPlacesPerLeaf = 8;
     static constexpr size_t kDeepest = 64;  // a path of 2^31 places is half as long
 
+    static constexpr int kAskedForRing = 32;
+
     struct Slab {
         bool isKnown = false;
+        int asked =
+            0;  ///< how often the slab did not tell enough, to kAskedForRing; one more: there is no ring
         PlanePoint origin, along;
         double start = 0, end = 0, right = 0, left = 0;  ///< from the origin
+    };
+
+    struct Ring {
+        PlanePoint centre, one, two;
+        double innerRadius = 0, outerRadius = 0;
     };
 
     void build(int node, int first, int last);
     PlanePoint farthestFrom(const PlanePoint& from, int node) const;
     Slab slabOf(int node) const;
+    bool makeRing(int node, Ring& ring) const;
 
     std::vector<Place> places_;
     std::vector<Node> nodes_;
     mutable std::vector<Slab> slabs_;  ///< made when first asked for: most boxes never are
+    mutable std::unordered_map<int, Ring> rings_;
 };
 
 }  // namespace KvMath::Internal

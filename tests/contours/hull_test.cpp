@@ -92,6 +92,29 @@ TEST(CoinHull, TurnsRightAboutSidesThatAreNearlyStraight) {
     }
 }
 
+// A bowl larger than the coin by one part in so many, round or oval, near the origin and far from it, smooth
+// and rough: the coin inside comes near all points at once, and the turns from one to the next are as small
+// as 1e-10.
+TEST(CoinHull, RollsThroughHollowArcsThatItNearlyFits) {
+    Draws draws(77);
+    for (int run = 0; run < 150; ++run) {
+        const double R = std::pow(10, draws.integer(-2, 3)), reach = draws.real(1, 6.2);
+        const double larger = R * (1 + std::pow(10, -draws.integer(0, 12)));
+        const double squash = run % 5 < 3 ? 1 : draws.real(0.5, 1);
+        const double rough = run % 3 == 0 ? 0 : R * std::pow(10, -draws.integer(2, 12));
+        const double far = run % 2 == 0 ? 0 : R * draws.real(-1e4, 1e4);
+        const int n = draws.integer(300, 900);
+        Points points;
+        for (int i = 0; i < n; ++i) {
+            const double angle = 3 + reach * i / n, radius = larger + rough * draws.real(-1, 1);
+            points.append({far + radius * std::cos(angle), far / 3 + squash * radius * std::sin(angle)});
+        }
+        QList<int> literal, fast;
+        ASSERT_EQ(getCoinHull(points, R, fast), TestSupport::literalCoinHull(points, R, literal)) << run;
+        ASSERT_EQ(fast, literal) << "run " << run << " R " << R << " rough " << rough;
+    }
+}
+
 // Middles of the chords lie inside by an angle of 1e-12 to 1e-10 and are met first.
 TEST(CoinHull, TellsTurnsApartThatDifferInTheLastBits) {
     Draws draws(76);
