@@ -1,8 +1,12 @@
 // The recursive split of a contour, from left to right. Its cost is the search for the farthest point: one
-// scan of the points per piece that is looked at, so that it is written for the vector unit.
+// scan of the points per piece that is looked at, so that it is written for the vector unit. Where the scans
+// come to many passes over the contour, boxes around its points tell most of them apart from the farthest
+// without a look: a sawtooth of n points then takes about n log n, not the square. What stays a scan are tips
+// that are equally far but for rounding: which of them is first is a matter of every one's last bit.
 
 #include <kvmath/segments/contour_split_p.h>
 
+#include <kvmath/segments/contour_boxes_p.h>
 #include <kvmath/segments/double_pair_p.h>
 
 #include <algorithm>
@@ -14,8 +18,9 @@ namespace {
 
 using Point = KvVector2D<double>;
 
-constexpr int kBlock = 64;      // points whose distances share one look for a new maximum
-constexpr int kLeastBlock = 8;  // what is left at the end is a block of a multiple of so many
+constexpr int kBlock = 64;             // points whose distances share one look for a new maximum
+constexpr int kScansBeforeBoxes = 32;  // passes over the contour
+constexpr int kLeastBlock = 8;         // what is left at the end is a block of a multiple of so many
 
 struct Farthest {
     int index = -1;
@@ -132,16 +137,36 @@ KVMATH_FOR_AVX2 void findFarthestForAvx2(const FromChord& chord, const Point* pt
     findFarthest<DoubleQuad>(chord, pts, from, to, found);
 }
 
-Farthest farthestFromChord(const Point* pts, int i, int j) {
-    const FromChord chord(pts[i], pts[j]);
-    Farthest found;
-    if (chord.length == 0)
-        findFarthest<PlainLanes>(FromPoint{pts[i]}, pts, i + 1, j, found);
-    else if (hasAvx2())
-        findFarthestForAvx2(chord, pts, i + 1, j, found);
+void findFarthestByLanes(const FromChord& chord, const Point* pts, int from, int to, Farthest& found) {
+    if (hasAvx2())
+        findFarthestForAvx2(chord, pts, from, to, found);
     else
-        findFarthest<DoublePair>(chord, pts, i + 1, j, found);
-    return found;
+        findFarthest<DoublePair>(chord, pts, from, to, found);
+}
+
+/// The same by boxes: the greatest distance first, then the first point that has it.
+void findFarthestByBoxes(const ContourBoxes& boxes, const FromChord& chord, const Point* pts, int from,
+                         int to, Farthest& found) {
+    static_assert(kBlock == ContourBoxes::kBlock);
+    const int first = (from + kBlock - 1) / kBlock, last = to / kBlock;
+    findFarthestByLanes(chord, pts, from, first * kBlock, found);
+    const ChordNormal normal{chord.origin, chord.nx, chord.ny};
+    const double most = boxes.greatest(normal, first, last, found.distance, [&](int start) {
+        Farthest inBlock;
+        findFarthestByLanes(chord, pts, start, start + kBlock, inBlock);
+        return inBlock.distance;
+    });
+    if (most > found.distance) {
+        boxes.firstBlock(normal, first, last, most, [&](int start) {
+            Farthest inBlock;
+            findFarthestByLanes(chord, pts, start, start + kBlock, inBlock);
+            if (inBlock.distance != most)
+                return false;
+            found = inBlock;
+            return true;
+        });
+    }
+    findFarthestByLanes(chord, pts, last * kBlock, to, found);
 }
 
 /// No distance between such points overflows, none is NaN.
@@ -149,6 +174,37 @@ bool areModest(const Point* pts, int n) {
     return std::all_of(pts, pts + n,
                        [](const Point& p) { return std::fabs(p.x) < 1e150 && std::fabs(p.y) < 1e150; });
 }
+
+/// Looks for farthest points in one contour.
+class FarthestSearch {
+public:
+    FarthestSearch(const Point* pts, int n) : pts_(pts), n_(n), budget_(qint64(kScansBeforeBoxes) * n) {}
+
+    Farthest operator()(int i, int j) {
+        const FromChord chord(pts_[i], pts_[j]);
+        Farthest found;
+        if (chord.length == 0) {
+            findFarthest<PlainLanes>(FromPoint{pts_[i]}, pts_, i + 1, j, found);
+            return found;
+        }
+        const bool isLong = j - i > kLong;
+        if (isLong && budget_ > 0 && (budget_ -= j - i) <= 0 && areModest(pts_, n_))
+            boxes_ = ContourBoxes(pts_, n_);
+        if (isLong && !boxes_.isEmpty())
+            findFarthestByBoxes(boxes_, chord, pts_, i + 1, j, found);
+        else
+            findFarthestByLanes(chord, pts_, i + 1, j, found);
+        return found;
+    }
+
+private:
+    static constexpr int kLong = 8 * ContourBoxes::kBlock;  // points that are sooner scanned
+
+    const Point* pts_;
+    int n_;
+    qint64 budget_;  ///< of points that are scanned before boxes are made
+    ContourBoxes boxes_;
+};
 
 }  // namespace
 
@@ -164,8 +220,9 @@ void splitAtDeviations(const Point* pts, int n, double tolerance, ContourPieces&
     std::vector<int>& pending = pieces.otherBreaks;
     pending.assign(1, n - 1);
     breaks.push_back(0);
+    FarthestSearch farthestFromChord(pts, n);
     while (!pending.empty()) {
-        const Farthest found = farthestFromChord(pts, breaks.back(), pending.back());
+        const Farthest found = farthestFromChord(breaks.back(), pending.back());
         if (found.index < 0 || tolerance > found.distance) {
             breaks.push_back(pending.back());
             pending.pop_back();

@@ -111,6 +111,39 @@ TEST(ContourToLines, EqualsTheLiteralSteps) {
     }
 }
 
+/// Eight points a tooth: equal teeth, slowly growing or shrinking ones, rough ones, and teeth on a swell;
+/// slanting, with flat stretches or an end that meets the start.
+PointRun sawtooth(Draws& draws, int n) {
+    const double tilt = draws.chance(0.3) ? 0 : draws.real(0, 6.3),
+                 far = draws.chance(0.5) ? 0 : draws.real(-1e4, 1e4);
+    const double growth = draws.chance(0.4) ? 0 : draws.real(-1e-4, 1e-4),
+                 rough = draws.chance(0.5) ? 0 : draws.real(0, 0.1);
+    const double swell = draws.chance(0.7) ? 0 : draws.real(0, 3);
+    PointRun run;
+    for (int i = 0; i < n; ++i) {
+        const double height = (1 + growth * i + rough * draws.real(-1, 1)) * (4 - std::abs(i % 8 - 4));
+        const double x = 0.05 * i, z = i % 1000 < 60 ? 0 : height + swell * std::sin(0.002 * i);
+        run.push_back(
+            {far + x * std::cos(tilt) - z * std::sin(tilt), x * std::sin(tilt) + z * std::cos(tilt)});
+    }
+    if (draws.chance(0.2))
+        run.back() = run.front();
+    return run;
+}
+
+// Long enough for the boxes that spare the looks at most points.
+TEST(ContourToLines, SawteethAreSplitAtTheSamePoints) {
+    Draws draws(5);
+    for (int trial = 0; trial < 60; ++trial) {
+        SCOPED_TRACE(trial);
+        const PointRun run = sawtooth(draws, draws.integer(1200, 4000));
+        const Pieces found = piecesOf(run, 0.3, 1, 1e300);
+        const auto expected = Literal::pieces(run, 0.3, 1, 1e300);
+        ASSERT_EQ(found.breaks, expected.first);
+        ASSERT_TRUE(sameBits(found.vertices, expected.second));
+    }
+}
+
 // 2^31 - 1 passes end where 127 do, for every period that divides 60.
 TEST(ContourToLines, CountlessPassesEndWhereTheirBreaksRepeat) {
     Draws draws(4);
