@@ -19,12 +19,55 @@ namespace {
 
 constexpr double kDeviations = 3;
 
-/// The first point of `run` points in a row that lie off the plate; their number: there is none.
-std::size_t departure(const LineFit& plate, const std::vector<Vector>& points, double side, std::size_t run) {
-    const double most = std::max(kDeviations * plate.deviation, 1e-9 * (plate.to - plate.from));
+/// The greatest of the least of `run` values in a row, as the number of its first value; their number: fewer
+/// values.
+std::size_t highestRun(const std::vector<double>& values, std::size_t run) {
+    std::vector<std::size_t> open;  // values that may become the least of a run, ascending from `front`
+    std::size_t front = 0;
+    std::size_t best = values.size();
+    double highest = -std::numeric_limits<double>::infinity();
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        while (open.size() > front && values[open.back()] >= values[i])
+            open.pop_back();
+        open.push_back(i);
+        if (open[front] + run <= i)
+            ++front;
+        if (i + 1 >= run && values[open[front]] > highest) {
+            highest = values[open[front]];
+            best = i + 1 - run;
+        }
+    }
+    return best;
+}
+
+/// Where the face begins: the first of `run` points in a row that lie off the plate, behind the last `run` in
+/// a row before the face that lie on it. Off it is what neither the noise of a point nor that of the line
+/// explains. Spatter on the plate, and noise that stays up for a while, are no face. The number of points:
+/// there is none.
+std::size_t departure(const LineFit& plate, const std::vector<Vector>& points, double side, std::size_t run,
+                      const NoiseModel& noise) {
+    const LineUncertainty u = lineUncertainty(plate, noise);
+    const double least = 1e-9 * (plate.to - plate.from);
+    std::vector<double> heights;  // over the limit
+    heights.reserve(points.size());
+    for (const Vector& p : points) {
+        const double ofLine = u.at(plate.placeOf(p));
+        const double deviation =
+            std::isfinite(ofLine) ? std::hypot(plate.deviation, ofLine) : plate.deviation;
+        heights.push_back(side * plate.distanceOf(p) - std::max(kDeviations * deviation, least));
+    }
+    const std::size_t face = highestRun(heights, run);
+    if (face == points.size() || !(heights[face] > 0))
+        return points.size();
+    std::size_t from = 0;
     std::size_t inRow = 0;
-    for (std::size_t i = 0; i < points.size(); ++i) {
-        inRow = side * plate.distanceOf(points[i]) > most ? inRow + 1 : 0;
+    for (std::size_t i = 0; i < face; ++i) {
+        inRow = heights[i] > 0 ? 0 : inRow + 1;
+        from = inRow >= run ? i + 1 : from;
+    }
+    inRow = 0;
+    for (std::size_t i = from; i < points.size(); ++i) {
+        inRow = heights[i] > 0 ? inRow + 1 : 0;
         if (inRow == run)
             return i + 1 - run;
     }
@@ -131,6 +174,7 @@ bool meetFace(const LineFit& plate, const std::vector<Vector>& points, double si
     constexpr double kFurthest = 2.5;     // times the length of the face that was taken
     constexpr double kLongest = 2;        // the same
     constexpr double kClear = 2;          // deviations
+    constexpr double kMostOfFace = 0.5;   // of the length of the face that was taken, for u
     constexpr int kRounds = 3;
     for (int round = 0;; ++round) {
         const FaceCurve curve(plate, face, zero, unit);
@@ -161,7 +205,8 @@ bool meetFace(const LineFit& plate, const std::vector<Vector>& points, double si
         sum.add(u.at(plate.placeOf(toe.at)) / slope, u.degreesOfFreedom);
         toe.u = sum.u();
         toe.degreesOfFreedom = sum.degreesOfFreedom();
-        return std::isfinite(toe.at.x + toe.at.y);
+        // A curve that is followed so far that it may end anywhere beside the face tells nothing.
+        return std::isfinite(toe.at.x + toe.at.y) && toe.u < kMostOfFace * unit;
     }
 }
 
@@ -176,7 +221,7 @@ WeldToe findToe(const LineFit& plate, const std::vector<Vector>& points, double 
     constexpr double kFewest = 3;
     const double times = std::isfinite(noise.correlationTime) ? noise.correlationTime : 1;
     const auto run = static_cast<std::size_t>(std::ceil(kFewest * times));
-    toe.face = departure(plate, points, side, run);
+    toe.face = departure(plate, points, side, run, noise);
     if (toe.face == points.size())
         toe.reason = "a toe is not found: no points leave the plate";
     else if (toe.face == 0)
@@ -194,7 +239,7 @@ WeldToe findToe(const LineFit& plate, const std::vector<Vector>& points, double 
     const double height = side * plate.distanceOf(points[toe.face]);
     const double rise = face.empty() ? 0 : side * plate.distanceOf(face.back()) - height;
     const double way = face.empty() ? 0 : std::fabs(plate.placeOf(face.back()) - behind);
-    const double onFlank = rise > 0 ? way * height / rise : 0;
+    const double onFlank = rise > 0 ? std::min(way, way * height / rise) : 0;
     toe.u = std::hypot(behind - before, 2 * onFlank) / kRootOf12;
     toe.degreesOfFreedom = std::numeric_limits<double>::infinity();
     return toe;

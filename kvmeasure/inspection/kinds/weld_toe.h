@@ -18,11 +18,12 @@ struct WeldToe {
 };
 
 /// The toe of a plate in points that lead from the plate to the weld: the first of three points in a row
-/// (three correlation times of them) that lie more than three standard deviations off the line, on the side
-/// where `side` (1 or -1) times the distance from the line is positive. The toe is where the line of the face
-/// after it meets the plate; where this has fewer than four points or is nearer to the plate than 10
-/// degrees, half way between that point and the one before. No toe, with a reason: a plate that is no line,
-/// no such points, or the first point is one.
+/// (three correlation times of them) that lie more than three standard deviations (of a point and of the line
+/// there) off the line, on the side where `side` (1 or -1) times the distance from the line is positive, and
+/// behind which no three lie on it before the highest ones: spatter is no face. The toe is where the line of
+/// the face after it meets the plate; where this has fewer than four points, is nearer to the plate than 10
+/// degrees or meets it anywhere within half its length, half way between that point and the one before. No
+/// toe, with a reason: a plate that is no line, no such points, or the first point is one.
 KVMEASURE_EXPORT WeldToe findToe(const LineFit& plate, const std::vector<Vector>& points, double side,
                                  const NoiseModel& noise);
 

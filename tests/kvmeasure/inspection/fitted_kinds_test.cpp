@@ -185,6 +185,27 @@ TEST(FittedKinds, CountStripsFromEitherSide) {
             measure(QString("strip in M number %1").arg(number), points, {}, regions())["left"].isValid);
 }
 
+TEST(FittedKinds, TakeNoSpatterForTheFaceOfAWeld) {
+    std::mt19937_64 random(37);
+    for (const Shape& shape : shapes()) {
+        if (!shape.words.contains("weld"))
+            continue;
+        Points points = scan(shape.height, 0.05, 0.3);
+        Points spattered = points;
+        for (Vector& p : spattered)  // drops of 0.4 mm beside the toes, ten points wide
+            p.y += std::fabs(std::fabs(p.x) - 4.3) < 0.25 ? 0.4 : 0;
+        roughen(points, 0.01, 1, random);
+        roughen(spattered, 0.01, 1, random);
+        const auto clean = measure(shape.words, points, {}, regions());
+        const auto values = measure(shape.words, spattered, {}, regions());
+        for (const char* ending : {"leg1", "leg2", "width"}) {
+            if (clean.contains(ending)) {
+                EXPECT_NEAR(values[ending].value, clean[ending].value, 4 * clean[ending].u) << ending;
+            }
+        }
+    }
+}
+
 TEST(FittedKinds, SayWhichUncertaintyIsNone) {
     std::mt19937_64 random(36);
     Points flat = scan([](double) { return 0.0; }, 0.05, 0.3);
