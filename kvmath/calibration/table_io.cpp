@@ -40,13 +40,14 @@ qint64 readUpTo(QIODevice& device, char* data, qint64 size) {
 
 /// Little-endian cells to `cells`; behind the `size` bytes that exist, and in a cut cell, `missing`.
 void takeCells(const char* bytes, qint64 size, unsigned short* cells, qint64 count, unsigned short missing) {
-    const qint64 complete = std::clamp<qint64>(size / kCellBytes, 0, count);
+    const auto complete = static_cast<qsizetype>(std::clamp<qint64>(size / kCellBytes, 0, count));
     qFromLittleEndian<quint16>(bytes, complete, cells);
     std::fill(cells + complete, cells + count, missing);
 }
 
 void takeParameters(const char* bytes, qint64 size, double* parameters) {
-    const qint64 complete = std::clamp<qint64>(size / kParameterBytes, 0, kCalibrationSteps);
+    const auto complete =
+        static_cast<qsizetype>(std::clamp<qint64>(size / kParameterBytes, 0, kCalibrationSteps));
     qFromBigEndian<quint64>(bytes, complete, parameters);
     std::fill(parameters + complete, parameters + kCalibrationSteps, 0.0);
 }
@@ -54,7 +55,7 @@ void takeParameters(const char* bytes, qint64 size, double* parameters) {
 /// In pieces that stay in the cache.
 bool writeCells(QFile& file, const unsigned short* cells, qint64 count, char* piece) {
     while (count > 0) {
-        const qint64 now = std::min(count, kPieceCells);
+        const auto now = static_cast<qsizetype>(std::min(count, kPieceCells));
         qToLittleEndian<quint16>(cells, now, piece);
         if (!Internal::writeBytes(file, piece, now * kCellBytes))
             return false;

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstddef>
+#include <limits>
 #include <memory>
 #include <new>
 
@@ -12,8 +13,8 @@ namespace KvMath::Internal {
 class Scratch {
 public:
     explicit Scratch(std::ptrdiff_t rows, std::ptrdiff_t columns = 1) {  // neither below 0
-        constexpr std::ptrdiff_t kMost = std::ptrdiff_t{1}
-                                         << 48;  // no machine has that, no product overflows
+        constexpr std::ptrdiff_t kMost = std::numeric_limits<std::ptrdiff_t>::max() /
+                                         std::ptrdiff_t{sizeof(double)};  // no product overflows
         if (rows != 0 && columns > kMost / rows)
             return;
         const auto size = static_cast<std::size_t>(rows * columns);
