@@ -4,12 +4,18 @@
 #include <tests/cli/program.h>
 
 #include <QtCore/QXmlStreamReader>
+#include <QtCore/QtEndian>
 
 namespace {
 
 template <class T>
 QByteArray raw(std::initializer_list<T> values) {
-    return {reinterpret_cast<const char*>(values.begin()), int(sizeof(T) * values.size())};
+    QByteArray bytes;
+    for (const T value : values) {
+        const T stored = qToLittleEndian(value);
+        bytes.append(reinterpret_cast<const char*>(&stored), sizeof stored);
+    }
+    return bytes;
 }
 
 QByteArray profile(float z, const QByteArray& points) {

@@ -2,6 +2,7 @@
 // Scans as bytes: numbers of any type and order, PLY files.
 
 #include <QtCore/QByteArray>
+#include <QtCore/QtEndian>
 
 #include <algorithm>
 #include <initializer_list>
@@ -14,7 +15,7 @@ QByteArray bytesOf(std::initializer_list<double> values, bool bigEndian = false)
     for (const double value : values) {
         const T number = static_cast<T>(value);
         QByteArray raw(reinterpret_cast<const char*>(&number), sizeof(T));
-        if (bigEndian)
+        if (bigEndian != (Q_BYTE_ORDER == Q_BIG_ENDIAN))
             std::reverse(raw.begin(), raw.end());
         bytes += raw;
     }
