@@ -6,6 +6,7 @@
 #include <kvmeasure/profiles/residual_noise.h>
 
 #include <kvmeasure/base/double_pair_p.h>
+#include <kvmeasure/profiles/lag_sums_p.h>
 
 #include <algorithm>
 #include <array>
@@ -68,6 +69,11 @@ public:
         for (const Piece& piece : noise.pieces_)
             longest_ = std::max(longest_, static_cast<int>(piece.residuals.size()));
         longest_ = std::min(longest_, kMostLags + 1);
+        padded_.reserve(noise.count_ + kLagsAtOnce * noise.pieces_.size());
+        for (const Piece& piece : noise.pieces_) {
+            padded_.insert(padded_.end(), piece.residuals.begin(), piece.residuals.end());
+            padded_.insert(padded_.end(), kLagsAtOnce, 0.0);
+        }
     }
 
     struct Window {
@@ -104,9 +110,16 @@ private:
         if (lag >= longest_)
             return false;
         if (lag >= static_cast<int>(products_.size()))
-            extend(std::min(
-                longest_, static_cast<int>(products_.empty() ? kFirstLags : products_.size() + kLagsAtOnce)));
+            extend(nextEnd());
         return true;
+    }
+
+    /// White noise needs no more lags than the first, but the next ones come with them for nothing.
+    int nextEnd() const {
+        constexpr auto kBoth = static_cast<int>(kFirstLags + kLagsAtOnce);
+        if (products_.empty())
+            return longest_ >= kBoth ? kBoth : std::min(longest_, static_cast<int>(kFirstLags));
+        return std::min(longest_, static_cast<int>(products_.size() + kLagsAtOnce));
     }
 
     void extend(int end) {
@@ -115,10 +128,12 @@ private:
         products_.resize(last);
         counts_.resize(last);
         hats_.resize(last);
+        const double* residuals = padded_.data();
         for (const Piece& piece : noise_.pieces_) {
             const std::size_t n = piece.residuals.size();
             const double scale = double(n) / piece.squares;
-            const Products sums = productsOf(piece.residuals, first, last - first);
+            const Products sums = productsOf(residuals, n, first, last - first);
+            residuals += n + kLagsAtOnce;
             for (std::size_t lag = first; lag < std::min(last, n); ++lag) {
                 products_[lag] += scale * sums[lag - first];
                 counts_[lag] += double(n - lag);
@@ -127,42 +142,23 @@ private:
         }
     }
 
-    static constexpr std::size_t kFirstLags = 4;    // white noise needs no more
-    static constexpr std::size_t kLagsAtOnce = 12;  // as many sums as there are registers
-    using Products = std::array<double, kLagsAtOnce>;
+    using Products = std::array<double, kFirstLags + kLagsAtOnce>;
 
     /// Sums of products at a lag and the ones behind it. 0 beyond the length.
-    static Products productsOf(const std::vector<double>& residuals, std::size_t lag, std::size_t count) {
+    static Products productsOf(const double* residuals, std::size_t n, std::size_t lag, std::size_t count) {
         Products sums{};
+        if (count == sums.size()) {
+            addFirstProducts(residuals, n, sums.data());
+            return sums;
+        }
         std::size_t done = 0;
         for (; count - done >= kLagsAtOnce; done += kLagsAtOnce)
-            addProducts<kLagsAtOnce>(residuals, lag + done, sums.data() + done);
+            addProducts<kLagsAtOnce>(residuals, n, lag + done, sums.data() + done);
         for (; count - done >= kFirstLags; done += kFirstLags)
-            addProducts<kFirstLags>(residuals, lag + done, sums.data() + done);
+            addProducts<kFirstLags>(residuals, n, lag + done, sums.data() + done);
         for (; done < count; ++done)
-            addProducts<1>(residuals, lag + done, sums.data() + done);
+            sums[done] = productAt(residuals, n, lag + done);
         return sums;
-    }
-
-    /// In one pass: an addition waits for the one before it in its sum, and the sums fill the waiting time of
-    /// each other. Each is made of two, over the even and over the odd places.
-    template <std::size_t kCount>
-    static void addProducts(const std::vector<double>& residuals, std::size_t lag, double* to) {
-        const std::size_t n = residuals.size();
-        const std::size_t common = n > lag + kCount - 1 ? (n - lag - (kCount - 1)) & ~std::size_t{1} : 0;
-        const double* const r = residuals.data();
-        std::array<DoublePair, kCount> sums{};
-        for (std::size_t i = 0; i < common; i += 2) {
-            const DoublePair own = pairAt(r + i);
-            for (std::size_t k = 0; k < kCount; ++k)
-                sums[k] += own * pairAt(r + i + lag + k);
-        }
-        for (std::size_t k = 0; k < kCount; ++k) {
-            double sum = sums[k][0] + sums[k][1];
-            for (std::size_t i = common; i + lag + k < n; ++i)
-                sum += r[i] * r[i + lag + k];
-            to[k] = sum;
-        }
     }
 
     Window pass(double sum, double strictness) {
@@ -193,7 +189,8 @@ private:
     }
 
     const ResidualNoise& noise_;
-    int longest_ = 0;  ///< one more than the greatest lag
+    int longest_ = 0;             ///< one more than the greatest lag
+    std::vector<double> padded_;  ///< the residuals of each fit, zeros behind them
     std::vector<double> products_, counts_, hats_;
 };
 
@@ -254,7 +251,9 @@ NoiseModel ResidualNoise::model() const {
         time = window.sum / correlogram.variance(window.sum);
     }
     if (!(window.putBack <= kGreatestPutBack) || !(model.points / time >= kFewestLengths)) {
-        model.reason = "the noise is correlated over too many of the points to be known from these";
+        static const QString tooLong =
+            "the noise is correlated over too many of the points to be known from these";
+        model.reason = tooLong;
         return model;
     }
     model.correlationTime = std::max(1.0, time);
