@@ -26,6 +26,10 @@ public:
     const QList<int>& linesOf(const QString& name, int number) const;
     /// The template lines that a measurement reads, by its place; none: it reads all segments.
     const QList<int>& linesReadBy(int measurement) const { return readings_[std::size_t(measurement)].lines; }
+    /// The template lines that any of them reads, each once.
+    const QList<int>& linesRead() const { return read_; }
+    /// How many numbers all of them give.
+    std::size_t numbers() const { return numbers_; }
     /// How many values it gives.
     int valuesOf(int measurement) const {
         return static_cast<int>(readings_[std::size_t(measurement)].names.size());
@@ -34,6 +38,8 @@ public:
 private:
     std::vector<MeasurementReading> readings_;
     std::vector<const TemplateKind*> kinds_;
+    QList<int> read_;
+    std::size_t numbers_ = 0;
     QMap<QString, QList<int>> named_;
     QStringList names_;          ///< of the values, in their order
     QList<QList<int>> inOrder_;  ///< the lines of each

@@ -146,14 +146,15 @@ QList<QStringList> lineEnds(const ProfilePieces& found, const TSLinesIndecies& i
 QList<QStringList> endWarnings(const ProfilePieces& found, const TSLinesIndecies& indices,
                                const InspectionPlan& plan) {
     const EndReader reader(found, indices, plan.lineNames);
+    const QString none;
     QList<QStringList> warnings;
+    warnings.reserve(indices.count());
     for (int line = 0; line < indices.count(); ++line) {
         QStringList sentences;
         for (const bool atStart : {true, false}) {
             if (!indices.isAssigned(line))
                 continue;
-            const QString taught =
-                line < plan.ends.size() ? plan.ends[line].value(atStart ? 0 : 1) : QString();
+            const QString taught = line < plan.ends.size() ? plan.ends[line].value(atStart ? 0 : 1) : none;
             if (reader.isAsTaught(line, atStart, taught))
                 continue;
             const QString text = warning(endName(plan.lineNames.value(line), atStart), taught,

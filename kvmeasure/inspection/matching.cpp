@@ -71,10 +71,10 @@ public:
 private:
     void addInvalid(TSMeasurement& measurement, const QString& whyNone);
     void addMark(Mark mark, const Value& value);
-    Value makeValue(const QString& name, double value, const QString& unit, const QString& whyNone) const;
+    void fill(const QString& name, double value, const QString& unit, const QString& whyNone,
+              Value& row) const;
     Value& addValue(const QString& name, double value, const QString& unit, const QString& whyNone);
     Value meanOf(const Mean& mean);
-    bool isPartOfMean(const QString& name) const;
     double asSeen(int number) const;
 
     const InspectionPlan& plan_;
@@ -102,9 +102,8 @@ QString valueText(const Value& value) {
 }
 
 /// `whyNone`: what is to be said where the value is none.
-Value Collector::makeValue(const QString& name, double value, const QString& unit,
-                           const QString& whyNone) const {
-    Value row;
+void Collector::fill(const QString& name, double value, const QString& unit, const QString& whyNone,
+                     Value& row) const {
     row.name = name;
     row.value = value;
     row.unit = unit;
@@ -115,7 +114,6 @@ Value Collector::makeValue(const QString& name, double value, const QString& uni
     row.hasTolerance = tolerance != plan_.tolerances.constEnd();
     if (row.hasTolerance)
         row.tolerance = *tolerance;
-    return row;
 }
 
 /// What the compensation of free edges added.
@@ -139,8 +137,9 @@ double Collector::asSeen(int number) const {
 }
 
 Value& Collector::addValue(const QString& name, double value, const QString& unit, const QString& whyNone) {
-    result.values.append(makeValue(name, value, unit, whyNone));
+    result.values.append(Value());  // filled where it stays
     Value& added = result.values.last();
+    fill(name, value, unit, whyNone, added);
     const auto number = static_cast<int>(result.values.size()) - 1;
     setFreeEdges(added, asSeen(number));
     if (uncertainty_ != nullptr && added.isValid)
@@ -201,14 +200,6 @@ void Collector::add(TSMeasurement& measurement, const TemplateKind& kind) {
     }
 }
 
-bool Collector::isPartOfMean(const QString& name) const {
-    for (const Mean& mean : plan_.means) {
-        if (name == mean.first || name == mean.second)
-            return true;
-    }
-    return false;
-}
-
 /// The mean of two results; its mark is added.
 Value Collector::meanOf(const Mean& mean) {
     double sum = 0;
@@ -216,8 +207,9 @@ Value Collector::meanOf(const Mean& mean) {
     int found = 0;
     int foundAsSeen = 0;
     std::vector<int> numbers;
+    numbers.reserve(2);
     for (int i = 0; i < result.values.size(); ++i) {
-        const Value& value = result.values[i];
+        const Value& value = result.values.at(i);
         if (value.name != mean.first && value.name != mean.second)
             continue;
         if (value.isValid) {
@@ -230,8 +222,9 @@ Value Collector::meanOf(const Mean& mean) {
             ++foundAsSeen;
         }
     }
-    Value value = makeValue(mean.name, found == 2 ? sum / 2 : kUnsetBound, millimetres(),
-                            "one of the two values that it is the mean of is missing");
+    static const QString whyNone = "one of the two values that it is the mean of is missing";
+    Value value;
+    fill(mean.name, found == 2 ? sum / 2 : kUnsetBound, millimetres(), whyNone, value);
     setFreeEdges(value, foundAsSeen == 2 ? sumAsSeen / 2 : std::nan(""));
     if (uncertainty_ != nullptr && found == 2)
         setUncertainty(value, uncertainty_->ofMean(numbers[0], numbers[1]));
@@ -261,14 +254,16 @@ Value Collector::meanOf(const Mean& mean) {
 void Collector::finish() {
     if (plan_.means.isEmpty())
         return;
-    Evaluation shown;
-    shown.values =
-        Internal::inShownOrder(plan_, result.values, [this](const Mean& mean) { return meanOf(mean); });
+    Internal::toShownOrder(
+        plan_, [this](const Mean& mean) { return meanOf(mean); }, result.values);
+    if (result.marks.isEmpty())
+        return;
+    QList<Mark> shown;
     for (const Mark& mark : result.marks) {
-        if (mark.kind == Mark::Point || !isPartOfMean(mark.name))
-            shown.marks.append(mark);
+        if (mark.kind == Mark::Point || !Internal::isPartOfMean(plan_, mark.name))
+            shown.append(mark);
     }
-    result = shown;
+    result.marks = shown;
 }
 
 }  // namespace
@@ -383,7 +378,7 @@ Evaluation Internal::evaluationOf(const Segments& segments, const TSLinesIndecie
     for (TSMeasurement* measurement : plan.measurements.getAllMeasurements())
         collector.add(*measurement, **kind++);
     collector.finish();
-    return collector.result;
+    return std::move(collector.result);
 }
 
 }  // namespace KvMeasure

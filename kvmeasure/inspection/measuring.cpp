@@ -25,9 +25,10 @@ namespace {
 void warn(const QList<QStringList>& ofLines, const Internal::EvaluationOrder& order, QList<Value>& values) {
     if (std::all_of(ofLines.begin(), ofLines.end(), [](const QStringList& line) { return line.isEmpty(); }))
         return;
+    QStringList sentences;
     for (int i = 0; i < values.size(); ++i) {
-        QStringList sentences;
-        for (const int line : order.linesOf(values[i].name, i)) {
+        sentences.clear();
+        for (const int line : order.linesOf(values.at(i).name, i)) {
             if (line < 0 || line >= ofLines.size())
                 continue;
             for (const QString& sentence : ofLines[line]) {
@@ -35,7 +36,8 @@ void warn(const QList<QStringList>& ofLines, const Internal::EvaluationOrder& or
                     sentences.append(sentence);
             }
         }
-        values[i].warning = sentences.join("; ");
+        if (!sentences.isEmpty())
+            values[i].warning = sentences.size() == 1 ? sentences[0] : sentences.join("; ");
     }
 }
 
@@ -67,6 +69,8 @@ Internal::EvaluationOrder::EvaluationOrder(const InspectionPlan& plan,
     };
     QStringList names;
     for (const MeasurementReading& reading : readings) {
+        add(reading.lines, read_);
+        numbers_ += std::size_t(reading.names.size());
         for (const QString& name : reading.names) {
             add(reading.lines, named_[name]);
             names.append(name);
@@ -154,8 +158,10 @@ Evaluation Internal::measureOn(const ProfilePieces& found, EdgeLines& lines, con
                                      hasMoved ? &asSeen : nullptr, &uncertainty);
     warn(endWarnings(found, indices, plan), order, result.values);
     for (Value& value : result.values) {
-        if (!value.aboutU.isEmpty())
-            value.warning += (value.warning.isEmpty() ? "" : "; ") + value.aboutU;
+        if (value.warning.isEmpty())
+            value.warning = value.aboutU;
+        else if (!value.aboutU.isEmpty())
+            value.warning += "; " + value.aboutU;
     }
     return result;
 }

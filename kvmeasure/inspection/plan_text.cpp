@@ -62,7 +62,13 @@ QList<ValueName> measurementNames(const InspectionPlan& plan) {
     QList<ValueName> names;
     for (KvMath::TSMeasurement* measurement : plan.measurements.getAllMeasurements())
         names += valueNames(*measurement);
-    return Internal::inShownOrder(plan, names, [](const Mean& mean) { return ValueName{mean.name, "mm"}; });
+    Internal::toShownOrder(
+        plan,
+        [](const Mean& mean) {
+            return ValueName{mean.name, "mm"};
+        },
+        names);
+    return names;
 }
 
 QList<ValueName> valueNames(const InspectionPlan& plan) {

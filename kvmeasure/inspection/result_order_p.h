@@ -3,24 +3,39 @@
 
 #include <kvmeasure/inspection/plan.h>
 
+#include <algorithm>
+#include <utility>
+#include <vector>
+
 namespace KvMeasure::Internal {
 
-/// The results of all measurements, named `name`, with each mean, as `take` gives it, in the place of its
-/// first part, and without parts of means.
+/// The result of that name stands for nothing alone.
+inline bool isPartOfMean(const InspectionPlan& plan, const QString& name) {
+    return std::any_of(plan.means.begin(), plan.means.end(),
+                       [&](const Mean& mean) { return name == mean.first || name == mean.second; });
+}
+
+/// Results of all measurements, named `name`: each mean, as `take` gives it, in the place of its first part,
+/// and none of the parts of means. `take` is called while `results` are as they were.
 template <class Result, class Take>
-QList<Result> inShownOrder(const InspectionPlan& plan, const QList<Result>& results, const Take& take) {
-    QList<Result> shown;
-    for (const Result& result : results) {
-        bool isPart = false;
+void toShownOrder(const InspectionPlan& plan, const Take& take, QList<Result>& results) {
+    if (plan.means.isEmpty())
+        return;
+    std::vector<std::pair<int, Result>> means;  // with their places
+    const auto all = static_cast<int>(results.size());
+    for (int i = 0; i < all; ++i) {
         for (const Mean& mean : plan.means) {
-            isPart = isPart || result.name == mean.first || result.name == mean.second;
-            if (result.name == mean.first)
-                shown.append(take(mean));
+            if (results.at(i).name == mean.first)
+                means.emplace_back(i, take(mean));
         }
-        if (!isPart)
-            shown.append(result);
     }
-    return shown;
+    for (int i = all - 1; i >= 0; --i) {
+        if (!isPartOfMean(plan, results.at(i).name))
+            continue;
+        results.removeAt(i);
+        for (; !means.empty() && means.back().first == i; means.pop_back())
+            results.insert(i, means.back().second);
+    }
 }
 
 }  // namespace KvMeasure::Internal

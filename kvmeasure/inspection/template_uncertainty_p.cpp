@@ -5,6 +5,7 @@
 
 #include <kvmeasure/inspection/template_uncertainty_p.h>
 
+#include <kvmeasure/base/double_pair_p.h>
 #include <kvmeasure/inspection/kinds/fitted_value.h>
 #include <kvmeasure/inspection/kinds/fitted_value_p.h>
 #include <kvmeasure/inspection/template_kind_p.h>
@@ -14,6 +15,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstring>
 
 namespace KvMeasure::Internal {
 
@@ -25,9 +27,6 @@ namespace {
 
 constexpr int kInputsOfLine = 2;
 
-const char* const kFewPointsOfLine = "a line has too few points of its own";
-const char* const kAnySegment = "which segment is meant may change with the noise";
-
 /// Adds the segments that a measurement reads, each once; none where it reads all of them.
 void addSegmentsRead(const QList<int>& lines, const TSLinesIndecies& indices, std::vector<int>& read) {
     for (const int line : lines) {
@@ -38,23 +37,38 @@ void addSegmentsRead(const QList<int>& lines, const TSLinesIndecies& indices, st
     }
 }
 
-StatedNumber unknown(const QString& reason) {
+QString noUncertainty(const QString& reason) { return "no uncertainty: " + reason; }
+
+StatedNumber unknown(const QString& remark) {
     StatedNumber number;
-    number.remark = "no uncertainty: " + reason;
+    number.remark = remark;
     return number;
+}
+
+const QString& fewIndependent() {
+    static const QString text = "the uncertainty rests on few independent points";
+    return text;
 }
 
 /// The distances of points from the line fitted to them, in height or square to it.
 std::vector<double> residualsOf(const ProfilePieces& found, int contour, const FittedPiece& fit) {
     const Vector* const points = found.contours[std::size_t(contour)].begin();
-    std::vector<double> residuals(std::size_t(fit.points()));
+    const auto count = std::size_t(fit.points());
+    std::vector<double> residuals(count);
     const double scale = fit.isInHeight ? 1 / fit.along.x : 1;
-    const double x = -fit.along.y * scale;
-    const double y = fit.along.x * scale;
-    for (int i = 0; i < fit.points(); ++i) {
-        const Vector& p = points[fit.from + i];
-        residuals[std::size_t(i)] = (p.x - fit.centre.x) * x + (p.y - fit.centre.y) * y;
+    const DoublePair centre = pairOf(fit.centre);
+    const DoublePair across{-fit.along.y * scale, fit.along.x * scale};
+    const Vector* const first = points + fit.from;
+    const auto product = [&](std::size_t i) { return (pairOf(first[i]) - centre) * across; };
+    std::size_t i = 0;
+    for (; i + 2 <= count; i += 2) {
+        const DoublePair one = product(i);
+        const DoublePair other = product(i + 1);
+        const DoublePair both = DoublePair{one[0], other[0]} + DoublePair{one[1], other[1]};
+        std::memcpy(residuals.data() + i, &both, sizeof(both));
     }
+    if (i < count)
+        residuals[i] = product(i)[0] + product(i)[1];
     return residuals;
 }
 
@@ -74,6 +88,8 @@ LineFit lineFitOf(const FittedPiece& fit) {
 std::vector<int> piecesUnder(const ProfilePieces& found, const EdgeLines& lines,
                              const std::vector<int>& segments) {
     std::vector<int> pieces;
+    constexpr std::size_t kMostOfSegment = 4;
+    pieces.reserve(kMostOfSegment * segments.size());
     for (const int segment : segments) {
         for (const EndSupport& end : lines.support[std::size_t(found.pieceOf[std::size_t(segment)])]) {
             for (const int piece : {end.piece, end.other}) {
@@ -162,14 +178,18 @@ TemplateUncertainty::TemplateUncertainty(const ProfilePieces& found, EdgeLines& 
                                          const TSLinesIndecies& indices, InspectionPlan& plan,
                                          const EvaluationOrder& order) {
     if (lines.fits.empty()) {
-        reason_ = "the segments of the search are taken as they are";
+        static const QString raw = noUncertainty("the segments of the search are taken as they are");
+        unknown_ = raw;
         return;
     }
     const QList<TSMeasurement*> measurements = plan.measurements.getAllMeasurements();
     std::vector<int> read;
-    for (int i = 0; i < measurements.size(); ++i)
-        addSegmentsRead(order.linesReadBy(i), indices, read);
+    addSegmentsRead(order.linesRead(), indices, read);
     addLineInputs(found, lines, read);
+    if (!unknown_.isEmpty())
+        return;
+    readsAll_.reserve(order.numbers());
+    contributions_.reserve(order.numbers() * rowLength_);
     moves_.resize(std::size_t(lines.lines.size()));
     EndSlopes slopes(lines.lines, indices);
     for (int i = 0; i < measurements.size(); ++i) {
@@ -215,8 +235,10 @@ void TemplateUncertainty::addLineInputs(const ProfilePieces& found, const EdgeLi
     firstInput_.assign(found.pieces.size(), 0);
     const std::vector<int> pieces = piecesUnder(found, lines, segments);
     const NoiseModel noise = noiseOf(found, lines, pieces);
-    if (!pieces.empty())
-        reason_ = noise.reason;
+    if (!pieces.empty() && !noise.reason.isEmpty()) {
+        unknown_ = noUncertainty(noise.reason);
+        return;
+    }
     constexpr std::size_t kEndsOfSegment = 2;
     rowLength_ = 1 + kInputsOfLine * pieces.size() + kEndsOfSegment * segments.size();
     inputs_.reserve(rowLength_);
@@ -290,25 +312,28 @@ StatedNumber TemplateUncertainty::sumOf(const double* contributions) const {
     number.u = sum.u();
     number.degreesOfFreedom = sum.degreesOfFreedom();
     constexpr double kMuch = 0.1;  // of the variance
-    if (!std::isfinite(number.u))
-        return unknown(kFewPointsOfLine);
+    if (!std::isfinite(number.u)) {
+        static const QString fewPoints = noUncertainty("a line has too few points of its own");
+        return unknown(fewPoints);
+    }
     if (ofFew > kMuch * number.u * number.u)
-        number.remark = "the uncertainty rests on few independent points";
+        number.remark = fewIndependent();
     return number;
 }
 
 StatedNumber TemplateUncertainty::of(int number) const {
-    if (!reason_.isEmpty())
-        return unknown(reason_);
+    if (!unknown_.isEmpty())
+        return unknown(unknown_);
     const auto place = std::size_t(number);
     if (place >= readsAll_.size())  // a measurement of a host with more results than it names
-        return unknown("its measurement gives more results than it names");
-    return readsAll_[place] ? unknown(kAnySegment) : sumOf(contributions_.data() + place * rowLength_);
+        return unknown(noUncertainty("its measurement gives more results than it names"));
+    static const QString anySegment = noUncertainty("which segment is meant may change with the noise");
+    return readsAll_[place] ? unknown(anySegment) : sumOf(contributions_.data() + place * rowLength_);
 }
 
 StatedNumber TemplateUncertainty::ofMean(int first, int second) const {
     for (const int number : {first, second}) {
-        if (!reason_.isEmpty() || std::size_t(number) >= readsAll_.size() || readsAll_[std::size_t(number)])
+        if (!unknown_.isEmpty() || std::size_t(number) >= readsAll_.size() || readsAll_[std::size_t(number)])
             return of(number);
     }
     std::vector<double> mean(rowLength_);

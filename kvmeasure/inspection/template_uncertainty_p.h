@@ -64,7 +64,7 @@ private:
     void addContributions(int number, const EndSlopes::Slope& slope, const Moves& moves);
     StatedNumber sumOf(const double* contributions) const;
 
-    QString reason_;  ///< why nothing is known
+    QString unknown_;  ///< the remark of all numbers, where nothing is known
     std::vector<Input> inputs_;
     std::vector<std::size_t> firstInput_;      ///< of each piece; 0: none
     std::vector<std::array<Moves, 2>> moves_;  ///< of both ends of each segment
