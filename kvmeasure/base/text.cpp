@@ -29,8 +29,8 @@ int editDistance(const QString& a, const QString& b) {
     return row.back();
 }
 
-/// A number of ten-thousandths with its four decimals; 0 has no sign.
-QString tenThousandths(qint64 number, bool isNegative) {
+/// Adds a number of ten-thousandths with its four decimals; 0 has no sign.
+void addTenThousandths(qint64 number, bool isNegative, QString& text) {
     constexpr int kMostLetters = 24, kDecimals = 4, kBase = 10;
     QChar letters[kMostLetters];
     int at = kMostLetters;
@@ -43,7 +43,7 @@ QString tenThousandths(qint64 number, bool isNegative) {
     }
     if (hasSign)
         letters[--at] = '-';
-    return QString(letters + at, kMostLetters - at);
+    text.append(letters + at, kMostLetters - at);
 }
 
 bool isShown(QChar c) {
@@ -115,15 +115,24 @@ QString fixed(double value, int decimals) {
 }
 
 QString mm(double value) {
+    QString text;
+    addMm(value, text);
+    return text;
+}
+
+void addMm(double value, QString& text) {
     constexpr double kWidest = 1e7;  // no scanner sees that far; such numbers come from damaged files
-    if (!(std::fabs(value) < kWidest))
-        return QString::number(value, 'g', 6);
+    if (!(std::fabs(value) < kWidest)) {
+        text += QString::number(value, 'g', 6);
+        return;
+    }
     constexpr double kSteps = 1e4, kNearHalf = 1e-3;  // the product is rounded by less than 1e-5
     const double scaled = std::fabs(value) * kSteps;
     const double whole = std::floor(scaled);
     if (std::fabs(scaled - whole - 0.5) < kNearHalf)
-        return fixed(value, 4);
-    return tenThousandths(static_cast<qint64>(whole) + (scaled - whole > 0.5 ? 1 : 0), value < 0);
+        text += fixed(value, 4);
+    else
+        addTenThousandths(static_cast<qint64>(whole) + (scaled - whole > 0.5 ? 1 : 0), value < 0, text);
 }
 
 QString percent(double part, double whole) {
@@ -131,7 +140,12 @@ QString percent(double part, double whole) {
     return whole > 0 ? QString::number(kHundred * part / whole, 'f', 2) + " %" : QString("-");
 }
 
-bool isPrintable(const QString& text) { return std::all_of(text.begin(), text.end(), isShown); }
+bool isPrintable(const QString& text) {
+    unsigned others = 0;  // than the letters of ASCII: counted without branches, many at a time
+    for (const QChar c : text)
+        others += static_cast<ushort>(c.unicode() - ' ') > '~' - ' ' ? 1 : 0;
+    return others == 0 || std::all_of(text.begin(), text.end(), isShown);
+}
 
 QString printable(const QString& text) {
     if (isPrintable(text))

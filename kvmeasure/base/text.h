@@ -40,6 +40,7 @@ KVMEASURE_EXPORT QString fixed(double value, int decimals);
 /// A length in mm with four decimals, a tenth of a micrometre, without unit; from 1e7 mm on six digits: such
 /// numbers come from damaged files. "nan" for NaN.
 KVMEASURE_EXPORT QString mm(double value);
+KVMEASURE_EXPORT void addMm(double value, QString& text);  ///< the same behind a text
 
 /// A share as "12.34 %"; "-" of a whole that is not greater than 0.
 KVMEASURE_EXPORT QString percent(double part, double whole);

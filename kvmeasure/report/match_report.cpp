@@ -37,43 +37,6 @@ QStringList detailRow(const InspectionPlan& plan, QStringList row) {
     return row;
 }
 
-/// What is said of a value: why it is missing, what may mislead in it, what is to be said of its uncertainty.
-QStringList sentencesOf(const Value& value) {
-    QString warning = value.warning;
-    if (warning.endsWith(value.aboutU)) {
-        warning.chop(static_cast<int>(value.aboutU.size()));
-        warning.chop(warning.endsWith("; ") ? 2 : 0);
-    }
-    QStringList sentences{value.reason, warning, value.aboutU};
-    sentences.removeAll(QString());
-    return sentences;
-}
-
-/// Why values are missing, and the warnings, each with the names of the values that it concerns.
-QString remarks(const Evaluation& evaluation) {
-    const auto isSilent = [](const Value& value) {
-        return value.reason.isEmpty() && value.warning.isEmpty();
-    };
-    if (std::all_of(evaluation.values.begin(), evaluation.values.end(), isSilent))
-        return {};
-    QStringList sentences;
-    QMap<QString, QStringList> names;
-    for (const Value& value : evaluation.values) {
-        for (const QString& sentence : sentencesOf(value)) {
-            if (!names.contains(sentence))
-                sentences.append(sentence);
-            names[sentence].append(value.name);
-        }
-    }
-    const auto all = evaluation.values.size();
-    for (QString& sentence : sentences) {
-        const QStringList& concerned = names[sentence];
-        const bool isAll = all > 1 && concerned.size() == all;
-        sentence = (isAll ? QString("all values") : concerned.join(", ")) + ": " + sentence;
-    }
-    return sentences.join("; ");
-}
-
 QString decisionText(Decision decision) {
     return decision == Decision::Guarded
                ? QString("decision: guarded acceptance, values are good at least U inside their limits")
@@ -81,31 +44,6 @@ QString decisionText(Decision decision) {
 }
 
 }  // namespace
-
-QString verdictText(const Evaluation& evaluation, bool isFound) {
-    QStringList invalid;
-    QStringList outside;
-    bool isJudged = false;
-    for (const Value& value : evaluation.values) {
-        isJudged = isJudged || value.hasTolerance;
-        if (!value.isValid)
-            invalid.append(value.name);
-        else if (!value.isGood())
-            outside.append(value.name);
-    }
-    QStringList parts;
-    if (!isFound)
-        parts.append("NOT FOUND");
-    if (!outside.isEmpty())
-        parts.append("OUT: " + outside.join(", "));
-    if (!invalid.isEmpty())
-        parts.append("NOT MEASURED: " + invalid.join(", "));
-    static const QString good = "good";
-    static const QString found = "found";
-    if (parts.isEmpty())
-        return isJudged ? good : found;
-    return parts.join("; ");
-}
 
 MatchReport::MatchReport(Form form, const InspectionPlan& plan, bool allAssignments, bool keepValues,
                          Output output)
@@ -216,19 +154,41 @@ QString MatchReport::number(double value, bool isExact) const {
                : QString::number(value, 'g', isExact ? int(QLocale::FloatingPointShortest) : kDigits);
 }
 
-/// Hands over the cells of a row, one after another.
-void MatchReport::cells(const MatchedProfile& profile, const QString& label, const Evaluation& evaluation,
-                        const std::function<void(const QString& cell)>& add) const {
-    add(profile.name);
-    add(number(profile.z));
+/// The cells of a row of CSV.
+QStringList MatchReport::cells(const MatchedProfile& profile, const QString& label,
+                               const Evaluation& evaluation) const {
+    QStringList row{profile.name, number(profile.z)};
     if (hasAll_)
-        add(label);
+        row.append(label);
     for (const Value* value : inOrder(evaluation)) {
-        add(number(value != nullptr ? value->value : std::nan(""), form_ == Part));
-        add(number(value != nullptr ? value->expandedU() : std::nan("")));
+        row.append(number(value != nullptr ? value->value : std::nan(""), form_ == Part));
+        row.append(number(value != nullptr ? value->expandedU() : std::nan("")));
     }
-    add(verdictText(evaluation, profile.found > 0));
-    add(remarks(evaluation));
+    row.append(verdictText(evaluation, profile.found > 0));
+    row.append(remarks(evaluation));
+    return row;
+}
+
+/// The same cells of the table, most of which are numbers.
+void MatchReport::addRow(const MatchedProfile& profile, const QString& label, const Evaluation& evaluation) {
+    static const QString dash = "-";
+    const auto add = [this](double value) {
+        if (std::isfinite(value))
+            rows_.addMm(value);
+        else
+            rows_.addCell(dash);
+    };
+    rows_.startRow();
+    rows_.addCell(profile.name);
+    add(profile.z);
+    if (hasAll_)
+        rows_.addCell(label);
+    for (const Value* value : inOrder(evaluation)) {
+        add(value != nullptr ? value->value : std::nan(""));
+        add(value != nullptr ? value->expandedU() : std::nan(""));
+    }
+    rows_.addCell(verdictText(evaluation, profile.found > 0));
+    rows_.addCell(remarks(evaluation));
 }
 
 PartHead MatchReport::partHead() const {
@@ -250,8 +210,7 @@ PartHead MatchReport::partHead() const {
 QString MatchReport::partRows(const MatchedProfile& profile, const QString& remark) const {
     QString rows;
     const auto addRow = [&](const QString& label, const Evaluation& evaluation) {
-        QStringList row;
-        cells(profile, label, evaluation, [&row](const QString& cell) { row.append(cell); });
+        QStringList row = cells(profile, label, evaluation);
         QString& note = row.last();
         for (const QString& more : {profile.reason, remark}) {
             if (!note.contains(more))
@@ -268,20 +227,16 @@ QString MatchReport::partRows(const MatchedProfile& profile, const QString& rema
 
 void MatchReport::addRows(const MatchedProfile& profile) {
     QString csv = profiles_ == 1 && form_ == Csv ? csvRow(rowHead(plan_, hasAll_, '_')) : QString();
-    const auto addRow = [&](const QString& label, const Evaluation& evaluation) {
-        if (form_ == Csv) {
-            QStringList row;
-            cells(profile, label, evaluation, [&row](const QString& cell) { row.append(cell); });
-            csv += csvRow(row);
-            return;
-        }
-        rows_.startRow();
-        cells(profile, label, evaluation, [this](const QString& cell) { rows_.addCell(cell); });
+    const auto take = [&](const QString& label, const Evaluation& evaluation) {
+        if (form_ == Csv)
+            csv += csvRow(cells(profile, label, evaluation));
+        else
+            addRow(profile, label, evaluation);
     };
     for (const Assignment& assignment : profile.assignments)
-        addRow(assignment.label, assignment.evaluation);
+        take(assignment.label, assignment.evaluation);
     if (profile.assignments.isEmpty())
-        addRow("", profile.best);
+        take("", profile.best);
     if (form_ == Csv)
         output_(csv);
     else if (profiles_ > 1 && rows_.size() > kRowsAtOnce)

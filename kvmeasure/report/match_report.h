@@ -81,8 +81,9 @@ private:
     void addDetails(const MatchedProfile& profile);
     void addRows(const MatchedProfile& profile);
     void addJson(const MatchedProfile& profile);
-    void cells(const MatchedProfile& profile, const QString& label, const Evaluation& evaluation,
-               const std::function<void(const QString& cell)>& add) const;
+    QStringList cells(const MatchedProfile& profile, const QString& label,
+                      const Evaluation& evaluation) const;
+    void addRow(const MatchedProfile& profile, const QString& label, const Evaluation& evaluation);
     QString number(double value, bool isExact = false) const;
     std::vector<const Value*> inOrder(const Evaluation& evaluation) const;
     QStringList figures(const Series& series) const;

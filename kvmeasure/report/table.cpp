@@ -43,6 +43,17 @@ void Table::startRow() { rows_.push_back({static_cast<int>(cells_.size()), 0}); 
 void Table::addCell(const QString& text) {
     const auto first = static_cast<int>(letters_.size());
     letters_ += isPrintable(text) ? text : printable(text);
+    endCell(first);
+}
+
+void Table::addMm(double value) {
+    const auto first = static_cast<int>(letters_.size());
+    KvMeasure::addMm(value, letters_);
+    endCell(first);
+}
+
+/// Of the letters from there on.
+void Table::endCell(int first) {
     cells_.push_back({first, static_cast<int>(letters_.size()) - first});
     ++rows_.back().count;
 }

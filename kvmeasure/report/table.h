@@ -23,6 +23,7 @@ public:
     /// Appends a row without cells, which addCell() fills; for many rows.
     void startRow();
     void addCell(const QString& text);  ///< appends a cell to the last row, which must be one
+    void addMm(double value);           ///< a cell as mm() gives it
     /// The heading and all rows, a line each, with two blanks between columns. The alignment is that of the
     /// first call.
     QString text();
@@ -39,6 +40,7 @@ private:
         int count = 0;
     };
 
+    void endCell(int first);
     bool isNumeric(int column) const;
     int fillLine(const Stretch& row, int columns, QChar* line) const;
 
