@@ -59,7 +59,8 @@ public:
           report_(reportForm(arguments, jsonForm), part_.plan(), arguments.has("--all"),
                   arguments.has("--trend"), print),
           pictures_(arguments.text("--svg"), otherFiles(arguments)), store_(arguments),
-          handed_(arguments, part_.plan(), jsonForm, [this](const Error& error) { giveUp(error); }) {
+          handed_(arguments, part_.plan(), jsonForm, [this](const Error& error) { giveUp(error); }),
+          isJson_(arguments.isJson() || arguments.has("--jsonl")), isDrawn_(arguments.has("--svg")) {
         report_.setWritesLines(arguments.has("--jsonl"));
         report_.setGivesStatistics(arguments.has("--stats"));
         if (!arguments.has("--report"))
@@ -110,8 +111,9 @@ private:
     std::unique_ptr<TerminalProgress> progress_;
     StoredParts store_;
     HandedResults handed_;
-    int records_ = 0;      ///< place of that profile in its file
-    int storedFile_ = -1;  ///< the file of the last profile that is stored
+    const bool isJson_, isDrawn_;  ///< asked for every profile
+    int records_ = 0;              ///< place of that profile in its file
+    int storedFile_ = -1;          ///< the file of the last profile that is stored
     SecondProfiles second_{arguments_.texts("--second")};
     MeasuringJobs jobs_{[this](ReadProfile& read) { return measureWith(part_, read); }};
 };
@@ -124,9 +126,9 @@ MatchedProfile Matcher::measureWith(PartMeasurement& part, ReadProfile& read) co
     MeasuredPart measured = measureInPlace(part, read.loaded.profile, read.second);
     MatchedProfile matched = describe(read.loaded, read.number);
     static_cast<MeasuredPart&>(matched) = std::move(measured);
-    if (arguments_.isJson() || arguments_.has("--jsonl"))
+    if (isJson_)
         matched.json = report_.json(matched);
-    if (arguments_.has("--svg") || arguments_.has("--report"))
+    if (isDrawn_ || page_)
         read.loaded.profile.points += read.second.points;
     return matched;
 }
@@ -184,8 +186,8 @@ Picture Matcher::missingPicture(const LoadedProfile& loaded, const MatchedProfil
 bool Matcher::explain(const LoadedProfile& loaded, MatchedProfile& matched, NearMiss& near) {
     const bool isPrepared = matched.reason.isEmpty();  // the filter steps could be applied
     const bool isOnPage = page_ && explained_ < MatchPage::kMostPictures;
-    if (!isPrepared || !(arguments_.has("--svg") || isOnPage || store_.isOpen() || handed_.hasFiles() ||
-                         report_.showsReason()))
+    if (!isPrepared ||
+        !(isDrawn_ || isOnPage || store_.isOpen() || handed_.hasFiles() || report_.showsReason()))
         return false;
     ++explained_;
     near = part_.whyMissing(matched.segments, loaded.profile);
@@ -195,7 +197,7 @@ bool Matcher::explain(const LoadedProfile& loaded, MatchedProfile& matched, Near
 
 /// A search that is given up is drawn, too.
 void Matcher::drawGivenUp(const LoadedProfile& loaded, const Error& error) {
-    if (!arguments_.has("--svg"))
+    if (!isDrawn_)
         return;
     MatchedProfile matched = describe(loaded, profiles_ - 1);
     matched.segments = findPieces(loaded.profile, part_.search(loaded.profile)).segments;
@@ -234,11 +236,11 @@ void Matcher::report(const LoadedProfile& loaded, MeasuringJobs::Result& measure
         matched.json.clear();
     }
     NearMiss near;
-    const bool isDrawn = matched.isFound() || explain(loaded, matched, near);
+    const bool isExplained = matched.isFound() || explain(loaded, matched, near);
     const auto picture = [&] {
         return matched.isFound() ? foundPicture(loaded, matched) : missingPicture(loaded, matched, near);
     };
-    if (arguments_.has("--svg") && isDrawn)
+    if (isDrawn_ && isExplained)
         writePictureOf(loaded, picture());
     if (!matched.isGood())
         code_ = std::max(code_, int(NotMet));

@@ -69,9 +69,11 @@ const ProfilePieces& PieceFinder::find(const KvMath::KvProfile& profile,
     found.segments.clear();
     const auto count = static_cast<int>(profile.points.size());
     Vector* const points = storage_->pointsFor(count);
-    Vector* to = points;
-    for (const KvMath::KvPointXY& point : profile.points)
-        *to++ = Vector(double(point.x), double(point.y));
+    const auto from = profile.points.constBegin();
+    for (int i = 0; i < count; ++i) {  // by index, so that several are converted at a time
+        points[i].x = double(from[i].x);
+        points[i].y = double(from[i].y);
+    }
     storage_->lines.extract(points, count, search);
     if (count > 0)
         storage_->addContours(count);

@@ -14,6 +14,7 @@
 
 #include <QtCore/QtEndian>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -46,19 +47,25 @@ bool areFinite(const std::vector<float>& values) {
     return others == 0;
 }
 
-/// Replaces the points of a profile; in their place where there are as many.
+/// Replaces the points of a profile; in their place where there are about as many.
 void takePoints(const float* coordinates, int count, KvMath::KvProfile& profile) {
+    constexpr int kMostAppended = 64;  // one by one
     QList<KvMath::KvPointXY>& points = profile.points;
-    if (points.size() != count || !points.isDetached()) {
+    const int there = points.isDetached() ? static_cast<int>(points.size()) : 0;
+    if (there == 0 || count - there > kMostAppended) {
         points.clear();
         profile.copyFromXYPointsBuffer(coordinates, static_cast<unsigned short>(count));
         return;
     }
-    for (KvMath::KvPointXY& point : points) {
-        point.x = coordinates[0];
-        point.y = coordinates[1];
-        coordinates += 2;
+    if (there > count)
+        points.erase(points.begin() + count, points.end());
+    const auto to = points.begin();
+    for (int i = 0; i < std::min(there, count); ++i) {  // by index, so that several are copied at a time
+        to[i].x = coordinates[2 * i];
+        to[i].y = coordinates[2 * i + 1];
     }
+    for (int i = there; i < count; ++i)
+        points.append(KvMath::KvPointXY(coordinates[2 * i], coordinates[2 * i + 1]));
 }
 
 }  // namespace
