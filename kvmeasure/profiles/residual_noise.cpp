@@ -89,8 +89,11 @@ public:
         double greatest = 0;
         constexpr int kRounds = 4;  // S changes the autocorrelations, these the window
         for (int i = 0; i < kRounds; ++i) {
-            window = pass(window.sum, strictness);
+            const double before = window.sum;
+            window = pass(before, strictness);
             greatest = std::max(greatest, window.putBack);
+            if (window.sum == before)  // so are the next ones
+                break;
         }
         window.putBack = greatest;
         return window;

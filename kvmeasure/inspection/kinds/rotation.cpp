@@ -24,7 +24,9 @@ public:
     QString help() const override { return "turn from the first direction to the second, 0 to 180 degrees"; }
     QString note(KvMath::TSMeasurement& measurement) const override {
         const auto* rotation = dynamic_cast<KvMath::TSUMRotationAngle*>(&measurement);
-        return rotation != nullptr && turnsLeft(*rotation) ? "to the left" : "to the right";
+        static const QString left = "to the left";
+        static const QString right = "to the right";
+        return rotation != nullptr && turnsLeft(*rotation) ? left : right;
     }
     void draw(KvMath::TSMeasurement& measurement, const LineOf& lineOf, Mark& mark) const override {
         const auto* rotation = dynamic_cast<KvMath::TSUMRotationAngle*>(&measurement);
