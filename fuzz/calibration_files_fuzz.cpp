@@ -91,9 +91,10 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static Desk desk;
     static Fuzz::ScratchFile in("in");
     Fuzz::Input input(data, size);
-    const int operation = input.byte();
     // A file of full size is the few bytes over and over.
-    const bool isFull = input.below(16) == 15 || operation >= 252;
+    const bool takesLong = input.isOneIn(32);
+    const int operation = input.byte();
+    const bool isFull = takesLong && operation % 2 != 0;
     const int cut = input.byte();
     const QByteArray bytes = input.rest().repeated(isFull && size > 0 ? 2'600'000 / int(size) : 1);
     const QByteArray file = bytes.left(bytes.size() - std::min(cut, int(bytes.size())));
@@ -102,12 +103,14 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         desk.loadRecord(file);
     else if (operation < 192)
         desk.loadTable(file);
+    else if (!takesLong)
+        desk.savePart(input.raw<uint16_t>() % 1024 - 100);
     else if (operation < 216)
         desk.passRecord();
     else if (operation < 232)
         desk.passTable();
-    else if (operation < 255 || cut != 255)
-        desk.savePart(input.raw<uint16_t>() - 100);
+    else if (operation < 250)
+        desk.savePart(input.raw<uint16_t>() * 16);
     else
         desk.makeProfiles(input.number(), input.number());
     return 0;

@@ -49,6 +49,15 @@ public:
 
     size_t left() const { return left_; }
 
+    /// True for one input in `count`, by a hash of all bytes: for what takes long. A byte would not do,
+    /// because the engine keeps and changes the inputs that take the longest way.
+    bool isOneIn(unsigned count) const {
+        unsigned hash = 2166136261U;
+        for (size_t i = 0; i < left_; ++i)
+            hash = (hash ^ data_[i]) * 16777619U;
+        return (hash >> 16) % count == 0;
+    }
+
     int byte() { return left_ == 0 ? 0 : data_[--left_]; }
     bool flag() { return (byte() & 1) != 0; }
     int below(int count) { return byte() % count; }  ///< 0 ... count - 1, count <= 256

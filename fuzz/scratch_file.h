@@ -44,12 +44,4 @@ private:
     QFile file_;
 };
 
-/// Path of a file that now holds these bytes and no others.
-inline QString scratchFile(const char* name, const QByteArray& bytes) {
-    QFile file(scratchPath(name));
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-        qFatal("scratch file not written");
-    return file.fileName();
-}
-
 }  // namespace Fuzz

@@ -31,7 +31,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     KvMath::TSMeasurementList measurements;
     const bool isLoaded = lines.load(stream);
     const qint64 end = stream.device()->pos();
-    if (isLoaded) {
+    if (isLoaded && input.isOneIn(4)) {
         QByteArray saved;
         QDataStream out(&saved, QIODevice::WriteOnly);
         Fuzz::require(lines.save(out), "what is held can be saved");
