@@ -4,6 +4,8 @@
 #include <kvmeasure/profiles/filter_steps.h>
 #include <tests/kvmeasure/calls.h>
 
+#include <kvmath/core/line.h>
+
 #include <algorithm>
 #include <cmath>
 #include <random>
@@ -104,6 +106,121 @@ TEST(FilterSteps, DoWhatTheirHelpSays) {
         for (std::size_t i = 0; i < found.size(); ++i)
             EXPECT_NEAR(double(found[i]), double(c.heights[i]), 1e-6) << c.steps;
     }
+}
+
+/// What a step is to the library, with the numbers of the text.
+struct SameCall {
+    const char* step;
+    void (*call)(KvMath::KvProfile& profile);
+};
+
+TEST(FilterSteps, AreTheLibrarysFiltersWithTheirNumbersInOrder) {
+    using P = KvMath::KvProfile;
+    std::mt19937 random(3);
+    std::uniform_real_distribution<float> height(0, 1);
+    std::vector<Place> points;
+    for (int i = 0; i < 120; ++i)
+        points.push_back({0.125F * float(i + (i > 40 ? 9 : 0) + (i > 80 ? 3 : 0)),
+                          2 + height(random) + (i % 17 == 3 ? 4 : 0)});
+    const SameCall calls[] = {
+        {"middle-by-x 5", [](P& p) { P(p).medFilt(p, 5); }},
+        {"mean 3", [](P& p) { p.wndFilter(3); }},
+        {"slope 4", [](P& p) { P(p).diffFilt(p, 4); }},
+        {"lowpass 0.5", [](P& p) { p.zebFilter20(0.5F); }},
+        {"cut-above 0.25 2.5", [](P& p) { p.removeHighLevel(KvMath::KvLine(0.25F, 2.5F)); }},
+        {"cut-below 0.25 1.5", [](P& p) { p.removeLowLevel(KvMath::KvLine(0.25F, 1.5F)); }},
+        {"median-band 0.25", [](P& p) { p.removePointsByYMedian(0.25); }},
+        {"noise 7 2 0.5", [](P& p) { p.removeNoise(7, 2, 0.5F, 0); }},
+        {"remove-straight 3 0.0625 0.25 30", [](P& p) { p.removeLineParts(3, 0.0625F, 0.25F, 30); }},
+        {"spikes 1.5 0.25", [](P& p) { P(p).splashFilter(p, 1.5F, 0.25F); }},
+        {"spikes-polar 1.5 3 4", [](P& p) { P(p).splashFilterPolar(p, 1.5F, 3, 4); }},
+        {"smooth-polar 1.5 5 2", [](P& p) { P(p).wndFilterPolar(p, 1.5F, 5, 2); }},
+        {"isolated 0.25 3", [](P& p) { p.removeNoisyPoints(0.25F, 3); }},
+        {"trim 1 2.25 9 2.75", [](P& p) { p.trim(1, 2.25F, 9, 2.75F); }},
+        {"resample 0.75 2 9", [](P& p) { p.interpolate(0.75F, 2, 9, KvMath::KvInterpolantAkima); }},
+        {"rotate 30", [](P& p) { p.rotateEvklid(30); }},
+        {"polar", [](P& p) { p.toPolar(); }},
+    };
+    for (const SameCall& c : calls) {
+        KvMath::KvProfile expected;
+        for (const Place& p : points)
+            expected.points.append({p.x, p.y});
+        const KvMath::KvProfile before = expected;
+        c.call(expected);
+        const bool isSame = std::equal(expected.points.begin(), expected.points.end(), before.points.begin(),
+                                       before.points.end(),
+                                       [](const auto& a, const auto& b) { return a.x == b.x && a.y == b.y; });
+        EXPECT_FALSE(isSame) << c.step << " does nothing here";
+        const KvMath::KvProfile found = after(points, c.step);
+        ASSERT_EQ(found.points.size(), expected.points.size()) << c.step;
+        for (int i = 0; i < int(found.points.size()); ++i) {
+            EXPECT_EQ(found.points[i].x, expected.points[i].x) << c.step;
+            EXPECT_TRUE(found.points[i].y == expected.points[i].y || std::isnan(expected.points[i].y))
+                << c.step;
+        }
+    }
+}
+
+TEST(FilterSteps, TakeNumbersUpToTheirLimits) {
+    const char* const taken[] = {"median 3",
+                                 "median 10001",
+                                 "middle-by-x 2",
+                                 "middle-by-x 10000",
+                                 "mean 2",
+                                 "mean 1000",
+                                 "slope 2",
+                                 "slope 1000",
+                                 "lowpass 0",
+                                 "noise 1 0 0",
+                                 "noise 1000000 1000000 1000000",
+                                 "remove-straight 2 0 0 0",
+                                 "remove-straight 2 1 0 0",
+                                 "spikes 0 0",
+                                 "spikes-polar 0 360",
+                                 "spikes-polar 0 0 0",
+                                 "smooth-polar 0 2 1",
+                                 "smooth-polar 0 10000 100",
+                                 "isolated 0 1",
+                                 "isolated 0 1000",
+                                 "shift 1e6 -1e6",
+                                 "rotate -360",
+                                 "rotate 360",
+                                 "resample 1e-6"};
+    const char* const refused[] = {"median 1",
+                                   "median 10003",
+                                   "middle-by-x 1",
+                                   "middle-by-x 10001",
+                                   "mean 1",
+                                   "mean 1001",
+                                   "slope 1",
+                                   "slope 1001",
+                                   "lowpass -0.5",
+                                   "noise 0 0 0",
+                                   "noise 1 -1 0",
+                                   "noise 1 0 -0.5",
+                                   "noise 1000001 0 0",
+                                   "noise 1 1000001 0",
+                                   "remove-straight 1 0 0 0",
+                                   "remove-straight 2 -0.5 0 0",
+                                   "remove-straight 2 1.25 0 0",
+                                   "spikes -0.5 0",
+                                   "spikes-polar 0 361",
+                                   "spikes-polar 0 -0.5",
+                                   "spikes-polar 0 0 -0.5",
+                                   "smooth-polar -0.5 2 1",
+                                   "smooth-polar 0 2 0",
+                                   "smooth-polar 0 2 101",
+                                   "isolated 0 0",
+                                   "isolated 0 1001",
+                                   "shift 1000001 0",
+                                   "shift 0 -1000001",
+                                   "rotate 361",
+                                   "rotate -361",
+                                   "resample 5e-7"};
+    for (const char* text : taken)
+        EXPECT_NO_THROW(parseSteps(text)) << text;
+    for (const char* text : refused)
+        EXPECT_THROW(parseSteps(text), Error) << text;
 }
 
 TEST(FilterSteps, ThatMakeNoSenseAreRefusedWithTheirNumber) {

@@ -1,6 +1,7 @@
 // Profiles from text: what each spelling is taken for, what is refused, and with which way out.
 
 #include <kvmeasure/base/text.h>
+#include <kvmeasure/profiles/data_table.h>
 #include <kvmeasure/profiles/profile_file.h>
 #include <tests/kvmeasure/calls.h>
 #include <tests/support/scratch_directory.h>
@@ -257,6 +258,69 @@ TEST_F(Text, OfProfilesWithoutAPointOrOfAnotherFormIsRefused) {
     options.given = "units";
     EXPECT_THAT(textOf(errorOf([&] { loadOnlyProfile("t.bin", options); })),
                 testing::HasSubstr("holds binary records, no text of profiles; leave units out"));
+}
+
+TEST_F(Text, ColumnsOfATableAreFoundByTheirNames) {
+    const QList<Heading> headings{readHeading("Width [mm]"), readHeading("width"), readHeading("opening_deg"),
+                                  readHeading("area_mm2"),   readHeading("Depth"), readHeading("Depth")};
+    const struct {
+        const char* word;
+        int column;
+        const char* refusal;
+    } cases[] = {{"width", 1, ""},
+                 {"WIDTH", 1, ""},
+                 {"Width [mm]", 0, ""},
+                 {"opening", 2, ""},
+                 {"area", 3, ""},
+                 {"1", 0, ""},
+                 {"6", 5, ""},
+                 {"Depth", -1, "columns 5 and 6 are both called"},
+                 {"0", -1, "no column \"0\""},
+                 {"7", -1, "no column \"7\""},
+                 {"", -1, "there are \"Width [mm]\", \"width\""},
+                 {"opning_deg", -1, "opening_deg"}};
+    for (const auto& c : cases) {
+        if (c.column >= 0)
+            EXPECT_EQ(columnNamed(headings, c.word), c.column) << c.word;
+        else
+            EXPECT_THAT(textOf(errorOf([&] { columnNamed(headings, c.word); })),
+                        testing::HasSubstr(c.refusal))
+                << c.word;
+    }
+}
+
+TEST_F(Text, TablesGiveTheColumnsThatAreWanted) {
+    const auto read = [](const QByteArray& content) {
+        TestSupport::ScratchDirectory::write("table.csv", content);
+        return readDataTable("table.csv", [](const QList<Heading>& headings) {
+            return TableColumns{{2, 0}, {static_cast<int>(headings.size()) > 1 ? 1 : 0}};
+        });
+    };
+    const DataTable table = read("# made\n\na;name;c\n1.5; x y ;-2\n\n# more\n3;\"z\";nan\n;;7\n");
+    ASSERT_EQ(table.headings.size(), 3);
+    EXPECT_EQ(table.headings[1].text, "name");
+    EXPECT_EQ(table.words, (std::vector<QStringList>{{"x y", "z", ""}}));
+    EXPECT_EQ(table.lines, (std::vector<qint64>{4, 7, 8}));
+    ASSERT_EQ(table.numbers.size(), 2U);
+    EXPECT_THAT(table.numbers[0], testing::ElementsAre(-2, testing::IsNan(), 7));
+    EXPECT_THAT(table.numbers[1], testing::ElementsAre(1.5, 3, testing::IsNan()));
+    EXPECT_THAT(read("1\t2\t3\n").numbers[0], testing::ElementsAre(3));
+    const struct {
+        const char *content, *refusal;
+        qint64 line;
+    } cases[] = {{"", "holds no row", 0},
+                 {"# a\n\n", "holds no row", 0},
+                 {"a;b;c\n", "holds a heading and no row", 0},
+                 {"a;b;c\n1;2\n", "has 2 column(s), expected at least 3", 2},
+                 {"a;b;c\n1;2;3\n1;2;x\n", "column \"c\": expected a number, found \"x\"", 3},
+                 {"1;2;3\n1;2;inf\n", "column 3: expected a number", 2},
+                 {"\x01\x02;;", "is no text", 0}};
+    for (const auto& c : cases) {
+        const Error error = errorOf([&] { read(c.content); });
+        EXPECT_THAT(textOf(error), testing::HasSubstr(c.refusal)) << c.content;
+        EXPECT_EQ(error.file(), "table.csv");
+        EXPECT_EQ(error.line(), c.line) << c.content;
+    }
 }
 
 }  // namespace
