@@ -37,6 +37,8 @@ double cross(const Vector& o, const Vector& a, const Vector& b) {
 std::vector<Vector> hullOf(std::vector<Vector> points) {
     std::sort(points.begin(), points.end(),
               [](const Vector& a, const Vector& b) { return a.x != b.x ? a.x < b.x : a.y < b.y; });
+    const auto isSame = [](const Vector& a, const Vector& b) { return a.x == b.x && a.y == b.y; };
+    points.erase(std::unique(points.begin(), points.end(), isSame), points.end());
     std::vector<Vector> hull;
     for (int side = 0; side < 2; ++side) {
         const std::size_t start = hull.size();

@@ -3,6 +3,7 @@
 #include <kvmeasure/base/error.h>
 #include <kvmeasure/form/roughness.h>
 #include <kvmeasure/form/straightness.h>
+#include <kvmeasure/inspection/kinds/box.h>
 #include <tests/kvmeasure/inspection/shapes.h>
 
 #include <gmock/gmock.h>
@@ -126,6 +127,31 @@ TEST(FormKinds, SayWhyThereIsNoValue) {
         EXPECT_FALSE(reason.isEmpty()) << row.words;
         EXPECT_THAT(reason.toStdString(), HasSubstr(row.reason)) << row.words;
     }
+}
+
+TEST(TurnedBox, HasAnEdgeOfTheHullAndHoldsAllPoints) {
+    struct Case {
+        Points points;
+        double width, height;
+        Vector centre, along;
+    };
+    const Case cases[] = {{{{1, 2}}, 0, 0, {1, 2}, {1, 0}},
+                          {{{1, 2}, {1, 2}}, 0, 0, {1, 2}, {1, 0}},
+                          {Points(7, Vector(-3, 0)), 0, 0, {-3, 0}, {1, 0}},
+                          {{{1, 2}, {4, 6}, {1, 2}, {4, 6}}, 0, 5, {2.5, 4}, {0.8, -0.6}},
+                          {{{0, 0}, {8, 6}, {4, 3}}, 10, 0, {4, 3}, {0.8, 0.6}},
+                          {{{0, 0}, {8, 6}, {5, 10}, {-3, 4}, {2, 4}, {8, 6}}, 10, 5, {2.5, 5}, {0.8, 0.6}},
+                          {{{0, 0}, {4, 0}, {4, 2}, {0, 2}, {2, 1}}, 4, 2, {2, 1}, {1, 0}}};
+    for (const Case& c : cases) {
+        const TurnedBox box = turnedBox(c.points);
+        SCOPED_TRACE(testing::Message() << c.points.size() << " points, " << c.width << " by " << c.height);
+        EXPECT_TRUE(box.isFound);
+        EXPECT_NEAR(box.width, c.width, 1e-12);
+        EXPECT_NEAR(box.height, c.height, 1e-12);
+        EXPECT_LT(length(box.centre, c.centre), 1e-12);
+        EXPECT_LT(length(box.along, c.along), 1e-12);
+    }
+    EXPECT_FALSE(turnedBox({}).isFound);
 }
 
 }  // namespace
