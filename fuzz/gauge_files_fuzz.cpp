@@ -16,11 +16,14 @@ void requireReasons(const std::vector<KvMeasure::SectionValue>& values) {
         Fuzz::require(std::isfinite(value.value) == value.isKnown(), "a value is there or has a reason");
 }
 
-void measure(const KvMeasure::GaugeProfile& profile) {
+void measure(const KvMeasure::GaugeProfile& profile, int kind) {
     static const KvMeasure::WheelSection nominal = KvMeasure::s1002Section(1);
-    const KvMeasure::WheelSection wheel = KvMeasure::wheelSection(profile);
-    requireReasons(KvMeasure::gaugeValues(wheel).values);
-    requireReasons(KvMeasure::wheelWear(wheel, nominal).values);
+    if (kind % 2 == 0) {
+        const KvMeasure::WheelSection wheel = KvMeasure::wheelSection(profile);
+        requireReasons(KvMeasure::gaugeValues(wheel).values);
+        requireReasons(KvMeasure::wheelWear(wheel, nominal).values);
+        return;
+    }
     const KvMeasure::RailSection rail = KvMeasure::railSection(profile);
     requireReasons(KvMeasure::railValues(rail, rail.isRail() ? &rail : nullptr).values);
 }
@@ -34,7 +37,8 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (input.byte() > 240)
         options.units.append(*KvMeasure::findLengthUnit("um"));
     try {
-        measure(KvMeasure::readGaugeProfile(in.with(input.rest()), options));
+        const int kind = input.byte();
+        measure(KvMeasure::readGaugeProfile(in.with(input.rest()), options), kind);
     } catch (const KvMeasure::Error& error) {
         Fuzz::require(!error.text().isEmpty(), "a refusal says why");
     }
