@@ -9,7 +9,7 @@
 
 namespace KvMeasure::Internal {
 
-constexpr std::size_t kFirstLags = 4;
+constexpr std::size_t kFirstLags = 4;    // white noise needs no more
 constexpr std::size_t kLagsAtOnce = 12;  // as many sums as there are registers
 
 /// Sums of products at some lags from one on, of residuals with zeros behind them. An addition waits for the
@@ -71,30 +71,6 @@ void addProducts(const double* residuals, std::size_t n, std::size_t lag, double
         addProductsForAvx2<kCount>(residuals, n, lag, to);
     else
         addProductsAnyhow<kCount>(residuals, n, lag, to);
-}
-
-/// The first lags and those behind them in one go.
-KVMEASURE_INLINE_KERNEL void addFirstProductsAnyhow(const double* residuals, std::size_t n, double* to) {
-    LagSums<kFirstLags> first(residuals, n, 0);
-    LagSums<kLagsAtOnce> behind(residuals, n, kFirstLags);
-    std::size_t i = 0;
-    for (; i < behind.common(); i += 2) {
-        first.addPair(i);
-        behind.addPair(i);
-    }
-    for (; i < first.common(); i += 2)
-        first.addPair(i);
-    first.finish(to);
-    behind.finish(to + kFirstLags);
-}
-KVMEASURE_FOR_AVX2 inline void addFirstProductsForAvx2(const double* residuals, std::size_t n, double* to) {
-    addFirstProductsAnyhow(residuals, n, to);
-}
-inline void addFirstProducts(const double* residuals, std::size_t n, double* to) {
-    if (hasAvx2())
-        addFirstProductsForAvx2(residuals, n, to);
-    else
-        addFirstProductsAnyhow(residuals, n, to);
 }
 
 /// The sum at one lag.

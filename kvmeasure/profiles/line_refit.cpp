@@ -4,6 +4,8 @@
 
 #include <kvmeasure/profiles/line_refit.h>
 
+#include <kvmeasure/profiles/line_sums_p.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -11,6 +13,7 @@
 
 namespace KvMeasure {
 
+using namespace Internal;
 using KvMath::LinePP;
 
 namespace {
@@ -48,74 +51,8 @@ Vector fittedDirection(double sxx, double sxy, double syy, const Vector& rough, 
     return {sign * along.x / size, sign * along.y / size};
 }
 
-/// Two sums side by side: each lane rounds as a plain double does.
-using DoublePair = double __attribute__((vector_size(16)));
-
-/// Sums over points relative to a place near their middle.
-class Sums {
-public:
-    explicit Sums(const Vector& origin) : origin_(origin) {}
-
-    void add(const Vector* first, const Vector* last) {
-        // The points of even and those of odd places side by side: one addition waits for another half as
-        // often.
-        const DoublePair originX{origin_.x, origin_.x};
-        const DoublePair originY{origin_.y, origin_.y};
-        DoublePair x{0, 0}, y{0, 0}, xx{0, 0}, yy{0, 0}, xy{0, 0};
-        const Vector* p = first;
-        for (; last - p >= 2; p += 2) {
-            const DoublePair dx = DoublePair{p[0].x, p[1].x} - originX;
-            const DoublePair dy = DoublePair{p[0].y, p[1].y} - originY;
-            x += dx;
-            y += dy;
-            xx += dx * dx;
-            yy += dy * dy;
-            xy += dx * dy;
-        }
-        x_ += x[0];
-        x_ += x[1];
-        y_ += y[0];
-        y_ += y[1];
-        xx_ += xx[0];
-        xx_ += xx[1];
-        yy_ += yy[0];
-        yy_ += yy[1];
-        xy_ += xy[0];
-        xy_ += xy[1];
-        if (p != last)
-            change(*p, 1);
-        count_ += int(last - first);
-    }
-    void take(const Vector* first, const Vector* last) {
-        for (const Vector* p = first; p != last; ++p)
-            change(*p, -1);
-        count_ -= int(last - first);
-    }
-
-    int count() const { return count_; }
-    Vector mean() const { return {origin_.x + x_ / count_, origin_.y + y_ / count_}; }
-    double squaresX() const { return xx_ - x_ * x_ / count_; }
-    double squaresY() const { return yy_ - y_ * y_ / count_; }
-    double product() const { return xy_ - x_ * y_ / count_; }
-
-private:
-    void change(const Vector& p, double sign) {
-        const double dx = p.x - origin_.x;
-        const double dy = p.y - origin_.y;
-        x_ += sign * dx;
-        y_ += sign * dy;
-        xx_ += sign * (dx * dx);
-        yy_ += sign * (dy * dy);
-        xy_ += sign * (dx * dy);
-    }
-
-    Vector origin_;
-    double x_ = 0, y_ = 0, xx_ = 0, yy_ = 0, xy_ = 0;
-    int count_ = 0;
-};
-
 /// The line of the sums; `rough` where they have none.
-FittedLine lineOf(const Sums& sums, const FittedLine& rough) {
+FittedLine lineOf(const LineSums& sums, const FittedLine& rough) {
     constexpr double kSteepest = 1.7320508075688772;  // 60 degrees
     FittedLine fit;
     fit.at = sums.mean();
@@ -219,7 +156,7 @@ public:
 private:
     FittedPiece fitOf(std::size_t i) const {
         const FittedLine& line = lines_[i];
-        const Sums& sums = sums_[i];
+        const LineSums& sums = sums_[i];
         FittedPiece fit;
         fit.centre = line.at;
         fit.along = line.along;
@@ -246,7 +183,7 @@ private:
     /// Fits a piece to its points from `first` to before `end`, both near where they were.
     void refit(std::size_t i, int first, int end) {
         const Piece& piece = found_.pieces[i];
-        Sums& sums = sums_[i];
+        LineSums& sums = sums_[i];
         const auto move = [&](int from, int to) {  // points that join, or leave where `to` is before
             if (from < to)
                 sums.add(point(piece, from), point(piece, to));
@@ -365,7 +302,7 @@ private:
 
     const ProfilePieces& found_;
     std::vector<FittedLine> rough_, lines_;    ///< along the pieces; fitted
-    std::vector<Sums> sums_;                   ///< over the points of each piece
+    std::vector<LineSums> sums_;               ///< over the points of each piece
     std::vector<std::pair<int, int>> ranges_;  ///< of these points: the first, and the one behind the last
     std::vector<std::array<EndSupport, 2>> support_;
     std::vector<double> lengths_;  ///< mm, of the pieces

@@ -60,7 +60,8 @@ void takePoints(const float* coordinates, int count, KvMath::KvProfile& profile)
     if (there > count)
         points.erase(points.begin() + count, points.end());
     const auto to = points.begin();
-    for (int i = 0; i < std::min(there, count); ++i) {  // by index, so that several are copied at a time
+    const int kept = std::min(there, count);
+    for (int i = 0; i < kept; ++i) {  // by index, so that several are copied at a time
         to[i].x = coordinates[2 * i];
         to[i].y = coordinates[2 * i + 1];
     }

@@ -113,16 +113,9 @@ private:
         if (lag >= longest_)
             return false;
         if (lag >= static_cast<int>(products_.size()))
-            extend(nextEnd());
+            extend(std::min(
+                longest_, static_cast<int>(products_.empty() ? kFirstLags : products_.size() + kLagsAtOnce)));
         return true;
-    }
-
-    /// White noise needs no more lags than the first, but the next ones come with them for nothing.
-    int nextEnd() const {
-        constexpr auto kBoth = static_cast<int>(kFirstLags + kLagsAtOnce);
-        if (products_.empty())
-            return longest_ >= kBoth ? kBoth : std::min(longest_, static_cast<int>(kFirstLags));
-        return std::min(longest_, static_cast<int>(products_.size() + kLagsAtOnce));
     }
 
     void extend(int end) {
@@ -145,15 +138,11 @@ private:
         }
     }
 
-    using Products = std::array<double, kFirstLags + kLagsAtOnce>;
+    using Products = std::array<double, kLagsAtOnce>;
 
     /// Sums of products at a lag and the ones behind it. 0 beyond the length.
     static Products productsOf(const double* residuals, std::size_t n, std::size_t lag, std::size_t count) {
         Products sums{};
-        if (count == sums.size()) {
-            addFirstProducts(residuals, n, sums.data());
-            return sums;
-        }
         std::size_t done = 0;
         for (; count - done >= kLagsAtOnce; done += kLagsAtOnce)
             addProducts<kLagsAtOnce>(residuals, n, lag + done, sums.data() + done);
