@@ -1,7 +1,7 @@
 #pragma once
 // Two doubles that are worked on at once, and four where there is AVX2. Each lane rounds as a plain double
-// does. A kernel of four is compiled twice, for any processor and for AVX2; its lanes are different results,
-// never parts of one sum, and both give the same bits:
+// does. A kernel of four is compiled twice, for any processor and for AVX2; which value goes into which lane
+// is the same in both, and so are the bits:
 //
 //     KVMEASURE_INLINE_KERNEL void kernel(...) { ... }
 //     KVMEASURE_FOR_AVX2 void kernelForAvx2(...) { kernel(...); }
