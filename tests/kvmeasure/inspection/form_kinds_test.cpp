@@ -8,6 +8,8 @@
 
 #include <gmock/gmock.h>
 
+#include <map>
+
 namespace {
 
 using namespace TestSupport;
@@ -152,6 +154,48 @@ TEST(TurnedBox, HasAnEdgeOfTheHullAndHoldsAllPoints) {
         EXPECT_LT(length(box.along, c.along), 1e-12);
     }
     EXPECT_FALSE(turnedBox({}).isFound);
+}
+
+TEST(Kinds, GiveWhatADrawingSays) {
+    const auto along = [](double from, double to, double (*height)(double x)) {
+        Points points;
+        for (double x = from; x <= to; x += 0.125)
+            points.emplace_back(x, height(x));
+        return points;
+    };
+    const Points arc = along(-4, 4, [](double x) { return std::sqrt(25 - x * x) - 3; });
+    const Points roof = along(-6, 6, [](double x) { return std::max(0.0, std::min((x + 4) / 2, 5 - x)); });
+    const Points stairs = along(-6, 6.375, [](double x) { return (x + 6) * 8 + 1; });  // 1, 2 to 100
+    struct Case {
+        const char* words;
+        const Points& points;
+        std::map<std::string, double> values;
+    };
+    const Case cases[] = {
+        {"arc in M",
+         arc,
+         {{"radius", 5},
+          {"x", 0},
+          {"z", -3},
+          {"angle", 2 * std::asin(0.8) * 180 / 3.141592653589793},
+          {"deviation", 0}}},
+        {"area in M above 0", roof, {{"", 13.5}, {"x", 1}, {"z", 1}}},
+        {"area in M above 1", roof, {{"", 6}, {"x", 4.0 / 3}, {"z", 5.0 / 3}}},
+        {"percentile 0 in M", stairs, {{"", 1}}},
+        {"percentile 100 in M", stairs, {{"", 100}}},
+        {"mean in M", stairs, {{"", 50.5}}},
+        {"median in M", stairs, {{"", 50.5}}},
+        {"bridge in M skip 10 window 50", stairs, {{"", 70.5}, {"deviation", std::sqrt(40 * 41 / 12.0)}}},
+        {"box in M", roof, {{"x", 0}, {"z", 1.5}, {"height", 3}, {"angle", 0}}},
+    };
+    for (const Case& c : cases) {
+        const auto found = measure(c.words, c.points, {}, regions());
+        for (const auto& [name, value] : c.values) {
+            const Value got = found[QString::fromStdString(name)];
+            EXPECT_TRUE(got.isValid) << c.words << ' ' << name << ' ' << got.reason.toStdString();
+            EXPECT_NEAR(got.value, value, 1e-5) << c.words << ' ' << name;
+        }
+    }
 }
 
 }  // namespace
