@@ -94,7 +94,15 @@ QString Tool::set(const char* key, const QString& value) {
 }
 
 QString Tool::valueName(const ToolValue& value) const {
-    return *value.ending == '\0' ? name : name + '.' + value.ending;
+    if (*value.ending == '\0')
+        return name;
+    const QLatin1String ending(value.ending);
+    QString full;
+    full.reserve(static_cast<int>(name.size() + ending.size()) + 1);
+    full += name;
+    full += QLatin1Char('.');
+    full += ending;
+    return full;
 }
 
 QStringList Tool::regions() const {

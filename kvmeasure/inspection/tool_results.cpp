@@ -20,7 +20,7 @@ ToolResults::ToolResults(const Tool& tool, const QMap<QString, Tolerance>& toler
     for (const ToolValue& given : tool.kind->values) {
         Value value;
         value.name = tool.valueName(given);
-        value.unit = given.unit;
+        value.unit = QLatin1String(given.unit);
         const auto tolerance = tolerances.constFind(value.name);
         value.hasTolerance = tolerance != tolerances.constEnd();
         if (value.hasTolerance)

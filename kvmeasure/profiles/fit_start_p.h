@@ -16,6 +16,28 @@ double medianOf(std::vector<double>& values);
 /// them. Some passes over them, whatever their order. A rank that there is, all finite.
 double ofRank(std::vector<double>& values, std::size_t rank);
 
+/// The places i * all / count for i = 0, 1, 2 ...: `count` of `all` elements, evenly chosen. `count` > 0.
+class EvenPlaces {
+public:
+    EvenPlaces(std::size_t all, std::size_t count) : count_(count), step_(all / count), rest_(all % count) {}
+
+    std::size_t next() {
+        const std::size_t at = at_;
+        at_ += step_;
+        over_ += rest_;
+        if (over_ >= count_) {
+            over_ -= count_;
+            ++at_;
+        }
+        return at;
+    }
+
+private:
+    std::size_t count_, step_, rest_;
+    std::size_t at_ = 0;
+    std::size_t over_ = 0;  ///< in parts of `count`
+};
+
 /// Points that a start and the deviation about it are taken from, 15 runs of 16. The median of so many
 /// distances is known to a thirteenth: a cut at 3.5 standard deviations lies between 3.2 and 3.8, where there
 /// are few points of the line; the fits take back what a low cut left out.

@@ -4,6 +4,7 @@
 
 #include <kvmeasure/profiles/profile_noise.h>
 
+#include <kvmeasure/base/double_quad_p.h>
 #include <kvmeasure/profiles/line_pieces.h>
 #include <kvmeasure/profiles/robust_line.h>
 #include <kvmeasure/profiles/search_estimate.h>
@@ -13,6 +14,8 @@
 #include <utility>
 
 namespace KvMeasure {
+
+using namespace Internal;
 
 namespace {
 
@@ -50,51 +53,73 @@ NoiseModel noiseOfPieces(const std::vector<Vector>& given) {
     return noise.model();
 }
 
+constexpr std::size_t kLength = 60;  // of a run, points
+constexpr std::size_t kBlocks = kLength / kFour;
+static_assert(kBlocks * kFour == kLength);
+
 /// Residuals of the heights of a run from the parabola of least squares, by polynomials that are orthogonal
 /// on its places.
-std::vector<double> fromParabola(const std::vector<Vector>& points, std::size_t from, std::size_t count) {
-    std::vector<double> residuals(count);
-    std::vector<double> places(count);
-    double centre = 0;
-    for (std::size_t i = 0; i < count; ++i) {
-        residuals[i] = points[from + i].y - points[from].y;
-        places[i] = points[from + i].x - points[from].x;
-        centre += places[i] / double(count);
+KVMEASURE_INLINE_KERNEL void takeFromParabola(const Vector* points, double* residuals) {
+    constexpr DoubleQuad kNone{0, 0, 0, 0};
+    const double n = double(kLength);
+    DoubleQuad x[kBlocks];
+    DoubleQuad y[kBlocks];
+    DoubleQuad ofX = kNone, ofY = kNone;
+    for (std::size_t i = 0; i < kBlocks; ++i) {
+        takeFour(points + i * kFour, x[i], y[i]);
+        x[i] -= points[0].x;
+        y[i] -= points[0].y;
+        ofX += x[i];
+        ofY += y[i];
     }
-    std::vector<double> square(count);
-    const auto take = [&](const std::vector<double>& polynomial) {
-        double product = 0;
-        double size = 0;
-        for (std::size_t i = 0; i < count; ++i) {
-            product += residuals[i] * polynomial[i];
-            size += polynomial[i] * polynomial[i];
-        }
-        for (std::size_t i = 0; size > 0 && i < count; ++i)
-            residuals[i] -= product / size * polynomial[i];
-    };
-    double squares = 0;
-    double cubes = 0;
-    for (double& place : places) {
-        place -= centre;
-        squares += place * place;
-        cubes += place * place * place;
+    const double centre = sumOf(ofX) / n;
+    const double mean = sumOf(ofY) / n;
+    DoubleQuad ofSquares = kNone, ofCubes = kNone, ofProducts = kNone;
+    for (std::size_t i = 0; i < kBlocks; ++i) {
+        x[i] -= centre;
+        y[i] -= mean;
+        ofSquares += x[i] * x[i];
+        ofCubes += x[i] * x[i] * x[i];
+        ofProducts += x[i] * y[i];
     }
-    for (std::size_t i = 0; squares > 0 && i < count; ++i)
-        square[i] = places[i] * places[i] - squares / double(count) - cubes / squares * places[i];
-    take(std::vector<double>(count, 1.0));
-    take(places);
-    take(square);
+    const double squares = sumOf(ofSquares);
+    const double slope = squares > 0 ? sumOf(ofProducts) / squares : 0;
+    const double skew = squares > 0 ? sumOf(ofCubes) / squares : 0;
+    DoubleQuad ofBends = kNone, ofBent = kNone;
+    for (std::size_t i = 0; i < kBlocks; ++i) {
+        y[i] -= slope * x[i];
+        x[i] = x[i] * x[i] - squares / n - skew * x[i];
+        ofBends += x[i] * x[i];
+        ofBent += x[i] * y[i];
+    }
+    const double bends = sumOf(ofBends);
+    const double bend = bends > 0 ? sumOf(ofBent) / bends : 0;
+    for (std::size_t i = 0; i < kBlocks; ++i) {
+        const DoubleQuad residual = y[i] - bend * x[i];
+        std::memcpy(residuals + i * kFour, &residual, sizeof(residual));
+    }
+}
+
+KVMEASURE_FOR_AVX2 void takeFromParabolaForAvx2(const Vector* points, double* residuals) {
+    takeFromParabola(points, residuals);
+}
+
+std::vector<double> fromParabola(const Vector* points) {
+    std::vector<double> residuals(kLength);
+    if (hasAvx2())
+        takeFromParabolaForAvx2(points, residuals.data());
+    else
+        takeFromParabola(points, residuals.data());
     return residuals;
 }
 
 /// Of runs of points, of which the half that scatters least counts, and others that scatter as little.
 NoiseModel noiseOfRuns(const std::vector<Vector>& points) {
-    constexpr std::size_t kLength = 60;
     constexpr int kParameters = 3;
     std::vector<std::vector<double>> runs;
     std::vector<double> deviations;
     for (std::size_t from = 0; from + kLength <= points.size(); from += kLength) {
-        runs.push_back(fromParabola(points, from, kLength));
+        runs.push_back(fromParabola(points.data() + from));
         double squares = 0;
         for (const double residual : runs.back())
             squares += residual * residual;

@@ -1,16 +1,12 @@
 // area: object above a base, or clearance below it.
-//
-// Between two points the height d over the base is linear in the place t = x - x0, so that
-//   A = dt (d0 + d1) / 2,  int t dA = t0 A + dt^2 (d0 + 2 d1) / 6,  int d/2 dA = dt (d0^2 + d0 d1 + d1^2)
-//   / 6.
 
 #include <kvmeasure/inspection/kinds/area.h>
 
 #include <kvmeasure/base/filled_in.h>
+#include <kvmeasure/inspection/kinds/area_sums_p.h>
 #include <kvmeasure/inspection/kinds/contour.h>
 #include <kvmeasure/inspection/kinds/fitted_value_p.h>
 #include <kvmeasure/inspection/kinds/tools_p.h>
-#include <kvmeasure/inspection/kinds/wall.h>
 #include <kvmeasure/inspection/tool_input.h>
 #include <kvmeasure/profiles/profile_noise.h>
 
@@ -19,123 +15,14 @@
 
 namespace KvMeasure {
 
+using namespace Internal;
+
 namespace {
-
-/// Sums up trapezoids.
-class AreaSum {
-public:
-    /// From (t0, d0) to (t1, d1); what lies below 0 does not count. `wall` of the rise is upright, half way.
-    void add(double t0, double d0, double t1, double d1, double wall) {
-        if (!(d0 > 0) && !(d1 > 0))
-            return;
-        const double dt = t1 - t0;
-        if (d0 < 0)
-            return addPositive(t1 - dt * (d1 / (d1 - d0)), 0, t1, d1, wall);
-        if (d1 < 0)
-            return addPositive(t0, d0, t0 + dt * (d0 / (d0 - d1)), 0, wall);
-        addPositive(t0, d0, t1, d1, wall);
-    }
-    AreaResult result(double sign) const;
-
-private:
-    void addPositive(double t0, double d0, double t1, double d1, double wall);
-
-    double area_ = 0, momentT_ = 0, momentD_ = 0, length_ = 0, momentOfLength_ = 0, squareOfLength_ = 0;
-};
-
-void AreaSum::addPositive(double t0, double d0, double t1, double d1, double wall) {
-    constexpr double kSixth = 1.0 / 6;
-    const double dt = t1 - t0;
-    const double area = dt * (d0 + d1) / 2;
-    area_ += area;
-    momentT_ += t0 * area + dt * dt * (d0 + 2 * d1) * kSixth;
-    const double rise = d1 - d0;
-    momentD_ += dt * ((d0 * d0 + d0 * d1 + d1 * d1) + wall * rise * rise / 2) * kSixth;
-    length_ += dt;
-    momentOfLength_ += dt * (t0 + t1) / 2;
-    squareOfLength_ += dt * (t0 * t0 + t0 * t1 + t1 * t1) / 3;
-}
-
-AreaResult AreaSum::result(double sign) const {
-    AreaResult result;
-    result.area = sign * area_;
-    if (area_ != 0)
-        result.centroid = Vector(momentT_ / area_, momentD_ / area_);
-    else
-        result.centroid = Vector(std::nan(""), std::nan(""));
-    result.length = sign * length_;
-    result.moment = sign * momentOfLength_;
-    result.secondMoment = sign * squareOfLength_;
-    return result;
-}
 
 AreaResult refusedArea(const QString& reason) {
     AreaResult none;
     none.reason = reason;
     return none;
-}
-
-/// What points and walls do to the centroid and to the area, in a second pass: the centroid is known then.
-/// Places are from the centre of the base, heights over it; `walls` are the shares of wallShare() where it
-/// counts; `x` and `d` are the centroid there.
-void addSpread(const std::vector<double>& places, const std::vector<double>& heights,
-               const std::vector<double>& walls, const PointSpacing& spacing, double widest,
-               AreaResult& result) {
-    const double x = result.centroid.x;
-    const double d = result.centroid.y;
-    constexpr double kTwelfth = 1.0 / 12;
-    for (std::size_t i = 0; i < places.size(); ++i) {
-        double share = 0;
-        for (const std::size_t behind : {i, i + 1}) {
-            if (heights[i] > 0 && behind > 0 && behind < places.size()) {
-                const double step = std::fabs(places[behind] - places[behind - 1]);
-                share += step <= widest ? step / 2 : 0;
-            }
-        }
-        result.squaredShares += share * share;
-        result.squaredSharesX += std::pow(share * (places[i] - x), 2);
-        result.squaredSharesZ += std::pow(share * (heights[i] - d), 2);
-        if (i == 0 || std::fabs(places[i] - places[i - 1]) > widest)
-            continue;
-        const double low = std::max(std::min(heights[i], heights[i - 1]), 0.0);
-        const double high = std::max(std::max(heights[i], heights[i - 1]), 0.0);
-        const double rise = (high - low) * walls[i];
-        const double square = std::pow((places[i] - places[i - 1]) * rise, 2) * kTwelfth;
-        result.walls += square;
-        result.wallsX += square * std::pow((places[i] + places[i - 1]) / 2 - x, 2);
-        result.wallsZ += square * std::pow((low + high) / 2 - d, 2);
-    }
-    // Where it begins and ends in height points may be missing.
-    const double ofPitch = spacing.medianStep / Internal::kRootOf12;
-    const double ofEnd = spacing.deviationOfEnd;
-    const double missing = std::max(ofEnd * ofEnd - ofPitch * ofPitch, 0.0);
-    for (const std::size_t i : {std::size_t{0}, places.size() - 1}) {
-        const double high = std::max(heights[i], 0.0);
-        result.walls += missing * high * high;
-        result.wallsX += missing * std::pow(high * (places[i] - x), 2);
-        result.wallsZ += missing * std::pow(high * (high / 2 - d), 2);
-    }
-}
-
-/// The shares of wallShare() of the rises that count: over the base at one end at least.
-std::vector<double> wallsOf(const std::vector<Vector>& points, const std::vector<double>& heights) {
-    // Steps and slopes of the rises, 0 before the first and behind the last one.
-    std::vector<double> steps(points.size() + 1);
-    std::vector<double> slopes(points.size() + 1);
-    for (std::size_t i = 1; i < points.size(); ++i) {
-        steps[i] = std::fabs(points[i].x - points[i - 1].x);
-        slopes[i] = std::fabs(points[i].y - points[i - 1].y) / steps[i];
-    }
-    std::vector<double> walls(points.size());
-    for (std::size_t i = 1; i < points.size(); ++i) {
-        // Not steeper and not wider than beside it: no wall, and wallShare() need not be asked.
-        const bool isAlike = slopes[i] <= std::max(slopes[i - 1], slopes[i + 1]) &&
-                             steps[i] <= std::max(steps[i - 1], steps[i + 1]) &&
-                             std::isfinite(slopes[i - 1] + slopes[i] + slopes[i + 1]);
-        const bool counts = heights[i - 1] > 0 || heights[i] > 0;
-        walls[i] = counts && !isAlike ? wallShare(points, i) : 0;
-    }
-    return walls;
 }
 
 }  // namespace
@@ -149,38 +36,31 @@ AreaResult measureArea(const std::vector<Vector>& points, const LineFit& base, c
     if (base.along.x == 0)
         return refusedArea("the base is upright");
     const double slope = base.along.y / base.along.x;
-    std::vector<double> places;   // from the centre of the base
-    std::vector<double> heights;  // over the base, on the wanted side
-    places.reserve(points.size());
-    heights.reserve(points.size());
-    for (const Vector& point : points) {
-        places.push_back(point.x - base.centre.x);
-        heights.push_back(side * (point.y - base.centre.y - slope * places.back()));
-    }
-    const double along = places.back() - places.front();
-    if (along == 0)
+    const AreaColumns columns(points, base, side);
+    if (columns.along() == 0)
         return refusedArea("the points begin and end at one x");
+    const double sign = columns.along() > 0 ? 1 : -1;
     const PointSpacing spacing = spacingOf(points);
     const double widest = std::isnan(settings.widestGap) ? spacing.widestStep : settings.widestGap;
-    const std::vector<double> walls = wallsOf(points, heights);
-    AreaSum sum;
-    int gaps = 0;
-    double leftOut = 0;
-    for (std::size_t i = 1; i < points.size(); ++i) {
-        const double step = std::fabs(places[i] - places[i - 1]);
-        if (step > widest) {
-            ++gaps;
-            leftOut += step;
-            continue;
-        }
-        sum.add(places[i - 1], heights[i - 1], places[i], heights[i], walls[i]);
-    }
-    AreaResult result = sum.result(along > 0 ? 1 : -1);
-    addSpread(places, heights, walls, spacing, widest, result);
-    result.centroid = Vector(base.centre.x + result.centroid.x,
-                             base.centre.y + slope * result.centroid.x + side * result.centroid.y);
-    result.gaps = gaps;
-    result.leftOut = leftOut;
+    const AreaIntegrals sum = columns.integrals(widest);
+    const Vector centroid(sum.momentT / sum.area,
+                          sum.momentD / sum.area);  // not finite where there is no area
+    const AreaSpread spread = columns.spread(spacing, widest, centroid);
+    AreaResult result;
+    result.area = sign * sum.area;
+    result.centroid =
+        Vector(base.centre.x + centroid.x, base.centre.y + slope * centroid.x + side * centroid.y);
+    result.gaps = sum.gaps;
+    result.leftOut = sum.leftOut;
+    result.length = sign * sum.length;
+    result.moment = sign * sum.momentOfLength;
+    result.secondMoment = sign * sum.squareOfLength;
+    result.squaredShares = spread.shares;
+    result.squaredSharesX = spread.sharesX;
+    result.squaredSharesZ = spread.sharesZ;
+    result.walls = spread.walls;
+    result.wallsX = spread.wallsX;
+    result.wallsZ = spread.wallsZ;
     return result;
 }
 

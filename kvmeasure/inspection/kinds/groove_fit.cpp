@@ -130,28 +130,27 @@ void Groove::findRim(Side& side, int step) const {
 
 /// Fits what the bottom rests on.
 void Groove::findBottom(GrooveBottom wanted) {
-    double most = 0;
-    double deep = 0;
-    double whole = 0;
+    double most = 0, deep = 0, whole = 0;
     const DepthBelow depthOf(left_.rim, right_.rim);
-    for (std::size_t i = left_.last + 1; i < right_.last; ++i) {
-        const double depth = depthOf(points_[i]);
-        if (depth > most) {
-            most = depth;
-            lowest_ = points_[i];
+    std::vector<double> depths;  // from the last point of the left land to the first of the right one
+    for (std::size_t i = left_.last; i <= right_.last; ++i)
+        depths.push_back(depthOf(points_[i]));
+    for (std::size_t i = 1; i + 1 < depths.size(); ++i) {
+        if (depths[i] > most) {
+            most = depths[i];
+            lowest_ = points_[left_.last + i];
         }
     }
     constexpr double kDeepShare = 0.8;
     const double five = depthOfFive(points_, left_.last + 1, right_.last, left_.rim, right_.rim);
     const double typical = five > 0 ? five : most;
-    for (std::size_t i = left_.last; i < right_.last; ++i) {
-        const double along = std::fabs(points_[i + 1].x - points_[i].x);
+    for (std::size_t i = 0; i + 1 < depths.size(); ++i) {
+        const double along = std::fabs(points_[left_.last + i + 1].x - points_[left_.last + i].x);
         whole += along;
-        if (depthOf(points_[i]) > kDeepShare * typical && depthOf(points_[i + 1]) > kDeepShare * typical)
-            deep += along;
+        deep += std::min(depths[i], depths[i + 1]) > kDeepShare * typical ? along : 0;
     }
     std::size_t deepest = left_.last;
-    while (deepest < right_.last && depthOf(points_[deepest]) < most)
+    while (deepest < right_.last && depths[deepest - left_.last] < most)
         ++deepest;
     constexpr double kWide = 1.5, kFlatShare = 0.45, kVShare = 1.0 / 3;
     const auto step = [&](std::size_t i) { return std::fabs(points_[i].x - points_[i - 1].x); };
@@ -307,8 +306,9 @@ void Groove::area(GrooveResult& result) const {
     std::vector<std::pair<double, double>> outline;  // place along the lid and depth
     outline.reserve(points_.size() + 2);
     for (std::size_t i = left_.last + 1; i < right_.last; ++i) {
-        if (place(points_[i]) > 0 && place(points_[i]) < result.width.value)
-            outline.emplace_back(place(points_[i]), depthOf(points_[i]));
+        const double at = place(points_[i]);
+        if (at > 0 && at < result.width.value)
+            outline.emplace_back(at, depthOf(points_[i]));
     }
     if (outline.empty())
         return;

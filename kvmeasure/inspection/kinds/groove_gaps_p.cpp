@@ -4,6 +4,7 @@
 // its line reaches, on a thinned set until the last round.
 #include <kvmeasure/inspection/kinds/groove_gaps_p.h>
 
+#include <kvmeasure/base/double_quad_p.h>
 #include <kvmeasure/profiles/fit_start_p.h>
 
 #include <algorithm>
@@ -16,12 +17,10 @@ namespace KvMeasure::Internal {
 double below(const Vector& p, const Vector& from, const Vector& to) { return DepthBelow(from, to)(p); }
 
 std::vector<Vector> inScanOrder(const std::vector<Vector>& points) {
-    std::vector<Vector> result;
-    result.reserve(points.size());
-    for (const Vector& p : points) {
-        if (std::isfinite(p.x) && std::isfinite(p.y))
-            result.push_back(p);
-    }
+    std::vector<Vector> result(points);
+    result.erase(std::remove_if(result.begin(), result.end(),
+                                [](const Vector& p) { return !std::isfinite(p.x) || !std::isfinite(p.y); }),
+                 result.end());
     if (!result.empty() && result.back().x < result.front().x)
         std::reverse(result.begin(), result.end());
     return result;
@@ -47,8 +46,9 @@ double roughness(const std::vector<Vector>& points) {
         const std::size_t count = points.size() - 2 * lag;
         const std::size_t pairs = std::min(count, kMostSampled);
         bends.clear();
+        EvenPlaces places(count, pairs);
         for (std::size_t k = 0; k < pairs; ++k) {
-            const std::size_t i = k * count / pairs;
+            const std::size_t i = places.next();
             bends.push_back(std::fabs(points[i].y - 2 * points[i + lag].y + points[i + 2 * lag].y));
         }
         greatest = std::max(greatest, medianOf(bends) / kOfMedian);
@@ -56,18 +56,93 @@ double roughness(const std::vector<Vector>& points) {
     return greatest;
 }
 
+/// Adds points, whose x do not fall, to an upper hull.
+void addToHull(const std::vector<Vector>& points, std::size_t i, std::vector<std::size_t>& hull) {
+    while (hull.size() > 1 && !isAbove(points[hull.back()], points[hull[hull.size() - 2]], points[i]))
+        hull.pop_back();
+    hull.push_back(i);
+}
+
+/// The number of the highest of some points, of equals the first.
+KVMEASURE_INLINE_KERNEL std::size_t highestOf(const Vector* points, std::size_t count) {
+    double highest = points[0].y;
+    std::size_t i = 0;
+    if (count >= kFour) {
+        DoubleQuad x;
+        DoubleQuad highestOfFour;
+        takeFour(points, x, highestOfFour);
+        for (i = kFour; i + kFour <= count; i += kFour) {
+            DoubleQuad y;
+            takeFour(points + i, x, y);
+            highestOfFour = y > highestOfFour ? y : highestOfFour;
+        }
+        for (std::size_t k = 0; k < kFour; ++k)
+            highest = std::max(highest, highestOfFour[k]);
+    }
+    for (; i < count; ++i)
+        highest = std::max(highest, points[i].y);
+    std::size_t at = 0;
+    while (points[at].y != highest)
+        ++at;
+    return at;
+}
+
+/// The corners among the first and the last point and the highest of each run of 32 points.
+KVMEASURE_INLINE_KERNEL void takeRoughHull(const std::vector<Vector>& points,
+                                           std::vector<std::size_t>& hull) {
+    constexpr std::size_t kRun = 32;
+    hull.push_back(0);
+    for (std::size_t from = 1; from + 1 < points.size(); from += kRun) {
+        const std::size_t count = std::min(kRun, points.size() - 1 - from);
+        addToHull(points, from + highestOf(points.data() + from, count), hull);
+    }
+    addToHull(points, points.size() - 1, hull);
+}
+
+/// Of points whose x do not fall. Corners lie on the rough hull or above it.
+KVMEASURE_INLINE_KERNEL void takeHull(const std::vector<Vector>& points, std::vector<std::size_t>& hull) {
+    std::vector<std::size_t> rough;
+    takeRoughHull(points, rough);
+    hull.push_back(0);
+    for (std::size_t k = 0; k + 1 < rough.size(); ++k) {
+        const Vector from = points[rough[k]];
+        const Vector to = points[rough[k + 1]];
+        const Vector way(to.x - from.x, to.y - from.y);
+        const auto take = [&](std::size_t i) {
+            if (way.y * (points[i].x - from.x) <= way.x * (points[i].y - from.y))
+                addToHull(points, i, hull);
+        };
+        std::size_t i = rough[k] + 1;
+        for (; i + kFour <= rough[k + 1]; i += kFour) {
+            DoubleQuad x;
+            DoubleQuad y;
+            takeFour(points.data() + i, x, y);
+            const DoubleQuadMask isOver = way.y * (x - from.x) <= way.x * (y - from.y);
+            if ((isOver[0] | isOver[1] | isOver[2] | isOver[3]) == 0)
+                continue;
+            for (std::size_t lane = 0; lane < kFour; ++lane)
+                take(i + lane);
+        }
+        for (; i < rough[k + 1]; ++i)
+            take(i);
+        addToHull(points, rough[k + 1], hull);
+    }
+}
+
+KVMEASURE_FOR_AVX2 void takeHullForAvx2(const std::vector<Vector>& points, std::vector<std::size_t>& hull) {
+    takeHull(points, hull);
+}
+
 /// The numbers of the corners of the upper convex hull from left to right.
 std::vector<std::size_t> upperHull(const std::vector<Vector>& points) {
     std::vector<std::size_t> hull;
-    const auto add = [&](std::size_t i) {
-        while (hull.size() > 1 && !isAbove(points[hull.back()], points[hull[hull.size() - 2]], points[i]))
-            hull.pop_back();
-        hull.push_back(i);
-    };
-    if (std::is_sorted(points.begin(), points.end(),
-                       [](const Vector& a, const Vector& b) { return a.x < b.x; })) {
-        for (std::size_t i = 0; i < points.size(); ++i)
-            add(i);
+    const bool isInOrder = std::is_sorted(points.begin(), points.end(),
+                                          [](const Vector& a, const Vector& b) { return a.x < b.x; });
+    if (isInOrder && points.size() > 1) {
+        if (hasAvx2())
+            takeHullForAvx2(points, hull);
+        else
+            takeHull(points, hull);
         return hull;
     }
     std::vector<std::size_t> order(points.size());
@@ -75,8 +150,48 @@ std::vector<std::size_t> upperHull(const std::vector<Vector>& points) {
     std::stable_sort(order.begin(), order.end(),
                      [&](std::size_t a, std::size_t b) { return points[a].x < points[b].x; });
     for (const std::size_t i : order)
-        add(i);
+        addToHull(points, i, hull);
     return hull;
+}
+
+/// The greatest depth of points from one number to before another; `least` where all lie less deep.
+KVMEASURE_INLINE_KERNEL double greatestDepth(const Vector* points, std::size_t count,
+                                             const DepthBelow& depthOf, double least) {
+    double most = least;
+    DoubleQuad mostOf{least, least, least, least};
+    std::size_t i = 0;
+    for (; i + kFour <= count; i += kFour) {
+        DoubleQuad x;
+        DoubleQuad y;
+        takeFour(points + i, x, y);
+        const DoubleQuad depth =
+            (depthOf.way().y * (x - depthOf.from().x) - depthOf.way().x * (y - depthOf.from().y)) /
+            depthOf.size();
+        mostOf = depth > mostOf ? depth : mostOf;
+    }
+    for (; i < count; ++i)
+        most = std::max(most, depthOf(points[i]));
+    for (std::size_t k = 0; k < kFour; ++k)
+        most = std::max(most, mostOf[k]);
+    return most;
+}
+
+KVMEASURE_FOR_AVX2 double greatestDepthForAvx2(const Vector* points, std::size_t count,
+                                               const DepthBelow& depthOf, double least) {
+    return greatestDepth(points, count, depthOf, least);
+}
+
+/// Sets the deepest point of a gap.
+void findDeepest(const std::vector<Vector>& points, GrooveGap& gap) {
+    const DepthBelow depthOf(points[gap.from], points[gap.to]);
+    const Vector* const first = points.data() + gap.from + 1;
+    const std::size_t count = gap.to > gap.from ? gap.to - gap.from - 1 : 0;
+    gap.depth = hasAvx2() ? greatestDepthForAvx2(first, count, depthOf, gap.depth)
+                          : greatestDepth(first, count, depthOf, gap.depth);
+    const auto at =
+        std::find_if(first, first + count, [&](const Vector& p) { return depthOf(p) == gap.depth; });
+    if (gap.depth > 0 && at != first + count)
+        gap.deepest = gap.from + 1 + std::size_t(at - first);
 }
 
 }  // namespace
@@ -86,14 +201,7 @@ std::vector<GrooveGap> gapsUnderHull(const std::vector<Vector>& points) {
     std::vector<GrooveGap> gaps;
     for (std::size_t k = 0; k + 1 < hull.size(); ++k) {
         GrooveGap gap{hull[k], hull[k + 1], hull[k], 0};
-        const DepthBelow depthOf(points[gap.from], points[gap.to]);
-        for (std::size_t i = gap.from + 1; i < gap.to; ++i) {
-            const double depth = depthOf(points[i]);
-            if (depth > gap.depth) {
-                gap.depth = depth;
-                gap.deepest = i;
-            }
-        }
+        findDeepest(points, gap);
         gaps.push_back(gap);
     }
     double most = 0;
@@ -135,15 +243,28 @@ void takeDeep(const std::vector<Vector>& points, const PointRange& range, const 
               const DepthBelow& depthOf, double least, double most, std::vector<Vector>& taken) {
     const auto [from, to] = std::minmax(range.first, range.second);
     taken.clear();
-    taken.reserve(to - from + 1);
     const double slope = line != nullptr ? line->along.y / line->along.x : 0;
-    for (std::size_t i = from; i <= to; ++i) {
-        const Vector& p = points[i];
+    const auto isDeep = [&](const Vector& p) {
         const double height = line != nullptr ? line->centre.y + (p.x - line->centre.x) * slope : p.y;
         const double depth = depthOf({p.x, height});
-        if (depth >= least && depth <= most)
-            taken.push_back(p);
+        return depth >= least && depth <= most;
+    };
+    const auto first = points.begin() + std::ptrdiff_t(from);
+    const auto end = points.begin() + std::ptrdiff_t(to) + 1;
+    if (line == nullptr ||
+        !std::is_sorted(first, end, [](const Vector& a, const Vector& b) { return a.x < b.x; })) {
+        taken.reserve(to - from + 1);
+        std::copy_if(first, end, std::back_inserter(taken), isDeep);
+        return;
     }
+    // Over x the depth of the line goes one way: what is taken lies together.
+    const auto depthAt = [&](const Vector& p) {
+        return depthOf({p.x, line->centre.y + (p.x - line->centre.x) * slope});
+    };
+    const bool falls = depthAt(*(end - 1)) < depthAt(*first);
+    const auto begin = std::partition_point(
+        first, end, [&](const Vector& p) { return falls ? depthAt(p) > most : depthAt(p) < least; });
+    taken.assign(begin, std::partition_point(begin, end, isDeep));
 }
 
 }  // namespace

@@ -24,6 +24,9 @@ public:
     double operator()(const Vector& p) const {
         return (way_.y * (p.x - from_.x) - way_.x * (p.y - from_.y)) / size_;
     }
+    const Vector& from() const { return from_; }
+    const Vector& way() const { return way_; }  ///< to the other one
+    double size() const { return size_; }       ///< of the way
 
 private:
     Vector from_, way_;

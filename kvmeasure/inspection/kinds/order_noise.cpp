@@ -67,6 +67,14 @@ double rootOf(double from, double to, const Sum& sum) {
     return (from + to) / 2;
 }
 
+/// Those of some bins that hold points.
+template <class Bins>
+Bins withPoints(Bins bins) {
+    const auto isEmpty = [](const auto& bin) { return !(bin.share > 0); };
+    bins.erase(std::remove_if(bins.begin(), bins.end(), isEmpty), bins.end());
+    return bins;
+}
+
 /// Mean and mean square of a standard normal value that is clipped to limits.
 struct Clipped {
     double mean, square;
@@ -110,8 +118,8 @@ bool OrderNoise::isUnknown() const {
            noise_.deviation == 0;
 }
 
-/// Bins between two heights, each where the mean of its points is; the points below and above lie at the
-/// heights themselves, less or more by `reach`.
+/// Bins with points between two heights, each where the mean of its points is; the points below and above lie
+/// at the heights themselves, less or more by `reach`.
 OrderNoise::Bins OrderNoise::between(double low, double high) const {
     const double width = high - low;
     const int count = std::clamp(static_cast<int>(width / kFinest) + 1, 1, kMostBins);
@@ -138,7 +146,7 @@ OrderNoise::Bins OrderNoise::between(double low, double high) const {
         }
         bins.front() = {low - kReach, shareBelow(low)};
         bins.back() = {high + kReach, 1 - shareBelow(high)};
-        return bins;
+        return withPoints(bins);
     }
     for (const double height : heights_) {
         Bin& bin = bins[binOf(height)];
@@ -151,7 +159,7 @@ OrderNoise::Bins OrderNoise::between(double low, double high) const {
     }
     bins.front().height = low - kReach;
     bins.back().height = high + kReach;
-    return bins;
+    return withPoints(bins);
 }
 
 /// Where the extremes come from, the nearest to the extreme one first.
@@ -161,8 +169,6 @@ OrderNoise::Bins OrderNoise::extremeBins(bool isGreatest) const {
     Bins bins = isGreatest ? between(top - 2 * kReach, top) : between(-top, -top + 2 * kReach);
     if (isGreatest)
         std::reverse(bins.begin(), bins.end());
-    bins.erase(std::remove_if(bins.begin(), bins.end(), [](const Bin& bin) { return !(bin.share > 0); }),
-               bins.end());
     return bins;
 }
 

@@ -14,8 +14,9 @@ double medianStep(const std::vector<Vector>& points) {
     const std::size_t count = std::min(all, Internal::kMostSampled);
     std::vector<double> steps;
     steps.reserve(count);
+    Internal::EvenPlaces places(all, count);
     for (std::size_t k = 0; k < count; ++k) {
-        const std::size_t i = k * all / count;
+        const std::size_t i = places.next();
         steps.push_back(std::fabs(points[i + 1].x - points[i].x));
     }
     return Internal::ofRank(steps, steps.size() / 2);
@@ -23,8 +24,24 @@ double medianStep(const std::vector<Vector>& points) {
 
 namespace {
 
+constexpr double kInSteps = 10;
+constexpr double kWidest = 1.5;  ///< median steps, within which none is missing
+
+/// The greatest step; 0 of fewer than two points.
+double greatestStep(const std::vector<Vector>& points) {
+    double greatest = 0;
+    double other = 0;
+    std::size_t i = 1;
+    for (; i + 1 < points.size(); i += 2) {  // two at a time, which need not wait for each other
+        greatest = std::max(greatest, std::fabs(points[i].x - points[i - 1].x));
+        other = std::max(other, std::fabs(points[i + 1].x - points[i].x));
+    }
+    if (i < points.size())
+        other = std::max(other, std::fabs(points[i].x - points[i - 1].x));
+    return std::max(greatest, other);
+}
+
 double widestStepOf(const std::vector<Vector>& points, double pitch) {
-    constexpr double kInSteps = 10;
     const double usual = kInSteps * pitch;
     double widest = 0;
     for (std::size_t i = 1; i < points.size(); ++i) {
@@ -37,7 +54,6 @@ double widestStepOf(const std::vector<Vector>& points, double pitch) {
 
 /// The numbers of points that are missing between neighbours, as far as these are of one surface.
 std::vector<double> missingPoints(const std::vector<Vector>& points, double pitch, double widest) {
-    constexpr double kWidest = 1.5;
     std::vector<double> missing;
     if (points.size() < 3 || !(pitch > 0))
         return missing;
@@ -63,6 +79,12 @@ PointSpacing spacingOf(const std::vector<Vector>& points) {
     PointSpacing spacing;
     spacing.medianStep = medianStep(points);
     constexpr double kTwelfth = 1.0 / 12;
+    if (points.size() > 1 && greatestStep(points) <= kWidest * spacing.medianStep) {  // none is missing
+        spacing.widestStep = kInSteps * spacing.medianStep;
+        spacing.missingShare = 0;
+        spacing.deviationOfEnd = spacing.medianStep * std::sqrt(kTwelfth);
+        return spacing;
+    }
     double squares = 0;
     double cubes = 0;
     double lost = 0;

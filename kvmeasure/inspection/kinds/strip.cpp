@@ -31,8 +31,10 @@ class Strips {
 public:
     Strips(const std::vector<Vector>& points, const LineFit& base, const NoiseModel& noise,
            const StripSettings& settings)
-        : points_(points), base_(base), noise_(noise), settings_(settings), pitch_(medianStep(points)) {
-        widest_ = std::isnan(settings.widestGap) ? widestStep(points) : settings.widestGap;
+        : points_(points), base_(base), noise_(noise), settings_(settings) {
+        const PointSpacing spacing = spacingOf(points);
+        pitch_ = spacing.medianStep;
+        widest_ = std::isnan(settings.widestGap) ? spacing.widestStep : settings.widestGap;
         constexpr double kDeviations = 5;  // noise is no strip
         least_ = std::isfinite(noise.deviation)
                      ? std::max(settings.leastHeight, kDeviations * noise.deviation)
@@ -196,10 +198,9 @@ Strips::Edge Strips::edge(const Run& run, double half, bool isFirst) const {
 bool Strips::isAmbiguous(const Edge& left, const Edge& right) const {
     constexpr double kWide = 1.5;
     constexpr double kTimes = 2;
-    int wide = 0;
+    int wide = 0, voids = 0;
     for (std::size_t i = 1; i < points_.size(); ++i)
         wide += std::fabs(points_[i].x - points_[i - 1].x) > kWide * pitch_ ? 1 : 0;
-    int voids = 0;
     bool isNarrow = false;
     for (const double beside : {left.voidBeside, right.voidBeside}) {
         voids += beside > 0 ? 1 : 0;
@@ -211,17 +212,16 @@ bool Strips::isAmbiguous(const Edge& left, const Edge& right) const {
 /// The median height of the points higher than eight tenths of the height, which is first taken from those
 /// above half of the highest.
 double Strips::topOf(const Run& run, int& points) const {
-    std::vector<double> heights;
-    heights.reserve(run.to - run.from + 1);
+    std::vector<double> heights(run.to - run.from + 1);
     for (std::size_t i = run.from; i <= run.to; ++i)
-        heights.push_back(heightOf(i));
+        heights[i - run.from] = heightOf(i);
     constexpr double kHighPercent = 90;
     double height = percentileOf(heights, kHighPercent);
-    constexpr double kShares[] = {0.5, 0.8};
-    for (const double share : kShares) {
+    for (const double share : {0.5, 0.8}) {
         std::vector<double> high;
+        high.reserve(heights.size());
         std::copy_if(heights.begin(), heights.end(), std::back_inserter(high),
-                     [&](double value) { return value >= share * height; });
+                     [least = share * height](double value) { return value >= least; });
         points = static_cast<int>(high.size());
         if (points > 0)
             height = percentileOf(high, kMiddlePercent);

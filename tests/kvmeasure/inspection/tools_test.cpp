@@ -6,6 +6,7 @@
 #include <kvmeasure/inspection/tool_results.h>
 #include <tests/kvmeasure/calls.h>
 
+#include <algorithm>
 #include <cmath>
 #include <random>
 
@@ -250,6 +251,23 @@ TEST(Tools, RefuseWordsWithWhatWasExpected) {
          {"", "A", "A = ", "A = max", "A = peak in R", "A = max in R 1 2", "A = max in R from",
           "A = max in R from 1", "A = max in R from 1 x", "A = max in R from 1 2 3 4"})
         EXPECT_EQ(errorOf([words] { parseAnchor(words); }).parameter(), "anchor") << words;
+}
+
+// Of a few different steps, as rounded columns have them, and of many.
+TEST(PointSpacing, MedianStepIsThatOfTheSortedSteps) {
+    std::mt19937 random(3);
+    for (const std::size_t count : {1U, 2U, 39U, 40U, 41U, 100U, 239U, 240U}) {
+        for (const unsigned different : {1U, 2U, 5U, 100'000U}) {
+            std::vector<double> steps(count);
+            std::vector<Vector> points{{0, 0}};
+            for (double& step : steps) {
+                step = 1 + double(random() % different);
+                points.emplace_back(points.back().x + step, 0);
+            }
+            std::sort(steps.begin(), steps.end());
+            EXPECT_EQ(medianStep(points), steps[count / 2]) << count << " of " << different;
+        }
+    }
 }
 
 TEST(OrderNoise, ExtremesAreThoseOfTheProductOfAllPoints) {
