@@ -7,12 +7,16 @@
 
 #include <kvmeasure/profiles/circle_fit.h>
 
+#include <kvmeasure/base/double_quad_p.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <limits>
 
 namespace KvMeasure {
+
+using namespace Internal;
 
 namespace {
 
@@ -44,14 +48,17 @@ public:
             most = std::max(most, x * x + y * y);
         }
         extent_ = std::sqrt(most);
-        points_.reserve(points.size());
-        for (const Vector& point : points)
-            points_.emplace_back((point.x - origin_.x) / extent_, (point.y - origin_.y) / extent_);
+        x_.reserve(points.size());
+        y_.reserve(points.size());
+        for (const Vector& point : points) {
+            x_.push_back((point.x - origin_.x) / extent_);
+            y_.push_back((point.y - origin_.y) / extent_);
+        }
     }
 
     double extent() const { return extent_; }
     Arc arcOf(const FittedCircle& circle) const;
-    Arc straight(double curvature) const;
+    Arc straight() const;
     bool descend(Arc& arc, double leastGain) const;
     double cost(const Arc& arc) const { return sums(arc).cost * extent_ * extent_; }  ///< mm^2
     FittedCircle circleOf(const Arc& arc) const;
@@ -63,7 +70,7 @@ private:
     bool knowsRadius_;
     Vector origin_;
     double extent_ = 0;
-    std::vector<Vector> points_;
+    std::vector<double> x_, y_;
 };
 
 Arc Polisher::arcOf(const FittedCircle& circle) const {
@@ -74,26 +81,28 @@ Arc Polisher::arcOf(const FittedCircle& circle) const {
     return {0.5 / radius, (distance - radius) * (distance + radius) / (2 * radius), std::atan2(-y, -x)};
 }
 
-/// The line of least distances through the points, bent to that curvature.
-Arc Polisher::straight(double curvature) const {
-    const double n = double(points_.size());
+/// The line of least distances through the points.
+Arc Polisher::straight() const {
+    const double n = double(x_.size());
     double x = 0;
     double y = 0;
-    for (const Vector& point : points_) {
-        x += point.x / n;
-        y += point.y / n;
+    for (std::size_t i = 0; i < x_.size(); ++i) {
+        x += x_[i];
+        y += y_[i];
     }
+    x /= n;
+    y /= n;
     double xx = 0;
     double xy = 0;
     double yy = 0;
-    for (const Vector& point : points_) {
-        xx += (point.x - x) * (point.x - x);
-        xy += (point.x - x) * (point.y - y);
-        yy += (point.y - y) * (point.y - y);
+    for (std::size_t i = 0; i < x_.size(); ++i) {
+        xx += (x_[i] - x) * (x_[i] - x);
+        xy += (x_[i] - x) * (y_[i] - y);
+        yy += (y_[i] - y) * (y_[i] - y);
     }
     constexpr double kRightAngle = 1.5707963267948966;
     const double t = std::atan2(2 * xy, xx - yy) / 2 + kRightAngle;
-    return {curvature / 2, -(x * std::cos(t) + y * std::sin(t)), t};
+    return {0, -(x * std::cos(t) + y * std::sin(t)), t};
 }
 
 FittedCircle Polisher::circleOf(const Arc& arc) const {
@@ -102,34 +111,76 @@ FittedCircle Polisher::circleOf(const Arc& arc) const {
             extent_ / (2 * std::fabs(arc.a))};
 }
 
+/// What a pass over the points needs of the circle.
+struct Slopes {
+    double a, d, e, cosine, sine, ofD, ofA;
+
+    explicit Slopes(const Arc& arc)
+        : a(arc.a), d(arc.d), e(std::sqrt(arc.eSquared())), cosine(std::cos(arc.t)), sine(std::sin(arc.t)),
+          ofD(2 * arc.a / e), ofA(2 * arc.d / e) {}
+};
+
+/// Sums over four points at a time; of the last ones that are fewer, lanes without a point weigh nothing.
+KVMEASURE_INLINE_KERNEL void addUp(const std::vector<double>& xs, const std::vector<double>& ys,
+                                   const Slopes& of, Sums& sums) {
+    constexpr DoubleQuad kNone{0, 0, 0, 0};
+    DoubleQuad cost = kNone, right0 = kNone, right1 = kNone, right2 = kNone;
+    DoubleQuad n00 = kNone, n10 = kNone, n11 = kNone, n20 = kNone, n21 = kNone, n22 = kNone;
+    const std::size_t count = xs.size();
+    for (std::size_t i = 0; i < count; i += kFour) {
+        DoubleQuad x = kNone, y = kNone, weight{1, 1, 1, 1};
+        if (i + kFour <= count) {
+            takeFour(xs.data() + i, x);
+            takeFour(ys.data() + i, y);
+        } else {
+            for (std::size_t k = 0; k < kFour; ++k) {
+                weight[k] = i + k < count ? 1 : 0;
+                x[k] = i + k < count ? xs[i + k] : xs[i];
+                y[k] = i + k < count ? ys[i + k] : ys[i];
+            }
+        }
+        const DoubleQuad square = x * x + y * y;
+        const DoubleQuad along = x * of.cosine + y * of.sine;
+        const DoubleQuad p = of.a * square + of.e * along + of.d;
+        DoubleQuad q = 1 + 4 * of.a * p;
+        q = q > 0 ? q : kNone;
+        takeRoots(q);
+        q = q > kLeastQ ? q : kLeastQ + kNone;
+        const DoubleQuad distance = 2 * p / (1 + q) * weight;
+        const DoubleQuad share = weight / q;
+        const DoubleQuad slope0 = (of.ofD * along + 1) * share;
+        const DoubleQuad slope1 = of.e * (y * of.cosine - x * of.sine) * share;
+        const DoubleQuad slope2 = (square + of.ofA * along - distance * distance) * share;
+        cost += distance * distance;
+        right0 -= slope0 * distance;
+        right1 -= slope1 * distance;
+        right2 -= slope2 * distance;
+        n00 += slope0 * slope0;
+        n10 += slope1 * slope0;
+        n11 += slope1 * slope1;
+        n20 += slope2 * slope0;
+        n21 += slope2 * slope1;
+        n22 += slope2 * slope2;
+    }
+    sums.cost = sumOf(cost);
+    sums.right = {sumOf(right0), sumOf(right1), sumOf(right2)};
+    sums.normal = {{{sumOf(n00), sumOf(n10), sumOf(n20)},
+                    {sumOf(n10), sumOf(n11), sumOf(n21)},
+                    {sumOf(n20), sumOf(n21), sumOf(n22)}}};
+}
+
+KVMEASURE_FOR_AVX2 void addUpForAvx2(const std::vector<double>& xs, const std::vector<double>& ys,
+                                     const Slopes& of, Sums& sums) {
+    addUp(xs, ys, of, sums);
+}
+
 Sums Polisher::sums(const Arc& arc) const {
     Sums sums;
-    const double e = std::sqrt(arc.eSquared());
-    const double cosine = std::cos(arc.t);
-    const double sine = std::sin(arc.t);
-    const double ofD = 2 * arc.a / e;
-    const double ofA = 2 * arc.d / e;
-    for (const Vector& point : points_) {
-        const double square = point.x * point.x + point.y * point.y;
-        const double along = point.x * cosine + point.y * sine;
-        const double p = arc.a * square + e * along + arc.d;
-        const double q = std::max(std::sqrt(std::max(1 + 4 * arc.a * p, 0.0)), kLeastQ);
-        const double distance = 2 * p / (1 + q);
-        const double share = 1 / q;
-        const std::array<double, 3> slopes{(ofD * along + 1) * share,
-                                           e * (point.y * cosine - point.x * sine) * share,
-                                           (square + ofA * along - distance * distance) * share};
-        sums.cost += distance * distance;
-        for (std::size_t i = 0; i < 3; ++i) {
-            sums.right[i] -= slopes[i] * distance;
-            for (std::size_t k = 0; k <= i; ++k)
-                sums.normal[i][k] += slopes[i] * slopes[k];
-        }
-    }
-    for (std::size_t i = 0; i < 3; ++i) {
-        for (std::size_t k = i + 1; k < 3; ++k)
-            sums.normal[i][k] = sums.normal[k][i];
-    }
+    const Slopes of(arc);
+    if (hasAvx2())
+        addUpForAvx2(x_, y_, of, sums);
+    else
+        addUp(x_, y_, of, sums);
     return sums;
 }
 
@@ -159,7 +210,7 @@ Arc Polisher::stepped(const Arc& arc, const Sums& sums, double damping) const {
 /// Down to the minimum. A step that does not lower the cost is tried again shorter and more downhill.
 bool Polisher::descend(Arc& arc, double leastGain) const {
     constexpr std::size_t kManyPoints = 100'000;
-    const int mostSteps = points_.size() < kManyPoints ? 1000 : 200;  // of seconds at most
+    const int mostSteps = x_.size() < kManyPoints ? 1000 : 200;  // of seconds at most
     constexpr double kFirstDamping = 1e-3;
     constexpr double kMostDamping = 1e12;
     if (!(arc.eSquared() > 0) || !std::isfinite(arc.a + arc.d + arc.t))
@@ -212,14 +263,16 @@ bool polishCircle(const std::vector<Vector>& points, bool knowsRadius, FittedCir
     if (!(polisher.extent() > 0))
         return false;
     const double curvature = knowsRadius ? polisher.extent() / circle.radius : 0;
-    std::vector<Arc> starts{polisher.arcOf(circle), polisher.straight(curvature)};
-    if (knowsRadius)
-        starts.push_back(polisher.straight(-curvature));
+    const Arc line = polisher.straight();
+    std::array<Arc, 3> starts{polisher.arcOf(circle), line, line};
+    starts[1].a = curvature / 2;
+    starts[2].a = -curvature / 2;
     double best = circleCost(points, circle);
     double settled = std::numeric_limits<double>::infinity();  // the least cost where descent came to an end
-    const double ofLine = polisher.cost(polisher.straight(0));
+    const double ofLine = polisher.cost(line);
     constexpr double kClear = 1e-2;  // of the cost of the line: no other circle is as near
-    for (Arc arc : starts) {
+    for (std::size_t i = 0; i < (knowsRadius ? starts.size() : 2); ++i) {
+        Arc arc = starts[i];
         if (settled < kClear * ofLine)
             break;
         const bool isSettled = polisher.descend(arc, leastGain);

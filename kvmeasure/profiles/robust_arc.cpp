@@ -6,6 +6,7 @@
 #include <kvmeasure/profiles/robust_arc.h>
 
 #include <kvmeasure/profiles/fit_start_p.h>
+#include <kvmeasure/profiles/plain_line_p.h>
 
 #include <algorithm>
 #include <cmath>
@@ -240,6 +241,49 @@ bool fitStart(const std::vector<Vector>& points, const RobustFitting& fitting, b
     return isFitted;
 }
 
+/// The mean of the points from one number to before another.
+Vector meanPoint(const std::vector<Vector>& points, std::size_t from, std::size_t end) {
+    Vector sum(0, 0);
+    for (std::size_t i = from; i < end; ++i)
+        sum = Vector(sum.x + points[i].x, sum.y + points[i].y);
+    const double count = double(end - from);
+    return {sum.x / count, sum.y / count};
+}
+
+/// Fits all points but at most a few where their distances look like Gaussian noise, from the circle through
+/// the first, the middle and the last of them. False: nothing is known of `arc`.
+bool fitPlainArc(const std::vector<Vector>& points, double cut, ArcFit& arc) {
+    constexpr std::size_t kFewest = 96;  // fewer do not show that some of them do not belong to the arc
+    constexpr std::size_t kMostLeftOut = 8;
+    constexpr std::size_t kShare = 8;
+    const std::size_t n = points.size();
+    if (n < kFewest)
+        return false;
+    arc.circle = circleThrough(meanPoint(points, 0, n / kShare),
+                               meanPoint(points, n / 2 - n / (2 * kShare), n / 2 + n / (2 * kShare)),
+                               meanPoint(points, n - n / kShare, n));
+    if (!std::isfinite(arc.circle.radius))
+        return false;
+    arc.used = points;
+    const auto most = [&] { return cut * ofFew(arc.used.size(), kParameters) * arc.deviation; };
+    const auto fit = [&] {
+        const bool isFitted = polishCircle(arc.used, /*knowsRadius=*/false, arc.circle);
+        arc.residuals.clear();
+        arc.outside = arc.inside = {};
+        if (isFitted)
+            describe(arc);
+        return isFitted;
+    };
+    const auto holdsAll = [&] { return arc.outside.distance <= most() && -arc.inside.distance <= most(); };
+    if (!fit() || !looksGaussian(arc.residuals))
+        return false;
+    if (holdsAll())
+        return true;
+    arc.used = keptPoints(points, arc.circle, most());
+    return n - arc.used.size() <= kMostLeftOut && fit() && holdsAll() &&
+           keptPoints(points, arc.circle, most()).size() == arc.used.size();
+}
+
 /// From the start circle to the fit: with a sample of many points, then with all within its cut; last come
 /// back those within the cut by the deviation of these.
 bool fitUsed(const std::vector<Vector>& usable, const RobustFitting& fitting, ArcFit& arc) {
@@ -278,6 +322,11 @@ ArcFit fitArc(const std::vector<Vector>& points, const RobustFitting& fitting) {
         return arc;
     }
     const RobustFitting usual{fitting.isRobust && usable.size() >= fewestCut(kParameters), fitting.cut};
+    const bool isPlain = usual.isRobust && fitPlainArc(usable, usual.cut, arc);
+    arc.rejected = static_cast<int>(usable.size() - arc.used.size());
+    if (isPlain)
+        return arc;
+    arc = ArcFit();
     arc.circle = startCircle(usable);
     const bool isFitted = arc.circle.radius > 0 && fitUsed(usable, usual, arc);
     arc.rejected = static_cast<int>(usable.size() - arc.used.size());
@@ -309,22 +358,20 @@ ArcUncertainty arcUncertainty(const ArcFit& arc, const NoiseModel& noise) {
     result.degreesOfFreedom = deviation.degreesOfFreedom;
     if (!result.reason.isEmpty())
         return result;
-    std::vector<std::array<double, 3>> rows;
-    rows.reserve(shares.size());
+    std::vector<std::array<double, 3>> rows(shares.size());
     Matrix normal{};
     for (std::size_t i = 0; i < shares.size(); ++i) {
-        const double distance = arc.residuals[i] + arc.circle.radius;
-        rows.push_back({(arc.circle.centre.x - arc.used[i].x) / distance,
-                        (arc.circle.centre.y - arc.used[i].y) / distance, -1});
+        const double toUnit = 1 / (arc.residuals[i] + arc.circle.radius);
+        rows[i] = {(arc.circle.centre.x - arc.used[i].x) * toUnit,
+                   (arc.circle.centre.y - arc.used[i].y) * toUnit, -1};
         addProduct(rows[i], rows[i], 1, normal);
     }
     Matrix scattered{};
-    for (std::size_t i = 0; i < shares.size(); ++i) {
-        for (std::size_t lag = 0; double(lag) < noise.correlationTime && i + lag < shares.size(); ++lag) {
-            const double weight = shares[i] * shares[i + lag] * (1 - double(lag) / noise.correlationTime) /
-                                  noise.correlationTime;
-            addProduct(rows[i], rows[i + lag], lag > 0 ? 2 * weight : weight, scattered);
-        }
+    const double time = noise.correlationTime;
+    for (std::size_t lag = 0; double(lag) < time && lag < shares.size(); ++lag) {
+        const double weight = (lag > 0 ? 2 : 1) * (1 - double(lag) / time) / time;
+        for (std::size_t i = 0; i + lag < shares.size(); ++i)
+            addProduct(rows[i], rows[i + lag], weight * shares[i] * shares[i + lag], scattered);
     }
     mirror(normal);
     mirror(scattered);

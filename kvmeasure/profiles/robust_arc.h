@@ -32,9 +32,9 @@ struct KVMEASURE_EXPORT ArcFit {
 /// in scan order; those without finite coordinates below 1e9 mm are left out. Robust fits start from the
 /// circle through three of the medians of 11 runs of points that has the least median distance to these
 /// medians, and leave out, twice, what lies further off than `cut` times 1.4826 times the median distance, of
-/// more than 240 points that of 240 of them. No arc, with a reason: fewer than three distinct points, points
-/// on a straight line, a fit that does not come to an end. Shifting, turning, mirroring and scaling the
-/// points does so to the arc, to rounding.
+/// more than 240 points that of 240 of them; 96 and more that look like an arc with Gaussian noise need no
+/// such start. No arc, with a reason: fewer than three distinct points, points on a straight line, a fit that
+/// does not come to an end. Shifting, turning, mirroring and scaling the points does so to it, to rounding.
 KVMEASURE_EXPORT ArcFit fitArc(const std::vector<Vector>& points, const RobustFitting& fitting = {});
 
 /// Standard uncertainties of a fitted arc.

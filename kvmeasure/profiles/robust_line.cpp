@@ -7,6 +7,7 @@
 #include <kvmeasure/profiles/robust_line.h>
 
 #include <kvmeasure/base/double_pair_p.h>
+#include <kvmeasure/profiles/few_medians_p.h>
 #include <kvmeasure/profiles/fit_start_p.h>
 #include <kvmeasure/profiles/plain_line_p.h>
 
@@ -30,17 +31,8 @@ struct Start {
     double distanceOf(const Vector& p) const { return (p.y - at.y) * along.x - (p.x - at.x) * along.y; }
 };
 
-/// The lower median of a few values, which are put in order.
-double medianOfFew(double* values, std::size_t count) {
-    for (std::size_t i = 1; i < count; ++i) {
-        const double value = values[i];
-        std::size_t at = i;
-        for (; at > 0 && values[at - 1] > value; --at)
-            values[at] = values[at - 1];
-        values[at] = value;
-    }
-    return values[(count - 1) / 2];
-}
+/// The lower median of a few values.
+double medianOfFew(const FewValues& values) { return mediansOfFew(values, values)[0]; }
 
 /// A few points.
 struct Few {
@@ -61,48 +53,56 @@ Start repeatedMedian(const Few& points) {
             steep += std::fabs(points[k].y - points[i].y) > std::fabs(points[k].x - points[i].x) ? 1 : 0;
     }
     const bool isSteep = 4 * steep > count * (count - 1);
-    std::array<std::array<double, kStartPoints>, kStartPoints> slopes{};  // from each point to others
-    std::array<std::size_t, kStartPoints> counts{};
+    std::array<FewValues, kStartPoints> slopes;  // from each point to others
     for (std::size_t i = 0; i < count; ++i) {
         for (std::size_t k = i + 1; k < count; ++k) {
             const double x = points[k].x - points[i].x;
             const double y = points[k].y - points[i].y;
             const double slope = isSteep ? x / y : y / x;
-            if (std::isfinite(slope))
-                slopes[i][counts[i]++] = slopes[k][counts[k]++] = slope;
+            if (std::isfinite(slope)) {
+                slopes[i].add(slope);
+                slopes[k].add(slope);
+            }
         }
     }
-    std::array<double, kStartPoints> medians{};
-    std::size_t known = 0;
-    for (std::size_t i = 0; i < count; ++i) {
-        if (counts[i] > 0)
-            medians[known++] = medianOfFew(slopes[i].data(), counts[i]);
+    FewValues medians;
+    const auto known =
+        static_cast<std::size_t>(std::partition(slopes.begin(), slopes.begin() + std::ptrdiff_t(count),
+                                                [](const FewValues& few) { return few.count > 0; }) -
+                                 slopes.begin());
+    for (std::size_t i = 0; i < known; i += 2) {
+        const DoublePair both = mediansOfFew(slopes[i], slopes[std::min(i + 1, known - 1)]);
+        medians.add(both[0]);
+        if (i + 1 < known)
+            medians.add(both[1]);
     }
-    const double slope = known == 0 ? 0 : medianOfFew(medians.data(), known);
+    const double slope = known == 0 ? 0 : medianOfFew(medians);
     const double size = std::hypot(1, slope);
     Start start{points[0], isSteep ? Vector(slope / size, 1 / size) : Vector(1 / size, slope / size)};
+    FewValues distances;
     for (std::size_t i = 0; i < count; ++i)
-        medians[i] = start.distanceOf(points[i]);
-    const double offset = medianOfFew(medians.data(), count);
+        distances.add(start.distanceOf(points[i]));
+    const double offset = medianOfFew(distances);
     start.at = Vector(start.at.x - offset * start.along.y, start.at.y + offset * start.along.x);
     return start;
 }
 
 /// The medians in x and in y of runs of evenly chosen points; few points themselves.
 Few runMedians(const std::vector<Vector>& points, std::size_t sampled) {
-    const auto sample = [&](std::size_t i) -> const Vector& { return points[i * points.size() / sampled]; };
+    EvenPlaces places(points.size(), sampled);
     Few medians;
     const std::size_t runs = std::min(sampled, kStartPoints);
+    std::size_t from = 0;
     for (std::size_t run = 0; run < runs; ++run) {
-        std::array<double, kMostSampled / kStartPoints> x{};
-        std::array<double, kMostSampled / kStartPoints> y{};
-        const std::size_t from = run * sampled / runs;
-        const std::size_t count = (run + 1) * sampled / runs - from;
-        for (std::size_t i = 0; i < count; ++i) {
-            x[i] = sample(from + i).x;
-            y[i] = sample(from + i).y;
+        FewValues x;
+        FewValues y;
+        for (const std::size_t end = (run + 1) * sampled / runs; from < end; ++from) {
+            const Vector& point = points[places.next()];
+            x.add(point.x);
+            y.add(point.y);
         }
-        medians.add({medianOfFew(x.data(), count), medianOfFew(y.data(), count)});
+        const DoublePair both = mediansOfFew(x, y);
+        medians.add({both[0], both[1]});
     }
     return medians;
 }
@@ -124,8 +124,9 @@ Cut startCut(const std::vector<Vector>& points, double deviations) {
     Cut cut;
     cut.line = repeatedMedian(runMedians(points, sampled));
     std::vector<double> distances(sampled);
+    EvenPlaces places(points.size(), sampled);
     for (std::size_t i = 0; i < sampled; ++i)
-        distances[i] = cut.line.distanceOf(points[i * points.size() / sampled]);
+        distances[i] = cut.line.distanceOf(points[places.next()]);
     std::vector<double> spent = distances;
     const double offset = medianOf(spent);
     cut.line.at =
@@ -136,72 +137,16 @@ Cut startCut(const std::vector<Vector>& points, double deviations) {
     return cut;
 }
 
-/// Sums over the points that count.
-LineMoments momentsOf(const std::vector<Vector>& points, const Cut& cut) {
-    LineMoments sum;
-    const auto first = std::find_if(points.begin() + std::ptrdiff_t(points.size() / 2), points.end(),
-                                    [&](const Vector& p) { return cut.takes(p); });
-    sum.zero = first != points.end() ? *first : points[0];
-    DoublePair sums{0, 0};
-    DoublePair squares{0, 0};
-    for (const Vector& p : points) {
-        if (!cut.takes(p))
-            continue;
-        const DoublePair d = pairOf(p) - pairOf(sum.zero);
-        ++sum.count;
-        sums += d;
-        squares += d * d;
-        sum.xy += d[0] * d[1];
-    }
-    sum.x = sums[0];
-    sum.y = sums[1];
-    sum.xx = squares[0];
-    sum.yy = squares[1];
-    return sum;
-}
-
-void describe(const std::vector<Vector>& points, const Cut& cut, LineFit& line) {
-    double squares = 0;
-    line.residuals.resize(points.size());
+/// The points that count.
+std::vector<Vector> within(const std::vector<Vector>& points, const Cut& cut) {
+    std::vector<Vector> kept(points.size());
     std::size_t count = 0;
-    line.from = line.to = line.spread = 0;
-    line.above = line.below = {};
-    const double toHeight = line.isInHeight ? line.along.x : 1;
-    const DoublePair centre = pairOf(line.centre);
-    const DoublePair along = pairOf(line.along);
-    const DoublePair across{line.along.y, line.along.x};
-    const bool takesAll = line.points == static_cast<int>(points.size());
-    for (const Vector& p : points) {
-        if (!takesAll && !cut.takes(p))
-            continue;
-        const DoublePair ofPlace = (pairOf(p) - centre) * along;
-        const DoublePair ofDistance = (pairOf(p) - centre) * across;
-        const double place = ofPlace[0] + ofPlace[1];
-        const double distance = ofDistance[1] - ofDistance[0];
-        squares += distance * distance;
-        line.residuals[count++] = distance / toHeight;
-        line.from = std::min(line.from, place);
-        line.to = std::max(line.to, place);
-        line.spread += place * place;
-        if (distance > line.above.distance)
-            line.above = {distance, p};
-        if (distance < line.below.distance)
-            line.below = {distance, p};
+    for (const Vector& p : points) {  // written in any case: which are kept cannot be foretold
+        kept[count] = p;
+        count += std::size_t(cut.takes(p));
     }
-    line.residuals.resize(count);
-    line.deviation = line.points > kParameters ? std::sqrt(squares / (line.points - kParameters)) : 0;
-}
-
-/// The deviation alone, as describe() gives it.
-double scatterOf(const std::vector<Vector>& points, const Cut& cut, const LineFit& line) {
-    double squares = 0;
-    const DoublePair across{line.along.y, line.along.x};
-    for (const Vector& p : points) {
-        const DoublePair parts = (pairOf(p) - pairOf(line.centre)) * across;
-        const double distance = parts[1] - parts[0];
-        squares += cut.takes(p) ? distance * distance : 0;
-    }
-    return line.points > kParameters ? std::sqrt(squares / (line.points - kParameters)) : 0;
+    kept.resize(count);
+    return kept;
 }
 
 bool areDistinct(const std::vector<Vector>& points) {
@@ -222,30 +167,24 @@ LineFit fitLine(const std::vector<Vector>& points, const RobustFitting& fitting)
         line.reason = "fewer than two distinct points for a line";
         return line;
     }
-    Cut cut;
+    std::vector<Vector> used;
     if (fitting.isRobust && usable.size() >= fewestCut(kParameters))
-        cut = startCut(usable, fitting.cut);
-    LineMoments sum = momentsOf(usable, cut);
-    if (!sum.giveLine()) {
-        cut = Cut();
-        sum = momentsOf(usable, cut);
+        used = within(usable, startCut(usable, fitting.cut));
+    if (used.empty() || !fitAll(used, line)) {
+        used = usable;
+        fitAll(used, line);
     }
-    solveLine(sum, line);
     // The points within the cut of the fitted line. The median distance of few or correlated points may come
     // out small, and then the first cut takes points of the line: these come back.
     constexpr int kMostRounds = 4;
-    for (int round = 0; std::size_t(line.points) < usable.size() && round < kMostRounds; ++round) {
-        const std::size_t before = std::size_t(line.points);
-        line.deviation = scatterOf(usable, cut, line);
-        const Cut again{{line.centre, line.along}, fitting.cut * line.deviation * ofFew(before, kParameters)};
-        const auto kept = std::size_t(
-            std::count_if(usable.begin(), usable.end(), [&](const Vector& p) { return again.takes(p); }));
-        if (kept <= before)
+    for (int round = 0; used.size() < usable.size() && round < kMostRounds; ++round) {
+        const double most = fitting.cut * line.deviation * ofFew(used.size(), kParameters);
+        std::vector<Vector> again = within(usable, {{line.centre, line.along}, most});
+        if (again.size() <= used.size())
             break;
-        cut = again;
-        solveLine(momentsOf(usable, cut), line);
+        used.swap(again);
+        fitAll(used, line);
     }
-    describe(usable, cut, line);
     line.rejected = static_cast<int>(usable.size()) - line.points;
     if (!std::isfinite(line.centre.x + line.centre.y + line.along.x + line.along.y + line.deviation))
         line.reason = "the points do not give a line";

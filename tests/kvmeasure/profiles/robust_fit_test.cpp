@@ -175,6 +175,31 @@ TEST(RobustFit, SeesStrayPointsThatLeastSquaresHide) {
     }
 }
 
+TEST(RobustFit, SeesStrayPointsOfArcsThatLeastSquaresHide) {
+    std::mt19937_64 random(6);
+    for (const int count : {100, 300, 3200}) {
+        const Points clean =
+            scan(random, count, -8, 8, 0.02, 1, false, [](double x) { return std::sqrt(100 - x * x); });
+        Points aside(clean);  // the last eighth lies on another surface
+        Points scattered(clean);
+        Points few(clean);
+        few[std::size_t(count / 3)].y += 0.5;
+        for (int i = 0; i < count; ++i) {
+            aside[std::size_t(i)].y += 8 * i > 7 * count ? 1 : 0;
+            scattered[std::size_t(i)].y += i % 8 == 2 ? 0.8 : 0;
+        }
+        for (const Points& points : {clean, aside, scattered, few}) {
+            const ArcFit arc = fitArc(points);
+            ASSERT_TRUE(arc.isFound());
+            EXPECT_NEAR(arc.circle.radius, 10, 0.6 / std::sqrt(count));
+            EXPECT_NEAR(arc.deviation, 0.02, 0.2 * 0.02);
+            EXPECT_EQ(arc.points + arc.rejected, count);
+            EXPECT_EQ(arc.used.size(), std::size_t(arc.points));
+        }
+        EXPECT_LT(fitArc(few).outside.distance, 0.2);
+    }
+}
+
 TEST(RobustFit, SaysWhyThereIsNone) {
     const double nan = std::nan("");
     const Points none;
