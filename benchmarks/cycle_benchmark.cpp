@@ -9,6 +9,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 #include <vector>
@@ -66,6 +67,38 @@ void BM_Cycle(benchmark::State& state) {
     });
 }
 BENCHMARK(BM_Cycle)->Unit(benchmark::kMicrosecond);
+
+/// So many points, in the storage that is there.
+void setSize(QList<KvPointXY>& points, decltype(QList<KvPointXY>().size()) size) {
+    while (points.size() > size)
+        points.removeLast();
+    while (points.size() < size)
+        points.append(KvPointXY(0.0F, 0.0F));
+}
+
+// The same in work space that the caller keeps: profiles, lists and the finder's own.
+void BM_CycleInPlace(benchmark::State& state) {
+    TestSupport::GrooveTemplate groove;
+    TemplateFinder finder;
+    QList<LinePP> segments;
+    QList<TSLinesIndecies> matches;
+    KvProfile profile, smooth;
+    onGrooves(state, grooves(Simulator::xyBuffer), [&](const Buffer& buffer) {
+        setSize(profile.points, kPoints);
+        const auto to = profile.points.begin();
+        for (int i = 0; i < kPoints; ++i)
+            to[i] = KvPointXY(buffer[std::size_t(2 * i)], buffer[std::size_t(2 * i) + 1]);
+        profile.removeNoise(kNoiseWindow, kNoiseJumps, kNoiseJump, 0.0F);
+        setSize(smooth.points, profile.points.size());
+        std::copy(profile.points.constBegin(), profile.points.constEnd(), smooth.points.begin());
+        profile.medFilt(smooth, kMedianWindow);
+        finder.find(smooth, &groove.lines, groove.params, segments, matches);
+        if (matches.size() != 1 || !evalLinesSet(segments, matches[0], groove.measurements))
+            state.SkipWithError("the groove was not measured");
+        benchmark::DoNotOptimize(groove.depth->getShift());
+    });
+}
+BENCHMARK(BM_CycleInPlace)->Unit(benchmark::kMicrosecond);
 
 // Distances of neighbours, stored; the points as the buffer holds them.
 void BM_PlainPass(benchmark::State& state) {

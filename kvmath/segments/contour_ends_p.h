@@ -15,8 +15,18 @@ namespace KvMath::Internal {
 /// matter.
 class ContourEnds {
 public:
-    /// Points give the largest coordinate to come. gap >= 0.
-    ContourEnds(const KvVector2D<double>* pts, int n, double gap) : pts_(pts), n_(n), gap_(gap) {}
+    struct End {
+        KvVector2D<double> p;
+        int next = -1;    ///< the next contour in the same bucket
+        int bucket = -1;  ///< -1: not in the grid
+    };
+
+    /// Points give the largest coordinate to come. gap >= 0. The storage is emptied first; it must outlive
+    /// the object.
+    ContourEnds(const KvVector2D<double>* pts, int n, double gap, std::vector<End>& storage)
+        : pts_(pts), n_(n), gap_(gap), ends_(storage) {
+        ends_.clear();
+    }
 
     int count() const { return static_cast<int>(ends_.size()); }
     int append(int point);                ///< a new contour that ends at this point; returns its number
@@ -24,11 +34,6 @@ public:
     int nearest(const KvVector2D<double>& p) const;  ///< the contour within the gap; -1: none
 
 private:
-    struct End {
-        KvVector2D<double> p;
-        int next = -1;    ///< the next contour in the same bucket
-        int bucket = -1;  ///< -1: not in the grid
-    };
     struct Best {
         double distance;
         int contour = -1;
@@ -45,7 +50,7 @@ private:
     int n_;
     double gap_;
     double cell_ = 0;
-    std::vector<End> ends_;
+    std::vector<End>& ends_;
     std::vector<int> heads_;  ///< first contour of each bucket, a power of two of them; empty: no grid
 };
 

@@ -91,10 +91,11 @@ int endOfRun(const Point* pts, int from, int n, double gap, double square) {
 
 }  // namespace
 
-int groupContours(const Point* pts, int n, double gap, std::vector<ContourRun>& runs) {
+int groupContours(const Point* pts, int n, double gap, std::vector<ContourRun>& runs,
+                  std::vector<ContourEnds::End>& storage) {
     runs.clear();
     const double square = leastSquareBeyond(gap);
-    ContourEnds ends(pts, n, gap);
+    ContourEnds ends(pts, n, gap, storage);
     runs.push_back({0, 0, ends.append(0)});
     for (int k = 1;;) {
         k = k < n ? endOfRun(pts, k, n, gap, square) : n;

@@ -1,7 +1,7 @@
 #pragma once
 // Which points of a profile belong together: the kernel of profile2contours, without its arrays.
 
-#include <kvmath/base/vector2d.h>
+#include <kvmath/segments/contour_ends_p.h>
 
 #include <vector>
 
@@ -13,7 +13,8 @@ struct ContourRun {
 };
 
 /// The runs in order of arrival, as profile2contours documents the grouping; contours count from 0 in order
-/// of their first run. Returns the number of contours. n >= 1.
-int groupContours(const KvVector2D<double>* pts, int n, double gap, std::vector<ContourRun>& runs);
+/// of their first run. Returns the number of contours. n >= 1. `storage` is work space.
+int groupContours(const KvVector2D<double>* pts, int n, double gap, std::vector<ContourRun>& runs,
+                  std::vector<ContourEnds::End>& storage);
 
 }  // namespace KvMath::Internal

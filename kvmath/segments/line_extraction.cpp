@@ -18,19 +18,19 @@ namespace {
 
 using Point = KvVector2D<double>;
 
-void appendSegments(const std::vector<Point>& vertices, double minLength, QList<LinePP>& segments) {
+void appendSegments(const std::vector<Point>& vertices, double minLength, std::vector<LinePP>& segments) {
     for (size_t k = 0; k + 1 < vertices.size(); ++k) {
         const double dx = vertices[k + 1].x - vertices[k].x;
         const double dy = vertices[k + 1].y - vertices[k].y;
         if (std::sqrt(dx * dx + dy * dy) > minLength)
-            segments.append(LinePP(vertices[k], vertices[k + 1]));
+            segments.emplace_back(vertices[k], vertices[k + 1]);
     }
 }
 
 }  // namespace
 
 void Internal::gatherContours(const Point* pts, int n, double gap, Contours& contours) {
-    const int count = groupContours(pts, n, gap, contours.runs);
+    const int count = groupContours(pts, n, gap, contours.runs, contours.ends);
     std::vector<int>& begins = contours.begins;
     begins.assign(static_cast<size_t>(count) + 1, 0);
     for (const ContourRun& run : contours.runs)
@@ -41,7 +41,8 @@ void Internal::gatherContours(const Point* pts, int n, double gap, Contours& con
     if (contours.runs.size() == static_cast<size_t>(count))
         return;
     contours.gathered.resize(static_cast<size_t>(n));
-    std::vector<int> at(begins.begin(), begins.end() - 1);
+    std::vector<int>& at = contours.at;
+    at.assign(begins.begin(), begins.end() - 1);
     for (const ContourRun& run : contours.runs) {
         int& to = at[static_cast<size_t>(run.contour)];
         std::copy(pts + run.from, pts + run.to, contours.gathered.data() + to);
@@ -91,12 +92,13 @@ void contour2lines(const Point* pts, int n, double tolerance, int iterations, do
 }
 
 void Internal::extractSegments(const Point* pts, int n, const TSFindTemplateParams& params,
-                               QList<LinePP>& segments) {
+                               SegmentScratch& scratch, std::vector<LinePP>& segments) {
+    segments.clear();
     if (n < 1)
         return;
-    Contours contours;
+    Contours& contours = scratch.contours;
+    ContourPieces& pieces = scratch.pieces;
     gatherContours(pts, n, params.contourGap, contours);
-    ContourPieces pieces;
     pieces.reserve();
     for (size_t k = 0; k + 1 < contours.begins.size(); ++k) {
         const int size = contours.begins[k + 1] - contours.begins[k];

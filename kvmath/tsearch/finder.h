@@ -8,6 +8,8 @@
 
 #include <QtCore/QList>
 
+#include <memory>
+
 namespace KvMath {
 
 class KvProfile;
@@ -27,6 +29,25 @@ class TSTemplate;
 KVMATH_EXPORT bool findTemplate(const KvProfile& profile, TSTemplate* templ,
                                 const TSFindTemplateParams& params, QList<LinePP>& lines,
                                 QList<TSLinesIndecies>& results);
+
+/// findTemplate for one profile after another. Its work space, and the elements of the lists that it is
+/// given, are used again: while profiles have no more points, pieces and matches than those before, finding
+/// allocates nothing, and neither does evalLinesSet on the match. One thread at a time may use an object.
+class KVMATH_EXPORT TemplateFinder {
+public:
+    TemplateFinder();                                           ///< without work space
+    ~TemplateFinder();                                          ///< what it found stays the caller's
+    TemplateFinder(const TemplateFinder&) = delete;             ///< work space is not copied
+    TemplateFinder& operator=(const TemplateFinder&) = delete;  ///< likewise
+
+    /// The same as findTemplate. Keep `lines` and `results` from profile to profile.
+    bool find(const KvProfile& profile, TSTemplate* templ, const TSFindTemplateParams& params,
+              QList<LinePP>& lines, QList<TSLinesIndecies>& results);
+
+private:
+    struct State;
+    std::unique_ptr<State> state_;
+};
 
 /// Runs every measurement on the match, in order, also after one has failed, so that all results are fresh.
 /// True when all succeeded; an empty list gives true.

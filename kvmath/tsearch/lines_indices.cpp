@@ -3,6 +3,8 @@
 #include <kvmath/base/count_p.h>
 #include <kvmath/tsearch/assignment_p.h>
 
+#include <algorithm>
+
 namespace KvMath {
 
 TSLinesIndecies::TSLinesIndecies(const int* codes, int count) {
@@ -11,6 +13,14 @@ TSLinesIndecies::TSLinesIndecies(const int* codes, int count) {
     codes_.reserve(count);
     for (int line = 0; line < count; ++line)
         codes_.append(codes[line]);
+}
+
+void TSLinesIndecies::setCodes(const int* codes, int count) {
+    if (codes == nullptr || count < 1 || codes_.size() != count) {
+        *this = TSLinesIndecies(codes, count);
+        return;
+    }
+    std::copy(codes, codes + count, codes_.begin());
 }
 
 bool TSLinesIndecies::getLineIndex(int templateLine, int& segment) const {

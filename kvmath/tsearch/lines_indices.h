@@ -28,6 +28,9 @@ public:
     bool getLine(const QList<LinePP>& segments, int templateLine, LinePP& line) const;
     int count() const;  ///< template lines
 
+    /// The same as an assignment of TSLinesIndecies(codes, count), in the storage that is there.
+    void setCodes(const int* codes, int count);
+
 private:
     QList<int> codes_;
 };

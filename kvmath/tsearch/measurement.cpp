@@ -196,7 +196,16 @@ bool TSUniformMeasurement::load(QDataStream& stream) {
     return true;
 }
 
-TSUniformResults TSUniformMeasurement::getUniformResult() { return results_; }
+TSUniformResults TSUniformMeasurement::getUniformResult() {
+    TSUniformResults results;
+    for (const TSUniformResultPoint& point : resultPoints_)
+        results.points.append(point);
+    for (const TSUniformResultLine& line : resultLines_)
+        results.lines.append(line);
+    for (const TSUniformResultAngle& angle : resultAngles_)
+        results.angles.append(angle);
+    return results;
+}
 
 QList<QPair<QString*, bool*>> TSUniformMeasurement::getUniformResultsInfoAll() {
     QList<QPair<QString*, bool*>> all;
@@ -208,7 +217,9 @@ QList<QPair<QString*, bool*>> TSUniformMeasurement::getUniformResultsInfoAll() {
 }
 
 void TSUniformMeasurement::clearResults() {
-    results_.clear();
+    resultPoints_.clear();
+    resultLines_.clear();
+    resultAngles_.clear();
     valid_ = false;
 }
 
@@ -230,20 +241,20 @@ bool TSUniformMeasurement::assignedLine(const QList<LinePP>& lines, const TSLine
 
 void TSUniformMeasurement::addPoint(int index, const KvVector2D<double>& point) {
     if (isActive(points_, index))
-        results_.points.append({point, nameOf(points_, index)});
+        resultPoints_.push_back({point, nameOf(points_, index)});
 }
 
 void TSUniformMeasurement::addLine(int index, const KvVector2D<double>& p1, const KvVector2D<double>& p2,
                                    double value) {
     if (isActive(lines_, index))
-        results_.lines.append({p1, p2, value, nameOf(lines_, index)});
+        resultLines_.push_back({p1, p2, value, nameOf(lines_, index)});
 }
 
 void TSUniformMeasurement::addAngle(int index, const KvVector2D<double>& vertex,
                                     const KvVector2D<double>& first, const KvVector2D<double>& second,
                                     double value) {
     if (isActive(angles_, index))
-        results_.angles.append({vertex, first, second, value, nameOf(angles_, index)});
+        resultAngles_.push_back({vertex, first, second, value, nameOf(angles_, index)});
 }
 
 bool TSUniformMeasurement::isAngleActive(int index) const { return isActive(angles_, index); }

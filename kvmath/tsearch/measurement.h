@@ -120,7 +120,10 @@ private:
     Infos points_;
     Infos lines_;
     Infos angles_;
-    TSUniformResults results_;
+    // Kept from measure to measure, so that measuring again allocates nothing.
+    std::vector<TSUniformResultPoint> resultPoints_;
+    std::vector<TSUniformResultLine> resultLines_;
+    std::vector<TSUniformResultAngle> resultAngles_;
     bool valid_ = false;
 };
 

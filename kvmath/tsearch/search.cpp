@@ -7,8 +7,10 @@
 #include <kvmath/tsearch/assignment_p.h>
 #include <kvmath/tsearch/bounds_p.h>
 #include <kvmath/tsearch/directions_p.h>
+#include <kvmath/tsearch/search_p.h>
 
 #include <algorithm>
+#include <array>
 #include <limits>
 #include <memory>
 
@@ -44,17 +46,25 @@ bool isResumable(const int* codes, int nTemplateLines, qint64 codeEnd, int step)
     return std::all_of(codes, codes + nTemplateLines - 1, names) && last >= -step && last < codeEnd;
 }
 
-/// One walk through the tree. Levels below `level_` hold segments, which are marked as used.
+/// One walk through the tree, from the codes or, for null, from its begin. Levels below `level_` hold
+/// segments, which are marked as used.
 class Enumeration {
 public:
     Enumeration(LinePP* lines, int nLines, int nTemplateLines, int step, const Callbacks& calls,
                 const int* codes, int level)
         : lines_(lines), lineCount_(nTemplateLines), step_(step), codeEnd_(2 * static_cast<qint64>(nLines)),
-          calls_(calls), scratch_(new unsigned[scratchWords(nLines, nTemplateLines)]),
-          codes_(reinterpret_cast<int*>(scratch_.get())), used_(scratch_.get() + nTemplateLines),
-          level_(level) {
-        std::copy(codes, codes + nTemplateLines, codes_);
-        std::fill(used_, scratch_.get() + scratchWords(nLines, nTemplateLines), 0U);
+          calls_(calls), level_(level) {
+        const size_t words = scratchWords(nLines, nTemplateLines);
+        if (words > few_.size())
+            many_.reset(new unsigned[words]);
+        unsigned* const scratch = words > few_.size() ? many_.get() : few_.data();
+        codes_ = reinterpret_cast<int*>(scratch);
+        used_ = scratch + nTemplateLines;
+        if (codes == nullptr)
+            std::fill(codes_, codes_ + nTemplateLines, -step);
+        else
+            std::copy(codes, codes + nTemplateLines, codes_);
+        std::fill(used_, scratch + words, 0U);
         for (int k = 0; k < level; ++k)
             mark(codes_[k]);
     }
@@ -107,9 +117,10 @@ private:
     int lineCount_, step_;
     qint64 codeEnd_;
     Callbacks calls_;
-    std::unique_ptr<unsigned[]> scratch_;
-    int* codes_;
-    unsigned* used_;
+    std::array<unsigned, 64> few_;  // a search for a few lines needs no heap
+    std::unique_ptr<unsigned[]> many_;
+    int* codes_ = nullptr;
+    unsigned* used_ = nullptr;
     int level_;
 };
 
@@ -222,6 +233,17 @@ bool templateSearch(LinePP* lines, int nLines, int nTemplateLines, bool (*check)
             break;
     }
     return found;
+}
+
+void Internal::forEachAssignment(LinePP* lines, int nLines, int nTemplateLines,
+                                 bool (*check)(LinePP*, int*, int, void*), void* checkData,
+                                 bool allowReversed, void (*visit)(const int*, int, void*), void* visitData) {
+    if (nTemplateLines < 1 || nTemplateLines > kMaxTemplateLines || nTemplateLines > nLines)
+        return;
+    Enumeration enumeration(lines, nLines, nTemplateLines, allowReversed ? 1 : 2,
+                            {check, checkData, nullptr, nullptr}, nullptr, 0);
+    while (enumeration.next())
+        visit(enumeration.codes(), nTemplateLines, visitData);
 }
 
 bool defaultCheckFunction(LinePP* lines, int* assignment, int level, void* params) {

@@ -71,6 +71,9 @@ TEST(FindTemplate, FindsWhatNestedLoopsFind) {
     const KvProfile profile = sampled(kSteps);
     Draws draws(11);
     int total = 0;
+    TemplateFinder finder;
+    QList<LinePP> keptLines;
+    QList<TSLinesIndecies> keptResults;
     for (int round = 0; round < 40; ++round) {
         SCOPED_TRACE(round);
         TSTemplate templ(3);
@@ -93,17 +96,34 @@ TEST(FindTemplate, FindsWhatNestedLoopsFind) {
         for (const TSLinesIndecies& indices : results)
             found.push_back(codesOf(indices));
         EXPECT_EQ(found, byNestedLoops(lines, templ, allowReversed));
+        EXPECT_TRUE(finder.find(profile, &templ, parameters(allowReversed), keptLines, keptResults));
+        std::vector<Codes> again;
+        for (const TSLinesIndecies& indices : qAsConst(keptResults))
+            again.push_back(codesOf(indices));
+        EXPECT_EQ(again, found) << "in the storage of the round before";
         total += static_cast<int>(results.size());
     }
     EXPECT_GT(total, 500);
 }
 
+PointRun pointsOf(const QList<LinePP>& lines) {
+    PointRun points;
+    for (const LinePP& line : lines)
+        points.insert(points.end(), {line.p1, line.p2});
+    return points;
+}
+
 TEST(FindTemplate, GivesTheSegmentsOfTheStepsOneByOneAndClearsOldResults) {
     Draws draws(5);
+    TemplateFinder finder;
+    QList<LinePP> lines = {LinePP()};
+    QList<TSLinesIndecies> results;
     for (int trial = 0; trial < 3000; ++trial) {
         SCOPED_TRACE(trial);
+        const QList<LinePP> linesBefore = lines;
+        const PointRun before = pointsOf(lines);
         KvProfile profile;
-        PointRun run, expected, found;
+        PointRun run, expected;
         for (const auto& p : drawnRun(draws)) {
             profile.points.append({static_cast<float>(p.x), static_cast<float>(p.y)});
             run.emplace_back(profile.points.last().x, profile.points.last().y);
@@ -116,12 +136,10 @@ TEST(FindTemplate, GivesTheSegmentsOfTheStepsOneByOneAndClearsOldResults) {
                 if (Literal::distance(v[k + 1], v[k]) > 0.3)
                     expected.insert(expected.end(), {v[k], v[k + 1]});
         }
-        QList<LinePP> lines = {LinePP()};
-        QList<TSLinesIndecies> results = {TSLinesIndecies()};
-        EXPECT_TRUE(findTemplate(profile, nullptr, params, lines, results) && results.isEmpty());
-        for (const LinePP& s : qAsConst(lines))
-            found.insert(found.end(), {s.p1, s.p2});
-        ASSERT_TRUE(sameBits(found, expected));
+        results.append(TSLinesIndecies());
+        EXPECT_TRUE(finder.find(profile, nullptr, params, lines, results) && results.isEmpty());
+        ASSERT_TRUE(sameBits(pointsOf(lines), expected));
+        ASSERT_TRUE(sameBits(pointsOf(linesBefore), before)) << "a copy of the list is another list";
     }
 }
 
