@@ -1,7 +1,8 @@
-// From a profile to matches. Points become double in storage that is kept, pieces are found in flat arrays, and every
-// assignment that the enumeration accepts is written over the match of the profile before. So the lists that are given
-// back cost nothing when they are filled again; a QList of Qt 5 holds a block of memory for every segment. Time is that
-// of finding the pieces, which grows as the number of points, and of the enumeration.
+// From a profile to matches. Points become double in storage that is kept, pieces are found in flat arrays,
+// and every assignment that the enumeration accepts is written over the match of the profile before. So the
+// lists that are given back cost nothing when they are filled again; a QList of Qt 5 holds a block of memory
+// for every segment. Time is that of finding the pieces, which grows as the number of points, and of the
+// enumeration.
 
 #include <kvmath/tsearch/finder.h>
 
