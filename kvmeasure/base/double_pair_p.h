@@ -6,6 +6,8 @@
 //     KVMEASURE_INLINE_KERNEL void kernel(...) { ... }
 //     KVMEASURE_FOR_AVX2 void kernelForAvx2(...) { kernel(...); }
 //     if (Internal::hasAvx2()) kernelForAvx2(...); else kernel(...);
+//
+// kvmath has the same for itself; its private headers end at that library.
 
 #include <kvmeasure/base/plane_geometry.h>
 

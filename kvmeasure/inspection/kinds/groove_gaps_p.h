@@ -50,8 +50,8 @@ std::size_t landEnd(const std::vector<Vector>& points, std::size_t deepest, std:
 /// The finite points, from left to right where the scan went from right to left.
 std::vector<Vector> inScanOrder(const std::vector<Vector>& points);
 
-/// The gaps from left to right that are deeper than a quarter of the deepest and than eight standard
-/// deviations of the noise, or six tenths of the deepest.
+/// Of finite points, one at least, the gaps from left to right that are deeper than a quarter of the deepest
+/// and than eight standard deviations of the noise, or six tenths of the deepest.
 std::vector<GrooveGap> gapsUnderHull(const std::vector<Vector>& points);
 
 /// The points from one number to another, in either order, that lie to the right of the way from `left` to

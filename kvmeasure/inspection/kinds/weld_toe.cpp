@@ -1,8 +1,9 @@
-// The toe of a weld: the first points that leave the plate (three deviations, three correlation times in a
-// row) tell where the face begins. A parabola of least squares through the face beside it, up to a quarter of
-// its height, is followed back to the plate; where it gives no answer the toe is halfway between the last
-// point of the plate and the first of the face. The u of the place is that of the parabola and of the plate,
-// each over the slope at which they meet. A few passes over the points, nothing is sorted.
+// The toe of a weld: behind the last points that lie on the plate, the first ones off it (three deviations,
+// three correlation times in a row) tell where the face begins. A parabola of least squares through the face
+// beside it, up to a quarter of its height, is followed back to the plate; where it gives no answer, or one
+// that may lie anywhere beside the face, the toe is halfway between the last point of the plate and the first
+// of the face. The u of the place is that of the parabola and of the plate, each over the slope at which they
+// meet. A few passes over the points, nothing is sorted.
 
 #include <kvmeasure/inspection/kinds/weld_toe.h>
 
@@ -19,8 +20,8 @@ namespace {
 
 constexpr double kDeviations = 3;
 
-/// The greatest of the least of `run` values in a row, as the number of its first value; their number: fewer
-/// values.
+/// Of all stretches of `run` values, at least one, the one whose least value is greatest: the number of its
+/// first value; that of all values where these are fewer. Time in proportion to the values.
 std::size_t highestRun(const std::vector<double>& values, std::size_t run) {
     std::vector<std::size_t> open;  // values that may become the least of a run, ascending from `front`
     std::size_t front = 0;
@@ -219,8 +220,10 @@ WeldToe findToe(const LineFit& plate, const std::vector<Vector>& points, double 
     if (!plate.isFound())
         return toe;
     constexpr double kFewest = 3;
-    const double times = std::isfinite(noise.correlationTime) ? noise.correlationTime : 1;
-    const auto run = static_cast<std::size_t>(std::ceil(kFewest * times));
+    const bool isKnown = std::isfinite(noise.correlationTime) && noise.correlationTime >= 1;
+    const double times = isKnown ? noise.correlationTime : 1;
+    const auto run =
+        static_cast<std::size_t>(std::min(std::ceil(kFewest * times), double(points.size()) + 1));
     toe.face = departure(plate, points, side, run, noise);
     if (toe.face == points.size())
         toe.reason = "a toe is not found: no points leave the plate";

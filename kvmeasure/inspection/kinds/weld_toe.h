@@ -21,9 +21,10 @@ struct WeldToe {
 /// (three correlation times of them) that lie more than three standard deviations (of a point and of the line
 /// there) off the line, on the side where `side` (1 or -1) times the distance from the line is positive, and
 /// behind which no three lie on it before the highest ones: spatter is no face. The toe is where the line of
-/// the face after it meets the plate; where this has fewer than four points, is nearer to the plate than 10
-/// degrees or meets it anywhere within half its length, half way between that point and the one before. No
-/// toe, with a reason: a plate that is no line, no such points, or the first point is one.
+/// the face after it meets the plate; where this has fewer than eight points, is nearer to the plate than 10
+/// degrees or would meet it with a u of more than half its own length, half way between that point and the
+/// one before. No toe, with a reason: a plate that is no line, no such points, or the first point is one. A
+/// correlation time below 1 counts as 1.
 KVMEASURE_EXPORT WeldToe findToe(const LineFit& plate, const std::vector<Vector>& points, double side,
                                  const NoiseModel& noise);
 

@@ -1,6 +1,7 @@
 // The kinds of tools that rest on fitted lines and arcs: known answers, what moving the part does to them,
 // their uncertainty against the errors seen, and reasons.
 
+#include <kvmeasure/inspection/kinds/weld_toe.h>
 #include <tests/kvmeasure/inspection/shapes.h>
 
 #include <gmock/gmock.h>
@@ -204,6 +205,24 @@ TEST(FittedKinds, TakeNoSpatterForTheFaceOfAWeld) {
             }
         }
     }
+}
+
+TEST(WeldToe, IsFoundOrRefusedForAnyCorrelationTime) {
+    LineFit plate = fitLine({{-8, 0}, {-7, 0.01}, {-6, -0.01}, {-5, 0}, {-4, 0.01}, {-3, 0}});
+    ASSERT_TRUE(plate.isFound());
+    const Points points = scan([](double x) { return std::max(0.0, x); }, 0.05, 0.3);
+    NoiseModel noise;
+    noise.deviation = 0.01;
+    noise.correlationTime = 1;
+    const WeldToe white = findToe(plate, points, 1, noise);
+    ASSERT_TRUE(white.reason.isEmpty());
+    for (const double time : {0.0, -3.0, 0.5, double(HUGE_VAL), std::nan("")}) {
+        noise.correlationTime = time;
+        EXPECT_EQ(findToe(plate, points, 1, noise).face, white.face) << time;
+        EXPECT_TRUE(findToe(plate, {}, 1, noise).reason.contains("no points leave the plate")) << time;
+    }
+    noise.correlationTime = 1e300;
+    EXPECT_TRUE(findToe(plate, points, 1, noise).reason.contains("no points leave the plate"));
 }
 
 TEST(FittedKinds, SayWhichUncertaintyIsNone) {
