@@ -38,6 +38,8 @@ SWITCHES = pathlib.Path(__file__).with_name("mutation_switches.h")
 SPACED = {"<": "Less", "<=": "LessEqual", ">": "Greater", ">=": "GreaterEqual", "==": "Equal", "!=": "Unequal", "+": "Plus",
           "-": "Minus", "*": "Times", "/": "Over", "+=": "Add", "-=": "Take"}
 OPEN, CLOSE = "([{", ")]}"
+# Operators become functions, which pass quads of doubles in one way where all of a file is for AVX2, and in two where some is.
+WIDE = ["-mavx2"] if "avx2" in pathlib.Path("/proc/cpuinfo").read_text(encoding="utf-8") else []
 WORD_BEFORE = re.compile(r"(?:^|[^\w])(?:return|case|throw|else|co_return)\s*$")
 
 
@@ -208,7 +210,7 @@ class Folder:
         words = [word for word in words if not word.startswith(("-W", "-O")) and word != "ccache"]
         words[words.index("-o") + 1] = str(made)
         words[words.index("-c") + 1] = str(copy)
-        words[1:1] = ["-O1", "-Wno-narrowing", "-Werror=vla", "-ftrack-macro-expansion=0", "-include", str(SWITCHES), f"-DKVMUT_COUNT={len(self.mutants) + 1}",
+        words[1:1] = ["-O1", *WIDE, "-Wno-narrowing", "-Wno-psabi", "-Werror=vla", "-ftrack-macro-expansion=0", "-include", str(SWITCHES), f"-DKVMUT_COUNT={len(self.mutants) + 1}",
                       f"-I{(mutate.ROOT / file).parent}"]
         known = copy.with_suffix(".left")
         if known.exists() and made.exists():
