@@ -104,7 +104,7 @@ Heading readHeading(const QString& text) {
         heading.length = findLengthUnit(heading.unit);
     } else {
         static const QRegularExpression tail(
-            "^(.*[^\\s/_.,-])(?:\\s+in\\s+|\\s*[/_.,\\s-]\\s*)([^\\s/_.,-]+)$",
+            "^(.*?[^\\s/_.,-])(?:\\s+in\\s+|\\s*[/_.,\\s-]\\s*)([^\\s/_.,-]+)$",
             QRegularExpression::CaseInsensitiveOption);
         static const QRegularExpression capital("^(.*[a-z0-9X-Z])(Nm|Um|Mm|Cm|Inch)$");
         const bool isCapital = heading.text == heading.text.toUpper();  // as a whole: "X_MM"

@@ -3,6 +3,7 @@
 
 #include <kvmeasure/profiles/profile_file.h>
 #include <kvmeasure/profiles/profile_writer.h>
+#include <kvmeasure/profiles/text_table.h>
 #include <tests/kvmeasure/calls.h>
 #include <tests/support/scratch_directory.h>
 
@@ -99,6 +100,97 @@ TEST(PointFiles, WrittenAreReadAgain) {
     EXPECT_FALSE(QFile::exists("two.csv"));
     EXPECT_THAT(textOf(errorOf([] { parseForm("cvs", FileForm::Csv); })),
                 HasSubstr("must be csv, kv-csv or record"));
+}
+
+/// Separator, width, lines of the first row, of names and of units, columns with their units, lines of titles
+/// and of comments, columns with numbers; "double" where blank lines part the rows.
+std::string headOf(const QByteArray& text) {
+    std::vector<NumberedLine> lines;
+    for (const QByteArray& line : text.split('\n'))
+        lines.push_back({qint64(lines.size()) + 1, line});
+    const TextHead head = findHead(lines);
+    QStringList columns, titles, comments;
+    for (const Heading& heading : head.columns)
+        columns << heading.text + (heading.unit.isEmpty() ? "" : ' ' + heading.unit) +
+                       (heading.length != nullptr ? "!" : "");
+    for (const NumberedLine& line : head.titles)
+        titles << QString::number(line.number);
+    for (const NumberedLine& line : head.comments)
+        comments << QString::number(line.number);
+    QString numeric;
+    for (const bool isNumeric : head.isNumeric)
+        numeric += isNumeric ? '1' : '0';
+    const QString places = QString("%1 %2,%3,%4 ")
+                               .arg(head.width)
+                               .arg(head.firstRow + 1)
+                               .arg(head.namesLine)
+                               .arg(head.unitsLine);
+    return (head.separator + places + '[' + columns.join('|') + "] " + titles.join(',') + '/' +
+            comments.join(',') + ' ' + numeric + (head.isDoubleSpaced ? " double" : ""))
+        .toStdString();
+}
+
+TEST(TextHead, IsWhatStandsAboveTheRows) {
+    const struct {
+        const char *text, *expected;
+    } cases[] = {
+        // The separator that makes most rows of numbers; of equal ones the first of ; tab , and blank.
+        {"1,5;2\n2,5;3", ";2 1,0,0 [] / 11"},
+        {"1,5\t2\n2,5\t3", "\t2 1,0,0 [] / 11"},
+        {"1.5,2\n2.5,3", ",2 1,0,0 [] / 11"},
+        {"1,5 2,5\n2,5 3", " 2 1,0,0 [] / 11"},
+        {"1;2\n3 4\n5 6", " 2 2,0,0 [] 1/ 11"},
+        {"# 1 2\n# 3 4\n5;6", ";2 3,0,0 [] /1,2 11"},
+        {"5\n6\n7", " 1 1,0,0 [] / 1"},
+        {"5;\n6;", ";1 1,0,0 [] / 1"},
+        {"no numbers", " 0 2,0,0 [] / "},
+        {"a;b", ";0 2,0,0 [] / "},
+        // The width of most rows; of equal numbers of rows the greater one. Texts count where numbers are.
+        {"1;2;3\n1;2\n1;2", ";2 1,0,0 [] / 11"},
+        {"1;2\n1;2;3", ";3 1,0,0 [] / 111"},
+        {"E;1;2\nE;3;4\nE;5;6", ";3 1,0,0 [] / 011"},
+        {"a;1;2;-\n1;3;4;nan", ";4 1,0,0 [] / 0110"},
+        {"1;2;;\n3;4;;", ";2 1,0,0 [] / 11"},
+        // Names, and units in a line of their own below them.
+        {"x;z\n1;2", ";2 2,1,0 [x|z] / 11"},
+        {"a title\nx;z\n[mm];[um]\n1;2", ";2 4,2,3 [x mm!|z um!] 1/ 11"},
+        {"x [um];z\n[mm];[mm]\n1;2", ";2 3,1,2 [x [um] um!|z mm!] / 11"},
+        {"x;z\n-;um\n1;2", ";2 3,1,2 [x -|z um!] / 11"},
+        {"x;z;q\n[mm];;[V]\n1;2;3", ";3 3,1,2 [x mm!|z|q V] / 111"},
+        {"x;z\nmm;um\nu;v\n1;2", ";2 4,3,0 [u|v] 1/ 11"},
+        {"a;b\nx;z\n1;2", ";2 3,2,0 [x|z] 1/ 11"},
+        {"mm;mm\n1;2", ";2 2,1,0 [mm|mm] / 11"},
+        {"x,z\n1;2\n3;4", ";2 2,1,0 [x|z] / 11"},
+        {"x;z;q\n1 2 3\n4 5 6", " 3 2,1,0 [x|z|q] / 111"},
+        {"one two three\n1;2;3", ";3 2,0,0 [] 1/ 111"},
+        {"x;z;more\n1;2", ";2 2,1,0 [x|z] / 11"},
+        // A single column: only a known name, of which blanks part no field.
+        {"z [um]\n5\n6", " 1 2,1,0 [z [um] um!] / 1"},
+        {"Height in mm\n5\n6", " 1 2,1,0 [Height in mm mm!] / 1"},
+        {"y\n5\n6", " 1 2,1,0 [y] / 1"},
+        {"part\n5\n6", " 1 2,0,0 [] 1/ 1"},
+        {"a title\n5\n6", " 1 2,0,0 [] 1/ 1"},
+        // A comment names columns directly above the rows, where nothing else does.
+        {"# x z\n1 2", " 2 2,1,0 [x|z] / 11"},
+        {"# a\n#x z\n1 2", " 2 3,2,0 [x|z] /1 11"},
+        {"# x z\n\n1 2", " 2 3,0,0 [] /1 11"},
+        {"# x z\nu v\n1 2", " 2 3,2,0 [u|v] /1 11"},
+        {"u v\n# x z\n1 2", " 2 3,1,0 [u|v] /2 11"},
+        {"# p q\n1 2", " 2 2,0,0 [] /1 11"},
+        {"#;x;z\n1;2;3", ";3 2,1,0 [#|x|z] / 111"},
+        {"# q;x;z\n1;2;3", ";3 2,1,0 [q|x|z] / 111"},
+        {"# x;z\n1;2", ";2 2,1,0 [x|z] / 11"},
+        {"# z\n5\n6", " 1 2,1,0 [z] / 1"},
+        {"1 2\n# x z\n3 4", " 2 1,0,0 [] / 11"},
+        // Three rows at least with a blank line behind each.
+        {"1 2\n\n3 4\n\n5 6", " 2 1,0,0 [] / 11 double"},
+        {"1 2\n\n3 4", " 2 1,0,0 [] / 11"},
+        {"1 2\n3 4\n\n5 6", " 2 1,0,0 [] / 11"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.text);
+        EXPECT_NO_THROW(EXPECT_EQ(headOf(c.text), c.expected));
+    }
 }
 
 }  // namespace

@@ -97,6 +97,7 @@ TEST_F(Text, UnitsAndNamesOfHeadingsAreUsed) {
         {"a unit each", "x (mm),z (\xC2\xB5m)\n1,2500\n2,2000\n", "", "2 1..2 2..2.5"},
         {"Latin-1", "x [\xB5m],z [\xB5m]\n1000,2500\n", "", "1 1..1 2.5..2.5"},
         {"words", "Position in inch\tHeight in inch\n1\t2\n", "", "1 25.4..25.4 50.8..50.8"},
+        {"names with words", "Height in inch\tPosition in inch\n1\t2\n", "", "1 50.8..50.8 25.4..25.4"},
         {"last word", "x_m,z_m\n0.001,0.0025\n", "", "1 1..1 2.5..2.5"},
         {"line of units", "title\nx;z\n[mm];[um]\n1;2000\n", "", "1 1..1 2..2"},
         {"option for all", "1,2\n2,3\n", "units cm", "2 10..20 20..30"},
