@@ -2,14 +2,14 @@
 // mean and no slope, and deviations of +h, -h about a whole circle neither move nor widen it, so that what a
 // fit gives is the line or circle that they were put about. Uncertainties by the sums that define them.
 
-#include <kvmeasure/profiles/profile_noise.h>
+#include <kvmeasure/profiles/line_refit.h>
 #include <kvmeasure/profiles/robust_arc.h>
 #include <kvmeasure/profiles/search_estimate.h>
 
 #include <gmock/gmock.h>
 
+#include <array>
 #include <cmath>
-#include <random>
 
 namespace {
 
@@ -119,58 +119,110 @@ TEST(ExactFits, CorrelatedNoiseCountsBySumsOverAllPairs) {
     }
 }
 
-TEST(ExactFits, TheDeviationIsTheFitsOwnOrThatOfAll) {
-    struct Case {
-        double count, own, time, deviation, degrees;
-        int pieces;
-        bool isShort;
-    };
-    // Own deviations count from 30 correlation lengths on, or beyond a factor of 2; never of 2 lengths per
-    // parameter.
-    for (const Case& c : {Case{100, 1.5, 1, 1.5, 98, 1, false}, Case{30, 1.9, 1, 1.9, 28, 1, false},
-                          Case{29, 1.9, 1, 1, 1e12, 1, true}, Case{29, 1.9, 1, 1, 1e12, 2, false},
-                          Case{10, 0.6, 1, 1, 1e12, 2, false}, Case{9, 0.6, 1, 1, 1e12, 2, true},
-                          Case{20, 2.1, 1, 2.1, 18, 1, true}, Case{20, 0.4, 1, 0.4, 18, 1, true},
-                          Case{4, 5, 1, 1, 1e12, 1, true}, Case{120, 1.5, 4, 3, 118, 1, false}}) {
-        NoiseModel noise = whiteNoise(1);
-        noise.correlationTime = c.time;
-        noise.pieces = c.pieces;
-        const FitDeviation found = deviationOf(c.own * c.own * (c.count - 2 * c.time), c.count, 2, noise);
-        SCOPED_TRACE(testing::Message() << c.count << " points, own deviation " << c.own);
-        EXPECT_NEAR(found.deviation, c.deviation, 1e-9);
-        EXPECT_NEAR(found.degreesOfFreedom, c.degrees, 1e-6 * c.degrees);
-        EXPECT_EQ(found.isShort, c.isShort);
-    }
-    EXPECT_FALSE(deviationOf(1, 100, 2, NoiseModel()).reason.isEmpty());
-    EXPECT_TRUE(std::isnan(deviationOf(1, 100, 2, NoiseModel()).deviation));
-}
+/// Points along a polyline with deviations that move none of its lines, from corner to corner. A corner is
+/// the middle of a stray, which its pieces share.
+struct Polyline {
+    static constexpr int kSteps = 97;  // of a piece: 96 points of its own
+    Points points, corners;
+    std::vector<Vector> along;
 
-TEST(ExactFits, ResidualsCountAsTheirPageSays) {
-    const auto alternating = [](int count) {
-        std::vector<double> residuals;
-        for (int i = 0; i < count; ++i)
-            residuals.push_back(i % 2 == 0 ? 0.5 : -0.5);
-        return residuals;
-    };
-    struct Case {
-        int count, parameters, counted;
-    };
-    for (const Case& c :
-         {Case{4, 2, 0}, Case{5, 2, 5}, Case{23, 0, 23}, Case{24, 2, 24}, Case{1000, 3, 1000}}) {
-        ResidualNoise noise;
-        noise.add(alternating(c.count), c.parameters);
-        const NoiseModel model = noise.model();
-        EXPECT_EQ(model.points, c.counted);
-        EXPECT_EQ(model.reason.isEmpty(), c.counted >= 24) << c.count;
-        if (c.counted >= 24) {
-            EXPECT_EQ(model.correlationTime, 1);
-            EXPECT_NEAR(model.deviation, 0.5 * std::sqrt(double(c.count) / (c.count - c.parameters)), 1e-12);
+    Polyline(const std::vector<double>& degrees, double step, double h) {
+        Vector at(-11, 4);
+        for (const double angle : degrees) {
+            corners.push_back(at);
+            along.emplace_back(std::cos(angle * kPi / 180), std::sin(angle * kPi / 180));
+            const Vector& way = along.back();
+            const double size =
+                std::fabs(angle) < 60 ? step / way.x : step;  // steps of x where heights count
+            const Vector noise = std::fabs(angle) < 60 ? Vector(0, h) : Vector(-h * way.y, h * way.x);
+            for (int i = 0; i < kSteps; ++i) {
+                const double off = i > 0 ? signedSize(i - 1) : 3;
+                points.emplace_back(at.x + i * size * way.x + off * noise.x,
+                                    at.y + i * size * way.y + off * noise.y);
+            }
+            at = Vector(at.x + kSteps * size * way.x, at.y + kSteps * size * way.y);
         }
+        corners.push_back(at);
+        points.push_back(at);
     }
-    ResidualNoise much;
-    for (int i = 0; i < 3; ++i)
-        much.add(alternating(100'000), 2);
-    EXPECT_EQ(much.model().points, 200'000);
+    /// The pieces as a search would leave them that places the corners `late` points too far on.
+    ProfilePieces pieces(int late) const {
+        const auto count = static_cast<int>(points.size());
+        const std::shared_ptr<Vector[]> store(new Vector[points.size()]);
+        std::copy(points.begin(), points.end(), store.get());
+        ProfilePieces found;
+        found.contours.emplace_back(store, 0, count);
+        for (int i = 0; i < static_cast<int>(along.size()); ++i) {
+            const bool isLast = i + 1 == static_cast<int>(along.size());
+            const int from = i * kSteps + (i > 0 ? late : 0), to = (i + 1) * kSteps + (isLast ? 0 : late);
+            const Vector &p = points[std::size_t(from)], &q = points[std::size_t(to)];
+            found.pieces.push_back({{p, q}, 0, from, to, i});
+            found.pieceOf.push_back(i);
+            found.segments.append(found.pieces.back().line);
+        }
+        return found;
+    }
+};
+
+TEST(ExactFits, CornersAreWhereTheLinesMeetThatPointsWerePutAbout) {
+    struct Case {
+        std::vector<double> degrees;
+        int late;
+    };
+    for (const Case& c : {Case{{0, -30, 30, 0}, 0}, Case{{0, -30, 30, 0}, 2}, Case{{0, -30, 30, 0}, -2},
+                          Case{{59, 20, -45}, 0}, Case{{61, 20, -75}, 0}, Case{{10, 90, 0}, 0}}) {
+        constexpr double step = 0.125;
+        const Polyline shape(c.degrees, step, 0.01);
+        const ProfilePieces found = shape.pieces(c.late);
+        const EdgeLines lines = edgeLines(found, {});
+        SCOPED_TRACE(testing::Message()
+                     << testing::PrintToString(c.degrees) << " with corners " << c.late << " late");
+        const auto count = c.degrees.size();
+        ASSERT_EQ(lines.lines.size(), static_cast<int>(count));
+        EXPECT_TRUE(lines.isMoved);
+        for (std::size_t i = 0; i < count; ++i) {
+            const KvMath::LinePP &seen = lines.asSeen[int(i)], &line = lines.lines[int(i)];
+            const FittedPiece& fit = lines.fits[i];
+            SCOPED_TRACE(i);
+            EXPECT_EQ(fit.isInHeight, std::fabs(c.degrees[i]) < 60);
+            EXPECT_LT(length(fit.along, shape.along[i]), 1e-9);
+            EXPECT_EQ(fit.points(), Polyline::kSteps - 1);
+            EXPECT_EQ(fit.from, int(i) * Polyline::kSteps + 1);
+            Vector mean(0, 0);
+            for (int k = fit.from; k < fit.to; ++k) {
+                mean.x += shape.points[std::size_t(k)].x / fit.points();
+                mean.y += shape.points[std::size_t(k)].y / fit.points();
+            }
+            EXPECT_LT(length(fit.centre, mean), 1e-9);
+            double spread = 0, squares = 0;
+            for (int k = fit.from; k < fit.to; ++k) {
+                const Vector d(shape.points[std::size_t(k)].x - mean.x,
+                               shape.points[std::size_t(k)].y - mean.y);
+                const double place = d.x * shape.along[i].x + d.y * shape.along[i].y;
+                const double off = d.y * shape.along[i].x - d.x * shape.along[i].y;
+                spread += place * place;
+                squares += std::pow(fit.isInHeight ? off / shape.along[i].x : off, 2);
+            }
+            EXPECT_NEAR(fit.spread, spread, 1e-9 * spread);
+            EXPECT_NEAR(fit.squares, squares, 1e-9);
+            // Inner ends are the corners; outer ones lie half a step beyond the last point on the line.
+            const bool isFirst = i == 0, isLast = i + 1 == count;
+            const double half = (fit.isInHeight ? step / shape.along[i].x : step) / 2;
+            EXPECT_LT(length(seen.p1, shape.corners[i]), 1e-9);
+            EXPECT_LT(length(seen.p2, shape.corners[i + 1]), 1e-9);
+            EXPECT_NEAR(length(line.p1, seen.p1), isFirst ? half : 0, 1e-9);
+            EXPECT_NEAR(length(line.p2, seen.p2), isLast ? half : 0, 1e-9);
+            EXPECT_NEAR(length(line.p1, line.p2),
+                        length(seen.p1, seen.p2) + (isFirst ? half : 0) + (isLast ? half : 0), 1e-9);
+            EXPECT_EQ(lines.support[i][0].piece, int(i));
+            EXPECT_EQ(lines.support[i][0].other, int(i) - 1);
+            EXPECT_EQ(lines.support[i][1].piece, int(i));
+            EXPECT_EQ(lines.support[i][1].other, isLast ? -1 : int(i) + 1);
+        }
+        const EdgeLines kept = edgeLines(found, {false, false});
+        EXPECT_FALSE(kept.isMoved);
+        EXPECT_EQ(kept.lines[0].p1.x, lines.asSeen[0].p1.x);
+    }
 }
 
 TEST(ExactFits, CirclesAreThoseThatTheirPointsWerePutAbout) {
@@ -204,6 +256,66 @@ TEST(ExactFits, CirclesAreThoseThatTheirPointsWerePutAbout) {
         EXPECT_NEAR(u.covariance[0][0], u.x * u.x, 1e-12);
         EXPECT_NEAR(u.covariance[2][2], u.radius * u.radius, 1e-12);
         EXPECT_NEAR(u.covariance[0][2], 0, 1e-9);
+    }
+}
+
+// (J'J)^-1 J'VJ (J'J)^-1 with J the slopes of the distances over x, z and radius, and V the covariances of
+// all pairs of points: of heights seen square to the circle, or of distances, whichever the residuals look
+// like.
+TEST(ExactFits, UncertaintiesOfArcsAreThoseOfLeastSquares) {
+    constexpr int count = 320;
+    for (const bool isOfHeights : {false, true}) {
+        for (const double time : {1.0, 2.5, 7.0}) {
+            ArcFit arc;
+            arc.circle = {{3, -4}, 5};
+            double squares = 0, shares = 0;
+            double normal[3][3] = {}, scattered[3][3] = {};
+            std::vector<std::array<double, 3>> slopes;
+            for (int i = 0; i < count; ++i) {
+                const double angle = 0.3 + 2.2 * i / (count - 1), share = isOfHeights ? std::sin(angle) : 1;
+                arc.residuals.push_back(0.01 * share * signedSize(i));
+                const double r = 5 + arc.residuals.back();
+                arc.used.emplace_back(3 + r * std::cos(angle), -4 + r * std::sin(angle));
+                slopes.push_back({-std::cos(angle), -std::sin(angle), -1});
+                squares += 0.01 * 0.01 * share * share * signedSize(i) * signedSize(i);
+                shares += share * share;
+            }
+            arc.points = count;
+            for (int i = 0; i < count; ++i) {
+                for (int k = 0; k < count; ++k) {
+                    const auto share = [&](int at) { return isOfHeights ? -slopes[std::size_t(at)][1] : 1; };
+                    const double covariance = std::max(0.0, 1 - std::abs(i - k) / time) * share(i) * share(k);
+                    for (std::size_t a = 0; a < 3; ++a) {
+                        for (std::size_t b = 0; b < 3; ++b) {
+                            normal[a][b] +=
+                                i == k ? slopes[std::size_t(i)][a] * slopes[std::size_t(i)][b] : 0;
+                            scattered[a][b] +=
+                                covariance * slopes[std::size_t(i)][a] * slopes[std::size_t(k)][b];
+                        }
+                    }
+                }
+            }
+            NoiseModel noise = whiteNoise(1);  // unlike the residuals, so that their own deviation counts
+            noise.correlationTime = time;
+            const double variance = squares * count / shares / (count - 3 * time);
+            const ArcUncertainty u = arcUncertainty(arc, noise);
+            ASSERT_TRUE(u.reason.isEmpty());
+            SCOPED_TRACE(testing::Message() << isOfHeights << ' ' << time);
+            for (std::size_t a = 0; a < 3; ++a) {
+                for (std::size_t b = 0; b < 3; ++b) {  // J'J C J'J, so that nothing is inverted here
+                    double found = 0;
+                    for (std::size_t c = 0; c < 3; ++c) {
+                        for (std::size_t d = 0; d < 3; ++d)
+                            found += normal[a][c] * u.covariance[c][d] * normal[d][b];
+                    }
+                    EXPECT_NEAR(found, variance * scattered[a][b], 1e-9 * variance * scattered[2][2])
+                        << a << b;
+                }
+            }
+            EXPECT_NEAR(u.x * u.x, u.covariance[0][0], 1e-15);
+            EXPECT_NEAR(u.z * u.z, u.covariance[1][1], 1e-15);
+            EXPECT_NEAR(u.radius * u.radius, u.covariance[2][2], 1e-15);
+        }
     }
 }
 
@@ -281,33 +393,6 @@ TEST(ExactFits, TheSearchFollowsSpacingNoiseAndExtent) {
         EXPECT_FALSE(search.allowReversed);
     }
     EXPECT_EQ(estimateSearch(KvMath::KvProfile()).contourGap, 0);
-}
-
-// White noise of 0.02 mm, 3 % of which its own scatter among 600 points takes, on surfaces of all sorts.
-TEST(ExactFits, TheNoiseOfAProfileDoesNotFollowItsSurface) {
-    const struct {
-        const char* name;
-        double (*height)(double x);
-    } surfaces[] = {{"flat", [](double x) { return 5 + 0.2 * x; }},
-                    {"arc", [](double x) { return std::sqrt(1600 - x * x); }},
-                    {"waves", [](double x) { return 0.5 * std::sin(x / 4); }},
-                    {"steps", [](double x) { return x < -5  ? 0
-                                                    : x < 4 ? 7
-                                                            : -3.0; }}};
-    for (const auto& surface : surfaces) {
-        for (const double start : {-30.0, 1e4}) {
-            std::mt19937_64 random(4);
-            std::normal_distribution<double> noise(0, 0.02);
-            Points points;
-            for (int i = 0; i < 1200; ++i)
-                points.emplace_back(start + i / 20.0, surface.height(i / 20.0 - 30) + noise(random));
-            const NoiseModel model = profileNoise(points);
-            SCOPED_TRACE(surface.name);
-            EXPECT_TRUE(model.reason.isEmpty());
-            EXPECT_NEAR(model.deviation, 0.02, 0.002);
-            EXPECT_NEAR(model.correlationTime, 1, 0.25);
-        }
-    }
 }
 
 }  // namespace
