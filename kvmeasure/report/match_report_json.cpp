@@ -1,60 +1,73 @@
 // The JSON of a report: one object for each profile, and the summary behind them.
 
 #include <kvmeasure/report/json.h>
+#include <kvmeasure/report/json_text_p.h>
 #include <kvmeasure/report/match_report.h>
 #include <kvmeasure/report/match_report_p.h>
-
-#include <QtCore/QJsonDocument>
 
 namespace KvMeasure {
 
 namespace {
 
-QJsonObject assignmentJson(const MatchedProfile& profile, const Assignment& assignment,
-                           const QStringList& names) {
-    QJsonArray lines;
+// Members stand in the order of their names.
+
+void writeAssignment(JsonText& json, const MatchedProfile& profile, const Assignment& assignment,
+                     const QStringList& names) {
+    json.beginObject();
+    json.add("good", assignment.evaluation.isGood());
+    json.key("lines");
+    json.beginArray();
     for (int i = 0; i < assignment.indices.count(); ++i) {
         int segment = 0;
         assignment.indices.getLineIndex(i, segment);
         const KvMath::LinePP line = assignedLine(profile.lines, assignment.indices, i);
-        lines.append(QJsonObject{{"line", i},
-                                 {"name", names.value(i)},
-                                 {"segment", segment},
-                                 {"reversed", assignment.indices.isReversed(i)},
-                                 {"start", jsonPoint(line.p1)},
-                                 {"end", jsonPoint(line.p2)}});
+        json.beginObject();
+        json.add("end", line.p2);
+        json.add("line", i);
+        json.add("name", names.value(i));
+        json.add("reversed", assignment.indices.isReversed(i));
+        json.add("segment", segment);
+        json.add("start", line.p1);
+        json.endObject();
     }
-    return {{"lines", lines},
-            {"totalLength", jsonNumber(totalLength(profile.segments, assignment.indices))},
-            {"measurements", jsonValues(assignment.evaluation.values)},
-            {"verdict", verdictText(assignment.evaluation, true)},
-            {"good", assignment.evaluation.isGood()}};
+    json.endArray();
+    writeValues(json, "measurements", assignment.evaluation.values);
+    json.add("totalLength", totalLength(profile.segments, assignment.indices));
+    json.add("verdict", verdictText(assignment.evaluation, true));
+    json.endObject();
 }
 
 }  // namespace
 
 QByteArray MatchReport::json(const MatchedProfile& profile) const {
-    QJsonObject object{{"file", profile.name},
-                       {"z", jsonNumber(profile.z)},
-                       {"points", profile.points},
-                       {"unset", profile.unset},
-                       {"found", profile.found > 0}};
-    if (form_ == JsonValues) {
-        object["reason"] = profile.reason;
-        object["measurements"] = jsonValues(profile.best.values);
-        object["verdict"] = verdictText(profile.best, profile.found > 0);
-        object["good"] = profile.isGood();
-    } else {
-        QJsonArray assignments;
+    const bool hasAssignments = form_ != JsonValues;
+    JsonText json(writesLines_ ? JsonText::Compact : JsonText::Indented);
+    json.beginObject();
+    if (hasAssignments) {
+        json.key("assignments");
+        json.beginArray();
         for (const Assignment& assignment : profile.assignments)
-            assignments.append(assignmentJson(profile, assignment, plan_.lineNames));
-        object["assignmentsFound"] = profile.found;
-        object["segments"] = jsonSegments(profile.segments);
-        object["assignments"] = assignments;
+            writeAssignment(json, profile, assignment, plan_.lineNames);
+        json.endArray();
+        json.add("assignmentsFound", profile.found);
     }
-    return QJsonDocument(object)
-        .toJson(writesLines_ ? QJsonDocument::Compact : QJsonDocument::Indented)
-        .trimmed();
+    json.add("file", profile.name);
+    json.add("found", profile.found > 0);
+    if (!hasAssignments) {
+        json.add("good", profile.isGood());
+        writeValues(json, "measurements", profile.best.values);
+    }
+    json.add("points", profile.points);
+    if (!hasAssignments)
+        json.add("reason", profile.reason);
+    else
+        writeSegments(json, "segments", profile.segments);
+    json.add("unset", profile.unset);
+    if (!hasAssignments)
+        json.add("verdict", verdictText(profile.best, profile.found > 0));
+    json.add("z", profile.z);
+    json.endObject();
+    return json.text();
 }
 
 /// Objects one by one, so that the whole is one document whose profiles need not be held.

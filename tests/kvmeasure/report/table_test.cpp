@@ -9,7 +9,10 @@
 
 #include <QtCore/QJsonDocument>
 
+#include <cmath>
+#include <cstring>
 #include <limits>
+#include <random>
 
 namespace {
 
@@ -142,6 +145,92 @@ TEST(Reports, GatherWhatIsSaidOfTheValuesOfAProfile) {
     report.add(profile);
     report.finish();
     EXPECT_THAT(text.toStdString(), testing::HasSubstr(",a: cut short; all values: no uncertainty: why\n"));
+}
+
+/// Of numbers of every size and names with every kind of sign: parsed and written by Qt again, the text is
+/// the same.
+TEST(Reports, WriteJsonAsQtDoes) {
+    std::mt19937_64 random(3);
+    const auto anyNumber = [&random] {
+        double value = 0;
+        do {
+            const quint64 bits = random();
+            std::memcpy(&value, &bits, sizeof(value));
+        } while (!std::isfinite(value));
+        return value;
+    };
+    const double known[] = {0,
+                            -0.0,
+                            1e-4,
+                            std::nextafter(1e-4, 0),
+                            99999.5,
+                            1e15,
+                            -1e15,
+                            std::nextafter(1e15, 0),
+                            1e22,
+                            0.1,
+                            -1.0 / 3,
+                            5e-324,
+                            std::numeric_limits<double>::max()};
+    const QStringList names{"depth",
+                            "",
+                            QString::fromUtf8("Höhe \u20ac"),
+                            "a\"b\\c",
+                            "tab\there",
+                            "end\n",
+                            QString(QChar(0x7f)),
+                            "</script>",
+                            QString(QChar(0xd800)),
+                            QString::fromUtf8("\xf0\x9f\x98\x80")};
+    InspectionPlan plan;
+    plan.lineNames = QStringList{"a \"wall\"", QString::fromUtf8("é")};
+    constexpr int both[] = {0, 2};
+    const KvMath::TSLinesIndecies indices(both, 2);
+    for (int i = 0; i < 300; ++i) {
+        const auto number = [&] {
+            return i < 13       ? known[i]
+                   : i % 2 == 0 ? anyNumber()
+                                : std::ldexp(anyNumber() > 0 ? 1.0 : -0.3, i % 60) / 1000;
+        };
+        MatchedProfile profile;
+        profile.name = names[i % names.size()];
+        profile.z = number();
+        profile.found = i % 3;
+        profile.reason = names[(i + 1) % names.size()];
+        profile.segments = {KvMath::LinePP({number(), number()}, {number(), 1}),
+                            KvMath::LinePP({0, number()}, {2, 3})};
+        Value value;
+        value.name = names[(i + 2) % names.size()];
+        value.isValid = i % 5 != 0;
+        value.value = number();
+        value.u = number();
+        value.propagatedU = number();
+        value.statedU = number();
+        value.freeEdges = number();
+        value.note = value.warning = names[(i + 3) % names.size()];
+        value.hasTolerance = i % 4 != 0;
+        value.decision = i % 7 == 0 ? Decision::Guarded : Decision::Simple;
+        value.tolerance = {number(), -1, 1, i % 2 == 0};
+        profile.best.values = {value, Value()};
+        profile.assignments.append({"best", indices, profile.best});
+        for (const auto form : {MatchReport::Json, MatchReport::JsonValues}) {
+            for (const bool writesLines : {false, true}) {
+                MatchReport report(form, plan, false, false, [](const QString&) {});
+                report.setWritesLines(writesLines);
+                const QByteArray text = report.json(profile);
+                const QJsonDocument read = QJsonDocument::fromJson(text);
+                ASSERT_TRUE(read.isObject()) << text.toStdString();
+                EXPECT_EQ(
+                    text,
+                    read.toJson(writesLines ? QJsonDocument::Compact : QJsonDocument::Indented).trimmed());
+                EXPECT_EQ(read["z"].toDouble(), profile.z);
+                const QJsonObject holder =
+                    form == MatchReport::Json ? read["assignments"].toArray()[0].toObject() : read.object();
+                const QByteArray values = QJsonDocument(jsonValues(profile.best.values)).toJson();
+                EXPECT_EQ(QJsonDocument(holder["measurements"].toArray()).toJson(), values);
+            }
+        }
+    }
 }
 
 }  // namespace
