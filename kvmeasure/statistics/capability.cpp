@@ -25,7 +25,7 @@ double deviationOfRanges(const std::vector<double>& values, int subgroup) {
         const auto ends = std::minmax_element(first, first + static_cast<std::ptrdiff_t>(size));
         sum += *ends.second - *ends.first;
     }
-    return count == 0 ? std::nan("") : sum / count / rangeOfNormal(static_cast<int>(size)).mean;
+    return count == 0 ? std::nan("") : sum / count / meanRangeOfNormal(static_cast<int>(size));
 }
 
 double both(const Limits& limits, double deviation) {

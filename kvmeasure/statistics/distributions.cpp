@@ -71,6 +71,45 @@ double solve(const std::function<double(double)>& share, double value, double fr
 
 bool isShare(double share) { return share > 0 && share < 1; }
 
+bool isRanged(int count) { return count >= 2 && count <= 1000; }
+
+/// Of the range of so many normal values, by sums over equal steps of the share P(x) below x.
+class SharesOfRange {
+public:
+    explicit SharesOfRange(int count) : count_(count) {
+        for (int i = 0; i <= kSteps; ++i) {
+            share_[i] = normalShareBelow(-kFarthest + i * kStep);
+            allBelow_[i] = std::pow(share_[i], count);
+            allAbove_[i] = std::pow(1 - share_[i], count);
+        }
+    }
+    /// Integral of 1 - P^n - (1 - P)^n.
+    double mean() const {
+        double sum = 0;
+        for (int i = 0; i <= kSteps; ++i)
+            sum += (1 - allBelow_[i] - allAbove_[i]) * kStep;
+        return sum;
+    }
+    /// Twice the double integral over x < y of 1 - P(y)^n - (1 - P(x))^n + (P(y) - P(x))^n.
+    double meanSquare() const {
+        double sum = 0;
+        for (int i = 0; i <= kSteps; ++i) {
+            for (int k = 0; k <= i; ++k) {
+                const double both = 1 - allBelow_[i] - allAbove_[k] + std::pow(share_[i] - share_[k], count_);
+                sum += 2 * both * kStep * kStep * (k == i ? 0.5 : 1);
+            }
+        }
+        return sum;
+    }
+
+private:
+    static constexpr int kSteps = 400;
+    static constexpr double kFarthest = 9, kStep = 2 * kFarthest / kSteps;
+
+    int count_;
+    double share_[kSteps + 1], allBelow_[kSteps + 1], allAbove_[kSteps + 1];
+};
+
 }  // namespace
 
 double normalShareBelow(double x) { return std::erfc(-x / std::sqrt(2.0)) / 2; }
@@ -114,27 +153,13 @@ double chiSquareQuantile(double share, double freedom) {
     return solve(below, share, 0, to);
 }
 
+double meanRangeOfNormal(int count) { return isRanged(count) ? SharesOfRange(count).mean() : notANumber; }
+
 RangeOfNormal rangeOfNormal(int count) {
-    constexpr int kMost = 1000, kSteps = 400;
-    constexpr double kFarthest = 9;
-    if (count < 2 || count > kMost)
+    if (!isRanged(count))
         return {notANumber, notANumber};
-    // Mean: integral of 1 - P^n - (1 - P)^n. Mean square: twice the double integral over x < y of
-    // 1 - P(y)^n - (1 - P(x))^n + (P(y) - P(x))^n.
-    const double step = 2 * kFarthest / kSteps;
-    double share[kSteps + 1];
-    for (int i = 0; i <= kSteps; ++i)
-        share[i] = normalShareBelow(-kFarthest + i * step);
-    double mean = 0, square = 0;
-    for (int i = 0; i <= kSteps; ++i) {
-        mean += (1 - std::pow(share[i], count) - std::pow(1 - share[i], count)) * step;
-        for (int k = 0; k <= i; ++k) {
-            const double both = 1 - std::pow(share[i], count) - std::pow(1 - share[k], count) +
-                                std::pow(share[i] - share[k], count);
-            square += 2 * both * step * step * (k == i ? 0.5 : 1);
-        }
-    }
-    return {mean, std::sqrt(std::max(0.0, square - mean * mean))};
+    const SharesOfRange shares(count);
+    return {shares.mean(), std::sqrt(std::max(0.0, shares.meanSquare() - shares.mean() * shares.mean()))};
 }
 
 }  // namespace KvMeasure
