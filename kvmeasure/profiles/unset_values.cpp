@@ -53,7 +53,9 @@ bool UnsetValues::holds(double value) const {
     });
 }
 
-bool UnsetValues::holdsPlace(double value) const { return looksUnset(value) && holds(value); }
+bool UnsetValues::holdsPlace(double value) const {
+    return !values.empty() && looksUnset(value) && holds(value);
+}
 
 double HeightWatch::take(double height, qint64 line) {
     if (std::isnan(height) || unset_.holds(height))

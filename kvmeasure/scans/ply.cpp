@@ -89,13 +89,13 @@ double numberAt(const char* bytes, const Type& type, bool isBigEndian) {
 class PlyReader {
 public:
     PlyReader(QFile& file, const ScanOptions& options, Scan& scan)
-        : file_(file), options_(options), scan_(scan), units_(unitsOfPoints(options)),
+        : file_(file), path_(file.fileName()), options_(options), scan_(scan), units_(unitsOfPoints(options)),
           heights_(options.unset) {}
     void read();
 
 private:
     [[noreturn]] void fail(const QString& text) const {
-        throw Error(QString("%1: PLY: %2").arg(file_.fileName(), text)).inFile(file_.fileName());
+        throw Error(QString("%1: PLY: %2").arg(path_, text)).inFile(path_);
     }
     QByteArray line(const char* where);
     const Type* findType(const QByteArray& name) const;
@@ -117,6 +117,7 @@ private:
     }
 
     QFile& file_;
+    const QString path_;
     const ScanOptions& options_;
     Scan& scan_;
     bool isText_ = false, isBigEndian_ = false;
@@ -219,7 +220,7 @@ void PlyReader::addVertex(const std::array<double, 3>& at) {
     const auto mm = [this](std::size_t axis, double value) { return coordinate(units_[axis].toMm(value)); };
     scan_.add(KvMath::KvPointXYZ(mm(0, heights_.takePlace(at[0])), mm(1, heights_.take(at[1], 0)),
                                  mm(2, heights_.takePlace(at[2]))));
-    scan_.requireRoom(file_.fileName());
+    scan_.requireRoom(path_);
 }
 
 double PlyReader::readNumber(const Type& type) {
@@ -275,7 +276,7 @@ void PlyReader::skip(const Element& element) {
 }
 
 void PlyReader::readTextVertices(const Element& element) {
-    ProgressReport report(options_.progress, file_.fileName(), file_.size());
+    ProgressReport report(options_.progress, path_, file_.size());
     for (quint64 i = 0; i < element.count; ++i) {
         if (file_.atEnd())
             failCut(i, element);
@@ -312,11 +313,15 @@ void PlyReader::readFixedVertices(const Element& element) {
     constexpr quint64 kMostAtOnce = 4'096;
     const qint64 stride = element.bytes();
     std::array<qint64, 3> offsets{};
+    std::array<const Type*, 3> types{};
+    bool areFloats = !isBigEndian_;  // little-endian: nearly always
     for (std::size_t axis = 0; axis < 3; ++axis) {
         for (int k = 0; k < place_[axis]; ++k)
             offsets[axis] += element.properties[k].type->bytes;
+        types[axis] = element.properties[place_[axis]].type;
+        areFloats = areFloats && types[axis]->kind == 'f' && types[axis]->bytes == 4;
     }
-    ProgressReport report(options_.progress, file_.fileName(), file_.size());
+    ProgressReport report(options_.progress, path_, file_.size());
     for (quint64 left = element.count; left > 0;) {
         const auto wanted = qint64(std::min(left, kMostAtOnce));
         const QByteArray bytes = file_.read(wanted * stride);
@@ -324,9 +329,11 @@ void PlyReader::readFixedVertices(const Element& element) {
             failCut(element.count - left, element);
         for (qint64 i = 0; i < wanted; ++i) {
             std::array<double, 3> at{};
-            for (std::size_t axis = 0; axis < 3; ++axis)
-                at[axis] = numberAt(bytes.constData() + i * stride + offsets[axis],
-                                    *element.properties[place_[axis]].type, isBigEndian_);
+            for (std::size_t axis = 0; axis < 3; ++axis) {
+                const char* const number = bytes.constData() + i * stride + offsets[axis];
+                at[axis] = areFloats ? double(qFromLittleEndian<float>(number))
+                                     : numberAt(number, *types[axis], isBigEndian_);
+            }
             addVertex(at);
         }
         left -= quint64(wanted);
@@ -335,7 +342,7 @@ void PlyReader::readFixedVertices(const Element& element) {
 }
 
 void PlyReader::readListVertices(const Element& element) {
-    ProgressReport report(options_.progress, file_.fileName(), file_.size());
+    ProgressReport report(options_.progress, path_, file_.size());
     for (quint64 i = 0; i < element.count; ++i) {
         std::array<double, 3> at{};
         for (int k = 0; k < element.properties.size(); ++k) {
