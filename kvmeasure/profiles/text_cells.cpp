@@ -3,10 +3,13 @@
 
 #include <kvmeasure/profiles/text_table.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstring>
+#include <iterator>
 #include <limits>
+#include <string_view>
 
 namespace KvMeasure {
 
@@ -17,7 +20,7 @@ constexpr double kNotANumber = std::numeric_limits<double>::quiet_NaN();
 bool isWhite(char letter) { return letter == ' ' || letter == '\t'; }
 
 /// In small letters. What spreadsheets, runtimes and instruments write where nothing was measured.
-const char* const unsetWords[] = {
+constexpr std::string_view unsetWords[] = {
     "nan",     "-nan",    "+nan",    "nan(ind)",  "-nan(ind)", "1.#qnan", "-1.#qnan", "1.#ind",
     "-1.#ind", "#n/a",    "#na",     "n/a",       "na",        "n.a.",    "null",     "<null>",
     "nil",     "none",    "#value!", "#num!",     "#div/0!",   "#ref!",   "#name?",   "#null!",
@@ -25,11 +28,9 @@ const char* const unsetWords[] = {
     "--",      "---",     "*",       "**",        "***",       "?",       "."};
 
 bool isUnsetWord(const char* at, int size) {
-    for (const char* word : unsetWords) {
-        if (int(std::strlen(word)) == size && qstrnicmp(at, word, uint(size)) == 0)
-            return true;
-    }
-    return false;
+    return std::any_of(std::begin(unsetWords), std::end(unsetWords), [&](std::string_view word) {
+        return int(word.size()) == size && qstrnicmp(at, word.data(), uint(size)) == 0;
+    });
 }
 
 /// The same with a point for a comma and '-' for the typographic minus; false when it is no number in short.
@@ -119,9 +120,11 @@ Cell readCell(const TextField& field, double& value, DecimalMarks& marks) {
     value = kNotANumber;
     if (isUnsetWord(field.at, field.size))
         return Cell::Nothing;
-    const double any = field.bytes().replace(',', '.').toDouble();  // 0 for text
+    const auto isMark = [](char letter) { return letter == '.' || letter == ','; };
+    if (std::count_if(field.at, field.at + field.size, isMark) > 1)  // a row parted by another separator
+        return Cell::Text;
     bool isNumber = false;
-    field.bytes().replace(',', '.').toDouble(&isNumber);
+    const double any = field.bytes().replace(',', '.').toDouble(&isNumber);  // infinite beyond all doubles
     if (!isNumber && !std::isinf(any))
         return Cell::Text;
     value = any;
