@@ -5,9 +5,11 @@
 #include <benchmarks/peers.h>
 #include <benchmarks/scratch_folder.h>
 #include <kvmath/profile/profile_zset.h>
+#include <kvmeasure/scans/scan_writer.h>
 
 #include <QtCore/QTemporaryDir>
 #include <pcl/io/pcd_io.h>
+#include <pcl/io/ply_io.h>
 #include <pcl/point_types.h>
 
 #include <algorithm>
@@ -46,12 +48,17 @@ struct Files {
         cloud.writeToFile(record);
         stack.writeToFile(records);
         writePeer();
+        KvMeasure::Scan whole;
+        whole.cloud = cloud;
+        whole.countPoints();
+        KvMeasure::writeScan(ply, KvMeasure::ScanForm::Ply, /*heightLast=*/false, whole);
     }
     bool writePeer() const { return pcl::io::savePCDFileBinary(pcd, peer) == 0; }
 
     const QTemporaryDir directory{Inputs::scratchFolder()};
     const QString record = directory.filePath("cloud.bin");
     const QString records = directory.filePath("stack.bin");
+    const QString ply = directory.filePath("cloud.ply");
     const std::string pcd = directory.filePath("cloud.pcd").toStdString();
     const KvMath::KvProfileZSet stack;
     Cloud cloud;
@@ -77,7 +84,12 @@ Comparison files([](int size) -> const char* {
     KvMath::KvProfileZSet stack;
     stack.readFromFile(source.records);
     stack.toPointCloud(own);
-    return isSame(own, peer) ? nullptr : "different points in the stack";
+    if (!isSame(own, peer))
+        return "different points in the stack";
+    own = KvMeasure::loadScan(source.ply, KvMeasure::ScanOptions()).cloud;
+    if (pcl::io::loadPLYFile(source.ply.toStdString(), peer) != 0)
+        return "PLY not read by the peer";
+    return isSame(own, peer) && isSame(own, source.peer) ? nullptr : "different points in PLY";
 });
 
 /// `call` with the files, once per round; false from it ends the run.
@@ -153,6 +165,21 @@ void BM_StackWrite(benchmark::State& state) {
     measure(state, [](const Files& source) { return source.stack.writeToFile(source.records); });
 }
 
+// PLY, binary little-endian, as scanners and viewers exchange it.
+
+void BM_PlyRead(benchmark::State& state) {
+    measure(state, [](const Files& source) {
+        return KvMeasure::loadScan(source.ply, KvMeasure::ScanOptions()).points == source.cloud.points.size();
+    });
+}
+
+void BM_PlyReadPcl(benchmark::State& state) {
+    measure(state, [](const Files& source) {
+        PeerCloud cloud;
+        return pcl::io::loadPLYFile(source.ply.toStdString(), cloud) == 0;
+    });
+}
+
 BENCHMARK(BM_CloudRead)->Apply(sizes);
 BENCHMARK(BM_CloudReadPcl)->Apply(sizes);
 BENCHMARK(BM_PlainRead)->Apply(sizes);
@@ -162,5 +189,7 @@ BENCHMARK(BM_CloudWrite)->Apply(sizes);
 BENCHMARK(BM_CloudWritePcl)->Apply(sizes);
 BENCHMARK(BM_PlainWrite)->Apply(sizes);
 BENCHMARK(BM_StackWrite)->Apply(sizes);
+BENCHMARK(BM_PlyRead)->Apply(sizes);
+BENCHMARK(BM_PlyReadPcl)->Apply(sizes);
 
 }  // namespace
