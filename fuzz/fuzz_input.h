@@ -18,8 +18,11 @@
 #include <cstdlib>
 #include <cstring>
 
-#ifdef KVMATH_FUZZER
+#ifdef __has_feature  // only clang's, which builds the fuzzers
+#if __has_feature(address_sanitizer)
+#define KVMATH_COUNTS_LEAKS
 #include <sanitizer/lsan_interface.h>
+#endif
 #endif
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
@@ -35,7 +38,7 @@ inline void require(bool isKept, const char* promise) {
 }
 
 /// While it lives no leak counts: Qt 5.15 loses memory over broken JSON.
-#ifdef KVMATH_FUZZER
+#ifdef KVMATH_COUNTS_LEAKS
 using LeaksIgnored = __lsan::ScopedDisabler;
 #else
 struct LeaksIgnored {
