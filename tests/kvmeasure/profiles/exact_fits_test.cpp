@@ -1,39 +1,22 @@
 // Fits of points whose result is known without a computer. Deviations of +h, -h, -h, +h over and over have no
 // mean and no slope, and deviations of +h, -h about a whole circle neither move nor widen it, so that what a
-// fit gives is the line or circle that they were put about. Uncertainties by the sums that define them.
+// fit gives is the line or circle that they were put about.
 
 #include <kvmeasure/profiles/line_refit.h>
 #include <kvmeasure/profiles/robust_arc.h>
 #include <kvmeasure/profiles/search_estimate.h>
+#include <tests/kvmeasure/profiles/exact_points.h>
 
 #include <gmock/gmock.h>
 
-#include <array>
 #include <cmath>
+#include <tuple>
 
 namespace {
 
 using namespace KvMeasure;
+using namespace TestSupport;
 using Points = std::vector<Vector>;
-
-constexpr double kPi = 3.141592653589793;
-
-double signOf(int i) { return i % 4 == 0 || i % 4 == 3 ? 1 : -1; }
-/// The same with sizes as those of noise: not half of the points on one line and half on another.
-double signedSize(int i) {
-    constexpr double sizes[] = {0.3, 1, 0.5, 1.6, 0.1, 0.8, 0.2, 1.2};
-    return signOf(i) * sizes[i / 4 % 8];
-}
-
-/// White noise, known from so many points that nothing is added for not knowing it.
-NoiseModel whiteNoise(double deviation) {
-    NoiseModel noise;
-    noise.deviation = deviation;
-    noise.correlationTime = 1;
-    noise.points = 1e12;
-    noise.pieces = 1;
-    return noise;
-}
 
 TEST(ExactFits, LinesAreThoseThatTheirPointsWerePutAbout) {
     constexpr double h = 0.01;
@@ -92,31 +75,19 @@ TEST(ExactFits, LinesAreThoseThatTheirPointsWerePutAbout) {
     }
 }
 
-TEST(ExactFits, CorrelatedNoiseCountsBySumsOverAllPairs) {
-    constexpr int count = 400;
-    Points points;
-    for (int i = 0; i < count; ++i)
-        points.emplace_back(i, 0.01 * signOf(i));
-    const LineFit line = fitLine(points);
-    for (const double time : {1.0, 2.5, 9.0}) {
-        NoiseModel noise = whiteNoise(0.01);
-        noise.correlationTime = time;
-        double ofMean = 0, ofSlope = 0, places = 0;
-        for (int i = 0; i < count; ++i) {
-            const double place = i - (count - 1) / 2.0;
-            places += place * place;
-            for (int k = 0; k < count; ++k) {
-                const double r = std::max(0.0, 1 - std::abs(i - k) / time);
-                ofMean += r / (double(count) * count);
-                ofSlope += r * place * (k - (count - 1) / 2.0);
-            }
-        }
-        const double deviation = 0.01 * std::sqrt(count / (count - 2 * time));
-        const LineUncertainty u = lineUncertainty(line, noise);
-        EXPECT_NEAR(u.offset, deviation * std::sqrt(ofMean), 1e-3 * u.offset) << time;
-        EXPECT_NEAR(u.direction, deviation * std::sqrt(ofSlope) / places, 1e-3 * u.direction) << time;
-        EXPECT_NEAR(u.at(50), std::hypot(u.offset, 50 * u.direction), 1e-15);
+/// One contour in pieces between these points.
+ProfilePieces piecesOf(const Points& points, const std::vector<int>& breaks) {
+    const std::shared_ptr<Vector[]> store(new Vector[points.size()]);
+    std::copy(points.begin(), points.end(), store.get());
+    ProfilePieces found;
+    found.contours.emplace_back(store, 0, static_cast<int>(points.size()));
+    for (std::size_t i = 0; i + 1 < breaks.size(); ++i) {
+        const Vector &p = points[std::size_t(breaks[i])], &q = points[std::size_t(breaks[i + 1])];
+        found.pieces.push_back({{p, q}, 0, breaks[i], breaks[i + 1], int(i)});
+        found.pieceOf.push_back(int(i));
+        found.segments.append(found.pieces.back().line);
     }
+    return found;
 }
 
 /// Points along a polyline with deviations that move none of its lines, from corner to corner. A corner is
@@ -147,20 +118,11 @@ struct Polyline {
     }
     /// The pieces as a search would leave them that places the corners `late` points too far on.
     ProfilePieces pieces(int late) const {
-        const auto count = static_cast<int>(points.size());
-        const std::shared_ptr<Vector[]> store(new Vector[points.size()]);
-        std::copy(points.begin(), points.end(), store.get());
-        ProfilePieces found;
-        found.contours.emplace_back(store, 0, count);
-        for (int i = 0; i < static_cast<int>(along.size()); ++i) {
-            const bool isLast = i + 1 == static_cast<int>(along.size());
-            const int from = i * kSteps + (i > 0 ? late : 0), to = (i + 1) * kSteps + (isLast ? 0 : late);
-            const Vector &p = points[std::size_t(from)], &q = points[std::size_t(to)];
-            found.pieces.push_back({{p, q}, 0, from, to, i});
-            found.pieceOf.push_back(i);
-            found.segments.append(found.pieces.back().line);
-        }
-        return found;
+        std::vector<int> breaks{0};
+        for (int i = 1; i < static_cast<int>(along.size()); ++i)
+            breaks.push_back(i * kSteps + late);
+        breaks.push_back(static_cast<int>(points.size()) - 1);
+        return piecesOf(points, breaks);
     }
 };
 
@@ -225,6 +187,61 @@ TEST(ExactFits, CornersAreWhereTheLinesMeetThatPointsWerePutAbout) {
     }
 }
 
+void expectLine(const KvMath::LinePP& line, const Vector& from, const Vector& to) {
+    EXPECT_LT(length(line.p1, from), 1e-9) << line.p1.x << ' ' << line.p1.y;
+    EXPECT_LT(length(line.p2, to), 1e-9) << line.p2.x << ' ' << line.p2.y;
+}
+
+TEST(ExactFits, EndsWithoutACornerAreTheLastPointsMovedOntoTheirLine) {
+    // Two upright lines that meet 0.1 / slope - 0.25 before the point that parts them, and count as corner up
+    // to half of the shorter one: of 8 mm, or of 4.
+    for (const auto& [steps, slope, isCorner] :
+         {std::tuple(32, 0.02, false), {32, 0.025, true}, {16, 0.04, false}, {16, 0.05, true}}) {
+        Points points;
+        for (int i = 0; i <= 32 + steps; ++i)
+            points.emplace_back(i > 32 ? 0.1 + slope * (i - 33) / 4 : 0, i / 4.0);
+        const EdgeLines lines = edgeLines(piecesOf(points, {0, 32, 32 + steps}), {});
+        const Vector meeting(0, 8.25 - 0.1 / slope), last(points.back());
+        SCOPED_TRACE(testing::Message() << steps << ' ' << slope);
+        expectLine(lines.asSeen[0], {0, 0}, isCorner ? meeting : Vector(0, 8));
+        const double c = 1 / (1 + slope * slope),
+                     off = 0.1 - slope / 4;  // the foot of (0, 8) on the second line
+        expectLine(lines.asSeen[1], isCorner ? meeting : Vector(off * c, 8 - off * slope * c), last);
+        EXPECT_EQ(lines.support[0][1].other, isCorner ? 1 : -1);
+        EXPECT_EQ(lines.support[1][0].other, isCorner ? 0 : -1);
+    }
+    // A step from (4, 0) to (4.25, 3) has no points of its own, and runs from end to end of its neighbours.
+    Points points;
+    for (int i = 0; i <= 33; ++i)
+        points.emplace_back(i / 4.0, (i > 16 ? 3 : 0) + (i == 16 || i == 17 ? 0.2 : 0));
+    const EdgeLines step = edgeLines(piecesOf(points, {0, 16, 17, 33}), {});
+    expectLine(step.lines[0], {-0.125, 0}, {4, 0});
+    expectLine(step.lines[1], {4, 0}, {4.25, 3});
+    expectLine(step.lines[2], {4.25, 3}, {8.375, 3});
+    EXPECT_EQ(step.support[1][0].piece, 0);
+    EXPECT_EQ(step.support[1][1].piece, 2);
+    // Two points of a piece leave it as it is, three are fitted.
+    for (const int own : {2, 3}) {
+        points.resize(17);
+        for (int i = 17; i <= 17 + own + 16; ++i)
+            points.emplace_back(i / 4.0, i <= 16 + own ? 0.1 : 0);
+        points[16].y = 0;
+        const FittedPiece fit = edgeLines(piecesOf(points, {0, 16, 17 + own, 33 + own}), {}).fits[1];
+        EXPECT_EQ(fit.points(), own == 3 ? 3 : 0);
+        EXPECT_NEAR(fit.centre.y, own == 3 ? 0.1 : 0, 1e-12);
+        EXPECT_EQ(fit.squares, 0);
+    }
+    // The median of eight steps, the greater of the middle ones; of all where there are fewer.
+    const std::vector<double> steps{1, 0.25, 0.5, 0.25, 1,    0.25, 1, 0.25, 2,  2,
+                                    2, 1,    1,   0.5,  0.75, 0.5,  1, 0.5,  0.5};
+    points = {{0, 0}};
+    for (const double width : steps)
+        points.emplace_back(points.back().x + width, 0);
+    expectLine(measuredLines(piecesOf(points, {0, 19}), {})[0], {-0.25, 0}, {points.back().x + 0.375, 0});
+    points = {{0, 0}, {1, 0}, {1.25, 0}, {1.75, 0}, {5.75, 0}};
+    expectLine(measuredLines(piecesOf(points, {0, 4}), {})[0], {-0.5, 0}, {6.25, 0});
+}
+
 TEST(ExactFits, CirclesAreThoseThatTheirPointsWerePutAbout) {
     for (const int count : {8, 40, 240, 600}) {
         constexpr double h = 0.02, radius = 5;
@@ -259,66 +276,6 @@ TEST(ExactFits, CirclesAreThoseThatTheirPointsWerePutAbout) {
     }
 }
 
-// (J'J)^-1 J'VJ (J'J)^-1 with J the slopes of the distances over x, z and radius, and V the covariances of
-// all pairs of points: of heights seen square to the circle, or of distances, whichever the residuals look
-// like.
-TEST(ExactFits, UncertaintiesOfArcsAreThoseOfLeastSquares) {
-    constexpr int count = 320;
-    for (const bool isOfHeights : {false, true}) {
-        for (const double time : {1.0, 2.5, 7.0}) {
-            ArcFit arc;
-            arc.circle = {{3, -4}, 5};
-            double squares = 0, shares = 0;
-            double normal[3][3] = {}, scattered[3][3] = {};
-            std::vector<std::array<double, 3>> slopes;
-            for (int i = 0; i < count; ++i) {
-                const double angle = 0.3 + 2.2 * i / (count - 1), share = isOfHeights ? std::sin(angle) : 1;
-                arc.residuals.push_back(0.01 * share * signedSize(i));
-                const double r = 5 + arc.residuals.back();
-                arc.used.emplace_back(3 + r * std::cos(angle), -4 + r * std::sin(angle));
-                slopes.push_back({-std::cos(angle), -std::sin(angle), -1});
-                squares += 0.01 * 0.01 * share * share * signedSize(i) * signedSize(i);
-                shares += share * share;
-            }
-            arc.points = count;
-            for (int i = 0; i < count; ++i) {
-                for (int k = 0; k < count; ++k) {
-                    const auto share = [&](int at) { return isOfHeights ? -slopes[std::size_t(at)][1] : 1; };
-                    const double covariance = std::max(0.0, 1 - std::abs(i - k) / time) * share(i) * share(k);
-                    for (std::size_t a = 0; a < 3; ++a) {
-                        for (std::size_t b = 0; b < 3; ++b) {
-                            normal[a][b] +=
-                                i == k ? slopes[std::size_t(i)][a] * slopes[std::size_t(i)][b] : 0;
-                            scattered[a][b] +=
-                                covariance * slopes[std::size_t(i)][a] * slopes[std::size_t(k)][b];
-                        }
-                    }
-                }
-            }
-            NoiseModel noise = whiteNoise(1);  // unlike the residuals, so that their own deviation counts
-            noise.correlationTime = time;
-            const double variance = squares * count / shares / (count - 3 * time);
-            const ArcUncertainty u = arcUncertainty(arc, noise);
-            ASSERT_TRUE(u.reason.isEmpty());
-            SCOPED_TRACE(testing::Message() << isOfHeights << ' ' << time);
-            for (std::size_t a = 0; a < 3; ++a) {
-                for (std::size_t b = 0; b < 3; ++b) {  // J'J C J'J, so that nothing is inverted here
-                    double found = 0;
-                    for (std::size_t c = 0; c < 3; ++c) {
-                        for (std::size_t d = 0; d < 3; ++d)
-                            found += normal[a][c] * u.covariance[c][d] * normal[d][b];
-                    }
-                    EXPECT_NEAR(found, variance * scattered[a][b], 1e-9 * variance * scattered[2][2])
-                        << a << b;
-                }
-            }
-            EXPECT_NEAR(u.x * u.x, u.covariance[0][0], 1e-15);
-            EXPECT_NEAR(u.z * u.z, u.covariance[1][1], 1e-15);
-            EXPECT_NEAR(u.radius * u.radius, u.covariance[2][2], 1e-15);
-        }
-    }
-}
-
 TEST(ExactFits, ArcsAreFoundFromBadStarts) {
     for (const double span : {0.2, 1.0, 3.0, 6.0}) {
         Points points;
@@ -342,32 +299,6 @@ TEST(ExactFits, ArcsAreFoundFromBadStarts) {
     EXPECT_FALSE(polishCircle({{5, 0}}, true, kept));
     EXPECT_EQ(kept.radius, 3);
     EXPECT_FALSE(polishCircle({{0, 0}, {1, 0}, {2, 0}, {3, 0}}, false, kept));
-}
-
-TEST(ExactFits, SpansLeaveOutTheWidestStretchWithoutPoints) {
-    struct Case {
-        std::vector<double> degrees;
-        double start, span;
-    };
-    for (const Case& c :
-         {Case{{30}, 30, 0}, Case{{10, 20, -10}, -10, 30}, Case{{170, -170, 180}, 170, 20},
-          Case{{100, 180, -100}, 100, 160}, Case{{0, 60, 120, 180, 240}, 0, 240},
-          Case{{200, 20, 290, 110}, NAN, 270}, Case{{-30, 150, 60, 270}, -90, 240}, Case{{40, 40}, 40, 0}}) {
-        Points points;
-        for (const double angle : c.degrees)
-            points.emplace_back(3 + 2 * std::cos(angle * kPi / 180), 4 + 2 * std::sin(angle * kPi / 180));
-        const ArcSpan arc = arcSpan(points, {3, 4});
-        SCOPED_TRACE(testing::PrintToString(c.degrees));
-        EXPECT_NEAR(arc.span * 180 / kPi, c.span, 1e-9);
-        if (!std::isnan(c.start))  // else several stretches are as wide
-        {
-            EXPECT_NEAR(std::remainder(arc.start * 180 / kPi - c.start, 360), 0, 1e-9);
-        }
-    }
-    EXPECT_NEAR(sagitta(5, kPi), 5, 1e-12);
-    EXPECT_NEAR(sagitta(5, 2 * kPi), 10, 1e-12);
-    EXPECT_NEAR(sagitta(10, kPi / 3), 10 * (1 - std::sqrt(3) / 2), 1e-12);
-    EXPECT_EQ(sagitta(5, 0), 0);
 }
 
 TEST(ExactFits, TheSearchFollowsSpacingNoiseAndExtent) {

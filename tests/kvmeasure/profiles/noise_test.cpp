@@ -1,10 +1,12 @@
 // The noise of points: its model against sums that are written out, and what the page of the model promises.
 
 #include <kvmeasure/profiles/profile_noise.h>
-#include <kvmeasure/profiles/robust_line.h>
+#include <kvmeasure/profiles/robust_arc.h>
+#include <tests/kvmeasure/profiles/exact_points.h>
 
 #include <gmock/gmock.h>
 
+#include <array>
 #include <cmath>
 #include <numeric>
 #include <random>
@@ -12,17 +14,8 @@
 namespace {
 
 using namespace KvMeasure;
+using namespace TestSupport;
 using Points = std::vector<Vector>;
-
-/// White noise, known from so many points that nothing is added for not knowing it.
-NoiseModel whiteNoise(double deviation) {
-    NoiseModel noise;
-    noise.deviation = deviation;
-    noise.correlationTime = 1;
-    noise.points = 1e12;
-    noise.pieces = 1;
-    return noise;
-}
 
 using Fits = std::vector<std::vector<double>>;
 
@@ -177,6 +170,61 @@ TEST(Noise, ResidualsCountAsTheirPageSays) {
     EXPECT_EQ(much.model().points, 200'000);
 }
 
+/// Residuals from the parabola of least squares, by the normal equations.
+std::vector<double> fromParabola(const Points& points, std::size_t from, std::size_t count) {
+    const double x0 = points[from + count / 2].x;
+    double m[3][4] = {};
+    for (std::size_t i = from; i < from + count; ++i) {
+        const double x = points[i].x - x0, powers[3] = {1, x, x * x};
+        for (int a = 0; a < 3; ++a) {
+            for (int b = 0; b < 3; ++b)
+                m[a][b] += powers[a] * powers[b];
+            m[a][3] += powers[a] * points[i].y;
+        }
+    }
+    for (int a = 0; a < 3; ++a) {  // elimination
+        for (int b = 0; b < 3; ++b) {
+            const double share = b == a ? 0 : m[b][a] / m[a][a];
+            for (int c = 0; c < 4; ++c)
+                m[b][c] -= share * m[a][c];
+        }
+    }
+    std::vector<double> residuals;
+    for (std::size_t i = from; i < from + count; ++i) {
+        const double x = points[i].x - x0;
+        residuals.push_back(points[i].y - m[0][3] / m[0][0] - m[1][3] / m[1][1] * x -
+                            m[2][3] / m[2][2] * x * x);
+    }
+    return residuals;
+}
+
+// Waves at places that are not equally far apart; every fifth run of 60 points has a wall in it, which takes
+// it out, and every seventh scatters a third more, which does not.
+TEST(Noise, OfCurvedProfilesIsThatAboutParabolas) {
+    std::mt19937_64 random(32);
+    std::normal_distribution<double> normal;
+    std::uniform_real_distribution<double> jitter(0, 0.04);
+    for (const int count : {60, 119, 600, 1250}) {
+        Points points;
+        for (int i = 0; i < count; ++i) {
+            const double x = i / 20.0 + jitter(random);
+            const int run = i / 60;
+            points.emplace_back(x, 0.5 * std::sin(x / 4) + (run % 5 == 4 && i % 60 > 40 ? 3 : 0) +
+                                       (run % 7 == 6 ? 0.008 : 0.006) * normal(random));
+        }
+        ResidualNoise expected;
+        for (int from = 0; from + 60 <= count; from += 60) {
+            if (from / 60 % 5 != 4)
+                expected.add(fromParabola(points, std::size_t(from), 60), 3);
+        }
+        const NoiseModel model = profileNoise(points);
+        SCOPED_TRACE(count);
+        EXPECT_EQ(model.pieces, expected.model().pieces);
+        EXPECT_NEAR(model.deviation, expected.model().deviation, 1e-9);
+        EXPECT_NEAR(model.correlationTime, expected.model().correlationTime, 1e-6);
+    }
+}
+
 // White noise of 0.02 mm, 3 % of which its own scatter among 600 points takes, on surfaces of all sorts.
 TEST(Noise, OfAProfileDoesNotFollowItsSurface) {
     const struct {
@@ -200,6 +248,93 @@ TEST(Noise, OfAProfileDoesNotFollowItsSurface) {
             EXPECT_TRUE(model.reason.isEmpty());
             EXPECT_NEAR(model.deviation, 0.02, 0.002);
             EXPECT_NEAR(model.correlationTime, 1, 0.25);
+        }
+    }
+}
+
+TEST(Noise, CorrelatedNoiseCountsBySumsOverAllPairs) {
+    constexpr int count = 400;
+    Points points;
+    for (int i = 0; i < count; ++i)
+        points.emplace_back(i, 0.01 * signOf(i));
+    const LineFit line = fitLine(points);
+    for (const double time : {1.0, 2.5, 9.0}) {
+        NoiseModel noise = whiteNoise(0.01);
+        noise.correlationTime = time;
+        double ofMean = 0, ofSlope = 0, places = 0;
+        for (int i = 0; i < count; ++i) {
+            const double place = i - (count - 1) / 2.0;
+            places += place * place;
+            for (int k = 0; k < count; ++k) {
+                const double r = std::max(0.0, 1 - std::abs(i - k) / time);
+                ofMean += r / (double(count) * count);
+                ofSlope += r * place * (k - (count - 1) / 2.0);
+            }
+        }
+        const double deviation = 0.01 * std::sqrt(count / (count - 2 * time));
+        const LineUncertainty u = lineUncertainty(line, noise);
+        EXPECT_NEAR(u.offset, deviation * std::sqrt(ofMean), 1e-3 * u.offset) << time;
+        EXPECT_NEAR(u.direction, deviation * std::sqrt(ofSlope) / places, 1e-3 * u.direction) << time;
+        EXPECT_NEAR(u.at(50), std::hypot(u.offset, 50 * u.direction), 1e-15);
+    }
+}
+
+// (J'J)^-1 J'VJ (J'J)^-1 with J the slopes of the distances over x, z and radius, and V the covariances of
+// all pairs of points: of heights seen square to the circle, or of distances, whichever the residuals look
+// like.
+TEST(Noise, GivesArcsTheUncertaintiesOfLeastSquares) {
+    constexpr int count = 320;
+    for (const bool isOfHeights : {false, true}) {
+        for (const double time : {1.0, 2.5, 7.0}) {
+            ArcFit arc;
+            arc.circle = {{3, -4}, 5};
+            double squares = 0, shares = 0;
+            double normal[3][3] = {}, scattered[3][3] = {};
+            std::vector<std::array<double, 3>> slopes;
+            for (int i = 0; i < count; ++i) {
+                const double angle = 0.3 + 2.2 * i / (count - 1), share = isOfHeights ? std::sin(angle) : 1;
+                arc.residuals.push_back(0.01 * share * signedSize(i));
+                const double r = 5 + arc.residuals.back();
+                arc.used.emplace_back(3 + r * std::cos(angle), -4 + r * std::sin(angle));
+                slopes.push_back({-std::cos(angle), -std::sin(angle), -1});
+                squares += 0.01 * 0.01 * share * share * signedSize(i) * signedSize(i);
+                shares += share * share;
+            }
+            arc.points = count;
+            for (int i = 0; i < count; ++i) {
+                for (int k = 0; k < count; ++k) {
+                    const auto share = [&](int at) { return isOfHeights ? -slopes[std::size_t(at)][1] : 1; };
+                    const double covariance = std::max(0.0, 1 - std::abs(i - k) / time) * share(i) * share(k);
+                    for (std::size_t a = 0; a < 3; ++a) {
+                        for (std::size_t b = 0; b < 3; ++b) {
+                            normal[a][b] +=
+                                i == k ? slopes[std::size_t(i)][a] * slopes[std::size_t(i)][b] : 0;
+                            scattered[a][b] +=
+                                covariance * slopes[std::size_t(i)][a] * slopes[std::size_t(k)][b];
+                        }
+                    }
+                }
+            }
+            NoiseModel noise = whiteNoise(1);  // unlike the residuals, so that their own deviation counts
+            noise.correlationTime = time;
+            const double variance = squares * count / shares / (count - 3 * time);
+            const ArcUncertainty u = arcUncertainty(arc, noise);
+            ASSERT_TRUE(u.reason.isEmpty());
+            SCOPED_TRACE(testing::Message() << isOfHeights << ' ' << time);
+            for (std::size_t a = 0; a < 3; ++a) {
+                for (std::size_t b = 0; b < 3; ++b) {  // J'J C J'J, so that nothing is inverted here
+                    double found = 0;
+                    for (std::size_t c = 0; c < 3; ++c) {
+                        for (std::size_t d = 0; d < 3; ++d)
+                            found += normal[a][c] * u.covariance[c][d] * normal[d][b];
+                    }
+                    EXPECT_NEAR(found, variance * scattered[a][b], 1e-9 * variance * scattered[2][2])
+                        << a << b;
+                }
+            }
+            EXPECT_NEAR(u.x * u.x, u.covariance[0][0], 1e-15);
+            EXPECT_NEAR(u.z * u.z, u.covariance[1][1], 1e-15);
+            EXPECT_NEAR(u.radius * u.radius, u.covariance[2][2], 1e-15);
         }
     }
 }

@@ -200,6 +200,32 @@ TEST(RobustFit, SeesStrayPointsOfArcsThatLeastSquaresHide) {
     }
 }
 
+TEST(RobustFit, SpansLeaveOutTheWidestStretchWithoutPoints) {
+    struct Case {
+        std::vector<double> degrees;
+        double start, span;
+    };
+    for (const Case& c :
+         {Case{{30}, 30, 0}, Case{{10, 20, -10}, -10, 30}, Case{{170, -170, 180}, 170, 20},
+          Case{{100, 180, -100}, 100, 160}, Case{{0, 60, 120, 180, 240}, 0, 240},
+          Case{{200, 20, 290, 110}, NAN, 270}, Case{{-30, 150, 60, 270}, -90, 240}, Case{{40, 40}, 40, 0}}) {
+        Points points;
+        for (const double angle : c.degrees)
+            points.emplace_back(3 + 2 * std::cos(angle * M_PI / 180), 4 + 2 * std::sin(angle * M_PI / 180));
+        const ArcSpan arc = arcSpan(points, {3, 4});
+        SCOPED_TRACE(testing::PrintToString(c.degrees));
+        EXPECT_NEAR(arc.span * 180 / M_PI, c.span, 1e-9);
+        if (!std::isnan(c.start))  // else several stretches are as wide
+        {
+            EXPECT_NEAR(std::remainder(arc.start * 180 / M_PI - c.start, 360), 0, 1e-9);
+        }
+    }
+    EXPECT_NEAR(sagitta(5, M_PI), 5, 1e-12);
+    EXPECT_NEAR(sagitta(5, 2 * M_PI), 10, 1e-12);
+    EXPECT_NEAR(sagitta(10, M_PI / 3), 10 * (1 - std::sqrt(3) / 2), 1e-12);
+    EXPECT_EQ(sagitta(5, 0), 0);
+}
+
 TEST(RobustFit, SaysWhyThereIsNone) {
     const double nan = std::nan("");
     const Points none;
