@@ -9,8 +9,8 @@
 
 namespace {
 
-/// Rotations have the digits of a float, see pythag.
-constexpr double kDigits = 1e-4;
+/// What svdcmp promises of elements that are 0 or between 1 / kLargest and kLargest in size.
+constexpr double kDigits = 7.2e-7, kLargest = 1e70;
 
 /// Unit-offset rows.
 struct Rows {
@@ -31,7 +31,8 @@ void decompose(const std::vector<double>& matrix, int m, int n) {
         for (int j = 0; j < n; ++j) {
             const double value = matrix[size_t(i) * size_t(n) + size_t(j)];
             u.rows[size_t(i) + 1][j + 1] = value;
-            isModerate = isModerate && std::fabs(value) < 1e100 && (value == 0 || std::fabs(value) > 1e-100);
+            isModerate = isModerate && std::fabs(value) <= kLargest &&
+                         (value == 0 || std::fabs(value) >= 1 / kLargest);
             most = std::fmax(most, std::fabs(value));
         }
     }
@@ -42,7 +43,7 @@ void decompose(const std::vector<double>& matrix, int m, int n) {
             double sum = 0;
             for (size_t k = 1; k <= size_t(n); ++k)
                 sum += u.rows[size_t(i) + 1][k] * w[k] * v.rows[size_t(j) + 1][k];
-            Fuzz::require(std::fabs(sum - matrix[size_t(i) * size_t(n) + size_t(j)]) <= kDigits * most,
+            Fuzz::require(std::fabs(sum - matrix[size_t(i) * size_t(n) + size_t(j)]) <= kDigits * n * most,
                           "U W V^T is the matrix");
         }
     }
