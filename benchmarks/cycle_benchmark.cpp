@@ -83,7 +83,8 @@ void BM_CycleInPlace(benchmark::State& state) {
     QList<LinePP> segments;
     QList<TSLinesIndecies> matches;
     KvProfile profile, smooth;
-    onGrooves(state, grooves(Simulator::xyBuffer), [&](const Buffer& buffer) {
+    auto inputs = grooves(Simulator::xyBuffer);
+    const auto cycle = [&](const Buffer& buffer) {
         setSize(profile.points, kPoints);
         const auto to = profile.points.begin();
         for (int i = 0; i < kPoints; ++i)
@@ -96,7 +97,10 @@ void BM_CycleInPlace(benchmark::State& state) {
         if (matches.size() != 1 || !evalLinesSet(segments, matches[0], groove.measurements))
             state.SkipWithError("the groove was not measured");
         benchmark::DoNotOptimize(groove.depth->getShift());
-    });
+    };
+    for (std::size_t i = 0; i < inputs.count(); ++i)  // the work space reaches its size
+        cycle(inputs.next());
+    onGrooves(state, std::move(inputs), cycle);
 }
 BENCHMARK(BM_CycleInPlace)->Unit(benchmark::kMicrosecond);
 
