@@ -20,7 +20,7 @@ constexpr double kNotANumber = std::numeric_limits<double>::quiet_NaN();
 bool isWhite(char letter) { return letter == ' ' || letter == '\t'; }
 
 /// In small letters. What spreadsheets, runtimes and instruments write where nothing was measured.
-constexpr std::string_view unsetWords[] = {
+constexpr std::string_view kUnsetWords[] = {
     "nan",     "-nan",    "+nan",    "nan(ind)",  "-nan(ind)", "1.#qnan", "-1.#qnan", "1.#ind",
     "-1.#ind", "#n/a",    "#na",     "n/a",       "na",        "n.a.",    "null",     "<null>",
     "nil",     "none",    "#value!", "#num!",     "#div/0!",   "#ref!",   "#name?",   "#null!",
@@ -28,7 +28,7 @@ constexpr std::string_view unsetWords[] = {
     "--",      "---",     "*",       "**",        "***",       "?",       "."};
 
 bool isUnsetWord(const char* at, int size) {
-    return std::any_of(std::begin(unsetWords), std::end(unsetWords), [&](std::string_view word) {
+    return std::any_of(std::begin(kUnsetWords), std::end(kUnsetWords), [&](std::string_view word) {
         return int(word.size()) == size && qstrnicmp(at, word.data(), uint(size)) == 0;
     });
 }

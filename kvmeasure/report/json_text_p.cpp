@@ -23,7 +23,7 @@ bool isPlain(QChar letter) { return letter >= ' ' && letter <= '~' && letter != 
 
 void JsonText::endLine() {
     if (isIndented_)
-        text_.append(1, '\n').append(std::size_t(4 * depth_), ' ');
+        text_.append(1, '\n').append(4 * depth_, ' ');
 }
 
 void JsonText::beginElement() {

@@ -7,6 +7,7 @@
 #include <QtCore/QByteArray>
 #include <QtCore/QString>
 
+#include <cstddef>
 #include <string>
 
 namespace KvMeasure {
@@ -52,7 +53,7 @@ private:
     void endLine();
 
     std::string text_;
-    int depth_ = 0;
+    std::size_t depth_ = 0;
     bool isIndented_, isFirst_ = true, isMember_ = false;
 };
 
