@@ -176,8 +176,8 @@ class Folder:
         mutate.lines_of("cmake", "--preset", "release", "-S", mutate.ROOT, "--log-level=WARNING")
         present = {line.split(":")[0] for line in mutate.lines_of("ninja", "-t", "targets", "all")}
         programs = [program for program in map(mutate.Program, tests) if program.target in present]
-        mutate.lines_of("ninja", f"-j{self.options.jobs}", "kvmath", "kvmeasure", "kvmeasure_program",
-                        *(program.target for program in programs))
+        needed = ["kvmath"] if self.library == "kvmath" else ["kvmath", "kvmeasure", "kvmeasure_program"]
+        mutate.lines_of("ninja", f"-j{self.options.jobs}", *needed, *(program.target for program in programs))
         return programs
 
     def compile(self, files):
