@@ -210,8 +210,9 @@ class Folder:
         words = [word for word in words if not word.startswith(("-W", "-O")) and word != "ccache"]
         words[words.index("-o") + 1] = str(made)
         words[words.index("-c") + 1] = str(copy)
-        words[1:1] = ["-O1", *WIDE, "-Wno-narrowing", "-Wno-psabi", "-Werror=vla", "-ftrack-macro-expansion=0", "-include", str(SWITCHES), f"-DKVMUT_COUNT={len(self.mutants) + 1}",
-                      f"-I{(mutate.ROOT / file).parent}"]
+        words[1:1] = ["-O1", *WIDE, "-Wno-narrowing", "-Wno-psabi", "-Werror=vla", "-ftrack-macro-expansion=0", "-include", str(SWITCHES), f"-DKVMUT_COUNT={len(self.mutants) + 1}"]
+        if '#include "' in source.text:  # else <limits.h> is taken from there, too
+            words[1:1] = [f"-I{(mutate.ROOT / file).parent}"]
         known = copy.with_suffix(".left")
         if known.exists() and made.exists():
             told = json.loads(known.read_text(encoding="utf-8"))
