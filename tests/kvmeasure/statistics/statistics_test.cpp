@@ -5,9 +5,11 @@
 #include <kvmeasure/statistics/control_chart.h>
 #include <kvmeasure/statistics/distributions.h>
 #include <kvmeasure/statistics/gauge_study.h>
+#include <kvmeasure/statistics/sample.h>
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <random>
 
@@ -37,6 +39,30 @@ TEST(Sample, KeepsItsDigitsOnAnOffset) {
         const OneWayAnova anova = oneWayAnova(values, groups);
         EXPECT_GT(logRelativeError(anova.withinSS, 0.25 * 499 / 500), 14) << offset;
     }
+}
+
+TEST(Sample, HasTheOrderStatisticsAndTheirNeighbours) {
+    // Values stand for shares of 1/8, 3/8, 5/8 and 7/8, and lie on straight lines between these.
+    const std::vector<double> values{30, 10, 40, 20};
+    for (const auto& [share, value] : {std::pair(0.0, 10.0),
+                                       {0.1, 10},
+                                       {0.125, 10},
+                                       {0.25, 15},
+                                       {0.375, 20},
+                                       {0.5, 25},
+                                       {0.8, 37},
+                                       {0.875, 40},
+                                       {0.9, 40},
+                                       {1, 40}})
+        EXPECT_NEAR(percentile(values, share), value, 1e-12) << share;
+    EXPECT_EQ(percentile({7}, 0.5), 7);
+    EXPECT_EQ(percentile({1, 3}, 0.5), 2);
+    for (const double share : {-0.001, 1.001, double(NAN)})
+        EXPECT_TRUE(std::isnan(percentile(values, share))) << share;
+    EXPECT_TRUE(std::isnan(percentile({}, 0.5)));
+    // About 2.5: -1.5, -0.5, 0.5, 1.5, with squares of 5 and products of neighbours of 1.25.
+    EXPECT_NEAR(summarize({1001, 1002, 1003, 1004}).autocorrelation, 0.25, 1e-15);
+    EXPECT_TRUE(std::isnan(summarize({2, 2, 2}).autocorrelation));
 }
 
 TEST(Distributions, AreThoseOfTables) {
@@ -93,6 +119,44 @@ TEST(Capability, HasTheFormulasAndReasons) {
     EXPECT_TRUE(gaugeCapability(values, 7, {0, 100}).isBiased);
 }
 
+TEST(Capability, OfPercentilesAndOfValuesOnTheirLimits) {
+    std::vector<double> values;
+    for (int i = 1; i <= 1000; ++i)
+        values.push_back(i);
+    // Places p 1000 - 0.5 of 1.35, 500 and 998.65: values of 1.85, 500.5 and 999.15.
+    const Capability found = capability(values, {-100, 1001});
+    EXPECT_EQ(found.percentilesReason, "");
+    EXPECT_NEAR(found.ppByPercentiles, 1101 / (999.15 - 1.85), 1e-9);
+    EXPECT_NEAR(found.ppkByPercentiles, 500.5 / (999.15 - 500.5), 1e-9);
+    EXPECT_NEAR(capability(values, {0, 2000}).ppkByPercentiles, 500.5 / (500.5 - 1.85), 1e-9);
+    EXPECT_NEAR(capability(values, {-INFINITY, 1001}).ppkByPercentiles, 500.5 / (999.15 - 500.5), 1e-9);
+    EXPECT_TRUE(std::isnan(capability(values, {-INFINITY, 1001}).ppByPercentiles));
+    EXPECT_EQ(capability(values, {1, 1000}).outside, 0) << "a value on a limit is good";
+    EXPECT_EQ(capability(values, {2, 998}).outside, 3);
+    std::vector<double> flat(1000, 5.0);
+    flat[0] = 4;
+    EXPECT_EQ(capability(flat, {0, 10}).percentilesReason, "the percentiles are equal");
+    values.pop_back();
+    EXPECT_TRUE(std::isnan(capability(values, {0, 2000}).ppkByPercentiles));
+    // Ranges of 1, 2, 4 of neighbours; of 1 and 4 of pairs; of 3 of one group of three.
+    const std::vector<double> few{1, 2, 4, 8};
+    EXPECT_NEAR(capability(few, {}, 1).deviationWithin, 7.0 / 3 / meanRangeOfNormal(2), 1e-12);
+    EXPECT_NEAR(capability(few, {}, 2).deviationWithin, 2.5 / meanRangeOfNormal(2), 1e-12);
+    EXPECT_NEAR(capability(few, {}, 3).deviationWithin, 3 / meanRangeOfNormal(3), 1e-12);
+    EXPECT_TRUE(std::isnan(capability(few, {}, 5).deviationWithin));
+    // Bissell's limits: 1.96 sqrt(1 / 9 n + Ppk^2 / 2 (n - 1)).
+    const Capability four = capability(few, {-3, 30});
+    const double ppk = 6.75 / (3 * std::sqrt(28.75 / 3)),
+                 reach = 1.959963984540054 * std::sqrt(1 / 36.0 + ppk * ppk / 6);
+    EXPECT_NEAR(four.ppk.value, ppk, 1e-12);
+    EXPECT_NEAR(four.ppk.low, ppk - reach, 1e-12);
+    EXPECT_NEAR(four.ppk.high, ppk + reach, 1e-12);
+    EXPECT_NEAR(four.pp.high / four.pp.value, std::sqrt(9.348403604496148 / 3), 1e-9) << "chi-square of 3";
+    // Two values, the fewest.
+    EXPECT_EQ(capability({1, 3}, {0, 4}).reason, "");
+    EXPECT_NEAR(capability({1, 3}, {0, 4}).cpk, 2 / (3 * 2 / meanRangeOfNormal(2)), 1e-12);
+}
+
 TEST(Tests, FindWhatIsNotNormal) {
     std::mt19937 random(4);
     std::normal_distribution<double> noise(5, 0.1);
@@ -115,6 +179,70 @@ TEST(Tests, FindWhatIsNotNormal) {
     EXPECT_NEAR(testOutlier({1, 2, 3, 4, 5, 6, 7, 8, 9, 10}).critical, 2.290, 5e-4) << "Grubbs' table for 10";
 }
 
+/// A^2 of a normal distribution of which mean and deviation are estimated, by its formula.
+double andersonDarling(std::vector<double> values) {
+    std::sort(values.begin(), values.end());
+    const SampleSummary summary = summarize(values);
+    const auto n = static_cast<int>(values.size());
+    double sum = 0;
+    for (int i = 1; i <= n; ++i) {
+        const auto share = [&](int k) {
+            return std::erfc(-(values[std::size_t(k - 1)] - summary.mean) / summary.standardDeviation /
+                             std::sqrt(2.0)) /
+                   2;
+        };
+        sum += (2 * i - 1) / double(n) * (std::log(share(i)) + std::log(1 - share(n + 1 - i)));
+    }
+    return (-n - sum) * (1 + 0.75 / n + 2.25 / n / n);
+}
+
+TEST(Tests, HaveTheProbabilitiesOfTheirTable) {
+    // Places of a normal distribution, bent more and more.
+    const auto bent = [](double bend) {
+        std::vector<double> values;
+        for (int i = 0; i < 40; ++i) {
+            const double z = normalQuantile((i + 0.5) / 40);
+            values.push_back(z + bend * z * z);
+        }
+        return values;
+    };
+    // D'Agostino and Stephens, table 4.7.
+    for (const auto& [statistic, probability] : {std::pair(0.341, 0.5),
+                                                 {0.470, 0.25},
+                                                 {0.561, 0.15},
+                                                 {0.631, 0.1},
+                                                 {0.752, 0.05},
+                                                 {0.873, 0.025},
+                                                 {1.035, 0.01},
+                                                 {1.159, 0.005}}) {
+        double from = 0, to = 1;
+        while (to - from > 1e-9) {
+            const double middle = (from + to) / 2;
+            (andersonDarling(bent(middle)) < statistic ? from : to) = middle;
+        }
+        const NormalityTest test = testNormality(bent(from));
+        EXPECT_NEAR(test.statistic, statistic, 1e-6);
+        EXPECT_NEAR(test.probability, probability, 0.04 * probability) << "the table has two or three digits";
+    }
+    // It falls without a leap from 1 to 0: the more bent, the less likely.
+    NormalityTest before = testNormality(bent(0));
+    EXPECT_GT(before.probability, 0.999);
+    for (double bend = 0.002; bend < 1; bend += 0.002) {
+        const NormalityTest test = testNormality(bent(bend));
+        ASSERT_NEAR(test.statistic, andersonDarling(bent(bend)), 1e-9 * (1 + test.statistic));
+        ASSERT_LE(test.probability, before.probability + 1e-3) << test.statistic;
+        ASSERT_LE(before.probability - test.probability, 8 * (test.statistic - before.statistic) + 1e-3)
+            << test.statistic;
+        before = test;
+    }
+    EXPECT_LT(before.probability, 1e-6);
+    std::vector<double> apart(60, 0.0);
+    apart.back() = 1;
+    EXPECT_EQ(testNormality(apart).probability, 0) << "A^2 above 10";
+    EXPECT_TRUE(std::isnan(testNormality({1, 2, 3, 4, 5, 6, 7}).probability));
+    EXPECT_FALSE(std::isnan(testNormality({1, 2, 3, 4, 5, 6, 7, 8}).probability));
+}
+
 TEST(ControlChart, SaysItsRules) {
     std::vector<double> values;
     for (int i = 0; i < 40; ++i)
@@ -134,6 +262,63 @@ TEST(ControlChart, SaysItsRules) {
     ASSERT_FALSE(controlChart(trend).findings.empty());
     EXPECT_TRUE(controlChart(trend).findings.front().rule.startsWith("6 in a row"));
     EXPECT_TRUE(controlChart({3, 3, 3}).findings.empty());
+}
+
+// Series of whole numbers, so that values lie on the centre and follow equal ones; each rule by its words.
+TEST(ControlChart, FindsWhatItsRulesSay) {
+    std::mt19937 random(6);
+    int said = 0;
+    for (int trial = 0; trial < 300; ++trial) {
+        std::vector<double> values;
+        double place = 0;
+        for (int i = 0; i < 30; ++i) {
+            place = trial % 3 == 0 ? place / 2 : place;  // noise, or a walk
+            place += double(int(random() % 7)) - 3 + (i % 11 == 10 ? 8 : 0);
+            values.push_back(std::round(place));
+        }
+        for (int i = 0; trial % 2 == 0 && i < 30; ++i)
+            values.push_back(-values[std::size_t(i)]);  // mean 0
+        const auto n = static_cast<int>(values.size());
+        double mean = 0, ranges = 0;
+        for (int i = 0; i < n; ++i) {
+            mean += values[std::size_t(i)] / n;
+            ranges += i > 0 ? std::fabs(values[std::size_t(i)] - values[std::size_t(i) - 1]) / (n - 1) : 0;
+        }
+        mean = trial % 2 == 0 ? 0 : mean;
+        const double deviation = ranges / 1.1283791670955126;
+        const auto off = [&](int i) { return i < 0 ? 0 : (values[std::size_t(i)] - mean) / deviation; };
+        const auto step = [&](int i) {
+            return i < 1 ? 0 : values[std::size_t(i)] - values[std::size_t(i) - 1];
+        };
+        const auto allBut = [](int i, int count,
+                               const auto& value) {  // `count` before i of one sign, none more
+            int same = 0;
+            while (value(i) * value(i - same) > 0)
+                ++same;
+            return same == count;
+        };
+        std::vector<std::pair<int, QString>> expected, found;
+        for (int i = 0; i < n; ++i) {
+            if (std::fabs(off(i)) > 3)
+                expected.emplace_back(i, "beyond 3 deviations");
+            if (allBut(i, 9, off))
+                expected.emplace_back(i, "9 in a row on one side of the centre");
+            if (allBut(i, 5, step))
+                expected.emplace_back(i, "6 in a row that rise or fall");
+            const double sign = off(i) > 0 ? 1 : -1;
+            if (sign * off(i) > 2 && (sign * off(i - 1) > 2 || sign * off(i - 2) > 2))
+                expected.emplace_back(i, "2 of 3 beyond 2 deviations");
+        }
+        const ControlChart chart = controlChart(values);
+        for (const ChartSignal& signal : chart.findings)
+            found.emplace_back(signal.index, signal.rule);
+        EXPECT_EQ(found, expected) << trial;
+        EXPECT_NEAR(chart.centre, mean, 1e-12);
+        EXPECT_NEAR(chart.lower, mean - 3 * deviation, 1e-6 * deviation);
+        EXPECT_NEAR(chart.upper, mean + 3 * deviation, 1e-6 * deviation);
+        said += static_cast<int>(found.size());
+    }
+    EXPECT_GT(said, 300);
 }
 
 /// A balanced study whose effects are known: value = part + appraiser + both + repeat.
@@ -200,21 +385,6 @@ TEST(GaugeStudy, SaysWhatIsMissing) {
         EXPECT_EQ(same.ndc, -1);
         EXPECT_EQ(same.grr, 0);
     }
-}
-
-TEST(OneWayAnova, OfWholeNumbersAndOfFewValues) {
-    const OneWayAnova result = oneWayAnova({1, 2, 3, 5, 6, 7, 7}, {"a", "a", "a", "b", "b", "b", "b"});
-    EXPECT_NEAR(result.withinSS, 2 + 2.75, 1e-14);
-    EXPECT_NEAR(result.betweenSS, 3.0 * 4 / 7 * 4.25 * 4.25, 1e-13);
-    EXPECT_NEAR(result.f, result.betweenSS / (4.75 / 5), 1e-12);
-    EXPECT_NEAR(result.residualStandardDeviation, std::sqrt(4.75 / 5), 1e-15);
-    EXPECT_FALSE(oneWayAnova({1, 2}, {"a", "b"}).reason.isEmpty());
-    EXPECT_FALSE(oneWayAnova({1, 2}, {"a", "a"}).reason.isEmpty());
-    EXPECT_FALSE(oneWayAnova({}, {}).reason.isEmpty());
-    const OneWayAnova equal = oneWayAnova({1, 1, 2, 2}, {"a", "a", "b", "b"});
-    EXPECT_TRUE(std::isnan(equal.f));
-    EXPECT_EQ(equal.residualStandardDeviation, 0);
-    EXPECT_FALSE(equal.reason.isEmpty());
 }
 
 }  // namespace

@@ -150,6 +150,21 @@ TEST(CertifiedSets, SamplesKeepTheDigitsOfTheirValues) {
     }
 }
 
+TEST(OneWayAnova, OfWholeNumbersAndOfFewValues) {
+    const OneWayAnova result = oneWayAnova({1, 2, 3, 5, 6, 7, 7}, {"a", "a", "a", "b", "b", "b", "b"});
+    EXPECT_NEAR(result.withinSS, 2 + 2.75, 1e-14);
+    EXPECT_NEAR(result.betweenSS, 3.0 * 4 / 7 * 4.25 * 4.25, 1e-13);
+    EXPECT_NEAR(result.f, result.betweenSS / (4.75 / 5), 1e-12);
+    EXPECT_NEAR(result.residualStandardDeviation, std::sqrt(4.75 / 5), 1e-15);
+    EXPECT_FALSE(oneWayAnova({1, 2}, {"a", "b"}).reason.isEmpty());
+    EXPECT_FALSE(oneWayAnova({1, 2}, {"a", "a"}).reason.isEmpty());
+    EXPECT_FALSE(oneWayAnova({}, {}).reason.isEmpty());
+    const OneWayAnova equal = oneWayAnova({1, 1, 2, 2}, {"a", "a", "b", "b"});
+    EXPECT_TRUE(std::isnan(equal.f));
+    EXPECT_EQ(equal.residualStandardDeviation, 0);
+    EXPECT_FALSE(equal.reason.isEmpty());
+}
+
 TEST(OneWayAnova, HasTheComponentsOfUnequalGroups) {
     // Groups of 1, 2 and 4: n0 = (7 - 21 / 7) / 2 = 2.
     const OneWayAnova found = oneWayAnova({9, 5, 7, 1, 2, 3, 2}, {"a", "b", "b", "c", "c", "c", "c"});
@@ -190,6 +205,13 @@ TEST(Linearity, IsTheLineThroughTheBiases) {
     EXPECT_NEAR(hand.slope.value, slope, 1e-14);
     EXPECT_NEAR(hand.deviation, std::sqrt(residual / 2), 1e-14);
     EXPECT_NEAR(hand.slope.high - hand.slope.value, 4.302652729911275 * std::sqrt(residual / 2 / 2.75), 1e-9);
+    const double intercept = 2 - slope * 1.75,
+                 uIntercept = std::sqrt(residual / 2 * (0.25 + 1.75 * 1.75 / 2.75));
+    EXPECT_NEAR(hand.intercept.value, intercept, 1e-14);
+    EXPECT_NEAR(hand.intercept.high - intercept, 4.302652729911275 * uIntercept, 1e-9);
+    const auto probabilityOf = [](double t) { return 1 - std::fabs(t) / std::sqrt(2 + t * t); };  // 2 degrees
+    EXPECT_NEAR(hand.slopeProbability, probabilityOf(slope / std::sqrt(residual / 2 / 2.75)), 1e-9);
+    EXPECT_NEAR(hand.interceptProbability, probabilityOf(intercept / uIntercept), 1e-9);
     EXPECT_NEAR(hand.curvatureF, (residual - 2) / 1 / (2.0 / 1), 1e-13);
     EXPECT_NEAR(hand.rSquared, 1 - residual / 8, 1e-14);
 
@@ -226,6 +248,9 @@ TEST(Linearity, HasReasons) {
     EXPECT_NEAR(bias.bias.value, 0.003, 1e-15);
     EXPECT_NEAR(bias.bias.low, 0.003 - 3.182446305284263 * std::sqrt(2e-5 / 3) / 2, 1e-9);
     EXPECT_GT(bias.probability, 0.05);
+    // Of Student's distribution with two degrees of freedom, beyond t on both sides: 1 - t / sqrt(2 + t^2).
+    const double t = 0.003 / std::sqrt(7e-6 / 3);
+    EXPECT_NEAR(biasOf(5, {5.001, 5.002, 5.006}).probability, 1 - t / std::sqrt(2 + t * t), 1e-9);
     EXPECT_TRUE(biasOf(5, {5.01, 5.012, 5.011}).isBiased());
     EXPECT_TRUE(std::isnan(biasOf(5, {5.01}).probability));
 }
