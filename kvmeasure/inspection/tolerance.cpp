@@ -3,7 +3,6 @@
 
 #include <kvmeasure/inspection/tolerance.h>
 
-#include <kvmeasure/base/filled_in.h>
 #include <kvmeasure/base/text.h>
 
 #include <QtCore/QRegularExpression>
@@ -99,9 +98,19 @@ QString parsePair(const QString& first, const QString& second, WrittenTolerance&
     return QString();
 }
 
-QString withSign(double deviation) {
-    return (deviation < 0 ? "" : "+") + QString::number(deviation + 0.0);  // no -0
+QString shortNumber(double value) {
+    constexpr int kDigits = 10;
+    return QString::number(value + 0.0, 'g', kDigits);  // no -0
 }
+
+/// To a nanometre: a taught value has more digits than anybody reads.
+QString rounded(double value) {
+    constexpr double kParts = 1e6;
+    const double whole = std::round(value * kParts);
+    return shortNumber(std::isfinite(whole) && whole != 0 ? whole / kParts : value);
+}
+
+QString withSign(double deviation) { return (deviation < 0 ? "" : "+") + rounded(deviation); }
 
 }  // namespace
 
@@ -112,22 +121,20 @@ const QStringList& decisionWords() {
 
 QString Tolerance::text() const {
     if (hasNominal)
-        return QString::number(nominal) + ' ' + withSign(upper) + ' ' + withSign(lower);
+        return rounded(nominal) + ' ' + withSign(upper) + ' ' + withSign(lower);
     if (std::isinf(lower))
-        return "max " + QString::number(upper);
+        return "max " + rounded(upper);
     if (std::isinf(upper))
-        return "min " + QString::number(lower);
-    return filledIn("from %1 to %2", lower, upper);
+        return "min " + rounded(lower);
+    return "from " + rounded(lower) + " to " + rounded(upper);
 }
 
 QString Tolerance::limits() const {
-    constexpr int kDigits = 10;
-    const auto number = [](double value) { return QString::number(value, 'g', kDigits); };
     if (std::isinf(lower))
-        return "at most " + number(greatest());
+        return "at most " + shortNumber(greatest());
     if (std::isinf(upper))
-        return "at least " + number(least());
-    return number(least()) + " to " + number(greatest());
+        return "at least " + shortNumber(least());
+    return shortNumber(least()) + " to " + shortNumber(greatest());
 }
 
 QString parseTolerance(QString text, WrittenTolerance& written) {

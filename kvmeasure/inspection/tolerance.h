@@ -16,7 +16,7 @@ struct KVMEASURE_EXPORT Tolerance {
 
     double least() const { return nominal + lower; }     ///< the least good value
     double greatest() const { return nominal + upper; }  ///< the greatest good value
-    QString text() const;    ///< as parseTolerance reads it, e.g. "6 +0.1 -0.2" or "max 6"; six digits
+    QString text() const;    ///< as parseTolerance reads it, e.g. "6 +0.1 -0.2" or "max 6"; to 1e-6
     QString limits() const;  ///< the good values, e.g. "5.8 to 6.1" or "at most 6"; ten digits
 };
 

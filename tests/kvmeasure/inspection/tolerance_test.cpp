@@ -33,6 +33,12 @@ TEST(Tolerances, MeanWhatIsWritten) {
         {"+0.2 -0.1", 2.9, 3.2, "3 +0.2 -0.1", "2.9 to 3.2", true},
         {"+0.1 0", 3, 3.1, "3 +0.1 +0", "3 to 3.1", true},
         {"-0 -0.1", 2.9, 3, "3 +0 -0.1", "2.9 to 3", true},
+        {"1250.1255 +0.0005 -0.001", 1250.1245, 1250.126, "1250.1255 +0.0005 -0.001",
+         "1250.1245 to 1250.126"},
+        {"max 0.0000001", -kNone, 1e-7, "max 1e-07", "at most 1e-07", false, true},
+        {"from 1250.1245 to 1250.126", 1250.1245, 1250.126, "from 1250.1245 to 1250.126",
+         "1250.1245 to 1250.126", false, true},
+        {"max 1250.1255", -kNone, 1250.1255, "max 1250.1255", "at most 1250.1255", false, true},
         {"max 3.5", -kNone, 3.5, "max 3.5", "at most 3.5", false, true},
         {"min -1e3", -1000, kNone, "min -1000", "at least -1000", false, true},
         {"from 2 to 4", 2, 4, "from 2 to 4", "2 to 4", false, true},
@@ -55,6 +61,10 @@ TEST(Tolerances, MeanWhatIsWritten) {
         EXPECT_DOUBLE_EQ(again.tolerance.least(), c.least);
         EXPECT_DOUBLE_EQ(again.tolerance.greatest(), c.greatest);
     }
+}
+
+TEST(Tolerances, OfTaughtValuesAreWrittenToANanometre) {
+    EXPECT_EQ((Tolerance{6.0123456789, -0.1, 0.05, true}).text(), "6.012346 +0.05 -0.1");
 }
 
 TEST(Tolerances, ThatCouldMeanTwoThingsAreRefusedWithTheWayOut) {
