@@ -57,7 +57,7 @@ QList<int> chosenColumns(const QString& columns, const QList<Heading>& headings,
             chosen.append(i);
     }
     if (chosen.size() < wanted)
-        throw Error(filledIn("has %1 column(s); %2 coordinates are needed", headings.size(), wanted));
+        throw Error(filledIn("has %1 column(s) of coordinates; %2 are needed", chosen.size(), wanted));
     return chosen;
 }
 

@@ -214,9 +214,11 @@ void report(const Arguments& arguments, const Master& master, const ScanComparis
 
 bool areScans(const Arguments& arguments) {
     const QString master = arguments.text("--master");
+    if (namesPlane(master))
+        return true;
     if (arguments.has("--record"))
         return false;
-    if (namesPlane(master) || arguments.has("--map") || arguments.has("--axes"))
+    if (arguments.has("--map") || arguments.has("--axes"))
         return true;
     return isScan(arguments.operand(0)) && isScan(master);
 }

@@ -148,8 +148,9 @@ void draw(const Arguments& arguments, const GaugeStudy& study, std::vector<Study
     picture.title = QFileInfo(arguments.operand(0)).completeBaseName() + ", " + taken.name;
     picture.subtitle =
         study.reason.isEmpty()
-            ? filledIn("%1 parts, %2 appraisers, %3 trials: GRR %4 % of all%5, %6 categories", study.parts,
-                       study.appraisers, study.trials, QString::number(100 * study.grr / study.tv, 'f', 1),
+            ? filledIn("%1 parts, %2 appraisers, %3 trials: GRR %4 of all%5, %6 categories", study.parts,
+                       study.appraisers, study.trials,
+                       study.tv > 0 ? QString::number(100 * study.grr / study.tv, 'f', 1) + " %" : "-",
                        std::isfinite(tolerance)
                            ? filledIn(", %1 % of the tolerance",
                                       QString::number(600 * study.grr / tolerance, 'f', 1))

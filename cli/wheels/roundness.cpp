@@ -50,9 +50,20 @@ const Usage& usage() {
     return all;
 }
 
+/// A heading without the unit of an angle behind "_", which is parted off for lengths alone.
+QString angleName(const Heading& heading) {
+    for (const char* unit : {"_rad", "_deg"}) {
+        if (heading.name.endsWith(unit, Qt::CaseInsensitive))
+            return heading.name.chopped(4);
+    }
+    return heading.name;
+}
+
 double factorOf(const Heading& heading, bool isAngle, const Arguments& arguments) {
+    const bool isInRadians = heading.unit.startsWith("rad", Qt::CaseInsensitive) ||
+                             heading.name.endsWith("_rad", Qt::CaseInsensitive);
     if (isAngle)
-        return heading.unit.startsWith("rad", Qt::CaseInsensitive) ? kDegreesPerRadian : 1;
+        return isInRadians ? kDegreesPerRadian : 1;
     const QList<LengthUnit> given = readLengthUnits(arguments);
     if (given.size() > 1)
         throw Error("wheels roundness: --unit is that of the radius; give one");
@@ -68,15 +79,16 @@ QList<int> columnsOf(const QList<Heading>& headings, const QString& list) {
         const QStringList words = list.split(',');
         if (words.size() != 2)
             throw Error("--columns names two: those of angle and radius");
-        return {columnNamed(headings, words[0]), columnNamed(headings, words[1])};
+        return {columnNamed(headings, words[0].trimmed()), columnNamed(headings, words[1].trimmed())};
     }
-    const auto has = [&](const QString& name) {
-        return std::any_of(headings.begin(), headings.end(), [&](const Heading& heading) {
-            return heading.name.compare(name, Qt::CaseInsensitive) == 0;
+    const auto place = [&](const QString& name) {
+        const auto found = std::find_if(headings.begin(), headings.end(), [&](const Heading& heading) {
+            return angleName(heading).compare(name, Qt::CaseInsensitive) == 0;
         });
+        return found == headings.end() ? -1 : static_cast<int>(found - headings.begin());
     };
-    if (has("angle") && has("radius"))
-        return {columnNamed(headings, "angle"), columnNamed(headings, "radius")};
+    if (place("angle") >= 0 && place("radius") >= 0)
+        return {place("angle"), place("radius")};
     if (headings.size() < 2)
         throw Error("one column; expected angle and radius");
     return {0, 1};

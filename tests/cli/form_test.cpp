@@ -236,7 +236,7 @@ TEST_F(FormProgram, RefusesWhatHasNoMeaning) {
     expectRefused("stats studdy v.csv", "did you mean \"study\"?");
     expectRefused("stats anova v.csv --group station", "\"station\"");
     expectRefused("form flatness short.csv", "line 3: has 2 column(s), expected at least 3");
-    expectRefused("form flatness v.csv", "3 coordinates are needed");
+    expectRefused("form flatness v.csv", "of coordinates; 3 are needed");
     expectRefused("form straightness missing.csv", "missing.csv");
     expectRefused("form step short.csv --edges 10-13", "--edges");
     expectRefused("form roughness short.csv", "--cutoff");

@@ -1,0 +1,175 @@
+// What the commands for scans, calibration and profiles print, and what they refuse: called without a
+// process.
+
+#include <tests/cli/commands.h>
+
+namespace {
+
+using testing::HasSubstr;
+
+/// A plane of 9 by 7 points, 1 mm apart, with a corner that stands 1 mm higher.
+QByteArray plate() {
+    QByteArray rows;
+    for (int scan = 0; scan < 7; ++scan) {
+        for (int x = 0; x < 9; ++x)
+            rows += QByteArray::number(x) + ' ' + QByteArray::number(x > 6 && scan > 4 ? 6 : 5) + ' ' +
+                    QByteArray::number(scan) + '\n';
+    }
+    return rows;
+}
+
+TEST_F(Commands, ScansRefuseOptionsThatContradict) {
+    write("s.xyz", plate());
+    write("line.xyz", "0 1 0\n1 1 0\n2 1 0\n3 1 0\n");
+    const QString compare = "compare s.xyz --axes x,height,scan --master ";
+    expect({
+        {"scan section s.xyz --at-scan 3 --at-x 3", 2, {"say where"}},
+        {"scan section s.xyz --from 1,1", 2, {"say where"}},
+        {"scan section s.xyz --at-scan 3 --step-x 2", 0, {"5 measured and 0 interpolated points"}},
+        {"scan section s.xyz --at-scan 3 --step-scan 2", 0, {"s.xyz"}},
+        {"scan section s.xyz --at-scan 2.5 --svg i.svg", 0, {"0 measured and 9 interpolated points"}},
+        {"scan plane s.xyz --level --remove above --out o.xyz",
+         2,
+         {"--remove and --level exclude each other"}},
+        {"scan outline s.xyz --raw --merge 3", 2, {"--merge"}},
+        {"scan outline s.xyz --all-points --gap 3", 2, {"--gap"}},
+        {"scan outline s.xyz --raw --edge-compensation on", 2, {"--raw adds nothing at free edges"}},
+        {compare + "s.xyz --band 1,0", 2, {"--band needs the least deviation first"}},
+        {compare + "plane~1,2", 2, {"needs three numbers", "not \"plane 1,2\""}},
+        {compare + "plane~1,2,x", 2, {"not \"plane 1,2,x\""}},
+        {compare + "plane~1,2,1e300", 2, {"not \"plane 1,2,1e300\""}},
+        {compare + "plane~0,0,5 --record 2", 2, {"--record is of profiles; these are scans"}},
+        {compare + "s.xyz --align template", 2, {"--align template is of profiles; scans take"}},
+        {compare + "plane~0,0,5 --svg d.svg --ply d.ply --json", 0, {"\"largest\": 1,"}},
+        {compare + "plane~0,0,5 --band -0.1,0.1", 1, {"OUT OF BAND", "largest"}},
+        {"compare line.xyz --axes x,height,scan --master plane",
+         2,
+         {"no plane through 4 point(s) that lie on one line"}},
+    });
+    EXPECT_THAT(read("d.ply"), testing::StartsWith("ply\n"));
+}
+
+TEST_F(Commands, ProfilesAreComparedFitAndToldInWords) {
+    write("p.csv", "0,0\n1,0\n2,0\n3,0\n4,0\n");
+    write("q.csv", "0,0\n1,0.5\n2,0\n3,0\n4,0\n");
+    write("far.csv", "100,0\n101,0\n102,0\n");
+    write("empty.csv", "");
+    write("gap.csv", "0,0\n1,\n2,0\n3,0\n4,1\n");
+    expect({
+        {"compare q.csv --master p.csv --align none --keep-all",
+         2,
+         {"--keep-all goes with --align registration"}},
+        {"compare q.csv --master p.csv --align registration --keep-all", 0, {"q.csv"}},
+        {"compare q.csv --master p.csv --align none --band -0.1,0.1", 1, {"OUT OF BAND"}},
+        {"compare far.csv --master p.csv --align none", 1, {"NOT COMPARED with p.csv: "}},
+        {"compare far.csv --master p.csv --align none --svg none.svg --json", 1, {"\"reason\": \""}},
+        {"compare q.csv --master empty.csv", 2, {"empty.csv"}},
+        {"fit p.csv --circle --svg c.svg", 1, {}},
+        {"fit q.csv --parabola --svg q.svg", 0, {"q.csv"}},
+        {"fit p.csv --plane", 2, {"p.csv"}},
+        {"lines p.csv --raw --edge-compensation on", 2, {"--raw"}},
+        {"info gap.csv p.csv", 0, {"gap.csv"}},
+        {"filter gap.csv out.csv --steps mean~3", 0, {"1 unset points left out"}},
+        {"filter p.csv out.csv --columns ~ --steps mean~3", 2, {"--columns needs x and height"}},
+        {"teach p.csv --out t.json --lines 1 --longest 1", 2, {"--lines and --longest exclude each other"}},
+        {"teach p.csv --out t.json --longest x",
+         2,
+         {"--longest needs a number with a decimal point, not \"x\""}},
+        {"teach p.csv --out t.json --longest 1.5", 2, {"--longest needs a whole number, not \"1.5\""}},
+        {"teach p.csv --out t.json --longest 0", 2, {"--longest must be from 1 to "}},
+        {"teach p.csv --out t.json --longest", 2, {"--longest needs a value"}},
+        {"teach p.csv --out t.json --master p.csv --band 1",
+         2,
+         {"--band needs two numbers, e.g. --band -5,12.5, not \"1\""}},
+        {"teach p.csv --out t.json --master p.csv --band x,1", 2, {"not \"x,1\""}},
+        {"teach p.csv --out t.json --master p.csv --band 1,x", 2, {"not \"1,x\""}},
+        {"teach p.csv --out t.json --gap x",
+         2,
+         {"--gap needs a number with a decimal point, in mm, not \"x\""}},
+        {"results", 2, {"nothing to read"}},
+        {"help", 0, {"kvmeasure COMMAND"}},
+        {"", 2, {"which command?"}},
+        {"-h", 0, {"kvmeasure COMMAND"}},
+        {"scan -h", 0, {"kvmeasure scan COMMAND"}},
+        {"stats -h", 0, {"kvmeasure stats COMMAND"}},
+        {"stats", 2, {"stats: which command? See \"kvmeasure stats --help\""}},
+    });
+}
+
+TEST_F(Commands, CalibrationNeedsWhatFilesDoNotHold) {
+    ASSERT_EQ(call("calibrate simulate flat.raw").code, 0);
+    const std::string truth = read("flat.raw.truth.json");
+    ASSERT_THAT(truth, HasSubstr("\"focal-length\": 16"));
+    const auto changed = [&truth](const char* from, const char* to) {
+        return QByteArray::fromStdString(truth).replace(from, to);
+    };
+    write("missing.json", changed("focal-length", "focus"));
+    write("bad.json", changed("\"focal-length\": 16", "\"focal-length\": -16"));
+    write("toothed.json", changed("\"target\": \"flat\"", "\"target\": \"toothed\""));
+    const QString build = "calibrate build flat.raw t.tbl ", ranges = build + "--z-range 100 --x-range 140 ";
+    expect({
+        {ranges + "--columns 5,5", 2, {"the first of --columns must be left of the last"}},
+        {ranges + "--columns 1.5,7", 2, {"--columns needs two whole numbers from 0 to 647, not \"1.5,7\""}},
+        {ranges + "--columns -1,7", 2, {"--columns needs two whole numbers from 0 to 647"}},
+        {ranges + "--columns 1,700", 2, {"--columns needs two whole numbers from 0 to 647"}},
+        {ranges + "--teeth flat.raw --tooth-pitch 5",
+         2,
+         {"--teeth needs --tooth-pitch MM and --tooth-height MM"}},
+        {build + "--z-range 100", 2, {"--x-range MM is missing; it is not stored in the file"}},
+        {build + "--truth missing.json", 2, {"missing.json: \"focal-length\" is missing or no number"}},
+        {build + "--truth bad.json", 2, {"bad.json: "}},
+        {build + "--truth toothed.json --json", 0, {"\"file\""}},
+        {"calibrate check t.tbl --z-range 100 --x-range 140",
+         2,
+         {"against what? Name --truth FILE or --against RAW"}},
+        {"calibrate info flat.raw --z-range 100", 2, {"--z-range and --x-range are of tables"}},
+        {"calibrate info gone.raw --z-range 100", 2, {"gone.raw"}},
+        {"calibrate simulate o.raw --tooth-pitch 3", 2, {"--tooth-pitch goes with --target toothed"}},
+        {"calibrate mirror flat.raw m.raw --z", 2, {"a raw record has no halves"}},
+        {"calibrate mirror t.tbl m.tbl", 2, {"which half of the table? Add --z, --x or both"}},
+        {"calibrate mirror flat.raw m.raw --json", 0, {"\"form\": \"raw"}},
+        {"calibrate apply t.tbl flat.raw o.csv --format csv --z-range 100 --x-range 140",
+         2,
+         {"choose one with --step N"}},
+        {"calibrate apply t.tbl flat.raw o.csv --step 5 --pitch 2 --z-range 100 --x-range 140",
+         2,
+         {"--pitch is of records"}},
+        {"calibrate apply t.tbl flat.raw o.bin --step 5 --pitch 2 --format record --truth toothed.json "
+         "--json",
+         0,
+         {"\"profiles\": 1"}},
+    });
+}
+
+TEST_F(Commands, SimulationsRefuseWhatHasNoEffect) {
+    expect({
+        {"simulate circumference --out c.csv --wave 1:2", 2, {"--wave"}},
+        {"simulate circumference --out c.csv --wave 1:x:2", 2, {"--wave"}},
+        {"simulate circumference --out c.csv --wave 1.5:1:2", 2, {"--wave"}},
+        {"simulate circumference --out c.csv --wave 501:1:2", 2, {"--wave"}},
+        {"simulate circumference --out c.csv --seen 90..180 --points 360", 0, {"c.csv"}},
+        {"simulate pass --out p --wheelsets 2 --false-targets 1000000", 2, {"--false-targets"}},
+        {"simulate pass --out p --speed 1e-9 --rate 1000", 2, {"simulate pass: "}},
+        {"simulate profile --out p.csv --points 3 --from 5 --to 5", 2, {"simulate profile: "}},
+    });
+    EXPECT_THAT(read("c.csv"), HasSubstr("\n90.0"));
+    EXPECT_FALSE(QFileInfo::exists("p")) << "nothing is left behind";
+}
+
+TEST_F(Commands, PagesShowFilesUpToTheirLimits) {
+    QDir().mkdir("none");
+    QDir().mkdir("many");
+    QByteArray stack;
+    for (int i = 0; i < 25; ++i)
+        stack += QByteArray("\x05\x02\0", 3) + QByteArray(4, '\0') + QByteArray(16, '\0');
+    write("stack.bin", stack);
+    for (int i = 0; i < 201; ++i)
+        write(QString("many/%1.csv").arg(i), "0,0\n1,1\n");
+    expect({
+        {"view none --out v.html", 2, {"none: has no files"}},
+        {"view many --out v.html", 2, {"there are 201 files; a page shows 200 at most"}},
+        {"view stack.bin --out v.html", 0, {"v.html"}},
+    });
+}
+
+}  // namespace
