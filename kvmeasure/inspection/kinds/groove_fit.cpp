@@ -392,8 +392,9 @@ GrooveResult measureGroove(const Points& points, const GrooveSettings& settings,
     const auto at = std::size_t(chosen);
     // Between the neighbours, as far as the scan order is that of x.
     const std::size_t deepest = gaps[at].deepest;
-    const std::size_t first = chosen == 0 ? 0 : std::min(gaps[at - 1].to, deepest);
-    const std::size_t end = chosen + 1 == count ? sorted.size() : std::max(gaps[at + 1].from, deepest) + 1;
+    const std::size_t first = chosen == 0 ? 0 : std::min(gaps[at - 1].landBehind, deepest);
+    const std::size_t end =
+        chosen + 1 == count ? sorted.size() : std::max(gaps[at + 1].landBefore, deepest) + 1;
     return Groove(sorted, gaps[at], first, end).measure(settings, known);
 }
 

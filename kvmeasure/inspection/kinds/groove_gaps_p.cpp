@@ -1,7 +1,7 @@
 // A groove is a gap under the upper convex hull (monotone chain, A. M. Andrew 1979): the points between two
-// neighbouring corners of the hull. It counts from a quarter of the depth of the deepest on, among noisy
-// points later. Linear for points in order of x, else a sort. A flank is fitted again over the points that
-// its line reaches, on a thinned set until the last round.
+// neighbouring corners of the hull, parted where the profile comes back to it. It counts from a quarter of
+// the depth of the deepest on, among noisy points later. Linear for points in order of x, else a sort. A
+// flank is fitted again over the points that its line reaches, on a thinned set until the last round.
 #include <kvmeasure/inspection/kinds/groove_gaps_p.h>
 
 #include <kvmeasure/base/double_quad_p.h>
@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 #include <numeric>
 
 namespace KvMeasure::Internal {
@@ -181,17 +182,67 @@ KVMEASURE_FOR_AVX2 double greatestDepthForAvx2(const Vector* points, std::size_t
     return greatestDepth(points, count, depthOf, least);
 }
 
+/// The greatest depth of points between two numbers; 0 where none is deeper.
+double depthBetween(const std::vector<Vector>& points, std::size_t from, std::size_t to,
+                    const DepthBelow& depthOf) {
+    const Vector* const first = points.data() + from + 1;
+    const std::size_t count = to > from ? to - from - 1 : 0;
+    return hasAvx2() ? greatestDepthForAvx2(first, count, depthOf, 0)
+                     : greatestDepth(first, count, depthOf, 0);
+}
+
 /// Sets the deepest point of a gap.
 void findDeepest(const std::vector<Vector>& points, GrooveGap& gap) {
     const DepthBelow depthOf(points[gap.from], points[gap.to]);
     const Vector* const first = points.data() + gap.from + 1;
     const std::size_t count = gap.to > gap.from ? gap.to - gap.from - 1 : 0;
-    gap.depth = hasAvx2() ? greatestDepthForAvx2(first, count, depthOf, gap.depth)
-                          : greatestDepth(first, count, depthOf, gap.depth);
+    gap.depth = depthBetween(points, gap.from, gap.to, depthOf);
     const auto at =
         std::find_if(first, first + count, [&](const Vector& p) { return depthOf(p) == gap.depth; });
     if (gap.depth > 0 && at != first + count)
         gap.deepest = gap.from + 1 + std::size_t(at - first);
+}
+
+/// Adds the parts of a gap between lands that lie less deep than `ofLand` and what lies deeper than
+/// `ofGroove`: noise decides which land is a corner of the hull, and points on one line are none.
+void addParts(const std::vector<Vector>& points, GrooveGap gap, double ofLand, double ofGroove,
+              std::vector<GrooveGap>& parts) {
+    constexpr int kFewestOfLand = 3;
+    const DepthBelow depthOf(points[gap.from], points[gap.to]);
+    const std::size_t end = gap.to;
+    const std::size_t before = landEnd(points, gap.deepest, gap.from, ofLand, depthOf);
+    const std::size_t behind = landEnd(points, gap.deepest, gap.to, ofLand, depthOf);
+    if (!(std::max(depthBetween(points, gap.from, before, depthOf),
+                   depthBetween(points, behind, gap.to, depthOf)) > ofGroove)) {
+        parts.push_back(gap);
+        return;
+    }
+    bool isBehindGroove = false, isLand = false;
+    double least = ofLand;
+    int run = 0;
+    const auto add = [&](std::size_t to) {
+        GrooveGap part{gap.from, to, gap.from, 0};
+        findDeepest(points, part);
+        parts.push_back(part);
+        gap.from = to;
+    };
+    for (std::size_t i = gap.from + 1; i < end; ++i) {
+        const double depth = depthOf(points[i]);
+        run = depth < ofLand ? run + 1 : 0;
+        isLand = isLand || run >= kFewestOfLand;
+        if (depth < least) {
+            least = depth;
+            gap.to = i;
+        }
+        if (!(depth > ofGroove))
+            continue;
+        if (isBehindGroove && isLand)
+            add(gap.to);
+        isBehindGroove = true;
+        isLand = false;
+        least = ofLand;
+    }
+    add(end);
 }
 
 }  // namespace
@@ -211,12 +262,25 @@ std::vector<GrooveGap> gapsUnderHull(const std::vector<Vector>& points) {
     constexpr double kLeastShare = 0.25;
     constexpr double kMostShare = 0.6;
     constexpr double kDeviations = 8;
-    const double least =
-        std::max(kLeastShare * most, std::min(kDeviations * roughness(points), kMostShare * most));
-    gaps.erase(
-        std::remove_if(gaps.begin(), gaps.end(), [&](const GrooveGap& gap) { return !(gap.depth > least); }),
-        gaps.end());
-    return gaps;
+    const double noise = roughness(points);
+    const double least = std::max(kLeastShare * most, std::min(kDeviations * noise, kMostShare * most));
+    const auto isShallow = [&](const GrooveGap& gap) { return !(gap.depth > least); };
+    gaps.erase(std::remove_if(gaps.begin(), gaps.end(), isShallow), gaps.end());
+    double farthest = 0;
+    for (const std::size_t corner : hull)
+        farthest = std::max({farthest, std::fabs(points[corner].x), std::fabs(points[corner].y)});
+    const double rounding = 4 * double(std::numeric_limits<float>::epsilon()) * farthest;
+    const double ofLand = std::max(std::min(kDeviations * noise, least / 2), rounding);
+    std::vector<GrooveGap> parts;
+    for (const GrooveGap& gap : gaps)
+        addParts(points, gap, ofLand, least, parts);
+    parts.erase(std::remove_if(parts.begin(), parts.end(), isShallow), parts.end());
+    for (GrooveGap& part : parts) {
+        const DepthBelow depthOf(points[part.from], points[part.to]);
+        part.landBefore = landEnd(points, part.deepest, part.from, ofLand, depthOf);
+        part.landBehind = landEnd(points, part.deepest, part.to, ofLand, depthOf);
+    }
+    return parts;
 }
 
 std::vector<Vector> between(const std::vector<Vector>& points, std::size_t from, std::size_t to,

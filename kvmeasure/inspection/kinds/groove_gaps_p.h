@@ -10,9 +10,10 @@ namespace KvMeasure::Internal {
 
 /// A gap under the hull, by the numbers of the points at its ends.
 struct GrooveGap {
-    std::size_t from, to;  ///< points of the hull
-    std::size_t deepest;   ///< between them
-    double depth;          ///< of that one under the hull, mm
+    std::size_t from, to;                        ///< points of the hull
+    std::size_t deepest;                         ///< between them
+    double depth;                                ///< of that one under the hull, mm
+    std::size_t landBefore = 0, landBehind = 0;  ///< first points on either side of it that are land again
 };
 
 /// How far points lie to the right of the way from one to another: below it where that leads to the right.
@@ -51,7 +52,9 @@ std::size_t landEnd(const std::vector<Vector>& points, std::size_t deepest, std:
 std::vector<Vector> inScanOrder(const std::vector<Vector>& points);
 
 /// Of finite points, one at least, the gaps from left to right that are deeper than a quarter of the deepest
-/// and than eight standard deviations of the noise, or six tenths of the deepest.
+/// and than eight standard deviations of the noise, or six tenths of the deepest. Land between two grooves
+/// parts them, three points in a row at least, whether it is a corner of the hull or lies on it but for
+/// noise.
 std::vector<GrooveGap> gapsUnderHull(const std::vector<Vector>& points);
 
 /// The points from one number to another, in either order, that lie to the right of the way from `left` to

@@ -79,6 +79,123 @@ TEST(FittedKinds, SayWhyThereIsNoValue) {
                 HasSubstr("no point lies in region \"R\""));
 }
 
+struct ShapeCase {
+    const char* words;
+    std::function<double(double)> height;
+    const char* ending;
+    double value;        ///< or NaN: none
+    const char* reason;  ///< of the missing value, or its note or warning
+    std::function<double(double)> below = {};
+};
+
+TEST(FittedKinds, TellShapesThatTheyAreNotFor) {
+    const auto flat = [](double) { return 0.0; };
+    const auto roof = [](double x) { return -std::fabs(x); };
+    const auto bent = [](double x) { return x < 0 ? x : 0.01 * x * x - x; };
+    const auto vGroove = [](double x) { return std::min(0.0, std::fabs(x) - 3); };
+    const auto square = [](double x) { return std::fabs(x) < 2.005 ? -1.5 : 0.0; };
+    const auto round = [](double x) { return -std::sqrt(std::max(0.0, 4 - x * x)); };
+    const auto two = [](double x) { return x > -6 && x < -3 ? -1.0 : x > 2 && x < 4 ? -2.0 : 0.0; };
+    const auto ridge = [](double x) { return std::fabs(x) < 2.005 ? 1.5 : 0.0; };
+    const auto concave = [](double x) {
+        const double half = 4 * std::sqrt(0.5), rise = 0.5, radius = (half * half + rise * rise) / (2 * rise);
+        if (std::fabs(x) >= half)
+            return std::fabs(x);
+        return half - std::sqrt(radius * radius - x * x) + (radius - rise);
+    };
+    const auto plates = [](double x) { return std::fabs(x); };
+    const auto hill = [](double x) { return std::max(0.0, 1.2 - x * x / 9); };
+    const auto bottomless = [](double x) {
+        return std::fabs(x) < 0.5 ? std::nan("") : std::min(0.0, std::fabs(x) - 3);
+    };
+    const auto right = [](double x) { return x > 2 ? 0.0 : std::nan(""); };
+    const double none = std::nan("");
+    const ShapeCase cases[] = {
+        {"groove in M", flat, "depth", none, "no groove: nothing lies below the line over the points"},
+        {"groove in M number 3", two, "depth", none, "no groove has that number: the region holds 2"},
+        {"groove in M number 1", two, "depth", 1, ""},
+        {"groove in M number -1", two, "depth", 2, ""},
+        {"groove in M number -2", two, "depth", 1, ""},
+        {"groove in M number -3", two, "depth", none, "the region holds 2"},
+        {"groove in M deeper 1.7", square, "depth", none, "no groove is deeper than the limit or the noise"},
+        {"groove in M wider 4.5", square, "depth", none, "no groove is wider than the limit"},
+        {"groove in M bottom v", square, "depth", none, "the groove has no two straight flanks"},
+        {"groove in M bottom lowest", vGroove, "depth", 3, "of the lowest point, which noise makes deeper"},
+        {"groove in M bottom lowest", bottomless, "depth", 2.5, "points are missing at the bottom"},
+        {"groove in M", round, "depth", 2, ""},
+        {"groove in R", square, "depth", none, "a rim of the groove lies outside the region"},
+        {"corner in M", flat, "x", none, "the lines beside the corner are parallel"},
+        {"corner in M", bent, "x", none, "a side of the corner is no straight line"},
+        {"corner in M", roof, "radius", none, "the corner is sharp"},
+        {"strip in M on K", flat, "width", none, "no strip: nothing is high and wide enough"},
+        {"strip in M on K number 2", ridge, "width", none, "no strip has that number: the region holds 1"},
+        {"strip in M on K higher 2", ridge, "width", none, "no strip: nothing is high"},
+        {"strip in M on K wider 5", ridge, "width", none, "no strip: nothing is high"},
+        {"fillet K Q in M", flat, "radius", none, "the lines beside the fillet are parallel"},
+        {"fillet K Q in M", plates, "radius", none, "fewer than three points lie between the lines"},
+        {"fillet-weld K Q in M", flat, "throat", none, "the plates are parallel"},
+        {"fillet-weld K Q in M", plates, "throat", none, "a toe is not found"},
+        {"fillet-weld K Q in M", concave, "throat", 4 * std::sqrt(0.5) - 0.5, ""},
+        {"fillet-weld K Q in M", concave, "convexity", -0.5, ""},
+        {"butt-weld K Q in M", plates, "width", none, "inclined to each other by more than 30 degrees"},
+        {"butt-weld K Q in M", flat, "width", none, "a toe is not found"},
+        {"butt-weld K Q in M", hill, "cap", 1.2, ""},
+        {"thickness K S", flat, "mean", none, "the profiles do not overlap", right},
+        {"thickness M S", flat, "mean", 2, "", [](double) { return 2.0; }},
+        {"thickness M S square", flat, "mean", 2, "", [](double) { return -2.0; }},
+        {"area in M above 1", flat, "", 0, ""},
+        {"area in M with S", flat, "", none, "the profiles enclose no area", flat},
+        {"edge in M window 20 least 2", square, "x", none, "no step of 2 mm or more"},
+        {"edge in M window 20 first", square, "x", -2.005, ""},
+        {"edge in M window 20 last", square, "x", 2.005, ""},
+        {"edge in M window 20 rising", square, "x", 2.005, ""},
+        {"intersection L R", flat, "x", none, "the lines are parallel"},
+        {"angle L R", roof, "", -90, ""},
+        {"angle L R opening", roof, "", 90, ""},
+        {"angle R L opening", roof, "", 90, ""},
+        {"dimension L R from centroid to centroid", ridge, "dx", 8.2, ""},
+        {"dimension K Q from centroid to centroid", ridge, "dx", 13, ""},
+        {"bridge in M skip 0 window 10", ridge, "", 1.5, ""},
+        {"line in M", flat, "deviation", 0, ""},
+        {"roundness in M", flat, "", none, "all points lie on one line"},
+        {"straightness in M", ridge, "", 1.5, ""},
+        {"step-height in M from -2 to 2", square, "", 1.5, ""},
+    };
+    for (const ShapeCase& c : cases) {
+        SCOPED_TRACE(c.words);
+        const auto values =
+            measure(c.words, scan(c.height, 0.02, 0.25), scan(c.below, 0.02, 0.75), regions());
+        ASSERT_TRUE(values.contains(c.ending));
+        const Value value = values[c.ending];
+        EXPECT_EQ(value.isValid, !std::isnan(c.value)) << value.reason.toStdString() << value.value;
+        if (value.isValid)
+            EXPECT_NEAR(value.value, c.value, 0.02) << value.note.toStdString();
+        const QString said = value.reason + value.note + value.warning;
+        EXPECT_THAT(said.toStdString(), HasSubstr(c.reason));
+    }
+}
+
+TEST(FittedKinds, CountGroovesThatNoiseOrOneLineMakesEquallyHigh) {
+    const auto three = [](double x) {
+        return x > -6 && x < -4 ? -1.0 : x > -1 && x < 2 ? -0.7 : x > 3 && x < 5 ? -1.2 : 0.02 * x;
+    };
+    for (const double noise : {0.0, 0.001, 0.02, 0.05}) {
+        for (std::uint64_t seed = 1; seed <= 20; ++seed) {
+            SCOPED_TRACE(testing::Message() << noise << ", " << seed);
+            std::mt19937_64 random(seed);
+            Points points = scan(three, 0.02, 0.25);
+            roughen(points, noise, 1, random);
+            const std::pair<int, double> places[] = {{1, -5}, {2, 0.5}, {3, 4}, {-1, 4}, {-3, -5}, {0, 4}};
+            for (const auto& [number, x] : places) {
+                const QString words = number == 0 ? QString() : " number " + QString::number(number);
+                EXPECT_NEAR(measure("groove in M" + words, points, {}, regions())["x"].value, x, 0.2);
+            }
+            EXPECT_THAT(measure("groove in M number 4", points, {}, regions())["x"].reason.toStdString(),
+                        HasSubstr("the region holds 3"));
+        }
+    }
+}
+
 TEST(FittedKinds, FindHemsInNoise) {
     // 30 points of a hem of 1.5 mm in noise of 0.1 mm: the extreme points are those of the circles.
     const Shape& gap = shapes()[4];
