@@ -4,6 +4,7 @@
 #include <kvmeasure/form/roughness.h>
 #include <kvmeasure/form/straightness.h>
 #include <kvmeasure/inspection/kinds/box.h>
+#include <kvmeasure/profiles/robust_arc.h>
 #include <tests/kvmeasure/inspection/shapes.h>
 
 #include <gmock/gmock.h>
@@ -58,6 +59,35 @@ TEST(FormKinds, GiveTheValuesOfTheirFunctions) {
     EXPECT_GT(round[""].value, 0.015);
     EXPECT_LE(round[""].value, 0.0205);
     EXPECT_TRUE(std::isnan(round["x"].u));
+}
+
+TEST(Kinds, LeaveStrayPointsOutUnlessAllAreToBeFitted) {
+    std::mt19937_64 random(4);
+    Points line = scan([](double x) { return 0.2 * x; }, 0.05, 0.25);
+    Points arc = scan([](double x) { return std::sqrt(100 - x * x); }, 0.05, 0.25);
+    for (Points* points : {&line, &arc}) {
+        roughen(*points, 0.01, 1, random);
+        for (std::size_t i = 3; i < points->size(); i += 20)
+            (*points)[i].y += 2;
+    }
+    for (const bool isRobust : {true, false}) {
+        const QString words = isRobust ? "" : " fit all";
+        const LineFit fit = fitLine(rounded(line), {isRobust, 3.5});
+        const auto found = measure("line in M" + words, line, {}, regions());
+        EXPECT_NEAR(found["angle"].value, std::atan2(fit.along.y, fit.along.x) * kDegreesPerRadian, 1e-12);
+        EXPECT_NEAR(found["z"].value, fit.centre.y, 1e-12);
+        EXPECT_EQ(found["deviation"].value, fit.deviation);
+        EXPECT_EQ(found["above"].value, fit.above.distance);
+        EXPECT_EQ(found["below"].value, fit.below.distance);
+        EXPECT_EQ(fit.rejected > 0, isRobust);
+        const ArcFit bow = fitArc(rounded(arc), {isRobust, 3.5});
+        const auto round = measure("arc in M" + words, arc, {}, regions());
+        EXPECT_EQ(round["radius"].value, bow.circle.radius);
+        EXPECT_EQ(round["x"].value, bow.circle.centre.x);
+        EXPECT_EQ(round["z"].value, bow.circle.centre.y);
+        EXPECT_EQ(round["deviation"].value, bow.deviation);
+        EXPECT_EQ(round["radius"].notes().contains("points left out"), isRobust);
+    }
 }
 
 TEST(FormKinds, MeasureStepsWhereTheRegionIs) {
