@@ -75,6 +75,7 @@ private:
     std::vector<int> extremes() const;
     PlaneZone about(Real3 normal) const;
     bool isProvenBy(const std::vector<int>& contacts, Real width, bool isAlongZ) const;
+    void addContacts(const LeastZone<Real3>& found, std::vector<int>& contacts) const;
 
     SpacePoint origin_;
     std::vector<Real3> points_;
@@ -172,18 +173,33 @@ bool PlaneZones::isProvenBy(const std::vector<int>& contacts, Real width, bool i
     return least >= width - kSameWidth * 10 * extent_ && std::isfinite(least);
 }
 
+/// Those that make the direction, on its bounds: of points in layers, others may give it. Each bound has one.
+void PlaneZones::addContacts(const LeastZone<Real3>& found, std::vector<int>& contacts) const {
+    bool hasLow = false, hasHigh = false;
+    for (const int point : found.zone.points) {
+        if (point < 0)
+            continue;
+        const Real value = dot(found.zone.candidate, points_[std::size_t(point)]);
+        const Real rounding = kSameWidth * 10 * extent_;
+        const bool isLow = value - found.zone.from <= rounding, isHigh = found.zone.to - value <= rounding;
+        if (isLow || isHigh)
+            contacts.push_back(point);
+        hasLow = hasLow || isLow;
+        hasHigh = hasHigh || isHigh;
+    }
+    if (!hasLow)
+        contacts.push_back(found.lowest);
+    if (!hasHigh)
+        contacts.push_back(found.highest);
+}
+
 PlaneZone PlaneZones::zone(const LeastZone<Real3>& found, bool isAlongZ) const {
     PlaneZone zone = about(found.zone.candidate);
     const Real width = found.zone.width();
     (isAlongZ ? zone.height : zone.width) = double(width);
     if (found.zone.points[0] >= 0) {
-        zone.contacts.assign(found.zone.points, found.zone.points + 4);
-        if (zone.contacts.back() < 0) {  // three points on one plane, and the farthest from it
-            zone.contacts.pop_back();
-            const Real own = dot(found.zone.candidate, points_[std::size_t(zone.contacts[0])]);
-            const bool isLow = own - found.zone.from < found.zone.to - own;
-            zone.contacts.push_back(isLow ? found.highest : found.lowest);
-        }
+        zone.contacts.clear();
+        addContacts(found, zone.contacts);
         std::sort(zone.contacts.begin(), zone.contacts.end());
         zone.contacts.erase(std::unique(zone.contacts.begin(), zone.contacts.end()), zone.contacts.end());
     }

@@ -9,6 +9,7 @@
 #include <kvmeasure/form/hull_candidates_p.h>
 
 #include <algorithm>
+#include <array>
 
 namespace KvMeasure {
 
@@ -173,31 +174,39 @@ LineZone LineZones::narrowestAlongZ() const {
     }
     if (hull_.size() == 2)
         return touching(hull_[0], hull_[1], -1);
+    // Where a vertex stands above another one, edges on both sides have its height, and not all of their
+    // directions hold the other points as well.
+    constexpr Real kSame = 1e-15L;
     Real greatest = -1;
-    int contacts[3] = {0, 0, 0};
+    std::vector<std::array<int, 3>> contacts;
+    const auto look = [&](int first, int second, int vertex, Real side) {
+        const Place p = place(vertex), a = place(first), b = place(second);
+        if (!(b.x > a.x) || p.x < a.x || p.x > b.x)
+            return;
+        const Real above = side * turn(first, second, vertex) / (b.x - a.x);
+        if (above * (1 - kSame) > greatest)
+            contacts.clear();
+        if (above >= greatest * (1 - kSame))
+            contacts.push_back({first, second, vertex});
+        greatest = std::max(greatest, above);
+    };
     const auto walk = [&](const std::vector<int>& edges, const std::vector<int>& vertices, Real side) {
         std::size_t edge = 0;
         for (const int v : vertices) {
-            const Place p = place(v);
-            while (edge + 2 < edges.size() && place(edges[edge + 1]).x < p.x)
+            while (edge + 2 < edges.size() && place(edges[edge + 1]).x < place(v).x)
                 ++edge;
-            if (edge + 1 >= edges.size())
-                return;
-            const Place a = place(edges[edge]), b = place(edges[edge + 1]);
-            if (!(b.x > a.x) || p.x < a.x || p.x > b.x)
-                continue;
-            const Real above = side * turn(edges[edge], edges[edge + 1], v) / (b.x - a.x);
-            if (above > greatest) {
-                greatest = above;
-                contacts[0] = edges[edge];
-                contacts[1] = edges[edge + 1];
-                contacts[2] = v;
-            }
+            for (std::size_t i = edge; i < edge + 2 && i + 1 < edges.size(); ++i)
+                look(edges[i], edges[i + 1], v, side);
         }
     };
     walk(lower_, upper_, 1);
     walk(upper_, lower_, -1);
-    LineZone zone = touching(contacts[0], contacts[1], contacts[2]);
+    LineZone zone;
+    for (const auto& [a, b, vertex] : contacts) {
+        const LineZone found = touching(a, b, vertex);
+        if (zone.contacts.empty() || found.height < zone.height)
+            zone = found;
+    }
     zone.height = double(greatest);
     zone.certificate.lowerBound = zone.height;
     return zone;

@@ -57,6 +57,49 @@ void expectCertified(const Zone& zone, double width) {
     EXPECT_NEAR(zone.certificate.lowerBound, width, 1e-15 * (1 + width));
 }
 
+/// What headers say of zones of two lines or planes: their places hold all points, contacts lie on them.
+template <class Zone, class Points, class Product>
+void expectLimits(const Zone& zone, const Points& points, const Product& product, double alongZ) {
+    double from = INFINITY, to = -INFINITY;
+    for (const auto& point : points) {
+        from = std::min(from, product(point));
+        to = std::max(to, product(point));
+    }
+    const double rounding = 1e-12 * (1 + std::fabs(from) + std::fabs(to));
+    EXPECT_NEAR(zone.from, from, rounding);
+    EXPECT_NEAR(zone.to, to, rounding);
+    EXPECT_NEAR(zone.width, to - from, rounding);
+    EXPECT_GE(alongZ, 0);
+    if (alongZ > 1e-9) {
+        EXPECT_NEAR(zone.height, (to - from) / alongZ, 1e-9 * (1 + zone.height));
+    }
+    EXPECT_GE(zone.contacts.size(), 2U);
+    EXPECT_TRUE(std::is_sorted(zone.contacts.begin(), zone.contacts.end()));
+    for (const int contact : zone.contacts) {
+        const double at = product(points[std::size_t(contact)]);
+        EXPECT_NEAR(std::min(at - from, to - at), 0, rounding) << contact;
+    }
+}
+
+/// Square sums about lines nearby are no less.
+void expectLeastSquares(const Straightness& straight, const std::vector<Vector>& points) {
+    const LineZone& zone = straight.leastSquares;
+    Vector mean(0, 0);
+    for (const Vector& p : points)
+        mean = Vector(mean.x + p.x / double(points.size()), mean.y + p.y / double(points.size()));
+    const auto meanSquare = [&](double turn) {
+        const Vector normal(zone.normal.x * std::cos(turn) - zone.normal.y * std::sin(turn),
+                            zone.normal.x * std::sin(turn) + zone.normal.y * std::cos(turn));
+        double sum = 0;
+        for (const Vector& p : points)
+            sum += std::pow((p.x - mean.x) * normal.x + (p.y - mean.y) * normal.y, 2) / double(points.size());
+        return sum;
+    };
+    EXPECT_NEAR(straight.deviation, std::sqrt(meanSquare(0)), 1e-9 * (1 + straight.deviation));
+    for (const double turn : {-0.3, -1e-3, 1e-3, 0.3, 1.5})
+        EXPECT_GE(meanSquare(turn), meanSquare(0) * (1 - 1e-12)) << turn;
+}
+
 /// Points of the plane: the direction of any two may be the one.
 void expectStraightness(const std::vector<Whole>& points, const std::vector<Vector>& line) {
     Widths plane;
@@ -67,6 +110,16 @@ void expectStraightness(const std::vector<Whole>& points, const std::vector<Vect
     const Straightness straight = straightness(line);
     EXPECT_NEAR(straight.minimumZone.width, double(plane.square), 1e-13 * (1 + double(plane.square)));
     expectCertified(straight.minimumZone, straight.minimumZone.width);
+    for (const LineZone* zone :
+         {&straight.minimumZone, &straight.minimumZoneAlongZ, &straight.leastSquares}) {
+        const auto product = [zone](const Vector& p) {
+            return (p.x - zone->origin.x) * zone->normal.x + (p.y - zone->origin.y) * zone->normal.y;
+        };
+        if (zone->isValid())
+            expectLimits(*zone, line, product, zone->normal.y);
+    }
+    EXPECT_EQ(straight.count, int(points.size()));
+    expectLeastSquares(straight, line);
     if (std::isfinite(double(plane.alongZ))) {
         EXPECT_NEAR(straight.minimumZoneAlongZ.height, double(plane.alongZ),
                     1e-12 * (1 + double(plane.alongZ)));
@@ -94,6 +147,15 @@ TEST(Zones, AreThoseOfWholeNumbers) {
         EXPECT_NEAR(flat.minimumZone.width, double(space.square), 1e-13);
         expectCertified(flat.minimumZone, flat.minimumZone.width);
         EXPECT_GE(flat.leastSquares.width, flat.minimumZone.width * (1 - 1e-12));
+        for (const PlaneZone* zone : {&flat.minimumZone, &flat.minimumZoneAlongZ, &flat.leastSquares}) {
+            const auto product = [zone](const SpacePoint& p) {
+                return (p[0] - zone->origin[0]) * zone->normal[0] +
+                       (p[1] - zone->origin[1]) * zone->normal[1] +
+                       (p[2] - zone->origin[2]) * zone->normal[2];
+            };
+            if (zone->isValid())
+                expectLimits(*zone, places, product, zone->normal[2]);
+        }
         if (std::isfinite(double(space.alongZ))) {
             EXPECT_NEAR(flat.minimumZoneAlongZ.height, double(space.alongZ), 1e-12);
         }
@@ -159,6 +221,17 @@ double leastRing(const std::vector<Vector>& points) {
     return double(least);
 }
 
+void expectRing(const RoundZone& zone, const std::vector<Vector>& points) {
+    double inner = INFINITY, outer = 0;
+    for (const Vector& p : points) {
+        inner = std::min(inner, length(zone.centre, p));
+        outer = std::max(outer, length(zone.centre, p));
+    }
+    EXPECT_NEAR(zone.innerRadius, inner, 1e-12);
+    EXPECT_NEAR(zone.outerRadius, outer, 1e-12);
+    EXPECT_NEAR(zone.width, outer - inner, 1e-12);
+}
+
 TEST(Zones, RoundnessIsTheLeastRing) {
     std::mt19937 random(7);
     std::uniform_real_distribution<double> any(-1, 1);
@@ -180,6 +253,29 @@ TEST(Zones, RoundnessIsTheLeastRing) {
         EXPECT_GE(round.leastSquares.width, ring * (1 - 1e-12));
         EXPECT_GE(round.circumscribed.width, ring * (1 - 1e-12));
         EXPECT_EQ(circumscribedCircle(points).radius, round.circumscribed.radius);
+        for (const RoundZone* zone :
+             {&round.minimumZone, &round.leastSquares, &round.circumscribed, &round.inscribed}) {
+            if (zone->isValid())
+                expectRing(*zone, points);
+        }
+        EXPECT_NEAR(round.circumscribed.radius, round.circumscribed.outerRadius, 1e-12);
+        EXPECT_NEAR(round.minimumZone.radius,
+                    (round.minimumZone.innerRadius + round.minimumZone.outerRadius) / 2, 1e-12);
+        const auto meanSquare = [&](double x, double y, double radius) {
+            double sum = 0;
+            for (const Vector& p : points)
+                sum +=
+                    std::pow(length({round.leastSquares.centre.x + x, round.leastSquares.centre.y + y}, p) -
+                                 round.leastSquares.radius - radius,
+                             2);
+            return sum / double(points.size());
+        };
+        EXPECT_NEAR(round.deviation, std::sqrt(meanSquare(0, 0, 0)), 1e-12);
+        for (const double step : {-1e-3, 1e-3}) {
+            EXPECT_GE(meanSquare(step, 0, 0), meanSquare(0, 0, 0));
+            EXPECT_GE(meanSquare(0, step, 0), meanSquare(0, 0, 0));
+            EXPECT_GE(meanSquare(0, 0, step), meanSquare(0, 0, 0));
+        }
         ASSERT_EQ(round.minimumZone.contacts.size(), 4U);
         // The certificate that a metrologist knows: round the circle, contacts lie outside and inside in
         // turn.
