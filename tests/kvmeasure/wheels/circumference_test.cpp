@@ -72,6 +72,34 @@ TEST(Circumference, FlatsHaveTheDepthAndLengthOfTheirChords) {
     }
 }
 
+TEST(Circumference, DoesNotDependOnWhereTheAnglesBegin) {
+    const std::vector<Vector> points = pointsOf(waves(0.02, 0.1));
+    const Circumference wheel = evaluateCircumference(points, {});
+    ASSERT_EQ(wheel.deviations.size(), points.size());
+    for (const double turn : {0.05, 1.0, 100.0, 359.9}) {
+        SCOPED_TRACE(turn);
+        std::vector<Vector> turned(points);
+        for (Vector& p : turned)
+            p.x = std::fmod(p.x + turn, 360);
+        const Circumference again = evaluateCircumference(turned, {});
+        EXPECT_NEAR(again.meanRadius, wheel.meanRadius, 1e-9);
+        EXPECT_NEAR(again.outOfRoundness, wheel.outOfRoundness, 1e-9);
+        EXPECT_NEAR(again.deviation, wheel.deviation, 1e-9);
+        EXPECT_NEAR(std::remainder(again.eccentricityAngle - wheel.eccentricityAngle - turn, 360), 0, 1e-6);
+        for (std::size_t i = 0; i < wheel.harmonics.size(); ++i)
+            EXPECT_NEAR(again.harmonics[i].amplitude, wheel.harmonics[i].amplitude, 1e-9) << i;
+        ASSERT_EQ(again.deviations.size(), wheel.deviations.size());
+        const auto isLess = [](const Vector& a, const Vector& b) { return a.x < b.x; };
+        const auto first = std::min_element(turned.begin(), turned.end(), isLess) - turned.begin();
+        for (std::size_t i = 0; i < points.size(); ++i) {
+            const Vector& here = again.deviations[i];
+            const Vector& there = wheel.deviations[(i + std::size_t(first)) % points.size()];
+            ASSERT_NEAR(std::remainder(here.x - there.x - turn, 360), 0, 1e-9);
+            ASSERT_NEAR(here.y, there.y, 1e-9) << here.x;
+        }
+    }
+}
+
 TEST(Circumference, WhatCannotBeKnownHasItsReason) {
     Simulator::CircumferenceRecipe recipe;
     recipe.flats = {{100, 60}, {200, 60}};

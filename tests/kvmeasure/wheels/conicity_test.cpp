@@ -253,8 +253,9 @@ TEST(ConicityCurve, NamesWhatIsDegenerate) {
 
 TEST(ContactProfile, KeepsWhatStandsUppermost) {
     // A head with undercut sides, walls, doubled points and a point that is not set.
-    const std::vector<Vector> head{{-20, -30}, {-30, -16}, {-30, -5}, {-30, -5}, {-20, 0}, {kNaN, 3},
-                                   {0, 1},     {20, 0},    {30, -5},  {30, -16}, {20, -30}};
+    const std::vector<Vector> head{{-20, -30}, {-25, -22}, {-30, -16}, {-30, -5}, {-30, -5},
+                                   {-20, 0},   {kNaN, 3},  {0, 1},     {20, 0},   {30, -5},
+                                   {30, -16},  {25, -22},  {20, -30}};
     std::vector<Vector> backwards(head.rbegin(), head.rend());
     for (const auto& points : {head, backwards}) {
         const ContactProfile profile(points);
@@ -269,6 +270,11 @@ TEST(ContactProfile, KeepsWhatStandsUppermost) {
     const ContactProfile bent(sampled(-30, 30, 1, [](double x) { return x < 0 ? -x : 0.1 * x; }));
     EXPECT_NEAR(bent.height(-1.3), 1.3, 1e-12);
     EXPECT_NEAR(bent.height(1.7), 0.17, 1e-12);
+    // So does a parabola, up to its ends: its secants change evenly.
+    const auto parabola = [](double x) { return 3 + x * (0.2 - 0.01 * x); };
+    const ContactProfile curved(sampled(-30, 30, 1, parabola));
+    for (double x = -29.9; x < 30; x += 0.7)
+        EXPECT_NEAR(curved.height(x), parabola(x), 1e-12) << x;
     const struct {
         std::vector<Vector> points;
         const char* reason;
