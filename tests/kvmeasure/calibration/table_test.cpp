@@ -6,7 +6,10 @@
 #include <tests/kvmeasure/calls.h>
 #include <tests/support/scratch_directory.h>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
+#include <numeric>
 
 namespace {
 
@@ -180,6 +183,195 @@ TEST(Teeth, ThatAreNotThoseOfTheDrawingLeaveTheTableAlone) {
                     buildXFromTeeth(none, teeth, unitsOf(recipe), {10, 5});
                 })),
                 HasSubstr("no teeth"));
+}
+
+/// A table of 0.1 mm per sensor row and column with errors that are put in, in units of 0.01 mm.
+class Checked : public testing::Test {
+protected:
+    static constexpr double kUnit = 0.01, kRange = 16384 * kUnit, kOffset = 2, kOrigin = 1.5;
+    const TableUnits units_{kRange, kRange, 30, 100, kOffset};
+    PixelTable table_{CalibrationForm::CompactTable};
+
+    static Vector plane(const Vector& place) { return {50 + 0.1 * place.x, 5 + 0.1 * place.y}; }
+    /// The target has been at columns 20 to 619 and rows 50 to 349, and with the border a row more.
+    static bool isCovered(int column, int row, int border = 0) {
+        return column >= 20 && column <= 619 && row >= 50 - border && row <= 349 + border;
+    }
+    void set(Half half, int column, int row, double value) {
+        table_.cells(half)[row * PixelTable::kColumns + column] =
+            static_cast<unsigned short>(std::lround(value / kUnit));
+    }
+    static void expect(const ErrorStatistics& found, const std::vector<double>& errors, const char* what) {
+        SCOPED_TRACE(what);
+        double sum = 0, squares = 0, worst = 0;
+        std::vector<double> sizes;
+        for (const double error : errors) {
+            sum += error;
+            squares += error * error;
+            worst = std::fabs(error) > std::fabs(worst) ? error : worst;
+            sizes.push_back(std::fabs(error));
+        }
+        const auto n = errors.size();
+        EXPECT_EQ(found.count, int(n));
+        if (n == 0)
+            return;
+        EXPECT_NEAR(found.mean, sum / double(n), 1e-6);
+        EXPECT_NEAR(found.rms, std::sqrt(squares / double(n)), 1e-6);
+        EXPECT_NEAR(found.worst, worst, 1e-6);
+        std::sort(sizes.begin(), sizes.end());
+        EXPECT_NEAR(found.percentile95, sizes[std::size_t(std::ceil(0.95 * double(n))) - 1], 1e-6);
+    }
+};
+
+TEST_F(Checked, ErrorsAreThoseThatWerePutIn) {
+    CalibrationTruth truth;
+    truth.toPlane = plane;
+    truth.targetSurface = [](double) { return 0.0; };
+    truth.xRange = kRange;
+    truth.targetWidth = 60;
+    truth.zFirst = 39.97;
+    truth.zStep = -0.03;
+    truth.zOrigin = kOrigin;
+    truth.noise = 0.2;  // the border is 1/32 and 5 times that wide
+    std::vector<double> z, x, places;
+    std::array<std::vector<double>, 9> ofRegion;
+    int inside = 0, filled = 0, border = 0, beyond = 0;
+    for (int row = 0; row < 488; ++row) {
+        for (int column = 0; column < 648; ++column) {
+            const Vector point = plane({double(column), double(row)});
+            const bool hasZ = (column + row) % 11 != 0, hasX = (column + row) % 13 != 0;
+            const double error =
+                column == 300 && row == 200 ? -0.5 : kUnit * ((column * 7 + row * 3) % 20 - 5);
+            const double errorOfX = kUnit * std::round((0.5 + 0.004 * (point.x - 80)) / kUnit);
+            const bool isBeside =
+                (column + 2 * row) % 3 == 0;  // of the cells that the target has not covered
+            if (isCovered(column, row) ? hasZ : isBeside)
+                set(Half::Z, column, row, point.y + error + kOffset + kOrigin);
+            if (isCovered(column, row) ? hasX : isBeside)
+                set(Half::X, column, row, point.x + errorOfX);
+            if (!isCovered(column, row)) {
+                const bool isBorder = isCovered(column, row, 1);
+                border += isBorder && isBeside ? 1 : 0;
+                beyond += !isBorder && isBeside ? 1 : 0;
+                continue;
+            }
+            ++inside;
+            filled += hasZ ? 1 : 0;
+            if (hasZ) {
+                z.push_back(error);
+                ofRegion[std::size_t(row < 163   ? 0
+                                     : row < 326 ? 3
+                                                 : 6) +
+                         std::size_t(column < 216   ? 0
+                                     : column < 432 ? 1
+                                                    : 2)]
+                    .push_back(error);
+            }
+            if (hasX) {
+                x.push_back(errorOfX);
+                places.push_back(point.x + errorOfX);
+            }
+        }
+    }
+    const TruthReport report = compareWithTruth(table_, units_, truth);
+    EXPECT_EQ(report.coverage.inside, inside);
+    EXPECT_EQ(report.coverage.insideFilled, filled);
+    EXPECT_EQ(report.coverage.border, 2 * 600);
+    EXPECT_EQ(report.coverage.borderFilled, border);
+    EXPECT_EQ(report.coverage.outside, 648 * 488 - inside - 2 * 600);
+    EXPECT_EQ(report.coverage.outsideFilled, beyond);
+    ASSERT_EQ(report.maps.size(), 2);
+    const ErrorMap &ofZ = report.maps[0], &ofX = report.maps[1];
+    expect(ofZ.all, z, "all");
+    EXPECT_EQ(ofZ.all.worstColumn, 300);
+    EXPECT_EQ(ofZ.all.worstRow, 200);
+    for (std::size_t i = 0; i < 9; ++i)
+        expect(ofZ.regions[i], ofRegion[i], "a region");
+    // X loses its mean, and its slope is that of the truth over the table.
+    double mean = 0, meanPlace = 0, xx = 0, xy = 0;
+    for (std::size_t i = 0; i < x.size(); ++i) {
+        mean += x[i] / double(x.size());
+        meanPlace += places[i] / double(x.size());
+    }
+    for (std::size_t i = 0; i < x.size(); ++i) {
+        xx += (places[i] - meanPlace) * (places[i] - meanPlace);
+        xy += (places[i] - meanPlace) * (places[i] - x[i]);
+    }
+    EXPECT_NEAR(ofX.offset, mean, 1e-9);
+    EXPECT_NEAR(ofX.slope, xy / xx, 1e-9);
+    for (double& error : x)
+        error -= mean;
+    expect(ofX.all, x, "x");
+    EXPECT_TRUE(std::isnan(ofZ.raster.at(19, 200)));
+    EXPECT_TRUE(ofZ.raster.outside[ofZ.raster.cell(19, 200)]);
+    EXPECT_FALSE(ofZ.raster.outside[ofZ.raster.cell(20, 200)]);
+    // 0.1 mm a row; positions are rounded to 1/32, and 2/3 of the variance of one is that between two.
+    const double positions = 0.01 * (1 / 1024.0 / 12 + 0.04) * 2 / 3;
+    EXPECT_NEAR(report.expectedRounded, std::sqrt(kUnit * kUnit / 12 + positions), 1e-9);
+    EXPECT_NEAR(report.expectedTruncated, std::sqrt(kUnit * kUnit / 3 + positions), 1e-9);
+    // The first filled cell that is nearest to the middle of each region that the target has covered.
+    ASSERT_EQ(report.samples.size(), 9);
+    for (int i = 0; i < 9; ++i) {
+        const CellSample& sample = report.samples[i];
+        const double middleRow = (i / 3 + 0.5) * 488 / 3, middleColumn = (i % 3 + 0.5) * 216;
+        const auto distance = [&](double column, double row) {
+            return std::hypot(row - middleRow, column - middleColumn);
+        };
+        const Vector point = plane({double(sample.column), sample.sensorRow});
+        const int row = int(sample.sensorRow);
+        EXPECT_TRUE(isCovered(sample.column, row) && (sample.column + row) % 11 != 0) << i;
+        for (int r = i / 3 * 488 / 3 + 1; r < (i / 3 + 1) * 488 / 3; ++r) {
+            for (int c = i % 3 * 216; c < (i % 3 + 1) * 216; ++c) {
+                if (isCovered(c, r) && (c + r) % 11 != 0) {
+                    ASSERT_LE(distance(sample.column, row), distance(c, r)) << i;
+                }
+            }
+        }
+        EXPECT_NEAR(sample.trueZ, point.y, 1e-12);
+        EXPECT_NEAR(sample.trueX, point.x, 1e-12);
+        EXPECT_NEAR(sample.z, table_.value(Half::Z, row, sample.column, kRange) - kOffset - kOrigin, 1e-5);
+        if ((sample.column + row) % 13 != 0) {
+            EXPECT_NEAR(sample.x, table_.value(Half::X, row, sample.column, kRange) - mean, 1e-5);
+        }
+    }
+}
+
+TEST_F(Checked, ARecordIsReadBetweenTheRowsOfTheTable) {
+    RawRecord record;
+    record.positions.assign(648 * 1000, 0);
+    record.parameters.assign(1000, 0);
+    for (int row = 0; row < 488; ++row) {
+        for (int column = 0; column < 600; ++column)  // none for the last columns
+            set(Half::Z, column, row, plane({0, double(row)}).y + 0.02 + kOffset);
+    }
+    std::vector<double> errors;
+    std::vector<double> ofCell;  // of column 7 and row 51
+    int found = 0;
+    for (int step = 0; step < 1000; ++step) {
+        record.parameters[std::size_t(step)] = 10 + 0.03 * step;
+        for (int column = 0; column < 648; column += 7) {
+            const int position = step % 10 == 9 ? 0 : step % 100 == 50 ? 15616 : 1600 + 96 * step / 10;
+            record.positions[std::size_t(column * 1000 + step)] = static_cast<unsigned short>(position);
+            if (position == 0 || position == 15616)
+                continue;
+            ++found;
+            if (column >= 600)
+                continue;
+            errors.push_back(5 + 0.1 * position / 32 + 0.02 - record.parameters[std::size_t(step)]);
+            if (column == 7 && position / 32 == 51)
+                ofCell.push_back(errors.back());
+        }
+    }
+    const RecordReport report = compareWithRecord(table_, units_, record);
+    EXPECT_EQ(report.found, found);
+    EXPECT_EQ(report.covered, int(errors.size()));
+    expect(report.map.all, errors, "record");
+    const Raster& raster = report.map.raster;
+    ASSERT_GE(ofCell.size(), 2U);
+    EXPECT_NEAR(double(raster.at(7, 51)),
+                std::accumulate(ofCell.begin(), ofCell.end(), 0.0) / double(ofCell.size()), 1e-5);
+    EXPECT_FALSE(raster.outside[raster.cell(7, 51)]);
+    EXPECT_TRUE(raster.outside[raster.cell(8, 51)]);
 }
 
 }  // namespace
