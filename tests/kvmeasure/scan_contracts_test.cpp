@@ -94,7 +94,42 @@ TEST(ScanContracts, PlaneIsUntouchedWherePointsGiveNone) {
         EXPECT_NEAR(plane.b, 10, 1e-9);
         EXPECT_NEAR(plane.rms(), 0, 1e-9);
     }
-    scan.stack[0].points[0].x = std::numeric_limits<float>::quiet_NaN();
+    // Far from the origin: height = 0.5 x - 0.25 scan + 3, and the plane through these points.
+    scan.stack.clear();
+    for (int i = 0; i < 4; ++i) {
+        KvMath::KvProfileZ profile;
+        profile.z = 40 + 8.0F * float(i);
+        for (int k = 0; k < 5; ++k)
+            profile.points.append({100 + 4.0F * float(k), 53 + 2.0F * float(k) - profile.z / 4});
+        scan.stack.profiles.append(profile);
+    }
+    scan.countPoints();
+    ASSERT_TRUE(fitHeights(scan, plane));
+    EXPECT_NEAR(plane.a, 0.5, 1e-9);
+    EXPECT_NEAR(plane.b, -0.25, 1e-9);
+    EXPECT_NEAR(plane.c, 3, 1e-7);
+    EXPECT_NEAR(plane.height(10, 20), 3, 1e-7);
+    const double size = std::sqrt(1 + 0.25 + 0.0625),
+                 expected[4] = {-0.5 / size, 0.25 / size, 1 / size, -3 / size};
+    for (int i = 0; i < 4; ++i)
+        EXPECT_NEAR(plane.normal[i], expected[i], 1e-6) << i << ", 1e-8 of 120 mm";
+    // One point 0.5 too high: the residuals are those of the heights.
+    scan.stack.profiles[1].points[2].y += 0.5F;
+    ASSERT_TRUE(fitHeights(scan, plane));
+    double squares = 0, lowest = 0, highest = 0;
+    for (const KvMath::KvProfileZ& profile : scan.stack.profiles) {
+        for (const KvMath::KvPointXY& p : profile.points) {
+            const double residual = double(p.y) - plane.height(double(p.x), double(profile.z));
+            squares += residual * residual;
+            lowest = std::min(lowest, residual);
+            highest = std::max(highest, residual);
+        }
+    }
+    EXPECT_NEAR(plane.squares, squares, 1e-9);
+    EXPECT_NEAR(plane.lowest, lowest, 1e-9);
+    EXPECT_NEAR(plane.highest, highest, 1e-9);
+    EXPECT_NEAR(plane.rms(), std::sqrt(squares / 20), 1e-9);
+    scan.stack.profiles[0].points[0].x = std::numeric_limits<float>::quiet_NaN();
     EXPECT_FALSE(fitHeights(scan, plane));
 }
 

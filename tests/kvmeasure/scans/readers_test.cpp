@@ -71,6 +71,38 @@ TEST_F(ScanReaders, TextAndPlyOfEveryKindAreRead) {
     }
 }
 
+TEST_F(ScanReaders, NumbersOfPlyHaveTheSignAndSizeOfTheirType) {
+    const auto column = [](const char* type) {
+        return "element vertex 2\nproperty " + QByteArray(type) + " x\nproperty float y\nproperty float z\n";
+    };
+    for (const bool isBig : {false, true}) {
+        const QByteArray format = isBig ? "binary_big_endian" : "binary_little_endian",
+                         rest = bytesOf<float>({-2, 3}, isBig);
+        const struct {
+            const char* type;
+            QByteArray least, greatest;
+            std::string expected;
+        } rows[] = {
+            {"char", bytesOf<qint8>({-128}), bytesOf<qint8>({127}), "-128 -2 3; 127 -2 3"},
+            {"uint8", bytesOf<quint8>({0}), bytesOf<quint8>({255}), "0 -2 3; 255 -2 3"},
+            {"short", bytesOf<qint16>({-32768}, isBig), bytesOf<qint16>({32767}, isBig),
+             "-32768 -2 3; 32767 -2 3"},
+            {"uint16", bytesOf<quint16>({256}, isBig), bytesOf<quint16>({65535}, isBig),
+             "256 -2 3; 65535 -2 3"},
+            {"int", bytesOf<qint32>({-70000}, isBig), bytesOf<qint32>({70000}, isBig),
+             "-70000 -2 3; 70000 -2 3"},
+            {"uint", bytesOf<quint32>({1}, isBig), bytesOf<quint32>({16777216}, isBig),
+             "1 -2 3; 1.67772e+07 -2 3"},
+            {"double", bytesOf<double>({-1e9}, isBig), bytesOf<double>({0.5}, isBig),
+             "-1e+09 -2 3; 0.5 -2 3"},
+        };
+        for (const auto& row : rows) {
+            write("a.ply", ply(format, column(row.type), row.least + rest + row.greatest + rest));
+            EXPECT_EQ(pointsOf("a.ply"), row.expected) << row.type << ' ' << format.toStdString();
+        }
+    }
+}
+
 TEST_F(ScanReaders, HeightMapsAreReadWithTheirDescription) {
     const QByteArray text =
         "key,value\ncolumns,3\nrows,2\nx_step_mm,0.5\nx_origin_mm,-1\nrow_step_mm,2\nheight_step_mm,0.25\n";
