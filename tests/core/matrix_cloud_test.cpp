@@ -58,6 +58,8 @@ TEST(MatrixCloud, SamplesABilinearSurfaceAndNothingBeyond) {
 }
 
 TEST(MatrixCloud, AnswersNothingWhereItsMembersContradictEachOther) {
+    EXPECT_TRUE(KvMatrixCloud().rows == 0 && KvMatrixCloud().columns == 0 &&
+                std::isnan(KvMatrixCloud().stepX));
     KvMatrixCloud matrix = grid({"111", "111"}, 0, 1);
     EXPECT_FALSE(matrix.resize(-1, 1) || matrix.resize(1, -1) || matrix.resize(4097, 4096) ||
                  matrix.resize(1 << 30, 1 << 30));
@@ -86,6 +88,8 @@ TEST(MatrixWithHistos, RegionsAreWhatSmallStepsReachFromAFullBand) {
     EXPECT_EQ(matrix.segment(1, 0.5F, 3), 3) << "two of height 1; the 2 between is no full band";
     EXPECT_EQ(matrix.segment(1, 1, 14), 1);
     EXPECT_EQ(KvMatrixWithHistos(grid({"122", "333"}, 0, 1)).segment(1, 0.5F, 1), 1) << "the fullest band";
+    EXPECT_EQ(KvMatrixWithHistos(grid({"11355"}, 0, 1)).segment(1, 0.5F, 2), 2) << "a row";
+    EXPECT_EQ(KvMatrixWithHistos(grid({"1", "1", "3", "5", "5"}, 0, 1)).segment(1, 0.5F, 2), 2) << "a column";
     matrix.heights[2] = kInf;
     EXPECT_TRUE(matrix.segment(1, kInf, 1) == 1 && matrix.regions[2] == 0) << "not within an infinite step";
     for (const float bad : {0.0F, -1.0F, kNaN})

@@ -44,6 +44,14 @@ TEST(PlaneFit, SolvesTheNormalEquationsForBothKindsOfCloud) {
     }
 }
 
+TEST(PlaneFit, TakesThreePoints) {
+    KvPointCloud<KvPointXYZ> cloud;
+    cloud.points = {{0, 0, 4}, {2, 0, 8}, {0, 1, 1}};
+    double a = 0, b = 0, c = 0;
+    ASSERT_TRUE(KvPlane::calcFromPointCloud(cloud, a, b, c));
+    EXPECT_TRUE(a == 2 && b == -3 && c == 4) << a << ' ' << b << ' ' << c;
+}
+
 TEST(PlaneFit, FailureLeavesTheCoefficients) {
     using Points = QList<KvPointXYZ>;
     for (const Points& points : {Points{{0.1F, 2.7F, 3}, {4.3F, 5, 6}, {7, 1, kNaN}},  // two usable ones
