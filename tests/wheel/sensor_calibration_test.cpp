@@ -42,6 +42,10 @@ TEST(Apexes, AreWhereRisingMeetsFallingInAnyOrderOfPoints) {
     EXPECT_NEAR(apexes.points[1].y, 40, 1e-3);
     EXPECT_NEAR(apexes.points[2].x, 50, 1e-3);
     EXPECT_NEAR(lines[4].k, 1, 1e-4);
+    profile.points = {{0, 0}, {1, 1}, {2, 2}, {3, 3.75F}, {4, 3}, {5, 2}, {6, 1}};
+    ASSERT_EQ(ORBIS_detectApexes(profile, apexes, lines, 0.5F), 1);
+    EXPECT_NEAR(lines[0].k, 1.225, 1e-5)
+        << "a line goes through all points of its piece, both ends among them";
     profile.points.clear();  // upwards, upright, upwards, less so, and down
     for (int i = 0; i <= 100; ++i)
         profile.points.append(i <= 50 ? KvPointXY(float(i), float(i))

@@ -156,6 +156,8 @@ TEST(ReferencePoint, IsTheCentreOfTheArc) {
     half.points = {{13, 0}, {0, 13}, {-13, 0}};
     ASSERT_TRUE(calcRefPointWithConstR(half, 0, 2, 13, centre)) << "three points are enough";
     EXPECT_LT(std::hypot(centre.x, centre.y), 0.01);
+    ASSERT_TRUE(calcRefPoint(half, 0, 2, centre, radius));
+    EXPECT_NEAR(radius, 13, 0.01);
     ASSERT_TRUE(calcRefPointWithConstR(profile, 1, 62, 13, centre));
     profile.points = {{5, 1}, {3, 3}, {0, 6}};  // here 2000 evaluations are not enough
     EXPECT_FALSE(calcRefPoint(profile, 0, 2, centre, radius));
