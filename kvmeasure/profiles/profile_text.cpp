@@ -23,6 +23,12 @@ namespace {
 constexpr qint64 kLongestLine = 1 << 20;  // bytes
 constexpr int kLargestText = 20'000'000;  // points of all profiles
 
+/// A cell of a row as it was read.
+struct ReadNumber {
+    double number = 0;
+    DecimalMarks marks;
+};
+
 class ProfileText {
 public:
     ProfileText(QIODevice& device, const QString& name, const TextOptions& options)
@@ -39,6 +45,10 @@ private:
     void takeText();
     void begin();
     void add(double x, double height);
+    void take(const ReadNumber& read) {
+        result_.marks.point = result_.marks.point || read.marks.point;
+        result_.marks.comma = result_.marks.comma || read.marks.comma;
+    }
     double value(double number, int column, const LengthUnit& unit);
     [[noreturn]] void failNumber(int column) const;
     void refuseDecimalCommas();
@@ -55,6 +65,7 @@ private:
     QByteArray line_;
     qint64 number_ = 0;
     Fields fields_;
+    ReadNumber x_, height_;  // of the line, where it has them
 
     bool isAfterBlank_ = false;
     qint64 textFrom_ = 0, textTo_ = 0;  // lines of text since the last row; 0: none
@@ -225,17 +236,17 @@ void ProfileText::takeRow() {
     if (result_.profiles.empty() || isSeparate)
         begin();
     ++rowsOfProfile_;
-    double x = 0, height = 0;
+    double x = x_.number;
     if (choice.x >= 0) {
-        readCell(fields_[std::size_t(choice.x)], x, result_.marks);
+        take(x_);
         firstCount_ = rows_ == 1 ? x : firstCount_;
         isCounting_ = isCounting_ && (firstCount_ == 0 || firstCount_ == 1) &&
                       x == firstCount_ + static_cast<double>(rows_ - 1);
     }
-    readCell(fields_[std::size_t(choice.height)], height, result_.marks);
+    take(height_);
     x = choice.x < 0 ? static_cast<double>(rowsOfProfile_ - 1) * options_.pitch
                      : value(x, choice.x, choice.xUnit);
-    add(x, value(height, choice.height, choice.heightUnit));
+    add(x, value(height_.number, choice.height, choice.heightUnit));
 }
 
 void ProfileText::takeLine() {
@@ -248,18 +259,18 @@ void ProfileText::takeLine() {
     splitFields(line_, result_.head.separator, fields_);
     const int needed = result_.choice.isProfilePerRow ? 1 : result_.choice.needed();
     int numbers = 0, texts = 0, firstText = -1;
-    const auto look = [&](int column) {
-        double number = 0;
-        DecimalMarks marks;
-        const Cell cell = readCell(fields_[std::size_t(column)], number, marks);
+    const auto look = [&](int column, ReadNumber& read) {
+        read.marks = DecimalMarks();
+        const Cell cell = readCell(fields_[std::size_t(column)], read.number, read.marks);
         numbers += cell == Cell::Number ? 1 : 0;
         texts += cell == Cell::Text ? 1 : 0;
         if (cell == Cell::Text && firstText < 0)
             firstText = column;
     };
     const auto hasNumber = [&] {
+        ReadNumber any;
         for (std::size_t i = 0; i < fields_.size(); ++i)
-            look(static_cast<int>(i));
+            look(static_cast<int>(i), any);
         return numbers > 0;
     };
     if (static_cast<int>(fields_.size()) < needed) {
@@ -272,8 +283,8 @@ void ProfileText::takeLine() {
     }
     if (!result_.choice.isProfilePerRow) {
         if (result_.choice.x >= 0)
-            look(result_.choice.x);
-        look(result_.choice.height);
+            look(result_.choice.x, x_);
+        look(result_.choice.height, height_);
         if (texts > 0) {
             const int column = firstText;
             if (numbers > 0 || hasNumber())

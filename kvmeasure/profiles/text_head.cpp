@@ -18,6 +18,7 @@ constexpr char kSeparators[] = {';', '\t', ',', ' '};
 /// A line parted by a separator.
 struct Parted {
     Fields fields;
+    std::vector<Cell> cells;  // what each of them is
     int numbers = 0, texts = 0;
     int width = 0;  // without empty fields at the end
 
@@ -27,6 +28,7 @@ struct Parted {
         for (const TextField& field : fields) {
             double value = 0;
             const Cell cell = readCell(field, value, marks);
+            cells.push_back(cell);
             numbers += cell == Cell::Number ? 1 : 0;
             texts += cell == Cell::Text ? 1 : 0;
             if (field.size > 0)
@@ -52,7 +54,9 @@ char chooseSeparator(const std::vector<NumberedLine>& lines) {
     for (const char separator : kSeparators) {
         int score = 0;
         for (const NumberedLine& line : lines) {
-            if (!isContent(line.text))
+            const bool isParted =
+                line.text.contains(separator) || (separator == ' ' && line.text.contains('\t'));
+            if (!isParted || !isContent(line.text))
                 continue;
             const Parted parted(line.text, separator);
             if (parted.width > 1)
@@ -122,8 +126,10 @@ private:
 
 void HeadFinder::findRows() {
     QMap<int, int> widths;
+    std::vector<Parted> partedLines;
+    partedLines.reserve(lines_.size());
     for (const NumberedLine& line : lines_) {
-        const Parted parted(line.text, head_.separator);
+        const Parted& parted = partedLines.emplace_back(line.text, head_.separator);
         if (isContent(line.text) && parted.isRow())
             ++widths[parted.width];
     }
@@ -137,7 +143,7 @@ void HeadFinder::findRows() {
     head_.isNumeric.assign(std::size_t(head_.width), true);
     std::vector<bool> hasNumber(std::size_t(head_.width), false);
     for (std::size_t i = 0; i < lines_.size(); ++i) {
-        const Parted parted(lines_[i].text, head_.separator);
+        const Parted& parted = partedLines[i];
         const bool isRow = isContent(lines_[i].text) &&
                            (parted.isPlainRow() || (parted.isRow() && parted.width == head_.width));
         neighbours += isRow && wasRow ? 1 : 0;
@@ -146,12 +152,9 @@ void HeadFinder::findRows() {
             continue;
         head_.firstRow = std::min(head_.firstRow, static_cast<int>(i));
         ++rows;
-        DecimalMarks marks;
-        for (std::size_t k = 0; k < parted.fields.size() && k < hasNumber.size(); ++k) {
-            double value = 0;
-            const Cell cell = readCell(parted.fields[k], value, marks);
-            hasNumber[k] = hasNumber[k] || cell == Cell::Number;
-            head_.isNumeric[k] = head_.isNumeric[k] && cell != Cell::Text;
+        for (std::size_t k = 0; k < parted.cells.size() && k < hasNumber.size(); ++k) {
+            hasNumber[k] = hasNumber[k] || parted.cells[k] == Cell::Number;
+            head_.isNumeric[k] = head_.isNumeric[k] && parted.cells[k] != Cell::Text;
         }
     }
     for (std::size_t k = 0; k < hasNumber.size(); ++k)

@@ -49,7 +49,10 @@ QByteArray utf8Of(const QByteArray& bytes, bool isBigEndian) {
 
 /// No-break spaces as blanks: they stand between numbers in text from web pages and word processors.
 QByteArray withBlanks(const QByteArray& line) {
-    if (!line.contains('\xA0') && !line.contains("\xE2\x80\xAF"))
+    unsigned bits = 0;  // of all letters: those of ASCII have no eighth, and take several at a time
+    for (const char letter : line)
+        bits |= static_cast<unsigned char>(letter);
+    if (bits < 0x80 || (!line.contains('\xA0') && !line.contains("\xE2\x80\xAF")))
         return line;
     QString text = decoded(line);
     for (const int space : {0x00A0, 0x202F})
@@ -144,7 +147,7 @@ bool TextLines::next() {
         break;
     }
     const QByteArray plain = withBlanks(line_);
-    if (plain != line_ && hasGroupedDigits(line_))
+    if (plain.constData() != line_.constData() && plain != line_ && hasGroupedDigits(line_))
         fail("has no-break spaces between groups of three digits, or between numbers; write 1234.5 for "
              "numbers, with one kind of separator");
     line_ = plain;
