@@ -20,10 +20,9 @@ constexpr int kMostColumns = 1'000'000;
 class ScanText {
 public:
     ScanText(QFile& file, const ScanOptions& options, Scan& scan)
-        : file_(file), options_(options), scan_(scan),
-          progress_(options.progress, file.fileName(), file.size()),
-          lines_(file, file.fileName(), kLongestLine), units_(unitsOfPoints(options)),
-          heights_(options.unset) {}
+        : file_(file), path_(file.fileName()), options_(options), scan_(scan),
+          progress_(options.progress, path_, file.size()), lines_(file, path_, kLongestLine),
+          units_(unitsOfPoints(options)), heights_(options.unset) {}
     void read();
 
 private:
@@ -38,6 +37,7 @@ private:
     void readPoints();
 
     QFile& file_;
+    const QString path_;
     const ScanOptions& options_;
     Scan& scan_;
     ProgressReport progress_;
@@ -138,7 +138,7 @@ void ScanText::readGrid() {
             scan_.add(profile, xs[std::size_t(column) - 1], coordinate(height));
         }
         scan_.add(profile);
-        scan_.requireRoom(file_.fileName());
+        scan_.requireRoom(path_);
     }
 }
 
@@ -148,10 +148,10 @@ void ScanText::readPoints() {
     do {
         if (fields_.size() < 3)
             fail(QString("has %1 column(s), expected x, y and z").arg(fields_.size()));
-        bool isNumber[3] = {};
-        for (int axis = 0; axis < 3; ++axis)
+        bool isNumber[3] = {true, true, true};
+        for (int axis = 0; isFirst && axis < 3; ++axis)
             number(axis, isNumber[axis]);
-        if (isFirst && !isNumber[0] && !isNumber[1] && !isNumber[2])
+        if (!isNumber[0] && !isNumber[1] && !isNumber[2])
             takeUnits();
         else
             addPoint();
@@ -170,7 +170,7 @@ void ScanText::addPoint() {
         at[axis] = coordinate(units_[axis].toMm(value));
     }
     scan_.add(KvMath::KvPointXYZ(at[0], at[heightAxis], at[3 - heightAxis]));
-    scan_.requireRoom(file_.fileName());
+    scan_.requireRoom(path_);
 }
 
 void ScanText::read() {
