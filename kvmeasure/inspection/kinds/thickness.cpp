@@ -122,7 +122,8 @@ ThicknessResult measureThickness(const Points& first, const Points& second, cons
     };
     result.leastFirst = back(point.x, point.y);
     result.leastSecond = back(point.x, point.y - sign * values[std::size_t(least)]);
-    const NoiseModel noise = noiseOfDistance(firstNoise, secondNoise, found.squaredShares);
+    NoiseModel noise = noiseOfDistance(firstNoise, secondNoise, found.squaredShares);
+    noise.deviation *= along.x;  // the noise is one of heights
     const double degrees = noise.lengths(noise.points);
     const std::vector<double> smooth = smoothHeights(values, noise.correlationTime);
     OrderNoise order(smooth, noise);
@@ -133,6 +134,7 @@ ThicknessResult measureThickness(const Points& first, const Points& second, cons
     result.mean = {meanOf(values), 0, degrees, {}};
     // The mean of neighbours' mixtures is that of the points of the second profile.
     NoiseModel whole = noiseOfDistance(firstNoise, secondNoise, 1);
+    whole.deviation *= along.x;
     result.mean.u = uOfMean(found.points, /*isOfX=*/false, whole, missingShare(found.points));
     result.at = {result.leastFirst.x,
                  deviationOfExtremePlace(coordinates(found.points, /*isOfX=*/true), smooth,

@@ -168,8 +168,9 @@ TEST(FittedKinds, TellShapesThatTheyAreNotFor) {
         ASSERT_TRUE(values.contains(c.ending));
         const Value value = values[c.ending];
         EXPECT_EQ(value.isValid, !std::isnan(c.value)) << value.reason.toStdString() << value.value;
-        if (value.isValid)
+        if (value.isValid) {
             EXPECT_NEAR(value.value, c.value, 0.02) << value.note.toStdString();
+        }
         const QString said = value.reason + value.note + value.warning;
         EXPECT_THAT(said.toStdString(), HasSubstr(c.reason));
     }
@@ -340,6 +341,19 @@ TEST(WeldToe, IsFoundOrRefusedForAnyCorrelationTime) {
     }
     noise.correlationTime = 1e300;
     EXPECT_TRUE(findToe(plate, points, 1, noise).reason.contains("no points leave the plate"));
+}
+
+TEST(FittedKinds, NoiseOfHeightsIsLessSquareToASlope) {
+    std::mt19937_64 random(43);
+    Points points = scan([](double x) { return 0.75 * x + 2.5; }, 0.05, 0.3);
+    Points second = scan([](double x) { return 0.75 * x; }, 0.05, 0.3);
+    roughen(points, 0.01, 1, random);
+    roughen(second, 0.01, 1, random);
+    const auto vertical = measure("thickness M S", points, second, regions());
+    const auto square = measure("thickness M S square", points, second, regions());
+    // 4 / 5 of the height, and of its noise; square to it the last 24 of 320 points have nothing below them.
+    for (const char* ending : {"mean", "median"})
+        EXPECT_NEAR(square[ending].u / vertical[ending].u, 0.8 * std::sqrt(320 / 296.0), 0.01) << ending;
 }
 
 TEST(FittedKinds, SayWhichUncertaintyIsNone) {

@@ -45,6 +45,11 @@ const std::vector<Part>& parts() {
           {"centre.x", 0},
           {"quarter.x", -1},
           {"quarter.y", -3}}},
+        {"groove with steep walls",  // distances are fitted on these
+         [](double x) { return std::clamp(3 * (std::fabs(x) - 5), -9.0, 0.0); },
+         "left=0, fall=1, floor=2, rise=3, right=4",
+         "slope = inclination fall; corner = intersection left fall",
+         {{"corner.x", -5}, {"corner.y", 0}}},
         {"V groove",
          [](double x) { return std::min(0.0, std::fabs(x) - 4); },
          "left=0, fall=1, rise=2, right=3",
