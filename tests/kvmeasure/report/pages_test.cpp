@@ -285,6 +285,13 @@ TEST(PassPage, SaysOfEachWheelWhatIsNotGood) {
                     testing::AllOf(HasSubstr(expected.verdict), HasSubstr(expected.word),
                                    Not(HasSubstr("<script>alert")), Not(HasSubstr("<img src=x"))));
         EXPECT_EQ(dataOf(html, "results"), results);
+        // What is not good is open, whichever wheel it is.
+        const QByteArray mirrored = PassPage(kHostile).html(passOf(good, expected.left, 1));
+        EXPECT_THAT(mirrored.toStdString(), HasSubstr(expected.verdict));
+        for (const QByteArray& page : {html, mirrored})
+            EXPECT_EQ(page.contains("<details open"), !QByteArray(expected.verdict).startsWith('&'))
+                << expected.verdict;
+        EXPECT_THAT(html.toStdString(), HasSubstr(">1.00<")) << "m of travel";
         EXPECT_THAT(html.toStdString(),
                     testing::AllOf(HasSubstr("<td class=\"number\">28.250 \u00b1 0.054</td>"),
                                    HasSubstr("at least 26"), HasSubstr("no U: too few points")));
