@@ -36,8 +36,8 @@ class Measuring {
 public:
     Measuring(const RailHead& rail, const RailPlaces& places) : rail_(rail), places_(places) {}
 
-    RailValues measure(const RailHead* nominal) {
-        const QString without = "wear is measured against a nominal rail: --reference names its file";
+    /// Without a nominal head the wear has this reason.
+    RailValues measure(const RailHead* nominal, const QString& without) {
         if (nominal == nullptr)
             addNoWear(without);
         else
@@ -329,9 +329,12 @@ RailValues railValues(const RailSection& rail, const RailSection* nominal, const
     }
     const RailHead head(rail.points);
     if (nominal == nullptr)
-        return Measuring(head, places).measure(nullptr);
+        return Measuring(head, places)
+            .measure(nullptr, "wear is measured against a nominal rail: --reference names its file");
+    if (nominal->points.empty())
+        return Measuring(head, places).measure(nullptr, "the nominal rail: " + nominal->reason);
     const RailHead other(nominal->points);
-    return Measuring(head, places).measure(&other);
+    return Measuring(head, places).measure(&other, {});
 }
 
 }  // namespace KvMeasure

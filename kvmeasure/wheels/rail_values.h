@@ -38,7 +38,8 @@ struct KVMEASURE_EXPORT RailValues {
     QStringList notes;                    ///< how sides and frames were taken
 };
 
-/// Measures a rail; `nominal` may be null, else it is a rail: without it W1 to W3 and the area have a reason.
+/// Measures a rail; `nominal` may be null. Without it, or where it is no rail, W1 to W3 and the area have a
+/// reason.
 ///   headWidth    along x at sideDepth below the top of this rail
 ///   crownRadius  circle through crownWidth of the head about its middle
 ///   inclination  of the axis of the head against the upright, degrees, positive to the right: the middle of
