@@ -91,6 +91,33 @@ TEST(Compare, FindsAKnownDeviationHoweverThePartLies) {
     }
 }
 
+TEST(Compare, PointsBeyondTheMasterAndInItsGapAreCounted) {
+    // 10 points before it, 100 in its gap and 10 behind it; the others lie 0.1 above it.
+    KvProfile master = along({{-20, 0}, {-5, 0}});
+    for (const KvPointXY& point : along({{5, 0}, {20, 0}}).points)
+        master += point;
+    const KvProfile part = along({{-20.95, 0.1}, {20.95, 0.1}});
+    ComparisonSettings settings;
+    settings.alignment = Alignment::None;
+    for (const double limit : {0.09, 0.11}) {
+        settings.lower = -limit;
+        settings.upper = limit;
+        const Comparison result = compare(part, master, settings);
+        ASSERT_TRUE(result.isValid()) << result.reason.toStdString();
+        EXPECT_EQ(result.beyond, 120);
+        ASSERT_EQ(result.deviations.size(), 300U);
+        for (const Deviation& deviation : result.deviations) {
+            EXPECT_NEAR(deviation.value, 0.1, kFloatPrecision);
+            EXPECT_GT(std::fabs(deviation.place.x), 5);
+            EXPECT_LT(std::fabs(deviation.place.x), 20);
+            EXPECT_NEAR(deviation.point.x, deviation.place.x, kFloatPrecision);
+            EXPECT_EQ(deviation.outward.y, 1);
+        }
+        EXPECT_EQ(result.shareOutside, limit < 0.1 ? 1 : 0);
+        EXPECT_EQ(result.isGood(), limit > 0.1);
+    }
+}
+
 TEST(Compare, SignsAreOfTheMaterialWhicheverWayTheScanRuns) {
     const KvProfile master = groove(6);
     ComparisonSettings settings;
