@@ -1,6 +1,9 @@
 // What names of files say; bias and linearity; sets whose certified values follow from their rule.
 
 #include <kvmeasure/statistics/anova.h>
+#include <kvmeasure/statistics/capability.h>
+#include <kvmeasure/statistics/control_chart.h>
+#include <kvmeasure/statistics/gauge_study.h>
 #include <kvmeasure/statistics/linearity.h>
 #include <kvmeasure/statistics/name_fields.h>
 #include <kvmeasure/statistics/sample.h>
@@ -163,6 +166,54 @@ TEST(OneWayAnova, OfWholeNumbersAndOfFewValues) {
     EXPECT_TRUE(std::isnan(equal.f));
     EXPECT_EQ(equal.residualStandardDeviation, 0);
     EXPECT_FALSE(equal.reason.isEmpty());
+}
+
+/// Parts 0, 1, 2, ... by two appraisers with `trials` readings; `bent` moves every second cell.
+std::vector<StudyReading> study(int parts, int trials, double bent) {
+    std::vector<StudyReading> readings;
+    for (int part = 0; part < parts; ++part) {
+        for (int who = 0; who < 2; ++who) {
+            for (int trial = 0; trial < trials; ++trial)
+                readings.push_back(
+                    {QString::number(part), QString::number(who),
+                     part + bent * (part % 2 == who ? 1 : -1) + 0.25 * (trial % 2 == 0 ? 1 : -1)});
+        }
+    }
+    return readings;
+}
+
+TEST(GaugeStudy, GoesOnBehindTheTablesAndPoolsWhatIsNoEffect) {
+    // 12 parts and 4 trials, behind the ends of AIAG's tables: d2 = 3.25846 and d3 = 0.7785 of 12, d2
+    // = 2.05875 of 4.
+    const GaugeStudy range = gaugeStudy(study(12, 4, 0), StudyMethod::Range);
+    EXPECT_NEAR(range.ev, 0.5 / 2.05875, 1e-5);
+    EXPECT_EQ(range.av, 0);
+    EXPECT_NEAR(range.pv, 11 / std::hypot(3.25846, 0.7785), 1e-2);
+    EXPECT_NEAR(range.tv, std::hypot(range.ev, range.pv), 1e-12);
+    // An interaction of 12 * 2 * 0.05^2 * 2 on 11 degrees beside 3 on 24 is no effect, and counts as repeats.
+    const GaugeStudy pooled = gaugeStudy(study(12, 2, 0.05), StudyMethod::Anova);
+    EXPECT_TRUE(pooled.isPooled);
+    EXPECT_NEAR(pooled.repeatSource.squares, 48 * 0.0625 + 48 * 0.0025, 1e-9);
+    EXPECT_EQ(pooled.repeatSource.freedom, 24 + 11);
+    // One degree: two parts by two appraisers, read one way round by each. F is beside the interaction.
+    const GaugeStudy crossed = gaugeStudy(study(2, 2, 2), StudyMethod::Anova);
+    EXPECT_FALSE(crossed.isPooled);
+    EXPECT_EQ(crossed.interactionSource.freedom, 1);
+    EXPECT_NEAR(crossed.partSource.f, 8 * 0.25 / (8 * 4.0), 1e-12);
+}
+
+TEST(Statistics, OfTheFewestValues) {
+    const BiasOfReference two = biasOf(5, {5.1, 5.3});
+    EXPECT_NEAR(two.deviation, std::sqrt(0.02), 1e-12);
+    const GaugeCapability gauge = gaugeCapability({5.1, 5.3}, 5, {0, 10});
+    EXPECT_EQ(gauge.reason, "");
+    EXPECT_NEAR(gauge.cg, 2 / (6 * std::sqrt(0.02)), 1e-12);
+    EXPECT_TRUE(std::isnan(controlChart({3, 3, 3}).centre));
+    // Subgroups without a range have no deviation within.
+    EXPECT_TRUE(std::isnan(capability({1, 1, 2, 2}, {0, 5}, 2).cp));
+    // Groups that differ less than their values.
+    const OneWayAnova close = oneWayAnova({0, 4, 1, 5}, {"a", "a", "b", "b"});
+    EXPECT_NEAR(close.rSquared, 1 / 17.0, 1e-12);
 }
 
 TEST(OneWayAnova, HasTheComponentsOfUnequalGroups) {
