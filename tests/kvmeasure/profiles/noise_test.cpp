@@ -10,6 +10,7 @@
 #include <cmath>
 #include <numeric>
 #include <random>
+#include <tuple>
 
 namespace {
 
@@ -87,7 +88,8 @@ TEST(Noise, IsWhatAllPairsOfResidualsSay) {
     };
     for (const Case& c :
          {Case{{400}, 1}, Case{{401}, 3}, Case{{250, 333, 402, 127}, 3}, Case{{900, 1203}, 8},
-          Case{{40, 41, 42, 43, 44, 45, 46, 47, 48, 49}, 2}, Case{{4001, 2502}, 25}, Case{{30'000}, 200}}) {
+          Case{std::vector<int>(20, 100), 12}, Case{{40, 41, 42, 43, 44, 45, 46, 47, 48, 49}, 2},
+          Case{{4001, 2502}, 25}, Case{{30'000}, 200}}) {
         SCOPED_TRACE(testing::Message()
                      << testing::PrintToString(c.counts) << ", moving average of " << c.width);
         Fits fits;
@@ -140,6 +142,23 @@ TEST(Noise, TheDeviationIsTheFitsOwnOrThatOfAll) {
     }
     EXPECT_FALSE(deviationOf(1, 100, 2, NoiseModel()).reason.isEmpty());
     EXPECT_TRUE(std::isnan(deviationOf(1, 100, 2, NoiseModel()).deviation));
+}
+
+TEST(Noise, OfFewPointsWidensWhatRestsOnIt) {
+    NoiseModel noise;
+    noise.correlationTime = 10;
+    noise.lags = 9;
+    // As the header has them, to its digits.
+    for (const auto& [lengths, widening, digits] :
+         {std::tuple(100, 1.01, 0.005), {30, 1.03, 0.01}, {10, 1.1, 0.07}, {5, 1.6, 0.05}}) {
+        noise.points = 10 * lengths;
+        noise.isSmooth = false;
+        EXPECT_NEAR(noise.widening(), widening, digits) << lengths;
+        const double plain = noise.widening();
+        noise.isSmooth = true;
+        EXPECT_NEAR(noise.widening() / plain, std::max(1.0, std::pow(75 / noise.points, 1.5)), 1e-12)
+            << lengths;
+    }
 }
 
 TEST(Noise, ResidualsCountAsTheirPageSays) {
