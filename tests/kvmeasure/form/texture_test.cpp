@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <random>
 
@@ -116,6 +117,79 @@ TEST(Roughness, OfTheNormsDiffersAndMissingPointsDoNotCount) {
     const Roughness plain = roughness(points, settings);
     EXPECT_LT(std::fabs(robust.waviness[2350]), 2e-4);
     EXPECT_GT(std::fabs(plain.waviness[2350]), 1e-3);
+}
+
+TEST(Roughness, OfARoughSurfaceIsThatOfItsHeightsInEachSection) {
+    std::mt19937 random(9);
+    std::exponential_distribution<double> height(500);  // skewed: Rp is not Rv
+    std::vector<Vector> points;
+    for (int i = 0; i <= 5037; ++i)  // no point between two sections
+        points.emplace_back(20 + i * 0.001,
+                            3 + 0.01 * i * 0.001 + 0.005 * std::sin(i * 0.002) + height(random));
+    for (const RoughnessNorm norm : {RoughnessNorm::Iso21920, RoughnessNorm::Iso4287}) {
+        RoughnessSettings settings;
+        settings.norm = norm;
+        const Roughness result = roughness(points, settings);
+        ASSERT_EQ(result.sections, 5);  // of 0.8 mm in 4.237
+        EXPECT_NEAR(result.from, 20.5185, 1e-9);
+        EXPECT_NEAR(result.to, 24.5185, 1e-9);
+        EXPECT_NEAR(result.pitch, 0.001, 1e-12);
+        EXPECT_EQ(result.notes.filter("gap").size(), 0);
+        std::vector<std::vector<double>> sections(5);
+        std::vector<double> waves;
+        for (std::size_t i = 0; i < result.x.size(); ++i) {
+            if (result.x[i] < 20.5185 || result.x[i] > 24.5185)
+                continue;
+            sections[std::size_t(std::clamp((result.x[i] - 20.5185) / 0.8, 0.0, 4.5))].push_back(
+                result.heights[i]);
+            waves.push_back(result.waviness[i]);
+        }
+        const auto moment = [](const std::vector<double>& heights, int power) {
+            double sum = 0;
+            for (const double z : heights)
+                sum += std::pow(z, power) / double(heights.size());
+            return sum;
+        };
+        RoughnessValues expected;
+        const auto add = [&](const std::vector<double>& heights, double share) {
+            double size = 0;
+            for (const double z : heights)
+                size += std::fabs(z) / double(heights.size());
+            const double rq = std::sqrt(moment(heights, 2));
+            expected.ra += share * size;
+            expected.rq += share * rq;
+            expected.rsk += share * moment(heights, 3) / std::pow(rq, 3);
+            expected.rku += share * moment(heights, 4) / std::pow(rq, 4);
+        };
+        expected.ra = expected.rq = expected.rsk = expected.rku = expected.rp = expected.rv = expected.wa = 0;
+        std::vector<double> all;
+        for (const std::vector<double>& heights : sections) {
+            all.insert(all.end(), heights.begin(), heights.end());
+            expected.rp += *std::max_element(heights.begin(), heights.end()) / 5;
+            expected.rv -= *std::min_element(heights.begin(), heights.end()) / 5;
+            if (norm == RoughnessNorm::Iso4287)
+                add(heights, 0.2);
+        }
+        if (norm == RoughnessNorm::Iso21920)
+            add(all, 1);
+        for (const double wave : waves)
+            expected.wa += std::fabs(wave) / double(waves.size());
+        const auto [low, high] = std::minmax_element(all.begin(), all.end());
+        const auto [trough, crest] = std::minmax_element(waves.begin(), waves.end());
+        EXPECT_NEAR(result.values.ra, expected.ra, 1e-12);
+        EXPECT_NEAR(result.values.rq, expected.rq, 1e-12);
+        EXPECT_NEAR(result.values.rsk, expected.rsk, 1e-9);
+        EXPECT_NEAR(result.values.rku, expected.rku, 1e-9);
+        EXPECT_NEAR(result.values.rp, expected.rp, 1e-12);
+        EXPECT_NEAR(result.values.rv, expected.rv, 1e-12);
+        EXPECT_NEAR(result.values.rz, expected.rp + expected.rv, 1e-12);
+        EXPECT_NEAR(result.values.rt, *high - *low, 1e-12);
+        EXPECT_NEAR(result.values.wa, expected.wa, 1e-12);
+        EXPECT_NEAR(result.values.wz, *crest - *trough, 1e-12);
+        EXPECT_GT(result.values.rp, 1.5 * result.values.rv);
+    }
+    points.erase(points.begin() + 2000, points.begin() + 2500);
+    EXPECT_EQ(roughness(points, {}).notes.filter("gap of 0.501 mm").size(), 1);
 }
 
 TEST(Roughness, HasReasons) {
