@@ -41,6 +41,15 @@ TEST(StepHeight, IsThatOfTheGroove) {
         EXPECT_TRUE(flat.isComplete);
         EXPECT_NEAR(stepHeight(groove(depth, 0.01, true), 10, 13, StepType::A2).height, depth, 1e-9);
     }
+    // Deepest beside its middle, and with deviations of 0.001 that neither move nor turn it much.
+    std::vector<Vector> bent = groove(0, 0.01, false);
+    for (Vector& p : bent)
+        p.y -= p.x > 10 && p.x < 13 ? 0.5 - 0.1 * (p.x - 11.7) * (p.x - 11.7) : 0;
+    EXPECT_NEAR(stepHeight(bent, 10, 13, StepType::A2).height, 0.5, 1e-9);
+    std::vector<Vector> rough = groove(0.5, 0.01, false);
+    for (std::size_t i = 0; i < rough.size(); ++i)
+        rough[i].y += i % 4 == 0 || i % 4 == 3 ? 0.001 : -0.001;
+    EXPECT_NEAR(stepHeight(rough, 10, 13).deviation, 0.001 * std::sqrt(253 / 250.0), 1e-6);
     // A rounded groove is deeper than the mean of its middle third.
     EXPECT_LT(stepHeight(groove(0.5, 0, true), 10, 13).height, 0.499);
 }

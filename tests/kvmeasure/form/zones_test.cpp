@@ -155,6 +155,14 @@ TEST(Zones, AreThoseOfWholeNumbers) {
             };
             if (zone->isValid())
                 expectLimits(*zone, places, product, zone->normal[2]);
+            if (zone != &flat.leastSquares)
+                continue;
+            double mean = 0, squares = 0;
+            for (const SpacePoint& p : places)
+                mean += product(p) / double(places.size());
+            for (const SpacePoint& p : places)
+                squares += std::pow(product(p) - mean, 2) / double(places.size());
+            EXPECT_NEAR(flat.deviation, std::sqrt(squares), 1e-12 * (1 + flat.deviation));
         }
         if (std::isfinite(double(space.alongZ))) {
             EXPECT_NEAR(flat.minimumZoneAlongZ.height, double(space.alongZ), 1e-12);

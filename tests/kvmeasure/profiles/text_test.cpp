@@ -181,6 +181,8 @@ TEST_F(Text, HeightsAloneAndSeveralProfiles) {
         {"chosen", "z,q\n5,1\n6,1\n7,1\n", "pitch 0.5; columns z", "3 0..1 5..7"},
         {"beside numbers", "i;z [um]\n1;5000\n2;6000\n", "pitch 2", "2 0..2 5..6"},
         {"a profile per row", "5;6;;8\n6;7;8;9\n", "pitch 1", "4-1 0..3 5..8; 4 0..3 6..9"},
+        {"in the unit of the heading", "z1 [um];z2 [um];z3 [um]\n5000;6000;8000\n6000;7000;8000\n", "pitch 1",
+         "3 0..2 5..8; 3 0..2 6..8"},
         {"blank line", one + "\n" + other, "", both},
         {"heading again", head + one + head + other + "\nend\n", "", both},
         {"title between", head + one + "Profile 2\n" + other, "", both},
