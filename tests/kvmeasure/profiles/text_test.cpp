@@ -293,6 +293,7 @@ TEST_F(Text, ColumnsOfATableAreFoundByTheirNames) {
     } cases[] = {{"width", 1, ""},
                  {"WIDTH", 1, ""},
                  {"Width [mm]", 0, ""},
+                 {"width [MM]", 0, ""},
                  {"opening", 2, ""},
                  {"area", 3, ""},
                  {"1", 0, ""},
