@@ -161,7 +161,7 @@ void checkRegions(const InspectionPlan& plan, const KvMath::KvProfile& profile, 
 
 void checkValues(const MeasuredPart& part, Checked& checked) {
     for (const Value& value : part.best.values) {
-        QString result = value.isValid ? mm(value.value) + ' ' + value.unit : value.reason;
+        QString result = value.isValid ? (mm(value.value) + ' ' + value.unit).trimmed() : value.reason;
         if (value.isValid && value.u >= 0)
             result += ", U " + mm(value.expandedU());
         QStringList rest{result, value.notes()};

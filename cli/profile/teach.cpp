@@ -114,7 +114,7 @@ void warnOfBadPart(const Evaluation& taught) {
     for (const Value& value : taught.values) {
         if (!value.hasTolerance || value.isGood())
             continue;
-        const QString is = value.isValid ? QString("%1 %2").arg(mm(value.value), value.unit) : "not measured";
+        const QString is = value.isValid ? (mm(value.value) + ' ' + value.unit).trimmed() : "not measured";
         complain(QString("WARNING: the taught part is out of its own tolerance: ") + value.name + " is " +
                  is + ", allowed is " + value.tolerance.limits());
     }

@@ -3,6 +3,8 @@
 
 #include <tests/cli/commands.h>
 
+#include <cmath>
+
 namespace {
 
 using testing::HasSubstr;
@@ -94,6 +96,67 @@ TEST_F(Commands, ProfilesAreComparedFitAndToldInWords) {
         {"stats -h", 0, {"kvmeasure stats COMMAND"}},
         {"stats", 2, {"stats: which command? See \"kvmeasure stats --help\""}},
     });
+}
+
+/// A groove 4 mm wide, this deep, in a surface from -16 to 16; points nearer to its middle are missing.
+QByteArray groove(double depth, double missing = 0) {
+    QByteArray rows = "x_mm,z_mm\n";
+    for (int i = 0; i <= 640; ++i) {
+        const double x = -16 + i * 0.05;
+        if (std::fabs(x) >= missing)
+            rows += QByteArray::number(x, 'f', 4) + ',' +
+                    (std::fabs(x) < 2.005 ? QByteArray::number(-depth) : "0") + '\n';
+    }
+    return rows;
+}
+
+TEST_F(Commands, PlansAreToldCheckedAndJudgedInWords) {
+    write("good.csv", groove(1.5));
+    write("deep.csv", groove(1.7));
+    write("hollow.csv", groove(1.5, 1));
+    write("word.csv", "x_mm,z_mm\n1,2\n2,x\n");
+    const QString tools = "--region R~=~x~-9..9 --measure g~=~groove~in~R~:~depth~1.5~+-0.1;~a~=~max~in~R";
+    expect({
+        {"teach good.csv --out tools.json --master good.csv --band -0.1,0.1 " + tools,
+         0,
+         {"1 region, 2 tools, master master: good.csv (641 points)", "g.depth 1.5000 mm 1.4000 1.6000 good",
+          "master.shareOutside 0.0000 - 0.0000 good"}},
+        {"teach good.csv --out lines.json --longest 3 --measure w~=~length~1 --svg lines.svg",
+         0,
+         {"template of 3 lines, 10 constraints", "w 4.0500 mm free edges +0.0500 mm"}},
+        {"teach good.csv --out none.json --name Void", 2, {"which segments make the template?"}},
+        {"plan show tools.json", 0, {"tool a = max in R", "align registration, band -0.1..0.1"}},
+        {"plan show lines.json", 0, {"lines 0, 1, 2; 10 constraints", "fitted anew, free edges compensated"}},
+        {"plan check tools.json deep.csv",
+         1,
+         {"R = x -9..9 361 points", "g.depth 1.7000 mm, U 0.0000; OUT: 1.4 to 1.6",
+          "master.shareOutside 0.1167; no uncertainty"}},
+        {"plan check lines.json hollow.csv",
+         1,
+         {"but length of line 1 is 1.0000 mm, allowed are 3.2000 to 4.8000"}},
+        {"plan check lines.json good.csv",
+         0,
+         {"template 0, 1, 2 found", "w 4.0500 mm, U 0.0408; free edges"}},
+        {"plan check lines.json word.csv", 2, {"word.csv: line 3: column 2: expected a number"}},
+        {"match good.csv hollow.csv --template lines.json --report page.html --svg seen.svg",
+         1,
+         {"hollow.csv - - - NOT FOUND", "found in 1 of 2 profiles",
+          "w mm 1 - 4.0500 4.0500 4.0500 - 0.0500"}},
+        {"measure good.csv deep.csv --plan tools.json --decision guarded",
+         1,
+         {"decision: guarded acceptance, values are good at least U inside their limits"}},
+        {"measure good.csv --plan tools.json", 0, {"g.depth 1.5000 0.0000 mm yes 1.5000 0.0000 good"}},
+        {"match good.csv --template lines.json --jsonl j.jsonl --stats",
+         2,
+         {"--stats has no place in lines of profiles"}},
+        {"merge part.csv", 2, {"--out FILE is missing; name the file to write"}},
+    });
+    const Called taught = call("teach deep.csv --plan tools.json --out again.json --measure b~=~box~in~R");
+    EXPECT_THAT(taught.out, HasSubstr("1 region, 3 tools"));
+    EXPECT_THAT(taught.err, HasSubstr("g.depth is 1.7000 mm, allowed is 1.4 to 1.6\n"));
+    EXPECT_THAT(taught.err, HasSubstr("master.shareOutside is 0.1167, allowed is at most 0\n"));
+    EXPECT_THAT(read("page.html"), HasSubstr("NOT FOUND"));
+    EXPECT_THAT(read("seen-hollow.svg"), HasSubstr("NOT FOUND"));
 }
 
 TEST_F(Commands, CalibrationNeedsWhatFilesDoNotHold) {

@@ -214,4 +214,26 @@ TEST_F(Commands, APostIsCheckedInWords) {
           {"SENSOR4 - - - - - 0 has no recording", "Z beyond the tolerance", "for 921.000", "for 919.000"}}});
 }
 
+TEST_F(Commands, APassIsJudgedByItsGroupsInWordsAndOnAPage) {
+    ASSERT_EQ(call("simulate pass --wheelsets 3 --out train").code, 0);
+    write("limits.csv", "symbol,minimum,maximum\nSh,27,36\nSd,20,33\nDD,,0.3\nDB,,5\nDV,,0.5\n");
+    write("wide.csv", "symbol,minimum,maximum\nSh,10,40\n");
+    const QString pass = "wheels pass train --no-pictures --out results ";
+    expect({
+        {pass + "--limits limits.csv --vehicles 2 --bogies 1,2 --report page.html",
+         1,
+         {"1 DD 0.7160", "OUT 0.416 above the maximum 0.3", "bogie 2, wheelsets 2 to 3: OUT\n",
+          "vehicle 2, wheelsets 3 to 3 (cut short): OUT\n", "train: OUT\n", "3 wheelset(s), 6 wheel(s)"}},
+        {pass + "--limits wide.csv --report good.html", 0, {"train: good\n"}},
+        {pass + "--vehicles 2", 2, {"--vehicles goes with --limits"}},
+        {pass + "--limits wide.csv --vehicles 0",
+         2,
+         {"--vehicles \"0\": expected whole numbers from 1 to 100"}},
+    });
+    EXPECT_THAT(read("page.html"), HasSubstr("2 to 3"));
+    EXPECT_THAT(read("page.html"), HasSubstr("3 to 3 (cut short)"));
+    EXPECT_THAT(read("page.html"), HasSubstr("vehicle(s) not good"));
+    EXPECT_THAT(read("good.html"), HasSubstr("GOOD: 3 wheelset(s)"));
+}
+
 }  // namespace
