@@ -80,6 +80,8 @@ void drawContacts(Drawing& drawing, const ZonePicture& picture) {
             continue;
         const auto i = static_cast<std::size_t>(contact);
         const Vector& place = picture.points[i];
+        if (!isFinite(place))
+            continue;
         const Vector at = drawing.view.toPixel(place);
         const int number = i < picture.numbers.size() ? picture.numbers[i] : contact;
         const bool isHigh = place.y > (picture.from + picture.to) / 2;
