@@ -155,6 +155,14 @@ TEST(SimulateProfile, TakesEveryLimitAndRefusesWhatIsBeyondByName) {
         {"spike-height", [](auto& r) { r.spikeHeight = std::nan(""); }},
         {"depth: 0 is outside 0.001", [](auto& r) { r.dimensions["depth"] = 0; }},
         {"flush: a v-groove has width, depth", [](auto& r) { r.dimensions["flush"] = 1; }},
+        {"extrusion: the slot does not fit between the flanks",
+         [](auto& r) {
+             r = shaped("extrusion", {{"slot-width", 1000}});
+         }},
+        {"extrusion: slot-depth must not be above the height",
+         [](auto& r) {
+             r = shaped("extrusion", {{"slot-depth", 1000}});
+         }},
         {"half the width",
          [](auto& r) {
              r = shaped("bead", {{"height", 5}});

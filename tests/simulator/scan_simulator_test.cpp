@@ -49,6 +49,18 @@ TEST(ScanSimulator, RefusesWhatIsOutsideItsRangesByName) {
         {"rim", [](ScanRecipe& r, double) { r.dimensions["rim"] = 3; }},
         {"width", [](ScanRecipe& r, double bad) { r.dimensions["width"] = bad; }},
         {"groove-offset", [](ScanRecipe& r, double) { r.dimensions["groove-offset"] = 40; }},
+        {"groove-offset", [](ScanRecipe& r, double) { r.dimensions["groove-offset"] = -40; }},
+        {"x-to", [](ScanRecipe& r, double) { r.xTo = r.xFrom; }},
+        {"rim, corner-radius",
+         [](ScanRecipe& r, double) {
+             r.shape = "tray";
+             r.dimensions["rim"] = 23;
+         }},
+        {"rim, corner-radius",
+         [](ScanRecipe& r, double) {
+             r.shape = "tray";
+             r.dimensions["corner-radius"] = 23;
+         }},
     };
     for (const auto& [name, spoil] : cases) {
         ScanRecipe recipe;

@@ -1,6 +1,7 @@
 #include <kvmath/profile/profile_z.h>
 #include <kvmath/wheel/sensor_coord.h>
 #include <simulator/train_pass.h>
+#include <simulator/wheel_shape.h>
 #include <tests/support/prelude.h>
 #include <tests/support/scratch_directory.h>
 
@@ -160,6 +161,28 @@ TEST(TrainPass, IllegalRecipesAreRefusedByName) {
     EXPECT_THAT(error.toStdString(), HasSubstr("uneven"));
     EXPECT_FALSE(simulatePass(PassRecipe(), "/nowhere", &error));
     EXPECT_THAT(error.toStdString(), HasSubstr("cannot be written"));
+    EXPECT_FALSE(simulatePass(PassRecipe(), "/nowhere", nullptr));
+}
+
+TEST(TrainPass, AFileThatCannotBeWrittenIsNamed) {
+    const TestSupport::ScratchDirectory scratch;
+    PassRecipe recipe;
+    recipe.isReference = true;
+    for (const char* name : {"pass_1001.bin", "reference.csv", "truth.csv", "settings.ini"}) {
+        QDir().mkpath(QString("out/") + name);
+        QString error;
+        EXPECT_FALSE(simulatePass(recipe, "out", &error));
+        EXPECT_THAT(error.toStdString(), HasSubstr(name));
+        EXPECT_TRUE(QDir().rmdir(QString("out/") + name)) << "nothing was written into it";
+    }
+    QString error;
+    EXPECT_TRUE(simulatePass(recipe, "out", &error)) << error.toStdString();
+}
+
+TEST(WheelShape, HasNoHeightBesideTheWheel) {
+    for (const double lateral : {-0.1, 130.1, std::nan("")})
+        EXPECT_TRUE(std::isnan(s1002Height(lateral))) << lateral;
+    EXPECT_EQ(s1002Height(70), 0);
 }
 
 }  // namespace
