@@ -81,6 +81,10 @@ TEST_F(CalibrationFiles, TableIsItsCellsLittleEndianAndShortOnesEndEmpty) {
         EXPECT_EQ(loaded[std::size_t(std::max(count, 0))], 7) << "behind the cells that were asked for";
     }
     EXPECT_FALSE(saveTableToFile(tbl.data(), missing) || loadTableFromFile(tbl.data(), missing));
+    QFile closed(path);
+    std::vector<unsigned short*> columns(648, loaded.data());
+    double parameters[8] = {};
+    EXPECT_FALSE(loadRawCbrData(columns.data(), parameters, closed)) << "not open";
 }
 
 }  // namespace

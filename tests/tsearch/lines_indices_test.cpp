@@ -28,4 +28,11 @@ TEST(LinesIndecies, DecodesSegmentAndOrientationAndIsFalseAndZeroOutside) {
     EXPECT_FALSE(indices.isAssigned(2));
     EXPECT_EQ(indices.code(2), -1);
     EXPECT_EQ(TSLinesIndecies(nullptr, 5).count() + TSLinesIndecies(codes, -5).count(), 0);
+    for (const int* given : {codes, static_cast<const int*>(nullptr)}) {
+        for (const int count : {3, 2, 0, -5}) {
+            TSLinesIndecies set(codes, 3);
+            set.setCodes(given, count);
+            EXPECT_EQ(set.count(), given == nullptr ? 0 : std::max(count, 0)) << count;
+        }
+    }
 }

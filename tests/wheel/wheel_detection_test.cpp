@@ -32,6 +32,8 @@ TEST_F(WheelDetection, SplitsARecordingOfBothRecordKindsAndUndoesShortRuns) {
     ASSERT_EQ(passages.size(), 3);
     EXPECT_THAT(passages[2].records, testing::ElementsAre(19, 20, 21));
     EXPECT_TRUE(passages[2].z[0] == 19.0F && std::isnan(passages[2].z[1]));
+    EXPECT_FALSE(ORBIS_detectWheels("post_100.bin", &settings, 0, nullptr, passages));
+    EXPECT_FALSE(ORBIS_detectWheels("post_100.bin", &settings, 0, 4, nullptr, passages));
     for (const auto& [minProfiles, kept] : {std::pair{4, 4}, {6, 2}}) {
         ASSERT_TRUE(ORBIS_detectWheels("post_100.bin", &settings, 0, minProfiles, &wheels, passages));
         EXPECT_EQ(wheels, kept) << "in place of the settings";
