@@ -137,9 +137,10 @@ std::vector<Vector> readProfiles(const QString& path, const Arguments& arguments
     double sum = 0;
     int index = 0, count = 0;
     for (LoadedProfile loaded; profiles.next(loaded); ++index) {
-        const double distance = std::isfinite(step) ? index * step : static_cast<double>(loaded.z);
+        const double own = loaded.hasZ() ? static_cast<double>(loaded.z) : std::nan("");
+        const double distance = std::isfinite(step) ? index * step : own;
         const double height = outward * meanHeight(loaded.profile, range);
-        if (!std::isfinite(distance))
+        if (!std::isfinite(distance) && index > 0)
             throw Error(path + ": the profiles have no distance; give it by --step").inFile(path);
         points.push_back({distance / radius * kDegreesPerRadian, height});
         sum += std::isfinite(height) ? height : 0;

@@ -47,6 +47,13 @@ TEST_F(Commands, RoundnessTellsValuesFlatsAndReasons) {
     write("third.csv", third);
     write("radians.csv", radians);
     write("cm.csv", QByteArray(oval).replace("radius_mm", "radius"));
+    QByteArray unnamed = "u,v\n", profiles;
+    for (int i = 0; i < 720; ++i)
+        unnamed += row(i * 0.5, 460);
+    for (int i = 0; i < 3; ++i)
+        profiles += "x,z\n-1,5\n0,5.1\n1,5\n";
+    write("unnamed.csv", unnamed);
+    write("profiles.csv", profiles);
     write("two.csv", "angle,radius\n0,460\n1,460\n");
     write("words.csv", "u,v,w\n0,460,1\n");
     expect({
@@ -71,6 +78,11 @@ TEST_F(Commands, RoundnessTellsValuesFlatsAndReasons) {
          {"nothing is known: 2 points; a circumference needs at least 36"}},
         {"wheels roundness oval.csv --columns angle", 2, {"--columns names two: those of angle and radius"}},
         {"wheels roundness words.csv --diameter 920", 2, {"words.csv: "}},
+        {"wheels roundness unnamed.csv --orders 1", 0, {"mean radius 460.000 mm"}},
+        {"wheels roundness profiles.csv --diameter 920",
+         2,
+         {"the profiles have no distance; give it by --step"}},
+        {"wheels roundness profiles.csv --diameter 920 --step 1 --x 5..6", 1, {"nothing is known: 0 points"}},
         {"wheels roundness oval.csv --step 1", 2, {"--step is of profiles; they need --diameter"}},
     });
     EXPECT_THAT(read("two.svg"), HasSubstr("2 points; a circumference needs at least 36"));
@@ -81,15 +93,26 @@ TEST_F(Commands, RailsTellTheirValuesAndGauge) {
     write("worn.csv", rail(0, 1));
     write("wheel.csv", wheel());
     write("track.csv", rail(-750) + rail(750));
+    QByteArray counted;
+    for (int x = 0; x <= 72; ++x)
+        counted += row(x, -(x - 36) * (x - 36) / 600.0 - 3 * std::max(0, std::abs(x - 36) - 30));
+    write("counted.csv", counted.replace(".000000,", ","));
+    write("list.txt", "counted.csv\n");
     expect({
         {"rails parameters rail.csv worn.csv --reference rail.csv --svg both.svg", 0, {"worn.csv 1.0000"}},
         {"rails parameters wheel.csv", 1, {"no rail: the section has the shape of a wheel"}},
+        {"rails parameters counted.csv", 0, {"counted.csv - - - - 68.0471 300.0852"}},
+        {"rails parameters --files-from list.txt --out part.csv", 0, {}},
         {"rails gauge track.csv", 0, {"gauge 1431.953 mm", "within 14 mm below the running surface\n"}},
         {"rails gauge track.csv --json", 0, {"\"leftFace\": [", "\"notes\": ["}},
         {"rails gauge rail.csv rail.csv", 1, {"no gauge: "}},
         {"rails gauge rail.csv rail.csv --json", 1, {"\"leftFace\": null"}},
         {"rails gauge rail.csv wheel.csv --rail-origin 750", 1, {"no gauge: "}},
     });
+    EXPECT_THAT(call("rails parameters counted.csv").err, HasSubstr("x counts 0, 1, 2, ..."));
+    EXPECT_THAT(call("rails gauge counted.csv counted.csv --rail-origin 750").err,
+                HasSubstr("x counts 0, 1, 2, ..."));
+    EXPECT_THAT(read("part.csv"), HasSubstr("x counts 0, 1, 2, ..."));
     EXPECT_THAT(read("both-worn.svg"), HasSubstr("W1 1.00"));
     EXPECT_THAT(read("both-rail.svg"), HasSubstr("W1 0.00"));
 }
@@ -159,6 +182,13 @@ TEST_F(Commands, SectionsOfFilesAreMeasuredOneByOneAndAsALists) {
 TEST_F(Commands, ConicityTellsCurveAndContacts) {
     write("wheel.csv", wheel());
     write("rail.csv", rail());
+    QByteArray upset;
+    for (int i = -360; i <= 360; ++i) {
+        const double x = i * 0.1;
+        upset += row(x, x * x / 600 + 3 * std::max(0.0, std::fabs(x) - 30));
+    }
+    write("upset.csv", upset);
+    write("gauge.whl", "Side=%R\nSh=28\n" + wheel().replace("x_mm,z_mm\n", "").replace(',', ' '));
     write("dr.csv", "y,dr\n-4,-0.4\n0,0\n4,0.4\n");
     write("two.csv", "u,v\n-4,-0.4\n0,0\n4,0.4\n");
     write("three.csv", "u,v,w\n-4,-0.4,0\n0,0,0\n4,0.4,0\n");
@@ -166,6 +196,15 @@ TEST_F(Commands, ConicityTellsCurveAndContacts) {
     const QString sections = "wheels conicity --right wheel.csv --right-rail rail.csv ";
     expect({
         {sections + "--gauge 1432 --amplitudes 1..2:0.5", 0, {"right: ", "largest amplitude 10.000 mm"}},
+        {"wheels conicity --right gauge.whl --right-rail rail.csv --gauge 1432 --amplitudes 1",
+         0,
+         {"1 0.3698 0.3694"}},
+        {"wheels conicity --right wheel.csv --right-rail upset.csv --gauge 1432 --amplitudes 1",
+         0,
+         {"1 0.3698 0.3694", "right-rail: upside down"}},
+        {"wheels conicity --right gauge.whl --right-rail gauge.whl --gauge 1432",
+         2,
+         {"gauge.whl: --right-rail: no rail"}},
         {sections + "--gauge 1432 --mirror wheel", 2, {"--mirror needs ", "not \"wheel\""}},
         {sections + "--gauge 1432 --amplitudes x", 2, {"needs numbers or ranges FROM..TO:STEP"}},
         {sections + "--gauge 1432 --amplitudes 1..2:0", 2, {"needs a step above 0 behind a range"}},
