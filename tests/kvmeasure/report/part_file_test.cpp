@@ -187,4 +187,61 @@ TEST_F(Parts, RowsAreReadAsTheyWereWritten) {
     }
 }
 
+TEST(NameSet, KnowsEachOfManyNamesOnce) {
+    NameSet names;
+    for (const bool isNew : {true, false}) {
+        for (int i = 0; i < 20'000; ++i)
+            ASSERT_EQ(names.insert("scan_" + QByteArray::number(i) + ".csv"), isNew) << i;
+    }
+}
+
+TEST(ListDigest, TellsOrderAndContentAndIsReadBack) {
+    const auto digestOf = [](const QList<QByteArray>& names) {
+        ListDigest digest;
+        for (const QByteArray& name : names)
+            digest.add(name);
+        return digest;
+    };
+    ListDigest joined = digestOf({"a", "b"});
+    joined.append(digestOf({"c"}));
+    EXPECT_EQ(joined, digestOf({"a", "b", "c"}));
+    EXPECT_NE(joined, digestOf({"a", "c", "b"}));
+    EXPECT_NE(joined, digestOf({"a", "bc"}));
+    ListDigest read;
+    ASSERT_TRUE(read.read(joined.text(), 3));
+    EXPECT_EQ(read, joined);
+    EXPECT_NE(ListDigest(), joined);
+    const QByteArray text = joined.text();
+    for (const QByteArray& bad :
+         {QByteArray(), text.left(15), text + '0', "g" + text.mid(1), text.left(8) + "xxxxxxxx",
+          "ffffffff" + text.mid(8), text.left(8) + "ffffffff"})
+        EXPECT_FALSE(read.read(bad, 3)) << bad.toStdString();
+    EXPECT_FALSE(read.read(text, -1));
+    EXPECT_EQ(read, joined) << "as it was";
+}
+
+TEST(FileList, TakesNamesAsTheyStandAndRefusesWhatIsNoList) {
+    const TestSupport::ScratchDirectory scratch;
+    scratch.write("list.txt", "\xEF\xBB\xBF"
+                              "a b.csv\r\n\n\"q\".csv\na b.csv\nlast");
+    FileList list("list.txt");
+    EXPECT_EQ(list.digest().count(), 4);
+    EXPECT_EQ(list.duplicates(), 1);
+    EXPECT_EQ(list.duplicate(), "a b.csv");
+    QStringList paths;
+    for (ListedFile file; list.next(file);)
+        paths << file.path;
+    EXPECT_EQ(paths, (QStringList{"a b.csv", "\"q\".csv", "a b.csv", "last"}));
+    const std::pair<QByteArray, const char*> bad[] = {
+        {"", "names no file; it takes one name a line"},
+        {"\n\r\n", "names no file"},
+        {"a\n" + QByteArray(70'000, 'x'), "line 2 is longer than 64 kB"},
+        {QByteArray("a\0b", 3), "line 1 has bytes 0: save the list as UTF-8"}};
+    for (const auto& [content, reason] : bad) {
+        scratch.write("list.txt", content);
+        EXPECT_THAT(TestSupport::textOf(TestSupport::errorOf([] { FileList("list.txt"); })),
+                    testing::HasSubstr(reason));
+    }
+}
+
 }  // namespace
