@@ -1,5 +1,6 @@
 // Recordings that are cut, and sections whose flange back is seen or not.
 
+#include <kvmeasure/wheels/post.h>
 #include <kvmeasure/wheels/recording.h>
 #include <kvmeasure/wheels/values.h>
 #include <simulator/train_pass.h>
@@ -79,6 +80,42 @@ TEST(WheelSections, ShowTheBackWhateverTheDistanceOfThePoints) {
             EXPECT_EQ(wheel.back, from < 0.03 ? FlangeBack::Seen : FlangeBack::Assumed);
             EXPECT_EQ(wheel.notes.join(' ').contains("flange back is not seen"), from >= 0.03);
         }
+    }
+}
+
+TEST(PostSettings, AreTakenAsWrittenAndDamageIsNamed) {
+    const TestSupport::ScratchDirectory scratch;
+    const QByteArray one = "[SENSOR1]\nSN=100\n", two = one + "[SENSOR2]\nSN=200\n",
+                     three = two + "[SENSOR3]\nSN=300\n";
+    for (const QByteArray& odd :
+         {QByteArray("; a \"remark\n"), QByteArray("# a remark\n"), QByteArray("a = \"x;y\" ; remark\n"),
+          QByteArray("b = one \\\n two\n"), QByteArray("\xEF\xBB\xBF; marked\n"), QByteArray("c = \\"),
+          QByteArray("minProfsInWheel = 7 \r\n\r\n")}) {
+        const PostSettings settings(scratch.write("s.ini", odd.endsWith('\\') ? one + odd : odd + one));
+        EXPECT_EQ(settings.indexOf(100), 1) << odd.toStdString();
+        EXPECT_EQ(settings.indexOf(999), 0) << odd.toStdString();
+    }
+    const std::pair<QByteArray, const char*> bad[] = {
+        {"", "SENSOR1/SN is missing; no scanner is configured"},
+        {"a = \"open\n" + one, "line 1: \"a = \"open\" has a quotation mark too few or too many"},
+        {one + "# remark \\\nb=1\n", "line 3: \"# remark \\\" takes the next line with it"},
+        {one + "\n  no sign\n", "line 4: \"no sign\" has no \"=\""},
+        {"minProfsInWheel=0\n" + one, "minProfsInWheel is 0; expected a whole number from 1 on"},
+        {"minProfsInWheel=1.5\n" + one, "minProfsInWheel is 1.5; expected a whole number"},
+        {"minProfsInWheel=1e12\n" + one, "expected a whole number"},
+        {"maxDeviation=-1\n" + one, "maxDeviation is -1; expected a number from 0 on"},
+        {"maxDeviation=1e300\n" + one, "expected a number from 0 on"},
+        {"maxDeviation=x, y\n" + one, "maxDeviation is \"x, y\"; expected a number"},
+        {one + "[SENSOR2]\nwndSize=3\n", "SENSOR2/SN is missing, 0 or no number"},
+        {one + "wndSize=0\n", "SENSOR1/wndSize is 0; expected a whole number from 1 on"},
+        {three, "SENSOR3/rule has 0 numbers; expected nine"},
+        {three + "rule=1,2,3,4,5,6,7,8,x\n", "SENSOR3/rule: \"x\" is no number"},
+        {QByteArray(5'000'000, ';'), "settings have at most 4194304"},
+    };
+    for (const auto& [content, reason] : bad) {
+        scratch.write("s.ini", content);
+        EXPECT_THAT(TestSupport::textOf(TestSupport::errorOf([] { PostSettings("s.ini"); })),
+                    testing::HasSubstr(reason));
     }
 }
 
