@@ -159,6 +159,28 @@ TEST_F(Commands, PlansAreToldCheckedAndJudgedInWords) {
     EXPECT_THAT(read("seen-hollow.svg"), HasSubstr("NOT FOUND"));
 }
 
+TEST_F(Commands, InfoSaysWhatWasTakenOfATextAndWhatWasNot) {
+    write("tabs.csv", "x\tz\n1\t2\n2\t3\n");
+    write("mixed.csv", "x;z\n1.5;2,5\n2.5;3,5\n");
+    QByteArray parted;
+    for (int i = 1; i <= 10; ++i)
+        parted += "part " + QByteArray::number(i) + "\n" + QByteArray::number(i) + ",1\n";
+    write("parted.csv", parted);
+    write("foot.csv", "a title\nn,x,z\n1,1,2\n\nfoot\n");
+    expect({
+        {"info tabs.csv",
+         0,
+         {"separated by tabs, decimal marks: none", "column 1 \"x\" in mm", "no points in line 1 (heading)"}},
+        {"info mixed.csv", 0, {"separated by semicolons, decimal marks: points and commas"}},
+        {"info parted.csv",
+         0,
+         {"CSV, 10 profiles", "line 15 (text between the rows), ...", "x counts 0, 1, 2, ..."}},
+        {"info foot.csv",
+         0,
+         {"column 3 \"z\" in mm", "line 1 (title), line 2 (heading), line 5 (text below the rows)"}},
+    });
+}
+
 TEST_F(Commands, CalibrationNeedsWhatFilesDoNotHold) {
     ASSERT_EQ(call("calibrate simulate flat.raw").code, 0);
     const std::string truth = read("flat.raw.truth.json");
