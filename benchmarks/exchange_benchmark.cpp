@@ -199,6 +199,8 @@ BENCHMARK_TEMPLATE(BM_Scan, ScanForm::Xyz)->Name("BM_Xyz")->Apply(scanSizes);
 BENCHMARK(BM_XyzPlain)->Apply(scanSizes);
 BENCHMARK_TEMPLATE(BM_Scan, ScanForm::Ply)->Name("BM_Ply")->Apply(scanSizes);
 BENCHMARK_TEMPLATE(BM_ScanBytes, ScanForm::Ply)->Name("BM_PlyBytes")->Apply(scanSizes);
+BENCHMARK_TEMPLATE(BM_Scan, ScanForm::PlyText)->Name("BM_PlyText")->Apply(scanSizes);
+BENCHMARK_TEMPLATE(BM_Scan, ScanForm::Grid)->Name("BM_Grid")->Apply(scanSizes);
 BENCHMARK_TEMPLATE(BM_Scan, ScanForm::Stack)->Name("BM_Stack")->Apply(scanSizes);
 BENCHMARK_TEMPLATE(BM_ScanBytes, ScanForm::Stack)->Name("BM_StackBytes")->Apply(scanSizes);
 BENCHMARK_TEMPLATE(BM_Report, MatchReport::Text, false)->Name("BM_ReportText")->Apply(reportSizes);
