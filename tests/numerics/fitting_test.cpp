@@ -54,6 +54,13 @@ TEST(ParabolaFitting, MeetsTheCertifiedPontiusCoefficients) {
     EXPECT_TRUE(std::isnan(c[0]));
 }
 
+TEST(ParabolaFitting, GivesBackAParabola) {
+    const double x[] = {-1, 0, 1, 2, 4}, y[] = {10, 5, 4, 7, 25};
+    double c[3];
+    ASSERT_TRUE(parabolaFitting(x, y, 5, c));
+    EXPECT_THAT(c, testing::Pointwise(testing::DoubleNear(1e-12), {2.0, -3.0, 5.0}));
+}
+
 TEST(PlaneFitting, TakesTheRightVectorOfTheLeastValue) {
     TestSupport::Draws draws(10);
     for (int round = 0; round < 100; ++round) {

@@ -24,6 +24,7 @@ TEST(SmallMatrix, FollowsTheFormulasAndMayWriteOverAnInput) {
     } cases[] = {
         {{1, -1, 2, 0, 3, 5}, [&](double* p) { mul33with32(a, p, p); }, {14, 14, 32, 26, 53, 43}},
         {{2, -1, 3}, [&](double* p) { mul32with21(b, p, p); }, {3, 4, 1}},
+        {{2, -1, 3}, [&](double* p) { mul32with21(a, p, p); }, {0, 2, 4}},
         {{2, -1}, [&](double* p) { mul22with21(a, p, p); }, {0, 2}},
         {V(a, a + 9), [&](double* p) { mul33with33(p, p, p); }, {30, 36, 45, 66, 81, 102, 109, 134, 169}},
         {{2, -1, 3}, [&](double* p) { vectorA2B(a, p, p); }, {9, 21, 36}},
