@@ -199,6 +199,9 @@ double OrderNoise::quantileOfExtreme(double share, bool isGreatest, const Bins& 
 double OrderNoise::extreme(bool isGreatest) const {
     if (isUnknown())
         return noise_.deviation == 0 ? 0 : kNone;
+    constexpr double kMostDeviations = 1e12;  // beyond, doubles do not tell parts of a deviation
+    if (range_ > kMostDeviations)
+        return noise_.deviation;  // of one point: hardly another is as near
     constexpr double kUpper = 0.8413447460685429;
     const Bins bins = extremeBins(isGreatest);
     return (quantileOfExtreme(kUpper, isGreatest, bins) - quantileOfExtreme(1 - kUpper, isGreatest, bins)) /

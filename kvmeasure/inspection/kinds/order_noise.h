@@ -23,7 +23,8 @@ public:
 
     /// Of the greatest height, or the least: half of the distance between the 84 % and the 16 % quantile of
     /// its distribution, the product of those of all points. Correlated points count as fewer, by the
-    /// correlation time. 0 without noise.
+    /// correlation time. 0 without noise; the noise of one point where the heights lie farther apart than
+    /// 1e12 times it.
     double extreme(bool isGreatest = true) const;
     /// Of a percentile, 0 < percent < 100, else NaN: by Bahadur, the sum of p (1 - p) over the square of the
     /// density there, p being the share of each point's noise below it.
