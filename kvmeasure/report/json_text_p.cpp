@@ -60,7 +60,7 @@ void JsonText::end(char bracket) {
 }
 
 void JsonText::add(double value) {
-    constexpr double kLeast = 1e-4, kWhole = 1e15;  // between them the shortest digits have no exponent
+    constexpr double kLeast = 1e-3, kWhole = 1e15;  // between them Qt 5 and 6 write no exponent
     if (!std::isfinite(value)) {
         addNull();
         return;

@@ -163,7 +163,7 @@ TEST(Reports, WriteJsonAsQtDoes) {
                             -0.0,
                             1e-4,
                             std::nextafter(1e-4, 0),
-                            99999.5,
+                            5e-4,
                             1e15,
                             -1e15,
                             std::nextafter(1e15, 0),
