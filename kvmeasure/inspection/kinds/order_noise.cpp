@@ -122,7 +122,8 @@ bool OrderNoise::isUnknown() const {
 /// at the heights themselves, less or more by `reach`.
 OrderNoise::Bins OrderNoise::between(double low, double high) const {
     const double width = high - low;
-    const int count = std::clamp(static_cast<int>(width / kFinest) + 1, 1, kMostBins);
+    const double finest = width / kFinest;  // beyond all whole numbers where heights lie that far apart
+    const int count = finest < kMostBins ? std::max(static_cast<int>(finest) + 1, 1) : kMostBins;
     Bins bins(std::size_t(count) + 2, Bin{0, 0});
     const auto binOf = [&](double height) {
         if (height < low)
