@@ -57,8 +57,8 @@ class Broker:
                 assert head[0] >> 1 & 3 == 1, "quality of service"
                 end = 2 + int.from_bytes(body[:2], "big")
                 assert body[2:end] == b"line/3", "topic"
+                self.messages.append(body[end + 2:].decode())  # before its sender may go on
                 client.sendall(b"\x40\x02" + body[end:end + 2])
-                self.messages.append(body[end + 2:].decode())
                 limit = None if limit is None else limit - 1
             elif head[0] >> 4 == 14:  # DISCONNECT
                 return
