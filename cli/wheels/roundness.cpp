@@ -140,7 +140,7 @@ std::vector<Vector> readProfiles(const QString& path, const Arguments& arguments
         const double own = loaded.hasZ() ? static_cast<double>(loaded.z) : std::nan("");
         const double distance = std::isfinite(step) ? index * step : own;
         const double height = outward * meanHeight(loaded.profile, range);
-        if (!std::isfinite(distance) && index > 0)
+        if (!std::isfinite(distance) && index > 0)  // one profile alone is refused below, for what it is
             throw Error(path + ": the profiles have no distance; give it by --step").inFile(path);
         points.push_back({distance / radius * kDegreesPerRadian, height});
         sum += std::isfinite(height) ? height : 0;

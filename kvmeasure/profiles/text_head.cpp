@@ -126,11 +126,12 @@ private:
 
 void HeadFinder::findRows() {
     QMap<int, int> widths;
-    std::vector<Parted> partedLines;
-    partedLines.reserve(lines_.size());
+    std::vector<Parted> rows;  // without their fields, which take many times the room of a line
+    rows.reserve(lines_.size());
     for (const NumberedLine& line : lines_) {
-        const Parted& parted = partedLines.emplace_back(line.text, head_.separator);
-        if (isContent(line.text) && parted.isRow())
+        Parted& parted = rows.emplace_back(isContent(line.text) ? line.text : QByteArray(), head_.separator);
+        parted.fields = Fields();
+        if (parted.isRow())
             ++widths[parted.width];
     }
     for (auto it = widths.begin(); it != widths.end(); ++it) {
@@ -139,19 +140,18 @@ void HeadFinder::findRows() {
     }
     head_.firstRow = static_cast<int>(lines_.size());
     bool wasRow = false;
-    int rows = 0, neighbours = 0;
+    int count = 0, neighbours = 0;
     head_.isNumeric.assign(std::size_t(head_.width), true);
     std::vector<bool> hasNumber(std::size_t(head_.width), false);
     for (std::size_t i = 0; i < lines_.size(); ++i) {
-        const Parted& parted = partedLines[i];
-        const bool isRow = isContent(lines_[i].text) &&
-                           (parted.isPlainRow() || (parted.isRow() && parted.width == head_.width));
+        const Parted& parted = rows[i];
+        const bool isRow = parted.isPlainRow() || (parted.isRow() && parted.width == head_.width);
         neighbours += isRow && wasRow ? 1 : 0;
         wasRow = isRow;
         if (!isRow)
             continue;
         head_.firstRow = std::min(head_.firstRow, static_cast<int>(i));
-        ++rows;
+        ++count;
         for (std::size_t k = 0; k < parted.cells.size() && k < hasNumber.size(); ++k) {
             hasNumber[k] = hasNumber[k] || parted.cells[k] == Cell::Number;
             head_.isNumeric[k] = head_.isNumeric[k] && parted.cells[k] != Cell::Text;
@@ -159,7 +159,7 @@ void HeadFinder::findRows() {
     }
     for (std::size_t k = 0; k < hasNumber.size(); ++k)
         head_.isNumeric[k] = head_.isNumeric[k] && hasNumber[k];
-    head_.isDoubleSpaced = rows > 2 && neighbours == 0;
+    head_.isDoubleSpaced = count > 2 && neighbours == 0;
 }
 
 /// As many names as columns, parted as the rows or otherwise.

@@ -26,7 +26,7 @@ using Fields = std::vector<TextField>;
 KVMEASURE_EXPORT void splitFields(const QByteArray& line, char separator, Fields& fields);
 
 /// What a field holds: a number, an unset value, or anything else.
-enum class Cell { Number, Nothing, Text };
+enum class Cell : unsigned char { Number, Nothing, Text };
 
 /// Decimal marks that occurred.
 struct DecimalMarks {

@@ -23,7 +23,6 @@ public:
     }
     void add(const char* name, double value) { object_[QLatin1String(name)] = jsonNumber(value); }
     void add(const char* name, const Vector& value) { object_[QLatin1String(name)] = jsonPoint(value); }
-    void addNull(const char* name) { object_[QLatin1String(name)] = QJsonValue(); }
     const QJsonObject& object() const { return object_; }
 
 private:

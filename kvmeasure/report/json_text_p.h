@@ -32,15 +32,10 @@ public:
     void add(bool value);
     void add(const QString& value);
     void add(const Vector& point);  ///< [x, y]
-    void addNull();
     template <class Any>
     void add(const char* name, const Any& value) {
         key(name);
         add(value);
-    }
-    void addNull(const char* name) {
-        key(name);
-        addNull();
     }
 
     /// What was written, without an end of line.
@@ -51,6 +46,7 @@ private:
     void end(char bracket);
     void beginElement();
     void endLine();
+    void addNull();
 
     std::string text_;
     std::size_t depth_ = 0;

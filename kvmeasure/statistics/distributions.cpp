@@ -71,7 +71,9 @@ double solve(const std::function<double(double)>& share, double value, double fr
 
 bool isShare(double share) { return share > 0 && share < 1; }
 
-bool isRanged(int count) { return count >= 2 && count <= 1000; }
+constexpr int kMostOfRange = 1000;
+
+bool isRanged(int count) { return count >= 2 && count <= kMostOfRange; }
 
 /// Of the range of so many normal values, by sums over equal steps of the share P(x) below x.
 class SharesOfRange {

@@ -29,7 +29,7 @@ struct RangeOfNormal {
 /// The range of `count` independent values of a normal distribution of deviation 1. NaN below two values and
 /// above 1000.
 KVMEASURE_EXPORT RangeOfNormal rangeOfNormal(int count);
-/// Its mean alone, in a hundredth of the time.
+/// Its mean d2 alone, in a hundredth of the time; NaN likewise.
 KVMEASURE_EXPORT double meanRangeOfNormal(int count);
 
 }  // namespace KvMeasure
