@@ -105,6 +105,44 @@ TEST(CloudSample, KeepsABoundedPartFromAllOverTheScan) {
     EXPECT_FALSE(page.addCloud("empty", CloudSample()));
 }
 
+// Places are those along the scan where these ascend, else numbers of profiles.
+TEST(MatchPage, SaysWhatIsMissingAndAlongWhatItPlots) {
+    InspectionPlan plan = planOf("few");
+    plan.lines = KvMath::TSTemplate(1);
+    const struct {
+        std::vector<double> z;
+        const char* along;
+        QJsonArray places;
+    } cases[] = {{{1, 2.5, 4, 5}, "z, mm", {1, 2.5, 4, 5}},
+                 {{1, 1, 2, 3}, "profile", {1, 2, 3, 4}},
+                 {{NAN, 1, 2, 3}, "profile", {1, 2, 3, 4}},
+                 {{1, 2}, "z, mm", {1, 2}}};
+    for (const auto& each : cases) {
+        MatchPage page(plan, MatchReport::JsonValues);
+        for (const double z : each.z) {
+            MatchedProfile profile = profileOf(plan, "p", z == each.z.front() ? 5 : 6);
+            profile.z = z;
+            profile.found = z == each.z.back() ? 0 : 1;
+            profile.best.values[0].u = 0.01 * z;
+            profile.best.values[0].isValid = profile.found > 0;
+            page.add(profile, [] { return QByteArray("<svg/>"); });
+        }
+        const QByteArray html = page.html();
+        EXPECT_EQ(dataOf(html, "plots")["along"].toString(), each.along);
+        EXPECT_EQ(dataOf(html, "plots")["places"].toArray(), each.places);
+        const bool isFirst = &each == cases;
+        EXPECT_TRUE(html.contains("; the template is not in 1<"));
+        EXPECT_EQ(html.contains("1 more pictures of profiles that are not good"), std::isnan(each.z[0]));
+        EXPECT_FALSE(html.contains(">0 more pictures"));
+        EXPECT_EQ(html.contains("<td class=\"number\">0.0800</td>"), isFirst) << "the greatest U";
+    }
+    MatchPage one(plan, MatchReport::JsonValues);
+    one.add(profileOf(plan, "p", 5), [] { return QByteArray("<svg/>"); });
+    const QByteArray html = one.html();
+    EXPECT_EQ(html.count("<figure>"), 1) << "the picture of a good profile";
+    EXPECT_FALSE(html.contains("id=\"plots\"") || html.contains("that are not good"));
+}
+
 // Of more profiles than the table has rows, and of a first one without values.
 TEST(MatchPage, ShowsProfilesThatAreNotGoodFirst) {
     const InspectionPlan plan = planOf("many");

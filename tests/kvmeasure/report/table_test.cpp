@@ -1,6 +1,9 @@
-// Tables, spans and JSON of values, with what is missing in them.
+// Tables, curves, clouds, spans and JSON of values, with what is missing in them.
 
 #include <kvmeasure/inspection/expression.h>
+#include <kvmeasure/report/calibration_facts.h>
+#include <kvmeasure/report/error_map_report.h>
+#include <kvmeasure/report/html_page.h>
 #include <kvmeasure/report/json.h>
 #include <kvmeasure/report/match_report.h>
 #include <kvmeasure/report/table.h>
@@ -41,6 +44,55 @@ TEST(Tables, AlignNumbersRightAndKeepTheirColumnsAcrossPieces) {
     EXPECT_EQ(text.text(), "what\n1\nx\n");
 }
 
+// A curve has at most 60 points, from left to right and from the bottom to the top of its place. Stray points
+// take no colours of a cloud.
+TEST(HtmlPage, DrawsCurvesAndCloudsToScale) {
+    const auto curveOf = [](const std::vector<double>& values) {
+        HtmlPage page("");
+        page.addTable("", {"a"}, {{"1"}}, {values});
+        const QByteArray html = page.html(), start = "<path d=\"";
+        const auto from = html.indexOf(start) + start.size();
+        return html.contains(start) ? html.mid(from, html.indexOf('"', from) - from) : QByteArray("none");
+    };
+    EXPECT_EQ(curveOf({1, kNaN, 2, 4}), "M2.0 20.0L45.0 14.0L88.0 2.0");
+    EXPECT_EQ(curveOf({3, 3}), "M2.0 20.0L88.0 20.0");
+    EXPECT_EQ(curveOf({3, kNaN}), "none");
+    for (const auto& [count, drawn] : {std::pair(60U, 60), {61U, 31}, {600U, 60}, {601U, 55}})
+        EXPECT_EQ(curveOf(std::vector<double>(count, 1)).count(' '), drawn) << count;
+
+    CloudSample sample;
+    for (int i = 0; i < 1000; ++i)
+        sample.add(float(i % 5), i < 5 ? 100 : i < 10 ? -60 : float(i % 21), float(i) / 100);
+    HtmlPage page("");
+    if (!page.addCloud("part", sample))
+        GTEST_SKIP() << "no library for clouds is installed";
+    const QByteArray html = page.html(), start = "<script type=\"application/json\">";
+    const auto from = html.indexOf(start) + start.size();
+    const QJsonObject data =
+        QJsonDocument::fromJson(html.mid(from, html.indexOf("</script>", from) - from)).object();
+    EXPECT_NEAR(data["size"].toArray()[0].toDouble(), 4, 1e-6);
+    EXPECT_NEAR(data["size"].toArray()[1].toDouble(), 160, 1e-6);
+    EXPECT_NEAR(data["size"].toArray()[2].toDouble(), 9.99, 1e-6);
+    EXPECT_NEAR(data["colourFrom"].toDouble(), 60.0 / 160, 1e-6) << "five of 1000 lie below";
+    EXPECT_NEAR(data["colourTo"].toDouble(), 80.0 / 160, 1e-6) << "and five above";
+    EXPECT_EQ(data["colours"].toArray().size(), 64);
+    EXPECT_NE(data["colours"].toArray().first(), data["colours"].toArray().last());
+    const QByteArray bytes = QByteArray::fromBase64(data["points"].toString().toLatin1());
+    ASSERT_EQ(bytes.size(), 6 * 1000);
+    const auto part = [&bytes](int i) {
+        return (static_cast<unsigned char>(bytes[2 * i]) +
+                256 * static_cast<unsigned char>(bytes[2 * i + 1])) /
+               65535.0;
+    };
+    EXPECT_NEAR(part(3 * 999), 1, 1e-5);
+    EXPECT_NEAR(part(3 * 999 + 1), (60 + 999 % 21) / 160.0, 1e-5);
+    EXPECT_NEAR(part(3 * 500 + 2), 500.0 / 999, 1e-5);
+    EXPECT_THAT(html.toStdString(),
+                testing::HasSubstr(
+                    "part: 1000 points; x 0.0000 to 4.0000 mm, scan 0.0000 to 9.9900 mm, height -60.0000 "
+                    "to 100.0000 mm; colours from dark, 0.0000 mm, to bright, 20.0000 mm"));
+}
+
 TEST(Spans, OfNothingAreEmpty) {
     Span span;
     EXPECT_EQ(span.text(), "-");
@@ -54,6 +106,42 @@ TEST(Spans, OfNothingAreEmpty) {
     EXPECT_EQ(span.json(), QJsonValue(QJsonArray{-1, 2}));
     span.add(kInfinity);
     EXPECT_EQ(span.json(), QJsonValue(QJsonArray{-1, QJsonValue()})) << "JSON has no infinity";
+}
+
+/// Cells and positions at the edges of the sensor count, those beyond it do not.
+TEST(CalibrationReports, ReachFromEdgeToEdge) {
+    RawRecord record;
+    record.positions.assign(std::size_t(KvMath::kSensorColumns) * KvMath::kCalibrationSteps, 0);
+    record.parameters.assign(KvMath::kCalibrationSteps, 5);
+    record.positions[3] = 32;
+    record.positions[record.positions.size() - 1] = KvMath::kSensorPositions - 1;
+    record.positions[1000] = KvMath::kSensorPositions;
+    const QJsonObject raw = factsOf(record).json;
+    EXPECT_EQ(raw["found"], 2);
+    EXPECT_EQ(raw["beyond"], 1);
+    EXPECT_EQ(raw["columns"].toArray(), (QJsonArray{0, 647}));
+    EXPECT_EQ(raw["steps"].toArray(), (QJsonArray{3, 999}));
+    EXPECT_EQ(raw["rows"].toArray(), (QJsonArray{1, 15615 / 32.0}));
+    EXPECT_TRUE(raw["z"].isNull());
+
+    PixelTable table(CalibrationForm::CompactTable);
+    table.cells(Half::Z)[0] = 16384;
+    table.cells(Half::Z)[KvMath::kSensorRows * PixelTable::kColumns - 1] = 4096;
+    const QJsonObject facts = factsOf(table, 100, 50, false).json;
+    EXPECT_EQ(facts["filledZ"], 2);
+    EXPECT_EQ(facts["columnsZ"].toArray(), (QJsonArray{0, 647}));
+    EXPECT_EQ(facts["rowsZ"].toArray(), (QJsonArray{0, 487}));
+    EXPECT_EQ(facts["valuesZ"].toArray(), (QJsonArray{25, 100}));
+    EXPECT_TRUE(facts["columnsX"].isNull());
+
+    ErrorMap map;
+    for (int i = 0; i < 8; ++i)
+        map.regions[std::size_t(i)] = {i + 1, 0.001 * i, 0.25, 0.5, -1, 7, 8.5};
+    const QList<QStringList> rows = errorMapRows(map);
+    ASSERT_EQ(rows.size(), 10);
+    EXPECT_EQ(rows[0].join(' '), "all 0 - - - - - -");
+    EXPECT_EQ(rows[8].join(' '), "lower middle 8 7.00 250.00 500.00 -1000.00 7 8.5");
+    EXPECT_EQ(rows[9].join(' '), "lower right 0 - - - - - -");
 }
 
 TEST(JsonOfValues, HasNullForWhatIsMissing) {

@@ -144,9 +144,23 @@ TEST(Circumference, WhatCannotBeKnownHasItsReason) {
     EXPECT_TRUE(std::isnan(torn.flats[1].depth) && std::isfinite(torn.flats[0].depth));
     CircumferenceOptions many;
     many.orders = 40;
-    EXPECT_TRUE(evaluateCircumference(gap, many).notes.join(' ').contains("above order 30"));
-    many.cutoff = 0;
-    EXPECT_THROW(evaluateCircumference(whole, many), Error);
+    EXPECT_EQ(evaluateCircumference(gap, many).notes.join(' ').toStdString(),
+              "harmonics above order 30 are not known: the points have a gap of 6.00 degrees");
+    const struct {
+        double cutoff, leastDepth;
+        int orders;
+        bool isTaken;
+    } options[] = {{0, 0.2, 20, false}, {10, 0, 20, false},   {10, 0.2, 0, false},  {10, 0.2, 501, false},
+                   {0.9, 0.2, 1, true}, {10, 0.9, 500, true}, {NAN, 0.2, 1, false}, {10, NAN, 1, false}};
+    for (const auto& [cutoff, leastDepth, orders, isTaken] : options) {
+        many.cutoff = cutoff;
+        many.leastDepth = leastDepth;
+        many.orders = orders;
+        if (isTaken)
+            EXPECT_EQ(evaluateCircumference(half, many).reason, "") << cutoff << ' ' << leastDepth;
+        else
+            EXPECT_THROW(evaluateCircumference(half, many), Error) << cutoff << ' ' << leastDepth;
+    }
 }
 
 }  // namespace

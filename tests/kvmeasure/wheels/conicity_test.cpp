@@ -236,6 +236,10 @@ TEST(ConicityCurve, NamesWhatIsDegenerate) {
         EXPECT_THAT(at.reason.toStdString(), HasSubstr(each.reason));
         EXPECT_EQ(at.isValid(), !std::isnan(each.tanGamma));
         EXPECT_EQ(std::isnan(at.wavelength), !at.reason.isEmpty());
+        if (each.tanGamma == 0) {
+            EXPECT_EQ(at.tanGamma, 0);
+            EXPECT_EQ(at.regression, 0);
+        }
         if (at.isValid()) {
             EXPECT_NEAR(at.tanGamma, each.tanGamma, 0.02);
         }

@@ -131,6 +131,18 @@ RailSection railOf(const Points& points) {
     return railSection(profile);
 }
 
+TEST(EvenPoints, LieAtEqualStepsOrAreNone) {
+    const Points line{{-50, 7}, {0, 0}, {3, 4}, {3, 9}, {90, 9}};
+    const Points even = evenPoints(line, 1, 3, 2.5, 5);
+    ASSERT_EQ(even.size(), 5U) << "ten millimetres round a corner";
+    const Points expected{{0, 0}, {1.5, 2}, {3, 4}, {3, 6.5}, {3, 9}};
+    for (std::size_t i = 0; i < even.size(); ++i)
+        EXPECT_LT(length(even[i], expected[i]), 1e-12) << i;
+    EXPECT_TRUE(evenPoints(line, 1, 3, 2.5, 4).empty()) << "there would be more";
+    for (const auto& [from, to] : {std::pair<std::size_t, std::size_t>{1, 1}, {3, 1}, {1, 5}, {1, 99}})
+        EXPECT_TRUE(evenPoints(line, from, to, 2.5, 100).empty()) << from << " to " << to;
+}
+
 TEST(RailValues, HaveTheReasonOfWhatIsMissing) {
     const auto round = [](double x) { return -x * x / 600; };
     const Points whole = head(round);

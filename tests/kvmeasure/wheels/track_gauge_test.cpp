@@ -69,11 +69,14 @@ TEST(TrackGauge, IsTheLeastDistanceOfTheFacesHoweverTheFrameStands) {
             addUncertainty(left, right, {}, found);
             EXPECT_TRUE(found.gauge.uncertainty.isKnown() || !found.gauge.uncertainty.reason.isEmpty());
         }
-        TrackGaugeOptions shallow;
-        shallow.depth = 5;
-        const double corner = 13 - std::sqrt(13 * 13 - 8 * 8);
-        EXPECT_NEAR(trackGauge(left, railOf(moved(headAt(kMiddle, -1, 1.5), turn)), shallow).gauge.value,
-                    kGauge + 2 * corner, 0.02);
+        for (const double depth : {0.5, 5.0}) {
+            TrackGaugeOptions shallow;
+            shallow.depth = depth;
+            const double corner = 13 - std::sqrt(13 * 13 - (13 - depth) * (13 - depth));
+            EXPECT_NEAR(trackGauge(left, railOf(moved(headAt(kMiddle, -1, 1.5), turn)), shallow).gauge.value,
+                        kGauge + 2 * corner, 0.04)
+                << "the arc has a point every 3 degrees";
+        }
     }
     // In frames of their own, of whatever height.
     const RailSection own = railOf(headAt(0, -1, 0));
