@@ -3,13 +3,14 @@
 switch that the environment sets, so that a change costs a run of its tests and nothing else.
 
 usage: mutate_at_once.py FOLDER... [--files PATTERN] [--sample N] [--seed S] [--jobs N] [--minutes M] [--tests PATTERN...] [--log FILE]
-                         [--longest S] [--again] [--survivors]
+                         [--scripts PATTERN] [--longest S] [--again] [--survivors]
 
 FOLDER is kvmath/wheel, kvmeasure/profiles and so on; --files 'circle*' takes some of its sources, by name. Operators become calls of the same rank, numbers and conditions take
 one of two values. Where the compiler needs a constant, or takes no switch, the change is left to tools/mutate.py, and so
 are headers. A first run of each test program tells which switches it passes: a change is tried with those programs only,
 quick ones first, and is called "not run" where there is none. A change is killed when a program fails, crashes, takes
-three times its time, or five times its memory. Changes that make warnings count here.
+three times its time, or five times its memory. Changes that make warnings count here. --scripts 'cli/handed|package/guide|python/'
+takes tests of the suite that are no such programs, too: those whose names the expression finds.
 
 The build is that of preset release in build/release. Results are lines of the log as those of mutate.py; what stands there is
 not tried again. --again tries survivors anew, --survivors prints them.
@@ -25,6 +26,7 @@ import queue
 import random
 import re
 import resource
+import shlex
 import subprocess
 import sys
 import threading
@@ -152,6 +154,23 @@ class Source:
         return "\n".join(switched_lines), lines
 
 
+class Script:
+    """A test of the suite that is no program of googletest."""
+
+    def __init__(self, told):
+        known = {entry["name"]: entry["value"] for entry in told["properties"]}
+        self.target = told["name"]
+        self.command = told["command"]
+        self.folder = known["WORKING_DIRECTORY"]
+        self.environment = dict(entry.split("=", 1) for entry in known.get("ENVIRONMENT", []))
+        self.seconds = 600
+
+    @staticmethod
+    def named(pattern):
+        told = json.loads("".join(mutate.lines_of("ctest", "--show-only=json-v1")))["tests"]
+        return [Script(test) for test in told if pattern and re.search(pattern, test["name"]) and test.get("command")]
+
+
 class Folder:
     """The library with the switches of a folder in it, and the test programs that pass them."""
 
@@ -177,14 +196,17 @@ class Folder:
         present = {line.split(":")[0] for line in mutate.lines_of("ninja", "-t", "targets", "all")}
         programs = [program for program in map(mutate.Program, tests) if program.target in present]
         needed = ["kvmath"] if self.library == "kvmath" else ["kvmath", "kvmeasure", "kvmeasure_program"]
+        if self.options.scripts:
+            needed += ["python_module"] if "python_module" in present else []
         mutate.lines_of("ninja", f"-j{self.options.jobs}", *needed, *(program.target for program in programs))
-        return programs
+        return programs + Script.named(self.options.scripts)
 
     def compile(self, files):
         """Objects with switches; a switch that does not compile is left out, and the file compiled again."""
         with open(BUILD / "compile_commands.json", encoding="utf-8") as commands:
-            made = {entry["file"]: entry["command"].split() for entry in json.load(commands)}
+            made = {entry["file"]: shlex.split(entry["command"]) for entry in json.load(commands)}
         objects, todo, lock = {}, list(files), threading.Lock()
+        linked = set(mutate.Build.link_of(f"{self.library}/{self.library_file().name}"))
 
         def compile_all():
             while True:
@@ -193,8 +215,10 @@ class Folder:
                         return
                     file = todo.pop()
                 words = made.get(str(mutate.ROOT / file))
-                if words:
+                if words and words[words.index("-o") + 1] in linked:
                     objects[words[words.index("-o") + 1]] = self.compiled(file, words)
+                else:  # part of a module, or of no library
+                    self.left_out |= {n for n, mutant in self.mutants.items() if mutant.file == file}
         workers = [threading.Thread(target=compile_all) for _ in range(self.options.jobs)]
         for worker in workers:
             worker.start()
@@ -246,12 +270,17 @@ class Folder:
         subprocess.run(words, cwd=BUILD, check=True)
         return made
 
+    def library_file(self):
+        return next(path for path in (BUILD / self.library).glob("*.so.*") if not path.is_symlink() and path.name.count(".") == 4)
+
     def link(self, objects):
-        path = next(path for path in (BUILD / self.library).glob("*.so.*") if not path.is_symlink() and path.name.count(".") == 4)
-        words = [str(objects.get(word, word)) for word in mutate.Build.link_of(f"{self.library}/{path.name}")]
+        words = [str(objects.get(word, word)) for word in mutate.Build.link_of(f"{self.library}/{self.library_file().name}")]
         soname = next(word.split("=")[-1].split(",")[-1] for word in words if "-soname" in word)
         words[words.index("-o") + 1] = str(self.shop / soname)
         subprocess.run(words, cwd=BUILD, check=True)
+        modules = self.shop / f"{self.library}-2"  # which the library loads from beside it
+        if not modules.exists():
+            modules.symlink_to(BUILD / self.library / modules.name)
 
     def run(self, program, number, worker, **more):
         """Whether the program passes with this change."""
@@ -263,9 +292,12 @@ class Folder:
             resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
             resource.setrlimit(resource.RLIMIT_CPU, (program.cpu, program.cpu + 1))
             resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 30, 1 << 30))
-        return mutate.run([BUILD / program.path, "--gtest_fail_fast", "--gtest_brief=1"], program.seconds, cwd=folder, preexec_fn=limit,
-                          stdin=subprocess.DEVNULL,
-                          env={**os.environ, "LD_LIBRARY_PATH": str(self.shop), "KVMUT": str(number), **more}) == 0
+        if isinstance(program, Script):
+            command, folder, told = program.command, program.folder, program.environment
+        else:
+            command, told = [BUILD / program.path, "--gtest_fail_fast", "--gtest_brief=1"], {}
+        return mutate.run(command, program.seconds, cwd=folder, preexec_fn=limit, stdin=subprocess.DEVNULL,
+                          env={**os.environ, **told, "LD_LIBRARY_PATH": str(self.shop), "KVMUT": str(number), **more}) == 0
 
     def survey(self):
         """The programs that pass each switch, quick ones first."""
@@ -355,6 +387,7 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__.split("\n\n")[0])
     parser.add_argument("folders", nargs="+")
     parser.add_argument("--tests", nargs="*", default=[], help="patterns below tests/ (those of the folder)")
+    parser.add_argument("--scripts", default="", help="expression of the names of tests that are no programs")
     parser.add_argument("--files", default="*", help="pattern of the names of files")
     parser.add_argument("--sample", type=int, default=1000, help="changes of each folder")
     parser.add_argument("--seed", type=int, default=1)
