@@ -68,6 +68,41 @@ TEST(StepHeight, SaysWhatIsNotCovered) {
     }
 }
 
+TEST(StepHeight, TellsWhyThereIsNone) {
+    const std::vector<Vector> sides{{7, 1}, {8, 1}, {15, 1}, {16, 1}};
+    const auto with = [&sides](std::vector<Vector> more) {
+        more.insert(more.end(), sides.begin(), sides.end());
+        return more;
+    };
+    const struct {
+        std::vector<Vector> points;
+        StepType type;
+        const char* reason;
+    } cases[] = {
+        {sides, StepType::A1, "no point in the bottom"},
+        {with({{11, 0}, {12, 0}}), StepType::A2, "fewer than three points in the bottom"},
+        {with({{11.5, 0}, {11.5, 0}, {11.5, 1}}), StepType::A2,
+         "the points of the references or of the bottom have too few places"},
+        {{{7, 1}, {NAN, 1}, {15, 1}, {16, NAN}, {99, 0}},
+         StepType::A1,
+         "fewer than two points in the left reference"},
+        {{{8, 1}, {8, 1}, {16, 1}}, StepType::A1, "fewer than two points in the right reference"},
+    };
+    for (const auto& c : cases) {
+        const StepHeight step = stepHeight(c.points, 10, 13, c.type);
+        EXPECT_EQ(step.reason, c.reason);
+        EXPECT_TRUE(std::isnan(step.height));
+    }
+    for (const auto& [from, to] : {std::pair<double, double>(NAN, 13), {10, INFINITY}, {13, 13}})
+        EXPECT_EQ(stepHeight(sides, from, to).reason, "the edges are not in order");
+    // Three points on a line have no deviation; a bottom that is bent upwards is read at its lower end.
+    EXPECT_TRUE(std::isnan(stepHeight({{7, 1}, {11.5, 0}, {16, 1}, {16, NAN}, {8, NAN}}, 10, 13).deviation));
+    const StepHeight slope = stepHeight(with({{11, 0.4}, {11.5, 0.2}, {12, 0.01}}), 10, 13, StepType::A2);
+    EXPECT_NEAR(slope.height, 0.99, 1e-9);
+    const StepHeight other = stepHeight(with({{11, 0.01}, {11.5, 0.2}, {12, 0.4}}), 10, 13, StepType::A2);
+    EXPECT_NEAR(other.height, 0.99, 1e-9);
+}
+
 std::vector<Vector> sine(double amplitude, double wave, double pitch, double length, double slope = 0) {
     std::vector<Vector> points;
     for (int i = 0; i * pitch <= length; ++i)
@@ -214,6 +249,49 @@ TEST(Roughness, HasReasons) {
     wrong.shortCutoff = 1;
     EXPECT_THROW(roughness(sine(1, 0.1, 0.01, 8), wrong), Error);
     EXPECT_THROW(gaussianMeanLine(std::vector<Vector>(30000, {1, 1}), 1), Error) << "900 million products";
+}
+
+TEST(Roughness, NotesWhatDepartsFromTheNorms) {
+    RoughnessSettings settings;
+    settings.keepsEnds = true;
+    settings.shortCutoff = 0.0025;
+    const Roughness rough = roughness(sine(0.002, 0.1, 0.001, 2.4), settings);
+    ASSERT_EQ(rough.sections, 3);
+    EXPECT_NEAR(rough.from, 0, 1e-9);
+    EXPECT_NEAR(rough.values.rp, 0.002, 1e-4) << "waves of 0.1 mm pass a short cut-off of 0.0025 mm";
+    EXPECT_EQ(rough.notes[0], "3 sampling lengths; the norms take 5");
+    EXPECT_EQ(rough.notes[1], "half a cut-off at each end counts: the filter is one-sided there");
+    EXPECT_TRUE(rough.notes[2].contains("lambda s is below five pitches")) << rough.notes[2].toStdString();
+    settings.shortCutoff = 0.25;
+    EXPECT_LT(roughness(sine(0.002, 0.1, 0.001, 2.4), settings).values.rp, 4e-4)
+        << "these waves do not, but at the ends";
+    // Points in the first and last of three sampling lengths alone.
+    settings.shortCutoff = 0;
+    std::vector<Vector> parted = sine(0.002, 0.1, 0.001, 2.4);
+    parted.erase(parted.begin() + 801, parted.begin() + 1600);
+    EXPECT_EQ(roughness(parted, settings).reason, "a sampling length has fewer than two points");
+    settings.keepsEnds = false;
+    EXPECT_TRUE(roughness(sine(0.002, 0.1, 0.001, 1.5), settings)
+                    .reason.endsWith("half a cut-off left out at each end"));
+    for (const auto& [cutoff, shortCutoff] :
+         std::vector<std::pair<double, double>>{{0, 0}, {NAN, 0}, {0.8, -1}, {0.8, NAN}, {0.8, 0.8}}) {
+        settings.cutoff = cutoff;
+        settings.shortCutoff = shortCutoff;
+        EXPECT_THROW(roughness(sine(1, 0.1, 0.01, 8), settings), Error) << cutoff << ' ' << shortCutoff;
+    }
+}
+
+TEST(GaussianMeanLine, OfNothingAndOfALineIsThat) {
+    EXPECT_TRUE(gaussianMeanLine({}, 1).empty());
+    for (const double cutoff : {0.0, -1.0, double(NAN)})
+        EXPECT_THROW(gaussianMeanLine({{0, 0}}, cutoff), Error);
+    EXPECT_EQ(gaussianMeanLine({{0, 3}}, 1, true), std::vector<double>{3});
+    EXPECT_EQ(gaussianMeanLine({{0, 3}, {1, 3}, {5, 3}}, 2, true), (std::vector<double>(3, 3.0)));
+    // One stray point far above: the robust line leaves it out.
+    std::vector<Vector> points = sine(0.001, 0.1, 0.01, 8);
+    points[400].y += 50;
+    EXPECT_NEAR(gaussianMeanLine(points, 0.8, true)[400], 40, 2e-4);
+    EXPECT_GT(gaussianMeanLine(points, 0.8)[400], 40.5);
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <kvmeasure/statistics/anova.h>
 #include <kvmeasure/statistics/capability.h>
 #include <kvmeasure/statistics/control_chart.h>
+#include <kvmeasure/statistics/distributions.h>
 #include <kvmeasure/statistics/gauge_study.h>
 #include <kvmeasure/statistics/linearity.h>
 #include <kvmeasure/statistics/name_fields.h>
@@ -304,6 +305,30 @@ TEST(Linearity, HasReasons) {
     EXPECT_NEAR(biasOf(5, {5.001, 5.002, 5.006}).probability, 1 - t / std::sqrt(2 + t * t), 1e-9);
     EXPECT_TRUE(biasOf(5, {5.01, 5.012, 5.011}).isBiased());
     EXPECT_TRUE(std::isnan(biasOf(5, {5.01}).probability));
+}
+
+TEST(Distributions, HaveNoValueOutsideTheirRange) {
+    for (const double share : {0.0, 1.0, -0.5, std::nan("")}) {
+        EXPECT_TRUE(std::isnan(normalQuantile(share)));
+        EXPECT_TRUE(std::isnan(studentQuantile(share, 3)));
+        EXPECT_TRUE(std::isnan(chiSquareQuantile(share, 3)));
+    }
+    for (const double freedom : {0.0, -1.0, std::nan("")}) {
+        EXPECT_TRUE(std::isnan(studentQuantile(0.9, freedom)));
+        EXPECT_TRUE(std::isnan(chiSquareQuantile(0.9, freedom)));
+        EXPECT_TRUE(std::isnan(fShareAbove(2, freedom, 3)));
+        EXPECT_TRUE(std::isnan(fShareAbove(2, 3, freedom)));
+    }
+    EXPECT_TRUE(std::isnan(fShareAbove(std::nan(""), 2, 3)));
+    EXPECT_EQ(fShareAbove(-1, 2, 3), 1);
+    EXPECT_EQ(fShareAbove(INFINITY, 2, 3), 0);
+    EXPECT_EQ(studentQuantile(0.1, 4), -studentQuantile(0.9, 4));
+    // A Cauchy and a nearly empty distribution: far beyond any table.
+    EXPECT_NEAR(studentQuantile(1 - 1e-12, 1) * 3.14159265358979323846 * 1e-12, 1, 1e-3);
+    EXPECT_GT(studentQuantile(0.999, 0.002), 1e150);
+    EXPECT_LT(chiSquareQuantile(1e-300, 0.5), 1e-60);
+    for (const int count : {-1, 0, 1, 1001})
+        EXPECT_TRUE(std::isnan(meanRangeOfNormal(count)) && std::isnan(rangeOfNormal(count).mean)) << count;
 }
 
 }  // namespace
