@@ -2,12 +2,15 @@
 
 #include <kvmeasure/base/output_file.h>
 #include <kvmeasure/base/own_folder.h>
+#include <kvmeasure/base/scratch_folder.h>
 #include <tests/kvmeasure/calls.h>
 #include <tests/support/scratch_directory.h>
+#include <tests/support/write_limit.h>
 
 #include <QtCore/QDir>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -70,6 +73,70 @@ TEST_F(OutputFiles, ThatCannotBeWrittenAreNamed) {
         EXPECT_EQ(error.file(), path);
     }
     EXPECT_EQ(listed(), "pipe");
+}
+
+TEST_F(OutputFiles, OfAFullDiskLeaveTheOldOneAndSayWhy) {
+    write("old", "old");
+    QDir().mkdir("folder");
+    for (const int bytes : {100, 100'000}) {
+        const TestSupport::WriteLimit limit(50);
+        const Error error = errorOf([bytes] { writeOutputFile("old", QByteArray(bytes, 'x')); });
+        EXPECT_THAT(textOf(error), HasSubstr("old: cannot be written: File too large"));
+    }
+    EXPECT_EQ(read("old"), "old");
+    // What came to stand in its place meanwhile, and a folder that went.
+    OutputFile taken("taken"), gone("folder/gone"), held("old");
+    for (OutputFile* file : {&taken, &gone, &held})
+        file->write("new");
+    ASSERT_TRUE(QDir().mkdir("taken") && QDir().rmdir("folder"));
+    EXPECT_THAT(textOf(errorOf([&taken] { taken.commit(); })),
+                HasSubstr("taken: cannot be written: Is a directory"));
+    EXPECT_THAT(textOf(errorOf([&gone] { gone.commit(); })),
+                HasSubstr("folder/gone: cannot be written: No such file"));
+    const QString passing = QString(".kvmeasure-%1").arg(::getpid());
+    ASSERT_TRUE(QDir().mkdir(passing));
+    EXPECT_THAT(textOf(errorOf([&held] { held.commit(); })),
+                HasSubstr("old: cannot be written: File exists"));
+    ASSERT_TRUE(QDir().rmdir(passing));
+    EXPECT_EQ(listed(), "old");
+    EXPECT_EQ(read("old"), "old");
+}
+
+TEST_F(OutputFiles, OfScratchFoldersGoUnlessSomebodyHoldsThem) {
+    const QByteArray before = qgetenv("TMPDIR");
+    qputenv("TMPDIR", QFile::encodeName(QDir::currentPath()));
+    QDir().mkpath("kvmeasure-left/work/deep");
+    QDir().mkpath("kvmeasure-held");
+    QDir().mkpath("kept");
+    ASSERT_TRUE(QFile::link("kept", "kvmeasure-link"));
+    FolderLock holder;
+    holder.take("kvmeasure-held");
+    QString path;
+    {
+        const ScratchFolder folder, second;
+        path = folder.path();
+        EXPECT_TRUE(QDir(path).exists() && QDir(second.path()).exists() && path != second.path());
+        EXPECT_FALSE(QFileInfo::exists("kvmeasure-left")) << "nobody holds it";
+    }
+    EXPECT_FALSE(QFileInfo::exists(path));
+    EXPECT_TRUE(QFileInfo::exists("kvmeasure-held") && QFileInfo("kvmeasure-link").isSymLink());
+    write("file", "");
+    qputenv("TMPDIR", QFile::encodeName(QDir::current().filePath("file")));
+    EXPECT_THAT(
+        textOf(errorOf([] { const ScratchFolder folder; })),
+        HasSubstr("file: a directory for temporary files cannot be made in it; name another one in TMPDIR"));
+    before.isNull() ? qunsetenv("TMPDIR") : qputenv("TMPDIR", before);
+    // A list of own files that names what is none: nothing outside the folder is its own.
+    QDir().mkdir("f");
+    write("file", "mine");
+    write("f/.kvmeasure", "../file\n.\n..\n\na\n");
+    ASSERT_TRUE(QFile::link("../file", "f/a"));
+    EXPECT_THROW(OwnFiles("f").requireOwn({"../file"}), Error);
+    OwnFiles("f").removeAll();
+    EXPECT_EQ(read("file"), "mine");
+    EXPECT_FALSE(QFileInfo("f/a").isSymLink()) << "the link was its own, not what it names";
+    EXPECT_THAT(textOf(errorOf([] { FolderLock().take("file"); })),
+                HasSubstr("file: cannot be made or is no directory"));
 }
 
 TEST_F(OutputFiles, AreNoInputsAndNotEachOther) {

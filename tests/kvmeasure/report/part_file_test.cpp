@@ -8,6 +8,7 @@
 #include <tests/kvmeasure/calls.h>
 #include <tests/support/random_data.h>
 #include <tests/support/scratch_directory.h>
+#include <tests/support/write_limit.h>
 
 namespace {
 
@@ -166,6 +167,108 @@ TEST_F(Parts, WhatDoesNotGoTogetherIsRefused) {
     for (const auto& merge : merges)
         EXPECT_THAT(textOf(errorOf([&] { mergeParts(merge.parts, "out.csv"); })), HasSubstr(merge.reason));
     EXPECT_EQ(read("out.csv"), "none");
+}
+
+TEST_F(Parts, WhatAFullDiskOrAnotherHandLeavesIsNamed) {
+    FileList list(write("list.txt", names(0, 5)));
+    const auto errorFrom = [&list](const QString& path) {
+        return textOf(errorOf([&] { PartFile(path, head(), list); }));
+    };
+    {
+        const TestSupport::WriteLimit limit(8);
+        EXPECT_THAT(errorFrom("full.csv"), HasSubstr("full.csv.partial: cannot be written: File too large"));
+    }
+    PartFile part("late.csv", head(), list);
+    {
+        const TestSupport::WriteLimit limit(1000);
+        EXPECT_THAT(textOf(errorOf([&part] {
+                        for (int i = 0; i < 100; ++i) {
+                            part.add(QByteArray(99, 'x') + '\n', PartRow::Good);
+                            part.endFile();
+                        }
+                    })),
+                    HasSubstr("late.csv.partial: cannot be written: File too large"));
+        EXPECT_THAT(textOf(errorOf([&part] { part.add(QByteArray(99'999, 'x') + '\n', PartRow::Good); })),
+                    HasSubstr("cannot be written: File too large"));
+    }
+    QDir().mkpath("taken.csv.partial");
+    QDir().mkpath("folder.csv");
+    EXPECT_THAT(errorFrom("taken.csv"), HasSubstr("taken.csv.partial: is no partial result; move it away"));
+    EXPECT_THAT(errorFrom("folder.csv"),
+                HasSubstr("folder.csv: cannot be written: it is not a regular file"));
+    // Killed between the last two steps: the partial result is still there.
+    make("whole.csv", names(0, 5));
+    const QByteArray whole = read("whole.csv");
+    FileList again("list.txt");
+    { PartFile begun("other.csv", head(), again); }
+    ASSERT_TRUE(QFile::rename("other.csv.partial", "whole.csv.partial"));
+    EXPECT_TRUE(PartFile("whole.csv", head(), again).isComplete());
+    EXPECT_EQ(read("whole.csv.partial"), "none");
+    write("whole.csv.partial", "mine");
+    PartFile complete("whole.csv", head(), again);
+    complete.commit();
+    EXPECT_EQ(read("whole.csv.partial"), "mine") << "what is no partial result stays";
+    EXPECT_EQ(read("whole.csv"), whole);
+}
+
+TEST_F(Parts, ASummaryThatWasChangedIsNoSummary) {
+    make("a.csv", names(0, 5));
+    const QByteArray whole = read("a.csv");
+    const std::pair<QByteArray, QByteArray> changes[] = {
+        {"\"files\":5", "\"files\":-5"},     {"\"rows\":6", "\"rows\":6.5"},
+        {"\"missed\":1", "\"missed\":1e20"}, {"\"failed\":2", "\"failed\":\"\""},
+        {"\"list\":\"", "\"list\":\"x"},     {"# part {", "# part ["},
+        {"\"files\":5", "\"files\":6"}};
+    for (const auto& [from, to] : changes) {
+        ASSERT_TRUE(whole.contains(from)) << from.constData();
+        write("b.csv", QByteArray(whole).replace(from, to));
+        EXPECT_THAT(textOf(errorOf([] { readPartValues("b.csv"); })), HasSubstr("b.csv: is no complete part"))
+            << to.constData();
+    }
+    for (const char* few : {"", "x", "\n"})
+        EXPECT_THAT(textOf(errorOf([few] { readPartValues(write("b.csv", few)); })),
+                    HasSubstr("is no complete part"));
+    // A word of the same length in the place of a value, and limits on one side, on none.
+    write("word.csv", QByteArray(whole).replace(",0.1,found", ",abc,found"));
+    const Error error = errorOf([] { readPartValues("word.csv"); });
+    EXPECT_THAT(textOf(error), HasSubstr("word.csv: line 3: \"abc\" is no number"));
+    PartHead open = head();
+    open.values = {{"depth", "mm", 2, {}}, {"gone", "mm", 9, {std::numeric_limits<double>::quiet_NaN(), 4}}};
+    make("open.csv", names(0, 5), open);
+    const QList<ValueSeries> series = readPartValues("open.csv");
+    EXPECT_FALSE(std::isfinite(series[0].limits.lower) || std::isfinite(series[0].limits.upper));
+    EXPECT_EQ(series[1].missing, 6);
+    const QJsonArray json = partStatisticsJson(series);
+    EXPECT_FALSE(json[0].toObject().contains("cpk"));
+    EXPECT_EQ(json[1].toObject()["reason"], "there is no value");
+    EXPECT_EQ(json[1].toObject()["limits"].toArray()[1].toDouble(), 4);
+    EXPECT_THAT(partStatisticsText(series).toStdString(), HasSubstr("gone"));
+    // Other programs, other versions; rows of one profile with several assignments have one name.
+    PartHead command = head(), version = head(), several = head();
+    command.command = "measure";
+    version.version = "0.9";
+    several.columns = "profile,assignment,depth_mm,verdict,note\n";
+    make("command.csv", names(5, 6), command);
+    make("version.csv", names(5, 6), version);
+    EXPECT_THAT(textOf(errorOf([] {
+                    mergeParts({"a.csv", "command.csv"}, "o.csv");
+                })),
+                HasSubstr("was made with another command (\"measure\")"));
+    EXPECT_THAT(textOf(errorOf([] {
+                    mergeParts({"a.csv", "version.csv"}, "o.csv");
+                })),
+                HasSubstr("was made with another version (0.9)"));
+    FileList one(write("one.txt", "f1\n"));
+    PartFile part("several.csv", several, one);
+    for (const char* row :
+         {"f1#0,best,1,good,\n", "f1#0,2,9,good,\n", "f1#1,best,3,good,\n", "f1#0,best,1,good,\n"})
+        part.add(row, PartRow::Good);
+    part.endFile();
+    part.commit();
+    EXPECT_EQ(readPartValues("several.csv").at(0).values, (std::vector<double>{1, 3, 1})) << "the best alone";
+    EXPECT_EQ(mergeParts({"several.csv"}, "o.csv").duplicates, 1);
+    make("alone.csv", "f1\nf1\n");
+    EXPECT_EQ(mergeParts({"alone.csv"}, "o.csv").duplicates, 1);
 }
 
 TEST_F(Parts, RowsAreReadAsTheyWereWritten) {
