@@ -58,8 +58,8 @@ QString read(const ToolField& field, const QString& value, Tool::Setting& settin
                         field.type == ToolField::Number ? "a number," : "a region or a number,",
                         QString(field.help), value);
     if (!(number >= field.least && number <= field.greatest))
-        return filledIn("%1 must be from %2 to %3 %4, not %5", QString(field.help), field.least,
-                        field.greatest, QString(field.unit), value);
+        return filledIn("%1 must be from %2 to %3%4, not %5", QString(field.help), field.least,
+                        field.greatest, *field.unit == '\0' ? QString() : QString(" ") + field.unit, value);
     setting = {number, QString()};
     return QString();
 }

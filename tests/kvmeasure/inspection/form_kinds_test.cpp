@@ -161,6 +161,79 @@ TEST(FormKinds, SayWhyThereIsNoValue) {
     }
 }
 
+// Every kind on points that are too few, in one place, upright, level, or far out: a value or a reason.
+TEST(Kinds, HaveAValueOrAReasonForWhateverPoints) {
+    const auto along = [](const std::function<double(double)>& height, double pitch = 0.1) {
+        Points points;
+        for (int i = 0; i * pitch <= 16; ++i)
+            points.emplace_back(i * pitch - 8, height(i * pitch - 8));
+        return points;
+    };
+    const auto join = [](Points a, const Points& b) {
+        a.insert(a.end(), b.begin(), b.end());
+        return a;
+    };
+    const auto turned = [](Points points) {
+        for (Vector& p : points)
+            p = Vector(-3 + 0 * p.x, p.x);
+        return points;
+    };
+    const Points level = along([](double) { return 0; }), few{{-3, 1}, {0.5, 2}, {3, 1}};
+    const std::pair<const char*, Points> parts[] = {
+        {"nothing", {}},
+        {"one", {{-3, 1}}},
+        {"two", {{-3, 1}, {3, 1}}},
+        {"three", few},
+        {"one side", Points(level.begin(), level.begin() + 70)},
+        {"one place", Points(30, {-3, 1})},
+        {"two places", join(Points(20, {-3, 1}), Points(20, {3, 1}))},
+        {"upright", turned(level)},
+        {"level", level},
+        {"few level", along([](double) { return 0; }, 2)},
+        {"far", along([](double x) { return 1e30 * x; })},
+        {"farther", along([](double x) { return 4e37 * x; })},
+        {"mirrored", Points(level.rbegin(), level.rend())},
+        {"doubled", join(level, level)},
+        {"to and fro", join(level, Points(level.rbegin(), level.rend()))},
+        {"spikes", join(level, along([](double x) { return std::fabs(x - 2) < 0.3 ? 50 : 0; }))},
+        {"steps", along([](double x) { return std::floor(x); }, 0.05)},
+        {"roof", along([](double x) { return -std::fabs(x); })},
+        {"valley", along([](double x) { return std::fabs(x); })},
+        {"slit", along([](double x) { return std::fabs(x) < 1 ? NAN : 0; })},
+        {"bowl", along([](double x) { return x * x / 8; })},
+        {"dome", along([](double x) { return 4 - x * x / 8; })},
+        {"pit at the end", along([](double x) { return x > 6 ? -2 : 0; })},
+        {"ridge", along([](double x) { return std::fabs(x) < 0.09 ? 2 : 0; })},
+    };
+    const QString tools =
+        "max in M;min in M of x;mean in M;mean in M of x;median in M;percentile 100 in M;percentile 30 in M;"
+        "percentile 30 in M of x;bridge in M;bridge in M sheared;bridge in M skip 40 window 60;box in M;"
+        "box in M turned;area in M above L;area in M below R;area in M above 0.5 gap 0.01 edges seen;"
+        "area in M with S;line in M;line in M fit all;arc in M;arc in M fit all;intersection L R;angle L R;"
+        "angle L R opening;dimension L R;dimension L R from centroid to centroid;"
+        "dimension L R from left to max;step L R;gap L R;gap L R tangent;gap L R corner;flush L R;"
+        "flush L R extreme;flush L R corner edges seen;groove in M;groove in M bottom flat;"
+        "groove in M bottom v;groove in M bottom lowest number 2;corner in M;edge in M;"
+        "edge in M window 5 rising last;fillet L R in M;fillet L R in M fit all;strip in M;strip in M on L;"
+        "strip in M on L number 2 edges seen;thickness M S;thickness M S square;fillet-weld L R in M;"
+        "butt-weld L R in M;straightness in M;roundness in M;step-height in M from -1 to 1;"
+        "step-height in M from -1 to 1 A2;roughness in M cutoff 0.8;roughness in M cutoff 2.5 iso4287 robust";
+    QMap<QString, int> known;
+    for (const auto& [name, points] : parts) {
+        for (const QString& words : tools.split(';')) {
+            for (const Value& value : measure(words, points, few, regions())) {
+                SCOPED_TRACE((name + (": " + words + ": " + value.name)).toStdString());
+                EXPECT_EQ(value.isValid, value.reason.isEmpty()) << value.reason.toStdString();
+                EXPECT_TRUE(!value.isValid || std::isfinite(value.value)) << value.value;
+                EXPECT_FALSE(value.u < 0 || std::isinf(value.u)) << value.u;
+                known[name] += value.isValid ? 1 : 0;
+            }
+        }
+    }
+    EXPECT_EQ(known["nothing"], 0);
+    EXPECT_GT(known["level"], 60);
+}
+
 TEST(TurnedBox, HasAnEdgeOfTheHullAndHoldsAllPoints) {
     struct Case {
         Points points;

@@ -230,6 +230,7 @@ TEST(Tools, RefuseWordsWithWhatWasExpected) {
         {"V = max in 3", "expected the name of a region, found \"3\""},
         {"V = percentile in R", "lacks percentage"},
         {"V = percentile 101 in R", "percentage must be from 0 to 100 %, not 101"},
+        {"V = edge in R window 0", "must be from 1 to 1000, not 0"},
         {"V = percentile nan in R", "expected a number, percentage, found \"nan\""},
         {"V = max in R : +- 0.1", "there is no taught value"},
         {"V = thickness R R square", "needs two regions"},
