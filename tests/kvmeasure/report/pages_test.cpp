@@ -2,13 +2,10 @@
 
 #include <kvmeasure/base/text.h>
 #include <kvmeasure/report/match_page.h>
-#include <kvmeasure/report/pass_page.h>
 #include <kvmeasure/report/scan_sketch.h>
 #include <kvmeasure/statistics/capability.h>
-#include <tests/kvmeasure/calls.h>
+#include <tests/kvmeasure/report/pages.h>
 
-#include <QtCore/QJsonArray>
-#include <QtCore/QJsonDocument>
 #include <QtCore/QRegularExpression>
 
 #include <array>
@@ -19,18 +16,8 @@ namespace {
 using namespace KvMeasure;
 using testing::HasSubstr;
 using testing::Not;
-
-const char* const kHostile = "</script><script>alert(1)</script><img src=x onerror=\"a()\">'\n\u4e2d";
-
-QJsonObject dataOf(const QByteArray& page, const char* id) {
-    const QByteArray start = QByteArray("<script type=\"application/json\" id=\"") + id + "\">";
-    const auto from = page.indexOf(start) + start.size();
-    QJsonParseError fault;
-    const QJsonObject object =
-        QJsonDocument::fromJson(page.mid(from, page.indexOf("</script>", from) - from), &fault).object();
-    EXPECT_EQ(fault.error, QJsonParseError::NoError) << id;
-    return object;
-}
+using TestSupport::dataOf;
+using TestSupport::kHostile;
 
 MatchedProfile profileOf(const InspectionPlan& plan, const QString& name, double height) {
     MatchedProfile profile;
@@ -251,6 +238,80 @@ TEST(MatchPage, ChartsTheValuesOfABatch) {
     }
 }
 
+// Values of every kind: with limits on both sides, on one, on none, out, missing; one profile and two.
+TEST(MatchPage, TellsOfEachValueWhatThereIs) {
+    InspectionPlan plan = planOf("");
+    plan.decision = Decision::Guarded;
+    plan.tolerances["gap"].hasNominal = false;
+    plan.tolerances["gap"].upper = 3;
+    plan.tolerances["gap"].lower = -INFINITY;
+    MatchedProfile first = profileOf(plan, "only", 5.5), second = profileOf(plan, "second", 5);
+    const auto add = [&](const char* name, double value, const char* unit, const char* reason) {
+        for (MatchedProfile* profile : {&first, &second}) {
+            Value more;
+            more.name = name;
+            more.unit = unit;
+            more.value = value;
+            more.isValid = !std::isnan(value);
+            more.reason = reason;
+            more.hasTolerance = plan.tolerances.contains(name);
+            more.tolerance = plan.tolerances.value(name);
+            profile->best.values.append(more);
+        }
+    };
+    add("gap", 2, "mm", "");
+    add("far", NAN, "mm", "no point");
+    add("share", 0.25, "", "");
+    add("none", NAN, "", "no point");
+    for (int count = 1; count <= 2; ++count) {
+        MatchPage page(plan, MatchReport::JsonValues);
+        first.z = 3;
+        second.z = 4;
+        const auto draw = [] { return QByteArray("<svg/>"); };
+        page.add(first, draw);
+        if (count == 2)
+            page.add(second, draw);
+        const QByteArray html = page.html();
+        const std::string text = html.toStdString();
+        EXPECT_THAT(text, HasSubstr("<h1>Measurement</h1>"));
+        EXPECT_THAT(text, HasSubstr("at least U within the limits"));
+        EXPECT_THAT(text, HasSubstr(count == 1 ? "NOT GOOD: 1 of 1 profiles" : "NOT GOOD: 2 of 2 profiles"));
+        EXPECT_EQ(html.count("<figure>"), count);
+        for (const char* cell : {"at most 3", "4.8 to 5.2", "no limits", ">share<", "no point"})
+            EXPECT_TRUE(html.contains(cell) || count == 2) << cell;
+        if (count == 1)
+            EXPECT_THAT(
+                text, testing::AllOf(HasSubstr(">OUT<"), HasSubstr(">0.5000<"), HasSubstr(">NOT MEASURED<")));
+        else
+            EXPECT_THAT(text, testing::AllOf(HasSubstr(">OUT: 1<"), HasSubstr("NOT MEASURED: far, none"),
+                                             HasSubstr("\"z, mm\"")));
+    }
+    // Of a template that is not there, and without any limits.
+    plan.lines = KvMath::TSTemplate(1);
+    plan.lineNames = QStringList{"0"};
+    MatchedProfile missing;
+    missing.name = "p";
+    missing.reason = "one segment";
+    MatchPage lost(plan, MatchReport::JsonValues);
+    lost.add(missing, {});
+    const std::string text = lost.html().toStdString();
+    EXPECT_THAT(text, HasSubstr("NOT GOOD: 1 of 1 profiles; the template is not in 1"));
+    EXPECT_THAT(text, HasSubstr("No value: NOT FOUND; one segment"));
+    plan.tolerances.clear();
+    MatchedProfile whole = profileOf(plan, "p", 5);
+    whole.best.values[0].hasTolerance = false;
+    MatchPage open(plan, MatchReport::JsonValues);
+    for (int i = 0; i < 30; ++i) {
+        whole.best.values[0].value = i < 15 ? 1 + 0.01 * (i % 2) : 9;
+        open.add(whole, {});
+    }
+    const std::string judged = open.html().toStdString();
+    EXPECT_THAT(judged,
+                HasSubstr("COMPLETE: all values of 30 profile(s) are measured; no limits were given"));
+    EXPECT_THAT(judged, testing::AllOf(HasSubstr(">no tolerance<"), HasSubstr(" more<"),
+                                       Not(HasSubstr("good means"))));
+}
+
 TEST(MatchPage, LeavesOutTheDataOfTooManyProfiles) {
     const InspectionPlan plan = planOf("many");
     MatchPage page(plan, MatchReport::JsonValues);
@@ -263,107 +324,6 @@ TEST(MatchPage, LeavesOutTheDataOfTooManyProfiles) {
     EXPECT_THAT(html.toStdString(), HasSubstr("GOOD: 10000 of 10000 profiles"));
     MatchPage empty(plan, MatchReport::Json);
     EXPECT_THAT(empty.html().toStdString(), HasSubstr("NOT GOOD: no profile was measured"));
-}
-
-/// A wheel of the document of a pass that is measured, with the limits of its flange height.
-QJsonObject wheelOf(const QString& verdict, const QString& reason) {
-    const QJsonObject limit{{"symbol", "Sh"},  {"quantity", "flange height"}, {"value", 28.25},
-                            {"minimum", 26},   {"maximum", QJsonValue()},     {"verdict", verdict},
-                            {"reason", reason}};
-    return {{"radius", 480},
-            {"flangeHeight", 28.25},
-            {"thicknessFromBack", 31},
-            {"flangeSteepness", 9},
-            {"runningDiameter", 900},
-            {"defect", false},
-            {"notes", QJsonArray()},
-            {"limits", QJsonArray{limit}},
-            {"verdict", verdict},
-            {"uncertainties", QJsonObject{{"flangeHeight", QJsonObject{{"U", 0.054}}},
-                                          {"runningDiameter", QJsonObject{{"reason", "too few points"}}}}}};
-}
-
-QJsonObject passOf(const QJsonObject& left, const QJsonObject& right, int count) {
-    QJsonArray wheelsets;
-    for (int i = 1; i <= count; ++i)
-        wheelsets.append(QJsonObject{{"wheelset", i},
-                                     {"travel", 1000 * i},
-                                     {"backToBack", 1360},
-                                     {"left", left},
-                                     {"right", right},
-                                     {"notes", QJsonArray()}});
-    return {{"wheelsets", wheelsets}, {"recordings", QJsonArray()}, {"notes", QJsonArray{kHostile}}};
-}
-
-// What stands first is what is worst; a value without limits, and one that is missing, are not called good.
-TEST(PassPage, SaysOfEachWheelWhatIsNotGood) {
-    const auto with = [](const char* key, const QJsonValue& value) {
-        QJsonObject wheel = wheelOf("good", "");
-        wheel[key] = value;
-        return wheel;
-    };
-    const QJsonObject good = wheelOf("good", "");
-    QJsonObject plain = with("limits", QJsonArray());
-    plain.remove("verdict");
-    const struct {
-        QJsonObject left;
-        const char *verdict, *word;
-    } cases[] = {
-        {good, "&#9675; COMPLETE", "left good; right good"},
-        {plain, "&#9675; COMPLETE", "left complete; right good"},
-        {with("defect", true), "NOT GOOD: 1 wheel(s) with a defect", "left DEFECT; right good"},
-        {with("defect", QJsonValue()), "NOT GOOD: 1 wheel(s) or", "left NOT SEARCHED for defects; right"},
-        {with("radius", QJsonValue()), "NOT GOOD: 1 wheel(s) or", "left NOT MEASURED; right good"},
-        {with("notes", QJsonArray{kHostile}), "1 wheel(s) or wheelset(s) with notes", "left NOT SURE"},
-        {wheelOf("OUT", kHostile), "NOT GOOD: 1 wheel(s) or wheelset(s) out", "left OUT; right good"}};
-    for (const auto& expected : cases) {
-        const QJsonObject results = passOf(expected.left, good, 1);
-        const QByteArray html = PassPage(kHostile).html(results);
-        EXPECT_THAT(html.toStdString(),
-                    testing::AllOf(HasSubstr(expected.verdict), HasSubstr(expected.word),
-                                   Not(HasSubstr("<script>alert")), Not(HasSubstr("<img src=x"))));
-        EXPECT_EQ(dataOf(html, "results"), results);
-        // What is not good is open, whichever wheel it is.
-        const QByteArray mirrored = PassPage(kHostile).html(passOf(good, expected.left, 1));
-        EXPECT_THAT(mirrored.toStdString(), HasSubstr(expected.verdict));
-        for (const QByteArray& page : {html, mirrored})
-            EXPECT_EQ(page.contains("<details open"), !QByteArray(expected.verdict).startsWith('&'))
-                << expected.verdict;
-        EXPECT_THAT(html.toStdString(), HasSubstr(">1.00<")) << "m of travel";
-        EXPECT_THAT(html.toStdString(),
-                    testing::AllOf(HasSubstr("<td class=\"number\">28.250 \u00b1 0.054</td>"),
-                                   HasSubstr("at least 26"), HasSubstr("no U: too few points")));
-    }
-    EXPECT_THAT(PassPage("").html({}).toStdString(), HasSubstr("NOT GOOD: no wheelset was seen"));
-    QJsonObject damaged = passOf(good, good, 1);
-    damaged["recordings"] = QJsonArray{QJsonObject{{"damagedAt", 17}}};
-    EXPECT_THAT(PassPage("").html(damaged).toStdString(), HasSubstr("NOT GOOD: 1 recording(s) damaged"));
-}
-
-TEST(PassPage, HoldsTheWorstWheelsOfALongTrainBelow5MB) {
-    PassPage page("long");
-    WheelResult wheel;
-    wheel.defect = 0;
-    int drawn = 0;
-    for (int i = 0; i < 1000; ++i) {
-        wheel.defect = i == 900 ? 1 : 0;
-        page.add(wheel, i == 950 ? "OUT" : "good", QString("wheel %1").arg(i), [&] {
-            ++drawn;
-            return QByteArray(60'000, ' ');
-        });
-    }
-    EXPECT_EQ(drawn, PassPage::kMostPictures + 2);
-    QJsonObject results = passOf(wheelOf("good", QString(400, '<')), wheelOf("good", ""), 2000);
-    QJsonArray wheelsets = results["wheelsets"].toArray();
-    QJsonObject bad = wheelsets[1900].toObject();
-    bad["backToBack"] = QJsonValue();
-    wheelsets[1900] = bad;
-    results["wheelsets"] = wheelsets;
-    const QByteArray html = page.html(results);
-    EXPECT_LT(html.size(), 5'000'000);
-    EXPECT_EQ(dataOf(html, "results")["wheelsetsLeftOut"].toInt(), 2000);
-    EXPECT_LT(html.indexOf("<figcaption>wheel 900<"), html.indexOf("<figcaption>wheel 950<"));
-    EXPECT_THAT(html.toStdString(), HasSubstr("Wheelset 1901: left good; right good; both NOT MEASURED"));
 }
 
 }  // namespace
