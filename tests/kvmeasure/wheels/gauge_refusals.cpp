@@ -3,6 +3,7 @@
 #include <kvmeasure/wheels/gauge_file.h>
 #include <kvmeasure/wheels/rail_values.h>
 #include <kvmeasure/wheels/track_gauge.h>
+#include <kvmeasure/wheels/wheel_wear.h>
 #include <tests/kvmeasure/calls.h>
 #include <tests/support/scratch_directory.h>
 
@@ -204,6 +205,184 @@ TEST(RailValues, HaveTheReasonOfWhatIsMissing) {
     const RailValues values = railValues(nominal, &nominal, steep);
     EXPECT_THAT(findValue(values.values, "W3")->reason.toStdString(),
                 HasSubstr("does not fall by 80 degrees"));
+}
+
+using Change = std::function<Vector(const Vector&)>;
+using Lacks = std::function<bool(const Vector&)>;
+
+/// Sections that lack or bend something, by what is done to a whole one.
+struct Changed {
+    const char* name;
+    Change change = [](const Vector& p) { return p; };
+    Lacks lacks = [](const Vector&) { return false; };
+    std::size_t every = 1;
+};
+
+GaugeProfile changed(const Points& whole, const Changed& how) {
+    GaugeProfile profile;
+    for (std::size_t i = 0; i < whole.size(); i += how.every) {
+        if (!how.lacks(whole[i]))
+            profile.points.push_back(how.change(whole[i]));
+    }
+    return profile;
+}
+
+void expectValuesOrReasons(const std::vector<SectionValue>& values) {
+    EXPECT_FALSE(values.empty());
+    for (const SectionValue& value : values)
+        EXPECT_EQ(std::isfinite(value.value), value.isKnown())
+            << value.key.toStdString() << ' ' << value.value << value.reason.toStdString();
+}
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+TEST(WheelSections, HaveAValueOrAReasonForWhateverPoints) {
+    const Points whole = s1002Section(1).points;
+    const auto same = [](const Vector& p) { return p; };
+    const auto none = [](const Vector&) { return false; };
+    const auto between = [](double from, double to) {
+        return [from, to](const Vector& p) { return p.x > from && p.x < to; };
+    };
+    const Changed all[] = {
+        {"whole"},
+        {"no tread", same, between(60, 200)},
+        {"no flange", same, between(-100, 45)},
+        {"gap at the tread point", same, between(66, 74)},
+        {"gap at the flank", same, between(22, 33)},
+        {"gap at the upper flank", same, between(17, 24)},
+        {"gap at the root", same, between(33, 48)},
+        {"mirrored", [](const Vector& p) { return Vector(-p.x, p.y); }},
+        {"upside down", [](const Vector& p) { return Vector(p.x, -p.y); }},
+        {"exchanged", [](const Vector& p) { return Vector(p.y, p.x); }},
+        {"in metres", [](const Vector& p) { return Vector(p.x / 1000, p.y / 1000); }},
+        {"flat", [](const Vector& p) { return Vector(p.x, 0); }},
+        {"one place", [](const Vector&) { return Vector(3, 4); }},
+        {"low", [](const Vector& p) { return Vector(p.x, p.y * 0.4); }},
+        {"high", [](const Vector& p) { return Vector(p.x, p.y * 2); }},
+        {"thin", [](const Vector& p) { return Vector(p.x < 45 ? std::max(0.0, p.x - 15) : p.x - 15, p.y); }},
+        {"thick", [](const Vector& p) { return Vector(p.x * 1.6, p.y); }},
+        {"wide", [](const Vector& p) { return Vector(p.x * 5, p.y); }},
+        {"stepped", [](const Vector& p) { return Vector(p.x, std::round(p.y / 3) * 3); }},
+        {"coarse", same, none, 12},
+        {"few", same, none, 60},
+        {"unset", [](const Vector& p) { return p.x > 60 ? Vector(kNaN, kNaN) : p; }},
+        {"far", [](const Vector& p) { return Vector(p.x + 1e8, p.y - 1e8); }},
+        {"worn", [](const Vector& p) { return Vector(p.x, p.y - (p.x > 40 ? 2 : 0)); }},
+    };
+    GaugePlaces other;
+    other.belowTip = 0.5;
+    other.tread = 125;
+    other.aboveTread = 25;
+    other.widthHeights = {-5, 5, 10, 100};
+    std::vector<WheelSection> sections;
+    for (const Changed& how : all) {
+        const GaugeProfile profile = changed(whole, how);
+        for (const double back : {kNaN, 0.0})
+            sections.push_back(wheelSection(profile, back));
+        EXPECT_EQ(sections.back().isWheel(), !sections.back().points.empty()) << how.name;
+    }
+    sections.emplace_back();  // with no reason, as a host may leave it
+    int known = 0;
+    for (const WheelSection& worn : sections) {
+        SCOPED_TRACE(&worn - sections.data());
+        if (!worn.points.empty()) {
+            expectValuesOrReasons(gaugeValues(worn).values);
+            expectValuesOrReasons(gaugeValues(worn, other).values);
+        }
+        for (const std::size_t nominal : {0U, 2U, 4U, 6U, 9U, 22U, 29U, 46U}) {
+            if (worn.points.empty() && worn.reason.isEmpty())
+                continue;
+            for (const WearAlignment by : {WearAlignment::Tread, WearAlignment::Tip}) {
+                const WheelWear wear = wheelWear(worn, sections[nominal], by);
+                expectValuesOrReasons(wear.values);
+                known += wear.values.front().isKnown() ? 1 : 0;
+            }
+        }
+    }
+    EXPECT_GT(known, 100);
+    EXPECT_NEAR(wheelWear(sections[46], sections[0], WearAlignment::Tip).values.front().value, 2, 1e-6)
+        << "what was taken off";
+}
+
+TEST(Rails, HaveAValueOrAReasonForWhateverPoints) {
+    const Points whole = head([](double x) { return -x * x / 600; });
+    const auto same = [](const Vector& p) { return p; };
+    const Changed all[] = {
+        {"whole"},
+        {"left half", same, [](const Vector& p) { return p.x > -1; }},
+        {"right half", same, [](const Vector& p) { return p.x < 1; }},
+        {"crown", same, [](const Vector& p) { return p.y < -8; }},
+        {"gap at the right side", same, [](const Vector& p) { return p.x > 30 && p.y < -8 && p.y > -22; }},
+        {"gap at the left side", same, [](const Vector& p) { return p.x < -30 && p.y < -8 && p.y > -22; }},
+        {"gap at the top", same, [](const Vector& p) { return std::fabs(p.x) < 6; }},
+        {"gap at the corner", same, [](const Vector& p) { return std::fabs(p.x) > 24 && p.y > -7; }},
+        {"flat", [](const Vector& p) { return Vector(p.x, std::min(p.y, -4.0)); }},
+        {"upside down", [](const Vector& p) { return Vector(p.x, -p.y); }},
+        {"exchanged", [](const Vector& p) { return Vector(p.y, p.x); }},
+        {"raised", [](const Vector& p) { return Vector(p.x, p.y + 60); }},
+        {"lowered", [](const Vector& p) { return Vector(p.x, p.y - 60); }},
+        {"aside", [](const Vector& p) { return Vector(p.x + 50, p.y); }},
+        {"worn on the left", [](const Vector& p) { return Vector(std::max(p.x, -33.0), p.y); }},
+        {"worn on the right", [](const Vector& p) { return Vector(std::min(p.x, 33.0), p.y); }},
+        {"worn on top", [](const Vector& p) { return Vector(p.x, std::min(p.y, -2.0)); }},
+        {"leaning", [](const Vector& p) { return Vector(p.x + 0.3 * p.y, p.y); }},
+        {"narrow", [](const Vector& p) { return Vector(p.x / 4, p.y); }},
+        {"one place", [](const Vector&) { return Vector(1, 1); }},
+        {"coarse", same, {[](const Vector&) { return false; }}, 40},
+        {"zigzag", [](const Vector& p) { return Vector(p.x + std::round(p.y) * 0.01, p.y); }},
+    };
+    std::vector<RailSection> rails;
+    for (const Changed& how : all)
+        rails.push_back(railSection(changed(whole, how)));
+    rails.emplace_back();
+    rails.back().reason = "no file";
+    for (const RailSection& rail : rails) {
+        SCOPED_TRACE(&rail - rails.data());
+        EXPECT_EQ(rail.isRail(), !rail.points.empty()) << rail.reason.toStdString();
+        expectValuesOrReasons(railValues(rail, nullptr).values);
+        for (const RailSection& nominal : rails) {
+            for (const GaugeSide side : {GaugeSide::Unknown, GaugeSide::Left, GaugeSide::Right}) {
+                RailPlaces places;
+                places.side = side;
+                const RailValues values = railValues(rail, &nominal, places);
+                expectValuesOrReasons(values.values);
+                const SectionValue* const w1 = findValue(values.values, "W1");
+                EXPECT_EQ(w1->isKnown(), std::isfinite(values.w1.worn.x + values.w1.nominal.x));
+            }
+            TrackGaugeOptions options;
+            options.isLevel = true;
+            const RailSection left = placedRail(rail, 750, true), right = placedRail(nominal, 750, false);
+            for (const double depth : {2.0, 14.0, 29.0}) {
+                options.depth = depth;
+                TrackGauge gauge = trackGauge(left, right, options);
+                expectValuesOrReasons({gauge.gauge});
+                EXPECT_EQ(gauge.gauge.isKnown(), std::isfinite(gauge.leftFace.x + gauge.rightFace.y));
+            }
+        }
+    }
+    const auto w = [&](std::size_t worn, const char* key) {
+        return findValue(railValues(rails[worn], rails.data()).values, key)->value;
+    };
+    EXPECT_NEAR(w(14, "W2"), 3, 1e-9);
+    EXPECT_NEAR(w(15, "W2"), 3, 1e-9);
+    EXPECT_NEAR(w(16, "W1"), 2, 1e-9);
+    for (const double depth : {0.0, -1.0, kNaN, double(INFINITY)}) {
+        TrackGaugeOptions options;
+        options.depth = depth;
+        EXPECT_THAT(textOf(errorOf([&] { trackGauge(rails[0], rails[0], options); })),
+                    HasSubstr("depth must be above 0, not"));
+    }
+    RailSection none;
+    EXPECT_EQ(trackGauge(none, rails[0]).gauge.reason, "the left rail: has no points");
+    EXPECT_EQ(trackGauge(rails[0], none).gauge.reason, "the right rail: has no points");
+    EXPECT_THAT(trackGauge(placedRail(rails[0], -750, true), placedRail(rails[0], -750, false))
+                    .gauge.reason.toStdString(),
+                HasSubstr("stands to the right of the other one: exchange them"));
+    EXPECT_THAT(trackGauge(rails[0], rails[0]).gauge.reason.toStdString(), HasSubstr("stand 0 mm apart"));
+    EXPECT_THAT(trackGauge(placedRail(rails[0], 9000, true), placedRail(rails[0], 9000, false))
+                    .gauge.reason.toStdString(),
+                HasSubstr("these sections have no common frame"));
+    EXPECT_TRUE(partedRails(GaugeProfile()).first.points.empty());
 }
 
 }  // namespace
