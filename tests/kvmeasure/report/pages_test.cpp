@@ -230,6 +230,7 @@ TEST(MatchPage, ChartsTheValuesOfABatch) {
         if (count == 20)
             continue;
         EXPECT_EQ(series["findings"].toArray().last().toArray(), (QJsonArray{15, "beyond 3 deviations"}));
+        EXPECT_EQ(html.contains("; and "), series["findings"].toArray().size() > 5);
         EXPECT_THAT(html.toStdString(),
                     HasSubstr("img src=x onerror=&quot;a()&quot;&gt;'\n\u4e2d: beyond 3 dev"));
         const Capability expected = capability(values, {4.8, 5.2});

@@ -128,6 +128,11 @@ TEST_F(Parts, MergedPartsAreOneRunByteByByte) {
     const MergedParts merged = mergeParts({"all.csv", "again.csv"}, "merged.csv");
     EXPECT_EQ(merged.duplicates, 3);
     EXPECT_EQ(merged.duplicate, "f7#0");
+    // Signs that are no numbers of profiles belong to the names of files.
+    make("odd.csv", "x#a\nx#b\nx#a\n#5\n#6\n#5\nx#\n");
+    const MergedParts odd = mergeParts({"odd.csv"}, "odd_merged.csv");
+    EXPECT_EQ(odd.duplicates, 2);
+    EXPECT_EQ(odd.duplicate, "x#a");
 }
 
 TEST_F(Parts, WhatDoesNotGoTogetherIsRefused) {
@@ -147,6 +152,14 @@ TEST_F(Parts, WhatDoesNotGoTogetherIsRefused) {
     EXPECT_THAT(partOf("held.csv", head(), list), HasSubstr("another run of kvmeasure writes this part"));
     EXPECT_TRUE(PartFile("a.csv", head(), list).isComplete());
     EXPECT_EQ(read("a.csv"), whole);
+    // What a run left that was killed at its end goes; what is none of the program's stays.
+    { const PartFile begun("begun.csv", head(), list); }
+    const QByteArray begun = read("begun.csv.partial");
+    for (const QByteArray& left : {begun, QByteArray("mine\n")}) {
+        write("a.csv.partial", left);
+        EXPECT_TRUE(PartFile("a.csv", head(), list).isComplete());
+        EXPECT_EQ(read("a.csv.partial"), left == begun ? "none" : left);
+    }
 
     make("b.csv", names(3, 4), head("bb"));
     PartHead columns = head();
@@ -166,6 +179,13 @@ TEST_F(Parts, WhatDoesNotGoTogetherIsRefused) {
                   {{"a.csv", "out.csv"}, "out.csv: is read by this command"}};
     for (const auto& merge : merges)
         EXPECT_THAT(textOf(errorOf([&] { mergeParts(merge.parts, "out.csv"); })), HasSubstr(merge.reason));
+    ASSERT_TRUE(whole.contains("\"missed\":1"));
+    for (const char* bad : {"\"missed\":-1", "\"missed\":0.5", "\"missed\":1e17", "\"other\":1"}) {
+        write("bad.csv", QByteArray(whole).replace("\"missed\":1", bad));
+        EXPECT_THAT(textOf(errorOf([] { mergeParts({"bad.csv"}, "out.csv"); })),
+                    HasSubstr("bad.csv: is no complete part"))
+            << bad;
+    }
     EXPECT_EQ(read("out.csv"), "none");
 }
 

@@ -24,8 +24,9 @@ MatchResults resultsOf(const QByteArray& bytes) {
 }
 
 /// A plan with two tools, one of which has a tolerance, and the report of three profiles: 5.1, none, 4.9.
-QString reportOf(MatchReport::Form form, bool givesStatistics) {
+QString reportOf(MatchReport::Form form, bool givesStatistics, Decision decision = Decision::Simple) {
     InspectionPlan plan;
+    plan.decision = decision;
     plan.regions.append(parseRegion("R = all"));
     addTools("top = max in R : 5 +- 0.2; box = box in R", plan);
     QString text;
@@ -124,9 +125,31 @@ TEST(MatchReport, GivesStatisticsOfEachValue) {
         EXPECT_THAT(text, HasSubstr("Ppk"));
         EXPECT_THAT(text, HasSubstr("0.471405"));
         EXPECT_THAT(reportOf(form, false).toStdString(), testing::Not(HasSubstr("Ppk")));
+        const std::string sign = form == MatchReport::Csv ? "# " : "";
+        EXPECT_THAT(
+            reportOf(form, false, Decision::Guarded).toStdString(),
+            HasSubstr('\n' + sign + "3 profiles\n" + sign +
+                      "decision: guarded acceptance, values are good at least U inside their limits\n"));
     }
     // The comments below CSV do not disturb its reader.
     EXPECT_EQ(resultsOf(reportOf(MatchReport::Csv, true).toUtf8()).profiles, 3);
+}
+
+TEST(MatchReport, TellsPartsInWhichColumnsTheirValuesStand) {
+    InspectionPlan plan;
+    plan.regions.append(parseRegion("R = all"));
+    addTools("top = max in R : 5 +- 0.2; box = box in R", plan);
+    for (const bool hasAll : {false, true}) {
+        const PartHead head = MatchReport(MatchReport::Part, plan, hasAll, false, {}).partHead();
+        const QStringList columns = QString::fromUtf8(head.columns).trimmed().split(',');
+        EXPECT_EQ(columns.contains("assignment"), hasAll);
+        ASSERT_EQ(head.values.size(), 7);
+        for (const PartValue& value : head.values) {
+            EXPECT_EQ(columns.value(value.column), value.name + '_' + value.unit);
+            EXPECT_EQ(columns.value(value.column + 1), value.name + "_U_" + value.unit);
+        }
+        EXPECT_EQ(head.values[0].limits.upper, 5.2);
+    }
 }
 
 TEST(SeriesReport, HasAReasonForEveryNull) {

@@ -83,6 +83,36 @@ ScanComparisonSettings with(Alignment alignment) {
     return settings;
 }
 
+TEST(SpaceMotions, TurnBackAndOneAfterTheOther) {
+    constexpr double kPi = 3.14159265358979323846;
+    const SpaceVector axes[] = {{1, 0, 0},
+                                {0, 1, 0},
+                                {0, 0, 1},
+                                {0.6, 0, 0.8},
+                                {0.6, 0.8, 0},
+                                {0, 0.28, 0.96},
+                                {2.0 / 3, -1.0 / 3, 2.0 / 3},
+                                {1.0 / 3, 2.0 / 3, -2.0 / 3}};
+    const SpaceVector place{3, -7, 11}, shift{0.5, 4, -2};
+    for (const SpaceVector& axis : axes) {
+        for (const double angle : {0.0, 1e-10, 1e-7, 0.3, 1.0, 2.0, 3.1, kPi}) {
+            SCOPED_TRACE(testing::Message() << axis.x << ' ' << axis.y << ' ' << axis.z << " by " << angle);
+            const SpaceMotion motion = SpaceMotion::of(kMiddle, angle * axis, shift);
+            const SpaceVector found = motion.turn();
+            // Half a turn is the same about either direction of its axis.
+            const bool isOpposite = angle == kPi && dot(found, axis) < 0;
+            EXPECT_LT(length((isOpposite ? -1.0 : 1.0) * found - angle * axis), 1e-7);
+            // A point on the axis is shifted; one beside it goes round by the chord of the angle.
+            EXPECT_LT(length(motion.apply(kMiddle + 5.0 * axis) - (kMiddle + 5.0 * axis + shift)), 1e-12);
+            const SpaceVector beside = cross(axis, {0.36, 0.48, -0.8});
+            EXPECT_NEAR(length(motion.apply(kMiddle + beside) - (kMiddle + beside + shift)),
+                        2 * std::sin(angle / 2) * length(beside), 1e-12);
+            const SpaceMotion next = SpaceMotion::of({1, 2, 3}, {0.1, -0.2, 0.3}, {7, 8, 9});
+            EXPECT_LT(length(motion.followedBy(next).apply(place) - next.apply(motion.apply(place))), 1e-12);
+        }
+    }
+}
+
 TEST(CompareScans, AMasterLiesOnItself) {
     const Scan stack = asStack(sampled(bumps, 0.02, 1));
     Scan moved = stack;
