@@ -68,6 +68,23 @@ TEST(HeightLevels, LieBetweenAPartAndItsSupport) {
     }
 }
 
+TEST(HeightLevels, SayHowManyPointsLieOnEitherSide) {
+    const KvProfileZSet stack =
+        stackOf([](double x, double scan) { return isPart(x, scan) ? 7.5 + 0.25 * (x > 0) : 5.0; });
+    int above = 0, all = 0;
+    for (const KvProfileZ& profile : stack.profiles) {
+        for (const KvPointXY& p : profile.points) {
+            above += p.y > 6 ? 1 : 0;
+            ++all;
+        }
+    }
+    const QString share = QString::number(100.0 * (all - above) / all, 'f', 1),
+                  rest = QString::number(100.0 * above / all, 'f', 1);
+    EXPECT_THAT(derived(stack).reason.toStdString(),
+                HasSubstr(share.toStdString() + " % of the points lie about 5 mm and " + rest.toStdString() +
+                          " % about 7.75 mm, hardly any from "));
+}
+
 TEST(HeightLevels, AreRefusedWhereThereAreNotTwo) {
     const Height boss = [](double x, double scan) {
         return plane(x, scan) - 5 + (!isPart(x, scan) ? 0 : x > 0 && x < 4 && scan > 3 && scan < 5 ? 40 : 10);

@@ -114,6 +114,7 @@ TEST_F(ScanReaders, HeightMapsAreReadWithTheirDescription) {
     other.map = "other.csv";
     EXPECT_EQ(pointsOf("a.bin"), "-0.5 1 0; 0 2 0; -1 3 2; 0 100 2");
     EXPECT_EQ(pointsOf("b.bin", other), "-0.5 1 5; 0 2 5; -1 3 7; 0 100 7");
+    EXPECT_TRUE(loadScan("a.bin", {}).isStack) << "rows are profiles";
     for (const char* bad :
          {"row_step_mm,0\n", "row_step_mm,nan\n", "columns,1e18\n", "rows,1.5\n", "byte_order,odd\n"}) {
         write("other.csv", text + bad);

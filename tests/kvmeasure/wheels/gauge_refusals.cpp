@@ -144,6 +144,31 @@ TEST(EvenPoints, LieAtEqualStepsOrAreNone) {
         EXPECT_TRUE(evenPoints(line, from, to, 2.5, 100).empty()) << from << " to " << to;
 }
 
+// The arcs of the published profile, by their centres from the running circle.
+TEST(NominalWheel, HasTheArcsAndTheConeOfTheStandard) {
+    const struct {
+        double from, to, x, y, radius;
+    } arcs[] = {{-69.9, -62.8, -49.5, 9.519, 20.5},
+                {-62.7, -49.7, -55, 16, 12},
+                {-49.6, -39.8, -58.558, 8.835, 20},
+                {-38.4, -35.02, -26.21, 16.446, 13}};
+    const Points points = s1002Section(0.05).points;
+    for (const auto& arc : arcs) {
+        for (const Vector& p : points) {
+            if (p.x - 70 > arc.from && p.x - 70 < arc.to) {
+                EXPECT_NEAR(std::hypot(p.x - 70 - arc.x, p.y - arc.y), arc.radius, 0.001) << p.x - 70;
+            }
+        }
+    }
+    for (std::size_t i = 1; i < points.size(); ++i) {
+        const double slope = (points[i].y - points[i - 1].y) / (points[i].x - points[i - 1].x);
+        if (points[i - 1].x > 103) {
+            EXPECT_NEAR(slope, -1 / 15.0, 1e-6);
+        }
+        EXPECT_LT(points[i].x > 10 ? std::fabs(slope) : 0, std::tan(70.1 * kRadiansPerDegree));
+    }
+}
+
 TEST(RailValues, HaveTheReasonOfWhatIsMissing) {
     const auto round = [](double x) { return -x * x / 600; };
     const Points whole = head(round);

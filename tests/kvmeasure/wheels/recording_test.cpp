@@ -60,26 +60,99 @@ TEST(Recordings, CutAnywhereGiveTheWheelsBeforeTheCut) {
     }
 }
 
+/// A section of the nominal wheel with points from one lateral position to another.
+KvMath::KvPointCloud<KvMath::KvPointXYZ> nominalPoints(double from, double to, double step) {
+    constexpr double running = 460;
+    KvMath::KvPointCloud<KvMath::KvPointXYZ> points;
+    for (double lateral = from; lateral <= to; lateral += step)
+        points.points.append(
+            {0, static_cast<float>(lateral), static_cast<float>(-running - Simulator::s1002Height(lateral))});
+    return points;
+}
+
+WheelResult valuesOf(int kind, const KvMath::KvPointCloud<KvMath::KvPointXYZ>& points) {
+    WheelResult wheel;
+    wheel.circle.radius = 488;
+    wheel.circle.x = 0;
+    wheel.circle.y = 0;
+    ValueOptions options;
+    options.kind = kind;
+    options.isSection = true;
+    MeasuredSection section;
+    calcWheelValues(options, points, wheel, section);
+    return wheel;
+}
+
 TEST(WheelSections, ShowTheBackWhateverTheDistanceOfThePoints) {
     for (const double step : {0.02, 0.1, 0.2, 0.3, 0.5, 1.0, 2.0}) {
         for (const double from : {0.0, 0.02, 0.1, 0.25}) {
             SCOPED_TRACE(testing::Message() << "from " << from << " by " << step);
-            constexpr double running = 460;
-            KvMath::KvPointCloud<KvMath::KvPointXYZ> points;
-            for (double lateral = from; lateral <= 130; lateral += step)
-                points.points.append({0, static_cast<float>(lateral),
-                                      static_cast<float>(-running - Simulator::s1002Height(lateral))});
-            WheelResult wheel;
-            wheel.circle.radius = 488;
-            wheel.circle.x = 0;
-            wheel.circle.y = 0;
-            ValueOptions options;
-            options.isSection = true;
-            MeasuredSection section;
-            calcWheelValues(options, points, wheel, section);
+            const WheelResult wheel = valuesOf(0, nominalPoints(from, 130, step));
             EXPECT_EQ(wheel.back, from < 0.03 ? FlangeBack::Seen : FlangeBack::Assumed);
             EXPECT_EQ(wheel.notes.join(' ').contains("flange back is not seen"), from >= 0.03);
         }
+    }
+}
+
+TEST(WheelSections, SayWhatTheyLack) {
+    const struct {
+        int kind;
+        double to, step;
+        const char* notes;
+    } cases[] = {{0, 130, 0.25, ""},
+                 {1, 65, 0.25, ""},
+                 {0, 50, 0.25, "no tread 70 mm from the flange back: the section ends at 50.0 mm"},
+                 {1, 50.5, 0.25, "no tread 60 mm from the flange back: the section ends at 50.5 mm"},
+                 {2, 65, 0.25, "no tread 70 mm from the flange back: the section ends at 65.0 mm"}};
+    for (const auto& each : cases) {
+        const WheelResult wheel = valuesOf(each.kind, nominalPoints(0, each.to, each.step));
+        QStringList notes = wheel.notes;
+        notes.removeAll("the flange back is not seen: positions count from the first point");
+        EXPECT_EQ(notes.join("; ").toStdString(), each.notes) << each.kind << ' ' << each.to;
+        EXPECT_EQ(wheel.isComplete(), *each.notes == '\0');
+    }
+    KvMath::KvPointCloud<KvMath::KvPointXYZ> glint = nominalPoints(0, 130, 0.25);
+    const auto tip = std::min_element(glint.points.begin(), glint.points.end(),
+                                      [](const auto& a, const auto& b) { return a.z < b.z; });
+    tip->z -= 2;
+    const WheelResult withGlint = valuesOf(0, glint);
+    EXPECT_EQ(
+        withGlint.notes.join("; ").toStdString(),
+        "the flange tip stands 2.0 mm apart in the section: a reflection; radius, heights, thickness and "
+        "steepness are left out");
+    EXPECT_TRUE(std::isfinite(withGlint.backY) && std::isnan(withGlint.values.value[0]));
+
+    for (const int missing : {-1, 0, 1, 8, 9, 10}) {
+        WheelResult wheel = valuesOf(0, nominalPoints(0, 130, 0.25));
+        if (missing >= 0)
+            wheel.values.value[missing] = std::nan("");
+        EXPECT_EQ(wheel.isComplete(), missing < 0 || missing == 8 || missing == 10) << missing;
+    }
+}
+
+TEST(WheelSections, TellReflectionsAndRadiiThatNoWheelHas) {
+    const struct {
+        std::vector<double> depths;
+        int index;
+        double apart;
+    } cases[] = {{{5, 5, 5, 3, 5, 5, 5}, 3, 2},       {{5, 5, 3, 3, 3, 5, 5}, 3, 2},
+                 {{5, 5, 3, 3, 3, 3, 5, 5}, 3, 0},    {{6, 4.33, 3.33, 3, 3.33, 4.33, 6}, 3, 0},
+                 {{5, 5, 5, 4.6, 5, 5, 5}, 3, 0},     {{5, 5, 3, 5, 5, 5}, 2, 0},
+                 {{5, 5, 5, 3, 5, 5}, 3, 0},          {{3, 5, 5, 5, 5, 5, 5}, 0, 0},
+                 {{5.5, 5, 5.5, 3, 5, 5.5, 5}, 3, 2}, {{5, 5, 5, 3, 5, 5, 99}, 3, 2}};
+    for (const auto& each : cases)
+        EXPECT_DOUBLE_EQ(reflectionAt(each.depths, each.index), each.apart) << &each - cases;
+    for (const double radius : {124.9, 125.0, 1300.0, 1300.5}) {
+        WheelResult wheel;
+        wheel.circle.radius = static_cast<float>(radius);
+        const bool isOne = radius >= 125 && radius <= 1300;
+        EXPECT_EQ(isWheelCircle(wheel), isOne) << radius;
+        EXPECT_EQ(std::isnan(wheel.circle.radius), !isOne);
+        EXPECT_EQ(wheel.notes.join(' ').toStdString(),
+                  isOne ? std::string()
+                        : "no wheel: the radius of the flange tip is " +
+                              QString::number(radius, 'f', 1).toStdString() +
+                              " mm; that of a wheel is 125 to 1300");
     }
 }
 
