@@ -54,6 +54,55 @@ TEST(Reflections, OfACleanRecordAreNone) {
     }
 }
 
+// Lines that rise evenly, so that a position is as far off as it was moved: 9/32 of a pixel are too far.
+TEST(Reflections, AreExactlyThePositionsThatWereMoved) {
+    RawRecord record;
+    record.parameters.assign(KvMath::kCalibrationSteps, 0);
+    record.positions.resize(std::size_t(KvMath::kSensorColumns) * KvMath::kCalibrationSteps);
+    const auto at = [&record](int column, int step) -> unsigned short& {
+        return record.positions[std::size_t(column * KvMath::kCalibrationSteps + step)];
+    };
+    for (int column = 0; column < KvMath::kSensorColumns; ++column) {
+        for (int step = 0; step < KvMath::kCalibrationSteps; ++step)
+            at(column, step) = static_cast<unsigned short>(1000 + 10 * step + column / 4);
+    }
+    for (int column = 100; column < 160; ++column)
+        std::fill_n(&at(column, 200), 100, static_cast<unsigned short>(0));
+    at(130, 250) = 3532;  // of its line, but alone
+    for (const auto& [column, step] : {std::pair(3, 1), {7, 500}, {401, 998}, {600, 2}, {644, 502}})
+        at(column, step) = static_cast<unsigned short>(at(column, step) + 7);
+    RawRecord expected = record;
+    int moved = 0;
+    for (const auto& [column, step] :
+         {std::pair(0, 0), {647, 0}, {0, 999}, {647, 999}, {300, 500}, {301, 503}, {99, 250}})
+        for (const int by : {9, -9, 3000}) {
+            const int c = std::abs(column - moved % 3),
+                      s = step > 500 ? step - 30 * (moved % 3) : step + 30 * (moved % 3);
+            at(c, s) = static_cast<unsigned short>(at(c, s) + (by < 0 && at(c, s) < 1100 ? 9 : by));
+            expected.positions[std::size_t(c * KvMath::kCalibrationSteps + s)] = 0;
+            ++moved;
+        }
+    expected.positions[std::size_t(130 * KvMath::kCalibrationSteps + 250)] = 0;
+    const CleanReport report = dropReflections(record);
+    EXPECT_TRUE(record.positions == expected.positions);
+    EXPECT_EQ(report.found, 648'000 - 6'000 + 1);
+    EXPECT_EQ(report.strays, moved);
+    EXPECT_EQ(report.alone, 1);
+    EXPECT_NEAR(report.scatter, 1 / std::sqrt(12.0) / 32, 1e-4) << "that of rounding";
+    EXPECT_EQ(report.limit, 0.25);
+    EXPECT_EQ(whyNotFlat(report), "");
+    CleanReport bad = report;
+    bad.found = 11 * report.dropped();
+    EXPECT_EQ(whyNotFlat(bad), "");
+    bad.found = 9 * report.dropped();
+    EXPECT_THAT(whyNotFlat(bad).toStdString(), testing::StartsWith("11.11 % of the positions lie far from"));
+    bad = report;
+    bad.scatter = 4;
+    EXPECT_EQ(whyNotFlat(bad), "");
+    bad.scatter = 4.5;
+    EXPECT_THAT(whyNotFlat(bad).toStdString(), testing::StartsWith("the positions scatter by 4.5 pixels"));
+}
+
 TEST(Reflections, AreLeftOutUntilTheTableIsAsGoodAsItsUnitsAllow) {
     CalibrationRecipe recipe;
     recipe.reflections = 0.01;

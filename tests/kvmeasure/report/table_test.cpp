@@ -128,6 +128,9 @@ TEST(CalibrationReports, ReachFromEdgeToEdge) {
     table.cells(Half::Z)[0] = 16384;
     table.cells(Half::Z)[KvMath::kSensorRows * PixelTable::kColumns - 1] = 4096;
     const QJsonObject facts = factsOf(table, 100, 50, false).json;
+    EXPECT_EQ(raw["form"], "raw record");
+    EXPECT_EQ(facts["form"], "compact table");
+    EXPECT_EQ(formName(CalibrationForm::FullTable), "full table");
     EXPECT_EQ(facts["filledZ"], 2);
     EXPECT_EQ(facts["columnsZ"].toArray(), (QJsonArray{0, 647}));
     EXPECT_EQ(facts["rowsZ"].toArray(), (QJsonArray{0, 487}));
