@@ -18,7 +18,7 @@ TEST(Errors, NameParametersAsTheHeadersDoAndAsAHostDoes) {
     const ParameterName host = [](const QString& name) { return "--" + name; };
     EXPECT_EQ(error.text(host), QString::fromUtf8("give --pitch or --columns\u00B5"));
     EXPECT_EQ(error.at("a.csv").text(host), QString::fromUtf8("a.csv: give --pitch or --columns\u00B5"));
-    for (const char* open : {"\x01", "\x02", "\x02 \x01", "a\x01 b"}) {
+    for (const char* open : {"\x01", "\x02", "\x02 \x01", "a\x01 b", "a\x02"}) {
         EXPECT_EQ(withParameters(open, host), open) << "a mark without its other is text";
         EXPECT_EQ(Error(open).parameter(), "");
     }

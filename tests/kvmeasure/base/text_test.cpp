@@ -38,11 +38,11 @@ TEST(Texts, NumbersAreReadWhole) {
 TEST(Texts, NumbersAreShownWithoutASignOfNothing) {
     const double inf = std::numeric_limits<double>::infinity();
     const std::pair<QString, const char*> cases[] = {
-        {mm(-0.00004), "0.0000"},        {mm(-0.00006), "-0.0001"}, {mm(12345.67896), "12345.6790"},
-        {mm(-2.5e8), "-2.5e+08"},        {mm(inf), "inf"},          {mm(std::nan("")), "nan"},
-        {percent(1, 3), "33.33 %"},      {percent(1, 0), "-"},      {percent(1, std::nan("")), "-"},
-        {fixed(-0.4, 0), "0"},           {fixed(-0.6, 0), "-1"},    {counted(1, "line"), "1 line"},
-        {counted(0, "line"), "0 lines"},
+        {mm(-0.00004), "0.0000"}, {mm(-0.00006), "-0.0001"},       {mm(12345.67896), "12345.6790"},
+        {mm(-2.5e8), "-2.5e+08"}, {mm(1.2e7), "1.2e+07"},          {mm(9999999.5), "9999999.5000"},
+        {mm(inf), "inf"},         {mm(std::nan("")), "nan"},       {percent(1, 3), "33.33 %"},
+        {percent(1, 0), "-"},     {percent(1, std::nan("")), "-"}, {fixed(-0.4, 0), "0"},
+        {fixed(-0.6, 0), "-1"},   {counted(1, "line"), "1 line"},  {counted(0, "line"), "0 lines"},
     };
     for (const auto& [shown, expected] : cases)
         EXPECT_EQ(shown, expected);
@@ -70,15 +70,25 @@ TEST(Texts, WordsAreListedAndTheNearestIsSuggested) {
     EXPECT_EQ(alternatives({"a"}), "a");
     EXPECT_EQ(alternatives({}), "");
     const QStringList words{"median", "mean", "middle-by-x"};
-    const std::pair<QString, const char*> cases[] = {
-        {"meidan", "median"}, {"MEAN", "mean"}, {"mid", "middle-by-x"}, {"smooth", "median"}, {"xyz", ""},
-        {"mi", ""},           {"", ""},         {QString(65, 'm'), ""}};
+    const std::pair<QString, const char*> cases[] = {{"meidan", "median"},
+                                                     {"MEAN", "mean"},
+                                                     {"mid", "middle-by-x"},
+                                                     {"smooth", "median"},
+                                                     {"xyz", ""},
+                                                     {"mi", ""},
+                                                     {"", ""},
+                                                     {QString(65, 'm'), ""},
+                                                     {"med", "median"},
+                                                     {"meann", "mean"},
+                                                     {"qqqmean", ""}};
     for (const auto& [word, near] : cases)
         EXPECT_EQ(suggestion(word, words, {{"smooth", "median"}}),
                   *near == '\0' ? QString() : QString("; did you mean \"%1\"?").arg(near))
             << word.toStdString();
     EXPECT_EQ(filledIn("%1 of %2, %3%", QString("a%2"), 0.1F + 1, 10), "a%2 of 1.1, 10%");
     EXPECT_EQ(filledIn("%0 %2 %", QString("a")), "%0 %2 %") << "no such value";
+    for (const char* plain : {"H\u00F6he ~ \u4E2D", "a b", ""})
+        EXPECT_EQ(printable(QString::fromUtf8(plain)), QString::fromUtf8(plain));
     EXPECT_EQ(printable("a\nb\x1b"
                         "c" +
                         QString(QChar(0x202E)) + QChar(0x9B)),

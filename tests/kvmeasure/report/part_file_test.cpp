@@ -152,14 +152,6 @@ TEST_F(Parts, WhatDoesNotGoTogetherIsRefused) {
     EXPECT_THAT(partOf("held.csv", head(), list), HasSubstr("another run of kvmeasure writes this part"));
     EXPECT_TRUE(PartFile("a.csv", head(), list).isComplete());
     EXPECT_EQ(read("a.csv"), whole);
-    // What a run left that was killed at its end goes; what is none of the program's stays.
-    { const PartFile begun("begun.csv", head(), list); }
-    const QByteArray begun = read("begun.csv.partial");
-    for (const QByteArray& left : {begun, QByteArray("mine\n")}) {
-        write("a.csv.partial", left);
-        EXPECT_TRUE(PartFile("a.csv", head(), list).isComplete());
-        EXPECT_EQ(read("a.csv.partial"), left == begun ? "none" : left);
-    }
 
     make("b.csv", names(3, 4), head("bb"));
     PartHead columns = head();
@@ -179,13 +171,6 @@ TEST_F(Parts, WhatDoesNotGoTogetherIsRefused) {
                   {{"a.csv", "out.csv"}, "out.csv: is read by this command"}};
     for (const auto& merge : merges)
         EXPECT_THAT(textOf(errorOf([&] { mergeParts(merge.parts, "out.csv"); })), HasSubstr(merge.reason));
-    ASSERT_TRUE(whole.contains("\"missed\":1"));
-    for (const char* bad : {"\"missed\":-1", "\"missed\":0.5", "\"missed\":1e17", "\"other\":1"}) {
-        write("bad.csv", QByteArray(whole).replace("\"missed\":1", bad));
-        EXPECT_THAT(textOf(errorOf([] { mergeParts({"bad.csv"}, "out.csv"); })),
-                    HasSubstr("bad.csv: is no complete part"))
-            << bad;
-    }
     EXPECT_EQ(read("out.csv"), "none");
 }
 
@@ -214,8 +199,7 @@ TEST_F(Parts, WhatAFullDiskOrAnotherHandLeavesIsNamed) {
     QDir().mkpath("taken.csv.partial");
     QDir().mkpath("folder.csv");
     EXPECT_THAT(errorFrom("taken.csv"), HasSubstr("taken.csv.partial: is no partial result; move it away"));
-    EXPECT_THAT(errorFrom("folder.csv"),
-                HasSubstr("folder.csv: cannot be written: it is not a regular file"));
+    EXPECT_THAT(errorFrom("folder.csv"), HasSubstr("folder.csv: is there and is no complete part"));
     // Killed between the last two steps: the partial result is still there.
     make("whole.csv", names(0, 5));
     const QByteArray whole = read("whole.csv");
@@ -238,7 +222,7 @@ TEST_F(Parts, ASummaryThatWasChangedIsNoSummary) {
         {"\"files\":5", "\"files\":-5"},     {"\"rows\":6", "\"rows\":6.5"},
         {"\"missed\":1", "\"missed\":1e20"}, {"\"failed\":2", "\"failed\":\"\""},
         {"\"list\":\"", "\"list\":\"x"},     {"# part {", "# part ["},
-        {"\"files\":5", "\"files\":6"}};
+        {"\"missed\":1", "\"other\":1"}};
     for (const auto& [from, to] : changes) {
         ASSERT_TRUE(whole.contains(from)) << from.constData();
         write("b.csv", QByteArray(whole).replace(from, to));
@@ -334,6 +318,8 @@ TEST(ListDigest, TellsOrderAndContentAndIsReadBack) {
     ASSERT_TRUE(read.read(joined.text(), 3));
     EXPECT_EQ(read, joined);
     EXPECT_NE(ListDigest(), joined);
+    EXPECT_EQ(digestOf({"part_1.csv", "H\xC3\xB6he.csv", "x"}).text(), "36dac5481caa04b7")
+        << "as parts hold it";
     const QByteArray text = joined.text();
     for (const QByteArray& bad :
          {QByteArray(), text.left(15), text + '0', "g" + text.mid(1), text.left(8) + "xxxxxxxx",
