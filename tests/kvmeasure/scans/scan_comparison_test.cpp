@@ -113,6 +113,45 @@ TEST(SpaceMotions, TurnBackAndOneAfterTheOther) {
     }
 }
 
+// Points at known distances from a ball. Triangles with sides of up to 0.5 mm, where it falls by 45 degrees,
+// lie up to 0.25^2 / 60 mm below it.
+TEST(CompareScans, DeviationsAreDistancesFromTheSurface) {
+    const SpaceVector centre{0, -10, 15};
+    std::mt19937 random(5);
+    std::uniform_real_distribution<double> across(-17, 17), off(-0.4, 0.4);
+    Scan part;
+    std::vector<double> distances;
+    std::vector<int> isInside;  // 1, 0: outside, -1: up to half a step and more beyond the border
+    for (int i = 0; i < 3000; ++i) {
+        const double x = across(random), z = across(random) + 15;
+        const SpaceVector foot{x, ball(x, z), z};
+        const SpaceVector p = foot + (off(random) / 30) * (foot - centre);
+        part.add(KvPointXYZ(float(p.x), float(p.y), float(p.z)));
+        distances.push_back(length(p - centre) - 30);
+        const double within = 15 - std::max(std::fabs(x), std::fabs(z - 15));
+        isInside.push_back(within < 0.001 && within > -0.2 ? -1 : within > 0);
+    }
+    ScanComparisonSettings settings = with(Alignment::None);
+    settings.leavesStraysOut = false;
+    for (const bool isStack : {true, false}) {
+        const Scan cloud = sampled(ball, 0, 1);
+        const ScanComparison result = compareScans(part, isStack ? asStack(cloud) : cloud, settings);
+        ASSERT_EQ(result.deviations.size(), distances.size());
+        for (std::size_t i = 0; i < distances.size(); ++i) {
+            if (isInside[i] >= 0) {
+                ASSERT_EQ(std::isfinite(double(result.deviations[i])), isInside[i] == 1) << i;
+            }
+            if (isInside[i] == 1) {
+                ASSERT_GT(double(result.deviations[i]), distances[i] - kFloatPrecision) << i;
+                ASSERT_LT(double(result.deviations[i]), distances[i] + 0.0011) << i;
+            }
+        }
+        const auto [least, most] = std::minmax_element(distances.begin(), distances.end());
+        EXPECT_NEAR(result.smallest.value, *least, 0.01);
+        EXPECT_NEAR(result.largest.value, *most, 0.01);
+    }
+}
+
 TEST(CompareScans, AMasterLiesOnItself) {
     const Scan stack = asStack(sampled(bumps, 0.02, 1));
     Scan moved = stack;
