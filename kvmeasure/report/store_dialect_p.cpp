@@ -19,6 +19,8 @@
 #include <kvmeasure/report/store_session_p.h>
 
 #include <QtCore/QFileInfo>
+#include <QtCore/QMap>
+#include <QtCore/QRegularExpression>
 
 namespace KvMeasure::Internal {
 
@@ -109,25 +111,17 @@ public:
     QString failure(const QString& code, const QString& text, double wait) const override {
         constexpr int kPrimary = 0xff, kBusy = 5, kLocked = 6, kReadOnly = 8, kInputOutput = 10,
                       kDamaged = 11, kFull = 13, kCannotOpen = 14, kNoDatabase = 26;
-        switch (code.toInt() & kPrimary) {
-        case kBusy:
-        case kLocked:
-            return filledIn("is locked: another program holds it for more than %1 s; try again", wait);
-        case kReadOnly:
-            return "is read-only, or its folder is; nothing was stored";
-        case kFull:
-            return "the disk is full; what was stored before is not affected";
-        case kCannotOpen:
-            return "cannot be opened; may its folder be written?";
-        case kNoDatabase:
-            return "is no results store";
-        case kDamaged:
-            return kDamagedText;
-        case kInputOutput:
-            return filledIn("cannot be read or written (%1); what was stored before is not affected", text);
-        default:
-            return text;
-        }
+        const char* const locked = "is locked: another program holds it for more than %2 s; try again";
+        static const QMap<int, const char*> words{
+            {kBusy, locked},
+            {kLocked, locked},
+            {kReadOnly, "is read-only, or its folder is; nothing was stored"},
+            {kInputOutput, "cannot be read or written (%1); what was stored before is not affected"},
+            {kDamaged, kDamagedText},
+            {kFull, "the disk is full; what was stored before is not affected"},
+            {kCannotOpen, "cannot be opened; may its folder be written?"},
+            {kNoDatabase, "is no results store"}};
+        return filledIn(words.value(code.toInt() & kPrimary, "%1"), text, wait);
     }
 
 private:
@@ -224,42 +218,45 @@ public:
 
     /// The library of the server gives no code for this, but English words.
     QString unopened(const QString& fault) const override {
-        const auto has = [&fault](const char* words) { return fault.contains(words); };
-        if (has("database \"") && has("does not exist"))
-            return filledIn("there is no such database on the server; make it there with \"createdb\" (%1)",
-                            fault);
-        if (has("permission denied"))
-            return filledIn("the user may not open this database (%1)", fault);
-        if (has("role \"") || has("authentication") || has("password") || has("pg_hba.conf"))
-            return filledIn("the server refuses this user; the URL names the user, PGPASSWORD or ~/.pgpass "
-                            "has the password (%1)",
-                            fault);
-        if (has("refused") || has("No such file") || has("could not translate") || has("timeout expired") ||
-            has("timed out") || has("unreachable") || has("No route"))
-            return filledIn("no server answers there; does PostgreSQL run, are host and port right? (%1)",
-                            fault);
+        static const struct {
+            QRegularExpression words;
+            const char* text;
+        } kFaults[] = {
+            {QRegularExpression("(?s)database \".*does not exist"),
+             "there is no such database on the server; make it there with \"createdb\" (%1)"},
+            {QRegularExpression("permission denied"), "the user may not open this database (%1)"},
+            {QRegularExpression("role \"|authentication|password|pg_hba\\.conf"),
+             "the server refuses this user; the URL names the user, PGPASSWORD or ~/.pgpass has the password "
+             "(%1)"},
+            {QRegularExpression("refused|No such file|could not translate|timeout expired|timed out|"
+                                "unreachable|No route"),
+             "no server answers there; does PostgreSQL run, are host and port right? (%1)"}};
+        for (const auto& known : kFaults) {
+            if (fault.contains(known.words))
+                return filledIn(known.text, fault);
+        }
         return filledIn("cannot be connected to: %1", fault);
     }
 
     /// https://www.postgresql.org/docs/current/errcodes-appendix.html
     QString failure(const QString& code, const QString& text, double wait) const override {
-        if (code.startsWith("08") || code == "57P01" || code == "57P02" || code == "57P03")
-            return filledIn("the connection to the server was lost; what was said to be stored is there "
-                            "(%1)",
-                            text);
-        if (code == "42501")
-            return filledIn("the user has not the rights that this takes; the owner of the store gives them "
-                            "with GRANT (%1)",
-                            text);
-        if (code == "55P03" || code == "57014")
-            return filledIn("is locked: another program holds it for more than %1 s; try again", wait);
-        if (code == "25006")
-            return "is read-only; nothing was stored";
-        if (code == "53100")
-            return "the disk of the server is full; what was stored before is not affected";
-        if (code == "42P01" || code == "42703")
-            return "tables are missing in it, it is no results store any more";
-        return text;
+        const char* const lost =
+            "the connection to the server was lost; what was said to be stored is there (%1)";
+        const char* const locked = "is locked: another program holds it for more than %2 s; try again";
+        const char* const missing = "tables are missing in it, it is no results store any more";
+        static const QMap<QString, const char*> words{
+            {"57P01", lost},
+            {"57P02", lost},
+            {"57P03", lost},
+            {"42501", "the user has not the rights that this takes; the owner of the store gives them with "
+                      "GRANT (%1)"},
+            {"55P03", locked},
+            {"57014", locked},
+            {"25006", "is read-only; nothing was stored"},
+            {"53100", "the disk of the server is full; what was stored before is not affected"},
+            {"42P01", missing},
+            {"42703", missing}};
+        return filledIn(code.startsWith("08") ? lost : words.value(code, "%1"), text, wait);
     }
 };
 
