@@ -306,8 +306,9 @@ void report(const QString& file, const Fit& fit, bool isJson) {
         facts.add("sagitta", "height of the arc, mm", fit.sagitta);
     if (fit.kind == "circle")
         facts.json["determined"] = fit.isGood() && fit.note.isEmpty();
-    if (!fit.note.isEmpty())
-        facts.json["note"] = fit.note;
+    const QString note = fit.isGood() ? fit.note : filledIn("the points do not determine a %1", fit.kind);
+    if (!note.isEmpty())
+        facts.json["note"] = note;
     facts.json["file"] = file;
     facts.json["kind"] = fit.kind;
     facts.json["good"] = fit.isGood();
@@ -316,7 +317,7 @@ void report(const QString& file, const Fit& fit, bool isJson) {
         printJson(facts.json);
     else
         print(printable(file) + ": " + fit.kind + (fit.isGood() ? "" : " (NO RESULT)") + '\n' +
-              facts.table.text() + (fit.note.isEmpty() ? "" : fit.note + '\n'));
+              facts.table.text() + (note.isEmpty() ? "" : note + '\n'));
 }
 
 void draw(const QString& path, Picture picture, const Fit& fit) {

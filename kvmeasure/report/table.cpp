@@ -149,7 +149,8 @@ void Facts::add(const char* key, const QString& what, const QString& value, cons
 
 void Facts::add(const char* key, const QString& what, double value) {
     constexpr int kDigits = 10;
-    add(key, what, QString::number(value + 0.0, 'g', kDigits), jsonNumber(value));  // no -0
+    add(key, what, std::isnan(value) ? QString("-") : QString::number(value + 0.0, 'g', kDigits),  // no -0
+        jsonNumber(value));
 }
 
 void Facts::add(const char* key, const QString& what, const Span& span) {

@@ -71,7 +71,7 @@ struct KVMEASURE_EXPORT Facts {
 
     /// Adds a row, and the number under the key; an empty key: the row alone. The key must not be null.
     void add(const char* key, const QString& what, const QString& value, const QJsonValue& number);
-    void add(const char* key, const QString& what, double value);      ///< adds a number with ten digits
+    void add(const char* key, const QString& what, double value);  ///< a number with ten digits, NaN as "-"
     void add(const char* key, const QString& what, const Span& span);  ///< adds a range, mm
 };
 

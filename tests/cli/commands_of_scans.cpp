@@ -34,6 +34,9 @@ TEST_F(Commands, ScansRefuseOptionsThatContradict) {
          2,
          {"--remove and --level exclude each other"}},
         {"scan outline s.xyz --raw --merge 3", 2, {"--merge"}},
+
+        {"scan outline s.xyz --level 5.5 --raw --json", 1, {"\"levelReason\": \"given\""}},
+        {"scan plane s.xyz --remove below --out o.xyz", 0, {"c, mm 4.811111111\n"}},
         {"scan outline s.xyz --all-points --gap 3", 2, {"--gap"}},
         {"scan outline s.xyz --raw --edge-compensation on", 2, {"--raw adds nothing at free edges"}},
         {compare + "s.xyz --band 1,0", 2, {"--band needs the least deviation first"}},
@@ -55,6 +58,7 @@ TEST_F(Commands, ProfilesAreComparedFitAndToldInWords) {
     write("p.csv", "0,0\n1,0\n2,0\n3,0\n4,0\n");
     write("q.csv", "0,0\n1,0.5\n2,0\n3,0\n4,0\n");
     write("far.csv", "100,0\n101,0\n102,0\n");
+    write("two.csv", "x,z\n1,1\n2,2\n");
     write("empty.csv", "");
     write("gap.csv", "0,0\n1,\n2,0\n3,0\n4,1\n");
     expect({
@@ -69,6 +73,10 @@ TEST_F(Commands, ProfilesAreComparedFitAndToldInWords) {
         {"fit p.csv --circle --svg c.svg", 1, {}},
         {"fit q.csv --parabola --svg q.svg", 0, {"q.csv"}},
         {"fit p.csv --plane", 2, {"p.csv"}},
+        {"fit two.csv --parabola",
+         1,
+         {"parabola (NO RESULT)", "a -\n", "the points do not determine a parabola\n"}},
+
         {"lines p.csv --raw --edge-compensation on", 2, {"--raw"}},
         {"info gap.csv p.csv", 0, {"gap.csv"}},
         {"filter gap.csv out.csv --steps mean~3", 0, {"1 unset points left out"}},
@@ -167,6 +175,18 @@ TEST_F(Commands, InfoSaysWhatWasTakenOfATextAndWhatWasNot) {
         parted += "part " + QByteArray::number(i) + "\n" + QByteArray::number(i) + ",1\n";
     write("parted.csv", parted);
     write("foot.csv", "a title\nn,x,z\n1,1,2\n\nfoot\n");
+    write("one.csv", "1\n2\n3\n4\n");
+    write("row.csv", "1,2,3,4,5,6\n1,2,3,4,5,7\n");
+    QByteArray wide = QByteArray::fromHex("fffe"), many;
+    for (const char c : QByteArray("x,z\n1,2\n3,4\n"))
+        wide += QByteArray(1, c) + QByteArray(1, '\0');
+    for (int i = 1; i <= 30; ++i)
+        many += "c" + QByteArray::number(i) + (i < 30 ? ',' : '\n');
+    write("wide.csv", wide);
+    write("many.csv", many + QByteArray("1,").repeated(29) + "1\n");
+    write("four.csv", "x,y,z,t\n1,2,3,a\n2,3,4,b\n");
+    write("units.csv", "x [um],z\n1,2\n");
+    write("cut.bin", QByteArray("\x05\x02\0", 3) + QByteArray(9, '\0'));
     expect({
         {"info tabs.csv",
          0,
@@ -175,6 +195,19 @@ TEST_F(Commands, InfoSaysWhatWasTakenOfATextAndWhatWasNot) {
         {"info parted.csv",
          0,
          {"CSV, 10 profiles", "line 15 (text between the rows), ...", "x counts 0, 1, 2, ..."}},
+        {"info one.csv --pitch 0.5",
+         0,
+         {"height: column 1 in mm, 0.5 mm apart", "0.0000 .. 1.5000 1.0000 .. 4.0000"}},
+        {"info one.csv", 2, {"column 1 holds heights alone; give their distance along x with --pitch MM"}},
+        {"info one.csv --pitch 0.5 --json", 0, {"\"pitch\": 0.5", "\"x\": null"}},
+        {"info row.csv --pitch 0.5 --json", 0, {"\"profilePerRow\": true"}},
+        {"info wide.csv --json", 0, {"\"encoding\": \"UTF-16\"", "\"name\": \"x\""}},
+        {"info four.csv --columns z,x", 0, {"x: column 3 \"z\" in mm, height: column 1 \"x\""}},
+        {"info four.csv --columns 0,1", 2, {"\"0\" is no column"}},
+        {"info four.csv --columns 1.5,1", 2, {"\"1.5\" is no column"}},
+        {"info units.csv", 2, {"has no unit, "}},
+        {"info many.csv", 2, {"the columns are \"c1\", ", "..."}},
+        {"info cut.bin --json", 2, {"cut.bin"}},
         {"info foot.csv",
          0,
          {"column 3 \"z\" in mm", "line 1 (title), line 2 (heading), line 5 (text below the rows)"}},
