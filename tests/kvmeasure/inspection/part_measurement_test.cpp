@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 
 #include <numeric>
+#include <random>
 
 namespace {
 
@@ -104,6 +105,43 @@ TEST(PartMeasurement, ASearchThatIsGivenUpThrowsAndTheNextProfileIsMeasured) {
     PartMeasurement part(twoRuns(8));
     EXPECT_THROW(part.measure(runs(std::vector<double>(12, 10))), Error);
     EXPECT_TRUE(part.measure(runs(std::vector<double>(8, 10))).isFound());
+}
+
+// A step that is above its limit in some runs alone, a place that heights do not move, and points too few.
+TEST(PartMeasurement, SimulatedNoiseSaysInHowManyRunsAValueIsMissing) {
+    InspectionPlan plan;
+    plan.regions = {parseRegion("R = all")};
+    KvMath::KvProfile profile;
+    std::mt19937 random(3);
+    std::normal_distribution<float> noise(0, 0.01F);
+    for (int i = 0; i < 400; ++i)
+        profile.points.append({0.1F * float(i), (i < 200 ? 0 : 1) + noise(random)});
+    addTools("e = edge in R window 3; m = max in R; r = max in R of x; b = box in R", plan);
+    const double height = PartMeasurement(plan).measure(profile).best.values[2].value;
+    bool isKnown[2] = {false, false};
+    for (const double margin : {1e-4, 0.02, 0.06}) {
+        plan.tools[0].set("least", QString::number(height - margin, 'f', 6));
+        PartSettings settings;
+        settings.monteCarloRuns = 40;
+        PartMeasurement part(plan, settings);
+        const QList<Value> values = part.measure(profile).best.values;
+        ASSERT_EQ(values[2].name, "e.height");
+        const QString word = values[2].warning.section("missing in ", 1).section(' ', 0, 0);
+        isKnown[std::isfinite(values[2].u)] = true;
+        EXPECT_EQ(std::isfinite(values[2].u), word.toInt() <= 20) << values[2].warning.toStdString();
+        EXPECT_EQ(values[2].warning.contains("no uncertainty: missing in"), word.toInt() > 20);
+        EXPECT_NEAR(values[3].u, 0.01, 0.005);
+        EXPECT_EQ(values[3].degreesOfFreedom, 39);
+        EXPECT_EQ(values[5].name, "r");
+        EXPECT_NE(values[5].degreesOfFreedom, 39) << "noise on heights says nothing of a place";
+    }
+    EXPECT_TRUE(isKnown[1]);
+    profile.points = profile.points.mid(0, 2);
+    PartSettings settings;
+    settings.monteCarloRuns = 40;
+    for (const Value& value : PartMeasurement(plan, settings).measure(profile).best.values)
+        EXPECT_TRUE(!value.isValid || std::isfinite(value.u) || value.aboutU.startsWith("no uncertainty: "))
+            << value.name.toStdString();
 }
 
 TEST(OrderedJobs, GiveResultsAndErrorsInTheOrderOfTheInputs) {

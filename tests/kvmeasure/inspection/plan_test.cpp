@@ -9,6 +9,9 @@
 
 #include <QtCore/QRegularExpression>
 
+#include <cmath>
+#include <utility>
+
 namespace {
 
 using namespace KvMeasure;
@@ -157,6 +160,71 @@ TEST_F(Plans, WithDamageNameThePlace) {
     expectRefused("[]", "expected a JSON object");
     expectRefused("", "line 1, column ");
     expectRefused(QByteArray((4 << 20) + 1, ' '), "a template has at most 4194304");
+}
+
+TEST_F(Plans, WithDamagedToolsNameThePlace) {
+    InspectionPlan plan = taught("depth = distance floor right");
+    plan.regions = {parseRegion("R = x -6..0.1 at A"), parseRegion("S = second z 1..2"),
+                    parseRegion("T = all at B")};
+    plan.anchors = {parseAnchor("A = line in S from 1 2 30"), parseAnchor("B = template left")};
+    addTools("t1 = max in S; t2 = percentile 5 in T of x; t3 = area in R above 0.5", plan);
+    plan.calibration.ofUnit = {{"mm", 0.002}};
+    plan.master.emplace();
+    plan.master->profile.points = {{0, 1}, {7, 1}};
+    plan.master->lower = -0.5;
+    const QByteArray good = planText(plan);
+    EXPECT_EQ(planText(reread(good)), good);
+    EXPECT_EQ(plan.master->text(), "master: 2 points, align registration, band -0.5..");
+    const struct {
+        const char *from, *to, *reason;
+    } cases[] = {
+        {"\"name\": \"A\"", "\"name\": \"1\"",
+         "\"1\" is no name: letters, digits, - and _, and not a number"},
+        {"\"region\": \"S\"", "\"region\": \"\"", "the region is missing"},
+        {"\"line\": \"left\"", "\"line\": \"\"", "the template line is missing"},
+        {"\"region\": \"S\"", "\"region\": \"Q\"", "there is no region \"Q\"; known: R, S, T"},
+        {"\"line\": \"left\"", "\"line\": \"lft\"",
+         "there is no template line \"lft\"; known: left, floor, right; did"},
+        {"\"at\": \"A\"", "\"at\": \"Q\"", "there is no anchor \"Q\"; known: A, B, left, floor, right"},
+        {"\"profile\": \"second\"", "\"profile\": \"third\"", "under \"profile\", found \"third\""},
+        {"\"name\": \"t2\"", "\"name\": \"t1\"", "tools[1] \"t1\": there is a result \"t1\" already"},
+        {"\"name\": \"t2\"", "\"name\": \"depth\"", "there is a result \"depth\" already"},
+        {"\"points\": [", "\"points\": [[1], ", "master.points[0]: expected two numbers [X, Z]"},
+        {"\"points\": [", "\"points\": [[1, \"a\"], ", "master.points[0]: expected two numbers [X, Z]"},
+        {"\"name\": \"master\"", "\"name\": \"1\"", "\"1\" is no name"},
+        {"-0.5", "1e300, -1", "master"},
+        {"0.002", "-0.002", "calibration"},
+        {"0.002", "1e300", "calibration"},
+        {"\"bend\"", "\"curve\"",
+         "expected two of \"free\", \"straight\", \"bend\" and ends of template lines"},
+        {"\"numOfLines\": 3", "\"numOfLines\": 2.5", "from 0 to 1000"},
+        {"\"refineIterations\": 3", "\"refineIterations\": 2.5", "\"refineIterations\" must be"},
+        {"\"refineIterations\": 3", "\"refineIterations\": 1e9", "\"refineIterations\" must be"},
+        {"\"align\": \"registration\"", "\"align\": \"registr\"",
+         "\"align\" must be none, registration or template"},
+    };
+    for (const auto& c : cases) {
+        ASSERT_TRUE(good.contains(c.from)) << c.from;
+        expectRefused(QByteArray(good).replace(c.from, c.to), c.reason);
+    }
+    for (double* value :
+         {&plan.anchors[0].taught.place.x, &plan.anchors[0].taught.place.y, &plan.anchors[0].taught.turn}) {
+        const double before = std::exchange(*value, NAN);
+        EXPECT_EQ(plan.anchors[0].fault(), "its taught place is not finite");
+        *value = before;
+    }
+    std::swap(plan.regions[1].minZ, plan.regions[1].maxZ);
+    EXPECT_EQ(plan.regions[1].fault(), "its z runs from 2 to 1; the smaller number comes first");
+    plan.master->upper = -1;
+    plan.master->keepsAll = true;
+    EXPECT_EQ(plan.master->fault(), "the band needs its least deviation first");
+    EXPECT_EQ(plan.master->text(), "master: 2 points, align registration, all points, band -0.5..-1");
+    plan.master->profile.points[1].x = NAN;
+    EXPECT_EQ(plan.master->fault(), "a master needs two points");
+    EXPECT_EQ(plan.tools[0].set("of", "x") + plan.tools[0].set("none", "x"), "has no setting \"none\"");
+    plan.tools[0].kind = nullptr;
+    EXPECT_EQ(plan.tools[0].fault(), "has no kind");
+    EXPECT_EQ(plan.tools[0].set("of", "x"), "has no setting \"of\"");
 }
 
 TEST_F(Plans, NamesMayBeNumbersOrEmptyAndEqualWhereNothingNamesThem) {

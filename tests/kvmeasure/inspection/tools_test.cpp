@@ -1,7 +1,14 @@
 // Tools on regions: words, places, values, and the reasons of those that cannot be had.
 
 #include <kvmeasure/inspection/kinds/area.h>
+#include <kvmeasure/inspection/kinds/average.h>
+#include <kvmeasure/inspection/kinds/bridge.h>
+#include <kvmeasure/inspection/kinds/corner.h>
+#include <kvmeasure/inspection/kinds/extreme.h>
+#include <kvmeasure/inspection/kinds/groove.h>
+#include <kvmeasure/inspection/kinds/order_noise.h>
 #include <kvmeasure/inspection/plan.h>
+#include <kvmeasure/inspection/registration.h>
 #include <kvmeasure/inspection/tool_input.h>
 #include <kvmeasure/inspection/tool_results.h>
 #include <tests/kvmeasure/calls.h>
@@ -252,6 +259,58 @@ TEST(Tools, RefuseWordsWithWhatWasExpected) {
          {"", "A", "A = ", "A = max", "A = peak in R", "A = max in R 1 2", "A = max in R from",
           "A = max in R from 1", "A = max in R from 1 x", "A = max in R from 1 2 3 4"})
         EXPECT_EQ(errorOf([words] { parseAnchor(words); }).parameter(), "anchor") << words;
+}
+
+TEST(Kinds, CalledDirectlyRefuseWhatHasNoValue) {
+    std::vector<double> none, three{1, 2, 3};
+    EXPECT_TRUE(std::isnan(meanOf(none)) && std::isnan(percentileOf(none, 50)));
+    for (const double percent : {-1.0, 100.1, double(NAN)})
+        EXPECT_TRUE(std::isnan(percentileOf(three, percent))) << percent;
+    EXPECT_EQ(extremePoint({}), -1);
+    NoiseModel noise;
+    EXPECT_TRUE(std::isnan(OrderNoise({1, 2}, noise).extreme()) &&
+                std::isnan(OrderNoise(10, 1, noise).percentile(50)));
+    EXPECT_TRUE(std::isnan(deviationOfExtremePlace({1, 2}, {1, 2}, true, noise)));
+    for (const double quantile : OrderNoise({1, 2}, noise).extremeQuantiles({0.1, 0.9}, true))
+        EXPECT_TRUE(std::isnan(quantile));
+    noise.deviation = 0;
+    noise.correlationTime = 1;
+    for (const auto& [skip, window] :
+         std::vector<std::pair<double, double>>{{-1, 10}, {5, 5}, {0, 101}, {NAN, 9}, {0, NAN}}) {
+        EXPECT_TRUE(std::isnan(bridgeValue(three, skip, window).height)) << skip << ' ' << window;
+        EXPECT_TRUE(std::isnan(OrderNoise(three, noise).bandMean(skip, window))) << skip << ' ' << window;
+    }
+    EXPECT_EQ(OrderNoise(three, noise).bandMean(0, 10) + OrderNoise(three, noise).percentile(50), 0)
+        << "no noise";
+    for (const double percent : {0.0, 100.0, double(NAN)})
+        EXPECT_TRUE(std::isnan(OrderNoise(three, noise).percentile(percent))) << percent;
+    noise.deviation = 0.1;
+    EXPECT_TRUE(std::isnan(OrderNoise(10, INFINITY, noise).extreme()));
+    EXPECT_TRUE(std::isnan(OrderNoise({-1e308, 1e308}, noise).extreme()));
+    // Points that are unset, and from right to left, are those of the same profile.
+    std::vector<Vector> groove, bend;
+    for (int i = 0; i <= 400; ++i) {
+        const double x = i * 0.05 - 10, ripple = 0.004 * ((i * 37) % 11 - 5);
+        groove.emplace_back(x, ripple - (std::fabs(x) < 2 ? 1.5 : 0));
+        bend.emplace_back(x, ripple - std::fabs(x) / 2);
+    }
+    const auto damaged = [](std::vector<Vector> points) {
+        points.insert(points.begin() + 100, {NAN, 1});
+        points.insert(points.begin() + 50, {1, INFINITY});
+        std::reverse(points.begin(), points.end());
+        return points;
+    };
+    EXPECT_NEAR(measureGroove(damaged(groove)).width.value, measureGroove(groove).width.value, 1e-9);
+    EXPECT_NEAR(measureGroove(damaged(groove)).depth.value, 1.5, 0.02);
+    EXPECT_NEAR(measureCorner(damaged(bend)).x.value, measureCorner(bend).x.value, 1e-9);
+    EXPECT_NEAR(measureCorner(bend).angle.value, 180 - 2 * std::atan(0.5) * 57.29577951308232, 0.1);
+    // Nothing to lay, nothing to lay it on, one place, and one line.
+    const std::vector<std::vector<Vector>> line{{{0, 0}, {1, 0}, {2, 0}, {3, 0}}}, nothing;
+    EXPECT_EQ(registerPoints({}, line).used + registerPoints(line[0], nothing).used +
+                  registerPoints({{NAN, 0}, {1, 0}}, line).used,
+              0);
+    EXPECT_FALSE(registerPoints(std::vector<Vector>(9, {1, 1}), line).isFixed());
+    EXPECT_FALSE(registerPoints(line[0], line).isFixed()) << "along the line nothing holds it";
 }
 
 // Of a few different steps, as rounded columns have them, and of many.
