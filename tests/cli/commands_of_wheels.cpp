@@ -162,6 +162,11 @@ TEST_F(Commands, SectionsOfFilesAreMeasuredOneByOneAndAsALists) {
         {"wheels parameters low.csv --diameter 920",
          2,
          {"low.csv: no radius is above 0; is --diameter right?"}},
+        {"wheels parameters wheel.csv --limits limits.csv",
+         1,
+         {"Sd", "a section alone has no radius and no running diameter"}},
+        {"wheels parameters wheel.csv --widths 0", 2, {"needs heights above 0 mm, e.g. 10,13; not \"0\""}},
+        {"wheels parameters wheel.csv --radii", 1, {"wheel.csv"}},
         {"wheels parameters wheel.csv --widths " + widths, 2, {"--widths takes 100 heights at most"}},
         {"wheels parameters wheel.csv --widths 10,x", 2, {"needs heights above 0 mm, e.g. 10,13; not \"x\""}},
         {"wheels parameters wheel.csv --radii --diameter 920", 2, {"leave --diameter out"}},
@@ -193,6 +198,7 @@ TEST_F(Commands, ConicityTellsCurveAndContacts) {
     write("two.csv", "u,v\n-4,-0.4\n0,0\n4,0.4\n");
     write("three.csv", "u,v,w\n-4,-0.4,0\n0,0,0\n4,0.4,0\n");
     write("one.csv", "y,dr\n0,0\n");
+    write("flat.csv", "y,dr\n-4,0\n0,0\n4,0\n");
     const QString sections = "wheels conicity --right wheel.csv --right-rail rail.csv ";
     expect({
         {sections + "--gauge 1432 --amplitudes 1..2:0.5", 0, {"right: ", "largest amplitude 10.000 mm"}},
@@ -205,6 +211,12 @@ TEST_F(Commands, ConicityTellsCurveAndContacts) {
         {"wheels conicity --right gauge.whl --right-rail gauge.whl --gauge 1432",
          2,
          {"gauge.whl: --right-rail: no rail"}},
+        {"wheels conicity --right gone.csv --right-rail rail.csv --gauge 1432",
+         2,
+         {"gone.csv: no such file"}},
+        {"wheels conicity --delta-r flat.csv --amplitudes 2",
+         1,
+         {"no running position: the rolling radius difference is zero throughout"}},
         {sections + "--gauge 1432 --mirror wheel", 2, {"--mirror needs ", "not \"wheel\""}},
         {sections + "--gauge 1432 --amplitudes x", 2, {"needs numbers or ranges FROM..TO:STEP"}},
         {sections + "--gauge 1432 --amplitudes 1..2:0", 2, {"needs a step above 0 behind a range"}},
@@ -251,6 +263,32 @@ TEST_F(Commands, APostIsCheckedInWords) {
         {{check + "--diameter 921 --right-diameter 919 --tolerance 0.01",
           1,
           {"SENSOR4 - - - - - 0 has no recording", "Z beyond the tolerance", "for 921.000", "for 919.000"}}});
+}
+
+TEST_F(Commands, APassWithoutSomeRecordingsIsStoredWithReasons) {
+    ASSERT_EQ(call("simulate pass --wheelsets 2 --out train").code, 0);
+    ASSERT_TRUE(QFile::remove("train/pass_1004.bin") && QFile::remove("train/pass_1011.bin"));
+    write("limits.csv", "symbol,minimum,maximum\nSh,27,36\n");
+    write("file", "");
+    const QString pass = "wheels pass train --no-pictures --out results --store s.db";
+    const std::string none = "there is no recording of SENSOR4, SENSOR11; what the others tell";
+    expect({
+
+        {"wheels defects train --mode 3", 2, {none}},
+        {"wheels distances train", 0, {"2 distance(s)"}},
+
+        {pass + " --limits limits.csv --bogies 1 --report p.html", 2, {none}},
+        {"wheels pass train --out file",
+         2,
+         {"file/work: cannot be made or is no directory; name another one"}},
+        {"results s.db --csv", 0, {",Sh,", "NOT MEASURED,SENSOR4 has no recording"}},
+        {"results s.db --csv --json", 2, {"--json and --csv are two forms of one output; give one of them"}},
+        {"wheels check-post train --reference train/reference.csv", 2, {"reference.csv"}},
+    });
+    ASSERT_TRUE(QFile::remove("train/pass_1001.bin"));
+    expect({{pass + " --limits limits.csv", 2, {"there is no recording of SENSOR1, "}},
+            {"wheels distances train", 2, {"there is no recording of SENSOR1;"}},
+            {"results s.db --name backToBack --json", 0, {"\"missing\": 2"}}});
 }
 
 TEST_F(Commands, APassIsJudgedByItsGroupsInWordsAndOnAPage) {

@@ -59,6 +59,17 @@ TEST_F(Commands, FormTellsZonesInWords) {
         {"form straightness one.csv --x 5,6", 2, {"one.csv: no point lies within the limits"}},
         {"form straightness one.csv --axes x,height,scan", 2, {"say where it runs, e.g. --at-x 5"}},
     });
+    QByteArray zigzag = "x,y\n";
+    for (int i = 0; i <= 100; ++i)
+        zigzag += QByteArray::number(i) + (i % 2 == 0 ? ",0\n" : ",0.02\n");
+    write("zigzag.csv", zigzag);
+    expect({
+        {"form roundness zigzag.csv --svg none.svg", 1, {"a straight strip is no wider than any ring"}},
+        {"form roughness one.csv --cutoff 0.8 --svg none.svg",
+         1,
+         {"one.csv: NO ROUGHNESS: fewer than three points"}},
+    });
+    EXPECT_FALSE(QFileInfo::exists("none.svg"));
     EXPECT_THAT(read("f.svg"), HasSubstr("across the surface in the plane of x and z, mm"));
     EXPECT_THAT(read("f.svg"), HasSubstr("flatness: minimum zone 0.235702 mm, contacts 0, 1, 2, 3"));
 }
@@ -161,6 +172,7 @@ TEST_F(Commands, StatsRefuseWhatContradicts) {
     write("t.csv", "part,value\n1,5\n2,6\n");
     write("files.csv", "file,depth\na_1.csv,5\nb_2.csv,6\n");
     write("who.csv", "file,who\na_1.csv,X\n");
+    ASSERT_EQ(call("teach t.csv --out t.json --region R~=~all --measure value~=~max~in~R~:~max~5.5").code, 0);
     write("gap.csv", "depth,unit,who\n5,mm,\n6,mm,b\n");
     expect({
         {"stats t.csv --column value --limits 0..4 --template x",
@@ -184,6 +196,11 @@ TEST_F(Commands, StatsRefuseWhatContradicts) {
         {"stats gap.csv --column depth --by who",
          2,
          {"gap.csv: line 2: column \"who\" is empty beside a value"}},
+        {"stats gap.csv --column depth --svg gap.svg", 0, {"mean 5.5\n"}},
+        {"stats t.csv --column value --template t.json", 0, {"values outside 1\n"}},
+        {"stats t.csv --column value --by part --template t.json",
+         0,
+         {"1 1 5 - - 5.5 - - - - 0 -\n 2 1 6 - - 5.5 - - - - 1 -\n"}},
         {"stats gap.csv --column depth", 0, {"gap.csv: column depth, mm\n", "mean 5.5\n"}},
     });
 }
