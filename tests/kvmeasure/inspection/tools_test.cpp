@@ -164,6 +164,29 @@ TEST(Tools, MeasureShapesOfKnownDimensions) {
         EXPECT_THAT(bench.measure(words).first().reason.toStdString(), HasSubstr(reason)) << words;
 }
 
+// Two places with errors of their own: the middle has half the uncertainty of the difference.
+TEST(Tools, MiddlesAreHalfAsUncertainAsDifferences) {
+    std::mt19937 random(3);
+    std::normal_distribution<double> noise(0, 0.01);
+    std::vector<std::pair<float, float>> points;
+    for (int i = 0; i < 400; ++i)
+        points.emplace_back(float(i) / 20,
+                            float((i < 200 ? 1 : 3) - std::pow(i % 200 - 100, 2) / 5000 + noise(random)));
+    const Bench bench{{"L = x -1..9.99", "R = x 9.99..21"}, {}, profileOf(points)};
+    for (const char* words :
+         {"V = dimension L R from max to max", "V = dimension L R from centroid to centroid"}) {
+        const QList<Value> values = bench.measure(words);
+        ASSERT_EQ(values.size(), 5);
+        EXPECT_GT(values[2].u, 0) << words;
+        EXPECT_DOUBLE_EQ(values[3].u, values[1].u / 2) << words;
+        EXPECT_DOUBLE_EQ(values[4].u, values[2].u / 2) << words;
+        const double size = values[0].value;
+        EXPECT_NEAR(size, std::hypot(values[1].value, values[2].value), 1e-12);
+        EXPECT_NEAR(values[0].u,
+                    std::hypot(values[1].value * values[1].u, values[2].value * values[2].u) / size, 1e-12);
+    }
+}
+
 TEST(Tools, TakeAreasAsAFineSumDoes) {
     std::mt19937 random(5);
     std::normal_distribution<double> normal;
