@@ -1,5 +1,6 @@
 // Levels that part an object from its support, and outlines of objects whose edges are known.
 
+#include <kvmeasure/scans/height_grid.h>
 #include <kvmeasure/scans/outline_search.h>
 #include <simulator/scan_simulator.h>
 #include <tests/kvmeasure/calls.h>
@@ -66,6 +67,16 @@ TEST(HeightLevels, LieBetweenAPartAndItsSupport) {
         EXPECT_DOUBLE_EQ(parameters.split, 2) << "four of the coarser distances";
         EXPECT_DOUBLE_EQ(parameters.join, 2.02 * parameters.coin);
     }
+}
+
+TEST(PointSteps, OfSinglePointsOrASingleProfileAreThoseThatThereAre) {
+    const Height level = [](double, double) { return 5; };
+    const Steps column = estimateSteps(stackOf(level, 30, 1)), row = estimateSteps(stackOf(level, 1, 40));
+    EXPECT_EQ(column.x, 0.25);
+    EXPECT_EQ(column.scan, 0.25);
+    EXPECT_EQ(row.x, 0.5);
+    EXPECT_EQ(row.scan, 0.5);
+    EXPECT_EQ(estimateSteps(KvProfileZSet()).x, 1);
 }
 
 TEST(HeightLevels, SayHowManyPointsLieOnEitherSide) {

@@ -214,6 +214,13 @@ TEST(CompareScans, SaysWhatTheMasterDoesNotDetermine) {
         QStringList free;
         for (const SpaceMotionPart& part : result.registration.parts) {
             EXPECT_EQ(part.isFree, std::isinf(part.uncertainty));
+            if (!part.isFree && c.name == std::string("plane")) {
+                // A mean of so many distances, and a slope over points that are spread evenly over 30 mm.
+                const double ofMean = result.rms / std::sqrt(double(result.compared));
+                const double expected =
+                    part.isTurn ? ofMean / (30 / std::sqrt(12.0)) * kDegreesPerRadian : ofMean;
+                EXPECT_NEAR(part.uncertainty / expected, 1, 0.05) << part.text().toStdString();
+            }
             if (!part.isFree)
                 continue;
             free.append(part.text());
@@ -246,19 +253,26 @@ TEST(CompareScans, StraysDoNotCountUnlessToldTo) {
     EXPECT_NEAR(result.smallest.value, -0.4, 0.02);
     EXPECT_NEAR(result.shareOutside, 3.14159 * 4 * (1 - std::sqrt(0.5)) / 900, 2e-4)
         << "the dent below 0.2 mm";
+    EXPECT_DOUBLE_EQ(result.bandValue, -2 * result.smallest.value) << "twice the largest size";
     settings.leavesStraysOut = false;
     EXPECT_NEAR(compareScans(part, master, settings).largest.value, 2, 0.05);
 }
 
 TEST(CompareScans, APlaneIsFittedToMostOfThePoints) {
+    for (const double away : {0.0, 800.0}) {
+        Scan moved = sampled([](double x, double z) { return flat(x, z) - (x > 4 && x < 14 ? 12 : 0); }, 0.01,
+                             1, motionOf({}, {away, 0, -away}));
+        for (int i = 0; i < 300; ++i)
+            moved.cloud.points[i * 37].y += float(i % 40);
+        HeightPlane fitted;
+        ASSERT_TRUE(fitHeightsRobustly(moved, fitted));
+        EXPECT_NEAR(fitted.a, 0.1, 2e-4);
+        EXPECT_NEAR(fitted.b, -0.05, 2e-4);
+        EXPECT_NEAR(fitted.height(away, -away), 20, 2e-3);
+    }
     Scan scan = sampled([](double x, double z) { return flat(x, z) - (x > 4 && x < 14 ? 12 : 0); }, 0.01, 1);
-    for (int i = 0; i < 300; ++i)
-        scan.cloud.points[i * 37].y += float(i % 40);
     HeightPlane plane;
     ASSERT_TRUE(fitHeightsRobustly(scan, plane));
-    EXPECT_NEAR(plane.a, 0.1, 2e-4);
-    EXPECT_NEAR(plane.b, -0.05, 2e-4);
-    EXPECT_NEAR(plane.c, 20, 2e-3);
     const ScanComparison result = compareWithPlane(scan, plane, with(Alignment::None));
     const double upright = 1 / std::sqrt(1 + 0.1 * 0.1 + 0.05 * 0.05);
     EXPECT_NEAR(result.smallest.value, -12 * upright, 0.06);
