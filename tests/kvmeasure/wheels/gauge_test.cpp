@@ -321,8 +321,10 @@ TEST(RailValues, AreThoseTheHeadWasWornBy) {
         EXPECT_NEAR(valueOf(railValues(nominal, &nominal).values, key), 0, 1e-9) << key;
     const RailValues lower = railValues(railOf(head(2.5)), &nominal);
     EXPECT_NEAR(valueOf(lower.values, "W1"), 2.5, 1e-9);
-    EXPECT_NEAR(valueOf(lower.values, "W3"), 2.5 * std::sqrt(0.5), 0.25);
-    EXPECT_NEAR(valueOf(lower.values, "areaLost"), 2.5 * 73, 3);
+    // Along the normal at 45 degrees to the same arc 2.5 mm lower; the widths of both corners' arcs, summed.
+    EXPECT_NEAR(valueOf(lower.values, "W3"), 13 - (std::sqrt(169 - 2.5 * 2.5 / 2) - 2.5 * std::sqrt(0.5)),
+                2e-3);
+    EXPECT_NEAR(valueOf(lower.values, "areaLost"), 181.13, 0.05);
     const RailValues side = railValues(railOf(head(0, 4)), &nominal);
     EXPECT_NEAR(valueOf(side.values, "W1"), 0, 1e-6);
     EXPECT_NEAR(valueOf(side.values, "W2"), 4, 0.05);
