@@ -246,6 +246,8 @@ TEST_F(Plans, ThatAreNotFoundSayWhichConstraintRefusesTheNearestAssignment) {
     const std::pair<QByteArray, const char*> cases[] = {
         {R"("Endpoint distance", )" + keys + "1.0",
          "but endpoint distance from line 0 to line 1 is 7.3239 mm, allowed are 0.5000 to 1.0000\n"},
+        {R"("Endpoint distance", "lineFromIndex": 1, "lineToIndex": 0, "lowerBound": 0.5, "upperBound": 1.0)",
+         "but endpoint distance from line 1 to line 0 is "},
         {R"("Endpoint distance w/c", )" + keys + "9.0", "is 7.3239 mm, more than between their other ends\n"},
         {R"("Length", "lineIndex": 0, "lowerBound": 6.5, "upperBound": "undefined")",
          "but length of line 0 is 6.0033 mm, allowed is at least 6.5000\n"},

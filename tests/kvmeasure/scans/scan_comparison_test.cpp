@@ -152,6 +152,31 @@ TEST(CompareScans, DeviationsAreDistancesFromTheSurface) {
     }
 }
 
+// 0.25 mm along the line and 0.5 mm along the scan: 2 mm are a gap of the one, and none of the other.
+TEST(CompareScans, GapsAreMoreThanFiveStepsOfTheirDirection) {
+    const bool turns[] = {false, true};
+    for (const bool isTurned : turns) {
+        Scan master = sampled(flat, 0, 1);
+        master.keep([isTurned](float x, float place, float) {
+            const double along = isTurned ? double(place) : double(x) + 15;
+            const double across = isTurned ? double(x) + 15 : double(place);
+            return std::fmod(across, 0.5) == 0 && !(along > 20 && along < 22) &&
+                   !(across > 10 && across < 12);
+        });
+        Scan part;
+        for (const double at : {5.1, 10.9, 21.1}) {
+            part.add(KvPointXYZ(float(at - 15), float(flat(at - 15, 6.3)), 6.3F));
+            part.add(KvPointXYZ(-8.7F, float(flat(-8.7, at)), float(at)));
+        }
+        const ScanComparison result = compareScans(part, master, with(Alignment::None));
+        ASSERT_EQ(result.deviations.size(), 6U);
+        for (std::size_t i = 0; i < 6; ++i)
+            EXPECT_EQ(std::isnan(result.deviations[i]), i == (isTurned ? 5U : 4U)) << i << isTurned;
+        EXPECT_EQ(result.beyond, 1);
+        EXPECT_NEAR(result.largest.value - result.smallest.value, 0, kFloatPrecision);
+    }
+}
+
 TEST(CompareScans, AMasterLiesOnItself) {
     const Scan stack = asStack(sampled(bumps, 0.02, 1));
     Scan moved = stack;
