@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <tuple>
 
 namespace {
 
@@ -133,6 +134,21 @@ TEST(Circumference, WhatCannotBeKnownHasItsReason) {
     EXPECT_TRUE(std::isnan(part.outOfRoundness) && part.harmonics.empty());
     ASSERT_EQ(part.flats.size(), 1U);
     EXPECT_NEAR(part.flats[0].depth, 0.979, 0.02);
+
+    EXPECT_EQ(evaluateCircumference({whole.begin(), whole.begin() + int(whole.size() / 8)}, {})
+                  .flatsReason.section(';', 1),
+              " flats are looked for from 60 on");
+    const Circumference broken = changed([](Vector& p) { p.y -= std::fabs(p.x - 300) < 2 ? 6 : 0; });
+    ASSERT_FALSE(broken.flats.empty());
+    EXPECT_EQ(broken.flats[0].note, "deeper than a chord of its length: material is missing");
+    for (const auto& [cutoff, depth, orders] : std::vector<std::tuple<double, double, int>>{
+             {0, 0.1, 20}, {NAN, 0.1, 20}, {5, 0, 20}, {5, NAN, 20}, {5, 0.1, 0}, {5, 0.1, 501}}) {
+        CircumferenceOptions options;
+        options.cutoff = cutoff;
+        options.leastDepth = depth;
+        options.orders = orders;
+        EXPECT_THROW(evaluateCircumference(whole, options), Error) << cutoff << ' ' << depth << ' ' << orders;
+    }
 
     std::vector<Vector> gap(whole);
     gap.erase(std::remove_if(gap.begin(), gap.end(), [](const Vector& p) { return p.x > 100 && p.x < 106; }),

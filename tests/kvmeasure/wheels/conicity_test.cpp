@@ -49,6 +49,57 @@ ConicityCurve curveOf(const RollingRadii& radii) {
     return ConicityCurve(radii.shifts, radii.differences, ConicitySettings());
 }
 
+TEST(ContactProfile, HasNoValueBesideItsPointsAndSaysWhatItIsNot) {
+    const ContactProfile none, rail(arc(-35, 35, 0.5, 0, 300, -1));
+    for (const double lateral : {-35.1, 35.1, kNaN, double(INFINITY)}) {
+        EXPECT_TRUE(std::isnan(rail.height(lateral)) && std::isnan(rail.slope(lateral)) &&
+                    rail.gapAt(lateral) == 0);
+        EXPECT_TRUE(std::isnan(none.height(lateral)) && std::isnan(none.slope(lateral)) &&
+                    none.gapAt(lateral) == 0);
+    }
+    EXPECT_NEAR(rail.slope(10), -10 / std::sqrt(300 * 300 - 100), 1e-4);
+    EXPECT_NEAR(rail.gapAt(10.2), 0.5, 1e-12);
+    EXPECT_THAT(textOf(errorOf([] {
+                    ContactProfile(std::vector<Vector>(100'001, {1, 1}));
+                })),
+                HasSubstr("has 100001 points; a section has at most 100000"));
+    const auto slab = [](double from, double left, double right, double to) {
+        return ContactProfile(
+            sampled(from, to, 0.5, [=](double x) { return x >= left && x <= right ? 20.0 : 0.0; }));
+    };
+    EXPECT_THAT(whyNoWheel(slab(-60, -36, 36, 60)).toStdString(),
+                HasSubstr("looks like a rail: 14 mm below its top"));
+    EXPECT_THAT(whyNoWheel(slab(-60, 20, 45, 60)).toStdString(), HasSubstr("has its flange at positive x"));
+    EXPECT_THAT(whyNoWheel(slab(-60, 20, 60, 60)).toStdString(), HasSubstr("has its flange at positive x"));
+    EXPECT_EQ(whyNoWheel(slab(-60, -60, -35, 60)), "");
+    EXPECT_THAT(whyNoRail(slab(-60, -10, 20, 60)).toStdString(),
+                HasSubstr("looks like a wheel: 14 mm below its top it is 31 mm"));
+    EXPECT_THAT(whyNoRail(slab(-60, -60, -45, 60)).toStdString(), HasSubstr("looks like a wheel"));
+    EXPECT_EQ(whyNoRail(slab(-60, -36, 36, 60)) + whyNoRail(rail), "");
+    const std::vector<double> shifts{-4, 0, 4}, rising{-0.4, 0, 0.4};
+    for (const auto& [diameter, distance] :
+         std::vector<std::pair<double, double>>{{0, 1500}, {INFINITY, 1500}, {920, 0}, {920, INFINITY}}) {
+        ConicitySettings settings;
+        settings.diameter = diameter;
+        settings.contactDistance = distance;
+        EXPECT_THAT(textOf(errorOf([&] { ConicityCurve(shifts, rising, settings); })),
+                    HasSubstr("must be above 0, not"));
+    }
+    ShiftSettings settings;
+    settings.widestGap = 0;
+    const WheelsetOnTrack wheelset = symmetric(cone(0.05), arc(-35, 35, 0.1, 0, 150, -1));
+    EXPECT_THAT(textOf(errorOf([&] { rollingRadii(wheelset, settings); })),
+                HasSubstr("widestGap must be above 0, not 0"));
+    EXPECT_THAT(ConicityCurve(shifts, {0.4, 0, -0.4}, {}).reason().toStdString(),
+                HasSubstr("falls through zero at 0 mm"));
+    EXPECT_THAT(ConicityCurve(shifts, {0.1, 0.2, 0.3}, {}).reason().toStdString(),
+                HasSubstr("between -4 and 4 mm"));
+    EXPECT_THAT(ConicityCurve(shifts, {0.4, 0, 0}, {}).reason().toStdString(),
+                HasSubstr("does not pass through zero"));
+    const ConicityCurve tiny(shifts, {-1e-310, 0, 1e-310}, {});
+    EXPECT_FALSE(tiny.at(2).isValid());
+}
+
 TEST(Conicity, OfConesIsTheirSlope) {
     for (const double slope : {0.001, 0.025, 0.05, 0.2}) {
         SCOPED_TRACE(slope);
