@@ -77,8 +77,7 @@ std::vector<Side> sidesOf(const std::vector<double>& x, const std::vector<double
             continue;
         }
         if ((z[i] > 0) != (z[i - 1] > 0)) {
-            const double size = z[i] - z[i - 1];
-            const double crossing = size != 0 ? x[i - 1] - z[i - 1] * (x[i] - x[i - 1]) / size : x[i];
+            const double crossing = x[i - 1] - z[i - 1] * (x[i] - x[i - 1]) / (z[i] - z[i - 1]);
             sides.back().to = crossing;
             sides.push_back({crossing, crossing, z[i]});
         }

@@ -33,22 +33,18 @@ StandardUncertainty together(const std::vector<StandardUncertainty>& parts) {
     return result;
 }
 
-/// Back to back, and front to front of the flanges: the backs and both thicknesses.
+/// Back to back, and front to front of the flanges: the backs and both thicknesses, which gaugeValues()
+/// always has, with a reason where they are not known.
 std::vector<SectionValue> valuesOfWheelset(const WheelsetResult& wheelset, const GaugeValues& left,
                                            const GaugeValues& right) {
     const QString reason = wheelset.notes.join("; ");
-    const SectionValue *a = findValue(left.values, "Sd"), *b = findValue(right.values, "Sd");
-    const bool areThere = a != nullptr && b != nullptr;
-    const double front = areThere ? wheelset.backToBack + a->value + b->value : std::nan("");
-    const QString why = !std::isfinite(wheelset.backToBack) ? reason
-                        : a != nullptr && !a->isKnown()     ? a->reason
-                        : b != nullptr                      ? b->reason
-                                                            : QString();
+    const SectionValue &a = *findValue(left.values, "Sd"), &b = *findValue(right.values, "Sd");
+    const double front = wheelset.backToBack + a.value + b.value;
+    const QString why = !std::isfinite(wheelset.backToBack) ? reason : a.isKnown() ? b.reason : a.reason;
     SectionValue backs = valueOf("backToBack", "back to back", wheelset.backToBack, reason);
     backs.uncertainty = wheelset.backToBackUncertainty;
     SectionValue fronts = valueOf("frontToFront", "front to front of the flanges", front, why);
-    if (areThere)
-        fronts.uncertainty = together({backs.uncertainty, a->uncertainty, b->uncertainty});
+    fronts.uncertainty = together({backs.uncertainty, a.uncertainty, b.uncertainty});
     return {backs, fronts};
 }
 
