@@ -22,6 +22,7 @@ QByteArray plate() {
 
 TEST_F(Commands, ScansRefuseOptionsThatContradict) {
     write("s.xyz", plate());
+    write("far.xyz", "99 5 99\n98 5 99\n98 5 98\n99 5 98\n");
     write("line.xyz", "0 1 0\n1 1 0\n2 1 0\n3 1 0\n");
     const QString compare = "compare s.xyz --axes x,height,scan --master ";
     expect({
@@ -46,6 +47,15 @@ TEST_F(Commands, ScansRefuseOptionsThatContradict) {
         {compare + "plane~0,0,5 --record 2", 2, {"--record is of profiles; these are scans"}},
         {compare + "s.xyz --align template", 2, {"--align template is of profiles; scans take"}},
         {compare + "plane~0,0,5 --svg d.svg --ply d.ply --json", 0, {"\"largest\": 1,"}},
+        {compare + "far.xyz --align none --svg n.svg --ply n.ply",
+         1,
+         {"NOT COMPARED with far.xyz: no point of the scan lies over"}},
+        {compare + "far.xyz --align none --json",
+         1,
+         {"\"reason\": \"no point of the scan lies over the master"}},
+        {"scan outline s.xyz --x 1", 2, {"--x needs two numbers, e.g. --x -5,12.5, not \"1\""}},
+        {"form straightness s.xyz --axes x,height,scan --at-x 1 --x 5,", 2, {"not \"5,\""}},
+        {"form step s.xyz --axes x,height,scan --at-scan 3 --edges 3..5 --json", 0, {"\"interpolated\": 0"}},
         {compare + "plane~0,0,5 --band -0.1,0.1", 1, {"OUT OF BAND", "largest"}},
         {"compare line.xyz --axes x,height,scan --master plane",
          2,
@@ -123,6 +133,7 @@ TEST_F(Commands, PlansAreToldCheckedAndJudgedInWords) {
     write("deep.csv", groove(1.7));
     write("hollow.csv", groove(1.5, 1));
     write("word.csv", "x_mm,z_mm\n1,2\n2,x\n");
+    write("list.txt", "gone.csv\n");
     const QString tools = "--region R~=~x~-9..9 --measure g~=~groove~in~R~:~depth~1.5~+-0.1;~a~=~max~in~R";
     expect({
         {"teach good.csv --out tools.json --master good.csv --band -0.1,0.1 " + tools,
@@ -133,6 +144,30 @@ TEST_F(Commands, PlansAreToldCheckedAndJudgedInWords) {
          0,
          {"template of 3 lines, 10 constraints", "w 4.0500 mm free edges +0.0500 mm"}},
         {"teach good.csv --out none.json --name Void", 2, {"which segments make the template?"}},
+        {"teach good.csv --out raw.json --longest 3 --raw --measure w~=~length~1",
+         0,
+         {"w 4.0000 mm no uncertainty"}},
+        {"plan show raw.json", 0, {"lines raw: as the search leaves them"}},
+        {"plan check raw.json good.csv", 0, {"w 4.0000 mm; no uncertainty: the segments"}},
+        {"teach good.csv --out seen.json --edge-compensation off --region R~=~x~-9..9~at~A;~S~=~all --anchor "
+         "A~=~left~in~S~from~-15~0 --measure g~=~groove~in~R~:~depth~max~9",
+         0,
+         {"g.width 4.0500 mm"}},
+        {"plan show seen.json", 0, {"lines fitted anew, edges as seen"}},
+        {"plan check seen.json good.csv",
+         0,
+         {"R = x -9..9 at A 361 points; moved by -1.0000 0.0000 mm, turned by 0.00 deg"}},
+        {"plan check seen.json word.csv --columns 2,1", 2, {"word.csv"}},
+        {"teach good.csv --out void.json --region R~=~x~90..91 --measure a~=~max~in~R~:~5~+-~1",
+         0,
+         {"a - mm"}},
+        {"plan check void.json good.csv", 1, {"a no point lies in region \"R\""}},
+        {"measure good.csv --plan tools.json --uncertainty monte-carlo", 2, {"not \"monte-carlo\""}},
+        {"measure good.csv --plan tools.json --uncertainty monte-carlo~1.5",
+         2,
+         {"with N from 2 to 100000, not \"monte-carlo 1.5\""}},
+        {"merge --files-from list.txt --out whole.csv", 2, {"gone.csv: no such file"}},
+        {"merge --files-from good.csv --out whole.csv", 2, {"x_mm,z_mm: no such file"}},
         {"plan show tools.json", 0, {"tool a = max in R", "align registration, band -0.1..0.1"}},
         {"plan show lines.json", 0, {"lines 0, 1, 2; 10 constraints", "fitted anew, free edges compensated"}},
         {"plan check tools.json deep.csv",

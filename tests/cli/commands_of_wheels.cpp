@@ -217,6 +217,8 @@ TEST_F(Commands, ConicityTellsCurveAndContacts) {
         {"wheels conicity --delta-r flat.csv --amplitudes 2",
          1,
          {"no running position: the rolling radius difference is zero throughout"}},
+        {sections + "--gauge 2000 --json", 1, {"\"runningPosition\": null"}},
+        {sections + "--gauge 2000 --svg none.svg", 1, {"right"}},
         {sections + "--gauge 1432 --mirror wheel", 2, {"--mirror needs ", "not \"wheel\""}},
         {sections + "--gauge 1432 --amplitudes x", 2, {"needs numbers or ranges FROM..TO:STEP"}},
         {sections + "--gauge 1432 --amplitudes 1..2:0", 2, {"needs a step above 0 behind a range"}},

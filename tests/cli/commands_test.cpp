@@ -108,6 +108,8 @@ TEST_F(Commands, StatsTellLinearityAndBias) {
         {"stats linearity single.csv", 0, {"2 1 0.03 - - - -\n"}},
         {"stats linearity single.csv --json", 0, {"\"reason\": \"fewer than two readings\""}},
         {"stats linearity alone.csv", 1, {"NO LINE: one reference alone"}},
+        {"stats linearity alone.csv --json", 1, {"\"reason\": \"one reference alone"}},
+        {"stats bias one.csv --reference 5 --json", 1, {"\"count\": 1"}},
         {"stats linearity word.csv", 2, {"word.csv: line 3: the reference \"abc\" is no number"}},
         {"stats bias bent.csv --reference 0",
          0,

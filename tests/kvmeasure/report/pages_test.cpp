@@ -287,30 +287,6 @@ TEST(MatchPage, TellsOfEachValueWhatThereIs) {
             EXPECT_THAT(text, testing::AllOf(HasSubstr(">OUT: 1<"), HasSubstr("NOT MEASURED: far, none"),
                                              HasSubstr("\"z, mm\"")));
     }
-    // Of a template that is not there, and without any limits.
-    plan.lines = KvMath::TSTemplate(1);
-    plan.lineNames = QStringList{"0"};
-    MatchedProfile missing;
-    missing.name = "p";
-    missing.reason = "one segment";
-    MatchPage lost(plan, MatchReport::JsonValues);
-    lost.add(missing, {});
-    const std::string text = lost.html().toStdString();
-    EXPECT_THAT(text, HasSubstr("NOT GOOD: 1 of 1 profiles; the template is not in 1"));
-    EXPECT_THAT(text, HasSubstr("No value: NOT FOUND; one segment"));
-    plan.tolerances.clear();
-    MatchedProfile whole = profileOf(plan, "p", 5);
-    whole.best.values[0].hasTolerance = false;
-    MatchPage open(plan, MatchReport::JsonValues);
-    for (int i = 0; i < 30; ++i) {
-        whole.best.values[0].value = i < 15 ? 1 + 0.01 * (i % 2) : 9;
-        open.add(whole, {});
-    }
-    const std::string judged = open.html().toStdString();
-    EXPECT_THAT(judged,
-                HasSubstr("COMPLETE: all values of 30 profile(s) are measured; no limits were given"));
-    EXPECT_THAT(judged, testing::AllOf(HasSubstr(">no tolerance<"), HasSubstr(" more<"),
-                                       Not(HasSubstr("good means"))));
 }
 
 TEST(MatchPage, LeavesOutTheDataOfTooManyProfiles) {

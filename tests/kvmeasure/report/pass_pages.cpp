@@ -1,11 +1,8 @@
-// Pages of train passes and verdicts on them: what stands first, what is out, missing or noted, and that
+// Pages of train passes: what stands first, what is out, missing or noted, and that
 // memory has an end.
 
-#include <kvmeasure/report/pass_limits.h>
 #include <kvmeasure/report/pass_page.h>
 #include <tests/kvmeasure/report/pages.h>
-
-#include <limits>
 
 namespace {
 
@@ -170,68 +167,6 @@ TEST(PassPage, HoldsTheWorstWheelsOfALongTrainBelow5MB) {
     EXPECT_EQ(dataOf(html, "results")["wheelsetsLeftOut"].toInt(), 2000);
     EXPECT_LT(html.indexOf("<figcaption>wheel 900<"), html.indexOf("<figcaption>wheel 950<"));
     EXPECT_THAT(html.toStdString(), HasSubstr("Wheelset 1901: left good; right good; both NOT MEASURED"));
-}
-
-// Verdicts on wheels that nobody measured, on one that was, and on groups that hold both.
-TEST(PassLimits, JudgeWhatWasMeasuredAndSayWhatWasNot) {
-    constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-    WheelLimit sh, db;
-    sh.symbol = "Sh";
-    sh.minimum = 26;
-    db.symbol = "DB";
-    db.maximum = 5;
-    QList<WheelsetResult> wheelsets;
-    for (int i = 0; i < 3; ++i) {
-        WheelsetResult wheelset;
-        wheelset.backToBack = i == 1 ? kNaN : 1360;
-        for (const int side : {Left, Right}) {
-            WheelResult& wheel = wheelset.wheels[side];
-            wheel.circle.radius = 460 + float(i) + (side == Left ? 0 : 0.5F);
-            wheel.values.value[0] = 0;
-            if (i == 1) {
-                wheel.circle.radius = std::nanf("");
-                if (side == Right)
-                    wheel.notes.append("its tip is not seen");
-            }
-        }
-        wheelset.wheels[Right].defect = i == 2 ? 3 : 0;
-        wheelsets.append(wheelset);
-    }
-    PassLimits limits({sh, db}, {}, {1, 2});
-    limits.judgeAll(wheelsets, true);
-    ASSERT_EQ(limits.wheels().size(), 9U);
-    EXPECT_EQ(limits.verdict(), "OUT");
-    EXPECT_FALSE(limits.isGood());
-    const auto valueIn = [](const JudgedWheels& judged, const char* key) {
-        const SectionValue* const value = findValue(judged.values, key);
-        return value == nullptr ? SectionValue() : *value;
-    };
-    EXPECT_NEAR(valueIn(limits.wheels()[2], "diameterDifference").value, 1, 1e-9);
-    EXPECT_EQ(valueIn(limits.wheels()[2], "backToBack").value, 1360);
-    EXPECT_EQ(valueIn(limits.wheels()[2], "frontToFront").reason, "not measured") << "no thickness is known";
-    EXPECT_EQ(valueIn(limits.wheels()[5], "backToBack").reason, "not measured");
-    EXPECT_EQ(valueIn(limits.wheels()[5], "diameterDifference").reason,
-              "no diameter of the left wheel; no diameter of the right wheel: its tip is not seen");
-    const std::vector<JudgedWheels> groups = limits.groups();
-    ASSERT_EQ(groups.size(), 2U);
-    EXPECT_NEAR(valueIn(groups[0], "bogieDiameterDifference").value, 1, 1e-9);
-    EXPECT_EQ(valueIn(groups[1], "bogieDiameterDifference").reason, "no diameter of 2 left, 2 right");
-    const QString text = limits.text();
-    for (const char* part :
-         {"3 right", "the tread has a breakout", "bogie 2, wheelsets 2 to 3: OUT", "train: OUT"})
-        EXPECT_TRUE(text.contains(part)) << text.toStdString();
-    QJsonObject json{{"wheelsets", QJsonArray{QJsonObject(), QJsonObject(), QJsonObject()}}};
-    limits.addTo(json);
-    EXPECT_EQ(json["bogies"].toArray()[1].toObject()["lastWheelset"], 3);
-    EXPECT_FALSE(json.contains("vehicles"));
-    EXPECT_EQ(json["wheelsets"].toArray()[2].toObject()["right"].toObject()["verdict"], "OUT");
-    // Nothing has limits.
-    wheelsets[2].wheels[Right].defect = 0;
-    PassLimits none({}, {2}, {});
-    none.judgeAll(wheelsets, false);
-    EXPECT_TRUE(none.text().contains("wheelsets 1 to 2: no value has limits")) << none.text().toStdString();
-    EXPECT_TRUE(none.text().endsWith("train: no value has limits\n"));
-    EXPECT_EQ(findValue(none.wheels()[2].values, "backToBack"), nullptr);
 }
 
 }  // namespace
