@@ -241,13 +241,22 @@ TEST(CompareScans, SaysWhatTheMasterDoesNotDetermine) {
             EXPECT_EQ(part.isFree, std::isinf(part.uncertainty));
             if (!part.isFree && c.name == std::string("plane")) {
                 // A mean of so many distances, and a slope over points that are spread evenly over 30 mm.
-                const double ofMean = result.rms / std::sqrt(double(result.compared));
+                const double ofMean = result.rms / std::sqrt(double(result.registration.used));
                 const double expected =
                     part.isTurn ? ofMean / (30 / std::sqrt(12.0)) * kDegreesPerRadian : ofMean;
                 EXPECT_NEAR(part.uncertainty / expected, 1, 0.05) << part.text().toStdString();
             }
             if (!part.isFree)
                 continue;
+            if (c.name == std::string("plane")) {
+                // Along x as far as the plane allows, then along the scan; turns about its normal.
+                const SpaceVector normal = unit({-0.1, 1, 0.05}, {}), x{1, 0, 0};
+                const SpaceVector first = unit(x - dot(x, normal) * normal, {});
+                const SpaceVector expected = part.isTurn      ? normal
+                                             : free.isEmpty() ? first
+                                                              : cross(first, normal);
+                EXPECT_LT(length(part.direction - expected), 2e-3) << part.text().toStdString();
+            }
             free.append(part.text());
             if (c.name == std::string("ball")) {
                 EXPECT_LT(length(cross(part.pole - SpaceVector{0, -10, 15}, part.direction)), 0.5)
