@@ -209,15 +209,21 @@ private:
         return distance(corner, before.p2) <= size / 2 ? corner : Vector(std::nan(""), std::nan(""));
     }
 
+    /// 1 or -1 where x grows or falls along the line of a piece; 0 where it is upright.
+    int runsAlongX(int i) const {
+        constexpr double kUpright = 0.035;  // 88 degrees
+        const double x = lines_[std::size_t(i)].along.x;
+        return std::fabs(x) < kUpright ? 0 : x < 0 ? -1 : 1;
+    }
+
     /// The search parts the points of two pieces by their noise, too. Here the point that is nearest to the
-    /// corner along x parts them, where both lie flat enough to be fitted in height, and they are fitted
-    /// again.
+    /// corner along x parts them, where both run the same way along it, and they are fitted again: noise of
+    /// heights does not move points along x.
     void moveBreaks() {
         const auto count = static_cast<int>(lines_.size());
         for (int i = 0; i < count; ++i) {
             const Piece& piece = found_.pieces[std::size_t(i)];
-            if (!hasOwnPoints(i, 1) || !lines_[std::size_t(i)].isInHeight ||
-                !lines_[std::size_t(i) + 1].isInHeight)
+            if (!hasOwnPoints(i, 1) || !(runsAlongX(i) * runsAlongX(i + 1) > 0))
                 continue;
             const double x = cornerBehind(i).x;
             const auto isNearer = [&](int a, int b) {

@@ -21,7 +21,8 @@ struct LineFitting {
 /// The search counts the point at a corner to both of its pieces, which turns both a little. Here each piece
 /// is fitted without the points that it shares: by least squares of the heights where it rises by less than
 /// 60 degrees, since heights carry the noise of a scanner line, else of the distances square to it; then
-/// again with the shared point where the fitted lines meet, for the search tells near points by their noise.
+/// again with the shared point at the x where the fitted lines meet, for the search tells near points by
+/// their noise; not so beside a line steeper than 88 degrees, nor where a surface folds back.
 /// A piece with fewer than three points of its own keeps its line. Ends are where neighbouring lines meet, if
 /// that is within half the shorter one of the corner found; else, and at the ends of contours, the last
 /// points moved onto the line.
