@@ -22,27 +22,60 @@ struct ProfileScale {
     double extent = 0;   // diagonal of the bounding box
 };
 
+/// Second differences of heights `lag` places apart, mm.
+double bendAt(const QList<KvPointXY>& points, int i, int lag) {
+    return std::fabs(double(points[i].y) - 2.0 * points[i - lag].y + points[i - 2 * lag].y);
+}
+
+/// Standard deviation of the heights from their second differences. On a straight piece y(i+1) - 2 y(i) +
+/// y(i-1) is noise alone, sqrt(1 + 4 + 1) times its deviation; the median of |normal| is 0.6745 deviations.
+double noiseOf(std::vector<double>& bends) {
+    constexpr double kMedianOfBend = 0.6745 * 2.449489742783178;
+    return median(bends) / kMedianOfBend;
+}
+
+/// Corners and jumps are few and do not move a median of neighbours. Neighbours of a line that was smoothed
+/// have noise in common, of which their differences show little. Points further apart show it, where no
+/// corner lies between them.
+double measureNoise(const QList<KvPointXY>& points, std::vector<double>& bends) {
+    constexpr double kAlike = 1.3;  // between the noise seen at lags, where it is white
+    constexpr double kCorner = 6;   // deviations of second differences
+    constexpr std::size_t kFewest = 50;
+    const auto count = static_cast<int>(points.size());
+    bends.clear();
+    for (int i = 2; i < count; ++i)
+        bends.push_back(bendAt(points, i, 1));
+    double noise = noiseOf(bends);
+    const double corner = kCorner * 2.449489742783178 * noise;
+    for (const int lag : {2, 4}) {
+        bends.clear();
+        int straight = 0;  // neighbours up to here without a corner
+        for (int i = 2; i < count; ++i) {
+            straight = bendAt(points, i, 1) <= corner ? straight + 1 : 0;
+            if (straight >= 2 * lag - 1)
+                bends.push_back(bendAt(points, i, lag));
+        }
+        if (bends.size() < std::max(kFewest, std::size_t(count) / 4))
+            continue;
+        const double further = noiseOf(bends);
+        if (further > kAlike * noise)
+            noise = further;
+    }
+    return noise;
+}
+
 ProfileScale measureScale(const KvMath::KvProfile& profile) {
     const QList<KvPointXY>& points = profile.points;
     std::vector<double> steps;
-    std::vector<double> bends;
     steps.reserve(static_cast<std::size_t>(points.size()));
-    bends.reserve(static_cast<std::size_t>(points.size()));
     for (int i = 1; i < static_cast<int>(points.size()); ++i) {
-        const KvPointXY& point = points[i];
-        const KvPointXY& before = points[i - 1];
-        const double x = double(point.x) - before.x;
-        const double y = double(point.y) - before.y;
+        const double x = double(points[i].x) - points[i - 1].x;
+        const double y = double(points[i].y) - points[i - 1].y;
         steps.push_back(x * x + y * y);
-        if (i > 1)
-            bends.push_back(std::fabs(double(point.y) - 2.0 * before.y + points[i - 2].y));
     }
-    // On a straight piece y(i+1) - 2 y(i) + y(i-1) is noise alone, sqrt(1 + 4 + 1) times its deviation; the
-    // median of |normal| is 0.6745 deviations. Corners and jumps are few and do not move a median.
-    constexpr double kMedianOfBend = 0.6745 * 2.449489742783178;
     ProfileScale scale;
     scale.spacing = std::sqrt(median(steps));
-    scale.noise = median(bends) / kMedianOfBend;
+    scale.noise = measureNoise(points, steps);
     float minX = 0;
     float minY = 0;
     float maxX = 0;

@@ -307,7 +307,7 @@ TEST(ExactFits, TheSearchFollowsSpacingNoiseAndExtent) {
         float step, noise;
         double gap, tolerance, length;
     };
-    constexpr double kBend = 2 / (0.6745 * 2.449489742783178);  // noise for each h of +h, -h, -h, +h
+    constexpr double kBend = 4 / (0.6745 * 2.449489742783178);  // of +h, -h, -h, +h two places apart
     for (const Case& c :
          {Case{401, 0.25F, 0, 5, 0.5, 2.5}, Case{101, 0.25F, 0, 5, 0.25, 2.5},
           Case{2001, 0.25F, 0, 5, 2.5, 10}, Case{11, 0.25F, 0, 5, 0.25, 0.625},
