@@ -16,9 +16,9 @@ namespace {
 /// What lies beyond one end of a line.
 struct Beyond {
     QString word;             ///< as lineEnds gives it
-    double length = 0;        ///< mm, of a piece that serves no template line
-    bool isTooShort = false;  ///< that piece is no segment
-    QString next = {};        ///< the template line's end behind it, where there is one
+    double length = 0;        ///< mm, of the pieces that serve no template line, up to a segment
+    bool isTooShort = false;  ///< the first of them is no segment
+    QString next = {};        ///< the template line's end behind them, where there is one
 };
 
 QString endName(const QString& line, bool isStart) { return line + (isStart ? ".start" : ".end"); }
@@ -57,15 +57,18 @@ public:
         const Piece* neighbour = found_.neighbour(piece, step);
         if (neighbour == nullptr)
             return {"free"};
-        const int at = piece + step, next = at + step;
+        int at = piece + step;
         if (lineOf_[std::size_t(at)] >= 0)
             return {nameOfEnd(at, step)};
-        const Piece* behind = found_.neighbour(at, step);
         Beyond other{runsOn(piece, at) ? "straight" : "bend"};
-        other.length = length(neighbour->line.p1, neighbour->line.p2);
         other.isTooShort = neighbour->segment < 0;
-        if (behind != nullptr && lineOf_[std::size_t(next)] >= 0)
-            other.next = nameOfEnd(next, step);
+        while (neighbour != nullptr && lineOf_[std::size_t(at)] < 0) {
+            other.length += length(neighbour->line.p1, neighbour->line.p2);
+            neighbour = neighbour->segment < 0 ? found_.neighbour(at, step) : nullptr;
+            at += step;
+        }
+        if (neighbour != nullptr)
+            other.next = nameOfEnd(at, step);
         return other;
     }
 
