@@ -5,7 +5,8 @@
 namespace KvMeasure {
 
 std::vector<Option> fittingOptions() {
-    return {{"--raw", "", "measures the segments as the search leaves them: not fitted anew, edges as seen"},
+    return {{"--raw", "",
+             "measures the segments as the search leaves them: not joined, not fitted anew, edges as seen"},
             {"--edge-compensation",
              "on|off",
              "half a point distance is added at each free edge (on)",

@@ -30,6 +30,7 @@ const Usage usage = withTextOptions(with(
      "PROFILE",
      "Shows the contours of a profile and the straight segments found in them.",
      {{"--record", "N", "which profile of a file with several, from 0 (0)"},
+      {"--raw", "", "shows the segments as the search leaves them, those of one surface not joined"},
       {"--svg", "PICTURE", "draw the segments over the points"}},
      "A segment's points are those of its contour that lie along it, nearer than the split deviation and to "
      "no\n"
@@ -162,7 +163,8 @@ int runLines(const QStringList& words) {
     const LoadedProfile loaded = takeProfile(arguments);
     KvMath::TSFindTemplateParams search = estimateSearch(loaded.profile);
     applySearchOptions(arguments, search);
-    const ProfilePieces pieces = findPieces(loaded.profile, search);
+    const ProfilePieces pieces =
+        findPieces(loaded.profile, search, arguments.has("--raw") ? Pieces::AsFound : Pieces::Joined);
     const QList<Contour> contours = contoursOf(pieces);
     QList<Found> found = segmentsOf(pieces);
     int first = 0;

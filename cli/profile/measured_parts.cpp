@@ -200,7 +200,8 @@ void Matcher::drawGivenUp(const LoadedProfile& loaded, const Error& error) {
     if (!isDrawn_)
         return;
     MatchedProfile matched = describe(loaded, profiles_ - 1);
-    matched.segments = findPieces(loaded.profile, part_.search(loaded.profile)).segments;
+    matched.segments =
+        findPieces(loaded.profile, part_.search(loaded.profile), part_.plan().fitting.pieces()).segments;
     NearMiss near;
     near.reasons.append(error.text(optionOf));
     writePictureOf(loaded, missingPicture(loaded, matched, near));

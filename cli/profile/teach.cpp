@@ -294,7 +294,8 @@ void findTemplate(Taught& taught, const InspectionPlan& plan) {
     const MeasuredPart measured = measurement.measurePrepared(taught.part.profile);
     if (!measured.isFound())
         throw Error("teach: the template of the plan is not in the taught part: " + measured.reason);
-    taught.found = findPieces(taught.part.profile, measurement.search(taught.part.profile));
+    taught.found =
+        findPieces(taught.part.profile, measurement.search(taught.part.profile), plan.fitting.pieces());
     taught.indices = measured.bestIndices;
     taught.chosen.names = plan.lineNames;
     for (int i = 0; i < taught.indices.count(); ++i) {
@@ -360,7 +361,7 @@ int runTeach(const QStringList& words) {
     plan.search = estimateSearch(taught.part.profile);
     plan.search.allowReversed = arguments.has("--reversed");
     applySearchOptions(arguments, plan.search);
-    taught.found = findPieces(taught.part.profile, plan.search);
+    taught.found = findPieces(taught.part.profile, plan.search, plan.fitting.pieces());
     if (!choosesLines(arguments)) {
         requireNoTemplate(arguments);
         showSegments(arguments, taught.part, taught.found.segments, plan);

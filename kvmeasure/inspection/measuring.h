@@ -23,7 +23,7 @@ KVMEASURE_EXPORT std::vector<MeasurementReading> measurementReadings(const Inspe
 ///     InspectionPlan plan = readPlan("plan.json");
 ///     const LoadedProfile part = loadOnlyProfile("part.csv", TextOptions());
 ///     const auto search = plan.hasSearch ? plan.search : estimateSearch(part.profile);
-///     const ProfilePieces found = findPieces(part.profile, search);
+///     const ProfilePieces found = findPieces(part.profile, search, plan.fitting.pieces());
 ///     for (const auto& indices : findAssignments(found.segments, plan.lines, search.allowReversed))
 ///         show(measure(found, indices, plan, plan.fitting).values);
 KVMEASURE_EXPORT Evaluation measure(const ProfilePieces& found, const KvMath::TSLinesIndecies& indices,

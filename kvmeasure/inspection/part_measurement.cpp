@@ -203,7 +203,7 @@ MeasuredPart PartMeasurement::measureOnce(const KvProfile& profile, const KvProf
         return measured;
     }
     const KvMath::TSFindTemplateParams params = search(profile);
-    const ProfilePieces& pieces = finder_.find(profile, params);
+    const ProfilePieces& pieces = finder_.find(profile, params, plan_.fitting.pieces());
     measured.segments = pieces.segments;
     const QList<TSLinesIndecies> found =
         findAssignments(measured.segments, plan_.lines, params.allowReversed);

@@ -3,6 +3,8 @@
 
 #include <kvmeasure/profiles/line_pieces.h>
 
+#include <kvmeasure/profiles/piece_join_p.h>
+
 #include <algorithm>
 #include <cmath>
 
@@ -16,7 +18,7 @@ struct PieceFinder::Storage {
 
     Vector* pointsFor(int count);
     void addContours(int count);
-    void addPieces(double minLength);
+    void addPieces(const KvMath::TSFindTemplateParams& search, Pieces pieces);
 };
 
 /// An array that nobody else reads.
@@ -41,17 +43,20 @@ void PieceFinder::Storage::addContours(int count) {
 }
 
 /// A piece is a segment by the same comparison as in the template search.
-void PieceFinder::Storage::addPieces(double minLength) {
-    for (const KvMath::ProfileLines::Piece& line : lines.pieces()) {
-        Piece piece{line.line, line.contour, line.from, line.to, -1};
+void PieceFinder::Storage::addPieces(const KvMath::TSFindTemplateParams& search, Pieces pieces) {
+    for (const KvMath::ProfileLines::Piece& line : lines.pieces())
+        found.pieces.push_back({line.line, line.contour, line.from, line.to, -1});
+    if (pieces == Pieces::Joined)
+        Internal::joinPieces(found.contours, {search.splitTolerance, search.cornerTolerance}, found.pieces);
+    for (std::size_t i = 0; i < found.pieces.size(); ++i) {
+        Piece& piece = found.pieces[i];
         const double dx = piece.line.p2.x - piece.line.p1.x;
         const double dy = piece.line.p2.y - piece.line.p1.y;
-        if (std::sqrt(dx * dx + dy * dy) > minLength) {
+        if (std::sqrt(dx * dx + dy * dy) > search.minLineLength) {
             piece.segment = static_cast<int>(found.segments.size());
             found.segments.append(piece.line);
-            found.pieceOf.push_back(static_cast<int>(found.pieces.size()));
+            found.pieceOf.push_back(static_cast<int>(i));
         }
-        found.pieces.push_back(piece);
     }
 }
 
@@ -61,7 +66,7 @@ PieceFinder& PieceFinder::operator=(const PieceFinder& /*other*/) { return *this
 PieceFinder::~PieceFinder() = default;
 
 const ProfilePieces& PieceFinder::find(const KvMath::KvProfile& profile,
-                                       const KvMath::TSFindTemplateParams& search) {
+                                       const KvMath::TSFindTemplateParams& search, Pieces pieces) {
     ProfilePieces& found = storage_->found;
     found.contours.clear();
     found.pieces.clear();
@@ -77,7 +82,7 @@ const ProfilePieces& PieceFinder::find(const KvMath::KvProfile& profile,
     storage_->lines.extract(points, count, search);
     if (count > 0)
         storage_->addContours(count);
-    storage_->addPieces(search.minLineLength);
+    storage_->addPieces(search, pieces);
     return found;
 }
 
@@ -89,8 +94,9 @@ const Piece* ProfilePieces::neighbour(int piece, int step) const {
     return found.contour == pieces[std::size_t(piece)].contour ? &found : nullptr;
 }
 
-ProfilePieces findPieces(const KvMath::KvProfile& profile, const KvMath::TSFindTemplateParams& search) {
-    return PieceFinder().find(profile, search);
+ProfilePieces findPieces(const KvMath::KvProfile& profile, const KvMath::TSFindTemplateParams& search,
+                         Pieces pieces) {
+    return PieceFinder().find(profile, search, pieces);
 }
 
 }  // namespace KvMeasure

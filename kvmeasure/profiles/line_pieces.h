@@ -13,8 +13,8 @@
 
 namespace KvMeasure {
 
-/// A straight piece of a contour from vertex to vertex, as the library's line search leaves it. Neighbours in
-/// a contour share a vertex and the point at it.
+/// A straight piece of a contour from vertex to vertex. Neighbours in a contour share a vertex and the point
+/// at it.
 struct Piece {
     KvMath::LinePP line;  ///< from vertex to vertex in scan order, mm
     int contour = 0;      ///< its number, from 0
@@ -48,7 +48,7 @@ struct KVMEASURE_EXPORT ProfilePieces {
     std::vector<ContourPoints> contours;  ///< the points of each
     std::vector<Piece> pieces;            ///< contour by contour, in scan order
     std::vector<int> pieceOf;             ///< the piece of each segment
-    Segments segments;                    ///< exactly those that findTemplate finds
+    Segments segments;                    ///< longer than minLineLength
 
     /// A point of the contour of a piece, by its number there, which must be one.
     const Vector& point(const Piece& piece, int number) const {
@@ -59,11 +59,24 @@ struct KVMEASURE_EXPORT ProfilePieces {
     const Piece* neighbour(int piece, int step) const;
 };
 
+/// Which pieces are told apart.
+enum class Pieces {
+    Joined,   ///< neighbours that the search would not part if it looked at them alone are one piece
+    AsFound,  ///< as the search leaves them; the segments are exactly those that findTemplate finds
+};
+
 /// Contours, pieces and segments of a profile by the line search of KvMath, with the search parameters of a
 /// template or of estimateSearch. Without points all is empty. Points with an unset coordinate join no
 /// others.
+///
+/// The search parts a contour at its farthest point from a chord, which on a surface parallel to the chord
+/// is any of its points, by the noise. Joined pieces are one wherever all their points are less than
+/// splitTolerance off the chord over both (T. Pavlidis, S. L. Horowitz, IEEE Transactions on Computers
+/// C-23 (1974) 860-870). A contour in which that would take more than 64 looks at each of its points keeps
+/// the pieces that are left then.
 KVMEASURE_EXPORT ProfilePieces findPieces(const KvMath::KvProfile& profile,
-                                          const KvMath::TSFindTemplateParams& search);
+                                          const KvMath::TSFindTemplateParams& search,
+                                          Pieces pieces = Pieces::Joined);
 
 /// The same of one profile after another, in storage that is used again. One thread at a time may use an
 /// object; a copy has storage of its own.
@@ -75,7 +88,8 @@ public:
     ~PieceFinder();                                    ///< ends the life of what find() returned
 
     /// As findPieces. Valid until the next call; copies of it last.
-    const ProfilePieces& find(const KvMath::KvProfile& profile, const KvMath::TSFindTemplateParams& search);
+    const ProfilePieces& find(const KvMath::KvProfile& profile, const KvMath::TSFindTemplateParams& search,
+                              Pieces pieces = Pieces::Joined);
 
 private:
     struct Storage;

@@ -14,6 +14,9 @@ namespace KvMeasure {
 struct LineFitting {
     bool isRaw = false;            ///< the segments of the search as they are
     bool compensatesEdges = true;  ///< free edges lie half a point distance beyond their last point
+
+    /// Those whose segments are measured.
+    Pieces pieces() const { return isRaw ? Pieces::AsFound : Pieces::Joined; }
 };
 
 /// One line per segment, in their order; none without segments. With isRaw they are the segments.

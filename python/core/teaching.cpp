@@ -173,7 +173,7 @@ std::shared_ptr<Plan> teach(const py::handle& array, const py::handle& lines, co
     if (!lines.is_none() || !longest.is_none()) {
         plan.search = searchOf(profile, search);
         plan.hasSearch = true;
-        found = KvMeasure::findPieces(profile, plan.search);
+        found = KvMeasure::findPieces(profile, plan.search, plan.fitting.pieces());
         chosen = lines.is_none()
                      ? KvMeasure::longestLines(found.segments, longest.cast<int>())
                      : KvMeasure::parseLines(linesText(lines), static_cast<int>(found.segments.size()));

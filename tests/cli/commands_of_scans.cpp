@@ -86,8 +86,7 @@ TEST_F(Commands, ProfilesAreComparedFitAndToldInWords) {
         {"fit two.csv --parabola",
          1,
          {"parabola (NO RESULT)", "a -\n", "the points do not determine a parabola\n"}},
-
-        {"lines p.csv --raw --edge-compensation on", 2, {"--raw"}},
+        {"lines p.csv --edge-compensation on", 2, {"--edge-compensation"}},
         {"info gap.csv p.csv", 0, {"gap.csv"}},
         {"filter gap.csv out.csv --steps mean~3", 0, {"1 unset points left out"}},
         {"filter p.csv out.csv --columns ~ --steps mean~3", 2, {"--columns needs x and height"}},
