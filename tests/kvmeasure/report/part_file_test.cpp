@@ -129,7 +129,7 @@ TEST_F(Parts, MergedPartsAreOneRunByteByByte) {
     EXPECT_EQ(merged.duplicates, 3);
     EXPECT_EQ(merged.duplicate, "f7#0");
     // Signs that are no numbers of profiles belong to the names of files.
-    make("odd.csv", "x#a\nx#b\nx#a\n#5\n#6\n#5\nx#\n");
+    make("odd.csv", "x#a\nx#b\nx#a\n#5\n#6\n#7\n#6\nx#\n");
     const MergedParts odd = mergeParts({"odd.csv"}, "odd_merged.csv");
     EXPECT_EQ(odd.duplicates, 2);
     EXPECT_EQ(odd.duplicate, "x#a");

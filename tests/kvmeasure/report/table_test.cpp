@@ -126,12 +126,13 @@ TEST(CalibrationReports, ReachFromEdgeToEdge) {
 
     PixelTable table(CalibrationForm::CompactTable);
     table.cells(Half::Z)[0] = 16384;
+    table.cells(Half::Z)[PixelTable::kColumns] = 8192;  // the first column of the second row
     table.cells(Half::Z)[KvMath::kSensorRows * PixelTable::kColumns - 1] = 4096;
     const QJsonObject facts = factsOf(table, 100, 50, false).json;
     EXPECT_EQ(raw["form"], "raw record");
     EXPECT_EQ(facts["form"], "compact table");
     EXPECT_EQ(formName(CalibrationForm::FullTable), "full table");
-    EXPECT_EQ(facts["filledZ"], 2);
+    EXPECT_EQ(facts["filledZ"], 3);
     EXPECT_EQ(facts["columnsZ"].toArray(), (QJsonArray{0, 647}));
     EXPECT_EQ(facts["rowsZ"].toArray(), (QJsonArray{0, 487}));
     EXPECT_EQ(facts["valuesZ"].toArray(), (QJsonArray{25, 100}));
