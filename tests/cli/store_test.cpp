@@ -45,7 +45,8 @@ TEST_F(Store, APassIsStoredAsItIsReported) {
     EXPECT_EQ(about["planName"].toString(), "limits.csv");
     const QJsonArray wheelsets = pass.json()["wheelsets"].toArray();
     int good = 0;
-    for (const char* key : {"flangeHeight", "runningDiameter", "Sh", "qR", "rimWidth"}) {
+    for (const char* key : {"flangeHeight", "thicknessFromBack", "flangeSteepness", "heightDeviation",
+                            "radius", "runningDiameter", "Sh", "qR", "rimWidth"}) {
         const QJsonArray trend = trendOf(stored, key);
         ASSERT_EQ(trend.size(), 4) << key;
         for (int i = 0; i < 4; ++i) {
@@ -67,6 +68,22 @@ TEST_F(Store, APassIsStoredAsItIsReported) {
     for (const char* key : {"backToBack", "frontToFront"})
         EXPECT_EQ(trendOf(stored, key)[1].toObject()["value"], wheelsets[1].toObject()[key]) << key;
     EXPECT_EQ(trendOf(stored, "vehicleDiameterDifference")[0].toObject()["profile"].toString(), "vehicle 1");
+    for (const QJsonValue each : stored["values"].toArray()) {
+        const QJsonObject value = each.toObject();
+        const QString name = value["name"].toString();
+        if (QStringList{"Sh", "vehicleDiameterDifference", "radius"}.contains(name)) {
+            EXPECT_EQ(value["worst"].toArray().isEmpty(), name == "radius") << name.toStdString();
+        }
+    }
+    int judged = 0;
+    for (const QString& row : QString::fromStdString(run("results r.db --csv").out).split('\n')) {
+        if (!row.contains(",Sh,mm,"))
+            continue;
+        const QStringList limits = row.section(",Sh,mm,", 1).split(',').mid(2, 3);
+        EXPECT_EQ(limits, (QStringList{"", "20", "28.7"})) << "no nominal";
+        ++judged;
+    }
+    EXPECT_EQ(judged, 4);
     EXPECT_EQ(about["good"].toInt(), 3);  // wheelsets and vehicle: no wheel shows its rim
 
     EXPECT_EQ(run("wheels parameters train --store r.db").code, 0);

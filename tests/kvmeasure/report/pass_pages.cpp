@@ -81,6 +81,12 @@ TEST(PassPage, SaysOfEachWheelWhatIsNotGood) {
                     testing::AllOf(HasSubstr("<td class=\"number\">28.250 \u00b1 0.054</td>"),
                                    HasSubstr("at least 26"), HasSubstr("no U: too few points")));
     }
+    const QByteArray train = PassPage("").html(passOf(with("radius", QJsonValue()), good, 5));
+    EXPECT_EQ(train.count("<details open"), 3) << "the first three";
+    EXPECT_EQ(train.count("<details"), 5);
+    EXPECT_THAT(train.toStdString(),
+                testing::AllOf(HasSubstr("<td class=\"number\">2</td><td>left</td><td class=\"bad\">"),
+                               HasSubstr("<td class=\"number\">2</td><td>right</td><td class=\"good\">")));
     EXPECT_THAT(PassPage("").html({}).toStdString(), HasSubstr("NOT GOOD: no wheelset was seen"));
     QJsonObject damaged = passOf(good, good, 1);
     damaged["recordings"] = QJsonArray{QJsonObject{{"damagedAt", 17}}};
