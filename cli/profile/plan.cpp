@@ -10,6 +10,7 @@
 
 #include <kvmeasure/base/error.h>
 #include <kvmeasure/base/filled_in.h>
+#include <kvmeasure/inspection/expression.h>
 #include <kvmeasure/inspection/part_measurement.h>
 #include <kvmeasure/report/json.h>
 #include <kvmeasure/report/table.h>
@@ -87,10 +88,15 @@ QList<QPair<QString, QString>> partsOf(const InspectionPlan& plan) {
     if (plan.hasTemplate())
         parts.append({"template", filledIn("lines %1; %2 constraints", plan.lineNames.join(", "),
                                            static_cast<int>(plan.lines.getAllConstraints().size()))});
-    for (const ValueName& value : measurementNames(plan)) {
-        const QString limits =
-            plan.tolerances.contains(value.name) ? " : " + plan.tolerances[value.name].text() : QString();
-        parts.append({"measurement", value.name + limits});
+    for (const MeasurementStatement& statement : measurementStatements(plan)) {
+        QStringList limits;
+        for (const QString& value : statement.values) {
+            const auto tolerance = plan.tolerances.constFind(value);
+            if (tolerance != plan.tolerances.constEnd())
+                limits.append((statement.values.size() > 1 ? value + ' ' : QString()) + tolerance->text());
+        }
+        parts.append(
+            {"measurement", statement.text + (limits.isEmpty() ? QString() : " : " + limits.join(", "))});
     }
     for (const Region& region : plan.regions)
         parts.append({"region", region.text()});

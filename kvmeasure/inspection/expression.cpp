@@ -7,7 +7,9 @@
 #include <kvmeasure/base/filled_in.h>
 #include <kvmeasure/base/text.h>
 #include <kvmeasure/inspection/measurement_kind_p.h>
+#include <kvmeasure/inspection/result_order_p.h>
 #include <kvmeasure/inspection/statement_p.h>
+#include <kvmeasure/inspection/template_kind_p.h>
 #include <kvmeasure/inspection/tolerance.h>
 
 namespace KvMeasure {
@@ -135,6 +137,65 @@ void settleTolerances(const QMap<QString, WrittenTolerance>& written, const QLis
         settled[it.key()] = tolerance;
     }
     plan.tolerances = settled;
+}
+
+namespace {
+
+KvMath::TSMeasurement* measurementOf(const InspectionPlan& plan, const QString& value) {
+    for (KvMath::TSMeasurement* measurement : plan.measurements.getAllMeasurements()) {
+        for (const ValueName& name : valueNames(*measurement)) {
+            if (name.name == value)
+                return measurement;
+        }
+    }
+    return nullptr;
+}
+
+MeasurementStatement statementOf(const InspectionPlan& plan, const Mean& mean) {
+    int from = 0;
+    int to = 0;
+    KvMath::TSMeasurement* const first = measurementOf(plan, mean.first);
+    KvMath::TSMeasurement* const second = measurementOf(plan, mean.second);
+    const LineNames lines(plan.lineNames);
+    if (first == nullptr || second == nullptr || !areShiftsOfDistance(*first, *second, from, to))
+        return {filledIn("%1 = mean of %2 and %3", mean.name, mean.first, mean.second), {mean.name}};
+    return {filledIn("%1 = distance %2 %3", mean.name, lines(from), lines(to)), {mean.name}};
+}
+
+/// Points deliver their name with endings, ends of far lines their name with words.
+QString commonName(const QList<ValueName>& values) {
+    QString name;
+    for (const ValueName& value : values) {
+        if (name.isEmpty() || value.name.size() < name.size())
+            name = value.name;
+    }
+    return name.endsWith(".x") && values.size() > 1 ? name.chopped(2) : name;
+}
+
+}  // namespace
+
+QList<MeasurementStatement> measurementStatements(const InspectionPlan& plan) {
+    QList<MeasurementStatement> statements;
+    for (KvMath::TSMeasurement* measurement : plan.measurements.getAllMeasurements()) {
+        const QList<ValueName> values = valueNames(*measurement);
+        QStringList names;
+        for (const ValueName& value : values) {
+            for (const Mean& mean : plan.means) {
+                if (mean.first == value.name)
+                    statements.append(statementOf(plan, mean));
+            }
+            if (!isPartOfMean(plan, value.name))
+                names.append(value.name);
+        }
+        if (names.isEmpty() && !values.isEmpty())
+            continue;
+        const TemplateKind& kind = templateKind(*measurement);
+        const QString words =
+            (kind.word() + ' ' + kind.parameters(*measurement, LineNames(plan.lineNames))).trimmed();
+        const QString name = commonName(values);
+        statements.append({name.isEmpty() ? words : name + " = " + words, names});
+    }
+    return statements;
 }
 
 QString measureHelp() {

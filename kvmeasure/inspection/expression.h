@@ -15,6 +15,18 @@ namespace KvMeasure {
 /// one name, and for more than 1000 statements; the statements before it have then been added.
 KVMEASURE_EXPORT QMap<QString, WrittenTolerance> addMeasurements(const QString& text, InspectionPlan& plan);
 
+/// A measurement of a template as it would be written, without its tolerance.
+struct MeasurementStatement {
+    QString text;        ///< e.g. "depth = distance floor left"
+    QStringList values;  ///< the names of what it delivers
+};
+
+/// The measurements of plan.measurements and plan.means, in the order of measurementNames(). addMeasurements
+/// makes the same ones of them, their numbers to ten digits, but for two forms that no statement has: a type
+/// of a host, which stands with its type name, and a mean of others than the two shifts of a distance, "mean
+/// of A and B".
+KVMEASURE_EXPORT QList<MeasurementStatement> measurementStatements(const InspectionPlan& plan);
+
 /// Sets plan.tolerances as they were written. Where one takes its nominal value from the taught part, that is
 /// the value of this name among `taught`; throws Error with parameter() "measure" where there is none, the
 /// plan then unchanged.

@@ -15,6 +15,9 @@ public:
     QLatin1String type() const override { return QLatin1String(); }
     QString usage() const override { return {}; }
     QString help() const override { return {}; }
+    QString parameters(KvMath::TSMeasurement& measurement, const LineNames& /*lines*/) const override {
+        return measurement.getType();
+    }
     void read(Statement& /*statement*/) const override {}
 };
 

@@ -12,6 +12,21 @@ namespace KvMeasure::Internal {
 /// The segment of a template line, as assignedLine gives it.
 using LineOf = std::function<KvMath::LinePP(int line)>;
 
+/// The names of template lines; a line without one has its number.
+class LineNames {
+public:
+    explicit LineNames(const QStringList& names) : names_(names) {}
+
+    QString operator()(int line) const { return names_.value(line, QString::number(line)); }
+    QString end(int line, bool isStart) const { return (*this)(line) + (isStart ? ".start" : ".end"); }
+
+private:
+    const QStringList& names_;
+};
+
+/// A number of a statement, in ten digits.
+inline QString written(double number) { return QString::number(number, 'g', 10); }
+
 /// A kind with a measurement of its own in KvMath, which also stands in stored plans. The values follow from
 /// the results of that measurement: points and lengths are mm, angles degrees.
 class TemplateKind : public MeasurementKind {
@@ -22,6 +37,8 @@ public:
     virtual QString whyNotMeasured() const { return QStringLiteral("a line that it reads was not found"); }
     /// Why a value is missing where the result is no number.
     virtual QString whyNoNumber() const { return QStringLiteral("a line that it reads has no length"); }
+    /// What stands behind its word in the statement that made such a measurement.
+    virtual QString parameters(KvMath::TSMeasurement& measurement, const LineNames& lines) const = 0;
     /// Adds the slopes of its numbers, lengths in mm and angles in degrees, over the ends of its lines.
     /// Called after it was measured. False: they are not known, and the measurement is repeated with moved
     /// ends.
@@ -39,6 +56,10 @@ public:
 /// The kind of a measurement, by its type name. One for the types of hosts, which is in no table, where no
 /// kind has that name.
 const TemplateKind& templateKind(KvMath::TSMeasurement& measurement);
+
+/// The lines of a distance, where these two measurements are its shifts at the start and at the end of the
+/// first line.
+bool areShiftsOfDistance(KvMath::TSMeasurement& first, KvMath::TSMeasurement& second, int& from, int& to);
 
 /// The template lines that a measurement reads, ascending, by the keys of its stored form.
 QList<int> linesRead(KvMath::TSMeasurement& measurement);

@@ -33,6 +33,19 @@ public:
         slopes.addShare(to, isToStart, between->getPosition());
         return true;
     }
+    QString parameters(KvMath::TSMeasurement& measurement, const LineNames& lines) const override {
+        const auto* own = dynamic_cast<KvMath::TSUMPointBetween2Points*>(&measurement);
+        if (own == nullptr)
+            return {};
+        int from = 0;
+        int to = 0;
+        bool isFromStart = false;
+        bool isToStart = false;
+        own->getMeasureLinesIndecies(from, to);
+        own->getPointsChoice(isFromStart, isToStart);
+        return lines.end(from, isFromStart) + ' ' + lines.end(to, isToStart) + ' ' +
+               written(own->getPosition());
+    }
     void read(Statement& statement) const override {
         constexpr double kMiddle = 0.5;
         const Place first = statement.takePlace();

@@ -17,6 +17,13 @@ public:
         return "outermost point of all segments in a direction, and its segment";
     }
     QString whyNotMeasured() const override { return QStringLiteral("no segment was found"); }
+    QString parameters(KvMath::TSMeasurement& measurement, const LineNames& /*lines*/) const override {
+        const auto* own = dynamic_cast<KvMath::TSUMFarLineInDirection*>(&measurement);
+        if (own == nullptr)
+            return {};
+        const Vector direction = own->getDirection();
+        return written(direction.x) + ' ' + written(direction.y);
+    }
     void read(Statement& statement) const override {
         const double x = statement.takeNumber("the x of a direction");
         const double y = statement.takeNumber("the y of a direction");

@@ -21,6 +21,12 @@ public:
         slopes.addTurn(0, inclination->getMeasureLineIndex(), kDegreesPerRadian);
         return true;
     }
+    QString parameters(KvMath::TSMeasurement& measurement, const LineNames& lines) const override {
+        const auto* own = dynamic_cast<KvMath::TSUMInclinationAngle*>(&measurement);
+        if (own == nullptr)
+            return {};
+        return lines(own->getMeasureLineIndex());
+    }
     void read(Statement& statement) const override {
         statement.add(new KvMath::TSUMInclinationAngle(statement.takeLine(), statement.name()));
     }

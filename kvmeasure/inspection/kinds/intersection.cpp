@@ -47,6 +47,15 @@ public:
         addSlopesOver(second, slopes.line(first), intersection->getIntersectionPoint(), slopes);
         return true;
     }
+    QString parameters(KvMath::TSMeasurement& measurement, const LineNames& lines) const override {
+        const auto* own = dynamic_cast<KvMath::TSUMLinesIntersection*>(&measurement);
+        if (own == nullptr)
+            return {};
+        int from = 0;
+        int to = 0;
+        own->getMeasureLinesIndecies(from, to);
+        return lines(from) + ' ' + lines(to);
+    }
     void read(Statement& statement) const override {
         const int first = statement.takeLine();
         const int second = statement.takeLine();

@@ -26,6 +26,12 @@ public:
         slopes.add(0, number, /*isStart=*/true, {-along.x, -along.y});
         return true;
     }
+    QString parameters(KvMath::TSMeasurement& measurement, const LineNames& lines) const override {
+        const auto* own = dynamic_cast<KvMath::TSUMLength*>(&measurement);
+        if (own == nullptr)
+            return {};
+        return lines(own->getMeasureLineIndex());
+    }
     void read(Statement& statement) const override {
         statement.add(new KvMath::TSUMLength(statement.takeLine(), statement.name()));
     }

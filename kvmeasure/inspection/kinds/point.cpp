@@ -23,6 +23,12 @@ public:
         slopes.addShare(point->getMeasureLineIndex(), /*isStart=*/false, point->getPosition());
         return true;
     }
+    QString parameters(KvMath::TSMeasurement& measurement, const LineNames& lines) const override {
+        const auto* own = dynamic_cast<KvMath::TSUMLinePoint*>(&measurement);
+        if (own == nullptr)
+            return {};
+        return lines(own->getMeasureLineIndex()) + ' ' + written(own->getPosition());
+    }
     void read(Statement& statement) const override {
         const int line = statement.takeLine();
         const double position = statement.takeNumber("a position, 0 (start) to 1 (end)");

@@ -53,6 +53,15 @@ public:
         slopes.addTurn(0, to, perRadian);
         return true;
     }
+    QString parameters(KvMath::TSMeasurement& measurement, const LineNames& lines) const override {
+        const auto* own = dynamic_cast<KvMath::TSUMRotationAngle*>(&measurement);
+        if (own == nullptr)
+            return {};
+        int from = 0;
+        int to = 0;
+        own->getMeasureLinesIndecies(from, to);
+        return lines(from) + ' ' + lines(to);
+    }
     void read(Statement& statement) const override {
         const int from = statement.takeLine();
         const int to = statement.takeLine();

@@ -65,6 +65,22 @@ public:
         slopes.addTurn(0, reference, (b.y - a.y) * unit.x - (b.x - a.x) * unit.y);
         return true;
     }
+    QString parameters(KvMath::TSMeasurement& measurement, const LineNames& lines) const override {
+        const auto* own = dynamic_cast<KvMath::TSUMEndPointShiftInDirection*>(&measurement);
+        if (own == nullptr)
+            return {};
+        int from = 0;
+        int to = 0;
+        int reference = 0;
+        bool isFromStart = false;
+        bool isToStart = false;
+        own->getMeasureLinesIndecies(from, to, reference);
+        own->getPointsChoice(isFromStart, isToStart);
+        return lines.end(from, isFromStart) + ' ' + lines.end(to, isToStart) + ' ' +
+               written(own->getDirectionAngle() / kRadiansPerDegree) +
+               (reference == from ? QString() : " ref " + lines(reference)) +
+               (own->getLineReferenceReversed() ? " reversed" : "");
+    }
     void read(Statement& statement) const override {
         const Place from = statement.takePlace();
         const Place to = statement.takePlace();

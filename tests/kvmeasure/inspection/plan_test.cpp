@@ -95,6 +95,38 @@ TEST_F(Plans, AreReadAsTheyWereWritten) {
     EXPECT_FALSE(reread(templateOf("0", "")).hasTemplate());
 }
 
+TEST_F(Plans, AreToldInTheWordsThatMadeThem) {
+    const QStringList statements{"depth = distance floor left",
+                                 "bottom = length floor",
+                                 "tilt = inclination rise",
+                                 "opening = angle fall rise",
+                                 "turn = rotation left rise",
+                                 "corner = intersection left fall",
+                                 "quarter = point rise -0.25",
+                                 "centre = between fall.end rise.start 0.123456789",
+                                 "lift = shift left.end rise.start 70 ref floor reversed",
+                                 "drop = shift left.start fall.end -90",
+                                 "top = far 0 -1.5"};
+    InspectionPlan plan;
+    plan.lineNames = QStringList{"left", "fall", "floor", "rise"};
+    plan.lines.setTemplateLinesNumber(5);
+    addMeasurements(statements.join("; "), plan);
+    plan.means.append({"both", "bottom", "lift"});
+    QStringList told, values;
+    for (const MeasurementStatement& statement : measurementStatements(plan)) {
+        told.append(statement.text);
+        values += statement.values;
+    }
+    QStringList expected = statements;
+    expected[1] = "both = mean of bottom and lift";
+    expected.removeAt(8);
+    EXPECT_EQ(told.join('\n').toStdString(), expected.join('\n').toStdString());
+    QStringList names;
+    for (const ValueName& value : measurementNames(plan))
+        names.append(value.name);
+    EXPECT_EQ(values.join(' ').toStdString(), names.join(' ').toStdString());
+}
+
 TEST_F(Plans, WholeNumbersAreBoundsLikeAllOthers) {
     const auto find = [](const QByteArray& upper) {
         const InspectionPlan file = reread(templateOf(
