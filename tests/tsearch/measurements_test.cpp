@@ -21,7 +21,7 @@ bool measure(TSMeasurement& m, QList<LinePP> lines, const std::vector<int>& code
 /// The numbers of all uniform results: points, lines (ends, value), angles (vertex, arms, value).
 std::vector<double> numbersOf(TSMeasurement& m) {
     std::vector<double> all;
-    const TSUniformResults results = m.getUniformResult();
+    TSUniformResults results = m.getUniformResult();
     for (const auto& r : results.points)
         all.insert(all.end(), {r.point.x, r.point.y});
     for (const auto& r : results.lines)
@@ -29,6 +29,8 @@ std::vector<double> numbersOf(TSMeasurement& m) {
     for (const auto& r : results.angles)
         all.insert(all.end(),
                    {r.vertex.x, r.vertex.y, r.first.x, r.first.y, r.second.x, r.second.y, r.value});
+    results.clear();
+    EXPECT_TRUE(results.points.isEmpty() && results.lines.isEmpty() && results.angles.isEmpty());
     return all;
 }
 
