@@ -13,7 +13,8 @@
 #include <kvmeasure/profiles/text_lines.h>
 #include <kvmeasure/wheels/gauge_frame_p.h>
 
-#include <algorithm>
+#include <QtCore/QRegularExpression>
+
 #include <cmath>
 #include <limits>
 
@@ -53,14 +54,8 @@ QString unquoted(const QString& text) {
 
 /// "KEY=VALUE", its key a word that begins with a letter.
 bool isAssignment(const QByteArray& line) {
-    const auto sign = line.indexOf('=');
-    if (sign < 1)
-        return false;
-    const QByteArray key = line.left(sign).trimmed();
-    const auto isLetter = [](char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); };
-    return !key.isEmpty() && isLetter(key[0]) && std::all_of(key.begin(), key.end(), [&](char c) {
-        return isLetter(c) || (c >= '0' && c <= '9') || c == '_' || c == '.' || c == ' ' || c == '-';
-    });
+    static const QRegularExpression start("^\\s*[A-Za-z][A-Za-z0-9_. -]*+\\s*=");
+    return start.match(QString::fromLatin1(line)).hasMatch();
 }
 
 bool isBlockComment(const QByteArray& line) { return line.startsWith('!') || line.startsWith('%'); }
