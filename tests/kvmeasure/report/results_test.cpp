@@ -152,6 +152,19 @@ TEST(MatchReport, TellsPartsInWhichColumnsTheirValuesStand) {
     }
 }
 
+TEST(SeriesReport, NamesTheOutlierWhereverItStands) {
+    for (const int at : {0, 3, 8}) {
+        ValueSeries series{"d", "mm", {}, {}, {}, 0, {}};
+        for (int i = 0; i < 9; ++i) {
+            series.values.push_back(i == at ? 9 : 1 + 0.01 * (i % 4));
+            series.sources.append(QString("part_%1").arg(i));
+        }
+        SeriesReport report(series);
+        EXPECT_THAT(report.text().toStdString(), HasSubstr("9 in part_" + std::to_string(at) + '\n'));
+        EXPECT_EQ(report.json()["outlier"].toObject()["file"].toString(), QString("part_%1").arg(at));
+    }
+}
+
 TEST(SeriesReport, HasAReasonForEveryNull) {
     ValueSeries one{"d", "mm", {}, {}, {}, 3, {}};
     for (const std::vector<double>& values :
