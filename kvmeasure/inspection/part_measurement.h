@@ -48,7 +48,7 @@ struct Assignment {
 
 /// What a profile gave.
 struct MeasuredPart {
-    Segments segments;  ///< mm, as the search found them; the template's constraints judge these
+    Segments segments;  ///< mm, as findPieces gives them; the template's constraints judge these
     Segments lines;     ///< mm, as they are measured, one per segment; none where nothing is found
     int found = 0;      ///< assignments that meet the constraints; 0: the template is not found; 1
                         ///< for a plan of tools without a template

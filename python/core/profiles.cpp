@@ -234,14 +234,15 @@ void bindProfiles(py::module_& module) {
                "them.");
     module.def("steps_help", &KvMeasure::stepsHelp, "Every filter step with its parameters and their units.");
     bindSegments(module);
-    module.def("segments", &findSegments, py::arg("array"), py::kw_only(), py::arg("contour_gap") = kNothing,
-               py::arg("split_tolerance") = kNothing, py::arg("min_line_length") = kNothing,
-               "The straight segments of a profile (n, 2), mm, in scan order, as teach and the search of "
-               "plans see them.\n\n"
-               "contour_gap      a step of at least this length begins another contour, mm\n"
-               "split_tolerance  a contour is split where it deviates by at least this from its chord, mm\n"
-               "min_line_length  shorter ones are left out, mm\n\n"
-               "Unless given, they follow from the profile: its spacing, noise and size.");
+    module.def(
+        "segments", &findSegments, py::arg("array"), py::kw_only(), py::arg("contour_gap") = kNothing,
+        py::arg("split_tolerance") = kNothing, py::arg("min_line_length") = kNothing,
+        "The straight segments of a profile (n, 2), mm, in scan order, one for each surface, as teach and "
+        "the search of plans see them.\n\n"
+        "contour_gap      a step of at least this length begins another contour, mm\n"
+        "split_tolerance  a contour is split where it deviates by at least this from its chord, mm\n"
+        "min_line_length  shorter ones are left out, mm\n\n"
+        "Unless given, they follow from the profile: its spacing, noise and size.");
 }
 
 }  // namespace KvMathPython
