@@ -40,12 +40,15 @@ KvMath::KvProfile scanOfAGroove(double slope, std::uint64_t seed) {
 
 /// Whether the pieces are lands, walls and floor, and end where these do.
 bool areSurfaces(const ProfilePieces& found, double slope, double tolerance) {
-    const double ends[] = {-8, -2 - 4 / slope, -2, 2, 2 + 4 / slope, 8};
+    const double x[] = {-8, -2 - 4 / slope, -2, 2, 2 + 4 / slope, 8};
+    const double y[] = {0, 0, -4, -4, 0, 0};
     if (found.pieces.size() != 5 || found.segments.size() != 5)
         return false;
-    for (int i = 0; i < 5; ++i) {
-        if (std::fabs(found.segments[i].p1.x - ends[i]) > tolerance ||
-            std::fabs(found.segments[i].p2.x - ends[i + 1]) > tolerance)
+    for (int i = 0; i < 10; ++i) {
+        const KvMath::LinePP& line = found.segments[i / 2];
+        const Vector& end = i % 2 == 0 ? line.p1 : line.p2;
+        const int k = (i + 1) / 2;
+        if (std::fabs(end.x - x[k]) > tolerance || std::fabs(end.y - y[k]) > tolerance / 8)
             return false;
     }
     return true;
