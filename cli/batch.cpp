@@ -119,7 +119,7 @@ QByteArray Batch::failure(const QString& name, const QString& reason) const {
     QStringList cells{withoutMarks(name)};
     while (cells.size() < columns_ - 2)
         cells.append(QString());
-    return withParameters(csvRow(cells << "NOT READ" << reason), optionOf).toUtf8();
+    return csvRow(cells << "NOT READ" << withParameters(reason, optionOf)).toUtf8();
 }
 
 void Batch::show() { progress_->show(part_.totals().files); }

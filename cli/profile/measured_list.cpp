@@ -120,7 +120,7 @@ MeasuredRows ListMeasurer::measure(PartMeasurement& part, ListedProfile& read) c
     } catch (const Error& error) {
         return failure(read.loaded.name, error.text(optionOf));
     }
-    const QString rows = withParameters(report_.partRows(matched, read.loaded.warning), optionOf);
+    const QString rows = report_.partRows(matched, withParameters(read.loaded.warning, optionOf));
     MeasuredRows measured{rows.toUtf8(), matched.isGood() ? PartRow::Good : PartRow::Missed, std::nullopt};
     if (store_.isOpen())
         measured.stored = storedPart(matched, part.plan());

@@ -81,9 +81,8 @@ Row rowOf(const QString& path, const StoredSection& measured, const std::vector<
     const QString verdict = !measured.verdicts.empty() ? overallVerdict(measured.verdicts)
                             : measured.isComplete      ? QString("good")
                                                        : QString("NOT MEASURED");
-    cells << verdict << notes.join("; ");
-    return {withParameters(csvRow(cells), optionOf).toUtf8(),
-            verdict == "good" ? PartRow::Good : PartRow::Missed};
+    cells << verdict << withParameters(notes.join("; "), optionOf);
+    return {csvRow(cells).toUtf8(), verdict == "good" ? PartRow::Good : PartRow::Missed};
 }
 
 Row measured(const ListedFile& file, const Batch& batch, const SectionRows& rows) {
