@@ -3,6 +3,7 @@
 
 #include <tests/cli/commands.h>
 
+#include <array>
 #include <cmath>
 
 namespace {
@@ -24,10 +25,13 @@ TEST_F(Commands, ScansRefuseOptionsThatContradict) {
     write("s.xyz", plate());
     write("far.xyz", "99 5 99\n98 5 99\n98 5 98\n99 5 98\n");
     write("line.xyz", "0 1 0\n1 1 0\n2 1 0\n3 1 0\n");
-    const QString compare = "compare s.xyz --axes x,height,scan --master ";
+    const QString compare = "compare s.xyz --axes x,height,scan --master ",
+                  whole = "scan outline s.xyz --all-points --level 4 --coin 1";
     expect({
         {"scan section s.xyz --at-scan 3 --at-x 3", 2, {"say where"}},
         {"scan section s.xyz --from 1,1", 2, {"say where"}},
+        {"scan section s.xyz --at-scan 3 --from 1,1", 2, {"say where the section runs"}},
+        {"scan plane s.xyz --scan 0,3 --height 4,7", 0, {"points 36\n"}},
         {"scan section s.xyz --at-scan 3 --step-x 2", 0, {"5 measured and 0 interpolated points"}},
         {"scan section s.xyz --at-scan 3 --step-scan 2", 0, {"s.xyz"}},
         {"scan section s.xyz --at-scan 2.5 --svg i.svg", 0, {"0 measured and 9 interpolated points"}},
@@ -38,6 +42,10 @@ TEST_F(Commands, ScansRefuseOptionsThatContradict) {
         {"scan outline s.xyz --level 5.5 --raw --json", 1, {"\"levelReason\": \"given\""}},
         {"scan plane s.xyz --remove below --out o.xyz", 0, {"c, mm 4.811111111\n"}},
         {"scan outline s.xyz --all-points --gap 3", 2, {"--gap"}},
+        {"scan outline s.xyz --all-points --min-run 3", 2, {"--min-run finds edges, which --all-points"}},
+        {whole, 0, {"\n 1 9.0000 0.00 -0.5000 6.5000 8.5000 6.5000 90.00 7 0.0000 +0.5000\n"}},
+        {whole + " --raw", 0, {"\n 0 6.0000 90.00 0.0000 0.0000 0.0000 6.0000 90.00 0 - -\n"}},
+        {whole + " --raw --json", 0, {"\"edgeCompensation\": false"}},
         {"scan outline s.xyz --raw --edge-compensation on", 2, {"--raw adds nothing at free edges"}},
         {compare + "s.xyz --band 1,0", 2, {"--band needs the least deviation first"}},
         {compare + "plane~1,2", 2, {"needs three numbers", "not \"plane 1,2\""}},
@@ -59,6 +67,15 @@ TEST_F(Commands, ScansRefuseOptionsThatContradict) {
     EXPECT_THAT(read("d.ply"), testing::StartsWith("ply\n"));
 }
 
+/// A record of points in space.
+QByteArray space(const std::vector<std::array<float, 3>>& points) {
+    QByteArray record("\x03");
+    const auto count = static_cast<std::uint32_t>(points.size());
+    record.append(reinterpret_cast<const char*>(&count), sizeof count);
+    return record.append(reinterpret_cast<const char*>(points.data()),
+                         int(sizeof(float) * 3 * points.size()));
+}
+
 TEST_F(Commands, ProfilesAreComparedFitAndToldInWords) {
     write("p.csv", "0,0\n1,0\n2,0\n3,0\n4,0\n");
     write("q.csv", "0,0\n1,0.5\n2,0\n3,0\n4,0\n");
@@ -66,6 +83,11 @@ TEST_F(Commands, ProfilesAreComparedFitAndToldInWords) {
     write("two.csv", "x,z\n1,1\n2,2\n");
     write("empty.csv", "");
     write("gap.csv", "0,0\n1,\n2,0\n3,0\n4,1\n");
+    write("three.csv", "x,z\n1,1\n2,2\n3,1\n");
+    write("stairs.csv", "0,0\n0,1\n0,2\n1,0\n1,1\n1,5\n2,0\n");
+    const float no = std::nanf("");
+    const QByteArray cloud = space({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {no, 0, 0}, {0, no, 0}, {0, 0, no}});
+    write("cloud.bin", cloud + cloud);
     expect({
         {"compare q.csv --master p.csv --align none --keep-all",
          2,
@@ -79,9 +101,16 @@ TEST_F(Commands, ProfilesAreComparedFitAndToldInWords) {
         {"fit q.csv --parabola --svg q.svg", 0, {"q.csv"}},
         {"fit p.csv --plane", 2, {"p.csv"}},
         {"fit two.csv --parabola", 1, {"(NO RESULT)", "a -\n", "do not determine a parabola\n"}},
+        {"fit three.csv --circle", 0, {"radius 1\n", "standard error, mm -\n"}},
+        {"fit p.csv --plane --record 0", 2, {"p.csv: a plane needs an XYZ record"}},
+        {"fit cloud.bin --plane", 0, {"points 3\n", "unset 3\n"}},
+        {"info cloud.bin", 0, {"2 record(s)", " 6 3 0.0000 .. 1.0000 "}},
+        {"lines p.csv --raw", 0, {"\n 0 0 4.0000 0.00 "}},
+        {"lines p.csv --unit mm,mm,mm,mm", 2, {"--unit needs one or two of nm", "not \"mm,mm,mm,mm\""}},
         {"lines p.csv --edge-compensation on", 2, {"--edge-compensation"}},
         {"info gap.csv p.csv", 0, {"gap.csv"}},
         {"filter gap.csv out.csv --steps mean~3", 0, {"1 unset points left out"}},
+        {"filter stairs.csv out.csv --steps slope~3", 0, {", 1 unset points made by the steps\n"}},
         {"filter p.csv out.csv --columns ~ --steps mean~3", 2, {"--columns needs x and height"}},
         {"teach p.csv --out t.json --lines 1 --longest 1", 2, {"--lines and --longest exclude each other"}},
         {"teach p.csv --out t.json --longest x",
@@ -126,6 +155,11 @@ TEST_F(Commands, PlansAreToldCheckedAndJudgedInWords) {
     write("hollow.csv", groove(1.5, 1));
     write("word.csv", "x_mm,z_mm\n1,2\n2,x\n");
     write("list.txt", "gone.csv\n");
+    write("stack.bin", (QByteArray("\x05\x02\0", 3) + QByteArray(20, '\0')).repeated(2));
+    write("counted.csv", "0,0\n1,0\n2,0\n");
+    write("stacks.txt", "stack.bin\ncounted.csv\n");
+    const QString second = "measure good.csv deep.csv hollow.csv --plan p.json --second ",
+                  groove = "--region R~=~x~-9..9 --measure g~=~groove~in~R";
     const QString tools = "--region R~=~x~-9..9 --measure g~=~groove~in~R~:~depth~1.5~+-0.1;~a~=~max~in~R";
     expect({
         {"teach good.csv --out tools.json --master good.csv --band -0.1,0.1 " + tools,
@@ -135,6 +169,19 @@ TEST_F(Commands, PlansAreToldCheckedAndJudgedInWords) {
         {"teach good.csv --out lines.json --longest 3 --measure w~=~length~1 --svg lines.svg",
          0,
          {"template of 3 lines, 10 constraints", "w 4.0500 mm free edges +0.0500 mm"}},
+        {"teach good.csv --out p.json --svg p.svg --name Probe " + groove, 0, {"p.json: 1 region, 1 tool,"}},
+        {"teach good.csv --out uncut.json --raw " + groove, 0, {"g.width 4.0500 mm"}},
+        {"plan show uncut.json", 0, {"lines raw: as the search leaves them"}},
+        {"teach good.csv --out m.json --master good.csv", 0, {"m.json: master master: good.csv (641 "}},
+        {"teach good.csv --out a.json --anchor A~=~left~in~S~from~-15~0", 2, {"there is no region \"S\""}},
+        {"teach good.csv --out s.json --region R~=~all; --measure a~=~max~in~R", 0, {"s.json: 1 region, "}},
+        {"teach good.csv --out x.json --raw --edge-compensation on --longest 3", 2, {"--raw adds nothing"}},
+        {"measure good.csv --plan p.json --svg s.svg --store s.db", 0, {"g.depth 1.5000"}},
+        {"measure good.csv --plan m.json --store s.db --aqdef m.dfq", 0, {"master.largest 0.0000 0.0000 mm"}},
+        {"compare deep.csv --master good.csv --plan p.json", 2, {"--plan goes with --align template, or"}},
+        {second + "good.csv", 2, {"--second has fewer profiles than the files that are measured: good.csv"}},
+        {"measure good.csv --plan p.json --second deep.csv --second good.csv", 2, {"left over: good.csv"}},
+        {"measure --files-from stacks.txt --plan s.json --out z.csv --scan-step 3", 0, {}},
         {"teach good.csv --out none.json --name Void", 2, {"which segments make the template?"}},
         {"teach good.csv --out raw.json --longest 3 --raw --measure w~=~length~1", 0, {"w 4.0000 mm"}},
         {"plan show raw.json", 0, {"lines raw: as the search leaves them"}},
@@ -152,6 +199,7 @@ TEST_F(Commands, PlansAreToldCheckedAndJudgedInWords) {
         {"plan check void.json good.csv", 1, {"a no point lies in region \"R\""}},
         {"measure good.csv --plan tools.json --uncertainty monte-carlo", 2, {"not \"monte-carlo\""}},
         {"measure good.csv --plan tools.json --uncertainty monte-carlo~1.5", 2, {"not \"monte-carlo 1.5\""}},
+        {"measure good.csv --plan tools.json --uncertainty monte-carlo~x", 2, {"not \"monte-carlo x\""}},
         {"merge --files-from list.txt --out whole.csv", 2, {"gone.csv: no such file"}},
         {"merge --files-from good.csv --out whole.csv", 2, {"x_mm,z_mm: no such file"}},
         {"plan show tools.json", 0, {"tool a = max in R", "align registration, band -0.1..0.1"}},
@@ -185,6 +233,10 @@ TEST_F(Commands, PlansAreToldCheckedAndJudgedInWords) {
     EXPECT_THAT(taught.err, HasSubstr("g.depth is 1.7000 mm, allowed is 1.4 to 1.6\n"));
     EXPECT_THAT(taught.err, HasSubstr("master.shareOutside is 0.1167, allowed is at most 0\n"));
     EXPECT_THAT(read("page.html"), HasSubstr("NOT FOUND"));
+    EXPECT_THAT(read("p.svg"), HasSubstr("Plan &quot;Probe&quot;"));
+    EXPECT_THAT(read("s.svg"), HasSubstr("plan &quot;Probe&quot;"));
+    EXPECT_THAT(read("z.csv"), HasSubstr("give --columns HEIGHT --pitch MM"));
+    EXPECT_THAT(read("z.csv"), HasSubstr("\nstack.bin#1,3,0,"));
     EXPECT_THAT(read("seen-hollow.svg"), HasSubstr("NOT FOUND"));
 }
 
@@ -208,6 +260,8 @@ TEST_F(Commands, InfoSaysWhatWasTakenOfATextAndWhatWasNot) {
     write("four.csv", "x,y,z,t\n1,2,3,a\n2,3,4,b\n");
     write("units.csv", "x [um],z\n1,2\n");
     write("cut.bin", QByteArray("\x05\x02\0", 3) + QByteArray(9, '\0'));
+    write("torn.bin", QByteArray("\x05\x02\0", 3) + QByteArray(20, '\0') + "\x05\x02");
+    write("1001.csv", QByteArray("part\n1,1\n").repeated(1001));
     expect({
         {"info tabs.csv",
          0,
@@ -227,6 +281,9 @@ TEST_F(Commands, InfoSaysWhatWasTakenOfATextAndWhatWasNot) {
         {"info units.csv", 2, {"has no unit, "}},
         {"info many.csv", 2, {"the columns are \"c1\", ", "..."}},
         {"info cut.bin --json", 2, {"cut.bin"}},
+        {"info torn.bin", 2, {"offset 23: profile with z record: its head needs 7 bytes"}},
+        {"info 1001.csv", 0, {"... and 981 more profiles; points by kind: 1001 \"points\""}},
+        {"info 1001.csv --json", 0, {"\"sectionsLeftOut\": 1"}},
         {"info foot.csv",
          0,
          {"column 3 \"z\" in mm", "line 1 (title), line 2 (heading), line 5 (text below the rows)"}},
@@ -252,6 +309,7 @@ TEST_F(Commands, CalibrationNeedsWhatFilesDoNotHold) {
         {ranges + "--teeth flat.raw --tooth-pitch 5",
          2,
          {"--teeth needs --tooth-pitch MM and --tooth-height MM"}},
+        {ranges + "--teeth flat.raw --tooth-height 5", 2, {"--teeth needs --tooth-pitch MM and"}},
         {build + "--z-range 100", 2, {"--x-range MM is missing; it is not stored in the file"}},
         {build + "--truth missing.json", 2, {"missing.json: \"focal-length\" is missing or no number"}},
         {build + "--truth bad.json", 2, {"bad.json: "}},
@@ -260,9 +318,12 @@ TEST_F(Commands, CalibrationNeedsWhatFilesDoNotHold) {
          2,
          {"against what? Name --truth FILE or --against RAW"}},
         {"calibrate info flat.raw --z-range 100", 2, {"--z-range and --x-range are of tables"}},
+        {"calibrate info flat.raw --x-range 100", 2, {"--z-range and --x-range are of tables"}},
         {"calibrate info gone.raw --z-range 100", 2, {"gone.raw"}},
         {"calibrate simulate o.raw --tooth-pitch 3", 2, {"--tooth-pitch goes with --target toothed"}},
         {"calibrate mirror flat.raw m.raw --z", 2, {"a raw record has no halves"}},
+        {"calibrate mirror flat.raw m.raw --x", 2, {"a raw record has no halves"}},
+        {"calibrate mirror t.tbl x.tbl --x", 0, {"x.tbl: full table mirrored\n"}},
         {"calibrate mirror t.tbl m.tbl", 2, {"which half of the table? Add --z, --x or both"}},
         {"calibrate mirror flat.raw m.raw --json", 0, {"\"form\": \"raw"}},
         {"calibrate apply t.tbl flat.raw o.csv --format csv --z-range 100 --x-range 140",
@@ -285,6 +346,8 @@ TEST_F(Commands, SimulationsRefuseWhatHasNoEffect) {
         {"simulate circumference --out c.csv --wave 1.5:1:2", 2, {"--wave"}},
         {"simulate circumference --out c.csv --wave 501:1:2", 2, {"--wave"}},
         {"simulate circumference --out c.csv --seen 90..180 --points 360", 0, {"c.csv"}},
+        {"simulate pass --out p --flats 99", 2, {"--flats: 99 is outside 0 ... 16"}},
+        {"simulate pass --out p --spacing 1000", 2, {"--spacing: 1000 is outside 1 ... 100"}},
         {"simulate pass --out p --wheelsets 2 --false-targets 1000000", 2, {"--false-targets"}},
         {"simulate pass --out p --speed 1e-9 --rate 1000", 2, {"simulate pass: "}},
         {"simulate profile --out p.csv --points 3 --from 5 --to 5", 2, {"simulate profile: "}},
@@ -302,11 +365,18 @@ TEST_F(Commands, PagesShowFilesUpToTheirLimits) {
     write("stack.bin", stack);
     for (int i = 0; i < 201; ++i)
         write(QString("many/%1.csv").arg(i), "0,0\n1,1\n");
+    write("down.csv", "2,0\n1,0\n0,1\n");
+    write("post.ini", "[SENSOR1]\nSN=1001\n");
+    write("parts.csv", QByteArray("part\n1,1\n").repeated(25));
     expect({
+        {"view parts.csv --out parts.html --json", 0, {"25 profile(s), 25 points, 0 unset"}},
+        {"view down.csv --out v.html --json", 0, {"1 profile(s), 3 points"}},
+        {"view post.ini --out v.html --json", 0, {"a measuring post: SENSOR1 1001\""}},
         {"view none --out v.html", 2, {"none: has no files"}},
         {"view many --out v.html", 2, {"there are 201 files; a page shows 200 at most"}},
         {"view stack.bin --out v.html", 0, {"v.html"}},
     });
+    EXPECT_EQ(QByteArray::fromStdString(read("parts.html")).count("<figure"), 20);
 }
 
 }  // namespace

@@ -56,6 +56,11 @@ TEST_F(Commands, RoundnessTellsValuesFlatsAndReasons) {
     write("profiles.csv", profiles);
     write("two.csv", "angle,radius\n0,460\n1,460\n");
     write("words.csv", "u,v,w\n0,460,1\n");
+    QByteArray part = "angle [rad],radius\n";
+    for (int i = 0; i < 700; ++i)
+        part += row(i * 0.001, 460);
+    write("part.csv", part);
+    write("named.csv", QByteArray(unnamed).replace("u,v", "angle,r"));
     expect({
         {"wheels roundness oval.csv --orders 3",
          0,
@@ -83,6 +88,10 @@ TEST_F(Commands, RoundnessTellsValuesFlatsAndReasons) {
          2,
          {"the profiles have no distance; give it by --step"}},
         {"wheels roundness profiles.csv --diameter 920 --step 1 --x 5..6", 1, {"nothing is known: 0 points"}},
+        {"wheels roundness named.csv --orders 400", 0, {"\n harmonics above order 360 are not known: "}},
+        {"wheels roundness part.csv", 1, {"no flats looked for: 40.0 degrees are seen; flats are looked"}},
+        {"wheels roundness part.csv --json", 1, {"\"flats\": null", "\"flats\": \"40.0 degrees are seen"}},
+        {"wheels roundness oval.csv --orders 501", 2, {"--orders must be from 1 to 500, not 501"}},
         {"wheels roundness oval.csv --step 1", 2, {"--step is of profiles; they need --diameter"}},
     });
     EXPECT_THAT(read("two.svg"), HasSubstr("2 points; a circumference needs at least 36"));
@@ -101,6 +110,7 @@ TEST_F(Commands, RailsTellTheirValuesAndGauge) {
     expect({
         {"rails parameters rail.csv worn.csv --reference rail.csv --svg both.svg", 0, {"worn.csv 1.0000"}},
         {"rails parameters wheel.csv", 1, {"no rail: the section has the shape of a wheel"}},
+        {"rails parameters wheel.csv rail.csv --svg r.svg", 1, {"\nrail.csv - - - - 68.0471 300.0451"}},
         {"rails parameters counted.csv", 0, {"counted.csv - - - - 68.0471 300.0852"}},
         {"rails parameters --files-from list.txt --out part.csv", 0, {}},
         {"rails gauge track.csv", 0, {"gauge 1431.953 mm", "within 14 mm below the running surface\n"}},
@@ -113,6 +123,8 @@ TEST_F(Commands, RailsTellTheirValuesAndGauge) {
     EXPECT_THAT(call("rails gauge counted.csv counted.csv --rail-origin 750").err,
                 HasSubstr("x counts 0, 1, 2, ..."));
     EXPECT_THAT(read("part.csv"), HasSubstr("x counts 0, 1, 2, ..."));
+    EXPECT_THAT(read("part.csv"), HasSubstr("give --columns HEIGHT --pitch MM"));
+    EXPECT_THAT(read("r-rail.svg"), HasSubstr(">headWidth 68.05 mm, crownRadius 300.05 mm<"));
     EXPECT_THAT(read("both-worn.svg"), HasSubstr("W1 1.00"));
     EXPECT_THAT(read("both-rail.svg"), HasSubstr("W1 0.00"));
 }
@@ -145,6 +157,7 @@ TEST_F(Commands, SectionsOfFilesAreMeasuredOneByOneAndAsALists) {
     write("low.csv", "x,z\n0,-500\n1,-501\n2,-502\n");
     write("limits.csv", "symbol,minimum,maximum\nSh,27,36\nSd,33,35\n");
     write("list.txt", "wheel.csv\ngone.csv\n");
+    write("halves.txt", "half.csv\n");
     QByteArray widths = "10";
     for (int i = 0; i < 100; ++i)
         widths += ",10";
@@ -153,6 +166,7 @@ TEST_F(Commands, SectionsOfFilesAreMeasuredOneByOneAndAsALists) {
          0,
          {"28.0000 32.5000", "0.000 seen", "Sd10 Sd13 reasons\n", " 32.5000 31.2"}},
         {"wheels parameters wheel.csv half.csv --svg both.svg", 1, {"half.csv"}},
+        {"wheels parameters --files-from halves.txt --out halves.csv --reference wheel.csv", 1, {}},
         {"wheels parameters wheel.csv --diameter 920 --limits limits.csv --json",
          1,
          {"\"verdict\": \"", "\"symbol\": \"Sd\""}},
@@ -163,6 +177,7 @@ TEST_F(Commands, SectionsOfFilesAreMeasuredOneByOneAndAsALists) {
          2,
          {"low.csv: no radius is above 0; is --diameter right?"}},
         {"wheels parameters wheel.csv --limits limits.csv", 1, {"a section alone has no radius"}},
+        {"wheels parameters wheel.csv --widths 201", 2, {"e.g. 10,13; not \"201\""}},
         {"wheels parameters wheel.csv --widths 0", 2, {"needs heights above 0 mm, e.g. 10,13; not \"0\""}},
         {"wheels parameters wheel.csv --radii", 1, {"wheel.csv"}},
         {"wheels parameters wheel.csv --widths " + widths, 2, {"--widths takes 100 heights at most"}},
@@ -179,6 +194,7 @@ TEST_F(Commands, SectionsOfFilesAreMeasuredOneByOneAndAsALists) {
     EXPECT_THAT(read("part.csv"), HasSubstr("\nwheel.csv,28,32.5,"));
     EXPECT_THAT(read("part.csv"), HasSubstr("NOT READ,gone.csv: no such file"));
     EXPECT_THAT(read("judged.csv"), HasSubstr("Sd"));
+    EXPECT_THAT(read("halves.csv"), HasSubstr("\nhalf.csv,,"));
     EXPECT_THAT(read("both-half.svg"), HasSubstr("points"));
 }
 
@@ -191,12 +207,14 @@ TEST_F(Commands, ConicityTellsCurveAndContacts) {
         upset += row(x, x * x / 600 + 3 * std::max(0.0, std::fabs(x) - 30));
     }
     write("upset.csv", upset);
+    write("tread.csv", wheel(50));
     write("gauge.whl", "Side=%R\nSh=28\n" + wheel().replace("x_mm,z_mm\n", "").replace(',', ' '));
     write("dr.csv", "y,dr\n-4,-0.4\n0,0\n4,0.4\n");
     write("two.csv", "u,v\n-4,-0.4\n0,0\n4,0.4\n");
     write("three.csv", "u,v,w\n-4,-0.4,0\n0,0,0\n4,0.4,0\n");
     write("one.csv", "y,dr\n0,0\n");
     write("flat.csv", "y,dr\n-4,0\n0,0\n4,0\n");
+    ASSERT_EQ(call("filter wheel.csv wheel.bin --format record --steps sort-x").code, 0);
     const QString sections = "wheels conicity --right wheel.csv --right-rail rail.csv ";
     expect({
         {sections + "--gauge 1432 --amplitudes 1..2:0.5", 0, {"right: ", "largest amplitude 10.000 mm"}},
@@ -209,6 +227,8 @@ TEST_F(Commands, ConicityTellsCurveAndContacts) {
         {"wheels conicity --right gauge.whl --right-rail gauge.whl --gauge 1432",
          2,
          {"gauge.whl: --right-rail: no rail"}},
+        {"wheels conicity --right tread.csv --right-rail rail.csv", 1, {"do not reach the running circle"}},
+        {"wheels conicity --right wheel.bin --right-rail rail.csv --columns 1,2", 0, {"largest amplitude"}},
         {"wheels conicity --right gone.csv --right-rail rail.csv --gauge 1432", 2, {"gone.csv: no"}},
         {"wheels conicity --delta-r flat.csv --amplitudes 2", 1, {"difference is zero throughout"}},
         {sections + "--gauge 2000 --json", 1, {"\"runningPosition\": null"}},
@@ -235,6 +255,7 @@ TEST_F(Commands, ConicityTellsCurveAndContacts) {
 
 TEST_F(Commands, APostIsCheckedInWords) {
     ASSERT_EQ(call("simulate pass --reference --out post").code, 0);
+    write("half.csv", wheel(0, 65));
     write("limits.csv", "symbol,minimum,maximum\nSh,27,36\n");
     const QString check = "wheels check-post post --reference post/reference.csv ";
     expect({
@@ -245,6 +266,7 @@ TEST_F(Commands, APostIsCheckedInWords) {
         {check + "--back-to-back 1365 --settings post/settings.ini",
          1,
          {"-2.500", "Y beyond the tolerance", "difference -4.999"}},
+        {"wheels check-post post --reference half.csv", 2, {"half.csv: no section of a wheel: no tread"}},
         {"wheels parameters post --back 1", 2, {"--back is for sections; in recordings the flange back"}},
         {"wheels parameters post --radii", 2, {"--radii is of sections; these are recordings"}},
         {"wheels pass post --limits limits.csv --vehicles 1,x",
@@ -262,7 +284,7 @@ TEST_F(Commands, APostIsCheckedInWords) {
 }
 
 TEST_F(Commands, APassWithoutSomeRecordingsIsStoredWithReasons) {
-    ASSERT_EQ(call("simulate pass --wheelsets 2 --out train").code, 0);
+    ASSERT_EQ(call("simulate pass --wheelsets 2 --breakouts 1 --out train").code, 0);
     ASSERT_TRUE(QFile::remove("train/pass_1004.bin") && QFile::remove("train/pass_1011.bin"));
     write("limits.csv", "symbol,minimum,maximum\nSh,27,36\n");
     write("file", "");
@@ -274,6 +296,7 @@ TEST_F(Commands, APassWithoutSomeRecordingsIsStoredWithReasons) {
         {pass + " --limits limits.csv --bogies 1 --report p.html", 2, {none}},
         {"wheels pass train --out file", 2, {"file/work: cannot be made or is no directory"}},
         {"results s.db --csv", 0, {",Sh,", "NOT MEASURED,SENSOR4 has no recording"}},
+        {"results s.db --name defect --csv", 0, {",defect,,0,,,,0,good,\n", ",defect,,1,,,,0,OUT,\n"}},
         {"results s.db --csv --json", 2, {"--json and --csv are two forms of one output; give one of them"}},
         {"wheels check-post train --reference train/reference.csv", 2, {"reference.csv"}},
     });
@@ -295,6 +318,7 @@ TEST_F(Commands, APassIsJudgedByItsGroupsInWordsAndOnAPage) {
           "vehicle 2, wheelsets 3 to 3 (cut short): OUT\n", "train: OUT\n", "3 wheelset(s), 6 wheel(s)"}},
         {pass + "--limits wide.csv --report good.html", 0, {"train: good\n"}},
         {pass + "--vehicles 2", 2, {"--vehicles goes with --limits"}},
+        {pass + "--limits wide.csv --vehicles 101", 2, {"--vehicles \"101\": expected whole numbers from"}},
         {pass + "--limits wide.csv --vehicles 0",
          2,
          {"--vehicles \"0\": expected whole numbers from 1 to 100"}},

@@ -29,6 +29,7 @@ TEST_F(Commands, FormTellsStepsAndWhatTheyLack) {
         {"form step g.csv --edges 100..103,10..13",
          1,
          {"100..103 - - - 0, 0, 0 no\n10..13 0.500000", "edges 100..103: " + none, isShort}},
+        {"form step g.csv --edges 10..", 2, {"--edges needs two numbers as 10..13, not \"10..\""}},
         {"form step g.csv --edges 28..29.5",
          1,
          {"edges 28..29.5: fewer than two points in the right", isShort}},
@@ -42,6 +43,11 @@ TEST_F(Commands, FormTellsZonesInWords) {
     write("g.csv", grooves());
     write("one.csv", "x,y\n1,1\n1,1\n");
     write("p.csv", "0 0 0\n0 1 0\n1 0 0\n1 1 0.5\n");
+    write("w.csv", "x,y,w\n0,0,0\n0,1,0\n1,0,0\n1,1,0.5\n");
+    write("four.csv", "a,b,c,d\n0,0,1,1\n1,1,1,1\n2,0,1,1\n");
+    write("gap.csv", "x,y,z\n,0,1\n0,0,0\n0,1,0\n1,0,0\n");
+    write("none.csv", "x,y\n,1\n,2\n");
+    write("wall.csv", "0 0 0\n1 0 0\n0 0 1\n1 0.1 1\n");
     expect({
         {"form straightness g.csv --limit 0.1 --strays 6",
          1,
@@ -53,12 +59,18 @@ TEST_F(Commands, FormTellsZonesInWords) {
          {"(NO RESULT)", "minimum zone -\n", "circumscribed roundness 0 mm, radius 0, centre 1, 1",
           "inscribed: fewer than three points in different places\n"}},
         {"form flatness p.csv --svg f.svg", 0, {"minimum zone, mm 0.2357022604\n"}},
+        {"form flatness w.csv", 0, {"minimum zone, mm 0.2357022604\n"}},
+        {"form straightness four.csv", 0, {"minimum zone, mm 1\n"}},
+        {"form flatness gap.csv", 0, {"unset 1\n", "rows 1, 2, 3 need it"}},
+        {"form straightness none.csv --x 1,2", 1, {"unset 2\n", "minimumZone: fewer than two points"}},
+        {"form flatness wall.csv --svg wall.svg", 0, {"minimum zone, mm 0.04987546681\n"}},
         {"form flatness p.csv --columns 1,2", 2, {"--columns needs 3 columns, e.g. x,y,z"}},
         {"form straightness p.csv --columns 1", 2, {"--columns needs 2 columns, e.g. 1,2"}},
         {"form flatness p.csv --record 1", 2, {"p.csv: is a text; --record goes with binary records"}},
         {"form straightness one.csv --x 5,6", 2, {"one.csv: no point lies within the limits"}},
         {"form straightness one.csv --axes x,height,scan", 2, {"say where it runs, e.g. --at-x 5"}},
     });
+    EXPECT_THAT(read("wall.svg"), HasSubstr(">across the surface, mm<"));
     QByteArray zigzag = "x,y\n";
     for (int i = 0; i <= 100; ++i)
         zigzag += QByteArray::number(i) + (i % 2 == 0 ? ",0\n" : ",0.02\n");
@@ -91,6 +103,7 @@ TEST_F(Commands, StatsTellLinearityAndBias) {
     write("single.csv", "reference,value\n1,1\n2,2.03\n3,3.05\n");
     write("alone.csv", "reference,value\n1,1\n1,1.1\n");
     write("word.csv", "reference,value\n1,1\nabc,1.1\n");
+    write("inf.csv", "reference,value\n1,1\ninf,1.1\n");
     write("equal.csv", "value\n5\n5\n");
     write("one.csv", "value\n5\n");
     expect({
@@ -109,6 +122,7 @@ TEST_F(Commands, StatsTellLinearityAndBias) {
         {"stats linearity alone.csv --json", 1, {"\"reason\": \"one reference alone"}},
         {"stats bias one.csv --reference 5 --json", 1, {"\"count\": 1"}},
         {"stats linearity word.csv", 2, {"word.csv: line 3: the reference \"abc\" is no number"}},
+        {"stats linearity inf.csv", 2, {"inf.csv: line 3: the reference \"inf\" is no number"}},
         {"stats bias bent.csv --reference 0",
          0,
          {"bias 2.04\n", "Cg, Cgk: Cg needs both limits\n", "the gauge is biased\n"}},
@@ -158,13 +172,14 @@ TEST_F(Commands, StatsTellStudiesInWords) {
          0,
          {"\"note\": \"the readings of each part are equal"}},
         {"stats study exact.csv", 0, {"PV 1 100.00 %\n", undetermined}},
-        {"stats study one.csv", 1, {"one.csv: NO RESULT: "}},
+        {"stats study one.csv --svg one.svg", 1, {"one.csv: NO RESULT: one part alone: "}},
         {"stats study usual.csv --method range --pool 0.1", 2, {"--pool goes with --method anova"}},
         {"stats anova usual.csv --group part", 0, {"F 960\n"}},
         {"stats anova one.csv --group part", 1, {"F -\n", "one group alone: there is nothing"}},
     });
     EXPECT_THAT(read("usual.svg"), HasSubstr("GRR 7.6 % of all, 11.4 % of the tolerance, 18 categories"));
     EXPECT_THAT(read("usual.svg"), HasSubstr("value, mm"));
+    EXPECT_THAT(read("one.svg"), HasSubstr("one part alone: nothing says how parts differ"));
     EXPECT_THAT(read("equal.svg"), HasSubstr("2 trials: GRR - of all, - categories"));
 }
 
@@ -174,6 +189,8 @@ TEST_F(Commands, StatsRefuseWhatContradicts) {
     write("who.csv", "file,who\na_1.csv,X\n");
     ASSERT_EQ(call("teach t.csv --out t.json --region R~=~all --measure value~=~max~in~R~:~max~5.5").code, 0);
     write("gap.csv", "depth,unit,who\n5,mm,\n6,mm,b\n");
+    write("bare", "part,unit\n1,5\n2,6\n");
+    write("r.csv", QByteArray::fromStdString(call("match t.csv --template t.json --csv").out));
     expect({
         {"stats t.csv --column value --limits 0..4 --template x",
          2,
@@ -200,7 +217,16 @@ TEST_F(Commands, StatsRefuseWhatContradicts) {
         {"stats t.csv --column value --template t.json", 0, {"values outside 1\n"}},
         {"stats t.csv --column value --by part --template t.json", 0, {"1 1 5 - - 5.5 - - - - 0 -\n"}},
         {"stats gap.csv --column depth", 0, {"gap.csv: column depth, mm\n", "mean 5.5\n"}},
+        {"stats gap.csv --column depth --by unit", 0, {"\nmm 2 5.5 0.7"}},
+        {"stats bare --column unit", 0, {"bare: column unit\n", "mean 5.5\n"}},
+        {"stats --column value --svg v.svg t.csv", 0, {"t.csv: column value\n", "mean 5.5\n"}},
+        {"stats t.csv --column --json", 2, {"stats series: --column needs a value: --column NAME"}},
+        {"stats t.csv --column value --limits ..", 2, {"one of them may be left out, not \"..\""}},
+        {"stats t.csv --column value --limits x..5", 2, {"--limits needs two numbers", "not \"x..5\""}},
+        {"stats t.csv --column part --template t.json", 0, {"mean 1.5\n", "signals of the run chart none\n"}},
+        {"stats r.csv --template t.json", 0, {"\nvalue mm 1 6 - - 5.5 - - - - 1 -\nvalue.at mm 1 2 - - - "}},
     });
+    EXPECT_THAT(read("v.svg"), HasSubstr(">value<"));
 }
 
 }  // namespace
