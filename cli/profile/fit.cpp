@@ -210,9 +210,31 @@ std::vector<double> readXYZ(const QString& path, int record, int& unset) {
     throw Error(path + ": a plane needs an XYZ record (see \"kvmeasure info\")");
 }
 
+/// Whether points lie beside one line by more than the rounding of records, which hold floats.
+bool spanPlane(const std::vector<double>& xyz) {
+    constexpr double kRounding = 4 * 1.2e-7;
+    double centre[3];
+    double basis[9];
+    if (!KvMath::pca(xyz.data(), int(xyz.size() / 3), 3, centre, basis))
+        return false;
+    double width = 0;
+    double farthest = 0;
+    for (std::size_t i = 0; i + 2 < xyz.size(); i += 3) {
+        double across = 0;
+        for (std::size_t k = 0; k < 3; ++k) {
+            across += basis[3 * k + 1] * (xyz[i + k] - centre[k]);
+            farthest = std::max(farthest, std::fabs(xyz[i + k]));
+        }
+        width = std::max(width, std::fabs(across));
+    }
+    return width > kRounding * farthest;
+}
+
 void fitPlane(const std::vector<double>& xyz, Fit& fit) {
     double p[4];
-    fit.converged = KvMath::planeFitting(xyz.data(), int(xyz.size() / 3), p);
+    fit.converged = KvMath::planeFitting(xyz.data(), int(xyz.size() / 3), p) && spanPlane(xyz);
+    if (!fit.converged)
+        std::fill(p, p + 4, std::nan(""));
     fit.freedom = 3;
     fit.parameters = {{"a", p[0]}, {"b", p[1]}, {"c", p[2]}, {"d", p[3]}};
     for (std::size_t i = 0; i + 2 < xyz.size(); i += 3)

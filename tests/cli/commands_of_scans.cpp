@@ -88,6 +88,9 @@ TEST_F(Commands, ProfilesAreComparedFitAndToldInWords) {
     const float no = std::nanf("");
     const QByteArray cloud = space({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {no, 0, 0}, {0, no, 0}, {0, 0, no}});
     write("cloud.bin", cloud + cloud);
+    write("line.bin", space({{1, 1, 1}, {1.3F, 1.3F, 1.3F}, {900.1F, 900.1F, 900.1F}}) +
+                          space({{7, 8, 9}, {7, 8, 9}, {7, 8, 9}}) +
+                          space({{100, 100, 100}, {101, 100, 100}, {100.5F, 100.01F, 100}}));
     expect({
         {"compare q.csv --master p.csv --align none --keep-all",
          2,
@@ -103,6 +106,11 @@ TEST_F(Commands, ProfilesAreComparedFitAndToldInWords) {
         {"fit two.csv --parabola", 1, {"(NO RESULT)", "a -\n", "do not determine a parabola\n"}},
         {"fit three.csv --circle", 0, {"radius 1\n", "standard error, mm -\n"}},
         {"fit p.csv --plane --record 0", 2, {"p.csv: a plane needs an XYZ record"}},
+        {"fit line.bin --plane",
+         1,
+         {"(NO RESULT)", "a -\n", "rms residual, mm -", "do not determine a plane"}},
+        {"fit line.bin --plane --record 1 --svg l.svg", 1, {"the points do not determine a plane"}},
+        {"fit line.bin --plane --record 2", 0, {"c 1\n", "d -100\n"}},
         {"fit cloud.bin --plane", 0, {"points 3\n", "unset 3\n"}},
         {"info cloud.bin", 0, {"2 record(s)", " 6 3 0.0000 .. 1.0000 "}},
         {"lines p.csv --raw", 0, {"\n 0 0 4.0000 0.00 "}},
