@@ -175,8 +175,9 @@ void readPlaces(const Arguments& arguments, GaugePlaces& places) {
     for (const QString& word : words) {
         double height = 0;
         if (!parseQuantity(word.trimmed(), {"mm"}, height) || !(height > 0 && height <= kMost))
-            throw Error(filledIn(
-                "wheels parameters: --widths needs heights above 0 mm, e.g. 10,13; not \"%1\"", word));
+            throw Error(filledIn("wheels parameters: --widths needs heights above 0 mm, 200 mm at most, e.g. "
+                                 "10,13; not \"%1\"",
+                                 word));
         places.widthHeights.push_back(height);
     }
 }
