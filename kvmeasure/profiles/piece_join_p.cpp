@@ -204,8 +204,14 @@ private:
             if ((!before.isJoined() && !run.isJoined()) || before.to() != run.from())
                 continue;
             meets[i] = moveCorner(before, run);
-            if (!meets[i] && before.end == run.first)
+            if (meets[i])
+                continue;
+            if (before.end == run.first) {
                 before.line.p2 = run.line.p1 = run.first->line.p1;  // as the search left it
+            } else {
+                before.end->line.p1 = before.line.p2;
+                run.first[-1].line.p2 = run.line.p1;
+            }
         }
         Piece* to = first_;
         Piece* from = first_;

@@ -54,6 +54,59 @@ bool areSurfaces(const ProfilePieces& found, double slope, double tolerance) {
     return true;
 }
 
+/// Each joined piece is pieces as found, from one to another, and ends where the next one begins.
+void expectWholePieces(const ProfilePieces& apart, const ProfilePieces& found) {
+    std::size_t at = 0;
+    for (std::size_t i = 0; i < found.pieces.size(); ++i, ++at) {
+        const Piece& piece = found.pieces[i];
+        ASSERT_LT(at, apart.pieces.size());
+        if (apart.pieces[at].from == apart.pieces[at].to && piece.from != piece.to)
+            ++at;  // a corner that is not cut any more
+        ASSERT_EQ(piece.contour, apart.pieces[at].contour);
+        ASSERT_EQ(piece.from, apart.pieces[at].from);
+        while (at + 1 < apart.pieces.size() && apart.pieces[at].to != piece.to)
+            ++at;
+        ASSERT_EQ(piece.to, apart.pieces[at].to);
+        ASSERT_EQ(piece.contour, apart.pieces[at].contour);
+        if (i == 0 || found.pieces[i - 1].contour != piece.contour)
+            continue;
+        const Vector& end = found.pieces[i - 1].line.p2;
+        const Vector& start = piece.line.p1;
+        EXPECT_TRUE((end.x == start.x && end.y == start.y) || !std::isfinite(end.x + end.y)) << i;
+    }
+    EXPECT_EQ(at, apart.pieces.size());
+}
+
+TEST(MeasuredLines, PiecesOfAnyProfileStayWhole) {
+    int joined = 0;
+    for (std::uint64_t seed = 1; seed <= 300; ++seed) {
+        SCOPED_TRACE(seed);
+        std::mt19937_64 random(seed);
+        std::normal_distribution<double> normal;
+        KvMath::KvProfile profile;
+        Vector p(0, 0);
+        for (int i = 0; i < 400; ++i) {  // a walk that jumps, and falls upright at times
+            p = Vector(p.x + (seed % 3 == 0 ? 0.1 * normal(random)
+                              : i % 5 == 0  ? 0
+                                            : 0.1),
+                       p.y + 0.05 * normal(random) * (i % 50 == 0 ? 30 : 1));
+            profile.points.append({float(p.x), float(p.y)});
+        }
+        KvMath::TSFindTemplateParams search = estimateSearch(profile);
+        search.refineIterations = int(seed % 4);
+        for (const double share : {0.03, 0.3, 1.0}) {
+            search.cornerTolerance = share;
+            KvMath::TSFindTemplateParams narrow = search;
+            narrow.splitTolerance *= share;
+            const ProfilePieces apart = findPieces(profile, narrow, Pieces::AsFound);
+            const ProfilePieces found = findPieces(profile, narrow);
+            expectWholePieces(apart, found);
+            joined += int(apart.pieces.size()) - int(found.pieces.size());
+        }
+    }
+    EXPECT_GT(joined, 300);
+}
+
 TEST(MeasuredLines, PiecesOfOneSurfaceAreJoined) {
     const int wanted = qEnvironmentVariableIntValue("KVMEASURE_RUNS");
     const int runs = std::max(60, wanted);
@@ -67,24 +120,13 @@ TEST(MeasuredLines, PiecesOfOneSurfaceAreJoined) {
             const ProfilePieces found = findPieces(profile, search);
             parted += areSurfaces(apart, slope, search.splitTolerance) ? 0 : 1;
             wrong += areSurfaces(found, slope, search.splitTolerance) ? 0 : 1;
-            std::size_t at = 0;  // a joined piece is pieces as found, from one to another
-            for (std::size_t i = 0; i < found.pieces.size(); ++i, ++at) {
-                const Piece& piece = found.pieces[i];
-                ASSERT_LT(at, apart.pieces.size());
-                if (apart.pieces[at].from == apart.pieces[at].to && piece.from != piece.to)
-                    ++at;  // a corner that is not cut any more
-                EXPECT_EQ(piece.from, apart.pieces[at].from);
-                while (at + 1 < apart.pieces.size() && apart.pieces[at].to != piece.to)
-                    ++at;
-                EXPECT_EQ(piece.to, apart.pieces[at].to);
-                if (i == 0)
-                    continue;
+            expectWholePieces(apart, found);
+            for (std::size_t i = 1; i < found.pieces.size(); ++i) {
                 const Piece& before = found.pieces[i - 1];
-                EXPECT_EQ(before.line.p2.x, piece.line.p1.x);
+                const Piece& piece = found.pieces[i];
                 EXPECT_FALSE(before.to > before.from && piece.to > piece.from &&
                              isStraight(found, before, piece, search.splitTolerance));
             }
-            EXPECT_EQ(at, apart.pieces.size());
         }
     }
     EXPECT_LE(wrong, 3 * runs / 1000);
