@@ -127,6 +127,32 @@ TEST_F(Plans, AreToldInTheWordsThatMadeThem) {
     EXPECT_EQ(values.join(' ').toStdString(), names.join(' ').toStdString());
 }
 
+TEST_F(Plans, MeansOfShiftsAreADistanceOnlyAsTheWordMakesThem) {
+    const QString start = "floor.start left.start 90 ref left";
+    const QString end = "floor.end left.start 90 ref left";
+    const std::pair<QString, QString> others[] = {
+        {end, start},
+        {start, start},
+        {start, "rise.end left.start 90 ref left"},
+        {start, "floor.end rise.start 90 ref rise"},
+        {"floor.start left.end 90 ref left", end},
+        {"floor.start left.start 90 ref rise", end},
+        {start, "floor.end left.start 90 ref left reversed"},
+        {start, "floor.end left.start -90 ref left"},
+    };
+    const auto told = [](const QString& first, const QString& second) {
+        InspectionPlan plan;
+        plan.lineNames = QStringList{"left", "fall", "floor", "rise"};
+        plan.lines.setTemplateLinesNumber(4);
+        addMeasurements("a = shift " + first + "; b = shift " + second, plan);
+        plan.means.append({"depth", "a", "b"});
+        return measurementStatements(plan)[0].text;
+    };
+    EXPECT_EQ(told(start, end), "depth = distance floor left");
+    for (const auto& [first, second] : others)
+        EXPECT_EQ(told(first, second), "depth = mean of a and b") << qPrintable(first + "; " + second);
+}
+
 TEST_F(Plans, WholeNumbersAreBoundsLikeAllOthers) {
     const auto find = [](const QByteArray& upper) {
         const InspectionPlan file = reread(templateOf(
