@@ -1,20 +1,25 @@
 // The narrowest zone has an edge of the convex hull on one line and a vertex on the other; along z likewise,
 // with the vertex above or below the edge. Hull by A. M. Andrew (Inform. Process. Lett. 9 (1979) 216-219),
 // then rotating calipers: n log n, of the few points that hull_candidates_p.h leaves. All products are of
-// differences in long double.
+// differences in long double; those of least squares, which take all points, are in double, in sums over
+// few points, which long double adds up.
 
 #include <kvmeasure/form/straightness.h>
 
+#include <kvmeasure/base/double_pair_p.h>
 #include <kvmeasure/form/contact_search_p.h>
 #include <kvmeasure/form/hull_candidates_p.h>
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
 namespace KvMeasure {
 
 namespace {
 
+using Internal::DoublePair;
+using Internal::pairOf;
 using Internal::Real;
 
 struct Place {
@@ -40,10 +45,12 @@ private:
         const Place p = place(a), q = place(b), r = place(c);
         return (q.x - p.x) * (r.y - p.y) - (q.y - p.y) * (r.x - p.x);
     }
-    int at(std::size_t i) const { return hull_[i % hull_.size()]; }
+    int at(std::size_t i) const { return hull_[i < hull_.size() ? i : i - hull_.size()]; }
     std::vector<int> chain(const std::vector<int>& order) const;
     LineZone zoneAlong(Real dx, Real dy) const;
     LineZone touching(int a, int b, int opposite) const;
+    template <class Values>
+    std::array<Real, 2> sum(const Values& values) const;
 
     const std::vector<Vector>& points_;
     Vector origin_;
@@ -137,11 +144,17 @@ LineZone LineZones::narrowest() const {
     std::size_t far = 1, bestEdge = 0, bestFar = 1;
     Real least = std::numeric_limits<Real>::infinity();
     for (std::size_t i = 0; i < hull_.size(); ++i) {
+        const int a = at(i), b = at(i + 1);
         far = std::max(far, i + 1);
-        while (turn(at(i), at(i + 1), at(far + 1)) > turn(at(i), at(i + 1), at(far)))
-            ++far;
-        const Place p = place(at(i)), q = place(at(i + 1));
-        const Real width = turn(at(i), at(i + 1), at(far)) / std::hypot(q.x - p.x, q.y - p.y);
+        Real product = turn(a, b, at(far));
+        for (; far + 1 < i + hull_.size(); ++far) {
+            const Real next = turn(a, b, at(far + 1));
+            if (!(next > product))
+                break;
+            product = next;
+        }
+        const Place p = place(a), q = place(b);
+        const Real width = product / std::hypot(q.x - p.x, q.y - p.y);
         if (width < least) {
             least = width;
             bestEdge = i;
@@ -212,30 +225,54 @@ LineZone LineZones::narrowestAlongZ() const {
     return zone;
 }
 
+/// The sum of a pair of values over all points.
+template <class Values>
+std::array<Real, 2> LineZones::sum(const Values& values) const {
+    constexpr std::size_t kBlock = 64;  // points, in two sums
+    std::array<Real, 2> total{};
+    for (std::size_t from = 0; from < points_.size(); from += kBlock) {
+        const std::size_t to = std::min(points_.size(), from + kBlock);
+        DoublePair even{}, odd{};
+        for (std::size_t i = from; i + 1 < to; i += 2) {
+            even += values(pairOf(points_[i]));
+            odd += values(pairOf(points_[i + 1]));
+        }
+        if ((to - from) % 2 != 0)
+            even += values(pairOf(points_[to - 1]));
+        for (const std::size_t k : {0U, 1U})
+            total[k] += Real(even[k]) + Real(odd[k]);
+    }
+    return total;
+}
+
+/// In units of the extent, a power of two, so that no square is out of range.
 LineZone LineZones::leastSquares(double& deviation) const {
-    Place mean;
-    const auto count = static_cast<int>(points_.size());
-    for (int i = 0; i < count; ++i) {
-        mean.x += place(i).x;
-        mean.y += place(i).y;
-    }
-    mean.x /= count;
-    mean.y /= count;
-    Real xx = 0, xy = 0, yy = 0;
-    for (int i = 0; i < count; ++i) {
-        const Real x = place(i).x - mean.x, y = place(i).y - mean.y;
-        xx += x * x;
-        xy += x * y;
-        yy += y * y;
-    }
-    const Real angle = std::atan2(2 * xy, xx - yy) / 2;
+    Real extent = 0;
+    for (const int i : hull_)
+        extent = std::max({extent, std::fabs(place(i).x), std::fabs(place(i).y)});
+    constexpr int kMostExponent = 1000;
+    const int exponent = std::clamp(std::ilogb(extent), -kMostExponent, kMostExponent);
+    const double scale = std::scalbn(1.0, -exponent);
+    const DoublePair origin = pairOf(origin_) * scale;
+    const auto count = Real(points_.size());
+    const auto first = sum([&](const DoublePair& p) { return p * scale - origin; });
+    const DoublePair mean{double(first[0] / count), double(first[1] / count)};
+    const auto squares = sum([&](const DoublePair& p) {
+        const DoublePair d = p * scale - origin - mean;
+        return d * d;
+    });
+    const auto products = sum([&](const DoublePair& p) {
+        const DoublePair d = p * scale - origin - mean;
+        return DoublePair{d[0] * d[1], 0};
+    });
+    const Real angle = std::atan2(2 * products[0], squares[0] - squares[1]) / 2;
     const Real dx = std::cos(angle), dy = std::sin(angle);
-    Real squares = 0;
-    for (int i = 0; i < count; ++i) {
-        const Real d = (place(i).y - mean.y) * dx - (place(i).x - mean.x) * dy;
-        squares += d * d;
-    }
-    deviation = double(std::sqrt(squares / count));
+    const DoublePair across{-double(dy), double(dx)};
+    const auto distances = sum([&](const DoublePair& p) {
+        const DoublePair d = (p * scale - origin - mean) * across;
+        return DoublePair{(d[0] + d[1]) * (d[0] + d[1]), 0};
+    });
+    deviation = std::scalbn(double(std::sqrt(distances[0] / count)), exponent);
     return zoneAlong(dx, dy);
 }
 

@@ -81,23 +81,32 @@ void expectLimits(const Zone& zone, const Points& points, const Product& product
     }
 }
 
-/// Square sums about lines nearby are no less.
+/// The line of least squares in plain sums of long double.
 void expectLeastSquares(const Straightness& straight, const std::vector<Vector>& points) {
-    const LineZone& zone = straight.leastSquares;
-    Vector mean(0, 0);
+    using Real = long double;
+    const auto count = Real(points.size());
+    const Vector& first = points.front();
+    Real x = 0, y = 0, xx = 0, xy = 0, yy = 0, squares = 0, extent = 0;
+    for (const Vector& p : points) {
+        x += (Real(p.x) - first.x) / count;
+        y += (Real(p.y) - first.y) / count;
+        extent = std::max({extent, std::fabs(Real(p.x) - first.x), std::fabs(Real(p.y) - first.y)});
+    }
+    for (const Vector& p : points) {
+        const Real dx = Real(p.x) - first.x - x, dy = Real(p.y) - first.y - y;
+        xx += dx * dx;
+        xy += dx * dy;
+        yy += dy * dy;
+    }
+    const Real angle = std::atan2(2 * xy, xx - yy) / 2;
     for (const Vector& p : points)
-        mean = Vector(mean.x + p.x / double(points.size()), mean.y + p.y / double(points.size()));
-    const auto meanSquare = [&](double turn) {
-        const Vector normal(zone.normal.x * std::cos(turn) - zone.normal.y * std::sin(turn),
-                            zone.normal.x * std::sin(turn) + zone.normal.y * std::cos(turn));
-        double sum = 0;
-        for (const Vector& p : points)
-            sum += std::pow((p.x - mean.x) * normal.x + (p.y - mean.y) * normal.y, 2) / double(points.size());
-        return sum;
-    };
-    EXPECT_NEAR(straight.deviation, std::sqrt(meanSquare(0)), 1e-9 * (1 + straight.deviation));
-    for (const double turn : {-0.3, -1e-3, 1e-3, 0.3, 1.5})
-        EXPECT_GE(meanSquare(turn), meanSquare(0) * (1 - 1e-12)) << turn;
+        squares += std::pow(
+            (Real(p.y) - first.y - y) * std::cos(angle) - (Real(p.x) - first.x - x) * std::sin(angle), 2);
+    EXPECT_NEAR(straight.deviation, double(std::sqrt(squares / count)), double(1e-15L * extent));
+    const Real length = std::hypot(2 * xy, xx - yy);  // none where all directions are alike
+    const Vector& normal = straight.leastSquares.normal;
+    EXPECT_NEAR(double((normal.x * std::cos(angle) + normal.y * std::sin(angle)) * length), 0,
+                double(1e-15L * (xx + yy)));
 }
 
 /// Points of the plane: the direction of any two may be the one.
@@ -325,6 +334,23 @@ TEST(Zones, DoNotChangeWithPlaceDirectionAndOrder) {
     EXPECT_NEAR(a.circumscribed.radius, b.circumscribed.radius, 1e-9);
     EXPECT_NEAR(a.leastSquares.centre.y + 1e5, 1e5 + a.leastSquares.centre.y, 0);
     EXPECT_NEAR(b.leastSquares.centre.y, a.leastSquares.centre.x, 1e-9);
+}
+
+TEST(Zones, OfLeastSquaresHoldForAnySizeAndPlace) {
+    std::mt19937 random(7);
+    std::normal_distribution<double> normal;
+    for (const int count : {2, 3, 64, 65, 1000, 10007}) {
+        for (const double size : {1.0, 1e-310, 1e-200, 1e-3, 1e5, 1e200, 1e302}) {
+            for (const double offset : {0.0, 1.0, 1e6}) {
+                SCOPED_TRACE(testing::Message() << count << ' ' << size << ' ' << offset);
+                std::vector<Vector> points;
+                for (int i = 0; i < count; ++i)
+                    points.emplace_back((offset + i * 7.0 / count) * size,
+                                        (1 - 0.2 * i / count + 0.01 * normal(random)) * size);
+                expectLeastSquares(straightness(points), points);
+            }
+        }
+    }
 }
 
 TEST(Zones, OfFewAndDegeneratePointsHaveReasons) {
