@@ -14,9 +14,9 @@ namespace TestSupport {
 using namespace KvMeasure;
 using Points = std::vector<Vector>;
 
-/// What a tool in words gives, by the ending of the value. Regions S are of the second profile.
-inline QMap<QString, Value> measure(const QString& words, const Points& points, const Points& second,
-                                    const QList<Region>& regions) {
+/// What a tool in words gives. Regions S are of the second profile.
+inline Evaluation evaluate(const QString& words, const Points& points, const Points& second,
+                           const QList<Region>& regions) {
     const auto profileOf = [](const Points& of) {
         KvMath::KvProfile profile;
         for (const Vector& p : of)
@@ -29,8 +29,14 @@ inline QMap<QString, Value> measure(const QString& words, const Points& points, 
     input.load(profileOf(points), {}, profileOf(second));
     ToolResults results(tool, {}, /*givesMarks=*/true);
     tool.kind->measure(tool, input, results);
+    return results.take();
+}
+
+/// Its values by their endings.
+inline QMap<QString, Value> measure(const QString& words, const Points& points, const Points& second,
+                                    const QList<Region>& regions) {
     QMap<QString, Value> values;
-    for (const Value& value : results.take().values)
+    for (const Value& value : evaluate(words, points, second, regions).values)
         values[value.name.mid(2)] = value;
     return values;
 }

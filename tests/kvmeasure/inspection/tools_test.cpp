@@ -7,6 +7,7 @@
 #include <kvmeasure/inspection/kinds/extreme.h>
 #include <kvmeasure/inspection/kinds/groove.h>
 #include <kvmeasure/inspection/kinds/order_noise.h>
+#include <kvmeasure/inspection/kinds/wall.h>
 #include <kvmeasure/inspection/plan.h>
 #include <kvmeasure/inspection/registration.h>
 #include <kvmeasure/inspection/tool_input.h>
@@ -194,6 +195,8 @@ TEST(Tools, TakeAreasAsAFineSumDoes) {
         std::vector<Vector> points;
         for (int i = 0; i < 2 + run; ++i)
             points.emplace_back(2 * i + 0.6 * std::tanh(normal(random)), normal(random));
+        if (run > 20)
+            points.erase(points.begin() + run / 2, points.begin() + run / 2 + 2);
         LineFit base;
         const double tilt = 0.2 * normal(random);
         base.centre = Vector(3, normal(random));
@@ -218,11 +221,44 @@ TEST(Tools, TakeAreasAsAFineSumDoes) {
             EXPECT_NEAR(area.area, fine[isAbove ? 0 : 1], 1e-5 * double(points.size())) << run;
             EXPECT_NEAR(area.area, measureArea(reversed, base, settings).area, 1e-12 * double(points.size()));
             EXPECT_EQ(area.gaps, 0);
+            if (area.area == 0)
+                continue;
+            // What a height and a wall change of it, and of its centroid.
+            const auto over = [&](std::size_t i) {
+                return std::max((isAbove ? 1 : -1) * height(points[i]), 0.0);
+            };
+            const auto step = [&](std::size_t i) {
+                return i > 0 && i < points.size() ? points[i].x - points[i - 1].x : 0;
+            };
+            const double zero = std::fabs(height(area.centroid));
+            double sums[6] = {};
+            const auto add = [&](int first, double change, double x, double z) {
+                sums[first] += change * change;
+                sums[first + 1] += std::pow(change * (x - area.centroid.x), 2);
+                sums[first + 2] += std::pow(change * (z - zero), 2);
+            };
+            const PointSpacing spacing = spacingOf(points);
+            const double end = std::sqrt(
+                std::max(std::pow(spacing.deviationOfEnd, 2) - std::pow(spacing.medianStep, 2) / 12, 0.0));
+            for (std::size_t i = 0; i < points.size(); ++i) {
+                if (over(i) > 0)
+                    add(0, (step(i) + step(i + 1)) / 2, points[i].x, over(i));
+                if (i > 0)
+                    add(3, step(i) * (over(i) - over(i - 1)) * wallShare(points, i) / std::sqrt(12.0),
+                        (points[i - 1].x + points[i].x) / 2, (over(i - 1) + over(i)) / 2);
+                if (i == 0 || i + 1 == points.size())
+                    add(3, end * over(i), points[i].x, over(i) / 2);
+            }
+            const double found[] = {area.squaredShares, area.squaredSharesX, area.squaredSharesZ,
+                                    area.walls,         area.wallsX,         area.wallsZ};
+            for (int k = 0; k < 6; ++k)
+                EXPECT_NEAR(found[k], sums[k], 1e-9 * (1 + sums[k])) << run << ", " << k;
         }
     }
     const std::vector<Vector> broken{{0, 1}, {1, 1}, {2, 1}, {30, 1}, {31, 1}};
     LineFit level;
     level.along = Vector(1, 0);
+    EXPECT_TRUE(measureArea({{1, 0}, {2, 1}, {1, 2}}, level).reason.contains("begin and end at one x"));
     const AreaResult area = measureArea(broken, level);
     EXPECT_EQ(area.area, 3);
     EXPECT_EQ(area.gaps, 1);
@@ -264,6 +300,8 @@ TEST(Tools, RefuseWordsWithWhatWasExpected) {
         {"V = percentile nan in R", "expected a number, percentage, found \"nan\""},
         {"V = max in R : +- 0.1", "there is no taught value"},
         {"V = thickness R R square", "needs two regions"},
+        {"V = bridge in R skip 20", "\"skip\" must be less than \"window\""},
+        {"V = bridge in R window 100.5", "must be from 0 to 100 %, not 100.5"},
         {"V = max in R : 5", "expected \"NOMINAL"},
         {"V = \1max\2 in R", "\"\\u0001max\\u0002\" is no kind"},
     };
@@ -349,38 +387,6 @@ TEST(PointSpacing, MedianStepIsThatOfTheSortedSteps) {
             }
             std::sort(steps.begin(), steps.end());
             EXPECT_EQ(medianStep(points), steps[count / 2]) << count << " of " << different;
-        }
-    }
-}
-
-TEST(OrderNoise, ExtremesAreThoseOfTheProductOfAllPoints) {
-    // The plain form: the product over all points of the shares of their noise below a value, by halving.
-    NoiseModel noise;
-    noise.deviation = 0.03;
-    std::mt19937_64 random(5);
-    std::uniform_real_distribution<double> uniform;
-    for (int run = 0; run < 40; ++run) {
-        noise.correlationTime = 1 + run % 3;
-        const double place = 200 * uniform(random) - 100, rise = run % 4 * uniform(random);
-        std::vector<double> heights, turned;
-        for (int i = 0; i < 20 + 30 * run; ++i)
-            heights.push_back(place + rise * uniform(random));
-        for (const double height : heights)
-            turned.push_back(-height);
-        const auto [least, greatest] = std::minmax_element(heights.begin(), heights.end());
-        for (const double share : {0.02, 0.16, 0.5, 0.84}) {
-            double from = *greatest - 0.3, to = *greatest + 0.3;
-            while (to - from > 1e-7) {
-                const double value = (from + to) / 2;
-                double logarithm = 0;
-                for (const double height : heights)
-                    logarithm += std::log(std::erfc((height - value) / noise.deviation / std::sqrt(2.0)) / 2);
-                (logarithm / noise.correlationTime < std::log(share) ? from : to) = value;
-            }
-            const double middle = (*least + *greatest) / 2;
-            // Heights count in bins of a quarter of a deviation.
-            EXPECT_NEAR(OrderNoise(heights, noise).extremeQuantile(share, true) + middle, to, 3e-4) << run;
-            EXPECT_NEAR(OrderNoise(turned, noise).extremeQuantile(share, false) + middle, to, 3e-4) << run;
         }
     }
 }
