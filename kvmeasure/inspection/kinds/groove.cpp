@@ -44,7 +44,7 @@ const ToolKind grooveTool{
     "groove",
     "the deepest groove, or the n-th, under the lid on its rims",
     {regionField("region", "in", "region"),
-     choiceField("bottom", "bottom", "where the depth is measured", {"auto", "lowest", "flat", "v"}),
+     choiceField("bottom", "bottom", "where the depth is measured", {"auto", "lowest", "flat", "v", "round"}),
      numberField("number", "number", "which groove: 1 is the first from the left, -1 from the right", 0,
                  -1000, 1000, ""),
      numberField("leastDepth", "deeper", "less deep ones are none", 0, 0, kMost, "mm"),

@@ -10,10 +10,11 @@ namespace KvMeasure {
 
 /// What counts as the bottom of a groove.
 enum class GrooveBottom {
-    Automatic,  ///< flat or V where the groove has that form, else the lowest point
+    Automatic,  ///< flat, V or round where the groove has that form, else the lowest point
     Lowest,     ///< the lowest point
     Flat,       ///< the middle of the line fitted to the floor
-    V           ///< where the lines of the flanks meet
+    V,          ///< where the lines of the flanks meet
+    Round       ///< the point of the circle fitted to the bottom that is farthest from the lid
 };
 
 /// Which groove is measured, and how.
@@ -45,10 +46,12 @@ struct GrooveResult {
 /// Measures a groove in points in scan order. Grooves are the gaps under the upper convex hull of the points,
 /// seen from the line through their ends; less deep ones than a quarter of the deepest are none. Beside the
 /// groove, up to the next one or the end of the points, a line is fitted to each land. A rim is where it
-/// meets the line of the flank (points from a tenth to a half of the depth), or, at a wall with fewer than
-/// three such points, half way between the last point of the land and the next one. The lid joins the rims.
-/// The form is flat where six tenths of the width are deeper than eight tenths of the depth, V where less
-/// than a third is.
+/// meets the line of the flank (points from a tenth to a half of the depth, to nine tenths where these are
+/// fewer than three), or, at a wall without a line, half way between the last point of the land and the next
+/// one. The lid joins the rims. The form is V where the lines of the flanks lead to the lowest points, flat
+/// or round where the points that lie off both, or those deeper than eight tenths of the depth, are a line or
+/// an arc; else the depth is that of the lowest point. Flanks that curve are fitted near the rim. Areas end
+/// at walls that are upright in the profile, whatever the lid's direction.
 ///
 /// No groove, with a reason: fewer than seven points, no gap, a land of fewer than three points or one that
 /// runs on into the flank (a rim lies outside the region), a groove shallower than five standard deviations

@@ -3,9 +3,8 @@
 // lid, which joins the rims. Uncertainties: of each line, moved along the other. Some passes over the points.
 
 #include <kvmeasure/inspection/kinds/groove.h>
+#include <kvmeasure/inspection/kinds/groove_bottom_p.h>
 #include <kvmeasure/inspection/kinds/groove_gaps_p.h>
-#include <kvmeasure/inspection/kinds/order_noise.h>
-#include <kvmeasure/profiles/fit_start_p.h>
 
 #include <algorithm>
 #include <cmath>
@@ -17,21 +16,6 @@ namespace {
 using namespace Internal;
 using Points = std::vector<Vector>;
 constexpr std::size_t kFewestPoints = 7;
-constexpr int kFewestOfLine = 3;
-constexpr double kLeastSine = 0.17;  // 10 degrees: lines that are nearer to each other are one
-
-/// One side of a groove, towards the left or the right.
-struct Side {
-    LineFit land, flank;
-    std::size_t last = 0;  ///< last point of the land
-    Vector rim;
-    double uRim = 0;  ///< standard uncertainty of the rim along the lid without that of the lines, mm
-    bool hasFlank = false;
-};
-
-double sine(const LineFit& a, const LineFit& b) {
-    return std::fabs(a.along.x * b.along.y - a.along.y * b.along.x);
-}
 
 /// One groove, from the gap to its values.
 class Groove {
@@ -42,13 +26,13 @@ public:
     GrooveResult measure(const GrooveSettings& settings, const ResidualNoise& known);
 
 private:
-    QString findSide(Side& side, int step) const;
-    void findRim(Side& side, int step) const;
-    void findBottom(GrooveBottom wanted);
-    bool hasFlanks(std::size_t deepest, double most);
     void addBottomLines(ResidualNoise& noise) const;
     void widthAndDepth(GrooveResult& result) const;
     void meetingOfFlanks(GrooveResult& result, UncertaintySum& depth) const;
+    void moveToArc(GrooveSide& side) const;
+    void addRimOnArc(const GrooveSide& side, UncertaintySum& width) const;
+    void lowestOfArc(GrooveResult& result, UncertaintySum& depth) const;
+    static double uOfArc(const ArcUncertainty& u, double x, double z, double radius);
     void area(GrooveResult& result) const;
     double uLid(const Vector& at, double& degrees) const;
     /// Unit, from the left rim to the right one.
@@ -61,129 +45,10 @@ private:
     const Points& points_;
     const GrooveGap gap_;
     const std::size_t first_, end_;
-    Side left_, right_;
-    LineFit floor_, leftV_, rightV_;
-    GrooveBottom form_ = GrooveBottom::Lowest;
-    Vector lowest_;
-    bool lacksBottom_ = false;  ///< points beside the lowest are missing
+    GrooveSide left_, right_;
+    BottomFit bottom_;
     NoiseModel noise_;
 };
-
-/// Fits land and flank beside the gap; `step` leads from the bottom to the land. A reason, or nothing.
-QString Groove::findSide(Side& side, int step) const {
-    QString outside("a rim of the groove lies outside the region");
-    // Lines of the first round say where points belong, and need but some of them.
-    constexpr int kRounds = 2;
-    const auto landFrom = [&](std::size_t at, int round) {
-        return fitLine(thinned(points_, step < 0 ? first_ : at, step < 0 ? at + 1 : end_,
-                               round < kRounds ? kEnoughForRough : points_.size()));
-    };
-    // The hull runs over the noise of the land: look for its end high up the wall, then from its own line.
-    constexpr double kRoughShare = 0.35;
-    const std::size_t stop = step < 0 ? first_ : end_ - 1;
-    side.last = landEnd(points_, gap_.deepest, stop, kRoughShare * gap_.depth,
-                        DepthBelow(points_[gap_.from], points_[gap_.to]));
-    side.land = landFrom(side.last, /*round=*/0);
-    if (!(side.land.points >= kFewestOfLine))
-        return outside;
-    constexpr double kLandShare = 0.1, kFlankShare = 0.5, kDeviations = 4;
-    for (int round = 1; round <= kRounds; ++round) {
-        const LineFit land = side.land;
-        const auto depth = [&](const Vector& p) { return -land.distanceOf(p); };
-        const double whole = depth(points_[gap_.deepest]);
-        const double least = std::max(kLandShare * whole, kDeviations * land.deviation);
-        side.last = landEnd(points_, gap_.deepest, stop, least, depth);
-        side.flank = fitFlank(points_, {stop, gap_.deepest}, {side.last, gap_.deepest},
-                              DepthBelow(land.pointAt(0), land.pointAt(1)), least, kFlankShare * whole,
-                              side.hasFlank ? &side.flank : nullptr, round < kRounds);
-        side.hasFlank = side.flank.isFound();
-        if (side.hasFlank && sine(side.land, side.flank) < kLeastSine)
-            return outside;
-        findRim(side, step);
-        // The land again, without what belongs to the flank.
-        const double rim = land.placeOf(side.rim);
-        const bool leadsRight = land.placeOf(points_[gap_.deepest]) > rim;
-        std::size_t at = side.last;
-        while (side.hasFlank && at != stop && (land.placeOf(points_[at]) > rim) == leadsRight)
-            at = step < 0 ? at - 1 : at + 1;
-        side.land = landFrom(at, round);
-        if (!(side.land.points >= kFewestOfLine))
-            return outside;
-    }
-    findRim(side, step);
-    return {};
-}
-
-void Groove::findRim(Side& side, int step) const {
-    if (side.hasFlank) {
-        side.rim = meetingPoint(side.land, side.flank);
-        return;
-    }
-    // Anywhere between the two points; a scanner's columns are places in x, however the land is inclined.
-    const Vector& last = points_[side.last];
-    const Vector& next = points_[step < 0 ? side.last + 1 : side.last - 1];
-    const double ofLast = side.land.placeOf(last);
-    const double along = (next.x - last.x) / side.land.along.x;
-    side.rim = side.land.pointAt(ofLast + along / 2);
-    side.uRim = std::fabs(along) / std::sqrt(12.0);
-}
-
-/// Fits what the bottom rests on.
-void Groove::findBottom(GrooveBottom wanted) {
-    double most = 0, deep = 0, whole = 0;
-    const DepthBelow depthOf(left_.rim, right_.rim);
-    std::vector<double> depths;  // from the last point of the left land to the first of the right one
-    for (std::size_t i = left_.last; i <= right_.last; ++i)
-        depths.push_back(depthOf(points_[i]));
-    for (std::size_t i = 1; i + 1 < depths.size(); ++i) {
-        if (depths[i] > most) {
-            most = depths[i];
-            lowest_ = points_[left_.last + i];
-        }
-    }
-    constexpr double kDeepShare = 0.8;
-    const double five = depthOfFive(points_, left_.last + 1, right_.last, left_.rim, right_.rim);
-    const double typical = five > 0 ? five : most;
-    for (std::size_t i = 0; i + 1 < depths.size(); ++i) {
-        const double along = std::fabs(points_[left_.last + i + 1].x - points_[left_.last + i].x);
-        whole += along;
-        deep += std::min(depths[i], depths[i + 1]) > kDeepShare * typical ? along : 0;
-    }
-    std::size_t deepest = left_.last;
-    while (deepest < right_.last && depths[deepest - left_.last] < most)
-        ++deepest;
-    constexpr double kWide = 1.5, kFlatShare = 0.45, kVShare = 1.0 / 3;
-    const auto step = [&](std::size_t i) { return std::fabs(points_[i].x - points_[i - 1].x); };
-    lacksBottom_ = deepest > 0 && deepest + 1 < points_.size() &&
-                   std::max(step(deepest), step(deepest + 1)) > kWide * medianStep(points_);
-    form_ = wanted;
-    if (wanted == GrooveBottom::V || (wanted == GrooveBottom::Automatic && deep < kVShare * whole))
-        form_ = hasFlanks(deepest, most) ? GrooveBottom::V : GrooveBottom::Automatic;
-    if (form_ == GrooveBottom::V || wanted == GrooveBottom::V)
-        return;  // one that is wanted and is none is refused by measure()
-    const double noise = std::max(left_.land.deviation, right_.land.deviation);
-    floor_ = fitLine(between(points_, left_.last, right_.last, left_.rim, right_.rim,
-                             kDeepShare * typical - 2 * noise, most));
-    const bool isFlat = floor_.isFound() && floor_.deviation <= 2 * noise + 1e-6 * most;  // rounding
-    if (wanted == GrooveBottom::Automatic)
-        form_ = deep >= kFlatShare * whole && isFlat ? GrooveBottom::Flat : GrooveBottom::Lowest;
-    if (wanted == GrooveBottom::Flat && !floor_.isFound())
-        form_ = GrooveBottom::Automatic;  // refused by measure()
-}
-
-/// Fits the two flanks of a V; false where there are none.
-bool Groove::hasFlanks(std::size_t deepest, double most) {
-    constexpr double kLeast = 0.1, kGreatest = 0.9;
-    const DepthBelow depthOf(left_.rim, right_.rim);
-    const auto flank = [&](const Side& side) {
-        return fitFlank(points_, {side.last, deepest}, {side.last, deepest}, depthOf, kLeast * most,
-                        kGreatest * most, side.hasFlank ? &side.flank : nullptr);
-    };
-    leftV_ = flank(left_);
-    rightV_ = flank(right_);
-    return leftV_.isFound() && rightV_.isFound() && leftV_.points >= kFewestOfLine &&
-           rightV_.points >= kFewestOfLine && sine(leftV_, rightV_) > kLeastSine;
-}
 
 void Groove::addBottomLines(ResidualNoise& noise) const {
     const auto add = [&](const LineFit& line) {
@@ -192,12 +57,14 @@ void Groove::addBottomLines(ResidualNoise& noise) const {
     };
     add(left_.land);
     add(right_.land);
-    if (form_ == GrooveBottom::Flat)
-        add(floor_);
-    if (form_ == GrooveBottom::V) {
-        add(leftV_);
-        add(rightV_);
+    if (bottom_.form == GrooveBottom::Flat)
+        add(bottom_.floor);
+    if (bottom_.form == GrooveBottom::V) {
+        add(bottom_.left);
+        add(bottom_.right);
     }
+    if (bottom_.form == GrooveBottom::Round)
+        noise.add(bottom_.arc.residuals, /*parameters=*/3);
 }
 
 /// Standard uncertainty of the lid, square to it, at a place.
@@ -216,16 +83,17 @@ double Groove::uLid(const Vector& at, double& degrees) const {
 }
 
 void Groove::meetingOfFlanks(GrooveResult& result, UncertaintySum& depth) const {
-    result.bottom = meetingPoint(leftV_, rightV_);
+    result.bottom = meetingPoint(bottom_.left, bottom_.right);
     const Vector lid = lidDirection();
     UncertaintySum x;
     UncertaintySum z;
-    const LineFit* lines[] = {&leftV_, &rightV_};
+    const LineFit* lines[] = {&bottom_.left, &bottom_.right};
     for (int i = 0; i < 2; ++i) {
         const LineFit& moved = *lines[i];
         const LineFit& other = *lines[1 - i];
         const LineUncertainty u = lineUncertainty(moved, noise_);
-        const double move = u.at(moved.placeOf(result.bottom)) / sine(moved, other);  // along the other
+        const double move =
+            u.at(moved.placeOf(result.bottom)) / sineBetween(moved, other);  // along the other
         x.add(move * other.along.x, u.degreesOfFreedom);
         z.add(move * other.along.y, u.degreesOfFreedom);
         depth.add(move * (other.along.x * lid.y - other.along.y * lid.x), u.degreesOfFreedom);
@@ -236,14 +104,68 @@ void Groove::meetingOfFlanks(GrooveResult& result, UncertaintySum& depth) const 
     result.z.degreesOfFreedom = z.degreesOfFreedom();
 }
 
+/// A groove that is one arc meets its land in a rim that no straight flank leads to.
+void Groove::moveToArc(GrooveSide& side) const {
+    const FittedCircle& circle = bottom_.arc.circle;
+    const double across = side.land.distanceOf(circle.centre);
+    const double half = std::sqrt(circle.radius * circle.radius - across * across);
+    const double middle = side.land.placeOf(circle.centre);
+    if (!(half > 0) || !side.hasFlank)
+        return;
+    const double place = side.land.placeOf(side.rim);
+    side.rim = side.land.pointAt(place < middle ? middle - half : middle + half);
+    side.isOnArc = true;
+}
+
+double Groove::uOfArc(const ArcUncertainty& u, double x, double z, double radius) {
+    const double slopes[] = {x, z, radius};
+    double variance = 0;
+    for (std::size_t i = 0; i < 3; ++i) {
+        for (std::size_t k = 0; k < 3; ++k)
+            variance += slopes[i] * u.covariance[i][k] * slopes[k];
+    }
+    return u.reason.isEmpty() ? std::sqrt(std::max(variance, 0.0)) : std::numeric_limits<double>::quiet_NaN();
+}
+
+void Groove::addRimOnArc(const GrooveSide& side, UncertaintySum& width) const {
+    const FittedCircle& circle = bottom_.arc.circle;
+    const Vector out((side.rim.x - circle.centre.x) / circle.radius,
+                     (side.rim.y - circle.centre.y) / circle.radius);
+    const double crossing = std::fabs(out.x * side.land.along.x + out.y * side.land.along.y);
+    const ArcUncertainty arc = arcUncertainty(bottom_.arc, noise_);
+    width.add(uOfArc(arc, out.x, out.y, 1) / crossing, arc.degreesOfFreedom);
+    const LineUncertainty land = lineUncertainty(side.land, noise_);
+    width.add(land.at(side.land.placeOf(side.rim)) / crossing * std::sqrt(1 - crossing * crossing),
+              land.degreesOfFreedom);
+}
+
+/// The point of the arc that is farthest from the lid.
+void Groove::lowestOfArc(GrooveResult& result, UncertaintySum& depth) const {
+    const FittedCircle& circle = bottom_.arc.circle;
+    const Vector down(lidDirection().y, -lidDirection().x);
+    result.bottom =
+        Vector(circle.centre.x + circle.radius * down.x, circle.centre.y + circle.radius * down.y);
+    const ArcUncertainty u = arcUncertainty(bottom_.arc, noise_);
+    depth.add(uOfArc(u, down.x, down.y, 1), u.degreesOfFreedom);
+    double degrees = 0;
+    const double turn = std::hypot(uLid(left_.rim, degrees), uLid(right_.rim, degrees)) / result.width.value;
+    result.x.u = std::hypot(uOfArc(u, 1, 0, down.x), turn * circle.radius);
+    result.z.u = uOfArc(u, 0, 1, down.y);
+    result.x.degreesOfFreedom = result.z.degreesOfFreedom = u.degreesOfFreedom;
+}
+
 void Groove::widthAndDepth(GrooveResult& result) const {
     result.width.value = length(left_.rim, right_.rim);
     UncertaintySum width;
-    for (const Side* side : {&left_, &right_}) {
+    for (const GrooveSide* side : {&left_, &right_}) {
         width.add(side->uRim, std::numeric_limits<double>::infinity());
         if (!side->hasFlank)
             continue;
-        const double crossing = sine(side->land, side->flank);
+        if (side->isOnArc) {
+            addRimOnArc(*side, width);
+            continue;
+        }
+        const double crossing = sineBetween(side->land, side->flank);
         for (const LineFit* line : {&side->land, &side->flank}) {
             const LineUncertainty u = lineUncertainty(*line, noise_);
             const double move = u.at(line->placeOf(side->rim)) / crossing;
@@ -254,20 +176,31 @@ void Groove::widthAndDepth(GrooveResult& result) const {
     result.width.u = width.u();
     result.width.degreesOfFreedom = width.degreesOfFreedom();
     UncertaintySum depth;
-    if (form_ == GrooveBottom::V) {
+    if (bottom_.form == GrooveBottom::V) {
         meetingOfFlanks(result, depth);
+    } else if (bottom_.form == GrooveBottom::Round) {
+        lowestOfArc(result, depth);
     } else {
-        const bool isFlat = form_ == GrooveBottom::Flat;
+        const bool isFlat = bottom_.form == GrooveBottom::Flat;
         const Vector lid = middle(left_.rim, right_.rim);
         const Vector down(lidDirection().y, -lidDirection().x);
-        const double way = floor_.distanceOf(lid) / (down.x * floor_.along.y - down.y * floor_.along.x);
-        const Vector floor(lid.x + way * down.x, lid.y + way * down.y);
-        const double place = floor_.placeOf(floor);
+        const LineFit& line = bottom_.floor;
+        const double way = line.distanceOf(lid) / (down.x * line.along.y - down.y * line.along.x);
+        // Under the middle of the lid, or where the floor is nearest to that.
+        const double place =
+            std::clamp(line.placeOf({lid.x + way * down.x, lid.y + way * down.y}), line.from, line.to);
+        const Vector floor = line.pointAt(place);
         result.isLowest = !isFlat;
-        result.lacksBottom = !isFlat && lacksBottom_;
-        result.bottom = isFlat ? floor : lowest_;
-        const LineUncertainty u = lineUncertainty(floor_, noise_);
+        result.lacksBottom = !isFlat && bottom_.lacksPoints;
+        result.bottom = isFlat ? floor : bottom_.lowest;
+        const LineUncertainty u = lineUncertainty(line, noise_);
         depth.add(isFlat ? u.at(place) : noise_.deviation, u.degreesOfFreedom);
+        // The slope leads on from the lowest point, to anywhere before its neighbour.
+        constexpr double kOfNoise = 3;
+        const double unseenDepth =
+            std::max(bottom_.toNeighbour - kOfNoise * noise_.deviation, 0.0) / std::sqrt(3.0);
+        if (!isFlat)
+            depth.add(unseenDepth, std::numeric_limits<double>::infinity());
         // Square under the middle of the rims; of a lowest point x is anywhere between its neighbours.
         double degrees = 0;
         const double ofRims = std::hypot(uLid(left_.rim, degrees), uLid(right_.rim, degrees));
@@ -295,25 +228,57 @@ void Groove::widthAndDepth(GrooveResult& result) const {
                              result.bottom.y - result.depth.value * normal.y);
 }
 
-/// Trapezoids between the points from rim to rim. A flank begins on the lid, a wall without points at the
-/// depth of the first point behind it.
+/// Standard uncertainty of an area under points, where some are missing: between the chord over a gap and
+/// what the slopes on either side lead to, mm^2.
+double uOfGaps(const std::vector<std::pair<double, double>>& outline) {
+    constexpr double kWide = 2.5;
+    const auto step = [&](std::size_t i) { return outline[i].first - outline[i - 1].first; };
+    const auto slope = [&](std::size_t i) { return (outline[i].second - outline[i - 1].second) / step(i); };
+    double squares = 0;
+    for (std::size_t i = 2; i + 1 < outline.size(); ++i) {
+        if (!(step(i) > kWide * std::max(step(i - 1), step(i + 1))))
+            continue;
+        const double most = step(i) * step(i) * std::fabs(slope(i + 1) - slope(i - 1)) / 8;
+        squares += std::isfinite(most) ? most * most / 3 : 0;
+    }
+    return std::sqrt(squares);
+}
+
+/// Trapezoids between the points from rim to rim. A wall without points is upright for the scanner.
 void Groove::area(GrooveResult& result) const {
     const Vector lid = lidDirection();
     const auto place = [&](const Vector& p) {
         return (p.x - left_.rim.x) * lid.x + (p.y - left_.rim.y) * lid.y;
     };
+    constexpr double kSurelyInside = 0.1;
     const DepthBelow depthOf(left_.rim, right_.rim);
     std::vector<std::pair<double, double>> outline;  // place along the lid and depth
     outline.reserve(points_.size() + 2);
     for (std::size_t i = left_.last + 1; i < right_.last; ++i) {
         const double at = place(points_[i]);
-        if (at > 0 && at < result.width.value)
-            outline.emplace_back(at, depthOf(points_[i]));
+        const double depth = depthOf(points_[i]);
+        if ((at > 0 && at < result.width.value) || depth > kSurelyInside * result.depth.value)
+            outline.emplace_back(at, depth);
     }
     if (outline.empty())
         return;
-    outline.insert(outline.begin(), {0, left_.hasFlank ? 0 : outline.front().second});
-    outline.emplace_back(result.width.value, right_.hasFlank ? 0 : outline.back().second);
+    const auto foot = [&](const Vector& rim, double depth) {
+        const double way = depth / depthOf({rim.x, rim.y - 1});
+        return std::pair(place({rim.x, rim.y - way}), depth);
+    };
+    if (!left_.hasFlank)
+        outline.insert(outline.begin(), foot(left_.rim, outline.front().second));
+    outline.insert(outline.begin(), {0, 0});
+    if (!right_.hasFlank)
+        outline.push_back(foot(right_.rim, outline.back().second));
+    outline.emplace_back(result.width.value, 0);
+    if (bottom_.form == GrooveBottom::V) {  // seen or not
+        const std::pair<double, double> root(place(result.bottom), result.depth.value);
+        const auto behind = std::find_if(outline.begin(), outline.end(),
+                                         [&](const auto& point) { return point.first > root.first; });
+        if (behind != outline.begin() && behind != outline.end())
+            outline.insert(behind, root);
+    }
     double sum = 0;
     double squares = 0;
     for (std::size_t i = 1; i < outline.size(); ++i) {
@@ -326,6 +291,7 @@ void Groove::area(GrooveResult& result) const {
     const double ofLid = uLid(middle(left_.rim, right_.rim), degrees);
     u.add(result.width.value * ofLid, degrees);
     u.add(noise_.deviation * std::sqrt(squares * noise_.correlationTime), noise_.points);
+    u.add(uOfGaps(outline), std::numeric_limits<double>::infinity());
     const double walls = std::hypot(left_.uRim, right_.uRim);
     u.add(walls * result.depth.value, std::numeric_limits<double>::infinity());
     result.area.value = sum;
@@ -335,20 +301,26 @@ void Groove::area(GrooveResult& result) const {
 
 GrooveResult Groove::measure(const GrooveSettings& settings, const ResidualNoise& known) {
     GrooveResult result;
-    result.reason = findSide(left_, -1);
+    const GrooveSides sides(points_, gap_, first_, end_);
+    result.reason = sides.fit(left_, -1);
     if (result.reason.isEmpty())
-        result.reason = findSide(right_, 1);
+        result.reason = sides.fit(right_, 1);
     if (!result.reason.isEmpty())
         return result;
-    findBottom(settings.bottom);
+    bottom_ = fitBottom(points_, left_, right_, settings.bottom);
+    if (bottom_.form == GrooveBottom::Round && bottom_.isWholeArc) {
+        moveToArc(left_);
+        moveToArc(right_);
+    }
     ResidualNoise noise = known;
     addBottomLines(noise);
     noise_ = noise.model();
     constexpr double kLeastDeviations = 5;
     const double deviation = std::max(left_.land.deviation, right_.land.deviation);
-    if (form_ == GrooveBottom::Automatic) {
+    if (bottom_.form == GrooveBottom::Automatic) {
         result.reason = settings.bottom == GrooveBottom::V ? QString("the groove has no two straight flanks")
-                                                           : QString("the groove has no floor");
+                        : settings.bottom == GrooveBottom::Round ? QString("the groove has no round bottom")
+                                                                 : QString("the groove has no floor");
         return result;
     }
     widthAndDepth(result);
