@@ -19,7 +19,7 @@ namespace {
 using Points = std::vector<Vector>;
 
 constexpr std::size_t kFewestPoints = 3;
-constexpr std::size_t kFewestOfHem = 6;
+constexpr std::size_t kFewestOfHem = 4;
 
 /// The median distance along the line of the last points of a surface.
 double pitchAt(const Points& points, const LineFit& line, int towardsGap) {
@@ -200,9 +200,12 @@ void findHem(const Points& points, const EdgeSettings& settings, EdgeSide& side)
     const LineFit whole = startLine(points, side);
     double start = hemStart(points, whole, side.towardsGap, settings.hemCut * whole.deviation);
     const Points below = part(points, whole, side.towardsGap, start, /*beyond=*/true);
-    if (below.size() < kFewestPoints)
+    if (below.empty())
         return;
     guessTouch(below, whole, side.towardsGap, start);
+    side.bendStart = side.towardsGap * side.surface.placeOf(whole.pointAt(side.towardsGap * start));
+    if (below.size() < kFewestPoints)
+        return;
     constexpr int kRounds = 3;
     for (int i = 0; i < kRounds; ++i) {
         Points ofHem = part(points, whole, side.towardsGap, start, /*beyond=*/true);
@@ -344,10 +347,15 @@ EdgePoint edgePoint(const EdgeSide& side, EdgeFeature feature, const Vector& dir
     const LineFit& line = side.surface;
     if (!side.hasHem) {
         EdgePoint point;
-        const double place = line.placeOf(side.lastPoint) + side.towardsGap * side.freeEdge;
-        point.at = line.pointAt(place);
+        double place = line.placeOf(side.lastPoint) + side.towardsGap * side.freeEdge;
         // The edge lies anywhere between the last point and the next, which is missing.
         point.along = side.uEnd;
+        if (feature == EdgeFeature::Tangent && std::isfinite(side.bendStart)) {
+            constexpr double kOfBend = 0.2;  // how well few points show where a bend begins
+            point.along = std::hypot(side.uEnd, kOfBend * (side.towardsGap * place - side.bendStart));
+            place = side.towardsGap * side.bendStart;
+        }
+        point.at = line.pointAt(place);
         point.degreesOfFreedom = std::numeric_limits<double>::infinity();
         return ontoSurface(side, point, noise);
     }

@@ -22,6 +22,8 @@ struct KVMEASURE_EXPORT EdgeSide {
     bool hasHem = false;        ///< the surface bends down to the gap in an arc
     FittedCircle hem;           ///< the arc, with hasHem; it touches the line of the surface
     std::vector<Vector> ofHem;  ///< the points that it rests on
+    /// Place along the surface, towards the gap, from where points bend down that are no hem; NaN: none do.
+    double bendStart = std::numeric_limits<double>::quiet_NaN();
     double uEnd = 0;   ///< standard uncertainty of a sharp edge along the surface, mm, see deviationOfEnd()
     Vector lastPoint;  ///< the point furthest towards the gap
     double pitch = 0;  ///< point distance along the surface near the gap, mm
@@ -33,7 +35,7 @@ struct KVMEASURE_EXPORT EdgeSide {
 /// is a robust line. Points beyond its last point that lie below by more than the cut are of a hem, from
 /// whose radius follows where it begins. Then the line is fitted again to the points before this place, and
 /// the circle that touches it to those after, three times with the place where they touch. The edge is sharp
-/// where the hem has fewer than six points or they are no arc that bends down with a radius below twice the
+/// where the hem has fewer than four points or they are no arc that bends down with a radius below twice the
 /// length of the surface. No side, with a reason: fewer than three points, or no two distinct ones.
 KVMEASURE_EXPORT EdgeSide findEdge(const std::vector<Vector>& points, const Vector& gap,
                                    const EdgeSettings& settings = {});
@@ -41,7 +43,7 @@ KVMEASURE_EXPORT EdgeSide findEdge(const std::vector<Vector>& points, const Vect
 /// Which point of a side counts.
 enum class EdgeFeature {
     Extreme,  ///< the point furthest towards the gap: of the hem's circle, or the sharp edge
-    Tangent,  ///< where the surface ends: where its line touches the circle of the hem, or the sharp edge
+    Tangent,  ///< where the surface ends: where its line touches the hem, where points bend down, or the edge
     Corner,   ///< on the line of the surface, square above the extreme point
 };
 
