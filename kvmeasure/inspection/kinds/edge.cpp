@@ -66,24 +66,52 @@ std::vector<Step> edgesOf(const std::vector<Vector>& points, const EdgeSettings&
     return edges;
 }
 
-/// Where the points around a step pass half of it: the crossing nearest to the step.
-EdgeResult placeOf(const std::vector<Vector>& points, const Step& step, std::size_t window) {
-    const double half = (step.low + step.high) / 2;
-    const std::size_t from = step.behind > window ? step.behind - window : 1;
-    const std::size_t to = std::min(step.behind + window, points.size());
-    std::size_t best = step.behind;
-    bool isCrossed = false;
-    for (std::size_t i = from; i < to; ++i) {
-        const bool crosses =
-            (points[i - 1].y - half) * (points[i].y - half) <= 0 && points[i].y != points[i - 1].y;
-        const auto distance = [&](std::size_t k) {
-            return k > step.behind ? k - step.behind : step.behind - k;
-        };
-        if (crosses && (!isCrossed || distance(i) < distance(best))) {
-            best = i;
-            isCrossed = true;
+/// The number of the point behind which the points around a step pass a height: the crossing nearest to the
+/// step; 0: none within the window.
+std::size_t crossing(const std::vector<Vector>& points, std::size_t behind, std::size_t window,
+                     double height) {
+    for (std::size_t away = 0; away <= window; ++away) {
+        for (const std::size_t i : {behind - std::min(away, behind), behind + away}) {
+            if (i > 0 && i < points.size() && (points[i - 1].y - height) * (points[i].y - height) <= 0 &&
+                points[i].y != points[i - 1].y)
+                return i;
         }
     }
+    return 0;
+}
+
+/// Takes both means off the flank: from where the profile leaves the tenth of the step at its ends, and an
+/// eighth of the way between these further. False where the flank is wider than the window.
+bool leaveFlank(const std::vector<Vector>& points, const HeightMeans& means, std::size_t window, Step& step) {
+    constexpr int kRounds = 4;
+    constexpr double kEnd = 0.1;
+    constexpr std::size_t kPart = 8;
+    const std::size_t behind = step.behind;
+    for (int round = 0; round < kRounds; ++round) {
+        const std::size_t first = crossing(points, behind, window, step.low + kEnd * step.height());
+        const std::size_t last = crossing(points, behind, window, step.high - kEnd * step.height());
+        if (first == 0 || last == 0 || last < first)
+            return false;
+        const std::size_t more = last == first ? 0 : (last - first + kPart - 1) / kPart;
+        if (first < more + window || last + more + window > points.size())
+            return last == first;
+        const Step next{behind, means.mean(first - more - window, first - more),
+                        means.mean(last + more, last + more + window)};
+        if (std::fabs(next.height()) <= std::fabs(step.height()))
+            break;
+        step.low = next.low;
+        step.high = next.high;
+    }
+    return true;
+}
+
+/// Where the points around a step pass half of it.
+EdgeResult placeOf(const std::vector<Vector>& points, Step step, std::size_t window) {
+    const bool isOffFlank = leaveFlank(points, HeightMeans(points), window, step);
+    const double half = (step.low + step.high) / 2;
+    const std::size_t crossed = crossing(points, step.behind, window, half);
+    const bool isCrossed = crossed != 0;
+    const std::size_t best = isCrossed ? crossed : step.behind;
     const Vector& before = points[best - 1];
     const Vector& behind = points[best];
     const double share = isCrossed ? (half - before.y) / (behind.y - before.y) : 1.0 / 2;
@@ -93,6 +121,7 @@ EdgeResult placeOf(const std::vector<Vector>& points, const Step& step, std::siz
     edge.pitch = std::fabs(behind.x - before.x);
     edge.wall = wallShare(points, best);
     edge.slope = (behind.y - before.y) / (behind.x - before.x);
+    edge.isOffFlank = isOffFlank;
     edge.window = static_cast<int>(std::min({window, step.behind, points.size() - step.behind}));
     return edge;
 }
@@ -146,7 +175,8 @@ void measureEdge(const Tool& tool, const ToolInput& input, ToolResults& results)
                               : onFlank,
                 edge.wall < 1 ? degrees : std::numeric_limits<double>::infinity());
     // On a flank the steepest place is known to a point, which moves the means.
-    const double ofPlace = (1 - edge.wall) * std::fabs(edge.height) / (2 * edge.window) / kRootOf12;
+    const double ofPlace =
+        edge.isOffFlank ? 0 : (1 - edge.wall) * std::fabs(edge.height) / (2 * edge.window) / kRootOf12;
     results.add("z", edge.at.y, std::hypot(half * ofMean, ofPlace), degrees);
     results.add("height", edge.height, ofMean / half, degrees);
     warnOfNoise(noise.reason, /*isShort=*/false, results);

@@ -29,16 +29,19 @@ struct EdgeResult {
     double height = 0;  ///< of the step, mm, positive where it rises
     double pitch = 0;   ///< distance in x of the two points around the place, mm
     double wall = 1;  ///< what of the rise between these points the slopes beside them do not explain, 0 to 1
-    double slope = 0;  ///< of the profile between these points
-    int window = 0;    ///< points on each side whose mean was taken
-    QString reason;    ///< why there is no edge; empty: there is one
+    double slope = 0;         ///< of the profile between these points
+    int window = 0;           ///< points on each side whose mean was taken
+    bool isOffFlank = false;  ///< no point between the levels is in these means
+    QString reason;           ///< why there is no edge; empty: there is one
 
     bool isFound() const { return reason.isEmpty(); }  ///< there is an edge
 };
 
 /// The step of the mean height of the next points over that of the points before, where that is greatest
-/// among its neighbours; its place is where the heights pass the middle of both means, in proportion between
-/// points. None, with a reason: fewer than two points, no step of the least height and sense.
+/// among its neighbours. Where a flank lies between the levels the means are taken again beyond its ends, for
+/// as long as these are within the window. The place is where the heights pass the middle of both means, in
+/// proportion between points. None, with a reason: fewer than two points, no step of the least height and
+/// sense.
 KVMEASURE_EXPORT EdgeResult findEdge(const std::vector<Vector>& points, const EdgeSettings& settings = {});
 
 }  // namespace KvMeasure
