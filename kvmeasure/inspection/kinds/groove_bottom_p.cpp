@@ -85,13 +85,16 @@ void Bottom::findDeepest() {
     result_.lacksPoints = std::max(step(deepest_), step(deepest_ + 1)) > kWide * medianStep(points_);
 }
 
-/// Share of the width that is deeper than eight tenths.
+/// Share of the width that is seen to be deeper than eight tenths.
 double Bottom::deepShare() const {
+    constexpr double kWide = 2.5;
+    const double widest = kWide * medianStep(points_);
     double deep = 0, whole = 0;
     for (std::size_t i = left_.last; i < right_.last; ++i) {
         const double along = std::fabs(points_[i + 1].x - points_[i].x);
         whole += along;
-        deep += std::min(depthOf_(points_[i]), depthOf_(points_[i + 1])) > kDeepShare * typical_ ? along : 0;
+        const double least = std::min(depthOf_(points_[i]), depthOf_(points_[i + 1]));
+        deep += least > kDeepShare * typical_ && along <= widest ? along : 0;
     }
     return deep / whole;
 }

@@ -5,6 +5,7 @@
 #include <kvmeasure/inspection/kinds/groove.h>
 #include <kvmeasure/inspection/kinds/groove_bottom_p.h>
 #include <kvmeasure/inspection/kinds/groove_gaps_p.h>
+#include <kvmeasure/inspection/kinds/point_spacing.h>
 
 #include <algorithm>
 #include <cmath>
@@ -228,17 +229,25 @@ void Groove::widthAndDepth(GrooveResult& result) const {
                              result.bottom.y - result.depth.value * normal.y);
 }
 
+/// A point of a groove's outline.
+struct OutlinePoint {
+    double along, depth;  ///< place along the lid from the left rim, below the lid, mm
+    double x;             ///< in the profile, mm
+};
+
 /// Standard uncertainty of an area under points, where some are missing: between the chord over a gap and
-/// what the slopes on either side lead to, mm^2.
-double uOfGaps(const std::vector<std::pair<double, double>>& outline) {
+/// what the slopes on either side lead to, but no more than the chord's own triangle, mm^2.
+double uOfGaps(const std::vector<OutlinePoint>& outline, double medianStep) {
     constexpr double kWide = 2.5;
-    const auto step = [&](std::size_t i) { return outline[i].first - outline[i - 1].first; };
-    const auto slope = [&](std::size_t i) { return (outline[i].second - outline[i - 1].second) / step(i); };
+    const auto step = [&](std::size_t i) { return outline[i].along - outline[i - 1].along; };
+    const auto rise = [&](std::size_t i) { return outline[i].depth - outline[i - 1].depth; };
     double squares = 0;
     for (std::size_t i = 2; i + 1 < outline.size(); ++i) {
-        if (!(step(i) > kWide * std::max(step(i - 1), step(i + 1))))
+        if (!(std::fabs(outline[i].x - outline[i - 1].x) > kWide * medianStep))
             continue;
-        const double most = step(i) * step(i) * std::fabs(slope(i + 1) - slope(i - 1)) / 8;
+        const double turn = std::fabs(rise(i + 1) / step(i + 1) - rise(i - 1) / step(i - 1));
+        const double most =
+            std::fabs(step(i)) * std::min(std::fabs(step(i)) * turn / 4, std::fabs(rise(i))) / 2;
         squares += std::isfinite(most) ? most * most / 3 : 0;
     }
     return std::sqrt(squares);
@@ -252,38 +261,38 @@ void Groove::area(GrooveResult& result) const {
     };
     constexpr double kSurelyInside = 0.1;
     const DepthBelow depthOf(left_.rim, right_.rim);
-    std::vector<std::pair<double, double>> outline;  // place along the lid and depth
+    std::vector<OutlinePoint> outline;
     outline.reserve(points_.size() + 2);
     for (std::size_t i = left_.last + 1; i < right_.last; ++i) {
         const double at = place(points_[i]);
         const double depth = depthOf(points_[i]);
         if ((at > 0 && at < result.width.value) || depth > kSurelyInside * result.depth.value)
-            outline.emplace_back(at, depth);
+            outline.push_back({at, depth, points_[i].x});
     }
     if (outline.empty())
         return;
     const auto foot = [&](const Vector& rim, double depth) {
         const double way = depth / depthOf({rim.x, rim.y - 1});
-        return std::pair(place({rim.x, rim.y - way}), depth);
+        return OutlinePoint{place({rim.x, rim.y - way}), depth, rim.x};
     };
     if (!left_.hasFlank)
-        outline.insert(outline.begin(), foot(left_.rim, outline.front().second));
-    outline.insert(outline.begin(), {0, 0});
+        outline.insert(outline.begin(), foot(left_.rim, outline.front().depth));
+    outline.insert(outline.begin(), {0, 0, left_.rim.x});
     if (!right_.hasFlank)
-        outline.push_back(foot(right_.rim, outline.back().second));
-    outline.emplace_back(result.width.value, 0);
+        outline.push_back(foot(right_.rim, outline.back().depth));
+    outline.push_back({result.width.value, 0, right_.rim.x});
     if (bottom_.form == GrooveBottom::V) {  // seen or not
-        const std::pair<double, double> root(place(result.bottom), result.depth.value);
+        const OutlinePoint root{place(result.bottom), result.depth.value, result.bottom.x};
         const auto behind = std::find_if(outline.begin(), outline.end(),
-                                         [&](const auto& point) { return point.first > root.first; });
+                                         [&](const auto& point) { return point.along > root.along; });
         if (behind != outline.begin() && behind != outline.end())
             outline.insert(behind, root);
     }
     double sum = 0;
     double squares = 0;
     for (std::size_t i = 1; i < outline.size(); ++i) {
-        const double step = outline[i].first - outline[i - 1].first;
-        sum += step * (outline[i].second + outline[i - 1].second) / 2;
+        const double step = outline[i].along - outline[i - 1].along;
+        sum += step * (outline[i].depth + outline[i - 1].depth) / 2;
         squares += step * step;
     }
     double degrees = 0;
@@ -291,7 +300,7 @@ void Groove::area(GrooveResult& result) const {
     const double ofLid = uLid(middle(left_.rim, right_.rim), degrees);
     u.add(result.width.value * ofLid, degrees);
     u.add(noise_.deviation * std::sqrt(squares * noise_.correlationTime), noise_.points);
-    u.add(uOfGaps(outline), std::numeric_limits<double>::infinity());
+    u.add(uOfGaps(outline, medianStep(points_)), std::numeric_limits<double>::infinity());
     const double walls = std::hypot(left_.uRim, right_.uRim);
     u.add(walls * result.depth.value, std::numeric_limits<double>::infinity());
     result.area.value = sum;
