@@ -1,9 +1,11 @@
 // Welds from their toes. Plates are lines, given; the face is what lies between both toes. Legs and root
-// follow from the lines and toes, convexity and undercut are extremes of points, with their scatter.
+// follow from the lines and toes, convexity from a parabola through the points around the furthest place of
+// the face, undercut is an extreme of points.
 
 #include <kvmeasure/inspection/kinds/weld.h>
 
 #include <kvmeasure/inspection/kinds/fitted_value_p.h>
+#include <kvmeasure/inspection/kinds/order_noise.h>
 
 #include <algorithm>
 #include <cmath>
@@ -29,6 +31,58 @@ Points fromFirst(const LineFit& first, const LineFit& second, Points points) {
     return points;
 }
 
+/// The parabola of least squares, as polynomials that are orthogonal over its points.
+class Parabola {
+public:
+    /// Points [from, to).
+    Parabola(const std::vector<double>& places, const std::vector<double>& heights, std::size_t from,
+             std::size_t to) {
+        const double count = double(to - from);
+        for (std::size_t i = from; i < to; ++i)
+            mean_ += places[i] / count;
+        double square = 0, cube = 0;
+        for (std::size_t i = from; i < to; ++i) {
+            square += std::pow(places[i] - mean_, 2);
+            cube += std::pow(places[i] - mean_, 3);
+        }
+        slope_ = square > 0 ? cube / square : 0;
+        offset_ = square / count;
+        std::array<double, 3> sums{};
+        for (std::size_t i = from; i < to; ++i) {
+            const std::array<double, 3> values = polynomials(places[i]);
+            for (std::size_t k = 0; k < 3; ++k) {
+                sums[k] += values[k] * heights[i];
+                squares_[k] += values[k] * values[k];
+            }
+        }
+        for (std::size_t k = 0; k < 3; ++k)
+            factors_[k] = squares_[k] > 0 ? sums[k] / squares_[k] : 0;
+    }
+    bool isConvex() const { return factors_[2] < 0; }
+    double top() const {
+        return mean_ + (slope_ - factors_[1] / factors_[2]) / 2;
+    }  ///< not finite for a line
+    /// The height at a place, and its variance over that of a point.
+    std::pair<double, double> at(double place) const {
+        const std::array<double, 3> values = polynomials(place);
+        double height = 0, variance = 0;
+        for (std::size_t k = 0; k < 3; ++k) {
+            height += factors_[k] * values[k];
+            variance += squares_[k] > 0 ? values[k] * values[k] / squares_[k] : 0;
+        }
+        return {height, variance};
+    }
+
+private:
+    std::array<double, 3> polynomials(double place) const {
+        const double t = place - mean_;
+        return {1, t, t * t - slope_ * t - offset_};
+    }
+
+    double mean_ = 0, slope_ = 0, offset_ = 0;
+    std::array<double, 3> squares_{}, factors_{};
+};
+
 class Weld {
 public:
     Weld(const LineFit& first, const LineFit& second, const Points& points, const NoiseModel& noise)
@@ -38,11 +92,19 @@ public:
     }
     /// Finds the toes on these sides of the plates and the face between them.
     void findFace(const std::array<double, 2>& sides, WeldResult& result);
-    void convexity(const Vector& outwards, WeldResult& result) const;
+    void convexity(const Vector& outwards, WeldResult& result);
     void legsAndThroat(const Vector& outwards, WeldResult& result) const;
     void widthAndMisalignment(WeldResult& result) const;
 
 private:
+    /// The furthest place of the face from the line of both toes.
+    struct Summit {
+        double place = 0;   ///< along that line from the first toe, mm
+        double height = 0;  ///< over it, mm, negative where the face is concave
+        double u = 0;       ///< standard uncertainty of the height without that of the toes, mm
+        bool isConvex = true;
+    };
+    void findSummit(const Vector& outwards, const WeldResult& weld);
     double uOfPlate(int i, const Vector& at) const {
         return lineUncertainty(*plates_[i], noise_).at(plates_[i]->placeOf(at));
     }
@@ -51,6 +113,7 @@ private:
     const NoiseModel& noise_;
     Points ways_[2];  ///< the points, seen from each plate
     Points face_;
+    Summit summit_;
 };
 
 void Weld::findFace(const std::array<double, 2>& sides, WeldResult& result) {
@@ -86,31 +149,52 @@ void Weld::findFace(const std::array<double, 2>& sides, WeldResult& result) {
     result.undercut = {undercuts[deeper], u.u(), u.degreesOfFreedom(), {}};
 }
 
-/// The furthest point of the face from the line of both toes; `outwards` is square to it, unit.
-void Weld::convexity(const Vector& outwards, WeldResult& result) const {
-    const Vector& toe = result.toes[0].at;
-    std::vector<double> heights;
-    heights.reserve(face_.size());
-    for (const Vector& p : face_)
+/// The parabola through the points around the furthest place of the face from the line of both toes, and its
+/// furthest place: the furthest of noisy points lies beyond the face.
+void Weld::findSummit(const Vector& outwards, const WeldResult& weld) {
+    constexpr double kShare = 1.0 / 6;  // of the face, to each side
+    constexpr std::size_t kFewest = 4;  // points to each side
+    const Vector& toe = weld.toes[0].at;
+    const Vector along(outwards.y, -outwards.x);
+    std::vector<double> heights, places;
+    for (const Vector& p : face_) {
         heights.push_back((p.x - toe.x) * outwards.x + (p.y - toe.y) * outwards.y);
-    NoiseModel noise = noise_;
-    noise.deviation *= std::fabs(outwards.y);
-    const std::vector<double> smooth = smoothHeights(heights, noise.correlationTime);
-    // Above or below, as the face is on the whole.
+        places.push_back((p.x - toe.x) * along.x + (p.y - toe.y) * along.y);
+    }
+    const std::vector<double> smooth = smoothHeights(heights, noise_.correlationTime);
     const auto [low, high] = std::minmax_element(smooth.begin(), smooth.end());
-    const bool isConvex = *high >= -*low;
-    const auto at = isConvex ? std::max_element(heights.begin(), heights.end())
-                             : std::min_element(heights.begin(), heights.end());
-    result.highest = face_[std::size_t(at - heights.begin())];
+    summit_.isConvex = *high >= -*low;  // as the face is on the whole
+    const auto at = std::size_t((summit_.isConvex ? high : low) - smooth.begin());
+    const double reach = kShare * length(weld.toes[0].at, weld.toes[1].at);
+    std::size_t from = at, to = at + 1;
+    while (from > 0 && (at - from < kFewest || std::fabs(places[from - 1] - places[at]) <= reach))
+        --from;
+    while (to < places.size() && (to - at <= kFewest || std::fabs(places[to] - places[at]) <= reach))
+        ++to;
+    const Parabola parabola(places, heights, from, to);
+    const double top = parabola.top();
+    const bool hasTop = parabola.isConvex() == summit_.isConvex && std::fabs(top - places[at]) <= reach;
+    summit_.place = hasTop ? top : places[at];
+    const auto [height, variance] = parabola.at(summit_.place);
+    summit_.height = height;
+    summit_.u = noise_.deviation * std::fabs(outwards.y) * std::sqrt(noise_.correlationTime * variance);
+}
+
+/// The furthest place of the face from the line of both toes; `outwards` is square to it, unit.
+void Weld::convexity(const Vector& outwards, WeldResult& result) {
+    findSummit(outwards, result);
+    const Vector& toe = result.toes[0].at;
+    result.highest = Vector(toe.x + summit_.place * outwards.y + summit_.height * outwards.x,
+                            toe.y - summit_.place * outwards.x + summit_.height * outwards.y);
     UncertaintySum u;
-    u.add(OrderNoise(smooth, noise).extreme(isConvex), noise_.points);
+    u.add(summit_.u, noise_.points);
     for (std::size_t i = 0; i < 2; ++i) {
         const Vector& along = plates_[i]->along;
         const double across = std::fabs(along.x * outwards.x + along.y * outwards.y);
         u.add(std::hypot(result.toes[i].u * across, uOfPlate(int(i), result.toes[i].at)) / 2,
               result.toes[i].degreesOfFreedom);
     }
-    result.convexity = {*at, u.u(), u.degreesOfFreedom(), {}};
+    result.convexity = {summit_.height, u.u(), u.degreesOfFreedom(), {}};
 }
 
 void Weld::legsAndThroat(const Vector& outwards, WeldResult& result) const {
@@ -138,20 +222,12 @@ void Weld::legsAndThroat(const Vector& outwards, WeldResult& result) const {
         return (p.x - result.root.x) * outwards.x + (p.y - result.root.y) * outwards.y;
     };
     // A side parallel to the line of both toes, as high as the face lets it be.
-    std::vector<double> heights;
-    heights.reserve(face_.size());
-    for (const Vector& p : face_)
-        heights.push_back(height(p));
-    NoiseModel noise = noise_;
-    noise.deviation *= std::fabs(outwards.y);
-    const std::vector<double> smooth = smoothHeights(heights, noise.correlationTime);
-    const auto lowest = std::min_element(heights.begin(), heights.end());
     const double ofToes = height(result.toes[0].at);
     constexpr double kDeviations = 3;
-    const bool isConcave = result.convexity.value < -kDeviations * noise.deviation;
+    const bool isConcave = result.convexity.value < -kDeviations * noise_.deviation * std::fabs(outwards.y);
     UncertaintySum u;
     if (isConcave) {
-        u.add(OrderNoise(smooth, noise).extreme(/*isGreatest=*/false), noise_.points);
+        u.add(summit_.u, noise_.points);
     } else {
         // The line of both toes over the root: each toe counts by the share of the foot of the throat on it.
         const double side = length(result.toes[0].at, result.toes[1].at);
@@ -168,7 +244,7 @@ void Weld::legsAndThroat(const Vector& outwards, WeldResult& result) const {
             u.add(uOfPlate(int(i), result.root) / sine * across(other.along), line.degreesOfFreedom);
         }
     }
-    const double throat = isConcave ? *lowest : ofToes;
+    const double throat = isConcave ? ofToes + summit_.height : ofToes;
     result.throatFoot = Vector(result.root.x + throat * outwards.x, result.root.y + throat * outwards.y);
     result.throat = {throat, u.u(), u.degreesOfFreedom(), {}};
 }
