@@ -73,22 +73,62 @@ bool takePoints(const KvMath::KvProfile& profile, std::vector<Vector>& points) {
     return ascends;
 }
 
-/// Appends the points that a region holds where it was taught.
-void takeHeld(const Region& region, const std::vector<Vector>& all, bool ascends,
-              std::vector<Vector>& points) {
+/// Numbers of points, [from, to).
+struct Run {
+    std::size_t from = 0, to = 0;
+};
+
+/// Takes the points of some of all that `holds` wants, and tells which these are; none where others lie
+/// between them.
+template <class Holds>
+Run takeSome(const std::vector<Vector>& all, const Run& some, const Holds& holds,
+             std::vector<Vector>& points) {
+    Run run;
+    for (std::size_t i = some.from; i < some.to; ++i) {
+        if (!holds(all[i]))
+            continue;
+        run.from = points.empty() ? i : run.from;
+        run.to = i + 1;
+        points.push_back(all[i]);
+    }
+    return run.to - run.from == points.size() ? run : Run();
+}
+
+/// Takes the points that a region holds where it was taught.
+Run takeHeld(const Region& region, const std::vector<Vector>& all, bool ascends,
+             std::vector<Vector>& points) {
     auto from = all.begin();
     auto to = all.end();
     if (ascends) {
         from = std::lower_bound(from, to, region.minX, [](const Vector& p, double x) { return p.x < x; });
         to = std::upper_bound(from, to, region.maxX, [](double x, const Vector& p) { return x < p.x; });
     }
+    const Run some{std::size_t(from - all.begin()), std::size_t(to - all.begin())};
     constexpr double kEndless = std::numeric_limits<double>::infinity();
     const bool isOpen = region.minZ == -kEndless && region.maxZ == kEndless;
-    if (ascends && isOpen)
+    if (ascends && isOpen) {
         points.assign(from, to);
-    else
-        std::copy_if(from, to, std::back_inserter(points),
-                     [&](const Vector& point) { return region.contains(point.x, point.y); });
+        return some;
+    }
+    return takeSome(
+        all, some, [&](const Vector& point) { return region.contains(point.x, point.y); }, points);
+}
+
+/// Where the way from a point outside to one of the region crosses its left or right side.
+RegionPoints::Crossing crossingOf(const Region& region, const RegionPoints& filled, const Vector& outside,
+                                  const Vector& inside) {
+    RegionPoints::Crossing crossing;
+    const Vector from = Frame::moved(outside, filled.found, filled.taught);
+    const Vector to = Frame::moved(inside, filled.found, filled.taught);
+    const double side = from.x < region.minX ? region.minX : region.maxX;
+    const double share = (side - from.x) / (to.x - from.x);
+    const double height = from.y + share * (to.y - from.y);
+    if (!(share >= 0 && share <= 1 && height >= region.minZ && height <= region.maxZ))
+        return crossing;
+    crossing.at =
+        Vector(outside.x + share * (inside.x - outside.x), outside.y + share * (inside.y - outside.y));
+    crossing.step = std::fabs(inside.x - outside.x);
+    return crossing;
 }
 
 }  // namespace
@@ -222,15 +262,18 @@ void ToolInput::fill(int index) const {
     if (!filled.reason.isEmpty())
         return;
     const std::vector<Vector>& all = region.isOfSecond ? second_ : points_;
-    const Frame& found = filled.found;
-    if (region.anchor.isEmpty()) {
-        takeHeld(region, all, region.isOfSecond ? secondAscends_ : ascends_, filled.points);
-    } else {
-        std::copy_if(all.begin(), all.end(), std::back_inserter(filled.points), [&](const Vector& point) {
-            const Vector taught = Frame::moved(point, found, filled.taught);
-            return region.contains(taught.x, taught.y);
-        });
-    }
+    const auto isInMoved = [&](const Vector& point) {
+        const Vector taught = Frame::moved(point, filled.found, filled.taught);
+        return region.contains(taught.x, taught.y);
+    };
+    const Run run = region.anchor.isEmpty()
+                        ? takeHeld(region, all, region.isOfSecond ? secondAscends_ : ascends_, filled.points)
+                        : takeSome(all, {0, all.size()}, isInMoved, filled.points);
+    filled.entry = filled.exit = RegionPoints::Crossing();
+    if (run.to > run.from && run.from > 0)
+        filled.entry = crossingOf(region, filled, all[run.from - 1], all[run.from]);
+    if (run.to > run.from && run.to < all.size())
+        filled.exit = crossingOf(region, filled, all[run.to], all[run.to - 1]);
     if (filled.points.empty())
         filled.reason = all.empty()
                             ? QString(region.isOfSecond ? "there is no second profile, or it has no points"

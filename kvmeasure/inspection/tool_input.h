@@ -13,6 +13,7 @@
 #include <QtCore/QList>
 #include <QtCore/QStringList>
 
+#include <limits>
 #include <optional>
 #include <vector>
 
@@ -20,7 +21,15 @@ namespace KvMeasure {
 
 /// The points of a region in one profile.
 struct RegionPoints {
+    /// Where the profile crosses the left or right side between a point of the region and the next one
+    /// outside.
+    struct Crossing {
+        Vector at;                                              ///< between both points, on the side
+        double step = std::numeric_limits<double>::infinity();  ///< their distance in x, mm; infinite: none
+    };
     std::vector<Vector> points;  ///< x and z, mm, all finite, in scan order; in the profile's own x and z
+    Crossing entry;              ///< before the first of the points, if these come one after the other
+    Crossing exit;               ///< likewise behind the last one
     QString reason;              ///< why there are none: the anchor is not found, no point lies in the region
     Frame taught;                ///< where its anchor was taught; both at the origin without an anchor
     Frame found;                 ///< where its anchor is

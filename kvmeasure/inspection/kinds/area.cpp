@@ -158,6 +158,19 @@ void measureContourTool(const Tool& tool, const ToolInput& input, ToolResults& r
     results.markPoint({contour.x.value, contour.z.value}, tool.name);
 }
 
+/// The points of a region, and where the profile crosses its sides.
+std::vector<Vector> upToSides(const RegionPoints& region, double gap) {
+    const double widest = std::isnan(gap) ? spacingOf(region.points).widestStep : gap;
+    std::vector<Vector> points;
+    points.reserve(region.points.size() + 2);
+    if (region.entry.step <= widest)
+        points.push_back(region.entry.at);
+    points.insert(points.end(), region.points.begin(), region.points.end());
+    if (region.exit.step <= widest)
+        points.push_back(region.exit.at);
+    return points;
+}
+
 void measureAreaTool(const Tool& tool, const ToolInput& input, ToolResults& results) {
     if (!tool.region("with").isEmpty())
         return measureContourTool(tool, input, results);
@@ -167,7 +180,8 @@ void measureAreaTool(const Tool& tool, const ToolInput& input, ToolResults& resu
     const bool isAbove = !tool.region("above").isEmpty() || !std::isnan(tool.number("above"));
     const char* const key = isAbove ? "above" : "below";
     const LineFit base = baseOf(tool, input, key);
-    const AreaResult area = measureArea(region.points, base, {isAbove, tool.number("gap")});
+    const AreaResult area =
+        measureArea(upToSides(region, tool.number("gap")), base, {isAbove, tool.number("gap")});
     if (!area.isFound())
         return results.refuse(area.reason);
     giveArea(tool, input, base, area, results);

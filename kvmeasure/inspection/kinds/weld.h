@@ -12,8 +12,8 @@ namespace KvMeasure {
 struct WeldResult {
     QString reason;                   ///< why there is no weld; empty: there is one
     std::array<WeldToe, 2> toes;      ///< on the first and the second plate
-    FittedValue convexity;            ///< greatest height of the face over the line of both toes, mm; of a
-                                      ///< concave face its greatest depth, negative
+    FittedValue convexity;            ///< greatest height of the face over the line of both toes, by a
+                                      ///< parabola through a third of the face, mm; negative: concave
     FittedValue undercut;             ///< greatest depth below a plate before its toe, mm; 0: none
     std::array<FittedValue, 2> legs;  ///< of a fillet weld: from the root to the toes, mm
     FittedValue throat;        ///< of a fillet weld: height over the root of the largest triangle under
@@ -25,7 +25,7 @@ struct WeldResult {
                                ///< halfway between the toes, mm
     Vector root;               ///< where the plates meet
     Vector throatFoot;         ///< where the largest triangle touches the face's chord
-    Vector highest;            ///< the point of the convexity
+    Vector highest;            ///< the place of the convexity on that parabola
     bool isShort = false;      ///< a plate holds too few correlation lengths, see NoiseModel::isShort
 };
 
