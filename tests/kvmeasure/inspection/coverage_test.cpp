@@ -157,9 +157,9 @@ TEST(Coverage, StatedUncertaintyIsTheScatterSeen) {
                 SCOPED_TRACE((one.shape.words + " " + name + ", " + how.name).toStdString());
                 rows[name] += " " + seen.cell(one.shape.truth.contains(name)) + " |";
                 EXPECT_GE(seen.all.count, runs * 8 / 10);
-                // A scatter of few profiles is known to a tenth.
+                // A scatter of few profiles is known to a tenth, of 2,000 with missing points to 3 %.
                 if (seen.isSure()) {
-                    EXPECT_GT(seen.judged().ratio(), wanted == nullptr ? 0.7 : 0.8);
+                    EXPECT_GT(seen.judged().ratio(), wanted == nullptr ? 0.7 : 0.75);
                 }
                 if (how.gaps == 0 && how.width == 1 && how.noise < 0.1) {
                     EXPECT_LT(seen.judged().ratio(), 1.6);
