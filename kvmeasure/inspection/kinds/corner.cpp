@@ -55,6 +55,20 @@ std::size_t reaching(const Points& points, std::size_t corner, std::size_t end, 
 
 double crossing(const LineFit& a, const LineFit& b) { return a.along.x * b.along.y - a.along.y * b.along.x; }
 
+constexpr double kLeastShare = 0.1;  // cosine: steeper than 84 degrees heights say nothing
+
+/// Residuals in height: square to a line they are smaller by its cosine. None of a line that is too steep.
+std::vector<double> heightResiduals(const LineFit& line) {
+    std::vector<double> residuals = line.residuals;
+    if (line.isInHeight)
+        return residuals;
+    if (line.along.x < kLeastShare)
+        return {};
+    for (double& residual : residuals)
+        residual /= line.along.x;
+    return residuals;
+}
+
 class Corner {
 public:
     explicit Corner(const Points& points) : points_(points) {}
@@ -66,6 +80,7 @@ private:
     Vector away(const LineFit& line) const;
     void findArc(std::size_t firstEnd, std::size_t secondBegin);
     std::size_t touch(const LineFit& line, const Vector& centre, bool isFirst) const;
+    bool areUnlike() const;
     void values(CornerResult& result) const;
 
     const Points& points_;
@@ -192,6 +207,19 @@ void Corner::values(CornerResult& result) const {
     }
 }
 
+/// One side scatters more than the other, both square to the lines and in height, which is where noise is.
+bool Corner::areUnlike() const {
+    constexpr double kUnlike = 5;
+    const double rounding = 1e-6 * (std::fabs(first_.to) + std::fabs(second_.to));
+    const auto unlike = [&](double a, double b) {
+        return std::max(a, b) > kUnlike * std::min(a, b) + rounding;
+    };
+    const auto inHeight = [](const LineFit& line) {
+        return line.deviation / std::max(kLeastShare, line.along.x);
+    };
+    return unlike(first_.deviation, second_.deviation) && unlike(inHeight(first_), inHeight(second_));
+}
+
 CornerResult Corner::measure(const ResidualNoise& known) {
     CornerResult result;
     const std::size_t at = furthest(points_);
@@ -208,20 +236,14 @@ CornerResult Corner::measure(const ResidualNoise& known) {
         return result;
     guessTouch(firstEnd, secondBegin);
     findArc(firstEnd, secondBegin);
-    constexpr double kUnlike = 5;
-    const double most = std::max(first_.deviation, second_.deviation);
-    const double least = std::min(first_.deviation, second_.deviation);
-    const double rounding = 1e-6 * (std::fabs(first_.to) + std::fabs(second_.to));
-    if (most > kUnlike * least + rounding) {
+    if (areUnlike()) {
         result.reason = "a side of the corner is no straight line";
         return result;
     }
     ResidualNoise noise = known;
     constexpr int kParameters = 2;
-    for (const LineFit* line : {&first_, &second_}) {
-        if (line->isInHeight)
-            noise.add(line->residuals, kParameters);
-    }
+    for (const LineFit* line : {&first_, &second_})
+        noise.add(heightResiduals(*line), kParameters);
     result.noise = noise.model();
     result.point = meetingPoint(first_, second_);
     result.first = first_;
