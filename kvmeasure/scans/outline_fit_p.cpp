@@ -170,13 +170,16 @@ void joinCorner(OutlineLine& line, OutlineLine& next, double join) {
     next.line.p1 = corner;
 }
 
-/// How many points lie in the triangle beyond a line, with a corner to its left.
-int pointsBeyond(const LinePP& line, const Vector& corner, const QList<Vector>& points) {
-    const Vector corners[] = {line.p1, corner, line.p2};  // clockwise
+/// How many points lie in the triangle between a line and a corner.
+int pointsBetween(const LinePP& line, const Vector& corner, const QList<Vector>& points) {
+    const Vector corners[] = {line.p1, corner, line.p2};
+    const auto side = [](const Vector& a, const Vector& b, const Vector& p) {
+        return (b.x - a.x) * (p.y - a.y) - (b.y - a.y) * (p.x - a.x);
+    };
+    const double turn = side(line.p1, corner, line.p2);
     const auto isInside = [&](const Vector& p) {
         for (int i = 0; i < 3; ++i) {
-            const Vector &a = corners[i], &b = corners[(i + 1) % 3];
-            if (!((b.x - a.x) * (p.y - a.y) - (b.y - a.y) * (p.x - a.x) < 0))
+            if (!(side(corners[i], corners[(i + 1) % 3], p) * turn > 0))
                 return false;
         }
         return true;
@@ -184,9 +187,9 @@ int pointsBeyond(const LinePP& line, const Vector& corner, const QList<Vector>& 
     return static_cast<int>(std::count_if(points.begin(), points.end(), isInside));
 }
 
-/// Whether a line only cuts a corner off, in which its neighbours meet: the triangle beyond it is full of
-/// points, or too small to tell. In that beyond a straight bevel there are none, beyond a side of an arc a
-/// third at most.
+/// Whether a line only cuts a corner off, in which its neighbours meet: the triangle between them is full of
+/// points where the corner points out, and empty where it points in, which the coin does not reach, or too
+/// small to tell. In that beyond a straight bevel there are none, beyond a side of an arc a third at most.
 bool cutsCorner(const LinePP& before, const LinePP& line, const LinePP& behind, const QList<Vector>& points,
                 const Steps& steps, double join, Vector& corner) {
     constexpr double kParallel = 0.02, kMayLack = 0.4, kMayAlwaysLack = 2;
@@ -202,10 +205,11 @@ bool cutsCorner(const LinePP& before, const LinePP& line, const LinePP& behind, 
     const Vector place = Frame(line).toLine(corner);
     const bool isBetween =
         Frame(before).toLine(corner).x > 0 && Frame(behind).toLine(corner).x < Frame(behind).length;
-    if (!(place.y > 0 && isBetween && length(corner, line.p1) <= join && length(corner, line.p2) <= join))
+    if (!(place.y != 0 && isBetween && length(corner, line.p1) <= join && length(corner, line.p2) <= join))
         return false;
-    const double expected = place.y * length(line.p1, line.p2) / 2 / (steps.x * steps.scan);
-    return expected - pointsBeyond(line, corner, points) <= kMayAlwaysLack + kMayLack * expected;
+    const double most = std::fabs(place.y) * length(line.p1, line.p2) / 2 / (steps.x * steps.scan);
+    const int found = pointsBetween(line, corner, points);
+    return (place.y > 0 ? most - found : found) <= kMayAlwaysLack + kMayLack * most;
 }
 
 void dropCutCorners(QList<OutlineLine>& lines, const QList<Vector>& points, const Steps& steps, double join) {

@@ -19,8 +19,9 @@ void mergeLines(QList<OutlineLine>& lines, double degrees, double join);
 /// all points of the object, since the edge lacks runs that are too short to enter, where a side meets a
 /// groove or a corner; profiles take those of the edge. Corners, where ends are at most `join` apart, move to
 /// where the fitted lines meet. A line with fewer than five points stays.
-/// Lines that only cut a corner off, with as many points of the object beyond them as within, are dropped:
-/// the edge lacks runs that are too short to enter.
+/// Lines that only cut a corner off, with as many points of the object beyond them as within, are dropped
+/// (the edge lacks runs that are too short to enter), and those across a corner that points in, without
+/// points behind them, which the coin does not reach.
 ///
 /// The outermost point lies anywhere from the edge to one step inside. With `compensatesEdges` a fitted line
 /// moves outwards by the mean of that, half a step as seen square to the line: profiles are a step of scan

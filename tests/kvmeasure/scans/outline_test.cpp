@@ -224,4 +224,27 @@ TEST(Outlines, HaveASideForABevelAndNoneForACutCorner) {
     }
 }
 
+// The coin does not reach a corner that points in; material in that corner is a side.
+TEST(Outlines, ReachIntoCornersThatPointIn) {
+    for (int turn = 0; turn < 360; turn += 20) {
+        for (const double bevel : {0.0, 3.0}) {
+            SCOPED_TRACE(testing::Message() << turn << " degrees, bevel " << bevel);
+            const double cosine = std::cos(turn / 57.3), sine = std::sin(turn / 57.3);
+            const auto height = [&](double x, double scan) {
+                const double u = cosine * (x - 2) + sine * (scan - 11);
+                const double v = cosine * (scan - 11) - sine * (x - 2);
+                const bool isInL = std::fabs(u) < 7 && std::fabs(v) < 6 && (u < 0 || v < 0);
+                return isInL || (bevel > 0 && u >= 0 && v >= 0 && u + v < bevel) ? 5.0 : 0.0;
+            };
+            const KvProfileZSet stack = stackOf(height, 200, 200, 0.11, 0.11);
+            const Outline outline = findOutline(stack, derived(stack, 2));
+            ASSERT_EQ(outline.lines.size(), bevel > 0 ? 7 : 6);
+            double around = 0;
+            for (const OutlineLine& side : outline.lines)
+                around += length(side.line.p1, side.line.p2);
+            EXPECT_NEAR(around, 52 - (2 - std::sqrt(2)) * bevel, 0.4);
+        }
+    }
+}
+
 }  // namespace
