@@ -18,6 +18,12 @@ using Segments = QList<KvMath::LinePP>;
 constexpr double kDegreesPerRadian = 57.29577951308232;     ///< 180 / pi, rounded
 constexpr double kRadiansPerDegree = 0.017453292519943295;  ///< pi / 180, rounded
 
+/// Both coordinates of a point of any type are numbers.
+template <class Point>
+bool isFinite(const Point& p) {
+    return std::isfinite(p.x) && std::isfinite(p.y);
+}
+
 /// Distance of two points, mm; not finite with a coordinate that is not.
 inline double length(const Vector& from, const Vector& to) {
     return std::hypot(to.x - from.x, to.y - from.y);

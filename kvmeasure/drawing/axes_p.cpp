@@ -110,7 +110,7 @@ Rect rangeWithRoom(const QList<KvMath::KvPointXY>& points, double halfHeight) {
                  std::max(range.bottom, y)};
     };
     for (const KvMath::KvPointXY& point : points) {
-        if (std::isfinite(point.x) && std::isfinite(point.y))
+        if (isFinite(point))
             add(double(point.x), double(point.y));
     }
     if (range.left > range.right)

@@ -25,8 +25,6 @@ const QString leapColour = "#C1121F";
 
 using Points = std::vector<Vector>;
 
-bool isFinite(const Vector& p) { return std::isfinite(p.x) && std::isfinite(p.y); }
-
 /// A panel whose range holds all points, and 0 upwards.
 Projection viewOf(double left, std::initializer_list<const Points*> lists) {
     double least = 0, greatest = 0, low = 0, high = 0;

@@ -17,8 +17,6 @@ constexpr double kLeft = 84, kTop = 92, kRight = 24, kBottom = 60;  // pixels ar
 constexpr double kAreaWidth = 900;
 const QString kSteel = "#E4E9EF", kWornLine = "#1F4E79", kNominalLine = "#333", kLost = "#F2A7A0";
 
-bool isFinite(const Vector& p) { return std::isfinite(p.x) && std::isfinite(p.y); }
-
 /// The points that are drawn: finite, at most some 1500.
 std::vector<Vector> drawn(const std::vector<Vector>& points) {
     constexpr std::size_t kMost = 1500;

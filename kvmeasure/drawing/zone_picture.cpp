@@ -20,8 +20,6 @@ constexpr double kUpwards = -1.5707963267948966;
 const QString pointColour = "#0072B2";
 const QString zoneColour = "#1B7F3B";
 
-bool isFinite(const Vector& p) { return std::isfinite(p.x) && std::isfinite(p.y); }
-
 /// The places of all points, and the zone with a quarter of its width around it.
 Projection viewOf(const ZonePicture& picture) {
     double least = 0, greatest = 0, low = picture.from, high = picture.to;

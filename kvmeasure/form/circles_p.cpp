@@ -24,7 +24,7 @@ bool bisectorCrossing(const Place& a, const Place& b, const Place& c, const Plac
     const Real vd = (v.x * (c.x + d.x - 2 * a.x) + v.y * (c.y + d.y - 2 * a.y)) / 2;
     const Real determinant = u.x * v.y - u.y * v.x;
     const Place found{a.x + (ub * v.y - vd * u.y) / determinant, a.y + (vd * u.x - ub * v.x) / determinant};
-    if (!std::isfinite(found.x) || !std::isfinite(found.y))
+    if (!isFinite(found))
         return false;
     crossing = found;
     return true;
@@ -61,7 +61,7 @@ Real improve(const std::vector<Place>& places, Place& centre, Real& radius) {
     gy -= sy * sr / count;
     const Real determinant = xx * yy - xy * xy;
     const Place move{(xy * gy - yy * gx) / determinant, (xy * gx - xx * gy) / determinant};
-    if (!std::isfinite(move.x) || !std::isfinite(move.y) || !(determinant > 0))
+    if (!(determinant > 0) || !isFinite(move))
         return kNoStep;
     centre.x += move.x;
     centre.y += move.y;
@@ -121,7 +121,7 @@ void startCircle(const std::vector<Place>& places, const Moments& moments, Place
     const Real determinant = moments.xx * moments.yy - moments.xy * moments.xy;
     Place off{(sx * moments.yy - sy * moments.xy) / determinant,
               (sy * moments.xx - sx * moments.xy) / determinant};
-    if (!std::isfinite(off.x) || !std::isfinite(off.y))
+    if (!isFinite(off))
         off = {};
     const auto count = static_cast<Real>(places.size());
     centre = {moments.mean.x + off.x, moments.mean.y + off.y};
@@ -164,8 +164,6 @@ TouchingCircle smallestAboutFew(const std::vector<Place>& points, const std::vec
         if (radius < best.radius)
             best = {centre, radius, contacts};
     };
-    if (few.size() == 1)
-        return {at(few[0]), 0, few};
     for (std::size_t a = 0; a < few.size(); ++a) {
         for (std::size_t b = a + 1; b < few.size(); ++b) {
             attempt(halfway(at(few[a]), at(few[b])), {few[a], few[b]});

@@ -50,7 +50,7 @@ bool isCovered(const std::vector<Vector>& points, double fromEdge, double toEdge
     double least = std::numeric_limits<double>::infinity(), greatest = -least;
     int inside = 0;
     for (const Vector& p : points) {
-        if (!std::isfinite(p.x) || !std::isfinite(p.y))
+        if (!isFinite(p))
             continue;
         least = std::min(least, p.x);
         greatest = std::max(greatest, p.x);

@@ -64,7 +64,7 @@ QString Anchor::fault() const {
         return filledIn("\"%1\" is no name: letters, digits, - and _, and not a number", name);
     if (source.isEmpty())
         return QString("the %1 is missing").arg(kind == TemplateLine ? "template line" : "region");
-    if (!std::isfinite(taught.place.x) || !std::isfinite(taught.place.y) || !std::isfinite(taught.turn))
+    if (!isFinite(taught.place) || !std::isfinite(taught.turn))
         return "its taught place is not finite";
     return QString();
 }

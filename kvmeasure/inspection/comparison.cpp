@@ -23,7 +23,7 @@ KvProfile finitePoints(const KvProfile& profile) {
     KvProfile finite;
     finite.points.reserve(profile.points.size());
     for (const KvMath::KvPointXY& point : profile.points) {
-        if (std::isfinite(point.x) && std::isfinite(point.y))
+        if (isFinite(point))
             finite += point;
     }
     return finite;

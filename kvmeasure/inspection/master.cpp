@@ -1,6 +1,7 @@
 #include <kvmeasure/inspection/master.h>
 
 #include <kvmeasure/base/filled_in.h>
+#include <kvmeasure/base/plane_geometry.h>
 #include <kvmeasure/inspection/region.h>
 
 #include <QtCore/QFileInfo>
@@ -31,7 +32,7 @@ QString PlanMaster::fault() const {
         return filledIn("\"%1\" is no name: letters, digits, - and _, and not a number", name);
     int finite = 0;
     for (const KvMath::KvPointXY& point : profile.points)
-        finite += std::isfinite(point.x) && std::isfinite(point.y) ? 1 : 0;
+        finite += isFinite(point) ? 1 : 0;
     if (finite < 2)
         return "a master needs two points";
     return lower <= upper ? QString() : QString("the band needs its least deviation first");

@@ -112,7 +112,7 @@ QVariantMap masterMap(const PlanMaster& master, const QString& path) {
     }
     QVariantList points;
     for (const KvMath::KvPointXY& point : master.profile.points) {
-        if (std::isfinite(point.x) && std::isfinite(point.y))
+        if (isFinite(point))
             points.append(QVariant(QVariantList{double(point.x), double(point.y)}));
     }
     map["points"] = points;

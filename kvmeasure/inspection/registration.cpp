@@ -304,7 +304,7 @@ Registration registerPoints(const std::vector<Vector>& points, const std::vector
     constexpr std::size_t kMostPoints = 20'000;
     std::vector<Vector> finite;
     for (const Vector& point : points) {
-        if (std::isfinite(point.x) && std::isfinite(point.y))
+        if (isFinite(point))
             finite.push_back(point);
     }
     finite = thinned(finite, kMostPoints);

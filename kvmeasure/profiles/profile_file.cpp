@@ -6,6 +6,7 @@
 #include <kvmeasure/base/error.h>
 #include <kvmeasure/base/filled_in.h>
 #include <kvmeasure/base/output_file.h>
+#include <kvmeasure/base/plane_geometry.h>
 #include <kvmeasure/base/regular_file.h>
 #include <kvmeasure/profiles/file_start_p.h>
 #include <kvmeasure/profiles/text_taken.h>
@@ -290,7 +291,7 @@ void ProfileSource::readSpace(const RecordHead& head, LoadedProfile& loaded) {
                          file_.path(), head.offset, recordName(head.marker)))
                 .inFile(file_.path())
                 .atOffset(head.offset);
-        if (!std::isfinite(point.x) || !std::isfinite(point.y)) {
+        if (!isFinite(point)) {
             ++loaded.unset;
             return;
         }

@@ -26,7 +26,7 @@ void ScanSketch::add(double position, const KvMath::KvProfile& profile) {
     const int step = (count + kMostPoints - 1) / kMostPoints;
     for (int i = 0; i < count; i += step) {
         const KvPointXY& p = profile.points[i];
-        if (std::isfinite(p.x) && std::isfinite(p.y))
+        if (isFinite(p))
             line.points.append(p);
     }
     map_.append(line);

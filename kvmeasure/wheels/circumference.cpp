@@ -163,7 +163,7 @@ Circumference evaluateCircumference(const std::vector<Vector>& points, const Cir
     std::vector<double> radii;
     radii.reserve(points.size());
     for (const Vector& point : points) {
-        if (!std::isfinite(point.x) || !std::isfinite(point.y))
+        if (!isFinite(point))
             continue;
         finite.push_back(point);
         radii.push_back(point.y);

@@ -176,7 +176,7 @@ ContactProfile::ContactProfile(const std::vector<Vector>& points) {
     Points finite;
     finite.reserve(points.size());
     for (const Vector& p : points) {
-        if (std::isfinite(p.x) && std::isfinite(p.y))
+        if (isFinite(p))
             finite.push_back(p);
     }
     if (finite.size() > kMost)

@@ -3,6 +3,8 @@
 
 #include <kvmeasure/wheels/defect_p.h>
 
+#include <kvmeasure/base/plane_geometry.h>
+
 #include <kvmath/profile/profile.h>
 #include <kvmath/wheel/sensor_coord.h>
 
@@ -142,9 +144,7 @@ DefectPlace findDefect(const Recording& recording, int wheel, const KvMath::Whee
         tread.readFromFile(recording.file(wheel, i + 1));
         tread.removeHighLevel(test.high);
         tread.removeLowLevel(test.low);
-        const auto isUnset = [](const KvMath::KvPointXY& p) {
-            return !std::isfinite(p.x) || !std::isfinite(p.y);
-        };
+        const auto isUnset = [](const KvMath::KvPointXY& p) { return !isFinite(p); };
         tread.points.erase(std::remove_if(tread.points.begin(), tread.points.end(), isUnset),
                            tread.points.end());
         const int points = countOutliers(tread, test);

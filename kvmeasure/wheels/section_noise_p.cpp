@@ -77,7 +77,7 @@ std::vector<Vector> pointsOf(const KvMath::KvProfile& profile) {
     std::vector<Vector> points;
     points.reserve(static_cast<std::size_t>(profile.points.size()));
     for (const KvMath::KvPointXY& point : profile.points) {
-        if (std::isfinite(point.x) && std::isfinite(point.y))
+        if (isFinite(point))
             points.push_back({static_cast<double>(point.x), static_cast<double>(point.y)});
     }
     return points;

@@ -258,7 +258,7 @@ CornerResult Corner::measure(const ResidualNoise& known) {
 CornerResult measureCorner(const Points& points, const ResidualNoise& known) {
     Points finite;
     std::copy_if(points.begin(), points.end(), std::back_inserter(finite),
-                 [](const Vector& p) { return std::isfinite(p.x) && std::isfinite(p.y); });
+                 [](const Vector& p) { return isFinite(p); });
     if (finite.size() < kFewestPoints) {
         CornerResult none;
         none.reason = "fewer than eight points for a corner";

@@ -88,7 +88,7 @@ void measureTurn(const Tool& tool, const ToolInput& input, ToolResults& results)
     warnOfNoise(ofFirst.reason.isEmpty() ? ofSecond.reason : ofFirst.reason,
                 ofFirst.isShort || ofSecond.isShort, results);
     const Vector at = meetingPoint(first, second);
-    if (std::isfinite(at.x) && std::isfinite(at.y))
+    if (isFinite(at))
         results.markPoint(at, tool.name);
 }
 
