@@ -5,7 +5,7 @@
 //
 //     KVMEASURE_INLINE_KERNEL void kernel(...) { ... }
 //     KVMEASURE_FOR_AVX2 void kernelForAvx2(...) { kernel(...); }
-//     if (Internal::hasAvx2()) kernelForAvx2(...); else kernel(...);
+//     Internal::ofThisMachine(kernelForAvx2, kernel)(...);
 //
 // kvmath has the same for itself; its private headers end at that library.
 
@@ -56,6 +56,12 @@ inline bool hasAvx2() {
 #else
     return false;
 #endif
+}
+
+/// The better one of two kernels that do the same.
+template <class Kernel>
+Kernel* ofThisMachine(Kernel* forAvx2, Kernel* anywhere) {
+    return hasAvx2() ? forAvx2 : anywhere;
 }
 
 }  // namespace KvMeasure::Internal

@@ -54,6 +54,20 @@ KVMEASURE_INLINE_KERNEL void takeRoots(DoubleQuad& four) {
 #endif
 }
 
+/// Lanes of `four` where the mask holds become those of `others`.
+KVMEASURE_INLINE_KERNEL void replaceWhere(const DoubleQuadMask& mask, const DoubleQuad& others,
+                                          DoubleQuad& four) {
+    four = mask ? others : four;
+}
+
+/// Lanes of `four` where the mask does not hold become 0.
+KVMEASURE_INLINE_KERNEL void clearUnless(const DoubleQuadMask& mask, DoubleQuad& four) {
+    replaceWhere(~mask, DoubleQuad{0, 0, 0, 0}, four);
+}
+
+/// The absolute value of each.
+KVMEASURE_INLINE_KERNEL void takeSizes(DoubleQuad& four) { replaceWhere(four < 0, -four, four); }
+
 /// Of all lanes, always in the same order.
 KVMEASURE_INLINE_KERNEL double sumOf(const DoubleQuad& four) {
     return (four[0] + four[1]) + (four[2] + four[3]);

@@ -177,10 +177,7 @@ KVMEASURE_FOR_AVX2 void addUpForAvx2(const std::vector<double>& xs, const std::v
 Sums Polisher::sums(const Arc& arc) const {
     Sums sums;
     const Slopes of(arc);
-    if (hasAvx2())
-        addUpForAvx2(x_, y_, of, sums);
-    else
-        addUp(x_, y_, of, sums);
+    Internal::ofThisMachine(addUpForAvx2, addUp)(x_, y_, of, sums);
     return sums;
 }
 

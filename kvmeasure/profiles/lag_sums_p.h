@@ -67,10 +67,7 @@ KVMEASURE_FOR_AVX2 void addProductsForAvx2(const double* residuals, std::size_t 
 }
 template <std::size_t kCount>
 void addProducts(const double* residuals, std::size_t n, std::size_t lag, double* to) {
-    if (hasAvx2())
-        addProductsForAvx2<kCount>(residuals, n, lag, to);
-    else
-        addProductsAnyhow<kCount>(residuals, n, lag, to);
+    ofThisMachine(addProductsForAvx2<kCount>, addProductsAnyhow<kCount>)(residuals, n, lag, to);
 }
 
 /// The sum at one lag.

@@ -41,10 +41,7 @@ public:
     void add(const Vector* first, const Vector* last) {
         const auto count = int(last - first);
         QuadSums sums;
-        if (hasAvx2())
-            addPairsForAvx2(first, count / 2, origin_, sums);
-        else
-            addPairs(first, count / 2, origin_, sums);
+        ofThisMachine(addPairsForAvx2, addPairs)(first, count / 2, origin_, sums);
         for (const int odd : {0, 2}) {
             x_ += sums.first[odd];
             y_ += sums.first[odd + 1];

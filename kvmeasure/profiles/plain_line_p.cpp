@@ -59,10 +59,7 @@ KVMEASURE_FOR_AVX2 void takeMomentsForAvx2(const std::vector<Vector>& points, Li
 
 LineMoments momentsOf(const std::vector<Vector>& points) {
     LineMoments sum;
-    if (hasAvx2())
-        takeMomentsForAvx2(points, sum);
-    else
-        takeMoments(points, sum);
+    ofThisMachine(takeMomentsForAvx2, takeMoments)(points, sum);
     return sum;
 }
 
@@ -143,10 +140,10 @@ private:
         y -= centre_.y;
         const DoubleQuad place = x * along_.x + y * along_.y;
         distance = y * along_.x - x * along_.y;
-        from_ = place < from_ ? place : from_;
-        to_ = place > to_ ? place : to_;
-        least_ = distance < least_ ? distance : least_;
-        greatest_ = distance > greatest_ ? distance : greatest_;
+        replaceWhere(place < from_, place, from_);
+        replaceWhere(place > to_, place, to_);
+        replaceWhere(distance < least_, distance, least_);
+        replaceWhere(distance > greatest_, distance, greatest_);
         spread_ += place * place;
         const DoubleQuad square = distance * distance;
         squares_ += square;
@@ -202,10 +199,7 @@ Scatter describeAll(const std::vector<Vector>& points, std::size_t runs, LineFit
     Scatter scatter;
     Extremes extremes;
     line.residuals.resize(points.size());
-    if (hasAvx2())
-        takeRunsForAvx2(points, runs, line, scatter, extremes);
-    else
-        takeRuns(points, runs, line, scatter, extremes);
+    ofThisMachine(takeRunsForAvx2, takeRuns)(points, runs, line, scatter, extremes);
     line.above = errorAt(points, extremes.highest, line, extremes.greatest);
     line.below = errorAt(points, extremes.lowest, line, extremes.least);
     const int degrees = line.points - kLineParameters;
@@ -315,13 +309,12 @@ bool fitPlainLine(const std::vector<Vector>& points, const RobustFitting& fittin
     if (points.size() < kLineParameters || (fitting.isRobust && points.size() < kFewest))
         return false;
     LineMoments sum = momentsOf(points);
-    const bool isUsable = sum.xx <= kMost * kMost && sum.yy <= kMost * kMost &&
-                          std::fabs(sum.zero.x) <= kMost && std::fabs(sum.zero.y) <= kMost;
-    if (!isUsable || !sum.giveLine())
+    const double squares = sum.xx + sum.yy + sum.zero.x * sum.zero.x + sum.zero.y * sum.zero.y;
+    if (!(squares <= kMost * kMost) || !sum.giveLine())
         return false;
     solveLine(sum, line);
     const Scatter scatter = describeAll(points, kRuns, line);
-    if (!std::isfinite(scatter.squares) || !std::isfinite(line.along.x))
+    if (!std::isfinite(scatter.squares + line.along.x))
         return false;
     if (!fitting.isRobust)
         return true;

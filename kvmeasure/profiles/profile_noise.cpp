@@ -106,10 +106,7 @@ KVMEASURE_FOR_AVX2 void takeFromParabolaForAvx2(const Vector* points, double* re
 
 std::vector<double> fromParabola(const Vector* points) {
     std::vector<double> residuals(kLength);
-    if (hasAvx2())
-        takeFromParabolaForAvx2(points, residuals.data());
-    else
-        takeFromParabola(points, residuals.data());
+    ofThisMachine(takeFromParabolaForAvx2, takeFromParabola)(points, residuals.data());
     return residuals;
 }
 

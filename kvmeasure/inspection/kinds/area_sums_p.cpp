@@ -21,8 +21,6 @@ constexpr DoubleQuad kNone{0, 0, 0, 0};
 
 KVMEASURE_INLINE_KERNEL void put(const DoubleQuad& four, double* to) { std::memcpy(to, &four, sizeof(four)); }
 
-KVMEASURE_INLINE_KERNEL void takeSize(DoubleQuad& four) { four = four < 0 ? -four : four; }
-
 /// Steps and slopes of the rises, 0 before the first and behind the last one.
 KVMEASURE_INLINE_KERNEL void fillSteps(const std::vector<Vector>& points, const AreaColumns::Columns& to) {
     const std::size_t count = points.size();
@@ -33,8 +31,8 @@ KVMEASURE_INLINE_KERNEL void fillSteps(const std::vector<Vector>& points, const 
         takeFour(points.data() + i - 1, beforeX, beforeY);
         DoubleQuad step = x - beforeX;
         DoubleQuad rise = y - beforeY;
-        takeSize(step);
-        takeSize(rise);
+        takeSizes(step);
+        takeSizes(rise);
         put(step, to.steps + i);
         put(rise / step, to.slopes + i);
     }
@@ -48,24 +46,24 @@ KVMEASURE_INLINE_KERNEL void fillSteps(const std::vector<Vector>& points, const 
 KVMEASURE_INLINE_KERNEL void fillWalls(std::size_t count, const AreaColumns::Columns& to) {
     constexpr double kWide = 1.5;
     for (std::size_t i = 1; i < count; i += kFour) {
-        DoubleQuad here, before, behind, step, stepBefore, stepBehind, low, high;
+        DoubleQuad here, beside, behind, step, widest, stepBehind, low, high;
         takeFour(to.slopes + i, here);
-        takeFour(to.slopes + i - 1, before);
+        takeFour(to.slopes + i - 1, beside);
         takeFour(to.slopes + i + 1, behind);
         takeFour(to.steps + i, step);
-        takeFour(to.steps + i - 1, stepBefore);
+        takeFour(to.steps + i - 1, widest);
         takeFour(to.steps + i + 1, stepBehind);
         takeFour(to.heights + i - 1, low);
         takeFour(to.heights + i, high);
-        const DoubleQuad beside = before < behind ? behind : before;
+        replaceWhere(beside < behind, behind, beside);
         DoubleQuad share = 1 - beside / here;
-        share = 0 * share == 0 ? share : 1 + kNone;  // not finite: 1
-        const DoubleQuad widest = kWide * (stepBefore < stepBehind ? stepBehind : stepBefore);
+        replaceWhere(0 * share != 0, 1 + kNone, share);  // not finite: 1
+        replaceWhere(widest < stepBehind, stepBehind, widest);
         DoubleQuad ofMissing = 1 - here / beside;
-        ofMissing = ((step > widest) & (0 * ofMissing == 0)) ? ofMissing : kNone;
-        share = share < ofMissing ? ofMissing : share;
-        share = share > 0 ? share : kNone;
-        put(((here > 0) & ((low > 0) | (high > 0))) ? share : kNone, to.walls + i);
+        clearUnless((step > kWide * widest) & (0 * ofMissing == 0), ofMissing);
+        replaceWhere(share < ofMissing, ofMissing, share);
+        clearUnless((share > 0) & (here > 0) & ((low > 0) | (high > 0)), share);
+        put(share, to.walls + i);
     }
 }
 
@@ -115,17 +113,22 @@ KVMEASURE_INLINE_KERNEL void addTrapezoids(const AreaColumns::Columns& from, std
         takeFour(from.steps + i, step);
         takeFour(from.walls + i, wall);
         const auto isWide = step > widest;
-        gaps += isWide ? 1 + kNone : kNone;
-        leftOut += isWide ? step : kNone;
+        DoubleQuad wide = 1 + kNone;
+        clearUnless(isWide, wide);
+        gaps += wide;
+        clearUnless(isWide, step);
+        leftOut += step;
         const DoubleQuad way = t1 - t0;
         const auto isOver = (d0 > 0) | (d1 > 0);
-        const DoubleQuad start = d0 < 0 ? t1 - way * (d1 / (d1 - d0)) : t0;
-        const DoubleQuad end = d1 < 0 ? t0 + way * (d0 / (d0 - d1)) : t1;
-        d0 = d0 > 0 ? d0 : kNone;
-        d1 = d1 > 0 ? d1 : kNone;
-        const DoubleQuad dt = (isOver & ~isWide) ? end - start : kNone;
-        t0 = isOver ? start : kNone;
-        t1 = isOver ? end : kNone;
+        const DoubleQuad end = t0 + way * (d0 / (d0 - d1));
+        replaceWhere(d0 < 0, t1 - way * (d1 / (d1 - d0)), t0);
+        replaceWhere(d1 < 0, end, t1);
+        clearUnless(d0 > 0, d0);
+        clearUnless(d1 > 0, d1);
+        DoubleQuad dt = t1 - t0;
+        clearUnless(isOver & ~isWide, dt);
+        clearUnless(isOver, t0);
+        clearUnless(isOver, t1);
         const DoubleQuad own = dt * (d0 + d1) / 2;
         area += own;
         momentT += t0 * own + dt * dt * (d0 + 2 * d1) * kSixth;
@@ -161,9 +164,10 @@ KVMEASURE_INLINE_KERNEL void addSquares(const AreaColumns::Columns& from, std::s
         takeFour(from.heights + i, height);
         takeFour(from.steps + i, before);
         takeFour(from.steps + i + 1, behind);
-        before = before <= widest ? before / 2 : kNone;
-        behind = behind <= widest ? behind / 2 : kNone;
-        const DoubleQuad share = height > 0 ? before + behind : kNone;
+        clearUnless(before <= widest, before);
+        clearUnless(behind <= widest, behind);
+        DoubleQuad share = before / 2 + behind / 2;
+        clearUnless(height > 0, share);
         const DoubleQuad x = share * (place - centroid.x);
         const DoubleQuad z = share * (height - centroid.y);
         shares += share * share;
@@ -178,9 +182,10 @@ KVMEASURE_INLINE_KERNEL void addSquares(const AreaColumns::Columns& from, std::s
         takeFour(from.heights + i - 1, low);
         takeFour(from.steps + i, step);
         takeFour(from.walls + i, wall);
-        high = high > 0 ? high : kNone;
-        low = low > 0 ? low : kNone;
-        const DoubleQuad change = (step <= widest ? step : kNone) * (high - low) * wall;
+        clearUnless(high > 0, high);
+        clearUnless(low > 0, low);
+        clearUnless(step <= widest, step);
+        const DoubleQuad change = step * (high - low) * wall;
         const DoubleQuad square = change * change * kTwelfth;
         const DoubleQuad x = (place + placeBefore) / 2 - centroid.x;
         const DoubleQuad z = (low + high) / 2 - centroid.y;
@@ -204,27 +209,18 @@ AreaColumns::AreaColumns(const std::vector<Vector>& points, const LineFit& base,
     values_.resize(kColumns * size);
     double* const all = values_.data();
     columns_ = {all, all + size, all + 2 * size, all + 3 * size, all + 4 * size};
-    if (hasAvx2())
-        fillForAvx2(points, base, side, columns_);
-    else
-        fill(points, base, side, columns_);
+    ofThisMachine(fillForAvx2, fill)(points, base, side, columns_);
 }
 
 AreaIntegrals AreaColumns::integrals(double widest) const {
     AreaIntegrals sum;
-    if (hasAvx2())
-        addTrapezoidsForAvx2(columns_, count_, widest, sum);
-    else
-        addTrapezoids(columns_, count_, widest, sum);
+    ofThisMachine(addTrapezoidsForAvx2, addTrapezoids)(columns_, count_, widest, sum);
     return sum;
 }
 
 AreaSpread AreaColumns::spread(const PointSpacing& spacing, double widest, const Vector& centroid) const {
     AreaSpread sum;
-    if (hasAvx2())
-        addSquaresForAvx2(columns_, count_, widest, centroid, sum);
-    else
-        addSquares(columns_, count_, widest, centroid, sum);
+    ofThisMachine(addSquaresForAvx2, addSquares)(columns_, count_, widest, centroid, sum);
     // Where it begins and ends in height points may be missing.
     const double ofPitch = spacing.medianStep / kRootOf12;
     const double ofEnd = spacing.deviationOfEnd;

@@ -19,8 +19,7 @@ double below(const Vector& p, const Vector& from, const Vector& to) { return Dep
 
 std::vector<Vector> inScanOrder(const std::vector<Vector>& points) {
     std::vector<Vector> result(points);
-    result.erase(std::remove_if(result.begin(), result.end(),
-                                [](const Vector& p) { return !std::isfinite(p.x) || !std::isfinite(p.y); }),
+    result.erase(std::remove_if(result.begin(), result.end(), [](const Vector& p) { return !isFinite(p); }),
                  result.end());
     if (!result.empty() && result.back().x < result.front().x)
         std::reverse(result.begin(), result.end());
@@ -75,7 +74,7 @@ KVMEASURE_INLINE_KERNEL std::size_t highestOf(const Vector* points, std::size_t 
         for (i = kFour; i + kFour <= count; i += kFour) {
             DoubleQuad y;
             takeFour(points + i, x, y);
-            highestOfFour = y > highestOfFour ? y : highestOfFour;
+            replaceWhere(y > highestOfFour, y, highestOfFour);
         }
         for (std::size_t k = 0; k < kFour; ++k)
             highest = std::max(highest, highestOfFour[k]);
@@ -140,10 +139,7 @@ std::vector<std::size_t> upperHull(const std::vector<Vector>& points) {
     const bool isInOrder = std::is_sorted(points.begin(), points.end(),
                                           [](const Vector& a, const Vector& b) { return a.x < b.x; });
     if (isInOrder && points.size() > 1) {
-        if (hasAvx2())
-            takeHullForAvx2(points, hull);
-        else
-            takeHull(points, hull);
+        ofThisMachine(takeHullForAvx2, takeHull)(points, hull);
         return hull;
     }
     std::vector<std::size_t> order(points.size());
@@ -168,7 +164,7 @@ KVMEASURE_INLINE_KERNEL double greatestDepth(const Vector* points, std::size_t c
         const DoubleQuad depth =
             (depthOf.way().y * (x - depthOf.from().x) - depthOf.way().x * (y - depthOf.from().y)) /
             depthOf.size();
-        mostOf = depth > mostOf ? depth : mostOf;
+        replaceWhere(depth > mostOf, depth, mostOf);
     }
     for (; i < count; ++i)
         most = std::max(most, depthOf(points[i]));
@@ -187,8 +183,7 @@ double depthBetween(const std::vector<Vector>& points, std::size_t from, std::si
                     const DepthBelow& depthOf) {
     const Vector* const first = points.data() + from + 1;
     const std::size_t count = to > from ? to - from - 1 : 0;
-    return hasAvx2() ? greatestDepthForAvx2(first, count, depthOf, 0)
-                     : greatestDepth(first, count, depthOf, 0);
+    return ofThisMachine(greatestDepthForAvx2, greatestDepth)(first, count, depthOf, 0);
 }
 
 /// Sets the deepest point of a gap.
