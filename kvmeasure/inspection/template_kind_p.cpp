@@ -9,7 +9,7 @@ namespace Internal {
 namespace {
 
 /// Measurements that a host has registered with KvMath.
-class ForeignKind : public TemplateKind {
+class ForeignKind : public TemplateKindOf<KvMath::TSMeasurement> {
 public:
     QString word() const override { return {}; }
     QLatin1String type() const override { return QLatin1String(); }
@@ -37,7 +37,7 @@ const TemplateKind& templateKind(KvMath::TSMeasurement& measurement) {
     static const ForeignKind foreign;
     const QString type = measurement.getType();
     for (const TemplateKind* kind : kinds) {
-        if (kind->type() == type)
+        if (kind->type() == type && kind->isOwn(measurement))
             return *kind;
     }
     return foreign;

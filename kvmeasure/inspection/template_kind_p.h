@@ -32,6 +32,8 @@ inline QString written(double number) { return QString::number(number, 'g', 10);
 class TemplateKind : public MeasurementKind {
 public:
     virtual QLatin1String type() const = 0;  ///< type name of the measurement, the same in stored plans
+    /// It is of the class that the other functions ask for; one of a host may only have the type's name.
+    virtual bool isOwn(const KvMath::TSMeasurement& measurement) const = 0;
 
     /// Why a value is missing where the measurement has no result.
     virtual QString whyNotMeasured() const { return QStringLiteral("a line that it reads was not found"); }
@@ -53,8 +55,21 @@ public:
                       Mark& /*mark*/) const {}
 };
 
-/// The kind of a measurement, by its type name. One for the types of hosts, which is in no table, where no
-/// kind has that name.
+/// A kind of measurements of one class.
+template <class Own>
+class TemplateKindOf : public TemplateKind {
+public:
+    bool isOwn(const KvMath::TSMeasurement& measurement) const override {
+        return dynamic_cast<const Own*>(&measurement) != nullptr;
+    }
+
+protected:
+    /// Of a measurement for which templateKind() gave this kind.
+    static const Own& asOwn(KvMath::TSMeasurement& measurement) { return static_cast<Own&>(measurement); }
+};
+
+/// The kind of a measurement, by its type name and class. One for those of hosts, which is in no table, where
+/// no kind has that name.
 const TemplateKind& templateKind(KvMath::TSMeasurement& measurement);
 
 /// The lines of a distance, where these two measurements are its shifts at the start and at the end of the

@@ -28,7 +28,7 @@ bool isOutside(const Mark& mark, const KvMath::LinePP& from, const KvMath::LineP
 
 }  // namespace
 
-class AngleKind : public TemplateKind {
+class AngleKind : public TemplateKindOf<KvMath::TSUMAngleBetweenLines> {
 public:
     QString word() const override { return "angle"; }
     QStringList otherWords() const override { return {"opening"}; }
@@ -39,12 +39,10 @@ public:
                "straight, more for a left turn, less for a right turn";
     }
     void draw(KvMath::TSMeasurement& measurement, const LineOf& lineOf, Mark& mark) const override {
-        const auto* between = dynamic_cast<KvMath::TSUMAngleBetweenLines*>(&measurement);
-        if (between == nullptr)
-            return;
+        const auto& between = asOwn(measurement);
         int from = 0;
         int to = 0;
-        between->getMeasureLinesIndecies(from, to);
+        between.getMeasureLinesIndecies(from, to);
         const KvMath::LinePP line = lineOf(from);
         const Vector ahead = mark.first;
         mark.first = mirrored(ahead, mark.vertex);  // from where the first line comes
@@ -56,23 +54,19 @@ public:
         }
     }
     bool addSlopes(KvMath::TSMeasurement& measurement, EndSlopes& slopes) const override {
-        const auto* between = dynamic_cast<KvMath::TSUMAngleBetweenLines*>(&measurement);
-        if (between == nullptr)
-            return false;
+        const auto& between = asOwn(measurement);
         int from = 0;
         int to = 0;
-        between->getMeasureLinesIndecies(from, to);
+        between.getMeasureLinesIndecies(from, to);
         slopes.addTurn(0, from, -kDegreesPerRadian);
         slopes.addTurn(0, to, kDegreesPerRadian);
         return true;
     }
     QString parameters(KvMath::TSMeasurement& measurement, const LineNames& lines) const override {
-        const auto* own = dynamic_cast<KvMath::TSUMAngleBetweenLines*>(&measurement);
-        if (own == nullptr)
-            return {};
+        const auto& own = asOwn(measurement);
         int from = 0;
         int to = 0;
-        own->getMeasureLinesIndecies(from, to);
+        own.getMeasureLinesIndecies(from, to);
         return lines(from) + ' ' + lines(to);
     }
     void read(Statement& statement) const override {

@@ -7,7 +7,7 @@
 
 namespace KvMeasure::Internal {
 
-class BetweenKind : public TemplateKind {
+class BetweenKind : public TemplateKindOf<KvMath::TSUMPointBetween2Points> {
 public:
     QString word() const override { return "between"; }
     QStringList otherWords() const override { return {"middle"}; }
@@ -20,31 +20,27 @@ public:
     QString whyNoTolerance() const override { return pointsHaveNone(); }
     QString whyNoNumber() const override { return QStringLiteral("the point is too far away for a number"); }
     bool addSlopes(KvMath::TSMeasurement& measurement, EndSlopes& slopes) const override {
-        const auto* between = dynamic_cast<KvMath::TSUMPointBetween2Points*>(&measurement);
-        if (between == nullptr)
-            return false;
+        const auto& between = asOwn(measurement);
         int from = 0;
         int to = 0;
-        between->getMeasureLinesIndecies(from, to);
+        between.getMeasureLinesIndecies(from, to);
         bool isFromStart = false;
         bool isToStart = false;
-        between->getPointsChoice(isFromStart, isToStart);
-        slopes.addShare(from, isFromStart, 1 - between->getPosition());
-        slopes.addShare(to, isToStart, between->getPosition());
+        between.getPointsChoice(isFromStart, isToStart);
+        slopes.addShare(from, isFromStart, 1 - between.getPosition());
+        slopes.addShare(to, isToStart, between.getPosition());
         return true;
     }
     QString parameters(KvMath::TSMeasurement& measurement, const LineNames& lines) const override {
-        const auto* own = dynamic_cast<KvMath::TSUMPointBetween2Points*>(&measurement);
-        if (own == nullptr)
-            return {};
+        const auto& own = asOwn(measurement);
         int from = 0;
         int to = 0;
         bool isFromStart = false;
         bool isToStart = false;
-        own->getMeasureLinesIndecies(from, to);
-        own->getPointsChoice(isFromStart, isToStart);
+        own.getMeasureLinesIndecies(from, to);
+        own.getPointsChoice(isFromStart, isToStart);
         return lines.end(from, isFromStart) + ' ' + lines.end(to, isToStart) + ' ' +
-               written(own->getPosition());
+               written(own.getPosition());
     }
     void read(Statement& statement) const override {
         constexpr double kMiddle = 0.5;

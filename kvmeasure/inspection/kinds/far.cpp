@@ -7,7 +7,7 @@
 
 namespace KvMeasure::Internal {
 
-class FarKind : public TemplateKind {
+class FarKind : public TemplateKindOf<KvMath::TSUMFarLineInDirection> {
 public:
     QString word() const override { return "far"; }
     QStringList otherWords() const override { return {"extreme"}; }
@@ -18,10 +18,8 @@ public:
     }
     QString whyNotMeasured() const override { return QStringLiteral("no segment was found"); }
     QString parameters(KvMath::TSMeasurement& measurement, const LineNames& /*lines*/) const override {
-        const auto* own = dynamic_cast<KvMath::TSUMFarLineInDirection*>(&measurement);
-        if (own == nullptr)
-            return {};
-        const Vector direction = own->getDirection();
+        const auto& own = asOwn(measurement);
+        const Vector direction = own.getDirection();
         return written(direction.x) + ' ' + written(direction.y);
     }
     void read(Statement& statement) const override {

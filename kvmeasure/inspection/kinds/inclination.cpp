@@ -7,7 +7,7 @@
 
 namespace KvMeasure::Internal {
 
-class InclinationKind : public TemplateKind {
+class InclinationKind : public TemplateKindOf<KvMath::TSUMInclinationAngle> {
 public:
     QString word() const override { return "inclination"; }
     QStringList otherWords() const override { return {"tilt", "slope"}; }
@@ -15,17 +15,13 @@ public:
     QString usage() const override { return "inclination LINE"; }
     QString help() const override { return "direction against the x axis, -180 to 180 degrees"; }
     bool addSlopes(KvMath::TSMeasurement& measurement, EndSlopes& slopes) const override {
-        const auto* inclination = dynamic_cast<KvMath::TSUMInclinationAngle*>(&measurement);
-        if (inclination == nullptr)
-            return false;
-        slopes.addTurn(0, inclination->getMeasureLineIndex(), kDegreesPerRadian);
+        const auto& inclination = asOwn(measurement);
+        slopes.addTurn(0, inclination.getMeasureLineIndex(), kDegreesPerRadian);
         return true;
     }
     QString parameters(KvMath::TSMeasurement& measurement, const LineNames& lines) const override {
-        const auto* own = dynamic_cast<KvMath::TSUMInclinationAngle*>(&measurement);
-        if (own == nullptr)
-            return {};
-        return lines(own->getMeasureLineIndex());
+        const auto& own = asOwn(measurement);
+        return lines(own.getMeasureLineIndex());
     }
     void read(Statement& statement) const override {
         statement.add(new KvMath::TSUMInclinationAngle(statement.takeLine(), statement.name()));

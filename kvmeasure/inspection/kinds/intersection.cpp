@@ -26,7 +26,7 @@ void addSlopesOver(int line, const KvMath::LinePP& other, const Vector& point, E
 
 }  // namespace
 
-class IntersectionKind : public TemplateKind {
+class IntersectionKind : public TemplateKindOf<KvMath::TSUMLinesIntersection> {
 public:
     QString word() const override { return "intersection"; }
     QStringList otherWords() const override { return {"corner", "apex"}; }
@@ -37,23 +37,19 @@ public:
     QString whyNoNumber() const override { return QStringLiteral("its lines do not meet"); }
     /// A line that moves square to itself by 1 mm moves the point along the other line by 1 / sine.
     bool addSlopes(KvMath::TSMeasurement& measurement, EndSlopes& slopes) const override {
-        const auto* intersection = dynamic_cast<KvMath::TSUMLinesIntersection*>(&measurement);
-        if (intersection == nullptr)
-            return false;
+        const auto& intersection = asOwn(measurement);
         int first = 0;
         int second = 0;
-        intersection->getMeasureLinesIndecies(first, second);
-        addSlopesOver(first, slopes.line(second), intersection->getIntersectionPoint(), slopes);
-        addSlopesOver(second, slopes.line(first), intersection->getIntersectionPoint(), slopes);
+        intersection.getMeasureLinesIndecies(first, second);
+        addSlopesOver(first, slopes.line(second), intersection.getIntersectionPoint(), slopes);
+        addSlopesOver(second, slopes.line(first), intersection.getIntersectionPoint(), slopes);
         return true;
     }
     QString parameters(KvMath::TSMeasurement& measurement, const LineNames& lines) const override {
-        const auto* own = dynamic_cast<KvMath::TSUMLinesIntersection*>(&measurement);
-        if (own == nullptr)
-            return {};
+        const auto& own = asOwn(measurement);
         int from = 0;
         int to = 0;
-        own->getMeasureLinesIndecies(from, to);
+        own.getMeasureLinesIndecies(from, to);
         return lines(from) + ' ' + lines(to);
     }
     void read(Statement& statement) const override {

@@ -7,7 +7,7 @@
 
 namespace KvMeasure::Internal {
 
-class LengthKind : public TemplateKind {
+class LengthKind : public TemplateKindOf<KvMath::TSUMLength> {
 public:
     QString word() const override { return "length"; }
     QStringList otherWords() const override { return {"size"}; }
@@ -15,22 +15,18 @@ public:
     QString usage() const override { return "length LINE"; }
     QString help() const override { return "distance of its ends, mm"; }
     bool addSlopes(KvMath::TSMeasurement& measurement, EndSlopes& slopes) const override {
-        const auto* measured = dynamic_cast<KvMath::TSUMLength*>(&measurement);
-        if (measured == nullptr)
-            return false;
-        const int number = measured->getMeasureLineIndex();
+        const auto& measured = asOwn(measurement);
+        const int number = measured.getMeasureLineIndex();
         const KvMath::LinePP line = slopes.line(number);
-        const double size = measured->getLength();
+        const double size = measured.getLength();
         const Vector along((line.p2.x - line.p1.x) / size, (line.p2.y - line.p1.y) / size);
         slopes.add(0, number, /*isStart=*/false, along);
         slopes.add(0, number, /*isStart=*/true, {-along.x, -along.y});
         return true;
     }
     QString parameters(KvMath::TSMeasurement& measurement, const LineNames& lines) const override {
-        const auto* own = dynamic_cast<KvMath::TSUMLength*>(&measurement);
-        if (own == nullptr)
-            return {};
-        return lines(own->getMeasureLineIndex());
+        const auto& own = asOwn(measurement);
+        return lines(own.getMeasureLineIndex());
     }
     void read(Statement& statement) const override {
         statement.add(new KvMath::TSUMLength(statement.takeLine(), statement.name()));

@@ -7,7 +7,7 @@
 
 namespace KvMeasure::Internal {
 
-class PointKind : public TemplateKind {
+class PointKind : public TemplateKindOf<KvMath::TSUMLinePoint> {
 public:
     QString word() const override { return "point"; }
     QLatin1String type() const override { return QLatin1String("Line point"); }
@@ -16,18 +16,14 @@ public:
     QString whyNoTolerance() const override { return pointsHaveNone(); }
     QString whyNoNumber() const override { return QStringLiteral("the point is too far away for a number"); }
     bool addSlopes(KvMath::TSMeasurement& measurement, EndSlopes& slopes) const override {
-        const auto* point = dynamic_cast<KvMath::TSUMLinePoint*>(&measurement);
-        if (point == nullptr)
-            return false;
-        slopes.addShare(point->getMeasureLineIndex(), /*isStart=*/true, 1 - point->getPosition());
-        slopes.addShare(point->getMeasureLineIndex(), /*isStart=*/false, point->getPosition());
+        const auto& point = asOwn(measurement);
+        slopes.addShare(point.getMeasureLineIndex(), /*isStart=*/true, 1 - point.getPosition());
+        slopes.addShare(point.getMeasureLineIndex(), /*isStart=*/false, point.getPosition());
         return true;
     }
     QString parameters(KvMath::TSMeasurement& measurement, const LineNames& lines) const override {
-        const auto* own = dynamic_cast<KvMath::TSUMLinePoint*>(&measurement);
-        if (own == nullptr)
-            return {};
-        return lines(own->getMeasureLineIndex()) + ' ' + written(own->getPosition());
+        const auto& own = asOwn(measurement);
+        return lines(own.getMeasureLineIndex()) + ' ' + written(own.getPosition());
     }
     void read(Statement& statement) const override {
         const int line = statement.takeLine();

@@ -15,7 +15,7 @@ bool turnsLeft(const KvMath::TSUMRotationAngle& rotation) {
 
 }  // namespace
 
-class RotationKind : public TemplateKind {
+class RotationKind : public TemplateKindOf<KvMath::TSUMRotationAngle> {
 public:
     QString word() const override { return "rotation"; }
     QStringList otherWords() const override { return {"turn"}; }
@@ -23,43 +23,36 @@ public:
     QString usage() const override { return "rotation LINE LINE"; }
     QString help() const override { return "turn from the first direction to the second, 0 to 180 degrees"; }
     QString note(KvMath::TSMeasurement& measurement) const override {
-        const auto* rotation = dynamic_cast<KvMath::TSUMRotationAngle*>(&measurement);
         static const QString left = "to the left";
         static const QString right = "to the right";
-        return rotation != nullptr && turnsLeft(*rotation) ? left : right;
+        return turnsLeft(asOwn(measurement)) ? left : right;
     }
     void draw(KvMath::TSMeasurement& measurement, const LineOf& lineOf, Mark& mark) const override {
-        const auto* rotation = dynamic_cast<KvMath::TSUMRotationAngle*>(&measurement);
-        if (rotation == nullptr)
-            return;
+        const auto& rotation = asOwn(measurement);
         int from = 0;
         int to = 0;
-        rotation->getMeasureLinesIndecies(from, to);
+        rotation.getMeasureLinesIndecies(from, to);
         const KvMath::LinePP line = lineOf(from);
-        if (!turnsLeft(*rotation))
+        if (!turnsLeft(rotation))
             mark.angle = -mark.angle;
         mark.nearVertex = line.p2;
         mark.nearFirst = mirrored(line.p1, line.p2);
     }
     bool addSlopes(KvMath::TSMeasurement& measurement, EndSlopes& slopes) const override {
-        const auto* rotation = dynamic_cast<KvMath::TSUMRotationAngle*>(&measurement);
-        if (rotation == nullptr)
-            return false;
+        const auto& rotation = asOwn(measurement);
         int from = 0;
         int to = 0;
-        rotation->getMeasureLinesIndecies(from, to);
-        const double perRadian = turnsLeft(*rotation) ? kDegreesPerRadian : -kDegreesPerRadian;
+        rotation.getMeasureLinesIndecies(from, to);
+        const double perRadian = turnsLeft(rotation) ? kDegreesPerRadian : -kDegreesPerRadian;
         slopes.addTurn(0, from, -perRadian);
         slopes.addTurn(0, to, perRadian);
         return true;
     }
     QString parameters(KvMath::TSMeasurement& measurement, const LineNames& lines) const override {
-        const auto* own = dynamic_cast<KvMath::TSUMRotationAngle*>(&measurement);
-        if (own == nullptr)
-            return {};
+        const auto& own = asOwn(measurement);
         int from = 0;
         int to = 0;
-        own->getMeasureLinesIndecies(from, to);
+        own.getMeasureLinesIndecies(from, to);
         return lines(from) + ' ' + lines(to);
     }
     void read(Statement& statement) const override {

@@ -11,7 +11,7 @@
 
 namespace KvMeasure::Internal {
 
-class ShiftKind : public TemplateKind {
+class ShiftKind : public TemplateKindOf<KvMath::TSUMEndPointShiftInDirection> {
 public:
     QString word() const override { return "shift"; }
     QStringList otherWords() const override { return {"depth", "height", "step", "offset", "width", "gap"}; }
@@ -22,38 +22,34 @@ public:
                "first line unless given) turned left by DEGREES, mm with sign";
     }
     void draw(KvMath::TSMeasurement& measurement, const LineOf& lineOf, Mark& mark) const override {
-        const auto* shift = dynamic_cast<KvMath::TSUMEndPointShiftInDirection*>(&measurement);
-        if (shift == nullptr)
-            return;
+        const auto& shift = asOwn(measurement);
         int from = 0;
         int to = 0;
         int reference = 0;
-        shift->getMeasureLinesIndecies(from, to, reference);
+        shift.getMeasureLinesIndecies(from, to, reference);
         const KvMath::LinePP along = lineOf(reference);
-        const double sign = shift->getLineReferenceReversed() ? -1 : 1;
+        const double sign = shift.getLineReferenceReversed() ? -1 : 1;
         const double angle = std::atan2(sign * (along.p2.y - along.p1.y), sign * (along.p2.x - along.p1.x)) +
-                             shift->getDirectionAngle();
+                             shift.getDirectionAngle();
         mark.origin = mark.second;
         mark.hasOrigin = true;
-        const double way = shift->getShift();
+        const double way = shift.getShift();
         mark.second = Vector(mark.first.x + way * std::cos(angle), mark.first.y + way * std::sin(angle));
     }
     /// The ends move the way along the direction; the reference line turns it.
     bool addSlopes(KvMath::TSMeasurement& measurement, EndSlopes& slopes) const override {
-        const auto* shift = dynamic_cast<KvMath::TSUMEndPointShiftInDirection*>(&measurement);
-        if (shift == nullptr)
-            return false;
+        const auto& shift = asOwn(measurement);
         int from = 0;
         int to = 0;
         int reference = 0;
-        shift->getMeasureLinesIndecies(from, to, reference);
+        shift.getMeasureLinesIndecies(from, to, reference);
         bool isFromStart = false;
         bool isToStart = false;
-        shift->getPointsChoice(isFromStart, isToStart);
+        shift.getPointsChoice(isFromStart, isToStart);
         const KvMath::LinePP along = slopes.line(reference);
-        const double size = (shift->getLineReferenceReversed() ? -1 : 1) * length(along.p1, along.p2);
-        const double cosine = std::cos(shift->getDirectionAngle()) / size;
-        const double sine = std::sin(shift->getDirectionAngle()) / size;
+        const double size = (shift.getLineReferenceReversed() ? -1 : 1) * length(along.p1, along.p2);
+        const double cosine = std::cos(shift.getDirectionAngle()) / size;
+        const double sine = std::sin(shift.getDirectionAngle()) / size;
         const Vector way(along.p2.x - along.p1.x, along.p2.y - along.p1.y);
         const Vector unit(cosine * way.x - sine * way.y, sine * way.x + cosine * way.y);
         slopes.add(0, from, isFromStart, {-unit.x, -unit.y});
@@ -66,20 +62,18 @@ public:
         return true;
     }
     QString parameters(KvMath::TSMeasurement& measurement, const LineNames& lines) const override {
-        const auto* own = dynamic_cast<KvMath::TSUMEndPointShiftInDirection*>(&measurement);
-        if (own == nullptr)
-            return {};
+        const auto& own = asOwn(measurement);
         int from = 0;
         int to = 0;
         int reference = 0;
         bool isFromStart = false;
         bool isToStart = false;
-        own->getMeasureLinesIndecies(from, to, reference);
-        own->getPointsChoice(isFromStart, isToStart);
+        own.getMeasureLinesIndecies(from, to, reference);
+        own.getPointsChoice(isFromStart, isToStart);
         return lines.end(from, isFromStart) + ' ' + lines.end(to, isToStart) + ' ' +
-               written(own->getDirectionAngle() / kRadiansPerDegree) +
+               written(own.getDirectionAngle() / kRadiansPerDegree) +
                (reference == from ? QString() : " ref " + lines(reference)) +
-               (own->getLineReferenceReversed() ? " reversed" : "");
+               (own.getLineReferenceReversed() ? " reversed" : "");
     }
     void read(Statement& statement) const override {
         const Place from = statement.takePlace();
@@ -87,7 +81,7 @@ public:
         const double degrees =
             statement.takeNumber("the direction in degrees from the reference line", degreeUnits());
         constexpr double kFullTurn = 360;
-        if (!(degrees >= -kFullTurn && degrees <= kFullTurn))
+        if (!(std::fabs(degrees) <= kFullTurn))
             statement.fail("the direction must be from -360 to 360 degrees");
         int reference = from.line;
         bool isReversed = false;
