@@ -7,6 +7,7 @@
 #include <kvmeasure/base/filled_in.h>
 #include <kvmeasure/base/text.h>
 #include <kvmeasure/profiles/robust_arc.h>
+#include <kvmeasure/wheels/section_value_p.h>
 
 #include <algorithm>
 #include <cmath>
@@ -49,10 +50,8 @@ public:
 private:
     void add(const char* key, const char* name, const char* unit, double value, const QString& reason,
              const QString& note = {}) {
-        const bool isKnown = reason.isEmpty() && std::isfinite(value);
-        const QString why = reason.isEmpty() ? QString("cannot be worked out from these points") : reason;
-        result_.values.push_back(
-            {key, name, unit, isKnown ? value : kNaN, isKnown ? QString() : why, isKnown ? note : QString()});
+        result_.values.push_back(Internal::sectionValue(key, name, unit, value, reason,
+                                                        "cannot be worked out from these points", note));
     }
 
     /// The piece that ends at a point must be no gap.

@@ -7,6 +7,7 @@
 #include <kvmeasure/base/filled_in.h>
 #include <kvmeasure/profiles/robust_arc.h>
 #include <kvmeasure/wheels/rail_head_p.h>
+#include <kvmeasure/wheels/section_value_p.h>
 
 #include <algorithm>
 #include <cmath>
@@ -23,13 +24,7 @@ constexpr std::size_t kMostEven = 100'000;
 
 SectionValue valueOf(const char* key, const char* name, const char* unit, double value,
                      const QString& reason) {
-    const bool isKnown = reason.isEmpty() && std::isfinite(value);
-    return {key,
-            name,
-            unit,
-            isKnown ? value : kNaN,
-            isKnown ? QString() : (reason.isEmpty() ? QString("cannot be worked out") : reason),
-            QString()};
+    return sectionValue(key, name, unit, value, reason, "cannot be worked out");
 }
 
 class Measuring {

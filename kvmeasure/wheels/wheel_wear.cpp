@@ -9,6 +9,8 @@
 
 #include <kvmeasure/wheels/wheel_wear.h>
 
+#include <kvmeasure/wheels/section_value_p.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -130,11 +132,8 @@ private:
     }
 
     void add(const char* key, const char* name, const char* unit, double value, const QString& reason) {
-        const bool isKnown = reason.isEmpty() && std::isfinite(value);
         result_.values.push_back(
-            {key, name, unit, isKnown ? value : kNaN,
-             isKnown ? QString() : (reason.isEmpty() ? QString("the sections have no common part") : reason),
-             QString()});
+            Internal::sectionValue(key, name, unit, value, reason, "the sections have no common part"));
     }
 
     void addDifference(const char* key, const char* name, const char* of, double sign) {
@@ -214,7 +213,7 @@ private:
 
 WheelSection s1002Section(double step) {
     constexpr double kFinest = 0.01, kInner = -70, kOuter = 60;
-    const double pitch = step >= kFinest ? step : kFinest;
+    const double pitch = std::max(kFinest, step);  // NaN: the finest
     WheelSection section;
     const int count = static_cast<int>(std::lround((kOuter - kInner) / pitch));
     section.points.reserve(static_cast<std::size_t>(count) + 1);
