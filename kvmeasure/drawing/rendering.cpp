@@ -6,7 +6,6 @@
 #include <kvmeasure/drawing/renderer_p.h>
 
 #include <QtCore/QFileInfo>
-#include <QtCore/QLibrary>
 
 #include <array>
 #include <new>
@@ -15,25 +14,13 @@ namespace KvMeasure {
 
 namespace {
 
-struct Module {
-    KvMeasureRender render = nullptr;
-    QString fault;  ///< why there is none
-};
-
-/// Loaded once, when the first picture needs it.
-const Module& module() {
-    static const Module loaded = [] {
-        const QString path = modulePath(KVMEASURE_RENDERER);
-        if (!QFileInfo::exists(path))
-            return Module{nullptr, filledIn("PDF and PNG pictures need librsvg and %1, which is not there; "
-                                            "name a .svg file",
-                                            path)};
-        QLibrary library(path);
-        library.setLoadHints(QLibrary::PreventUnloadHint);  // librsvg cannot be unloaded
-        const auto render = reinterpret_cast<KvMeasureRender>(library.resolve("kvmeasureRender"));
-        return Module{render, filledIn("PDF and PNG pictures: %1; name a .svg file", library.errorString())};
-    }();
-    return loaded;
+/// Loaded when the first picture needs it.
+KvMeasureRender renderer() {
+    static const auto render = reinterpret_cast<KvMeasureRender>(
+        moduleFunction(KVMEASURE_RENDERER, "kvmeasureRender",
+                       "PDF and PNG pictures need librsvg and %1, which is not there; name a .svg file",
+                       "PDF and PNG pictures: %1; name a .svg file"));
+    return render;
 }
 
 bool append(void* target, const unsigned char* bytes, unsigned size) {
@@ -58,18 +45,17 @@ PictureFormat pictureFormatOf(const QString& path) {
 }
 
 void requireFormat(PictureFormat format) {
-    if (format != PictureFormat::Svg && module().render == nullptr)
-        throw Error(module().fault);
+    if (format != PictureFormat::Svg)
+        renderer();
 }
 
 QByteArray rendered(const QByteArray& svg, PictureFormat format) {
     if (format == PictureFormat::Svg)
         return svg;
-    requireFormat(format);
     QByteArray bytes;
     std::array<char, 256> reason{};
-    if (!module().render(svg.constData(), static_cast<std::size_t>(svg.size()), format == PictureFormat::Pdf,
-                         append, &bytes, reason.data(), reason.size()))
+    if (!renderer()(svg.constData(), static_cast<std::size_t>(svg.size()), format == PictureFormat::Pdf,
+                    append, &bytes, reason.data(), reason.size()))
         throw Error(filledIn("the picture cannot be rendered: %1", QString::fromUtf8(reason.data())));
     return bytes;
 }

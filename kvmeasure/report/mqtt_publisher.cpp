@@ -6,8 +6,6 @@
 #include <kvmeasure/base/text.h>
 #include <kvmeasure/report/mqtt_connection_p.h>
 
-#include <QtCore/QFileInfo>
-#include <QtCore/QLibrary>
 #include <QtCore/QUrl>
 
 namespace KvMeasure {
@@ -20,27 +18,14 @@ constexpr int kMostTopicBytes = 65'535;
 
 const char* const form = "mqtt://[USER[:PASSWORD]@]HOST[:PORT]/TOPIC";
 
-/// The module, loaded once.
+/// Of the module, loaded once.
 Internal::OpenMqttConnection opener() {
-    static QString fault;
-    static const Internal::OpenMqttConnection loaded = []() -> Internal::OpenMqttConnection {
-        const QString path = modulePath(KVMEASURE_MQTT);
-        if (!QFileInfo::exists(path)) {
-            fault = filledIn("results are published by libmosquitto and %1, which is not there; install the "
-                             "package kvmeasure, or build with libmosquitto-dev",
-                             path);
-            return nullptr;
-        }
-        QLibrary library(path);
-        library.setLoadHints(QLibrary::PreventUnloadHint);  // its thread may outlive a connection
-        const auto open =
-            reinterpret_cast<Internal::OpenMqttConnection>(library.resolve("kvmeasureOpenMqtt"));
-        fault = filledIn("results cannot be published: %1", library.errorString());
-        return open;
-    }();
-    if (loaded == nullptr)
-        throw Error(fault);
-    return loaded;
+    static const auto open = reinterpret_cast<Internal::OpenMqttConnection>(
+        moduleFunction(KVMEASURE_MQTT, "kvmeasureOpenMqtt",
+                       "results are published by libmosquitto and %1, which is not there; install the "
+                       "package kvmeasure, or build with libmosquitto-dev",
+                       "results cannot be published: %1"));
+    return open;
 }
 
 }  // namespace

@@ -7,9 +7,6 @@
 #include <kvmeasure/base/filled_in.h>
 #include <kvmeasure/base/module_path_p.h>
 
-#include <QtCore/QFileInfo>
-#include <QtCore/QLibrary>
-
 #include <cmath>
 #include <limits>
 
@@ -26,24 +23,12 @@ int waitOf(double seconds) {
     return static_cast<int>(seconds * kMilliseconds);
 }
 
-/// The module, loaded once.
+/// Of the module, loaded once.
 OpenSqlConnection opener() {
-    static QString fault;
-    static const OpenSqlConnection loaded = []() -> OpenSqlConnection {
-        const QString path = modulePath(KVMEASURE_STORE);
-        if (!QFileInfo::exists(path)) {
-            fault = filledIn("results are stored by Qt Sql and %1, which is not there", path);
-            return nullptr;
-        }
-        QLibrary library(path);
-        library.setLoadHints(QLibrary::PreventUnloadHint);  // its drivers stay, too
-        const auto open = reinterpret_cast<OpenSqlConnection>(library.resolve("kvmeasureOpenStore"));
-        fault = filledIn("results cannot be stored: %1", library.errorString());
-        return open;
-    }();
-    if (loaded == nullptr)
-        throw Error(fault);
-    return loaded;
+    static const auto open = reinterpret_cast<OpenSqlConnection>(moduleFunction(
+        KVMEASURE_STORE, "kvmeasureOpenStore", "results are stored by Qt Sql and %1, which is not there",
+        "results cannot be stored: %1"));
+    return open;
 }
 
 }  // namespace
