@@ -65,10 +65,11 @@ Projection fitProjection(const Rect& range, double left, double top, double widt
 
 Ticks ticksWithin(double from, double to, int wanted) {
     const double extent = to - from;
-    const double power = std::pow(10.0, std::floor(std::log10(extent / wanted)));
-    constexpr double kLargest = 1e300;
-    if (!(power > 0 && power < kLargest))
+    const double decades = std::floor(std::log10(extent / wanted));
+    constexpr double kMostDecades = 300;
+    if (!(std::fabs(decades) < kMostDecades))
         return {};
+    const double power = std::pow(10.0, decades);
     double step = power;
     for (const double factor : {2.0, 5.0, 10.0}) {
         if (extent / step > wanted)

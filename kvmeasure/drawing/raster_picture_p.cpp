@@ -112,7 +112,7 @@ unsigned colourOf(const ColourScale& scale, double value) {
 
 Raster thinned(const Raster& raster, int mostCells) {
     const double excess = double(raster.columns) * raster.rows / mostCells;
-    const int block = excess > 1 ? static_cast<int>(std::ceil(std::sqrt(excess))) : 1;
+    const int block = std::max(1, static_cast<int>(std::ceil(std::sqrt(excess))));
     Raster result;
     result.columns = (raster.columns + block - 1) / block;
     result.rows = (raster.rows + block - 1) / block;

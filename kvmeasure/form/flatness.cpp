@@ -52,7 +52,7 @@ public:
         const Real size = isAlongZ_ ? normal[2] : std::sqrt(dot(normal, normal));
         for (Real& part : normal)
             part /= size;
-        return std::isfinite(normal[0]) && std::isfinite(normal[1]) && std::isfinite(normal[2]);
+        return std::isfinite(normal[0] + normal[1] + normal[2]);
     }
 
 private:

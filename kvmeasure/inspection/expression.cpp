@@ -151,13 +151,13 @@ KvMath::TSMeasurement* measurementOf(const InspectionPlan& plan, const QString& 
     return nullptr;
 }
 
-MeasurementStatement statementOf(const InspectionPlan& plan, const Mean& mean) {
+/// Of a mean whose first value this measurement delivers.
+MeasurementStatement statementOf(const InspectionPlan& plan, const Mean& mean, KvMath::TSMeasurement& first) {
     int from = 0;
     int to = 0;
-    KvMath::TSMeasurement* const first = measurementOf(plan, mean.first);
     KvMath::TSMeasurement* const second = measurementOf(plan, mean.second);
     const LineNames lines(plan.lineNames);
-    if (first == nullptr || second == nullptr || !areShiftsOfDistance(*first, *second, from, to))
+    if (second == nullptr || !areShiftsOfDistance(first, *second, from, to))
         return {filledIn("%1 = mean of %2 and %3", mean.name, mean.first, mean.second), {mean.name}};
     return {filledIn("%1 = distance %2 %3", mean.name, lines(from), lines(to)), {mean.name}};
 }
@@ -182,7 +182,7 @@ QList<MeasurementStatement> measurementStatements(const InspectionPlan& plan) {
         for (const ValueName& value : values) {
             for (const Mean& mean : plan.means) {
                 if (mean.first == value.name)
-                    statements.append(statementOf(plan, mean));
+                    statements.append(statementOf(plan, mean, *measurement));
             }
             if (!isPartOfMean(plan, value.name))
                 names.append(value.name);

@@ -72,10 +72,8 @@ LocalLine localLine(const std::vector<Vector>& points, std::size_t from, std::si
 double noiseOf(const std::vector<Vector>& points) {
     constexpr double kNormalMedian = 0.6745;       // of the size of a normal value
     constexpr double kSecondDifference = 1.22474;  // deviation of p - (a + b)/2 over that of p
-    if (points.size() < 3)
-        return 0;
     std::vector<double> sizes;
-    sizes.reserve(points.size() - 2);
+    sizes.reserve(points.size());
     for (std::size_t i = 1; i + 1 < points.size(); ++i) {
         const Vector chord = difference(points[i + 1], points[i - 1]);
         const Vector to = difference(points[i], points[i - 1]);

@@ -241,7 +241,7 @@ Value Collector::meanOf(const Mean& mean) {
         add(joined.second, mark.second);
         joined.origin = mark.origin;
     }
-    if (parts != 2 || !value.isValid)
+    if (parts != 2)  // a mark of each: both values are there
         return value;
     joined.kind = Mark::Distance;
     joined.hasOrigin = true;

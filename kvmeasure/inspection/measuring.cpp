@@ -29,9 +29,8 @@ void warn(const QList<QStringList>& ofLines, const Internal::EvaluationOrder& or
     for (int i = 0; i < values.size(); ++i) {
         sentences.clear();
         for (const int line : order.linesOf(values.at(i).name, i)) {
-            if (line < 0 || line >= ofLines.size())
-                continue;
-            for (const QString& sentence : ofLines[line]) {
+            const QStringList ofLine = ofLines.value(line);
+            for (const QString& sentence : ofLine) {
                 if (!sentences.contains(sentence))
                     sentences.append(sentence);
             }
@@ -45,9 +44,9 @@ void warn(const QList<QStringList>& ofLines, const Internal::EvaluationOrder& or
 bool isMoved(const EdgeLines& lines, const TSLinesIndecies& indices) {
     const auto differ = [](const Vector& a, const Vector& b) { return !(a.x == b.x && a.y == b.y); };
     for (int i = 0; lines.isMoved && i < indices.count(); ++i) {
-        int segment = 0;
-        if (!indices.isAssigned(i) || !indices.getLineIndex(i, segment))
+        if (!indices.isAssigned(i))
             continue;
+        const int segment = indices.code(i) / 2;
         const KvMath::LinePP& line = lines.lines[segment];
         const KvMath::LinePP& asSeen = lines.asSeen[segment];
         if (differ(line.p1, asSeen.p1) || differ(line.p2, asSeen.p2))

@@ -40,6 +40,12 @@ struct Scatter {
     }
 };
 
+/// Says it beside the value.
+void setRemark(const QString& remark, Value& value) {
+    value.aboutU = remark;
+    value.warning += (value.warning.isEmpty() ? "" : "; ") + remark;
+}
+
 void setUncertainty(const Scatter& scatter, int runs, Value& value) {
     constexpr int kShare = 2;
     // Noise on heights says nothing of a value that only the places of the points decide.
@@ -52,23 +58,24 @@ void setUncertainty(const Scatter& scatter, int runs, Value& value) {
             value.warning.chop(2);
     }
     value.aboutU.clear();
-    if (scatter.count < runs) {
-        value.aboutU = scatter.count * kShare < runs ? "no uncertainty: " : "";
-        value.aboutU += filledIn("missing in %1 of %2 runs with simulated noise", runs - scatter.count, runs);
-        value.warning += (value.warning.isEmpty() ? "" : "; ") + value.aboutU;
-    }
     const bool isKnown = scatter.count > 1 && scatter.count * kShare >= runs;
-    value.u = isKnown ? std::sqrt(scatter.squares / (scatter.count - 1)) : std::nan("");
-    value.degreesOfFreedom = isKnown ? scatter.count - 1 : 0;
+    value.u = std::nan("");
+    value.degreesOfFreedom = 0;
+    if (isKnown) {
+        value.degreesOfFreedom = scatter.count - 1;
+        value.u = std::sqrt(scatter.squares / (scatter.count - 1));
+    }
+    if (scatter.count < runs)
+        setRemark(filledIn("%1missing in %2 of %3 runs with simulated noise",
+                           isKnown ? "" : "no uncertainty: ", runs - scatter.count, runs),
+                  value);
 }
 
 /// Why no noise can be drawn.
 void refuseNoise(const QString& reason, Evaluation& evaluation) {
     for (Value& value : evaluation.values) {
-        if (value.isValid && std::isnan(value.u) && value.aboutU.isEmpty()) {
-            value.aboutU = "no uncertainty: " + reason;
-            value.warning += (value.warning.isEmpty() ? "" : "; ") + value.aboutU;
-        }
+        if (value.isValid && std::isnan(value.u) && value.aboutU.isEmpty())
+            setRemark("no uncertainty: " + reason, value);
     }
 }
 

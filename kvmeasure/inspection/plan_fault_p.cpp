@@ -56,22 +56,26 @@ QString foreignLine(const QVariantMap& entry, int lines) {
     return QString();
 }
 
+namespace {
+
+QString orUnknown(const QString& fault) { return fault.isEmpty() ? QString("cannot be loaded") : fault; }
+
+}  // namespace
+
 QString constraintFault(const QVariantMap& entry, int lines) {
     const char* const typeKey = "constraintType";
     QString fault =
         faultOf(newConstraint(entry.value(typeKey).toString()), constraintTypes(), entry, typeKey);
     if (!fault.isEmpty())
         return fault;
-    const QString line = foreignLine(entry, lines);
-    return line.isEmpty() ? QString("cannot be loaded") : line;
+    return orUnknown(foreignLine(entry, lines));
 }
 
 QString measurementFault(const QVariantMap& entry) {
     const char* const typeKey = "measurementType";
     const auto& kinds = TSManagerOfMeasurements::instance();
-    QString fault =
-        faultOf(kinds.getMeasurement(entry.value(typeKey).toString()), kinds.getTypes(), entry, typeKey);
-    return fault.isEmpty() ? QString("cannot be loaded") : fault;
+    return orUnknown(
+        faultOf(kinds.getMeasurement(entry.value(typeKey).toString()), kinds.getTypes(), entry, typeKey));
 }
 
 }  // namespace KvMeasure::Internal

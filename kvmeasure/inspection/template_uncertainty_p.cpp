@@ -31,8 +31,8 @@ constexpr int kInputsOfLine = 2;
 void addSegmentsRead(const QList<int>& lines, const TSLinesIndecies& indices, std::vector<int>& read) {
     for (const int line : lines) {
         int segment = 0;
-        if (line >= 0 && line < indices.count() && indices.isAssigned(line) &&
-            indices.getLineIndex(line, segment) && std::count(read.begin(), read.end(), segment) == 0)
+        if (indices.isAssigned(line) && indices.getLineIndex(line, segment) &&
+            std::count(read.begin(), read.end(), segment) == 0)
             read.push_back(segment);
     }
 }

@@ -24,11 +24,6 @@ QString expectedForm() {
 
 bool hasSign(const QString& word) { return word.startsWith('+') || word.startsWith('-'); }
 
-/// An upper or lower deviation: a number with its sign; zero needs none.
-bool parseDeviation(const QString& word, double& value) {
-    return parseNumber(word, value) && (hasSign(word) || value == 0);
-}
-
 QString parseSymmetric(const QString& text, WrittenTolerance& written) {
     const int sign = static_cast<int>(text.indexOf("+-"));
     Tolerance& tolerance = written.tolerance;
@@ -57,14 +52,15 @@ QString parseLimits(const QStringList& words, WrittenTolerance& written) {
 
 /// "NOMINAL +U -L".
 QString parseDeviations(const QStringList& words, Tolerance& tolerance) {
-    double unsignedValue = 0;
-    for (const QString& word : words) {
-        if (!parseNumber(word, unsignedValue))
+    double* const numbers[] = {&tolerance.nominal, &tolerance.upper, &tolerance.lower};
+    for (int i = 0; i < 3; ++i) {
+        if (!parseNumber(words[i], *numbers[i]))
             return expectedForm();
     }
-    if (!parseNumber(words[0], tolerance.nominal) || !parseDeviation(words[1], tolerance.upper) ||
-        !parseDeviation(words[2], tolerance.lower))
-        return "deviations need their signs: \"NOMINAL +U -L\"";
+    for (const int i : {1, 2}) {  // zero needs no sign
+        if (!hasSign(words[i]) && *numbers[i] != 0)
+            return "deviations need their signs: \"NOMINAL +U -L\"";
+    }
     return tolerance.lower <= tolerance.upper ? QString()
                                               : QString("the upper deviation comes first: \"NOMINAL +U -L\"");
 }

@@ -148,7 +148,9 @@ private:
         const DoubleQuad square = distance * distance;
         squares_ += square;
         cubes_ += square * distance;
-        sizes_ += distance < 0 ? -distance : distance;
+        DoubleQuad size = distance;
+        takeSizes(size);
+        sizes_ += size;
     }
 
     const Vector centre_, along_;

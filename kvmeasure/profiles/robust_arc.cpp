@@ -216,6 +216,12 @@ Matrix product(const Matrix& a, const Matrix& b) {
 
 namespace {
 
+/// They count from now on, where they are enough for a circle.
+void takeKept(std::vector<Vector>&& kept, ArcFit& arc) {
+    if (hasThreeDistinct(kept))
+        arc.used = std::move(kept);
+}
+
 /// Fits the circle to the points within the cut, which it is given twice, each time by the median distance.
 /// Roughly, unless these points are the whole arc.
 bool fitStart(const std::vector<Vector>& points, const RobustFitting& fitting, bool isWhole, ArcFit& arc) {
@@ -223,12 +229,11 @@ bool fitStart(const std::vector<Vector>& points, const RobustFitting& fitting, b
     constexpr int kRounds = 2;
     constexpr double kRough = 1e-4;  // gain of a step that ends a fit which only says which points count
     arc.used = points;
-    for (int round = 0; isFitted && round < kRounds; ++round) {
+    for (int round = 0; round < kRounds; ++round) {
         std::vector<Vector> kept =
             fitting.isRobust ? keptPoints(points, arc.circle, fitting.cut * deviationFrom(arc.circle, points))
                              : points;
-        if (hasThreeDistinct(kept))
-            arc.used = std::move(kept);
+        takeKept(std::move(kept), arc);
         const bool takesAll = arc.used.size() == points.size();
         const bool isLast = isWhole && (takesAll || round + 1 == kRounds);
         if (isLast)
@@ -291,7 +296,7 @@ bool fitUsed(const std::vector<Vector>& usable, const RobustFitting& fitting, Ar
     const std::vector<Vector>& sample = sampled(usable, store);
     bool isFitted = fitStart(sample, fitting, /*isWhole=*/sample.size() == usable.size(), arc);
     if (sample.size() < usable.size()) {
-        arc.used = isFitted && fitting.isRobust
+        arc.used = fitting.isRobust
                        ? keptPoints(usable, arc.circle, fitting.cut * deviationFrom(arc.circle, sample))
                        : usable;
         isFitted = polishCircle(arc.used, /*knowsRadius=*/false, arc.circle);
@@ -304,8 +309,7 @@ bool fitUsed(const std::vector<Vector>& usable, const RobustFitting& fitting, Ar
             keptPoints(usable, arc.circle, fitting.cut * ofFew(n, kParameters) * std::sqrt(squared));
         if (kept.size() <= n)
             break;
-        if (hasThreeDistinct(kept))
-            arc.used = std::move(kept);
+        takeKept(std::move(kept), arc);
         isFitted = polishCircle(arc.used, /*knowsRadius=*/false, arc.circle);
     }
     return isFitted;

@@ -217,7 +217,7 @@ void HeadFinder::readAbove(const NumberedLine& line) {
                     "the points, which begin in line %1, or put '#' in front of each")
                 .arg(firstRow().number))
             .atLine(line.number);
-    if (holdsUnits(parted) && !head_.columns.isEmpty() && parted.width > 0) {
+    if (holdsUnits(parted) && !head_.columns.isEmpty()) {
         units_.clear();
         head_.unitsLine = line.number;
         for (const TextField& field : parted.fields)

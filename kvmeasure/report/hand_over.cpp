@@ -67,7 +67,7 @@ void CollectedText::add(const QByteArray& text) {
 
 void CollectedText::copyTo(OutputFile& file) {
     constexpr qint64 kBytes = 1 << 20;
-    if (!file_.flush() || !file_.seek(0))
+    if (!file_.seek(0))  // which writes what is left
         fail();
     while (!file_.atEnd()) {
         const QByteArray piece = file_.read(kBytes);

@@ -25,10 +25,10 @@ constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 double strain(const Value& value) {
     const double deviation = value.deviation();
     const double lower = value.tolerance.lower, upper = value.tolerance.upper;
-    if (!std::isfinite(lower) || !std::isfinite(upper))
-        return value.isGood() ? 0 : 2;
     const double half = (upper - lower) / 2;
-    return half > 0 ? std::fabs(deviation - (upper + lower) / 2) / half : value.isGood() ? 0 : 2;
+    if (!(half > 0 && std::isfinite(half)))
+        return value.isGood() ? 0 : 2;
+    return std::fabs(deviation - (upper + lower) / 2) / half;
 }
 
 /// Higher for worse profiles.

@@ -231,6 +231,9 @@ QString PassLimits::verdict() const {
 }
 
 QString PassLimits::text() const {
+    const auto said = [](const QString& verdict) {
+        return verdict.isEmpty() ? QString("no value has limits") : verdict;
+    };
     QStringList head = verdictHead();
     head[0] = "wheel";
     Table table(head);
@@ -244,12 +247,10 @@ QString PassLimits::text() const {
             for (const LimitVerdict& each : group.judged.verdicts)
                 table.add(verdictRow(group.judged.name, each));
             lines += filledIn("%1, wheelsets %2 to %3%4: %5\n", group.judged.name, group.first, group.last,
-                              group.isCutShort ? " (cut short)" : "",
-                              group.verdict.isEmpty() ? QString("no value has limits") : group.verdict);
+                              group.isCutShort ? " (cut short)" : "", said(group.verdict));
         }
     }
-    const QString word = verdict();
-    return table.text() + lines + "train: " + (word.isEmpty() ? QString("no value has limits") : word) + '\n';
+    return table.text() + lines + "train: " + said(verdict()) + '\n';
 }
 
 std::vector<JudgedWheels> PassLimits::groups() const {

@@ -37,10 +37,8 @@ const QStringList kOptions{
 QString decoded(const QString& text) {
     constexpr int kDigits = 2, kHexadecimal = 16;
     for (int i = 0; i < static_cast<int>(text.size()); ++i) {
-        bool isCode = true;
         const QString digits = text.mid(i + 1, kDigits);
-        if (text[i] == '%' &&
-            (digits.size() < kDigits || digits.toInt(&isCode, kHexadecimal) == 0 || !isCode))
+        if (text[i] == '%' && (digits.size() < kDigits || digits.toInt(nullptr, kHexadecimal) == 0))
             refuseUrl("a % is not followed by the two digits of a character");
     }
     return QString::fromUtf8(QByteArray::fromPercentEncoding(text.toUtf8()));

@@ -75,23 +75,24 @@ bool Table::isNumeric(int column) const {
 }
 
 QString Table::text() {
-    for (int column = static_cast<int>(widths_.size()); !rows_.empty() && column < columns_; ++column) {
+    if (rows_.empty())
+        return {};
+    for (int column = static_cast<int>(widths_.size()); column < columns_; ++column) {
         widths_.push_back(0);
         isRight_.push_back(isNumeric(column));
     }
-    const int columns = rows_.empty() ? 0 : columns_;
     for (const Stretch& row : rows_) {
-        for (int column = 0; column < columns && column < row.count; ++column) {
+        for (int column = 0; column < std::min(columns_, row.count); ++column) {
             int& width = widths_[std::size_t(column)];
             width = std::max(width, cells_[std::size_t(row.first) + std::size_t(column)].count);
         }
     }
-    const int longestRow = std::accumulate(widths_.begin(), widths_.end(), kGap * columns + 1);
+    const int longestRow = std::accumulate(widths_.begin(), widths_.end(), kGap * columns_ + 1);
     QString text;
     std::vector<QChar> line(std::size_t(longestRow), ' ');
     text.reserve(static_cast<int>(rows_.size()) * longestRow);
     for (const Stretch& row : rows_) {
-        const int letters = fillLine(row, columns, line.data());
+        const int letters = fillLine(row, columns_, line.data());
         line[std::size_t(letters)] = '\n';
         text.append(line.data(), letters + 1);
     }

@@ -86,6 +86,8 @@ std::vector<Vector> outermost(const QList<Vector>& points, const Frame& frame, c
     return kept;
 }
 
+double lengthOf(const LinePP& line) { return length(line.p1, line.p2); }
+
 double distance(const LineABC& line, const Vector& p) { return line.a * p.x + line.b * p.y + line.c; }
 
 /// Least squares without outliers; points within `least` of the line are none. False for too few points.
@@ -136,7 +138,7 @@ void moveToEdge(OutlineLine& line, const Steps& steps) {
 
 void fitLine(OutlineLine& line, const Outline& outline, const QList<Vector>& objectPoints, const Steps& steps,
              double window) {
-    if (!(length(line.line.p1, line.line.p2) > 0))
+    if (!(lengthOf(line.line) > 0))
         return;
     for (int pass = 0; pass < 2; ++pass) {  // the second one with the window about the fitted line
         const Frame frame(line.line);
@@ -164,7 +166,7 @@ void joinCorner(OutlineLine& line, OutlineLine& next, double join) {
         return;
     Vector corner;
     KvMath::linesIntersection(first, second, corner);
-    if (!(length(corner, line.line.p2) <= join && length(corner, next.line.p1) <= join))
+    if (!(std::max(length(corner, line.line.p2), length(corner, next.line.p1)) <= join))
         return;
     line.line.p2 = corner;
     next.line.p1 = corner;
@@ -194,8 +196,7 @@ bool cutsCorner(const LinePP& before, const LinePP& line, const LinePP& behind, 
                 const Steps& steps, double join, Vector& corner) {
     constexpr double kParallel = 0.02, kMayLack = 0.4, kMayAlwaysLack = 2;
     LineABC first, second;
-    if (!(length(before.p1, before.p2) > 0 && length(line.p1, line.p2) > 0 &&
-          length(behind.p1, behind.p2) > 0))
+    if (!(std::min({lengthOf(before), lengthOf(line), lengthOf(behind)}) > 0))
         return false;
     KvMath::LinePP2LineABC(before, first);
     KvMath::LinePP2LineABC(behind, second);
@@ -205,9 +206,9 @@ bool cutsCorner(const LinePP& before, const LinePP& line, const LinePP& behind, 
     const Vector place = Frame(line).toLine(corner);
     const bool isBetween =
         Frame(before).toLine(corner).x > 0 && Frame(behind).toLine(corner).x < Frame(behind).length;
-    if (!(place.y != 0 && isBetween && length(corner, line.p1) <= join && length(corner, line.p2) <= join))
+    if (!(place.y != 0 && isBetween && std::max(length(corner, line.p1), length(corner, line.p2)) <= join))
         return false;
-    const double most = std::fabs(place.y) * length(line.p1, line.p2) / 2 / (steps.x * steps.scan);
+    const double most = std::fabs(place.y) * lengthOf(line) / 2 / (steps.x * steps.scan);
     const int found = pointsBetween(line, corner, points);
     return (place.y > 0 ? most - found : found) <= kMayAlwaysLack + kMayLack * most;
 }
@@ -234,7 +235,7 @@ void dropCutCorners(QList<OutlineLine>& lines, const QList<Vector>& points, cons
 double innerAngle(const QList<OutlineLine>& lines, int i) {
     const LinePP& line = lines[i].line;
     const LinePP& next = lines[(i + 1) % lines.size()].line;
-    if (lines.size() < 2 || length(line.p1, line.p2) == 0 || length(next.p1, next.p2) == 0)
+    if (lines.size() < 2 || std::min(lengthOf(line), lengthOf(next)) == 0)
         return std::nan("");
     // Clockwise: the object is on the right, and a turn to the right narrows its corner.
     return 180 + turnBetween(line, next);
@@ -274,7 +275,7 @@ void fitLines(Outline& outline, const QList<Vector>& objectPoints, const Steps& 
         if (compensatesEdges && line.points > 0)
             moveToEdge(line, steps);
     }
-    for (int i = 0; i < before.size() && before.size() > 1; ++i) {
+    for (int i = 0; i < before.size(); ++i) {  // a single line is parallel to itself: no corner
         const int next = (i + 1) % static_cast<int>(before.size());
         if (length(before[i].line.p2, before[next].line.p1) <= join)
             joinCorner(outline.lines[i], outline.lines[next], join);

@@ -90,8 +90,10 @@ bool fitHeightsRobustly(const Scan& scan, HeightPlane& plane) {
     constexpr double kRounding = 1e-5;  // mm
     HeightPlane here;
     const std::vector<Sample> samples = sampleOf(scan);
-    double median = samples.size() < 3 ? 0 : drawPlane(samples, here);
-    if (samples.size() < 3 || std::isinf(median))
+    double median = std::numeric_limits<double>::infinity();
+    if (samples.size() >= 3)
+        median = drawPlane(samples, here);
+    if (std::isinf(median))
         return fitHeights(scan, plane);
     std::vector<double> sizes;
     sizes.reserve(samples.size());

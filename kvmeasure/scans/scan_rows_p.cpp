@@ -73,7 +73,8 @@ ScanRows::ScanRows(const Scan& scan, std::size_t most) {
                                         : a.number < b.number;
     });
     const double excess = static_cast<double>(all.size()) / static_cast<double>(most);
-    const std::size_t every = excess > 1 ? static_cast<std::size_t>(std::ceil(std::sqrt(excess))) : 1;
+    const std::size_t every =
+        std::max<std::size_t>(1, static_cast<std::size_t>(std::ceil(std::sqrt(excess))));
     points.reserve(all.size() / every / every);
     order.reserve(all.size() / every / every);
     std::size_t row = 0;

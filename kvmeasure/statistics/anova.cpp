@@ -14,8 +14,8 @@ OneWayAnova oneWayAnova(const std::vector<double>& values, const QStringList& gr
     OneWayAnova result;
     result.count = static_cast<int>(values.size());
     QMap<QString, std::vector<double>> parts;
-    for (std::size_t i = 0; i < values.size() && static_cast<int>(i) < groups.size(); ++i)
-        parts[groups[static_cast<int>(i)]].push_back(values[i]);
+    for (int i = 0, end = std::min(result.count, static_cast<int>(groups.size())); i < end; ++i)
+        parts[groups[i]].push_back(values[static_cast<std::size_t>(i)]);
     result.groups = static_cast<int>(parts.size());
     result.betweenFreedom = result.groups - 1;
     result.withinFreedom = result.count - result.groups;

@@ -131,6 +131,18 @@ double fShareAbove(double f, double freedomAbove, double freedomBelow) {
     return betaShare(freedomBelow / 2, freedomAbove / 2, freedomBelow / (freedomBelow + freedomAbove * f));
 }
 
+namespace {
+
+/// Twice, four times, ... a value, up to one that has this share below it.
+template <class Below>
+double doubledUpTo(const Below& below, double share, double value) {
+    while (below(value) < share && value < 1e300)
+        value *= 2;
+    return value;
+}
+
+}  // namespace
+
 double studentQuantile(double share, double freedom) {
     if (!isShare(share) || !(freedom > 0))
         return notANumber;
@@ -139,20 +151,14 @@ double studentQuantile(double share, double freedom) {
     const auto below = [freedom](double t) {
         return 1 - betaShare(freedom / 2, 0.5, freedom / (freedom + t * t)) / 2;
     };
-    double to = 1;
-    while (below(to) < share && to < 1e300)
-        to *= 2;
-    return solve(below, share, 0, to);
+    return solve(below, share, 0, doubledUpTo(below, share, 1));
 }
 
 double chiSquareQuantile(double share, double freedom) {
     if (!isShare(share) || !(freedom > 0))
         return notANumber;
     const auto below = [freedom](double x) { return gammaShare(freedom / 2, x / 2); };
-    double to = freedom + 1;
-    while (below(to) < share && to < 1e300)
-        to *= 2;
-    return solve(below, share, 0, to);
+    return solve(below, share, 0, doubledUpTo(below, share, freedom + 1));
 }
 
 double meanRangeOfNormal(int count) { return isRanged(count) ? SharesOfRange(count).mean() : notANumber; }

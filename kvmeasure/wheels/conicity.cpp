@@ -285,7 +285,7 @@ Conicity ConicityCurve::at(double amplitude) const {
         integral += halfTurn.weights[k] / std::sqrt(rest);
     }
     integral *= half;
-    if (!(integral > 0) || !std::isfinite(integral)) {
+    if (!std::isnormal(integral)) {
         result.reason = "the rolling radius difference is too small for a wavelength";
         return result;
     }

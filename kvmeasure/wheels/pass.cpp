@@ -54,15 +54,18 @@ int momentOf(const QList<const WheelPassage*>& passages, int wanted) {
 /// Travel in the middle of a run. A record there may have none, or there is no record: its neighbours tell.
 float travelInMiddle(const WheelPassage& run) {
     const int middle = static_cast<int>(run.z.size()) / 2;
-    int before = middle, behind = middle;
-    while (before >= 0 && std::isnan(run.z.at(before)))
-        --before;
-    while (behind < run.z.size() && std::isnan(run.z.at(behind)))
-        ++behind;
-    if (before < 0 || behind == run.z.size())
-        return before >= 0 ? run.z.at(before) : (behind < run.z.size() ? run.z.at(behind) : std::nanf(""));
+    std::vector<int> known;
+    for (int i = 0; i < run.z.size(); ++i) {
+        if (!std::isnan(run.z.at(i)))
+            known.push_back(i);
+    }
+    if (known.empty())
+        return std::nanf("");
+    const auto at = std::lower_bound(known.begin(), known.end(), middle);
+    const int behind = at != known.end() ? *at : known.back();
+    const int before = behind == middle || at == known.begin() ? behind : *(at - 1);
     if (before == behind)
-        return run.z.at(middle);
+        return run.z.at(behind);
     const double from = run.records.at(before), to = run.records.at(behind);
     const double share = (run.records.at(middle) - from) / (to - from);
     const auto a = static_cast<double>(run.z.at(before)), b = static_cast<double>(run.z.at(behind));

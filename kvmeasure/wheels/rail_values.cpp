@@ -212,8 +212,7 @@ private:
             const Vector &a = even[i - kHalf], &b = even[i + kHalf];
             const double fall = std::atan2(a.y - b.y, direction * (b.x - a.x)) * kDegreesPerRadian;
             if (fall >= places_.cornerAngle) {
-                const double share =
-                    fall > before && i > kHalf ? (fall - places_.cornerAngle) / (fall - before) : 0;
+                const double share = i > kHalf ? (fall - places_.cornerAngle) / (fall - before) : 0;
                 const Vector& last = even[i - 1];
                 place.at = Vector(even[i].x + share * (last.x - even[i].x),
                                   even[i].y + share * (last.y - even[i].y));
@@ -292,11 +291,9 @@ private:
         double sum = 0;
         Vector before(left, 0);
         std::size_t i = head.top;
-        while (i > 0 && head.points[i].y >= level)
+        while (i > 0 && head.points[i - 1].y >= level)
             --i;
-        if (head.points[i].y < level)
-            ++i;
-        for (; i < head.points.size() && (head.points[i].y >= level || i <= head.top); ++i) {
+        for (; i < head.points.size() && head.points[i].y >= level; ++i) {
             const Vector p(head.points[i].x, head.points[i].y - level);
             sum += (p.x - before.x) * (p.y + before.y) / 2;
             before = p;

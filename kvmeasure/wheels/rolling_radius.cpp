@@ -110,15 +110,14 @@ public:
         const struct {
             const ContactProfile& profile;
             double place;
-            int interval;
+            int interval;  ///< none where the place is beyond an end
             const char* name;
         } parts[] = {{wheel_, place, intervalNear(wheel_, onWheel_, sample_, place), "wheel"},
                      {rail_, onRail(place),
                       intervalNear(rail_, onRail_, margin_ + places_ + sample_, onRail(place)), "rail"}};
         for (const auto& part : parts) {
             const double end = 1.5 * pitch_;
-            if (part.interval < 0 || part.place <= part.profile.from() + end ||
-                part.place >= part.profile.to() - end)
+            if (part.place <= part.profile.from() + end || part.place >= part.profile.to() - end)
                 return filledIn("the contact reaches the end of the points of the %1 %2", side(), part.name);
             const double* points = &part.profile.laterals()[static_cast<std::size_t>(part.interval)];
             if (points[1] - points[0] > widestGap)
@@ -180,7 +179,7 @@ private:
     /// The interval of a position at most a sample away from that one; -1 outside of the section.
     static int intervalNear(const ContactProfile& profile, const Samples& samples, int sample,
                             double position) {
-        if (!(position >= profile.from() && position <= profile.to()))
+        if (std::clamp(position, profile.from(), profile.to()) != position)
             return -1;
         auto i =
             static_cast<std::size_t>(samples.intervals[static_cast<std::size_t>(std::max(sample - 1, 0))]);
@@ -197,7 +196,7 @@ private:
     Cubics cubicsNear(int k, double place) const {
         const int wheelPart = intervalNear(wheel_, onWheel_, k, place);
         const int railPart = intervalNear(rail_, onRail_, margin_ + places_ + k, onRail(place));
-        if (wheelPart < 0 || railPart < 0)
+        if (std::min(wheelPart, railPart) < 0)
             return {};
         return {&wheel_.cubics()[static_cast<std::size_t>(wheelPart)],
                 &rail_.cubics()[static_cast<std::size_t>(railPart)]};

@@ -18,12 +18,13 @@ constexpr double kGap = 1.5;        // steps; points are missing between
 constexpr double kNothing = 0.001;  // mm: what the cubics leave of the surface; no scanner has as little
 
 /// The point moved onto the parabola of least squares through [from, to), square to the chord of these,
-/// because a fan of rays may see a flange back with x falling; the point itself where they are too few.
+/// because a fan of rays may see a flange back with x falling; the point itself where they are too few or
+/// have no chord, without which nothing below is a number.
 Vector onParabola(const std::vector<Vector>& points, std::size_t at, std::size_t from, std::size_t to) {
     constexpr std::size_t kFewest = 6;
     const Vector& own = points[at];
     const double chord = length(points[from], points[to - 1]);
-    if (to - from < kFewest || !(chord > 0))
+    if (to - from < kFewest)
         return own;
     const Vector along{(points[to - 1].x - points[from].x) / chord,
                        (points[to - 1].y - points[from].y) / chord};
@@ -216,7 +217,7 @@ Vector SectionSurface::normal(std::size_t i) const {
 
 void SimulatedScatter::add(const std::vector<double>& values) {
     ++runs_;
-    for (std::size_t i = 0; i < smooth_.size() && i < values.size(); ++i) {
+    for (std::size_t i = 0, end = std::min(smooth_.size(), values.size()); i < end; ++i) {
         const double difference = values[i] - smooth_[i];
         if (!std::isfinite(difference))
             continue;

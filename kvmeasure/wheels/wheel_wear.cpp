@@ -191,7 +191,7 @@ private:
             lost = gained = 0;
             for (std::size_t i = 1; i < worn.size(); ++i) {
                 const double before = nominal[i - 1] - worn[i - 1], here = nominal[i] - worn[i];
-                if (!std::isfinite(before) || !std::isfinite(here))
+                if (!std::isfinite(before + here))
                     continue;
                 lost += kStep * (std::max(before, 0.0) + std::max(here, 0.0)) / 2;
                 gained += kStep * (std::max(-before, 0.0) + std::max(-here, 0.0)) / 2;

@@ -1,5 +1,6 @@
 #include <kvmeasure/inspection/kinds/normal_table_p.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 
@@ -49,9 +50,10 @@ bool isFar(double value) { return !(value > -kFar && value < kFar); }
 double shareBelow(double value) { return isFar(value) ? (value > 0 ? 1 : 0) : table().shares.at(value); }
 
 double logarithmOfShare(double value) {
-    return isFar(value) ? (value > 0 ? 0 : -value * value / 2) : table().logarithms.at(value);
+    const double below = std::min(value, 0.0);
+    return isFar(value) ? -below * below / 2 : table().logarithms.at(value);
 }
 
-double hazardAt(double value) { return isFar(value) ? (value > 0 ? 0 : -value) : table().hazards.at(value); }
+double hazardAt(double value) { return isFar(value) ? std::max(-value, 0.0) : table().hazards.at(value); }
 
 }  // namespace KvMeasure::Internal

@@ -32,6 +32,12 @@ double sineBetween(const LineFit& first, const LineFit& second) {
     return first.along.x * second.along.y - first.along.y * second.along.x;
 }
 
+/// Why the uncertainties of both lines are not known, or may be too small.
+void warnOfBoth(const LineUncertainty& first, const LineUncertainty& second, ToolResults& results) {
+    warnOfNoise(first.reason.isEmpty() ? second.reason : first.reason, first.isShort || second.isShort,
+                results);
+}
+
 void measureMeeting(const Tool& tool, const ToolInput& input, ToolResults& results) {
     LineFit first;
     LineFit second;
@@ -58,8 +64,7 @@ void measureMeeting(const Tool& tool, const ToolInput& input, ToolResults& resul
     z.add(moved[1] * first.along.y, ofSecond.degreesOfFreedom);
     results.add("x", at.x, x.u(), x.degreesOfFreedom());
     results.add("z", at.y, z.u(), z.degreesOfFreedom());
-    warnOfNoise(ofFirst.reason.isEmpty() ? ofSecond.reason : ofFirst.reason,
-                ofFirst.isShort || ofSecond.isShort, results);
+    warnOfBoth(ofFirst, ofSecond, results);
     results.markPoint(at, tool.name);
 }
 
@@ -85,8 +90,7 @@ void measureTurn(const Tool& tool, const ToolInput& input, ToolResults& results)
     const double turn = turnBetween(first, second) * kDegreesPerRadian;
     const bool isOpening = tool.choice("as") == 1;
     results.add("", isOpening && turn < 0 ? turn + kHalfTurn : turn, sum.u(), sum.degreesOfFreedom());
-    warnOfNoise(ofFirst.reason.isEmpty() ? ofSecond.reason : ofFirst.reason,
-                ofFirst.isShort || ofSecond.isShort, results);
+    warnOfBoth(ofFirst, ofSecond, results);
     const Vector at = meetingPoint(first, second);
     if (isFinite(at))
         results.markPoint(at, tool.name);
