@@ -151,6 +151,9 @@ TEST(ScanContracts, SectionsRefuseASpacingWithoutEnd) {
     EXPECT_TRUE(sectionAtScan(ScanSurface(KvProfileZSet(), 1, 1), 0, 1).profile.points.isEmpty());
     EXPECT_TRUE(std::isnan(ScanSurface(slopes(3, 5), kNaN, kNaN).at({0.5, 1}).value));
     EXPECT_NEAR(surface.at({0.5, 1}).value, 10.5, 1e-6);
+    EXPECT_TRUE(std::isnan(surface.at({1, -1}).value) && std::isnan(surface.at({1, 9}).value));
+    EXPECT_TRUE(sectionAtScan(surface, -1, kNaN).profile.points.isEmpty());
+    EXPECT_TRUE(sectionAtX(ScanSurface(KvProfileZSet(), 1, 1), 0, 1).profile.points.isEmpty());
 }
 
 TEST(ScanContracts, OutlineOfNothingHasNoLines) {

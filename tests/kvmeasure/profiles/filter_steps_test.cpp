@@ -162,65 +162,24 @@ TEST(FilterSteps, AreTheLibrarysFiltersWithTheirNumbersInOrder) {
 }
 
 TEST(FilterSteps, TakeNumbersUpToTheirLimits) {
-    const char* const taken[] = {"median 3",
-                                 "median 10001",
-                                 "middle-by-x 2",
-                                 "middle-by-x 10000",
-                                 "mean 2",
-                                 "mean 1000",
-                                 "slope 2",
-                                 "slope 1000",
-                                 "lowpass 0",
-                                 "noise 1 0 0",
-                                 "noise 1000000 1000000 1000000",
-                                 "remove-straight 2 0 0 0",
-                                 "remove-straight 2 1 0 0",
-                                 "spikes 0 0",
-                                 "spikes-polar 0 360",
-                                 "spikes-polar 0 0 0",
-                                 "smooth-polar 0 2 1",
-                                 "smooth-polar 0 10000 100",
-                                 "isolated 0 1",
-                                 "isolated 0 1000",
-                                 "shift 1e6 -1e6",
-                                 "rotate -360",
-                                 "rotate 360",
-                                 "resample 1e-6"};
-    const char* const refused[] = {"median 1",
-                                   "median 10003",
-                                   "middle-by-x 1",
-                                   "middle-by-x 10001",
-                                   "mean 1",
-                                   "mean 1001",
-                                   "slope 1",
-                                   "slope 1001",
-                                   "lowpass -0.5",
-                                   "noise 0 0 0",
-                                   "noise 1 -1 0",
-                                   "noise 1 0 -0.5",
-                                   "noise 1000001 0 0",
-                                   "noise 1 1000001 0",
-                                   "remove-straight 1 0 0 0",
-                                   "remove-straight 2 -0.5 0 0",
-                                   "remove-straight 2 1.25 0 0",
-                                   "spikes -0.5 0",
-                                   "spikes-polar 0 361",
-                                   "spikes-polar 0 -0.5",
-                                   "spikes-polar 0 0 -0.5",
-                                   "smooth-polar -0.5 2 1",
-                                   "smooth-polar 0 2 0",
-                                   "smooth-polar 0 2 101",
-                                   "isolated 0 0",
-                                   "isolated 0 1001",
-                                   "shift 1000001 0",
-                                   "shift 0 -1000001",
-                                   "rotate 361",
-                                   "rotate -361",
-                                   "resample 5e-7"};
-    for (const char* text : taken)
-        EXPECT_NO_THROW(parseSteps(text)) << text;
-    for (const char* text : refused)
-        EXPECT_THROW(parseSteps(text), Error) << text;
+    const QString taken =
+        "median 3|median 10001|middle-by-x 2|middle-by-x 10000|mean 2|mean 1000|slope 2|"
+        "slope 1000|lowpass 0|noise 1 0 0|noise 1000000 1000000 1000000|remove-straight 2 0 0 0|"
+        "remove-straight 2 1 0 0|spikes 0 0|spikes-polar 0 360|spikes-polar 0 0 0|"
+        "spikes-polar 0 0 -|smooth-polar 0 2 1|smooth-polar 0 10000 100|isolated 0 1|"
+        "isolated 0 1000|shift 1e6 -1e6|rotate -360|rotate 360|resample 1e-6";
+    const QString refused =
+        "median 1|median 10003|middle-by-x 1|middle-by-x 10001|mean 1|mean 1001|slope 1|"
+        "slope 1001|lowpass -0.5|noise 0 0 0|noise 1 -1 0|noise 1 0 -0.5|noise 1000001 0 0|"
+        "noise 1 1000001 0|remove-straight 1 0 0 0|remove-straight 2 -0.5 0 0|"
+        "remove-straight 2 1.25 0 0|spikes -0.5 0|spikes-polar 0 361|spikes-polar 0 -0.5|"
+        "spikes-polar 0 0 -0.5|smooth-polar -0.5 2 1|smooth-polar 0 2 0|smooth-polar 0 2 101|"
+        "isolated 0 0|isolated 0 1001|shift 1000001 0|shift 0 -1000001|rotate 361|rotate -361|"
+        "resample 5e-7";
+    for (const QString& text : taken.split('|'))
+        EXPECT_NO_THROW(parseSteps(text)) << text.toStdString();
+    for (const QString& text : refused.split('|'))
+        EXPECT_THROW(parseSteps(text), Error) << text.toStdString();
 }
 
 TEST(FilterSteps, ThatMakeNoSenseAreRefusedWithTheirNumber) {
@@ -230,6 +189,7 @@ TEST(FilterSteps, ThatMakeNoSenseAreRefusedWithTheirNumber) {
         {"trim-y 5 1", "the lower limit 5 is above the upper limit 1"},
         {"median 4", "must be an odd whole number"},
         {"median 4.5", "must be an odd whole number"},
+        {"mean 2.5", "must be a whole number, not 2.5"},
         {"mean 1e9", "must be from"},
         {"trim-x nan 3", "\"nan\" is no number"},
         {"resample 1e-6 0 1e6", "step 1 \"resample 1e-6 0 1e6\""},

@@ -125,6 +125,11 @@ TEST_F(Text, UnitsAndNamesOfHeadingsAreUsed) {
          "1 ; +2 \n +3 ; -4\n",
          "", "2 -1..3 -4..2"},
         {"quotes", "\"x, mm\",\"z\"\n\"1,5\",\"2,5\"\n", "", "1 1.5..1.5 2.5..2.5"},
+        {"blanks in quotes", "x,z\n\" 1 \",' 2 '\n", "", "1 1..1 2..2"},
+        {"nothing between tabs", "x\tq\tz\n1\t9\t5\n2\t\t6\n", "", "2 1..2 5..6"},
+        {"four columns", "1.5,2,3,4\n2.5,3,3,4\n", "", "2 1.5..2.5 2..3"},
+        {"too few rows to count", "0,5,7\n1,6,8\n", "", "2 0..1 5..6"},
+        {"a comment below", "1,5\n# x z\n2,6\n", "", "2 1..2 5..6"},
     };
     for (const Case& c : cases)
         EXPECT_EQ(taken(c.content, c.options), c.expected) << c.what;
@@ -139,6 +144,8 @@ TEST_F(Text, WhatIsNoPointIsLeftOut) {
         {"kept", "x,z\n0,5\n1,-9999\n2,6\n", "unset none", "3 0..2 -9999..6"},
         {"0 is a place", "x,z\n0,5\n1,0\n2,6\n", "unset 0", "3-1 0..2 5..6"},
         {"-9999 is none", "x,z\n-9999,-9999\n1,5\n2,6\n", "unset -9999", "3-1 1..2 5..6"},
+        {"as records have it", "0,5\n1,0.10000000149011612\n", "unset 0.1", "2-1 0..1 5..5"},
+        {"nines are places", "98,5\n99,-9999\n100,6\n", "unset -9999", "3-1 98..100 5..6"},
         {"nines within", "0,998\n1,999\n2,1003\n", "", "3 0..2 998..1003"},
     };
     for (const Case& c : cases)
@@ -188,6 +195,13 @@ TEST_F(Text, HeightsAloneAndSeveralProfiles) {
         {"title between", head + one + "Profile 2\n" + other, "", both},
         {"x jumps back", one + other, "", both},
         {"x jumps forth", "3,8\n2,7\n1,6\n0,5\n3,9\n2,8\n1,7\n0,6\n", "", both},
+        {"words between", head + one + "u,v\n" + other, "", both},
+        {"units below", head + one + "mm,mm\n" + other, "", both},
+        {"a heading with units", head + one + "x [mm],z [mm]\n" + other, "", both},
+        {"words between profiles", "z1;z2;z3\n5;6;8\nno;more;z\n;;\n6;7;8\n", "pitch 1",
+         "3 0..2 5..8; 3-3 0..2 1e+38..-1e+38; 3 0..2 6..8"},
+        {"a unit as the heading", "mm\n5\n6\n7\n", "pitch 0.5", "3 0..1 5..7"},
+        {"the one height", "z,b,c\n1,2,3\n2,3,4\n", "pitch 1", "2 0..1 1..2"},
         {"a gap is none", gap, "", "60 0..55.9 1..1"},
         {"a stray point is none", stray, "", "60 -90..90 1..1"},
     };
@@ -258,6 +272,26 @@ TEST_F(Text, WhatIsNotClearIsRefusedWithTheWayOut) {
         {"one of two", xz, "columns z", "holds heights alone"},
         {"three", xz, "columns 1,2,3", "--columns needs x and height"},
         {"pitch with x", xz, "pitch 1", "--pitch goes with heights alone"},
+        {"two and words", "u,v,name\n1,2,a\n", "", "none is named as x or as a height"},
+        {"heights and words", "a,b,c,name\n1,2,3,t\n", "pitch 1", "--pitch goes with heights alone"},
+        {"two across", "y,Y,z\n1,2,3\n", "", "several are named alike"},
+        {"beyond all columns", xz, "columns 1,100001", "--columns: \"100001\" is no column"},
+        {"two signs", xz + "3,+-4\n", "", "line 5: column 2: expected a number, found \"+-4\""},
+        {"too large", xz + "3,1e400\n", "", "line 5: column 2: 1e400 is too large for a coordinate"},
+        {"as many words as are looked at", QByteArray("abc def\n").repeated(256), "", "holds no point"},
+        {"nothing in a column alone", xz + "nan\n", "", "line 5: has 1 column(s), expected at least 2"},
+        {"text beside another number", "x,z,q\n0,5,1\na,b,2\n", "", "line 3: column 1: expected a number"},
+        {"text in a profile per row", "5;6;7;8\n6;a;8;9\n", "pitch 1", "line 2: column 2: expected a number"},
+        {"a column without a name", "x;z\n1;2;3\n", "", "line 2 has 3; name every column"},
+        {"a long word", xz + "3," + QByteArray(200, 'a'), "", "aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa..."},
+        {"not printable", xz + "3,x\xE2\x80\x8By\n", "", "found \"x?y\""},
+        {"zero bytes", QByteArray("1,2\n\0,4\n", 8), "", "offset 4: byte 0x00"},
+        {"zero bytes", QByteArray("1,2\n3\0004\n", 8), "", "offset 5: byte 0x00"},
+        {"two bytes", QByteArray("1\0", 2), "", "offset 1: byte 0x00"},
+        {"metadata", "Result:\n\nx,z\n1,2\n", "", "\"Result:\" is about the measurement"},
+        {"huge", "0,5\n1,1e10\n2,6\n", "", "line 2: 1e+10 occurs 1 time(s)"},
+        {"the more frequent", "0,5\n1,-32768\n2,-9999\n3,-9999\n4,6\n", "", "-9999 occurs 2 time(s)"},
+        {"the more frequent", "0,5\n1,9999\n2,9999\n3,32768\n4,6\n", "", "9999 occurs 2 time(s)"},
         {"pitch of two", "1,2\n3,4\n", "pitch 1", "say which holds the heights"},
     };
     for (const Case& c : cases) {

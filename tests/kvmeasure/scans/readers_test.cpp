@@ -64,11 +64,22 @@ TEST_F(ScanReaders, TextAndPlyOfEveryKindAreRead) {
         ply("binary_little_endian", listed,
             items + bytesOf<float>({1, 2, 3}) + items + bytesOf<float>({4, 2, 3})),
         ply("binary_big_endian", doubles, "abc" + bytesOf<double>({1, 2, 3, 4, 2, 3}, true)),
+        ply("ascii", "obj_info a\n\nelement vertex 2\nproperty float ~\nproperty list char char z\n" + xyz,
+            "7 1 9 1 2 3\n7 0 4 2 3\n"),
+        ply("binary_little_endian", "element nothing 3\nelement vertex 2\n" + xyz,
+            bytesOf<float>({1, 2, 3, 4, 2, 3})),
+        ply("ascii", "comment " + QByteArray(65'526, 'c') + "\nelement vertex 2\n" + xyz, "1 2 3\n4 2 3\n"),
+        "1\t2\t3\n# all in inch\n4\t2\t3\n",
+        "x_um,y_um,z_mm\n1000,2000,3\n4000,2000,3\n",
+        QByteArray("\x03\x03\0\0\0", 5) + bytesOf<float>({1, 2, 3, 7, 7, NAN, 4, 2, 3}),
     };
     for (const QByteArray& file : files) {
         write("a.ply", file);
         EXPECT_EQ(pointsOf("a.ply"), "1 2 3; 4 2 3") << file.left(60).toStdString();
     }
+    ScanOptions other;
+    other.heightLast = true;
+    EXPECT_EQ(pointsOf("a.ply", other), "1 3 2; 4 3 2");
 }
 
 TEST_F(ScanReaders, NumbersOfPlyHaveTheSignAndSizeOfTheirType) {
@@ -122,6 +133,9 @@ TEST_F(ScanReaders, HeightMapsAreReadWithTheirDescription) {
         EXPECT_THAT(textOf(error), HasSubstr(QByteArray(bad).split(',')[0].toStdString() + " must be"));
         EXPECT_EQ(error.file(), "other.csv");
     }
+    write("other.csv", QByteArray(text).replace("rows,2\n", ""));
+    EXPECT_THAT(textOf(errorOf([&] { loadScan("b.bin", other); })),
+                HasSubstr("other.csv: the line \"rows,NUMBER\" is missing"));
     write("a.bin", bytesOf<quint16>({0, 4, 8, 12, 0}));
     EXPECT_THAT(textOf(errorOf([] { loadScan("a.bin", {}); })),
                 HasSubstr("holds 10 bytes, 2 rows of 3 columns need 12"));
@@ -155,6 +169,10 @@ TEST_F(ScanReaders, DamagedScansAreRefusedWithTheirPlace) {
         {ply("ascii", "element vertex 2\n" + xyz, "1.5 2.5 3.5\n"), "the file ends after 1"},
         {"1 2 3\n1 b 3\n", "line 2: column 2"},
         {"scan_mm/x_mm,0,1\n0,5\n", "line 2: has 2 columns"},
+        {"# unit: inch\n1 2 3\n", "speaks of inch; scans in text are in mm"},
+        {"x_mm y z\n1 2 3\n", "column 2: \"y\" has no unit of length known here"},
+        {"x,y [V],z\n1,2,3\n", "column 2: \"y [V]\" has no unit of length known here"},
+        {"# nothing\n\n", "holds no points"},
         {QByteArray(20, '\0'), "begins with the byte 0x00"},
     };
     for (const auto& c : cases)
@@ -173,6 +191,10 @@ TEST_F(ScanReaders, NameTheLineTheElementOrTheVertex) {
         {"ply\n" + QByteArray("comment\n").repeated(10'000), "its header does not end"},
         {"ply\ncomment " + QByteArray(70'000, 'c'), "a line of its header is longer than 65536 bytes"},
         {ascii + "element vertex one\n", "expected \"element NAME COUNT\", found \"element vertex one\""},
+        {ascii + "element vertex 1 2\n", "expected \"element NAME COUNT\""},
+        {ascii + "element vertex 1\nproperty float x y\n", "a property without element, type or name"},
+        {"ply\rb\n", "expected \"ply\" in the first line"},
+        {listed + "5 1 2 3\n", "vertex 0: its list \"q\" cannot have 5 entries"},
         {ascii + "property float x\n", "a property without element, type or name: \"property float x\""},
         {ascii + "element vertex 1\nproperty flot x\n", "unknown type \"flot\""},
         {ascii + "element vertex 1\nproperty list float int q\n", "a list must be a whole number"},
