@@ -98,6 +98,15 @@ TEST(PartMeasurement, SettingsChooseLinesAssignmentsAndExtras) {
     EXPECT_NEAR(all.best.values[0].freeEdges, 10.2 / 19, 1e-5) << "half a point distance at each end";
     EXPECT_NEAR(all.best.values[0].value, 10.2 + 10.2 / 19, 1e-5);
     EXPECT_EQ(part.measure(runs({5})).reason, "");
+    InspectionPlan guarded = twoRuns(1);
+    guarded.calibration.ofUnit = {{"mm", 0.2}};
+    guarded.measurements.addMeasurement(new KvMath::TSUMLinePoint(0, 0.5, "place"));
+    settings.fitting.reset();
+    for (const Decision decision : {Decision::Simple, Decision::Guarded}) {  // no uncertainty is known
+        guarded.decision = decision;
+        for (const Mark& mark : PartMeasurement(guarded, settings).measure(profile).best.marks)
+            EXPECT_EQ(mark.isGood, mark.kind == Mark::Point || decision == Decision::Simple);
+    }
     EXPECT_TRUE(PartMeasurement(twoRuns(1)).measure(profile).best.marks.isEmpty());
 }
 

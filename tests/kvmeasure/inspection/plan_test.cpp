@@ -106,12 +106,14 @@ TEST_F(Plans, AreToldInTheWordsThatMadeThem) {
                                  "centre = between fall.end rise.start 0.123456789",
                                  "lift = shift left.end rise.start 70 ref floor reversed",
                                  "drop = shift left.start fall.end -90",
-                                 "top = far 0 -1.5"};
+                                 "top = far 0 -1.5",
+                                 "climb = shift left.end rise.start 20 ref floor reversed"};
     InspectionPlan plan;
     plan.lineNames = QStringList{"left", "fall", "floor", "rise"};
     plan.lines.setTemplateLinesNumber(5);
     addMeasurements(statements.join("; "), plan);
     plan.means.append({"both", "bottom", "lift"});
+    plan.means.append({"lost", "tilt", "nothing"});
     QStringList told, values;
     for (const MeasurementStatement& statement : measurementStatements(plan)) {
         told.append(statement.text);
@@ -119,6 +121,7 @@ TEST_F(Plans, AreToldInTheWordsThatMadeThem) {
     }
     QStringList expected = statements;
     expected[1] = "both = mean of bottom and lift";
+    expected[2] = "lost = mean of tilt and nothing";
     expected.removeAt(8);
     EXPECT_EQ(told.join('\n').toStdString(), expected.join('\n').toStdString());
     QStringList names;
@@ -151,6 +154,24 @@ TEST_F(Plans, MeansOfShiftsAreADistanceOnlyAsTheWordMakesThem) {
     EXPECT_EQ(told(start, end), "depth = distance floor left");
     for (const auto& [first, second] : others)
         EXPECT_EQ(told(first, second), "depth = mean of a and b") << qPrintable(first + "; " + second);
+}
+
+TEST_F(Plans, AreTaughtFromTheSegmentsThatAreNamed) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"a", "\"a\" is no segment; expected numbers from 0 to 2"},
+        {"0,-1", "\"-1\" is no segment"},
+        {"3", "\"3\" is no segment"},
+        {"0, b c=1", "\"b c\" is no name"},
+        {"b=0, b=1", "\"b=1\" is there twice"},
+        {"1,1", "\"1\" is there twice"}};
+    for (const auto& [text, reason] : cases)
+        EXPECT_THAT(textOf(errorOf([&, text = text] { parseLines(text, 3); })), HasSubstr(reason));
+    EXPECT_EQ(parseLines("2, b=0", 3).names, QStringList({"0", "b"}));
+    EXPECT_TRUE(linesCutByView({}, groove(), parseLines("0", 3)).isEmpty());
+    InspectionPlan plan;
+    EXPECT_THAT(textOf(errorOf([&] { addMeasurements(QString(1000, ';'), plan); })),
+                HasSubstr("more than 1000"));
+    EXPECT_THAT(textOf(errorOf([&] { addTools(QString(1000, ';'), plan); })), HasSubstr("more than 1000"));
 }
 
 TEST_F(Plans, WholeNumbersAreBoundsLikeAllOthers) {
@@ -204,6 +225,10 @@ TEST_F(Plans, WithDamageNameThePlace) {
         {"\"allowReversed\": false", "\"allowReversed\": 0", "expected true or false"},
         {"\"first\": \"depth (start)", "\"first\": \"e", "means: \"depth\" is the mean of \"e\""},
         {"\"left\",", "", "lineNames: expected 3 names"},
+        {"\"left\",", "true,", "lineNames[0]: expected a text"},
+        {"\"lineIndex\": 0", "\"lineIndex\": -1", "names line -1; the template has 3 lines"},
+        {"\"free\",", "", "ends[0]: expected two of \"free\""},
+        {"\"free\",", "\"fre\",", "ends[0]: expected two of \"free\""},
         {"\"left\",", "\"right\",", "lineNames[2]: \"right\" is line 0 already"},
         {"\"name\": \"depth\"", "\"name\": \"depth (end)\"", "means: 2 results are named \"depth (end)\""},
         {"\"search\": {", "\"serach\": {", "plan: unknown key \"serach\"; did you mean \"search\"?"},
@@ -224,7 +249,7 @@ TEST_F(Plans, WithDamagedToolsNameThePlace) {
     plan.regions = {parseRegion("R = x -6..0.1 at A"), parseRegion("S = second z 1..2"),
                     parseRegion("T = all at B")};
     plan.anchors = {parseAnchor("A = line in S from 1 2 30"), parseAnchor("B = template left")};
-    addTools("t1 = max in S; t2 = percentile 5 in T of x; t3 = area in R above 0.5", plan);
+    addTools("t1 = max in S;; t2 = percentile 5 in T of x; t3 = area in R above 0.5", plan);
     plan.calibration.ofUnit = {{"mm", 0.002}};
     plan.master.emplace();
     plan.master->profile.points = {{0, 1}, {7, 1}};
@@ -244,6 +269,7 @@ TEST_F(Plans, WithDamagedToolsNameThePlace) {
         {"\"profile\": \"second\"", "\"profile\": \"third\"", "under \"profile\", found \"third\""},
         {"\"name\": \"t2\"", "\"name\": \"t1\"", "tools[1] \"t1\": there is a result \"t1\" already"},
         {"\"name\": \"t2\"", "\"name\": \"depth\"", "there is a result \"depth\" already"},
+        {"\"points\": [", "\"points\": [[\"a\", 1], ", "master.points[0]: expected two numbers [X, Z]"},
         {"\"points\": [", "\"points\": [[1], ", "master.points[0]: expected two numbers [X, Z]"},
         {"\"points\": [", "\"points\": [[1, \"a\"], ", "master.points[0]: expected two numbers [X, Z]"},
         {"\"name\": \"master\"", "\"name\": \"1\"", "\"1\" is no name"},
@@ -260,8 +286,9 @@ TEST_F(Plans, WithDamagedToolsNameThePlace) {
         ASSERT_TRUE(good.contains(c.from)) << c.from;
         expectRefused(QByteArray(good).replace(c.from, c.to), c.reason);
     }
-    plan.anchors[0].taught.turn = NAN;
-    EXPECT_EQ(plan.anchors[0].fault(), "its taught place is not finite");
+    plan.anchors[0].taught.turn = plan.anchors[1].taught.place.y = NAN;
+    for (const Anchor& anchor : plan.anchors)
+        EXPECT_EQ(anchor.fault(), "its taught place is not finite");
     std::swap(plan.regions[1].minZ, plan.regions[1].maxZ);
     EXPECT_EQ(plan.regions[1].fault(), "its z runs from 2 to 1; the smaller number comes first");
     plan.master->upper = -1;
@@ -271,6 +298,7 @@ TEST_F(Plans, WithDamagedToolsNameThePlace) {
     plan.master->profile.points[1].x = NAN;
     EXPECT_EQ(plan.master->fault(), "a master needs two points");
     EXPECT_EQ(plan.tools[0].set("of", "x") + plan.tools[0].set("none", "x"), "has no setting \"none\"");
+    EXPECT_TRUE(std::isnan(plan.tools[0].number("none")) && plan.tools[0].region("none").isEmpty());
     plan.tools[0].kind = nullptr;
     EXPECT_EQ(plan.tools[0].fault(), "has no kind");
     EXPECT_EQ(plan.tools[0].set("of", "x"), "has no setting \"of\"");
@@ -300,6 +328,10 @@ TEST_F(Plans, ThatAreNotFoundSayWhichConstraintRefusesTheNearestAssignment) {
         {R"("Endpoint distance w/c", )" + keys + "9.0", "is 7.3239 mm, more than between their other ends\n"},
         {R"("Length", "lineIndex": 0, "lowerBound": 6.5, "upperBound": "undefined")",
          "but length of line 0 is 6.0033 mm, allowed is at least 6.5000\n"},
+        {R"("Length", "lineIndex": 0, "lowerBound": "undefined", "upperBound": 5.5)",
+         "but length of line 0 is 6.0033 mm, allowed is at most 5.5000\n"},
+        {R"("Inclination angle", "lineIndex": 1, "lowerBound": "undefined", "upperBound": -0.5)",
+         "is 0.0000 deg, allowed is at most -28.6479\n"},
         {R"("Endpoint shift in direction", )" + keys + shift,
          "line 0 to line 1 is -6.1366 mm, allowed are 0.5"},
         {R"("Rotation angle", )" + keys + R"(3.1, "direction": 1)",

@@ -271,10 +271,11 @@ TEST(Tools, AreReadInWordsAndWrittenBack) {
         EXPECT_EQ(parseTool(words).tool.text(), words);
         EXPECT_EQ(parseTool(QString(" %1 ;").arg(words).replace(';', ' ')).tool.text(), words);
     }
-    for (const char* words : {"R = x -6..6", "R = all", "R = x ..2.5 z 1.. at A", "R = z -1e-05..0"})
-        EXPECT_EQ(parseRegion(words).text(), words);
     for (const char* words :
-         {"A = max in R", "A = line in R from 1 2 -5", "A = template floor", "A = left in R from 0 -3"})
+         {"R = x -6..6", "R = all", "R = second", "R = x ..2.5 z 1.. at A", "R = z -1e-05..0"})
+        EXPECT_EQ(parseRegion(words).text(), words);
+    for (const char* words : {"A = max in R", "A = line in R from 1 2 -5", "A = template floor",
+                              "A = template in", "A = left in R from 0 -3", "A = left in R from 0 0 30"})
         EXPECT_EQ(parseAnchor(words).text(), words);
     EXPECT_EQ(parseRegion("R = at A x -6 .. 6").text(), "R = x -6..6 at A");
     EXPECT_EQ(parseRegion("R = x 0.12345678901..1").text(), "R = x 0.123456789..1") << "ten digits";
@@ -303,6 +304,8 @@ TEST(Tools, RefuseWordsWithWhatWasExpected) {
         {"V = bridge in R skip 20", "\"skip\" must be less than \"window\""},
         {"V = bridge in R window 100.5", "must be from 0 to 100 %, not 100.5"},
         {"V = max in R : 5", "expected \"NOMINAL"},
+        {"V = box in R : max 3", "has several values; say whose tolerance it is"},
+        {"V = max in R : ", "expected \"NOMINAL"},
         {"V = \1max\2 in R", "\"\\u0001max\\u0002\" is no kind"},
     };
     for (const auto& [words, reason] : cases) {
@@ -313,12 +316,13 @@ TEST(Tools, RefuseWordsWithWhatWasExpected) {
         EXPECT_THAT(textOf(error), HasSubstr(reason)) << words;
         EXPECT_EQ(error.parameter(), "measure") << words;
     }
-    for (const char* words : {"", "R", "R = x", "R = x 3", "R = x 6..-6", "R = x 1..2 x 1..2", "R = y 1..2",
-                              "R = x nan..1", "R = at", "1 = all", "R = x 1..2 at A B"})
+    for (const char* words :
+         {"", "R", "R = x", "R = x 3", "R = x 6..-6", "R = x 1..2 x 1..2", "R = y 1..2", "R = x nan..1",
+          "R = x ..", "R = x 1..b", "R = at", "1 = all", "R = x 1..2 at A B"})
         EXPECT_EQ(errorOf([words] { parseRegion(words); }).parameter(), "region") << words;
     for (const char* words :
-         {"", "A", "A = ", "A = max", "A = peak in R", "A = max in R 1 2", "A = max in R from",
-          "A = max in R from 1", "A = max in R from 1 x", "A = max in R from 1 2 3 4"})
+         {"", "A", "A = ", "A = max", "A = max from 1 2", "A = peak in R", "A = max in R 1 2",
+          "A = max in R from", "A = max in R from 1", "A = max in R from 1 x", "A = max in R from 1 2 3 4"})
         EXPECT_EQ(errorOf([words] { parseAnchor(words); }).parameter(), "anchor") << words;
 }
 
