@@ -164,6 +164,14 @@ TEST_F(OutputFiles, OfAFolderAreReplacedByItsOwnAlone) {
     EXPECT_FALSE(files.holds("p_1.png"));
     files.removeAll();
     EXPECT_EQ(QDir("f").entryList(QDir::Files | QDir::Hidden), QStringList("mine"));
+    write("f/.kvmeasure", "../outside\n.\n..\nlink");  // names of another hand, of which one is in the folder
+    write("outside", "1");
+    EXPECT_TRUE(QFile::link("../outside", "f/link") && QFile::link("nowhere", "f/dangling"));
+    EXPECT_THAT(textOf(errorOf([] { OwnFiles("f").requireOwn({"dangling"}); })),
+                HasSubstr("is there already"));
+    OwnFiles("f").removeAll();
+    EXPECT_EQ(listed(), "outside");
+    EXPECT_FALSE(QFileInfo("f/link").isSymLink());
     FolderLock lock, second;
     lock.take("f");
     EXPECT_THAT(textOf(errorOf([&second] { second.take("f"); })), HasSubstr("another run"));

@@ -4,12 +4,17 @@
 #include <kvmeasure/drawing/circumference_picture.h>
 #include <kvmeasure/drawing/comparison_picture.h>
 #include <kvmeasure/drawing/conicity_picture.h>
+#include <kvmeasure/drawing/deviation_map.h>
 #include <kvmeasure/drawing/rendering.h>
+#include <kvmeasure/drawing/scan_picture.h>
+#include <kvmeasure/drawing/sensor_map_picture.h>
 #include <kvmeasure/drawing/series_picture.h>
 #include <kvmeasure/drawing/study_picture.h>
 #include <kvmeasure/drawing/trend_picture.h>
 #include <kvmeasure/drawing/wear_picture.h>
 #include <kvmeasure/drawing/zone_picture.h>
+
+#include <tests/support/scratch_directory.h>
 
 #include <QtCore/QXmlStreamReader>
 
@@ -101,7 +106,8 @@ TEST(Pictures, OfLinesAreDrawnWhateverTheyHold) {
             wear.title = "worn <1>";
             wear.nominal = line;
             wear.worn = other;
-            wear.marks = {{{nan, 1}, {1, 1}, "unseen"}, {{1, 2}, {1, 1.5}, "W1 0.50"}};
+            wear.marks = {
+                {{nan, 1}, {1, 1}, "unseen"}, {{1, 2}, {nan, 1}, "unseen"}, {{1, 2}, {1, 1.5}, "W1 0.50"}};
             const std::string texts = textsOf(drawWear(wear), "Wear");
             EXPECT_THAT(texts, HasSubstr("worn <1>|"));
             EXPECT_THAT(texts, HasSubstr("W1 0.50|"));
@@ -166,7 +172,7 @@ TEST(Pictures, OfSeriesAndStudiesSayWhatIsLeftOut) {
     Trend trend;
     trend.title = "trend";
     for (const std::vector<double>& values :
-         {std::vector<double>{}, {nan}, {1}, {nan, 2, nan}, {3, 2, 1}, {1, 1, 1e300}}) {
+         {std::vector<double>{}, {nan}, {1}, {nan, 2, nan}, {3, 2, 1}, {1, 1, 1e300}, {1, 1, -1e300}}) {
         for (const double step : {0.0, 1.0, -1.0, nan}) {
             trend.z.clear();
             Series one;
@@ -179,11 +185,13 @@ TEST(Pictures, OfSeriesAndStudiesSayWhatIsLeftOut) {
                     one.statistics.add(values[i], true);
             }
             trend.series = {one, one, one};
-            trend.series[1].hasTolerance = trend.series[2].hasTolerance = true;
+            trend.series[0].tolerance = {0, -infinite, infinite, false};
+            trend.series[2].unit = "deg";
+            trend.series[0].hasTolerance = trend.series[1].hasTolerance = trend.series[2].hasTolerance = true;
             trend.series[1].tolerance.lower = -0.5;
             trend.series[1].tolerance.upper = infinite;
             trend.series[2].tolerance.lower = -infinite;
-            trend.series[2].tolerance.upper = 2;
+            trend.series[2].tolerance.upper = 200;
             texts = textsOf(drawTrend(trend), "Trend");
             EXPECT_THAT(texts, HasSubstr("depth"));
             EXPECT_THAT(texts, testing::Not(HasSubstr("nan")));
@@ -215,6 +223,67 @@ TEST(Pictures, OfAComparisonShowTheMasterAloneWhereNothingIsCompared) {
         EXPECT_THAT(texts,
                     HasSubstr(height > 1 ? "outside the limits||2.00 %|" : "outside the limits||0.00 %|"));
     }
+    // Of the deviations in one pixel the greatest is drawn. What no point determines is said.
+    Comparison found;
+    found.registration.parts = {{}};
+    found.registration.parts[0].isFree = true;
+    found.largest = found.smallest = 0;
+    found.deviations = {{{20, -0.7}, {20, 0}, {0, 1}, -0.7}};
+    picture.comparison = &found;
+    picture.lower = -0.5;
+    const QByteArray alone = drawComparison(picture);
+    EXPECT_THAT(textsOf(alone), testing::AllOf(HasSubstr("-0.7000 mm|"), HasSubstr("not determined|"),
+                                               testing::Not(HasSubstr("outside the limits"))));
+    for (const double less : {0.6, -0.1})
+        found.deviations.push_back({{20, less}, {20, 0}, {0, 1}, less});
+    EXPECT_EQ(drawComparison(picture), alone);
+    found.deviations.push_back({{20, 6}, {20, 5}, {0, 1}, 0.6});
+    EXPECT_NE(drawComparison(picture), alone) << "beside it";
+}
+
+TEST(Pictures, OfDeviationsSayWhatIsMissing) {
+    const TestSupport::ScratchDirectory scratch;
+    const auto cloud = [](const DeviationMap& map, bool heightLast) {
+        writeDeviationCloud("c.ply", map, heightLast);
+        return TestSupport::ScratchDirectory::read("c.ply").toStdString();
+    };
+    Scan scan;
+    scan.add(KvMath::KvPointXYZ(1, 0, 1));
+    scan.add(KvMath::KvPointXYZ(2, 0, 2));
+    ScanComparison comparison;
+    comparison.reason = "no master";
+    for (const DeviationMap& map :
+         {DeviationMap{"scan", &scan}, {"scan", nullptr, &comparison}, {"scan", &scan, &comparison}}) {
+        EXPECT_EQ(textsOf(drawDeviationMap(map)), "||scan||");
+        EXPECT_THAT(cloud(map, true), HasSubstr("y along the scan, z height\nelement vertex 0\n"));
+    }
+    const DeviationMap map{"scan", &scan, &comparison, -infinite, 0.05};
+    comparison.deviations = {std::nanf(""), 0.1F};
+    EXPECT_THAT(textsOf(drawDeviationMap(map)), HasSubstr("NOT COMPARED: no master|"));
+    comparison.reason.clear();
+    comparison.compared = 1;
+    comparison.largest = {1, {1, 0, 1}, 0.1};
+    EXPECT_THAT(textsOf(drawDeviationMap(map)), HasSubstr("+0.1000 mm|"));
+    EXPECT_THAT(cloud(map, false), HasSubstr("y height, z along the scan\nelement vertex 1\n"));
+}
+
+TEST(Pictures, WithoutValuesHaveTheirFrame) {
+    const QByteArray empty = drawScan({});
+    for (int set = 0; set < 15; ++set) {
+        ScanPicture scan;
+        scan.grid.rows = set & 1;
+        scan.grid.columns = (set >> 1) & 1;
+        scan.grid.stepX = (set >> 2) & 1;
+        scan.grid.stepZ = (set >> 3) & 1;
+        EXPECT_EQ(drawScan(scan), empty) << set;
+    }
+    SensorMap map;
+    map.heading = "Z";
+    map.rows = 1;
+    map.raster = {2, 1, {std::nanf(""), std::nanf("")}, {}};
+    EXPECT_THAT(textsOf(drawSensorMaps("t", {map})), HasSubstr("Z: no value|"));
+    map.raster.values = {7, 7};
+    EXPECT_THAT(textsOf(drawSensorMaps("t", {map})), testing::AllOf(HasSubstr("Z|"), HasSubstr("|7")));
 }
 
 }  // namespace

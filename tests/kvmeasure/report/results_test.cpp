@@ -1,7 +1,9 @@
 // Results of "match" and "measure" read again, and the statistics made of them.
 
+#include <kvmeasure/report/aqdef_file.h>
 #include <kvmeasure/report/match_report.h>
 #include <kvmeasure/report/match_results.h>
+#include <kvmeasure/report/qif_file.h>
 #include <tests/kvmeasure/calls.h>
 #include <tests/support/scratch_directory.h>
 
@@ -89,6 +91,9 @@ TEST(MatchResults, AreThoseOfTheReport) {
          "2}]}]}",
          "another tolerance"},
         {"a,b\n1,2\n", "is no output of"},
+        {"a,verdict\n1,2\n", "is no output of"},
+        {"a,z_mm,verdict\n1,2,3\n", "is no output of"},
+        {"profile,z,verdict\n1,2,3\n", "is no output of"},
         {"profile,z_mm,verdict\nx,y,z\n", ""},
     };
     for (const auto& [text, reason] : refused) {
@@ -98,6 +103,31 @@ TEST(MatchResults, AreThoseOfTheReport) {
             EXPECT_TRUE(resultsOf(text).series.isEmpty());
         }
     }
+}
+
+// What a field has no room for is cut between letters; what a line cannot hold is a blank.
+TEST(HandedFiles, HoldAnyTextAndLimitsOnOneSide) {
+    const TestSupport::ScratchDirectory scratch;
+    const QString face = QString::fromUtf8("\xf0\x9f\x98\x80");
+    HandedRun run;
+    run.plan = QString(79, 'p') + face;
+    run.station = "a" + QString(QChar(0xd800)) + "b" + QChar(0xfffe) + face + QChar(0xd800);
+    run.operatorName = "7";
+    Value ratio;
+    ratio.name = "ratio";
+    ratio.unit = "mm";
+    ratio.hasTolerance = true;
+    ratio.tolerance = {0, 0.5, INFINITY, false};
+    run.characteristics = {ratio};
+    AqdefFile("a.dfq", run).commit();
+    EXPECT_THAT(scratch.read("a.dfq").toStdString(),
+                testing::AllOf(HasSubstr("K1002/1 " + std::string(79, 'p') + "\r\n"),
+                               HasSubstr("K1206/1 a b \xf0\x9f\x98\x80\r\n"), HasSubstr("K2110/1 0.5\r\n"),
+                               HasSubstr("K2121/1 0\r\n")));
+    QifFile("a.qif", run).commit();
+    EXPECT_THAT(scratch.read("a.qif").toStdString(),
+                testing::AllOf(HasSubstr("MinValue"), testing::Not(HasSubstr("MaxValue")),
+                               testing::Not(HasSubstr("SHA-256")), testing::Not(HasSubstr("<Results>"))));
 }
 
 TEST(MatchReport, GivesStatisticsOfEachValue) {
