@@ -385,11 +385,14 @@ TEST(WheelLimits, JudgeByDiameter) {
     }
     const struct {
         const char *rows, *error;
-    } refused[] = {{"symbol,minimum,maximum\nsd,1,2\n", "did you mean \"Sd\""},
-                   {"symbol,minimum\nSd,1\n", "there is no \"maximum\""},
-                   {"symbol,minimum,maximum\nSd,,\n", "neither minimum nor maximum"},
-                   {"symbol,minimum,maximum\nSd,3,2\n", "minimum 3 is above maximum 2"},
-                   {"symbol,minimum,maximum\nSd,1,2\nSd,1,3\n", "line 3: holds for diameters that line 2"}};
+    } refused[] = {
+        {"symbol,minimum,maximum\nsd,1,2\n", "did you mean \"Sd\""},
+        {"symbol,minimum\nSd,1\n", "there is no \"maximum\""},
+        {"symbol,minimum,maximum\nSd,,\n", "neither minimum nor maximum"},
+        {"symbol,minimum,maximum\nSd,3,2\n", "minimum 3 is above maximum 2"},
+        {"symbol,minimum_cm,maximum_cm\nSd,0.1,0.05\n", "minimum 1 is above maximum 0.5"},
+        {"symbol,diameter_from,diameter_to,minimum,maximum\nSd,9,3,1,2\n", "diameter_from 9 is not below"},
+        {"symbol,minimum,maximum\nSd,1,2\nSd,1,3\n", "line 3: holds for diameters that line 2"}};
     for (const auto& each : refused)
         EXPECT_THAT(errorText([&] { readWheelLimits(scratch.write("r.csv", each.rows)); }),
                     testing::HasSubstr(each.error));

@@ -1,5 +1,6 @@
 // Recordings that are cut, and sections whose flange back is seen or not.
 
+#include <kvmeasure/wheels/gauge_section.h>
 #include <kvmeasure/wheels/post.h>
 #include <kvmeasure/wheels/recording.h>
 #include <kvmeasure/wheels/values.h>
@@ -101,6 +102,7 @@ TEST(WheelSections, SayWhatTheyLack) {
         const char* notes;
     } cases[] = {{0, 130, 0.25, ""},
                  {1, 65, 0.25, ""},
+                 {0, 15, 0.25, "no flank 2 mm below the flange tip"},
                  {0, 50, 0.25, "no tread 70 mm from the flange back: the section ends at 50.0 mm"},
                  {1, 50.5, 0.25, "no tread 60 mm from the flange back: the section ends at 50.5 mm"},
                  {2, 65, 0.25, "no tread 70 mm from the flange back: the section ends at 65.0 mm"}};
@@ -128,6 +130,22 @@ TEST(WheelSections, SayWhatTheyLack) {
             wheel.values.value[missing] = std::nan("");
         EXPECT_EQ(wheel.isComplete(), missing < 0 || missing == 8 || missing == 10) << missing;
     }
+}
+
+TEST(WheelSections, OfAPassAreMeasuredAsThoseOfGauges) {
+    MeasuredSection section;
+    WheelResult wheel;
+    EXPECT_EQ(wheelSection(section, wheel).reason, "the wheel has no section");
+    wheel.notes = QStringList{"one", "two"};
+    section.places.points = {{0, 0}};
+    EXPECT_EQ(wheelSection(section, wheel).reason, "one; two") << "too few points";
+    for (int i = 0; i < 100; ++i)
+        section.profile.points.append({float(i), float(std::abs(i - 15))});
+    EXPECT_EQ(wheelSection(section, wheel).backReason, "the flange back is not seen");
+    wheel.backY = 0;
+    wheel.back = FlangeBack::Given;
+    EXPECT_EQ(wheelSection(section, wheel).source, BackSource::Given);
+    EXPECT_EQ(wheelSection(section, wheel).tip, 15);
 }
 
 TEST(WheelSections, TellReflectionsAndRadiiThatNoWheelHas) {
@@ -162,8 +180,8 @@ TEST(PostSettings, AreTakenAsWrittenAndDamageIsNamed) {
                      three = two + "[SENSOR3]\nSN=300\n";
     for (const QByteArray& odd :
          {QByteArray("; a \"remark\n"), QByteArray("# a remark\n"), QByteArray("a = \"x;y\" ; remark\n"),
-          QByteArray("b = one \\\n two\n"), QByteArray("\xEF\xBB\xBF; marked\n"), QByteArray("c = \\"),
-          QByteArray("minProfsInWheel = 7 \r\n\r\n")}) {
+          QByteArray("b = one \\\n two\n"), QByteArray("d = a\\\\b\n"), QByteArray("\xEF\xBB\xBF; marked\n"),
+          QByteArray("c = \\"), QByteArray("minProfsInWheel = 7 \r\n\r\n")}) {
         const PostSettings settings(scratch.write("s.ini", odd.endsWith('\\') ? one + odd : odd + one));
         EXPECT_EQ(settings.indexOf(100), 1) << odd.toStdString();
         EXPECT_EQ(settings.indexOf(999), 0) << odd.toStdString();
