@@ -45,11 +45,14 @@ def count_at(segments, place):
 
 
 def outcomes(branches, segments):
-    """(line, column, outcome) -> runs, template instances added up, without conditions that the compiler decided."""
+    """(line, column, outcome) -> runs, template instances added up, without conditions that the compiler decided.
+
+    Below 0, as a difference of counters that threads have lost counts of, is none.
+    """
     counts = {}
     for line, column, _, _, true, false, *_ in branches:
         for outcome, runs in ((True, true), (False, false)):
-            counts[line, column, outcome] = counts.get((line, column, outcome), 0) + runs
+            counts[line, column, outcome] = counts.get((line, column, outcome), 0) + max(runs, 0)
     return {(line, column, outcome): runs for (line, column, outcome), runs in counts.items()
             if counts[line, column, True] or counts[line, column, False] or not count_at(segments, (line, column))}
 
