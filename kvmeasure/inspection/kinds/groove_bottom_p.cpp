@@ -210,10 +210,10 @@ BottomFit Bottom::fit(GrooveBottom wanted) {
     if (wanted == GrooveBottom::Flat || wanted == GrooveBottom::Lowest)
         return result_;
     // A floor may be dished a little.
-    constexpr double kDished = 0.1;
+    constexpr double kDished = 0.1, kBend = 4;
     const bool isFlat = hasFloor && result_.floor.deviation <= least && (isOff || share >= kFlatShare);
     const bool isRound =
-        (!isFlat || curvesDown(result_.floor)) && fitRound(bottom) && result_.arc.deviation <= least &&
+        (!isFlat || bendOf(result_.floor) < -kBend) && fitRound(bottom) && result_.arc.deviation <= least &&
         (!isFlat || sagitta(result_.arc.circle.radius, result_.arc.span.span) > kDished * most_);
     if (wanted == GrooveBottom::Automatic)
         result_.form = isRound ? GrooveBottom::Round : isFlat ? GrooveBottom::Flat : GrooveBottom::Lowest;

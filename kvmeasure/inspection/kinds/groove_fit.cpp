@@ -263,7 +263,9 @@ void Groove::area(GrooveResult& result) const {
     const DepthBelow depthOf(left_.rim, right_.rim);
     std::vector<OutlinePoint> outline;
     outline.reserve(points_.size() + 2);
-    for (std::size_t i = left_.last + 1; i < right_.last; ++i) {
+    const std::size_t from = left_.hasFlank ? left_.last : left_.wall;
+    const std::size_t to = right_.hasFlank ? right_.last : right_.wall;
+    for (std::size_t i = from + 1; i < to; ++i) {
         const double at = place(points_[i]);
         const double depth = depthOf(points_[i]);
         if ((at > 0 && at < result.width.value) || depth > kSurelyInside * result.depth.value)

@@ -20,14 +20,16 @@ inline double sineBetween(const LineFit& a, const LineFit& b) {
 struct GrooveSide {
     LineFit land, flank;
     std::size_t last = 0;  ///< last point of the land
+    std::size_t wall = 0;  ///< without a flank: the last point before the wall, at the end of a round edge
     Vector rim;
     double uRim = 0;  ///< standard uncertainty of the rim along the lid without that of the lines, mm
     bool hasFlank = false;
     bool isOnArc = false;  ///< the rim is where the land meets the arc of the bottom
 };
 
-/// Whether the middle third of the points of a line lies below the others, beyond what noise explains.
-bool curvesDown(const LineFit& line);
+/// How far the middle third of the points of a line lies above the others, in standard deviations of that
+/// difference by the noise of neighbours; 0 where that is not known.
+double bendOf(const LineFit& line);
 
 /// Finds the sides of a groove between two numbers of points, the land of its neighbours.
 class GrooveSides {
@@ -40,8 +42,11 @@ public:
     QString fit(GrooveSide& side, int step) const;
 
 private:
+    /// The greatest step of the wall is that deep: then it has no points that a line could be fitted to.
+    bool isUpright(GrooveSide& side, const LineFit& land, int step, double least) const;
     void findRim(GrooveSide& side, int step) const;
     void straighten(GrooveSide& side, int step) const;
+    void takeSteepest(GrooveSide& side, int step) const;
 
     const std::vector<Vector>& points_;
     const GrooveGap& gap_;

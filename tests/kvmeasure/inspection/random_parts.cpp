@@ -100,6 +100,16 @@ Part roundGroove(Random& random) {
             "groove, round"};
 }
 
+Part roundEdges(Random& random) {
+    const double width = within(random, 3, 10), depth = within(random, 1.5, 8);
+    const double radius = std::min(within(random, 0.1, 1), 0.4 * depth);
+    Points points = arcOf({-radius, -radius}, radius, kPi / 2, 0);
+    const Points right = arcOf({width + radius, -radius}, radius, kPi, kPi / 2);
+    points.insert(points.end(), {{1e-9, -depth}, {width - 1e-9, -depth}});
+    points.insert(points.end(), right.begin(), right.end());
+    return {"groove in M", {withLands(random, points)}, {{"width", width}}, {}, 0, "groove, round edges"};
+}
+
 Part edgePart(Random& random) {
     const double height = within(random, 0.5, 3), flank = within(random, 0.05, 0.5);
     return {
@@ -196,7 +206,7 @@ TEST(RandomParts, AreMeasuredWithinTheirUncertainty) {
     const int wanted = qEnvironmentVariableIntValue("KVMEASURE_RUNS");
     const int runs = std::max(120, wanted);
     Random random(20261124);
-    for (const auto& make : {flatGroove, vGroove, roundGroove, edgePart, hems, plate, fillet}) {
+    for (const auto& make : {flatGroove, vGroove, roundGroove, roundEdges, edgePart, hems, plate, fillet}) {
         QMap<QString, Errors> seen;
         for (int i = 0; i < runs;) {
             Part part = make(random);
