@@ -37,7 +37,7 @@ const TemplateKind& templateKind(KvMath::TSMeasurement& measurement) {
     static const ForeignKind foreign;
     const QString type = measurement.getType();
     for (const TemplateKind* kind : kinds) {
-        if (kind->type() == type && kind->isOwn(measurement))
+        if (kind->type() == type && kind->isOwn(&measurement))
             return *kind;
     }
     return foreign;

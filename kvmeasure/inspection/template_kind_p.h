@@ -33,7 +33,7 @@ class TemplateKind : public MeasurementKind {
 public:
     virtual QLatin1String type() const = 0;  ///< type name of the measurement, the same in stored plans
     /// It is of the class that the other functions ask for; one of a host may only have the type's name.
-    virtual bool isOwn(const KvMath::TSMeasurement& measurement) const = 0;
+    virtual bool isOwn(const KvMath::TSMeasurement* measurement) const = 0;
 
     /// Why a value is missing where the measurement has no result.
     virtual QString whyNotMeasured() const { return QStringLiteral("a line that it reads was not found"); }
@@ -59,8 +59,8 @@ public:
 template <class Own>
 class TemplateKindOf : public TemplateKind {
 public:
-    bool isOwn(const KvMath::TSMeasurement& measurement) const override {
-        return dynamic_cast<const Own*>(&measurement) != nullptr;
+    bool isOwn(const KvMath::TSMeasurement* measurement) const override {
+        return dynamic_cast<const Own*>(measurement) != nullptr;
     }
 
 protected:

@@ -273,8 +273,8 @@ TEST(Pictures, WithoutValuesHaveTheirFrame) {
         ScanPicture scan;
         scan.grid.rows = set & 1;
         scan.grid.columns = (set >> 1) & 1;
-        scan.grid.stepX = (set >> 2) & 1;
-        scan.grid.stepZ = (set >> 3) & 1;
+        scan.grid.stepX = float((set >> 2) & 1);
+        scan.grid.stepZ = float((set >> 3) & 1);
         EXPECT_EQ(drawScan(scan), empty) << set;
     }
     SensorMap map;
