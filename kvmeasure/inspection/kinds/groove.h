@@ -50,9 +50,9 @@ struct GrooveResult {
 /// fewer than three), or, at a wall without a line, half way between the last point of the land and the next
 /// one. The lid joins the rims. The form is V where the lines of the flanks lead to the lowest points, flat
 /// or round where the points that lie off both, or those deeper than eight tenths of the depth, are a line or
-/// an arc; else the depth is that of the lowest point. Flanks that curve are fitted near the rim, those below a
-/// round edge in their lower half: the rim is where the wall would meet the land. Areas end
-/// at walls that are upright in the profile, whatever the lid's direction.
+/// an arc; else the depth is that of the lowest point. Flanks that curve are fitted near the rim, those below
+/// a round edge in their lower half: the rim is where the wall would meet the land. Areas end at walls that
+/// are upright in the profile, whatever the lid's direction.
 ///
 /// No groove, with a reason: fewer than seven points, no gap, a land of fewer than three points or one that
 /// runs on into the flank (a rim lies outside the region), a groove shallower than five standard deviations
