@@ -46,7 +46,7 @@ bool GrooveSides::isUpright(GrooveSide& side, const LineFit& land, int step, dou
         }
         i = next;
     }
-    return most >= least;
+    return most > 0 && most >= least;
 }
 
 QString GrooveSides::fit(GrooveSide& side, int step) const {
@@ -109,7 +109,9 @@ QString GrooveSides::fit(GrooveSide& side, int step) const {
     }
     findRim(side, step);
     straighten(side, step);
-    return {};
+    return side.hasFlank || side.wall != gap_.deepest
+               ? QString()
+               : QString("no groove is deeper than the limit or the noise");
 }
 
 /// A flank that curves towards the bottom leads past the rim: it is fitted again, nearer to the rim, for as
@@ -163,7 +165,8 @@ void GrooveSides::straighten(GrooveSide& side, int step) const {
 
 /// A wall of few points below a round edge: through the two with the greatest step.
 void GrooveSides::takeSteepest(GrooveSide& side, int step) const {
-    isUpright(side, side.land, step, 0);
+    if (!isUpright(side, side.land, step, 0))
+        return;
     const Vector& a = points_[side.wall];
     const Vector& b = points_[step < 0 ? side.wall + 1 : side.wall - 1];
     LineFit wall;
@@ -184,6 +187,10 @@ void GrooveSides::findRim(GrooveSide& side, int step) const {
     }
     // Anywhere between the two points; a scanner's columns are places in x, however the land is inclined.
     const Vector& last = points_[side.wall];
+    if (side.wall == gap_.deepest) {  // no wall is left
+        side.rim = side.land.pointAt(side.land.placeOf(last));
+        return;
+    }
     const Vector& next = points_[step < 0 ? side.wall + 1 : side.wall - 1];
     const double ofLast = side.land.placeOf(last);
     const double along = (next.x - last.x) / side.land.along.x;

@@ -277,7 +277,7 @@ TEST_F(Text, WhatIsNotClearIsRefusedWithTheWayOut) {
         {"two across", "y,Y,z\n1,2,3\n", "", "several are named alike"},
         {"beyond all columns", xz, "columns 1,100001", "--columns: \"100001\" is no column"},
         {"two signs", xz + "3,+-4\n", "", "line 5: column 2: expected a number, found \"+-4\""},
-        {"too large", xz + "3,1e400\n", "", "line 5: column 2: 1e400 is too large for a coordinate"},
+        {"too large", xz + "3,1e300\n", "", "line 5: column 2: 1e300 is too large for a coordinate"},
         {"as many words as are looked at", QByteArray("abc def\n").repeated(256), "", "holds no point"},
         {"nothing in a column alone", xz + "nan\n", "", "line 5: has 1 column(s), expected at least 2"},
         {"text beside another number", "x,z,q\n0,5,1\na,b,2\n", "", "line 3: column 1: expected a number"},
