@@ -112,7 +112,7 @@ void Bottom::fitFlanks(bool isRough) {
 bool Bottom::isV() const {
     const LineFit &left = result_.left, &right = result_.right;
     return left.isFound() && right.isFound() && left.points >= kFewestOfLine &&
-           right.points >= kFewestOfLine && sineBetween(left, right) > kLeastSine;
+           right.points >= kFewestOfLine && absoluteSine(left, right) > kLeastSine;
 }
 
 /// The line of a flank; of a wall with fewer points than a line needs, from the rim to its first deep point.

@@ -33,6 +33,7 @@ private:
     void moveToArc(GrooveSide& side) const;
     void addRimOnArc(const GrooveSide& side, UncertaintySum& width) const;
     void lowestOfArc(GrooveResult& result, UncertaintySum& depth) const;
+    void floorOrLowest(GrooveResult& result, UncertaintySum& depth) const;
     static double uOfArc(const ArcUncertainty& u, double x, double z, double radius);
     void area(GrooveResult& result) const;
     double uLid(const Vector& at, double& degrees) const;
@@ -94,7 +95,7 @@ void Groove::meetingOfFlanks(GrooveResult& result, UncertaintySum& depth) const 
         const LineFit& other = *lines[1 - i];
         const LineUncertainty u = lineUncertainty(moved, noise_);
         const double move =
-            u.at(moved.placeOf(result.bottom)) / sineBetween(moved, other);  // along the other
+            u.at(moved.placeOf(result.bottom)) / absoluteSine(moved, other);  // along the other
         x.add(move * other.along.x, u.degreesOfFreedom);
         z.add(move * other.along.y, u.degreesOfFreedom);
         depth.add(move * (other.along.x * lid.y - other.along.y * lid.x), u.degreesOfFreedom);
@@ -155,6 +156,43 @@ void Groove::lowestOfArc(GrooveResult& result, UncertaintySum& depth) const {
     result.x.degreesOfFreedom = result.z.degreesOfFreedom = u.degreesOfFreedom;
 }
 
+/// The floor under the middle of the lid, or the lowest point.
+void Groove::floorOrLowest(GrooveResult& result, UncertaintySum& depth) const {
+    const bool isFlat = bottom_.form == GrooveBottom::Flat;
+    const Vector lid = middle(left_.rim, right_.rim);
+    const Vector down(lidDirection().y, -lidDirection().x);
+    const LineFit& line = bottom_.floor;
+    const double way = line.distanceOf(lid) / (down.x * line.along.y - down.y * line.along.x);
+    // Under the middle of the lid, or where the floor is nearest to that.
+    const double place =
+        std::clamp(line.placeOf({lid.x + way * down.x, lid.y + way * down.y}), line.from, line.to);
+    const Vector floor = line.pointAt(place);
+    result.isLowest = !isFlat;
+    result.lacksBottom = !isFlat && bottom_.lacksPoints;
+    result.bottom = isFlat ? floor : bottom_.lowest;
+    const LineUncertainty u = lineUncertainty(line, noise_);
+    depth.add(isFlat ? u.at(place) : noise_.deviation, u.degreesOfFreedom);
+    // The slope leads on from the lowest point, to anywhere before its neighbour.
+    constexpr double kOfNoise = 3;
+    const double unseenDepth =
+        std::max(bottom_.toNeighbour - kOfNoise * noise_.deviation, 0.0) / std::sqrt(3.0);
+    if (!isFlat)
+        depth.add(unseenDepth, std::numeric_limits<double>::infinity());
+    // Square under the middle of the rims; of a lowest point x is anywhere between its neighbours.
+    double degrees = 0;
+    const double ofRims = std::hypot(uLid(left_.rim, degrees), uLid(right_.rim, degrees));
+    UncertaintySum x;
+    x.add(result.width.u / 2, result.width.degreesOfFreedom);
+    // Walls lie off independently over all widths, at whole columns alike, with twice the variance.
+    constexpr double kMore = 0.14;
+    x.add(std::sqrt(kMore * left_.uRim * right_.uRim), std::numeric_limits<double>::infinity());
+    x.add(ofRims / result.width.value * depthOf(result.bottom), degrees);
+    result.x.u = isFlat ? x.u() : std::numeric_limits<double>::quiet_NaN();
+    result.x.degreesOfFreedom = x.degreesOfFreedom();
+    result.z.u = depth.u();
+    result.z.degreesOfFreedom = u.degreesOfFreedom;
+}
+
 void Groove::widthAndDepth(GrooveResult& result) const {
     result.width.value = length(left_.rim, right_.rim);
     UncertaintySum width;
@@ -166,7 +204,7 @@ void Groove::widthAndDepth(GrooveResult& result) const {
             addRimOnArc(*side, width);
             continue;
         }
-        const double crossing = sineBetween(side->land, side->flank);
+        const double crossing = absoluteSine(side->land, side->flank);
         for (const LineFit* line : {&side->land, &side->flank}) {
             const LineUncertainty u = lineUncertainty(*line, noise_);
             const double move = u.at(line->placeOf(side->rim)) / crossing;
@@ -182,39 +220,7 @@ void Groove::widthAndDepth(GrooveResult& result) const {
     } else if (bottom_.form == GrooveBottom::Round) {
         lowestOfArc(result, depth);
     } else {
-        const bool isFlat = bottom_.form == GrooveBottom::Flat;
-        const Vector lid = middle(left_.rim, right_.rim);
-        const Vector down(lidDirection().y, -lidDirection().x);
-        const LineFit& line = bottom_.floor;
-        const double way = line.distanceOf(lid) / (down.x * line.along.y - down.y * line.along.x);
-        // Under the middle of the lid, or where the floor is nearest to that.
-        const double place =
-            std::clamp(line.placeOf({lid.x + way * down.x, lid.y + way * down.y}), line.from, line.to);
-        const Vector floor = line.pointAt(place);
-        result.isLowest = !isFlat;
-        result.lacksBottom = !isFlat && bottom_.lacksPoints;
-        result.bottom = isFlat ? floor : bottom_.lowest;
-        const LineUncertainty u = lineUncertainty(line, noise_);
-        depth.add(isFlat ? u.at(place) : noise_.deviation, u.degreesOfFreedom);
-        // The slope leads on from the lowest point, to anywhere before its neighbour.
-        constexpr double kOfNoise = 3;
-        const double unseenDepth =
-            std::max(bottom_.toNeighbour - kOfNoise * noise_.deviation, 0.0) / std::sqrt(3.0);
-        if (!isFlat)
-            depth.add(unseenDepth, std::numeric_limits<double>::infinity());
-        // Square under the middle of the rims; of a lowest point x is anywhere between its neighbours.
-        double degrees = 0;
-        const double ofRims = std::hypot(uLid(left_.rim, degrees), uLid(right_.rim, degrees));
-        UncertaintySum x;
-        x.add(width.u() / 2, width.degreesOfFreedom());
-        // Walls lie off independently over all widths, at whole columns alike, with twice the variance.
-        constexpr double kMore = 0.14;
-        x.add(std::sqrt(kMore * left_.uRim * right_.uRim), std::numeric_limits<double>::infinity());
-        x.add(ofRims / result.width.value * depthOf(result.bottom), degrees);
-        result.x.u = isFlat ? x.u() : std::numeric_limits<double>::quiet_NaN();
-        result.x.degreesOfFreedom = x.degreesOfFreedom();
-        result.z.u = depth.u();
-        result.z.degreesOfFreedom = u.degreesOfFreedom;
+        floorOrLowest(result, depth);
     }
     double degrees = 0;
     const double lid = uLid(result.bottom, degrees);

@@ -35,7 +35,7 @@ double bendOf(const LineFit& line) {
     return noise > 0 ? bend / noise : 0;
 }
 
-bool GrooveSides::isUpright(GrooveSide& side, const LineFit& land, int step, double least) const {
+bool GrooveSides::findWall(GrooveSide& side, const LineFit& land, int step, double least) const {
     double most = 0;
     for (std::size_t i = side.last; i != gap_.deepest;) {
         const std::size_t next = step < 0 ? i + 1 : i - 1;
@@ -84,15 +84,15 @@ QString GrooveSides::fit(GrooveSide& side, int step) const {
         const auto isRoundTo = [&](std::size_t end) {
             return std::max(off, end) - std::min(off, end) >= kOfEdge;
         };
-        if (!isUpright(side, land, step, kFlankShare * whole) || !isRoundTo(side.wall)) {
+        if (!findWall(side, land, step, kFlankShare * whole) || !isRoundTo(side.wall)) {
             side.wall = side.last;
             side.flank = flankTo(kFlankShare * whole);
             side.hasFlank = side.flank.isFound();
-            if (side.hasFlank && sineBetween(side.land, side.flank) < kLeastSine)
+            if (side.hasFlank && absoluteSine(side.land, side.flank) < kLeastSine)
                 return outside;
             if (!side.hasFlank) {  // a wall of few points: down to the noise of the bottom
                 side.flank = flankTo(std::min(kWallShare * whole, whole - 2 * kOffLand * land.deviation));
-                side.hasFlank = side.flank.isFound() && sineBetween(side.land, side.flank) >= kLeastSine;
+                side.hasFlank = side.flank.isFound() && absoluteSine(side.land, side.flank) >= kLeastSine;
             }
             if (!side.hasFlank && !isRoundTo(side.last))
                 side.wall = off;
@@ -126,7 +126,7 @@ void GrooveSides::straighten(GrooveSide& side, int step) const {
     const auto fitAgain = [&](double from, double to, int fewest) {
         const LineFit line =
             fitFlank(points_, {stop, gap_.deepest}, {side.last, gap_.deepest}, depth, from, to, &side.flank);
-        if (!line.isFound() || line.points < fewest || sineBetween(side.land, line) < kLeastSine)
+        if (!line.isFound() || line.points < fewest || absoluteSine(side.land, line) < kLeastSine)
             return false;
         side.flank = line;
         findRim(side, step);
@@ -144,7 +144,7 @@ void GrooveSides::straighten(GrooveSide& side, int step) const {
     const double lowest = std::min(kMost * whole, whole - 2 * kOffLand * side.land.deviation);
     if (!fitAgain(std::max(kFirst * whole, least), lowest, kFewestOfLine)) {
         constexpr double kSteep = 0.7;  // sine
-        if (side.flank.points >= kFewest || sineBetween(side.land, side.flank) < kSteep)
+        if (side.flank.points >= kFewest || absoluteSine(side.land, side.flank) < kSteep)
             return;
         const auto ofLand = [&](const Vector& p) { return -side.land.distanceOf(p); };
         const std::size_t off = landEnd(points_, gap_.deepest, stop, kOffLand * side.land.deviation, ofLand);
@@ -156,7 +156,7 @@ void GrooveSides::straighten(GrooveSide& side, int step) const {
         const double place = of.flank.placeOf(of.rim);
         return of.land.deviation * of.flank.along.x *
                std::sqrt(1.0 / of.flank.points + place * place / of.flank.spread) /
-               sineBetween(of.land, of.flank);
+               absoluteSine(of.land, of.flank);
     };
     const double inwards = (side.land.placeOf(side.rim) - side.land.placeOf(before.rim)) * -step;
     if (!(inwards > kBend * std::hypot(uRim(before), uRim(side)) + kRounding * whole))
@@ -165,7 +165,7 @@ void GrooveSides::straighten(GrooveSide& side, int step) const {
 
 /// A wall of few points below a round edge: through the two with the greatest step.
 void GrooveSides::takeSteepest(GrooveSide& side, int step) const {
-    if (!isUpright(side, side.land, step, 0))
+    if (!findWall(side, side.land, step, 0))
         return;
     const Vector& a = points_[side.wall];
     const Vector& b = points_[step < 0 ? side.wall + 1 : side.wall - 1];
@@ -173,7 +173,7 @@ void GrooveSides::takeSteepest(GrooveSide& side, int step) const {
     wall.centre = a;
     wall.along = Vector((b.x - a.x) / length(a, b), (b.y - a.y) / length(a, b));
     const Vector rim = meetingPoint(side.land, wall);
-    if (!(std::isfinite(rim.x) && std::isfinite(rim.y) && sineBetween(side.land, wall) >= kLeastSine))
+    if (!(std::isfinite(rim.x) && std::isfinite(rim.y) && absoluteSine(side.land, wall) >= kLeastSine))
         return;
     side.rim = rim;
     side.uRim = std::fabs(b.x - a.x) / std::sqrt(12.0);
@@ -183,6 +183,7 @@ void GrooveSides::takeSteepest(GrooveSide& side, int step) const {
 void GrooveSides::findRim(GrooveSide& side, int step) const {
     if (side.hasFlank) {
         side.rim = meetingPoint(side.land, side.flank);
+        side.uRim = 0;
         return;
     }
     // Anywhere between the two points; a scanner's columns are places in x, however the land is inclined.

@@ -12,7 +12,8 @@ constexpr int kFewestOfLine = 3;
 constexpr double kLeastSine = 0.17;  // 10 degrees: lines that are nearer to each other are one
 constexpr double kRounding = 1e-6;   // of the depth, where there is no noise
 
-inline double sineBetween(const LineFit& a, const LineFit& b) {
+/// Of the angle between two lines, 0 to 1.
+inline double absoluteSine(const LineFit& a, const LineFit& b) {
     return std::fabs(a.along.x * b.along.y - a.along.y * b.along.x);
 }
 
@@ -42,8 +43,9 @@ public:
     QString fit(GrooveSide& side, int step) const;
 
 private:
-    /// The greatest step of the wall is that deep: then it has no points that a line could be fitted to.
-    bool isUpright(GrooveSide& side, const LineFit& land, int step, double least) const;
+    /// Sets the point before the greatest step of the side. True where that step is `least` deep, mm: then
+    /// the wall has no points that a line could be fitted to.
+    bool findWall(GrooveSide& side, const LineFit& land, int step, double least) const;
     void findRim(GrooveSide& side, int step) const;
     void straighten(GrooveSide& side, int step) const;
     void takeSteepest(GrooveSide& side, int step) const;
