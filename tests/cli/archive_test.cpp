@@ -6,9 +6,6 @@
 
 namespace {
 
-using testing::HasSubstr;
-using testing::StartsWith;
-
 class Archive : public Program {
 protected:
     void SetUp() override {

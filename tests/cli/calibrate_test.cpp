@@ -5,11 +5,7 @@
 
 #include <QtCore/QXmlStreamReader>
 
-#include <cmath>
-
 namespace {
-
-using testing::HasSubstr;
 
 class Calibrate : public Program {
 protected:
@@ -114,8 +110,7 @@ TEST_F(Calibrate, StepsThatATableCannotHoldAndHolesAreSaid) {
     const std::pair<const char*, const char*> empty[] = {
         {"simulate flat.raw --z-origin -60", "mostly empty: steps 0 to 599 (z -60 to -0.1 mm): z below zero"},
         {"simulate flat.raw --z-origin 300",
-         "mostly empty: steps 0 to 999 (z 300 to 399.9 mm): z beyond twice"},
-    };
+         "mostly empty: steps 0 to 999 (z 300 to 399.9 mm): z beyond twice"}};
     for (const auto& [line, reason] : empty) {
         done(line);
         expectRefused(("calibrate build flat.raw a.tbl" + units).split(' '), reason);
@@ -203,8 +198,7 @@ TEST_F(Calibrate, WrongUseSaysWhatAndLeavesFilesWhole) {
         {"build flat.raw flat.raw --z-range 100 --x-range 140", "is read by this command"},
         {"apply full.tbl flat.raw full.tbl --z-range 100 --x-range 140", "is read by this command"},
         {"check full.tbl --truth flat.raw.truth.json --svg full.svg", "is read by this command"},
-        {"simulate s.raw --second s.raw.truth.json", "written twice"},
-    };
+        {"simulate s.raw --second s.raw.truth.json", "written twice"}};
     ASSERT_TRUE(QFile::link("full.tbl", "full.svg"));
     for (const auto& [line, reason] : refusals)
         expectRefused(QString("calibrate " + QString(line)).split(' '), reason);

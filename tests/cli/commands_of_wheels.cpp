@@ -107,18 +107,17 @@ TEST_F(Commands, RailsTellTheirValuesAndGauge) {
         counted += row(x, -(x - 36) * (x - 36) / 600.0 - 3 * std::max(0, std::abs(x - 36) - 30));
     write("counted.csv", counted.replace(".000000,", ","));
     write("list.txt", "counted.csv\n");
-    expect({
-        {"rails parameters rail.csv worn.csv --reference rail.csv --svg both.svg", 0, {"worn.csv 1.0000"}},
-        {"rails parameters wheel.csv", 1, {"no rail: the section has the shape of a wheel"}},
-        {"rails parameters wheel.csv rail.csv --svg r.svg", 1, {"\nrail.csv - - - - 68.0471 300.0451"}},
-        {"rails parameters counted.csv", 0, {"counted.csv - - - - 68.0471 300.0852"}},
-        {"rails parameters --files-from list.txt --out part.csv", 0, {}},
-        {"rails gauge track.csv", 0, {"gauge 1431.953 mm", "within 14 mm below the running surface\n"}},
-        {"rails gauge track.csv --json", 0, {"\"leftFace\": [", "\"notes\": ["}},
-        {"rails gauge rail.csv rail.csv", 1, {"no gauge: "}},
-        {"rails gauge rail.csv rail.csv --json", 1, {"\"leftFace\": null"}},
-        {"rails gauge rail.csv wheel.csv --rail-origin 750", 1, {"no gauge: "}},
-    });
+    expect(
+        {{"rails parameters rail.csv worn.csv --reference rail.csv --svg both.svg", 0, {"worn.csv 1.0000"}},
+         {"rails parameters wheel.csv", 1, {"no rail: the section has the shape of a wheel"}},
+         {"rails parameters wheel.csv rail.csv --svg r.svg", 1, {"\nrail.csv - - - - 68.0471 300.0451"}},
+         {"rails parameters counted.csv", 0, {"counted.csv - - - - 68.0471 300.0852"}},
+         {"rails parameters --files-from list.txt --out part.csv", 0, {}},
+         {"rails gauge track.csv", 0, {"gauge 1431.953 mm", "within 14 mm below the running surface\n"}},
+         {"rails gauge track.csv --json", 0, {"\"leftFace\": [", "\"notes\": ["}},
+         {"rails gauge rail.csv rail.csv", 1, {"no gauge: "}},
+         {"rails gauge rail.csv rail.csv --json", 1, {"\"leftFace\": null"}},
+         {"rails gauge rail.csv wheel.csv --rail-origin 750", 1, {"no gauge: "}}});
     EXPECT_THAT(call("rails parameters counted.csv").err, HasSubstr("x counts 0, 1, 2, ..."));
     EXPECT_THAT(call("rails gauge counted.csv counted.csv --rail-origin 750").err,
                 HasSubstr("x counts 0, 1, 2, ..."));
@@ -134,19 +133,17 @@ TEST_F(Commands, GaugeFilesAreToldAndWritten) {
     write("late.csv", wheel(8));
     write("rail.csv", rail());
     write("line.csv", "0,0\n1,0\n2,0\n3,0\n");
-    expect({
-        {"wheels info wheel.csv rail.csv",
-         0,
-         {"of a wheel\n", "of a rail\n", "side -\n", "points 521\n", "x counts from not stated"}},
-        {"wheels info wheel.csv line.csv --json",
-         1,
-         {"\"object\": \"cross-section\"", "and 10 are needed", "\"side\": null"}},
-        {"wheels info gone.csv", 2, {"gone.csv: no such file"}},
-        {"wheels import wheel.csv out.csv --json", 0, {"\"object\": \"wheel\"", "\"points\": 521"}},
-        {"wheels import rail.csv rail2.csv", 0, {"rail2.csv: rail of 721 points"}},
-        {"wheels import late.csv late2.csv", 0, {"late2.csv: wheel of 489 points; "}},
-        {"wheels import line.csv none.csv", 2, {"line.csv: "}},
-    });
+    expect({{"wheels info wheel.csv rail.csv",
+             0,
+             {"of a wheel\n", "of a rail\n", "side -\n", "points 521\n", "x counts from not stated"}},
+            {"wheels info wheel.csv line.csv --json",
+             1,
+             {"\"object\": \"cross-section\"", "and 10 are needed", "\"side\": null"}},
+            {"wheels info gone.csv", 2, {"gone.csv: no such file"}},
+            {"wheels import wheel.csv out.csv --json", 0, {"\"object\": \"wheel\"", "\"points\": 521"}},
+            {"wheels import rail.csv rail2.csv", 0, {"rail2.csv: rail of 721 points"}},
+            {"wheels import late.csv late2.csv", 0, {"late2.csv: wheel of 489 points; "}},
+            {"wheels import line.csv none.csv", 2, {"line.csv: "}}});
     EXPECT_THAT(read("out.csv"), testing::StartsWith("x_mm,z_mm\n0.000000,"));
     EXPECT_THAT(read("late2.csv"), testing::StartsWith("x_mm,z_mm\n0.000000,"));
 }
@@ -161,41 +158,39 @@ TEST_F(Commands, SectionsOfFilesAreMeasuredOneByOneAndAsALists) {
     QByteArray widths = "10";
     for (int i = 0; i < 100; ++i)
         widths += ",10";
-    expect({
-        {"wheels parameters wheel.csv --diameter 920 --widths 10,13~mm --svg w.svg",
-         0,
-         {"28.0000 32.5000", "0.000 seen", "Sd10 Sd13 reasons\n", " 32.5000 31.2"}},
-        {"wheels parameters wheel.csv half.csv --svg both.svg", 1, {"half.csv"}},
-        {"wheels parameters --files-from halves.txt --out halves.csv --reference wheel.csv", 1, {}},
-        {"wheels parameters wheel.csv --diameter 920 --limits limits.csv --json",
-         1,
-         {"\"verdict\": \"", "\"symbol\": \"Sd\""}},
-        {"wheels parameters wheel.csv --diameter 920 --limits limits.csv",
-         1,
-         {"limits for a running diameter of 920.00 mm"}},
-        {"wheels parameters low.csv --diameter 920",
-         2,
-         {"low.csv: no radius is above 0; is --diameter right?"}},
-        {"wheels parameters wheel.csv --limits limits.csv", 1, {"a section alone has no radius"}},
-        {"wheels parameters wheel.csv --widths 201", 2, {"e.g. 10,13; not \"201\""}},
-        {"wheels parameters wheel.csv --widths 0",
-         2,
-         {"needs heights above 0 mm, 200 mm at most, e.g. 10,13; not \"0\""}},
-        {"wheels parameters wheel.csv --radii", 1, {"wheel.csv"}},
-        {"wheels parameters wheel.csv --widths " + widths, 2, {"--widths takes 100 heights at most"}},
-        {"wheels parameters wheel.csv --widths 201", 2, {"200 mm at most"}},
-        {"wheels parameters wheel.csv --widths 10,x",
-         2,
-         {"needs heights above 0 mm, 200 mm at most, e.g. 10,13; not \"x\""}},
-        {"wheels parameters wheel.csv --radii --diameter 920", 2, {"leave --diameter out"}},
-        {"wheels parameters wheel.csv --join 2", 2, {"--join is of recordings; these are sections"}},
-        {"wheels parameters --files-from list.txt --out part.csv --reference S1002 --jobs 2 --stats",
-         2,
-         {"part.csv: 1 row(s) say NOT READ"}},
-        {"wheels parameters --files-from list.txt --out judged.csv --limits limits.csv --diameter 920",
-         2,
-         {"judged.csv: 1 row(s) say NOT READ"}},
-    });
+    expect({{"wheels parameters wheel.csv --diameter 920 --widths 10,13~mm --svg w.svg",
+             0,
+             {"28.0000 32.5000", "0.000 seen", "Sd10 Sd13 reasons\n", " 32.5000 31.2"}},
+            {"wheels parameters wheel.csv half.csv --svg both.svg", 1, {"half.csv"}},
+            {"wheels parameters --files-from halves.txt --out halves.csv --reference wheel.csv", 1, {}},
+            {"wheels parameters wheel.csv --diameter 920 --limits limits.csv --json",
+             1,
+             {"\"verdict\": \"", "\"symbol\": \"Sd\""}},
+            {"wheels parameters wheel.csv --diameter 920 --limits limits.csv",
+             1,
+             {"limits for a running diameter of 920.00 mm"}},
+            {"wheels parameters low.csv --diameter 920",
+             2,
+             {"low.csv: no radius is above 0; is --diameter right?"}},
+            {"wheels parameters wheel.csv --limits limits.csv", 1, {"a section alone has no radius"}},
+            {"wheels parameters wheel.csv --widths 201", 2, {"e.g. 10,13; not \"201\""}},
+            {"wheels parameters wheel.csv --widths 0",
+             2,
+             {"needs heights above 0 mm, 200 mm at most, e.g. 10,13; not \"0\""}},
+            {"wheels parameters wheel.csv --radii", 1, {"wheel.csv"}},
+            {"wheels parameters wheel.csv --widths " + widths, 2, {"--widths takes 100 heights at most"}},
+            {"wheels parameters wheel.csv --widths 201", 2, {"200 mm at most"}},
+            {"wheels parameters wheel.csv --widths 10,x",
+             2,
+             {"needs heights above 0 mm, 200 mm at most, e.g. 10,13; not \"x\""}},
+            {"wheels parameters wheel.csv --radii --diameter 920", 2, {"leave --diameter out"}},
+            {"wheels parameters wheel.csv --join 2", 2, {"--join is of recordings; these are sections"}},
+            {"wheels parameters --files-from list.txt --out part.csv --reference S1002 --jobs 2 --stats",
+             2,
+             {"part.csv: 1 row(s) say NOT READ"}},
+            {"wheels parameters --files-from list.txt --out judged.csv --limits limits.csv --diameter 920",
+             2,
+             {"judged.csv: 1 row(s) say NOT READ"}}});
     EXPECT_THAT(read("part.csv"), HasSubstr("\nwheel.csv,28,32.5,"));
     EXPECT_THAT(read("part.csv"), HasSubstr("NOT READ,gone.csv: no such file"));
     EXPECT_THAT(read("judged.csv"), HasSubstr("Sd"));
@@ -221,40 +216,39 @@ TEST_F(Commands, ConicityTellsCurveAndContacts) {
     write("flat.csv", "y,dr\n-4,0\n0,0\n4,0\n");
     ASSERT_EQ(call("filter wheel.csv wheel.bin --format record --steps sort-x").code, 0);
     const QString sections = "wheels conicity --right wheel.csv --right-rail rail.csv ";
-    expect({
-        {sections + "--gauge 1432 --amplitudes 1..2:0.5", 0, {"right: ", "largest amplitude 10.000 mm"}},
-        {"wheels conicity --right gauge.whl --right-rail rail.csv --gauge 1432 --amplitudes 1",
-         0,
-         {"1 0.3698 0.3694"}},
-        {"wheels conicity --right wheel.csv --right-rail upset.csv --gauge 1432 --amplitudes 1",
-         0,
-         {"1 0.3698 0.3694", "right-rail: upside down"}},
-        {"wheels conicity --right gauge.whl --right-rail gauge.whl --gauge 1432",
-         2,
-         {"gauge.whl: --right-rail: no rail"}},
-        {"wheels conicity --right tread.csv --right-rail rail.csv", 1, {"do not reach the running circle"}},
-        {"wheels conicity --right wheel.bin --right-rail rail.csv --columns 1,2", 0, {"largest amplitude"}},
-        {"wheels conicity --right gone.csv --right-rail rail.csv --gauge 1432", 2, {"gone.csv: no"}},
-        {"wheels conicity --delta-r flat.csv --amplitudes 2", 1, {"difference is zero throughout"}},
-        {sections + "--gauge 2000 --json", 1, {"\"runningPosition\": null"}},
-        {sections + "--gauge 2000 --svg none.svg", 1, {"right"}},
-        {sections + "--gauge 1432 --mirror wheel", 2, {"--mirror needs ", "not \"wheel\""}},
-        {sections + "--gauge 1432 --amplitudes x", 2, {"needs numbers or ranges FROM..TO:STEP"}},
-        {sections + "--gauge 1432 --amplitudes 1..2:0", 2, {"needs a step above 0 behind a range"}},
-        {sections + "--gauge 1432 --amplitudes 1..2:x", 2, {"needs a step above 0 behind a range"}},
-        {sections + "--gauge 1432 --columns 1,2 --json", 0, {"\"valid\": true"}},
-        {"wheels conicity --right rail.csv --right-rail rail.csv --gauge 1432", 2, {"--right: "}},
-        {"wheels conicity --delta-r dr.csv --amplitudes 2 --svg c.svg", 0, {"0.0500"}},
-        {"wheels conicity --delta-r two.csv --amplitudes 2", 0, {"0.0500"}},
-        {"wheels conicity --delta-r three.csv --columns 1,2 --amplitudes 2", 0, {"0.0500"}},
-        {"wheels conicity --delta-r three.csv --amplitudes 2",
-         2,
-         {"has 3 column(s), none of them called y and dr"}},
-        {"wheels conicity --delta-r dr.csv --amplitudes 5", 1, {"beyond the largest, 4 mm"}},
-        {"wheels conicity --delta-r one.csv",
-         1,
-         {"the rolling radius difference is known at one shift only"}},
-    });
+    expect(
+        {{sections + "--gauge 1432 --amplitudes 1..2:0.5", 0, {"right: ", "largest amplitude 10.000 mm"}},
+         {"wheels conicity --right gauge.whl --right-rail rail.csv --gauge 1432 --amplitudes 1",
+          0,
+          {"1 0.3698 0.3694"}},
+         {"wheels conicity --right wheel.csv --right-rail upset.csv --gauge 1432 --amplitudes 1",
+          0,
+          {"1 0.3698 0.3694", "right-rail: upside down"}},
+         {"wheels conicity --right gauge.whl --right-rail gauge.whl --gauge 1432",
+          2,
+          {"gauge.whl: --right-rail: no rail"}},
+         {"wheels conicity --right tread.csv --right-rail rail.csv", 1, {"do not reach the running circle"}},
+         {"wheels conicity --right wheel.bin --right-rail rail.csv --columns 1,2", 0, {"largest amplitude"}},
+         {"wheels conicity --right gone.csv --right-rail rail.csv --gauge 1432", 2, {"gone.csv: no"}},
+         {"wheels conicity --delta-r flat.csv --amplitudes 2", 1, {"difference is zero throughout"}},
+         {sections + "--gauge 2000 --json", 1, {"\"runningPosition\": null"}},
+         {sections + "--gauge 2000 --svg none.svg", 1, {"right"}},
+         {sections + "--gauge 1432 --mirror wheel", 2, {"--mirror needs ", "not \"wheel\""}},
+         {sections + "--gauge 1432 --amplitudes x", 2, {"needs numbers or ranges FROM..TO:STEP"}},
+         {sections + "--gauge 1432 --amplitudes 1..2:0", 2, {"needs a step above 0 behind a range"}},
+         {sections + "--gauge 1432 --amplitudes 1..2:x", 2, {"needs a step above 0 behind a range"}},
+         {sections + "--gauge 1432 --columns 1,2 --json", 0, {"\"valid\": true"}},
+         {"wheels conicity --right rail.csv --right-rail rail.csv --gauge 1432", 2, {"--right: "}},
+         {"wheels conicity --delta-r dr.csv --amplitudes 2 --svg c.svg", 0, {"0.0500"}},
+         {"wheels conicity --delta-r two.csv --amplitudes 2", 0, {"0.0500"}},
+         {"wheels conicity --delta-r three.csv --columns 1,2 --amplitudes 2", 0, {"0.0500"}},
+         {"wheels conicity --delta-r three.csv --amplitudes 2",
+          2,
+          {"has 3 column(s), none of them called y and dr"}},
+         {"wheels conicity --delta-r dr.csv --amplitudes 5", 1, {"beyond the largest, 4 mm"}},
+         {"wheels conicity --delta-r one.csv",
+          1,
+          {"the rolling radius difference is known at one shift only"}}});
     EXPECT_THAT(read("c.svg"), HasSubstr("equivalent conicity, tan gamma"));
 }
 
@@ -263,24 +257,22 @@ TEST_F(Commands, APostIsCheckedInWords) {
     write("half.csv", wheel(0, 65));
     write("limits.csv", "symbol,minimum,maximum\nSh,27,36\n");
     const QString check = "wheels check-post post --reference post/reference.csv ";
-    expect({
-        {check + "--back-to-back 1360",
-         0,
-         {"left wheel: these errors change its diameter by 0.00", " for 920.000\n",
-          "1360.000 given, difference 0.00"}},
-        {check + "--back-to-back 1365 --settings post/settings.ini",
-         1,
-         {"-2.500", "Y beyond the tolerance", "difference -4.999"}},
-        {"wheels check-post post --reference half.csv", 2, {"half.csv: no section of a wheel: no tread"}},
-        {"wheels parameters post --back 1", 2, {"--back is for sections; in recordings the flange back"}},
-        {"wheels parameters post --radii", 2, {"--radii is of sections; these are recordings"}},
-        {"wheels pass post --limits limits.csv --vehicles 1,x",
-         2,
-         {"--vehicles \"1,x\": expected whole numbers"}},
-        {"wheels pass post gone", 2, {"gone: no such file or directory"}},
-        {"simulate pass --reference --wheelsets 3 --out p", 2, {"--wheelsets has no effect"}},
-        {"simulate pass --flats 14 --breakouts 4 --out p", 2, {"--flats"}},
-    });
+    expect({{check + "--back-to-back 1360",
+             0,
+             {"left wheel: these errors change its diameter by 0.00", " for 920.000\n",
+              "1360.000 given, difference 0.00"}},
+            {check + "--back-to-back 1365 --settings post/settings.ini",
+             1,
+             {"-2.500", "Y beyond the tolerance", "difference -4.999"}},
+            {"wheels check-post post --reference half.csv", 2, {"half.csv: no section of a wheel: no tread"}},
+            {"wheels parameters post --back 1", 2, {"--back is for sections; in recordings the flange back"}},
+            {"wheels parameters post --radii", 2, {"--radii is of sections; these are recordings"}},
+            {"wheels pass post --limits limits.csv --vehicles 1,x",
+             2,
+             {"--vehicles \"1,x\": expected whole numbers"}},
+            {"wheels pass post gone", 2, {"gone: no such file or directory"}},
+            {"simulate pass --reference --wheelsets 3 --out p", 2, {"--wheelsets has no effect"}},
+            {"simulate pass --flats 14 --breakouts 4 --out p", 2, {"--flats"}}});
     ASSERT_TRUE(QFile::remove("post/pass_1004.bin"));
     expect(
         {{check + "--diameter 921 --right-diameter 919 --tolerance 0.01",
@@ -295,16 +287,15 @@ TEST_F(Commands, APassWithoutSomeRecordingsIsStoredWithReasons) {
     write("file", "");
     const QString pass = "wheels pass train --no-pictures --out results --store s.db";
     const std::string none = "there is no recording of SENSOR4, SENSOR11; what the others tell";
-    expect({
-        {"wheels defects train --mode 3", 2, {none}},
-        {"wheels distances train", 0, {"2 distance(s)"}},
-        {pass + " --limits limits.csv --bogies 1 --report p.html", 2, {none}},
-        {"wheels pass train --out file", 2, {"file/work: cannot be made or is no directory"}},
-        {"results s.db --csv", 0, {",Sh,", "NOT MEASURED,SENSOR4 has no recording"}},
-        {"results s.db --name defect --csv", 0, {",defect,,0,,,,0,good,\n", ",defect,,1,,,,0,OUT,\n"}},
-        {"results s.db --csv --json", 2, {"--json and --csv are two forms of one output; give one of them"}},
-        {"wheels check-post train --reference train/reference.csv", 2, {"reference.csv"}},
-    });
+    expect(
+        {{"wheels defects train --mode 3", 2, {none}},
+         {"wheels distances train", 0, {"2 distance(s)"}},
+         {pass + " --limits limits.csv --bogies 1 --report p.html", 2, {none}},
+         {"wheels pass train --out file", 2, {"file/work: cannot be made or is no directory"}},
+         {"results s.db --csv", 0, {",Sh,", "NOT MEASURED,SENSOR4 has no recording"}},
+         {"results s.db --name defect --csv", 0, {",defect,,0,,,,0,good,\n", ",defect,,1,,,,0,OUT,\n"}},
+         {"results s.db --csv --json", 2, {"--json and --csv are two forms of one output; give one of them"}},
+         {"wheels check-post train --reference train/reference.csv", 2, {"reference.csv"}}});
     ASSERT_TRUE(QFile::remove("train/pass_1001.bin"));
     expect({{pass + " --limits limits.csv", 2, {"there is no recording of SENSOR1, "}},
             {"wheels distances train", 2, {"there is no recording of SENSOR1;"}},
@@ -316,18 +307,17 @@ TEST_F(Commands, APassIsJudgedByItsGroupsInWordsAndOnAPage) {
     write("limits.csv", "symbol,minimum,maximum\nSh,27,36\nSd,20,33\nDD,,0.3\nDB,,5\nDV,,0.5\n");
     write("wide.csv", "symbol,minimum,maximum\nSh,10,40\n");
     const QString pass = "wheels pass train --no-pictures --out results ";
-    expect({
-        {pass + "--limits limits.csv --vehicles 2 --bogies 1,2 --report page.html",
-         1,
-         {"1 DD 0.7160", "OUT 0.416 above the maximum 0.3", "bogie 2, wheelsets 2 to 3: OUT\n",
-          "vehicle 2, wheelsets 3 to 3 (cut short): OUT\n", "train: OUT\n", "3 wheelset(s), 6 wheel(s)"}},
-        {pass + "--limits wide.csv --report good.html", 0, {"train: good\n"}},
-        {pass + "--vehicles 2", 2, {"--vehicles goes with --limits"}},
-        {pass + "--limits wide.csv --vehicles 101", 2, {"--vehicles \"101\": expected whole numbers from"}},
-        {pass + "--limits wide.csv --vehicles 0",
-         2,
-         {"--vehicles \"0\": expected whole numbers from 1 to 100"}},
-    });
+    expect(
+        {{pass + "--limits limits.csv --vehicles 2 --bogies 1,2 --report page.html",
+          1,
+          {"1 DD 0.7160", "OUT 0.416 above the maximum 0.3", "bogie 2, wheelsets 2 to 3: OUT\n",
+           "vehicle 2, wheelsets 3 to 3 (cut short): OUT\n", "train: OUT\n", "3 wheelset(s), 6 wheel(s)"}},
+         {pass + "--limits wide.csv --report good.html", 0, {"train: good\n"}},
+         {pass + "--vehicles 2", 2, {"--vehicles goes with --limits"}},
+         {pass + "--limits wide.csv --vehicles 101", 2, {"--vehicles \"101\": expected whole numbers from"}},
+         {pass + "--limits wide.csv --vehicles 0",
+          2,
+          {"--vehicles \"0\": expected whole numbers from 1 to 100"}}});
     EXPECT_THAT(read("page.html"), HasSubstr("2 to 3"));
     EXPECT_THAT(read("page.html"), HasSubstr("3 to 3 (cut short)"));
     EXPECT_THAT(read("page.html"), HasSubstr("vehicle(s) not good"));

@@ -4,8 +4,6 @@
 
 namespace {
 
-using testing::HasSubstr;
-
 class CompareProgram : public Program {
 protected:
     QJsonObject json(const QStringList& words, int code) const {

@@ -2,12 +2,7 @@
 
 #include <tests/cli/program.h>
 
-#include <cmath>
-
 namespace {
-
-using testing::HasSubstr;
-using testing::Not;
 
 class ConicityProgram : public Program {
 protected:
@@ -93,7 +88,7 @@ TEST_F(ConicityProgram, MeasuresSectionsOnRails) {
                                     "--rail-origin 750 --amplitudes 2,4.5");
     EXPECT_NEAR(uneven["runningPosition"].toDouble(), 1, 1e-3);
     EXPECT_THAT(run("wheels conicity --right w.csv --right-rail r.csv --rail-origin 750").out,
-                testing::AllOf(HasSubstr("0.0500"), HasSubstr("touches at two places")));
+                AllOf(HasSubstr("0.0500"), HasSubstr("touches at two places")));
 }
 
 TEST_F(ConicityProgram, TakesTablesAndRefusesWhatCannotBe) {
@@ -117,24 +112,22 @@ TEST_F(ConicityProgram, TakesTablesAndRefusesWhatCannotBe) {
     const struct {
         const char* words;
         const char* reason;
-    } refused[] = {
-        {"--right w.csv", "--right-rail RAIL is missing"},
-        {"--right r.csv --right-rail r.csv", "r.csv: --right: looks like a rail"},
-        {"--right w.csv --right-rail w.csv", "w.csv: --right-rail: looks like a wheel"},
-        {"--right three.csv --right-rail r.csv", "three.csv: --right: has 3 point(s)"},
-        {"--right inch.csv --right-rail r.csv", "another unit"},
-        {"--right w.csv --right-rail r.csv --amplitudes 1..1e9:1e-9", "up to 100 mm"},
-        {"--right w.csv --right-rail r.csv --amplitudes 1..2:1e-9", "at most 10000"},
-        {"--right w.csv --right-rail r.csv --amplitudes 1..2", "a step above 0"},
-        {"--right w.csv --right-rail r.csv --amplitudes 0", "above 0"},
-        {"--right w.csv --right-rail r.csv --diameter 0", "--diameter must be from 1"},
-        {"--right w.csv --right-rail r.csv --step 1e-9", "--step must be from 0.01"},
-        {"--right w.csv --right-rail r.csv --gauge 1435 --rail-origin 750", "give one"},
-        {"--delta-r dr.csv --right w.csv", "--right has no effect with --delta-r"},
-        {"--delta-r twice.csv", "two rows for y = 0"},
-        {"--delta-r hole.csv", "line 3: no number"},
-        {"--delta-r dr.csv --columns y_mm", "the columns of y and dr"},
-    };
+    } refused[] = {{"--right w.csv", "--right-rail RAIL is missing"},
+                   {"--right r.csv --right-rail r.csv", "r.csv: --right: looks like a rail"},
+                   {"--right w.csv --right-rail w.csv", "w.csv: --right-rail: looks like a wheel"},
+                   {"--right three.csv --right-rail r.csv", "three.csv: --right: has 3 point(s)"},
+                   {"--right inch.csv --right-rail r.csv", "another unit"},
+                   {"--right w.csv --right-rail r.csv --amplitudes 1..1e9:1e-9", "up to 100 mm"},
+                   {"--right w.csv --right-rail r.csv --amplitudes 1..2:1e-9", "at most 10000"},
+                   {"--right w.csv --right-rail r.csv --amplitudes 1..2", "a step above 0"},
+                   {"--right w.csv --right-rail r.csv --amplitudes 0", "above 0"},
+                   {"--right w.csv --right-rail r.csv --diameter 0", "--diameter must be from 1"},
+                   {"--right w.csv --right-rail r.csv --step 1e-9", "--step must be from 0.01"},
+                   {"--right w.csv --right-rail r.csv --gauge 1435 --rail-origin 750", "give one"},
+                   {"--delta-r dr.csv --right w.csv", "--right has no effect with --delta-r"},
+                   {"--delta-r twice.csv", "two rows for y = 0"},
+                   {"--delta-r hole.csv", "line 3: no number"},
+                   {"--delta-r dr.csv --columns y_mm", "the columns of y and dr"}};
     for (const auto& each : refused)
         expectRefused((QString("wheels conicity ") + each.words).toUtf8().constData(), each.reason);
 }

@@ -2,11 +2,7 @@
 
 #include <tests/cli/program.h>
 
-#include <vector>
-
 namespace {
-
-using testing::HasSubstr;
 
 struct Place {
     float x, y;
@@ -31,7 +27,7 @@ TEST_F(Filters, ThatChangedNothingSaySo) {
     const Outcome idle = run({"filter", "p.csv", "o.csv", "--steps", "shift 1 0; median 9999; mean 1000"});
     EXPECT_THAT(idle.out, HasSubstr("step 2 \"median 9999\" changed nothing in 801 points\n"
                                     "step 3 \"mean 1000\" changed nothing in 801 points\n"));
-    EXPECT_THAT(idle.out, testing::Not(HasSubstr("step 1 \"shift")));
+    EXPECT_THAT(idle.out, Not(HasSubstr("step 1 \"shift")));
 }
 
 TEST_F(Filters, ReadStandardInput) {

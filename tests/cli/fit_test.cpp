@@ -2,13 +2,9 @@
 
 #include <tests/cli/program.h>
 
-#include <cmath>
 #include <random>
-#include <vector>
 
 namespace {
-
-using testing::HasSubstr;
 
 struct Place {
     double x, y;

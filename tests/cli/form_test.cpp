@@ -2,18 +2,14 @@
 
 #include <tests/cli/program.h>
 
-#include <cmath>
-
 namespace {
-
-using testing::HasSubstr;
 
 class FormProgram : public Program {
 protected:
     QJsonObject json(const QString& words, int code = 0) const {
         const Outcome outcome = run((words + " --json").split(' '));
         EXPECT_EQ(outcome.code, code) << words.toStdString() << outcome.err;
-        EXPECT_THAT(outcome.out, testing::Not(HasSubstr("nan")));
+        EXPECT_THAT(outcome.out, Not(HasSubstr("nan")));
         return outcome.json();
     }
 };
@@ -173,9 +169,8 @@ TEST_F(FormProgram, EvaluatesResultsByTheNamesOfFiles) {
         EXPECT_NEAR(study["percentOfTolerance"].toObject()["GRR"].toDouble(), 100 * study["GRR"].toDouble(),
                     1e-9);
     }
-    EXPECT_THAT(read("study.svg").toStdString(),
-                testing::AllOf(HasSubstr(">Ann<"), HasSubstr(">repeatability<"),
-                               HasSubstr("3 parts, 2 appraisers, 2 trials")));
+    EXPECT_THAT(read("study.svg").toStdString(), AllOf(HasSubstr(">Ann<"), HasSubstr(">repeatability<"),
+                                                       HasSubstr("3 parts, 2 appraisers, 2 trials")));
     const QJsonArray people =
         json("stats r.json --column top --group-by {}_{who}_{} --by who")["statistics"].toArray();
     ASSERT_EQ(people.size(), 2);

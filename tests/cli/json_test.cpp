@@ -88,8 +88,7 @@ TEST_F(Json, KeysAreDocumented) {
         "calibrate check t.tbl --truth flat.raw.truth.json",
         "wheels pass train --out results",
         "simulate circumference --flat 120:60 --out wheel.csv",
-        "wheels roundness wheel.csv",
-    };
+        "wheels roundness wheel.csv"};
     for (const QString command : commands) {
         const Outcome result = run((command + " --json").split(' ').replaceInStrings("~", " "));
         QStringList keys;

@@ -6,12 +6,7 @@
 
 #include <QtCore/QXmlStreamReader>
 
-#include <algorithm>
-#include <cmath>
-
 namespace {
-
-using testing::HasSubstr;
 
 class MatchStack : public Program {
 protected:
@@ -102,7 +97,7 @@ TEST_F(MatchStack, JobsChangeNothingButTime) {
         arguments += QString(form).split(' ', Qt::SkipEmptyParts);
         const Outcome one = match(arguments + QStringList{"--jobs", "1"});
         EXPECT_EQ(one.code, 2);
-        EXPECT_THAT(one.err, testing::AllOf(HasSubstr("cut.bin"), HasSubstr("none.bin")));
+        EXPECT_THAT(one.err, AllOf(HasSubstr("cut.bin"), HasSubstr("none.bin")));
         for (const char* jobs : {"2", "8", ""}) {
             const QStringList more = *jobs == '\0' ? QStringList() : QStringList{"--jobs", jobs};
             const Outcome several = match(arguments + more);

@@ -2,11 +2,7 @@
 
 #include <tests/cli/program.h>
 
-#include <cmath>
-
 namespace {
-
-using testing::HasSubstr;
 
 class Measure : public Program {
 protected:
@@ -75,7 +71,7 @@ TEST_F(Measure, TakesTheSamePlanFromAFile) {
     EXPECT_EQ(again.json()["profiles"], first.json()["profiles"]);
     const Outcome more = run({"measure", "b.csv", "--plan", "plan.json", "--measure", "mid = mean in R"});
     EXPECT_EQ(more.code, 0) << more.err;
-    EXPECT_THAT(more.out, testing::AllOf(HasSubstr("left"), HasSubstr("mid"), HasSubstr("good")));
+    EXPECT_THAT(more.out, AllOf(HasSubstr("left"), HasSubstr("mid"), HasSubstr("good")));
     const Outcome table = run("measure a.csv b.csv --plan plan.json --csv");
     EXPECT_EQ(table.code, 1) << "a.csv is shifted too";
     EXPECT_THAT(table.out, HasSubstr("left_mm,left_U_mm,"));
@@ -85,8 +81,8 @@ TEST_F(Measure, TakesTheSamePlanFromAFile) {
         EXPECT_THAT(shown.out, HasSubstr(part));
     const Outcome checked = run("plan check plan.json a.csv");
     EXPECT_EQ(checked.code, 1) << "a.csv is shifted too";
-    EXPECT_THAT(checked.out, testing::AllOf(HasSubstr("101 of 101 points left"), HasSubstr("91 points"),
-                                            HasSubstr("OUT: 4.99 to 5.01")));
+    EXPECT_THAT(checked.out, AllOf(HasSubstr("101 of 101 points left"), HasSubstr("91 points"),
+                                   HasSubstr("OUT: 4.99 to 5.01")));
 }
 
 TEST_F(Measure, MeasuresFilesWithoutUsefulPointsWithAReason) {
@@ -115,8 +111,7 @@ TEST_F(Measure, RefusesPlansThatContradictThemselves) {
         {{"--measure", "V = max in R", "--region", "R = all; R = all"}, "there is a \"R\" already"},
         {{"--measure", "V = max in R", "--region", "R = all", "--filter", "mediam 5"},
          "did you mean \"median\"?"},
-        {{"--measure", "V = high in R", "--region", "R = all"}, "\"high\" is no kind of measurement"},
-    };
+        {{"--measure", "V = high in R", "--region", "R = all"}, "\"high\" is no kind of measurement"}};
     for (const auto& [more, reason] : cases)
         expectRefused(QStringList{"measure", "a.csv"} + more, reason);
     const std::pair<const char*, const char*> documents[] = {
@@ -132,8 +127,7 @@ TEST_F(Measure, RefusesPlansThatContradictThemselves) {
         {R"({"anchors": [{"name": "A", "kind": "max", "region": "R", "from": [1]}]})", "expected [X, Z]"},
         {R"({"filter": ["median 4"]})", "filter: steps: step 1 \"median 4\""},
         {R"({"tols": [], "tools": []})", "plan: unknown key \"tols\"; did you mean \"tools\"?"},
-        {R"({"units": "inch", "tools": []})", "units: a plan is written in mm"},
-    };
+        {R"({"units": "inch", "tools": []})", "units: a plan is written in mm"}};
     for (const auto& [document, reason] : documents) {
         write("bad.json", document);
         expectRefused("measure a.csv --plan bad.json", reason);

@@ -4,10 +4,6 @@
 
 namespace {
 
-using testing::AllOf;
-using testing::HasSubstr;
-using testing::Not;
-
 class Names : public Program {};
 
 TEST_F(Names, WithPercentSignsAreNoPatterns) {
@@ -60,8 +56,7 @@ TEST_F(Names, AreOnOneLineOfEveryText) {
         {"scan", "section", plate, "--at-x", "0"},
         {"scan", "grid", plate},
         {"scan", "plane", plate},
-        {"scan", "outline", plate, "--level", "5"},
-    };
+        {"scan", "outline", plate, "--level", "5"}};
     for (const QStringList& words : commands) {
         const Outcome outcome = run(words);
         const std::string text = outcome.out + outcome.err;

@@ -38,21 +38,19 @@ TEST_F(NearMiss, TemplateThatIsNotFoundNamesTheConstraintThatRefusesTheNearestAs
         {R"("Endpoint distance", )" + keys + "1.0",
          "but endpoint distance from line 0 to line 1 is 7.3239 mm, allowed are 0.5000 to 1.0000\n"},
         {R"("Rotation angle", )" + keys + R"(3.1, "direction": 1)",
-         "is 88.0908 deg to the right, allowed are 28.6479 to 177.6169 to the left\n"},
-    };
+         "is 88.0908 deg to the right, allowed are 28.6479 to 177.6169 to the left\n"}};
     for (const auto& [second, reason] : cases) {
         write("t.json", templateOf("2", first + R"({"constraintType": )" + second + "}"));
         EXPECT_THAT(run("match z.csv --template t.json --svg z.svg").out,
-                    testing::AllOf(HasSubstr("nearest: line 0 = segment 1, line 1 = segment 0; "),
-                                   HasSubstr(reason)));
+                    AllOf(HasSubstr("nearest: line 0 = segment 1, line 1 = segment 0; "), HasSubstr(reason)));
         const std::string drawn = textOf("z.svg");
-        EXPECT_THAT(drawn, testing::AllOf(HasSubstr("NOT FOUND"), HasSubstr("nearest lines, refused")));
+        EXPECT_THAT(drawn, AllOf(HasSubstr("NOT FOUND"), HasSubstr("nearest lines, refused")));
         EXPECT_THAT(drawn + '\n', HasSubstr(std::string(reason).substr(reason[0] == 'b' ? 4 : 0)));
         EXPECT_EQ(dashedLines("z.svg"), 2);
     }
     write("t.json", templateOf("2", first.chopped(1)));
     EXPECT_EQ(run("match z.csv --template t.json --csv --svg z.svg").code, 0);
-    EXPECT_THAT(textOf("z.svg"), testing::Not(testing::AnyOf(HasSubstr("NOT FOUND"), HasSubstr("refused"))));
+    EXPECT_THAT(textOf("z.svg"), Not(testing::AnyOf(HasSubstr("NOT FOUND"), HasSubstr("refused"))));
     EXPECT_EQ(dashedLines("z.svg"), 0);
     write("t.json", templateOf("3", ""));
     EXPECT_EQ(run("match z.csv --template t.json --csv --svg z.svg").code, 1);
@@ -69,9 +67,9 @@ TEST_F(NearMiss, TemplateOfManyRefusalsIsExplainedInTimeAndShort) {
     const QByteArray no = R"({"constraintType": "Length", "lineIndex": 3, "lowerBound": 9, "upperBound": 9})";
     write("t.json", templateOf("4", (no + ',').repeated(9999) + no));
     EXPECT_THAT(run("match saw.csv --template t.json --svg saw.svg").out,
-                testing::AllOf(HasSubstr("\ngot farthest: line 0 = "), HasSubstr("; and 9997 more\n")));
-    EXPECT_THAT(textOf("saw.svg"), testing::AllOf(HasSubstr("lines up to the first refused"),
-                                                  testing::Not(HasSubstr("nearest"))));
+                AllOf(HasSubstr("\ngot farthest: line 0 = "), HasSubstr("; and 9997 more\n")));
+    EXPECT_THAT(textOf("saw.svg"),
+                AllOf(HasSubstr("lines up to the first refused"), Not(HasSubstr("nearest"))));
 }
 
 }  // namespace

@@ -65,8 +65,7 @@ TEST_F(Program, OpensEachInputOnce) {
         {"scan convert map.raw map.ply", {"map.raw", "map.raw.meta.csv"}},
         {"fit s.csv --line", {"s.csv"}},
         {"calibrate check table.tbl --truth flat.raw.truth.json", {"table.tbl", "flat.raw.truth.json"}},
-        {"wheels pass train --no-pictures", {"train/pass_1004.bin", "train/pass_1001.bin"}},
-    };
+        {"wheels pass train --no-pictures", {"train/pass_1004.bin", "train/pass_1001.bin"}}};
     for (const auto& [command, files] : cases) {
         std::vector<std::unique_ptr<Openings>> openings;
         for (const QString& file : files)

@@ -10,10 +10,6 @@
 
 namespace {
 
-using testing::AllOf;
-using testing::HasSubstr;
-using testing::Not;
-
 class Outputs : public Program {
 protected:
     static QStringList files(const QString& folder) {

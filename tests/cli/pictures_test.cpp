@@ -10,10 +10,7 @@
 
 namespace {
 
-using testing::AllOf;
-using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::StartsWith;
 
 class Pictures : public Program {
 protected:
@@ -81,8 +78,7 @@ TEST_F(Pictures, PdfKeepsTextAndPngKeepsSize) {
     for (const char* name : {"p.svg", "p.pdf", "again.pdf", "p.PNG"})
         ASSERT_EQ(draw(name).code, 0) << name;
     const std::string pdf = read("p.pdf").toStdString();
-    EXPECT_THAT(pdf,
-                AllOf(StartsWith("%PDF-"), testing::EndsWith("%%EOF\n"), testing::Not(HasSubstr("/Image"))));
+    EXPECT_THAT(pdf, AllOf(StartsWith("%PDF-"), testing::EndsWith("%%EOF\n"), Not(HasSubstr("/Image"))));
     EXPECT_EQ(pdf, read("again.pdf").toStdString());
     const QString svg = QString::fromUtf8(read("p.svg"));
     auto texts = QRegularExpression(">([^<>\n\"&]+)</text>").globalMatch(svg);

@@ -3,12 +3,7 @@
 
 #include <tests/cli/program.h>
 
-#include <cmath>
-
 namespace {
-
-using testing::AllOf;
-using testing::HasSubstr;
 
 class PlanCommands : public Program {
 protected:
@@ -62,8 +57,7 @@ TEST_F(PlanCommands, OneTextMeasuresLinesAndRegions) {
         {"a = max in R; b = length left; a = length in", "there is a result \"a\" already"},
         {"depth = max in R", "there is a result \"depth\" already"},
         {"a = max in R : +- 1", "no taught value of \"a\""},
-        {"length R", "\"R\" is no template line"},
-    };
+        {"length R", "\"R\" is no template line"}};
     for (const auto& [words, reason] : refused)
         expectRefused(
             {"match", "good.csv", "--template", "t.json", "--region", "R = all", "--measure", words}, reason);

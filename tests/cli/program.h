@@ -11,6 +11,16 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <vector>
+
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
 struct Outcome {
     int code = -1;
     std::string out, err;
@@ -46,7 +56,7 @@ protected:
     void expectRefused(const QStringList& arguments, const std::string& reason) const {
         const Outcome result = run(arguments);
         EXPECT_EQ(result.code, 2) << arguments.join(' ').toStdString();
-        EXPECT_THAT(result.err, testing::HasSubstr(reason)) << arguments.join(' ').toStdString();
+        EXPECT_THAT(result.err, HasSubstr(reason)) << arguments.join(' ').toStdString();
     }
 
     void expectRefused(const char* arguments, const std::string& reason) const {

@@ -104,28 +104,26 @@ TEST_F(Kvmeasure, EveryCommandHasHelpWithExamples) {
 TEST_F(Kvmeasure, WrongUseSaysWhatIsWrong) {
     write("p.csv", "0,0\n1,0\n2,0\n3,0\n");
     expectRefused(QStringList(), "which command");
-    const char* const cases[][2] = {
-        {"mach", "\"match\"?"},
-        {"teach p.csv --longset 2", "\"--longest\"?"},
-        {"teach p.csv --longest", "needs a value"},
-        {"teach p.csv --longest 2.5 --out t", "whole number"},
-        {"teach p.csv --split -1", "from 0"},
-        {"teach p.csv --json --json", "twice"},
-        {"teach p.csv --json=1", "no value"},
-        {"teach p.csv --longest 9 --out t", "only 1"},
-        {"teach p.csv --lines 0,7 --out t", "\"7\""},
-        {"teach p.csv --lines 0,0 --out t", "twice"},
-        {"teach p.csv --longest 1", "--out"},
-        {"teach p.csv q.csv", "q.csv"},
-        {"match p.csv", "--template"},
-        {"match p.csv --template none.json", "none.json: "},
-        {"fit p.csv --line --circle", "one of"},
-        {"fit p.csv --line --known-radius 2", "--circle"},
-        {"fit p.csv --plane", "XYZ record"},
-        {"filter p.csv --steps sort-x", "OUT"},
-        {"simulate profile --dimensions dept=3 --out x", "\"depth\"?"},
-        {"teach p.csv --out /dev/full --longest 1", "/dev/full: "},
-    };
+    const char* const cases[][2] = {{"mach", "\"match\"?"},
+                                    {"teach p.csv --longset 2", "\"--longest\"?"},
+                                    {"teach p.csv --longest", "needs a value"},
+                                    {"teach p.csv --longest 2.5 --out t", "whole number"},
+                                    {"teach p.csv --split -1", "from 0"},
+                                    {"teach p.csv --json --json", "twice"},
+                                    {"teach p.csv --json=1", "no value"},
+                                    {"teach p.csv --longest 9 --out t", "only 1"},
+                                    {"teach p.csv --lines 0,7 --out t", "\"7\""},
+                                    {"teach p.csv --lines 0,0 --out t", "twice"},
+                                    {"teach p.csv --longest 1", "--out"},
+                                    {"teach p.csv q.csv", "q.csv"},
+                                    {"match p.csv", "--template"},
+                                    {"match p.csv --template none.json", "none.json: "},
+                                    {"fit p.csv --line --circle", "one of"},
+                                    {"fit p.csv --line --known-radius 2", "--circle"},
+                                    {"fit p.csv --plane", "XYZ record"},
+                                    {"filter p.csv --steps sort-x", "OUT"},
+                                    {"simulate profile --dimensions dept=3 --out x", "\"depth\"?"},
+                                    {"teach p.csv --out /dev/full --longest 1", "/dev/full: "}};
     for (const auto& [line, reason] : cases)
         expectRefused(line, reason);
     EXPECT_FALSE(QFile::exists("t"));
@@ -217,7 +215,7 @@ TEST_F(Kvmeasure, ToleranceDecidesTheExitCode) {
     teachGroove("depth = distance floor right : +- 0.2; width = length floor : 100 +1 -2");
     const Outcome result = run("match groove.csv --template groove.json --svg p.svg");
     EXPECT_EQ(result.code, 1);
-    EXPECT_THAT(result.out, testing::AllOf(HasSubstr("good"), HasSubstr("OUT")));
+    EXPECT_THAT(result.out, AllOf(HasSubstr("good"), HasSubstr("OUT")));
     EXPECT_THAT(read("p.svg").toStdString(), HasSubstr("OUT OF TOLERANCE"));
     write("flat.csv", "0,0\n1,0\n2,0\n3,0\n");
     const Outcome absent = run("match flat.csv --template groove.json");

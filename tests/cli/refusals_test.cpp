@@ -46,7 +46,7 @@ protected:
         const std::string before = listing();
         const Outcome result = runLine(line);
         EXPECT_EQ(result.code, 2) << line.toStdString();
-        EXPECT_THAT(result.err, testing::HasSubstr(reason)) << line.toStdString();
+        EXPECT_THAT(result.err, HasSubstr(reason)) << line.toStdString();
         EXPECT_EQ(result.out + listing(), before) << line.toStdString();
     }
 };
@@ -92,8 +92,7 @@ TEST_F(Refusals, OfOptionsNameThemAndLeaveNothingBehind) {
         {"simulate pass --out o --speed 15 --rate 10", "--speed in mm/s over --rate: 1500 is outside"},
         {"simulate pass --out o --speed 3 --rate 9 --spacing 3", "--spacing, or --speed and --rate"},
         {"calibrate info p.csv --z-range 0", "--z-range must be from 1e-06"},
-        {"calibrate build p.csv o --z-range 1 --x-range 1 --tooth-pitch 2", "goes with --teeth"},
-    };
+        {"calibrate build p.csv o --z-range 1 --x-range 1 --tooth-pitch 2", "goes with --teeth"}};
     for (const auto& [line, reason] : cases)
         expectRefusedWithoutTrace(line, reason);
 }
@@ -115,8 +114,7 @@ TEST_F(Refusals, OfOptionsThatWouldHaveNoEffect) {
         {"scan convert slope.kvs o --axes x,scan,height", "this holds profiles, leave it out"},
         {"scan convert rod.xyz o --scan-step 1", "--scan-step is of profiles"},
         {"teach p.csv --reversed", "--reversed is of a template"},
-        {"calibrate simulate o --tooth-pitch 9", "--tooth-pitch goes with --target toothed"},
-    };
+        {"calibrate simulate o --tooth-pitch 9", "--tooth-pitch goes with --target toothed"}};
     for (const auto& [line, reason] : cases)
         expectRefusedWithoutTrace(line, reason);
 }
@@ -165,13 +163,12 @@ TEST_F(Refusals, AreNotAllThatRunsHere) {
         {"calibrate info zero.tbl --z-range 100", 0, "", "Z, mm per sensor row  0 .. 0"},
         {"simulate pass --wheelsets 2 --speed 6 --rate 200 --lost .15 --seed 7 --out t --json", 0, "", ": 2"},
         {"wheels detect t t/pass_1001.bin --join 1", 0, "", "SENSOR1   pass_1001.bin"},
-        {"wheels pass t --kind loko --join 1", 0, "", "records 39 to 45, a second run at one wheelset"},
-    };
+        {"wheels pass t --kind loko --join 1", 0, "", "records 39 to 45, a second run at one wheelset"}};
     for (const auto& [line, code, file, words] : cases) {
         const Outcome result = runLine(line);
         EXPECT_EQ(result.code, code) << line.toStdString() << result.err;
         const std::string found = *file == '\0' ? result.out : read(file).toStdString();
-        EXPECT_THAT(found, testing::HasSubstr(words.toStdString())) << line.toStdString();
+        EXPECT_THAT(found, HasSubstr(words.toStdString())) << line.toStdString();
     }
     const std::pair<const char*, const char*> pictures[] = {
         {"1.svg", "along scan"},       {"2.svg", "from the plane"}, {"3.svg", "taught on a,b"},

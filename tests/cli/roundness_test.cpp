@@ -4,11 +4,8 @@
 #include <simulator/circumference.h>
 #include <tests/cli/program.h>
 
-#include <cmath>
-
 namespace {
 
-using testing::HasSubstr;
 using Roundness = Program;
 
 TEST_F(Roundness, ATableAndProfilesRoundTheWheelGiveTheSameFlat) {
@@ -70,8 +67,7 @@ TEST_F(Roundness, BadInputIsNamed) {
         {"wheels roundness three.csv --svg three.csv", "three.csv"},
         {"simulate circumference --out a.csv --flat 1", "--flat"},
         {"simulate circumference --out a.csv --wave 0.5:1:1", "whole number"},
-        {"simulate circumference --out a.csv --flat 0:2000", "length: 2000 is outside"},
-    };
+        {"simulate circumference --out a.csv --flat 0:2000", "length: 2000 is outside"}};
     for (const auto& [line, text] : cases)
         expectRefused(line, text);
 }

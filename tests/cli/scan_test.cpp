@@ -7,15 +7,11 @@
 
 #include <QtCore/QtEndian>
 
-#include <cmath>
-#include <functional>
-
 namespace {
 
 using KvMath::KvPointXY;
 using KvMath::KvProfileZ;
 using KvMath::KvProfileZSet;
-using testing::HasSubstr;
 using TestSupport::bytesOf;
 using TestSupport::ply;
 using TestSupport::xyz;
@@ -140,13 +136,11 @@ TEST_F(ScanProgram, SectionsKeepUnequallySpacedProfilesAndSayWhatIsInterpolated)
     const struct {
         QStringList where;
         int measured, interpolated;
-    } cases[] = {
-        {{"--at-x", "0.2"}, 6, 0},
-        {{"--at-x", "0.5"}, 0, 6},
-        {{"--at-scan", "149.8"}, 6, 0},
-        {{"--at-scan", "0.4", "--svg", "s.svg"}, 0, 6},
-        {{"--from", "-1,0.3", "--to", "1,0.3", "--spacing", "0.1"}, 6, 15},
-    };
+    } cases[] = {{{"--at-x", "0.2"}, 6, 0},
+                 {{"--at-x", "0.5"}, 0, 6},
+                 {{"--at-scan", "149.8"}, 6, 0},
+                 {{"--at-scan", "0.4", "--svg", "s.svg"}, 0, 6},
+                 {{"--from", "-1,0.3", "--to", "1,0.3", "--spacing", "0.1"}, 6, 15}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.where.join(' ').toStdString());
         const QJsonObject found = json(QStringList{"section", "u.kvs"} + c.where);
@@ -225,7 +219,7 @@ TEST_F(ScanProgram, AHeightThatMayBeUnsetIsNotMeasured) {
     simulate("g.csv", "--shape v-groove");
     ASSERT_EQ(run("teach g.csv --longest 2 --out g.json").code, 0);
     expectRefused("match o.csv --template g.json", doubt);
-    EXPECT_THAT(run("match o.csv --template g.json --unset -9999").err, testing::Not(HasSubstr(doubt)));
+    EXPECT_THAT(run("match o.csv --template g.json --unset -9999").err, Not(HasSubstr(doubt)));
     expectRefused("match o.csv --template g.json --pitch 1", "is a scan");
     write("m.bin", bytesOf<quint16>({10, 65535, 12, 14, 65535, 11}));
     write("m.meta.csv", "columns,3\nrows,2\nx_step_mm,1\nrow_step_mm,1\nheight_step_mm,1\n");

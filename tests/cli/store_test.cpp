@@ -12,7 +12,6 @@ namespace {
 
 using namespace KvMeasure;
 using namespace TestSupport;
-using testing::HasSubstr;
 
 class Store : public StoreProgram {
 protected:
@@ -164,7 +163,7 @@ TEST(StoreNames, HaveNoPasswordAndWrongOnesAreNotRepeated) {
         }
         const std::string text = textOf(errorOf([&] { storeName(row.url); }));
         EXPECT_THAT(text, HasSubstr("expected postgresql://user@host:port/database")) << row.url;
-        EXPECT_THAT(text, testing::Not(testing::ContainsRegex("sec|ret@|ann"))) << row.url;
+        EXPECT_THAT(text, Not(testing::ContainsRegex("sec|ret@|ann"))) << row.url;
     }
 }
 

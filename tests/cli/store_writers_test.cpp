@@ -12,7 +12,6 @@ namespace {
 
 using namespace KvMeasure;
 using namespace TestSupport;
-using testing::HasSubstr;
 
 enum class Database { Sqlite, Postgres };
 
@@ -262,7 +261,7 @@ TEST_F(ServerStore, PasswordsOpenAndAreNeverShown) {
     for (const char* wrong : {"pw:hidden", "pw:hid/den", "pw:1/hidden", "pw:hid%den", "pw:1?hidden"}) {
         const Outcome refused = run({"results", server_.url(database_, wrong)});
         EXPECT_EQ(refused.code, 2);
-        EXPECT_THAT(refused.err + refused.out, testing::Not(testing::ContainsRegex("hid|den"))) << wrong;
+        EXPECT_THAT(refused.err + refused.out, Not(testing::ContainsRegex("hid|den"))) << wrong;
     }
 }
 
@@ -355,7 +354,7 @@ TEST_F(ServerStore, AListThatLosesItsServerGoesOnLater) {
         [this](QProcess&) { server_.crash(); });
     EXPECT_THAT(said,
                 HasSubstr(": the connection to the server was lost; what was said to be stored is there"));
-    EXPECT_THAT(said, testing::Not(HasSubstr("Unable to")));
+    EXPECT_THAT(said, Not(HasSubstr("Unable to")));
     server_.start();
     goOn();
 }

@@ -20,8 +20,7 @@ TEST_F(Text, OptionsReachTheReaderAndItsWayOutNamesThem) {
         {"info t.csv --columns z,zz", "--columns: \"zz\" is no column"},
         {"info t.csv --pitch 1", "--pitch goes with heights alone"},
         {"info t.csv", "Then give --unset -9999, otherwise --unset none"},
-        {"fit t.csv --plane --unit um", "leave --unit out"},
-    };
+        {"fit t.csv --plane --unit um", "leave --unit out"}};
     for (const auto& [line, reason] : cases)
         expectRefused(line, reason);
 }
@@ -31,20 +30,19 @@ TEST_F(Text, OfSeveralProfilesGivesTheOneThatIsChosen) {
     write("three.csv", one + '\n' + other + '\n' + one);
     const Outcome second = run("fit three.csv --line --record 1 --json");
     EXPECT_NEAR(second.json()["parameters"].toObject()["intercept"].toDouble(), 6, 1e-9) << second.err;
-    EXPECT_THAT(run("lines three.csv").err, testing::HasSubstr("holds several profiles; this is the first"));
+    EXPECT_THAT(run("lines three.csv").err, HasSubstr("holds several profiles; this is the first"));
     expectRefused("filter three.csv o --steps sort-x", "holds one profile, the input has several");
 }
 
 TEST_F(Text, InfoSaysWhatItTook) {
     write("t.csv", "Line 3\nn;x [um];z_mm\n1;1000,5;-9999\n2;2000,5;7\n\nend\n");
     const Outcome text = run("info t.csv --unset -9999");
-    EXPECT_THAT(text.out,
-                testing::HasSubstr("separated by semicolons, decimal marks: commas\n"
-                                   "x: column 2 \"x [um]\" in um, height: column 3 \"z_mm\" in mm "
-                                   "(columns by the heading, units by the heading)\n"
-                                   "unset besides nan: -9999\n"
-                                   "no points in line 1 (title), line 2 (heading), line 6 (text below "
-                                   "the rows)\n"));
+    EXPECT_THAT(text.out, HasSubstr("separated by semicolons, decimal marks: commas\n"
+                                    "x: column 2 \"x [um]\" in um, height: column 3 \"z_mm\" in mm "
+                                    "(columns by the heading, units by the heading)\n"
+                                    "unset besides nan: -9999\n"
+                                    "no points in line 1 (title), line 2 (heading), line 6 (text below "
+                                    "the rows)\n"));
     const QJsonObject json = run("info t.csv --unset -9999 --json").json()["files"].toArray()[0].toObject();
     EXPECT_EQ(json["text"].toObject()["x"].toObject()["column"], 2);
     EXPECT_EQ(json["text"].toObject()["passedOver"].toArray().size(), 3);

@@ -2,11 +2,7 @@
 
 #include <tests/cli/program.h>
 
-#include <cmath>
-
 namespace {
-
-using testing::HasSubstr;
 
 constexpr double none = std::numeric_limits<double>::quiet_NaN();
 
@@ -109,8 +105,7 @@ TEST_F(Tolerances, AreReadAsTheyWereStored) {
         {"\"min\": 7, \"max\": 6.1", 2, "\"min\" is greater than \"max\""},
         {"\"nominal\": 7, \"max\": 6.1", 2, "\"nominal\" stands beside a limit"},
         {"\"max\": \"6.1\"", 2, "expected a number under \"max\""},
-        {"\"nominal\": 6", 2, "expected a number under \"lower\""},
-    };
+        {"\"nominal\": 6", 2, "expected a number under \"lower\""}};
     for (const auto& [stored, code, words] : cases) {
         write("t", QByteArray(old).replace(deviations, stored));
         const Outcome judged = run("match deep.csv --template t");

@@ -5,12 +5,9 @@
 
 #include <QtCore/QSettings>
 
-#include <algorithm>
 #include <cstring>
 
 namespace {
-
-using testing::HasSubstr;
 
 class WheelValues : public Program {
 protected:
@@ -85,8 +82,7 @@ TEST_F(WheelValues, ASectionHasItsValuesOrTheReason) {
         {"hidden.csv", "flank of the thickness lies in a gap of", "seen", 0, 1e-9, 1},
         {"narrow.csv", "no tread 70 mm from the flange back: the section ends at 64.9 mm", "seen", 0, 0, 1},
         {"few.csv", "takes 50 points, and the section has 44", "", 0, 0, 1},
-        {"rail.csv", "no wheel: the distance of the flange tip from the back is", "", 0, 0, 1},
-    };
+        {"rail.csv", "no wheel: the distance of the flange tip from the back is", "", 0, 0, 1}};
     for (const auto& expected : cases) {
         SCOPED_TRACE(expected.arguments);
         const QString line = QString("wheels parameters ") + expected.arguments;
@@ -101,7 +97,7 @@ TEST_F(WheelValues, ASectionHasItsValuesOrTheReason) {
         EXPECT_EQ(text.code, expected.code);
         EXPECT_TRUE(expected.deviation != 0 || expected.thickness != 0 || wheel["radius"].isNull());
         EXPECT_THAT(text.out, HasSubstr(expected.note));
-        EXPECT_THAT(text.out, testing::Not(HasSubstr("nan")));
+        EXPECT_THAT(text.out, Not(HasSubstr("nan")));
     }
     const QJsonObject alone = firstSection("wheels parameters whole.csv --json"),
                       given =
@@ -111,7 +107,7 @@ TEST_F(WheelValues, ASectionHasItsValuesOrTheReason) {
     EXPECT_THAT(alone["notes"].toArray()[0].toString().toStdString(), HasSubstr("--diameter or --radii"));
     EXPECT_NEAR(given["runningDiameter"].toDouble(), 900, 1e-3);
     EXPECT_THAT(read("given.svg").toStdString(),
-                testing::AllOf(HasSubstr("running diameter 900.00"), HasSubstr(" from nominal 28 mm<")));
+                AllOf(HasSubstr("running diameter 900.00"), HasSubstr(" from nominal 28 mm<")));
     const QJsonObject other = firstSection("wheels parameters rail.csv --diameter 920 --json --svg rail.svg");
     EXPECT_TRUE(other["radius"].isNull() && other["flangeBack"].isNull() && other["backPosition"].isNull());
     EXPECT_THAT(read("rail.svg").toStdString(), HasSubstr("no wheel: "));
@@ -213,16 +209,14 @@ TEST_F(WheelValues, OfGaugesFilesAreJudgedAndCompared) {
         double sh;
         const char *verdict, *out;
         int code;
-    } cases[] = {
-        {"new.whl --limits limits.csv", 28, "good", "900", 0},
-        {"worn.whl --limits limits.csv", 29.5, "OUT", "0.500 above the maximum 29", 1},
-        {"new.whl --limits limits.csv --diameter 700", 28, "OUT", "below the minimum 30", 1},
-        {"worn.whl --reference S1002 --align tip", 29.5, "", "areaLost", 0},
-        {"worn.whl --reference new.whl --widths 10,13mm --l1 3", 29.5, "", "Sd13", 0},
-        {"alone.csv", 0, "", "the flange back is not seen", 1},
-        {"alone.csv --back 0", 28, "", "given", 0},
-        {"flat.whl", 0, "", "no wheel: ", 1},
-    };
+    } cases[] = {{"new.whl --limits limits.csv", 28, "good", "900", 0},
+                 {"worn.whl --limits limits.csv", 29.5, "OUT", "0.500 above the maximum 29", 1},
+                 {"new.whl --limits limits.csv --diameter 700", 28, "OUT", "below the minimum 30", 1},
+                 {"worn.whl --reference S1002 --align tip", 29.5, "", "areaLost", 0},
+                 {"worn.whl --reference new.whl --widths 10,13mm --l1 3", 29.5, "", "Sd13", 0},
+                 {"alone.csv", 0, "", "the flange back is not seen", 1},
+                 {"alone.csv --back 0", 28, "", "given", 0},
+                 {"flat.whl", 0, "", "no wheel: ", 1}};
     for (const auto& expected : cases) {
         SCOPED_TRACE(expected.arguments);
         const QString line = QString("wheels parameters ") + expected.arguments;
@@ -242,8 +236,7 @@ TEST_F(WheelValues, OfGaugesFilesAreJudgedAndCompared) {
     EXPECT_NEAR(worn["areaLost"].toDouble(), 1.5 * 85, 0.5);
     EXPECT_EQ(worn["stated"].toObject()["Sh"].toDouble(), 28.5);
     EXPECT_THAT(read("w.svg").toStdString(), HasSubstr("largest 1.5"));
-    EXPECT_THAT(run("wheels info new.whl").out,
-                testing::AllOf(HasSubstr("left"), HasSubstr("DiameterTaperline")));
+    EXPECT_THAT(run("wheels info new.whl").out, AllOf(HasSubstr("left"), HasSubstr("DiameterTaperline")));
     EXPECT_EQ(run("wheels import new.whl new.csv").code, 0);
     EXPECT_NEAR(firstSection("wheels parameters new.csv --json")["Sd"].toDouble(), 32.5, 1e-3);
     expectRefused("wheels parameters new.whl --widths 0", "--widths needs heights above 0 mm");
@@ -290,8 +283,8 @@ TEST_F(WheelValues, OfRailsHaveTheirReasons) {
     run((line + "again.csv --jobs 4").split(' '));
     EXPECT_EQ(read("part.csv"), read("again.csv"));
     const QList<QByteArray> rows = read("part.csv").split('\n');
-    EXPECT_THAT(rows[0].toStdString(), testing::StartsWith("section,W1_mm,U_W1_mm,W2_mm"));
-    EXPECT_THAT(rows[1].toStdString(), testing::StartsWith("worn.csv,2,"));
+    EXPECT_THAT(rows[0].toStdString(), StartsWith("section,W1_mm,U_W1_mm,W2_mm"));
+    EXPECT_THAT(rows[1].toStdString(), StartsWith("worn.csv,2,"));
     EXPECT_THAT(rows[2].toStdString(), HasSubstr("NOT MEASURED,"));
     EXPECT_THAT(rows[3].toStdString(), HasSubstr("NOT READ,gone.csv: no such file"));
     EXPECT_THAT(run((line + "part.csv").split(' ')).err, HasSubstr("complete"));

@@ -6,11 +6,7 @@
 
 #include <QtCore/QXmlStreamReader>
 
-#include <cmath>
-
 namespace {
-
-using testing::HasSubstr;
 
 class Wheels : public Program {
 protected:
@@ -168,19 +164,17 @@ TEST_F(Wheels, BadInputIsRefusedBeforeAnythingIsWritten) {
     QDir().mkdir("empty");
     write("file", "no directory");
     const QByteArray good = read("train/settings.ini");
-    const std::pair<const char*, const char*> settings[] = {
-        {"wndSize=3", "wndSize=0"},
-        {"wndSize=3", "wndSize=-3"},
-        {"wndSize=3", "wndSize=1.5"},
-        {"wndSize=3", "; C:\\\nwndSize 3"},
-        {"wndSize=3", "# C:\\\nwndSize=4"},
-        {"maxdY=6", "maxdY=nan"},
-        {"SN=1006", "NS=1006"},
-        {"level_b=", "level_b=1e99"},
-        {"rule=", "rule=1, "},
-        {"minProfsInWheel=5", "minProfsInWheel=0"},
-        {"minPointsIn", "minPointsIn=many\nx"},
-    };
+    const std::pair<const char*, const char*> settings[] = {{"wndSize=3", "wndSize=0"},
+                                                            {"wndSize=3", "wndSize=-3"},
+                                                            {"wndSize=3", "wndSize=1.5"},
+                                                            {"wndSize=3", "; C:\\\nwndSize 3"},
+                                                            {"wndSize=3", "# C:\\\nwndSize=4"},
+                                                            {"maxdY=6", "maxdY=nan"},
+                                                            {"SN=1006", "NS=1006"},
+                                                            {"level_b=", "level_b=1e99"},
+                                                            {"rule=", "rule=1, "},
+                                                            {"minProfsInWheel=5", "minProfsInWheel=0"},
+                                                            {"minPointsIn", "minPointsIn=many\nx"}};
     for (const auto& [before, after] : settings) {
         write("train/settings.ini", good);
         replace("train/settings.ini", before, after);
@@ -203,8 +197,7 @@ TEST_F(Wheels, BadInputIsRefusedBeforeAnythingIsWritten) {
         {"wheels detect train/truth.csv", "no recording"},
         {"wheels parameters file", "file"},
         {"simulate pass --wheelsets 0 --out a", "wheelsets: 0 is outside"},
-        {"simulate pass --speed 3 --out a", "belong together"},
-    };
+        {"simulate pass --speed 3 --out a", "belong together"}};
     for (const auto& [line, reason] : refusals)
         expectRefused(line, reason);
     EXPECT_FALSE(QFile::exists("train/wheels/wheels.csv"));
@@ -326,7 +319,7 @@ TEST_F(Wheels, ABentBackAndABodyAreNamed) {
     EXPECT_THAT(notes(found[1].toObject()["left"].toObject()),
                 HasSubstr("no wheel: the radius of the flange tip"));
     EXPECT_TRUE(found[1].toObject()["left"].toObject()["radius"].isNull());
-    EXPECT_THAT(notes(found[2].toObject()), testing::Not(HasSubstr("bent")));
+    EXPECT_THAT(notes(found[2].toObject()), Not(HasSubstr("bent")));
 }
 
 TEST_F(Wheels, LimitsJudgeWheelsWheelsetsAndTheTrain) {

@@ -64,8 +64,7 @@ std::vector<Writer> writers(int count = 10000) {
         {"CSV", true, [=](const QString& path) { return profile.writeToCSVFile(path); }},
         {"raw record", true,
          [](const QString& path) { return saveRawCbrDataToFile(columns.data(), parameters.data(), path); }},
-        {"table", true, [](const QString& path) { return saveTableToFile(cells.data(), path); }},
-    };
+        {"table", true, [](const QString& path) { return saveTableToFile(cells.data(), path); }}};
 }
 
 TEST(LibraryFaults, AFullDiskIsToldAndLeavesNoHalfFile) {

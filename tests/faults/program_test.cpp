@@ -42,8 +42,7 @@ const char* const writingCommands[] = {
     "calibrate mirror flat.raw %1", "filter part.csv %1 --steps 'median 5'",
     "lines part.csv --svg %1",      "teach part.csv --longest 3 --out %1",
     "fit part.csv --line --svg %1", "scan convert plate.kvs %1 --format ply",
-    "scan grid plate.kvs --out %1", "scan outline plate.kvs --svg %1",
-};
+    "scan grid plate.kvs --out %1", "scan outline plate.kvs --svg %1"};
 
 TEST_F(ProgramFaults, AnOutputThatCannotBeWrittenIsNamedAndNothingOfItStays) {
     ASSERT_EQ(run("simulate profile --shape square-groove --out part.csv").code, 0);

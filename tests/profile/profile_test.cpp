@@ -67,11 +67,9 @@ TEST(ProfileSearch, HeightAtXFollowsPairAndTolerance) {
     const struct {
         float x, tolerance, y;
         int index;  // -9: not written
-    } cases[] = {
-        {1, 2, 2, 0},          {1, 1.9F, kNaN, 0}, {2, 0, 4, -9},       {-1, 2, -2, -1},
-        {-2.1F, 2, kNaN, -1},  {10, 6, 0, 4},      {10, 5.9F, kNaN, 4}, {2.5F, 1, 4.5F, 1},
-        {2.5F, kNaN, kNaN, 1}, {3, kNaN, 5, -9},   {6, 6, 4, 3},        {kNaN, 99, kNaN, 4},
-    };
+    } cases[] = {{1, 2, 2, 0},          {1, 1.9F, kNaN, 0}, {2, 0, 4, -9},       {-1, 2, -2, -1},
+                 {-2.1F, 2, kNaN, -1},  {10, 6, 0, 4},      {10, 5.9F, kNaN, 4}, {2.5F, 1, 4.5F, 1},
+                 {2.5F, kNaN, kNaN, 1}, {3, kNaN, 5, -9},   {6, 6, 4, 3},        {kNaN, 99, kNaN, 4}};
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::Message() << "x " << c.x << " tolerance " << c.tolerance);
         int index = -9;

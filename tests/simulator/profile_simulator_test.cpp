@@ -70,17 +70,15 @@ TEST(SimulateProfile, TrueValuesFollowFromTheDimensions) {
         QMap<QString, double> dimensions;
         const char* name;
         double value;
-    } cases[] = {
-        {"v-groove", {{"width", 6}, {"depth", 3}}, "opening angle", 90},
-        {"v-groove", {{"width", 6}, {"depth", 4}}, "flank length", 5},
-        {"step", {{"height", 5}, {"flank-angle", 45}}, "edge x", 2.5},
-        {"bead", {{"width", 8}, {"height", 2}}, "radius", 5},
-        {"bead", {{"width", 8}, {"height", 4}}, "area", 8 * M_PI},
-        {"extrusion", {{"width", 30}, {"height", 10}, {"flank-angle", 45}}, "top width", 10},
-        {"plate", {}, "left edge x", -20},
-        {"gap", {{"flush", -2}}, "right edge y", -2},
-        {"round", {}, "radius", 20},
-    };
+    } cases[] = {{"v-groove", {{"width", 6}, {"depth", 3}}, "opening angle", 90},
+                 {"v-groove", {{"width", 6}, {"depth", 4}}, "flank length", 5},
+                 {"step", {{"height", 5}, {"flank-angle", 45}}, "edge x", 2.5},
+                 {"bead", {{"width", 8}, {"height", 2}}, "radius", 5},
+                 {"bead", {{"width", 8}, {"height", 4}}, "area", 8 * M_PI},
+                 {"extrusion", {{"width", 30}, {"height", 10}, {"flank-angle", 45}}, "top width", 10},
+                 {"plate", {}, "left edge x", -20},
+                 {"gap", {{"flush", -2}}, "right edge y", -2},
+                 {"round", {}, "radius", 20}};
     for (const auto& [shape, dimensions, name, value] : cases)
         EXPECT_NEAR(trueValue(simulated(shaped(shape, dimensions)), name), value, 1e-12)
             << shape << ' ' << name;
@@ -163,11 +161,9 @@ TEST(SimulateProfile, TakesEveryLimitAndRefusesWhatIsBeyondByName) {
          [](auto& r) {
              r = shaped("extrusion", {{"slot-depth", 1000}});
          }},
-        {"half the width",
-         [](auto& r) {
+        {"half the width", [](auto& r) {
              r = shaped("bead", {{"height", 5}});
-         }},
-    };
+         }}};
     for (const auto& [text, change] : cases) {
         recipe = ProfileRecipe();
         change(recipe);

@@ -56,12 +56,10 @@ TEST(ScanSimulator, RefusesWhatIsOutsideItsRangesByName) {
              r.shape = "tray";
              r.dimensions["rim"] = 23;
          }},
-        {"rim, corner-radius",
-         [](ScanRecipe& r, double) {
+        {"rim, corner-radius", [](ScanRecipe& r, double) {
              r.shape = "tray";
              r.dimensions["corner-radius"] = 23;
-         }},
-    };
+         }}};
     for (const auto& [name, spoil] : cases) {
         ScanRecipe recipe;
         spoil(recipe, nan);

@@ -62,8 +62,7 @@ TEST(EveryConstraint, BoundsTheSizeOfTheAssignedSegments) {
         {shiftFrom, 3, {18, 20}},
         {shiftTo, 4, {18, 20}},
         {shiftFrom, -5, {19, 20}},
-        {shiftTo, -9, {18, 21}},
-    };
+        {shiftTo, -9, {18, 21}}};
     for (const auto& [make, size, codes] : cases) {
         SCOPED_TRACE(make(size, size)->getType().toStdString() + " of " + std::to_string(size));
         const auto accepts = [&, &make = make, &codes = codes](double lower, double upper) {

@@ -81,8 +81,7 @@ TEST(EveryMeasurement, GivesItsUniformResults) {
          {0, 2, 4},
          {1, 2, 10, 5, -3 - 9 * std::cos(kQuarter)}},
         {make<TSUMFarLineInDirection>(Point(0, 1), "n", "f", "l"), {}, {4, 6, 1, 2, 4, 6, 1, 2, 5}},
-        {make<TSUMFarLineInDirection>(Point(-1, 0), "n", "f", "l"), {-1}, {1, 2, 4, 6, 1, 2, 4, 6, 5}},
-    };
+        {make<TSUMFarLineInDirection>(Point(-1, 0), "n", "f", "l"), {-1}, {1, 2, 4, 6, 1, 2, 4, 6, 5}}};
     for (const auto& [m, codes, numbers] : cases) {
         EXPECT_TRUE(measure(*m, kCorner, codes));
         EXPECT_EQ(numbersOf(*m), numbers) << m->getType().toStdString() << testing::PrintToString(codes);

@@ -159,24 +159,22 @@ TEST(DefaultCheck, BoundsHoldOnEqualityAndMinusOneIsNone) {
         int sign;
         KvVector2D<double> end;
         bool accepted;
-    } cases[] = {
-        // line 0 from (0, 0) to (10, 0); line 1 starts at (13, 4), five away from its end
-        {"no bounds", -1, -1, -1, -1, 0, {13, 9}, true},
-        {"distance on both limits", 5, 5, -1, -1, 0, {13, 9}, true},
-        {"one step too far", -1, std::nextafter(5.0, 0.0), -1, -1, 0, {13, 9}, false},
-        {"one step too near", std::nextafter(5.0, 6.0), -1, -1, -1, 0, {13, 9}, false},
-        {"any other negative bound is live", -1, -0.5, -1, -1, 0, {13, 9}, false},
-        {"angle on both limits", -1, -1, quarter, quarter, 1, {13, 9}, true},
-        {"angle too wide", -1, -1, -1, std::nextafter(quarter, 0.0), 0, {13, 9}, false},
-        {"angle too narrow", -1, -1, std::nextafter(quarter, 2.0), -1, 0, {13, 9}, false},
-        {"left turn refused", -1, -1, quarter, -1, -1, {13, 9}, false},
-        {"right turn", -1, -1, quarter, -1, -1, {13, -9}, true},
-        {"sign without an angle bound", -1, -1, -1, -1, -1, {13, 9}, true},
-        {"no turn counts as a right turn", -1, -1, 0, -1, 1, {20, 4}, false},
-        {"no turn, right turn wanted", -1, -1, 0, -1, -1, {20, 4}, true},
-        {"NaN angle passes", -1, -1, 1, 1, 0, {13, 4}, true},
-        {"NaN bound passes", nan, nan, nan, nan, 0, {13, 9}, true},
-    };
+    } cases[] = {// line 0 from (0, 0) to (10, 0); line 1 starts at (13, 4), five away from its end
+                 {"no bounds", -1, -1, -1, -1, 0, {13, 9}, true},
+                 {"distance on both limits", 5, 5, -1, -1, 0, {13, 9}, true},
+                 {"one step too far", -1, std::nextafter(5.0, 0.0), -1, -1, 0, {13, 9}, false},
+                 {"one step too near", std::nextafter(5.0, 6.0), -1, -1, -1, 0, {13, 9}, false},
+                 {"any other negative bound is live", -1, -0.5, -1, -1, 0, {13, 9}, false},
+                 {"angle on both limits", -1, -1, quarter, quarter, 1, {13, 9}, true},
+                 {"angle too wide", -1, -1, -1, std::nextafter(quarter, 0.0), 0, {13, 9}, false},
+                 {"angle too narrow", -1, -1, std::nextafter(quarter, 2.0), -1, 0, {13, 9}, false},
+                 {"left turn refused", -1, -1, quarter, -1, -1, {13, 9}, false},
+                 {"right turn", -1, -1, quarter, -1, -1, {13, -9}, true},
+                 {"sign without an angle bound", -1, -1, -1, -1, -1, {13, 9}, true},
+                 {"no turn counts as a right turn", -1, -1, 0, -1, 1, {20, 4}, false},
+                 {"no turn, right turn wanted", -1, -1, 0, -1, -1, {20, 4}, true},
+                 {"NaN angle passes", -1, -1, 1, 1, 0, {13, 4}, true},
+                 {"NaN bound passes", nan, nan, nan, nan, 0, {13, 9}, true}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         DefaultCheckFunctionParams params;

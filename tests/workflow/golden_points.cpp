@@ -265,8 +265,7 @@ std::vector<Format> pointFormats() {
         {writeTable<CalibrationForm::CompactTable>,
          tableFacts,
          {{"table-compact.1.qz",
-           "compact table: 80 and 80 cells; row 19 column 647: z 14.8438, x 122.945 mm of 128 mm"}}},
-    };
+           "compact table: 80 and 80 cells; row 19 column 647: z 14.8438, x 122.945 mm of 128 mm"}}}};
 }
 
 }  // namespace Golden

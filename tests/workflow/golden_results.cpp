@@ -343,8 +343,7 @@ std::vector<Format> resultFormats() {
         {nullptr,
          postFacts,
          {{"post.1.ini", "1002 is scanner 2, at least 5 profiles, level 0.0175 340.05 mm, backs 1360 mm, "
-                         "rule of 3: -200 mm"}}},
-    };
+                         "rule of 3: -200 mm"}}}};
 }
 
 }  // namespace Golden

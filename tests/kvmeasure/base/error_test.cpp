@@ -3,13 +3,7 @@
 #include <kvmeasure/base/progress.h>
 #include <tests/kvmeasure/calls.h>
 
-#include <vector>
-
 namespace {
-
-using namespace KvMeasure;
-using TestSupport::errorOf;
-using TestSupport::textOf;
 
 TEST(Errors, NameParametersAsTheHeadersDoAndAsAHostDoes) {
     const Error error("give \1pitch\2 or \1columns\2\u00B5");

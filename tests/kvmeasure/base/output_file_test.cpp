@@ -4,7 +4,6 @@
 #include <kvmeasure/base/own_folder.h>
 #include <kvmeasure/base/scratch_folder.h>
 #include <tests/kvmeasure/calls.h>
-#include <tests/support/scratch_directory.h>
 #include <tests/support/write_limit.h>
 
 #include <QtCore/QDir>
@@ -14,23 +13,16 @@
 
 namespace {
 
-using namespace KvMeasure;
-using testing::HasSubstr;
-using TestSupport::errorOf;
-using TestSupport::textOf;
-
 class OutputFiles : public testing::Test {
 protected:
     static std::string listed() {
         return QDir().entryList(QDir::Files | QDir::Hidden | QDir::System).join(' ').toStdString();
     }
-    static QByteArray read(const QString& name) { return TestSupport::ScratchDirectory::read(name); }
-    static void write(const QString& name, const QByteArray& bytes) {
-        TestSupport::ScratchDirectory::write(name, bytes);
-    }
+    static QByteArray read(const QString& name) { return ScratchDirectory::read(name); }
+    static void write(const QString& name, const QByteArray& bytes) { ScratchDirectory::write(name, bytes); }
 
 private:
-    const TestSupport::ScratchDirectory scratch_;
+    const ScratchDirectory scratch_;
 };
 
 TEST_F(OutputFiles, AppearOnCommitAndLeaveTheOldOneUntilThen) {
@@ -58,18 +50,16 @@ TEST_F(OutputFiles, AppearOnCommitAndLeaveTheOldOneUntilThen) {
 
 TEST_F(OutputFiles, ThatCannotBeWrittenAreNamed) {
     ASSERT_EQ(::mkfifo("pipe", 0600), 0);
-    const std::pair<QString, const char*> cases[] = {
-        {"", "the name of the file to write is empty"},
-        {".", "it is not a regular file"},
-        {"pipe", "it is not a regular file"},
-        {"/dev/full", "it is not a regular file"},
-        {"none/file", "cannot be written: No such file"},
-        {QString(256, 'n'), "File name too long"},
-        {"a.XLSX", "spreadsheet files are not written"},
-    };
+    const std::pair<QString, const char*> cases[] = {{"", "the name of the file to write is empty"},
+                                                     {".", "it is not a regular file"},
+                                                     {"pipe", "it is not a regular file"},
+                                                     {"/dev/full", "it is not a regular file"},
+                                                     {"none/file", "cannot be written: No such file"},
+                                                     {QString(256, 'n'), "File name too long"},
+                                                     {"a.XLSX", "spreadsheet files are not written"}};
     for (const auto& [path, reason] : cases) {
         const Error error = errorOf([name = path] { writeOutputFile(name, "x"); });
-        EXPECT_THAT(textOf(error), HasSubstr(reason)) << path.toStdString();
+        EXPECT_THAT(error, Says(reason)) << path.toStdString();
         EXPECT_EQ(error.file(), path);
     }
     EXPECT_EQ(listed(), "pipe");
@@ -79,9 +69,9 @@ TEST_F(OutputFiles, OfAFullDiskLeaveTheOldOneAndSayWhy) {
     write("old", "old");
     QDir().mkdir("folder");
     for (const int bytes : {100, 100'000}) {
-        const TestSupport::WriteLimit limit(50);
+        const WriteLimit limit(50);
         const Error error = errorOf([bytes] { writeOutputFile("old", QByteArray(bytes, 'x')); });
-        EXPECT_THAT(textOf(error), HasSubstr("old: cannot be written: File too large"));
+        EXPECT_THAT(error, Says("old: cannot be written: File too large"));
     }
     EXPECT_EQ(read("old"), "old");
     // What came to stand in its place meanwhile, and a folder that went.
@@ -89,14 +79,11 @@ TEST_F(OutputFiles, OfAFullDiskLeaveTheOldOneAndSayWhy) {
     for (OutputFile* file : {&taken, &gone, &held})
         file->write("new");
     ASSERT_TRUE(QDir().mkdir("taken") && QDir().rmdir("folder"));
-    EXPECT_THAT(textOf(errorOf([&taken] { taken.commit(); })),
-                HasSubstr("taken: cannot be written: Is a directory"));
-    EXPECT_THAT(textOf(errorOf([&gone] { gone.commit(); })),
-                HasSubstr("folder/gone: cannot be written: No such file"));
+    EXPECT_THAT([&taken] { taken.commit(); }, Refuses("taken: cannot be written: Is a directory"));
+    EXPECT_THAT([&gone] { gone.commit(); }, Refuses("folder/gone: cannot be written: No such file"));
     const QString passing = QString(".kvmeasure-%1").arg(::getpid());
     ASSERT_TRUE(QDir().mkdir(passing));
-    EXPECT_THAT(textOf(errorOf([&held] { held.commit(); })),
-                HasSubstr("old: cannot be written: File exists"));
+    EXPECT_THAT([&held] { held.commit(); }, Refuses("old: cannot be written: File exists"));
     ASSERT_TRUE(QDir().rmdir(passing));
     EXPECT_EQ(listed(), "old");
     EXPECT_EQ(read("old"), "old");
@@ -123,8 +110,8 @@ TEST_F(OutputFiles, OfScratchFoldersGoUnlessSomebodyHoldsThem) {
     write("file", "");
     qputenv("TMPDIR", QFile::encodeName(QDir::current().filePath("file")));
     EXPECT_THAT(
-        textOf(errorOf([] { const ScratchFolder folder; })),
-        HasSubstr("file: a directory for temporary files cannot be made in it; name another one in TMPDIR"));
+        [] { const ScratchFolder folder; },
+        Refuses("file: a directory for temporary files cannot be made in it; name another one in TMPDIR"));
     before.isNull() ? qunsetenv("TMPDIR") : qputenv("TMPDIR", before);
 }
 
@@ -134,15 +121,13 @@ TEST_F(OutputFiles, AreNoInputsAndNotEachOther) {
     QDir().mkdir("d");
     for (const char* same : {"in", "./in", "d/../in", "link"}) {
         EXPECT_TRUE(isSameFile("in", same)) << same;
-        EXPECT_THAT(textOf(errorOf([same] {
-                        refuseOverwriting({"out", same}, {"", "in"});
-                    })),
-                    HasSubstr("is read by this command"));
+        EXPECT_THAT(
+            [same] {
+                refuseOverwriting({"out", same}, {"", "in"});
+            },
+            Refuses("is read by this command"));
     }
-    EXPECT_THAT(textOf(errorOf([] {
-                    refuseOverwriting({"d/x", "d/../d/x"}, {});
-                })),
-                HasSubstr("would be written twice"));
+    EXPECT_THAT([] { refuseOverwriting({"d/x", "d/../d/x"}, {}); }, Refuses("would be written twice"));
     EXPECT_NO_THROW(refuseOverwriting({"", "", "x", "d/x"}, {"in", "", ""}));
     EXPECT_EQ(partPath("d.x/p.svg", "1") + partPath("d.x/p", "1"), "d.x/p-1.svgd.x/p-1");
     EXPECT_EQ(stemOf("d/a.b.csv") + ' ' + stemOf("d/.kv") + ' ' + stemOf("a"), "a.b .kv a");
@@ -155,7 +140,7 @@ TEST_F(OutputFiles, OfAFolderAreReplacedByItsOwnAlone) {
     write("f/mine", "mine");
     OwnFiles files("f");
     EXPECT_TRUE(files.holds("b"));
-    EXPECT_THAT(textOf(errorOf([&files] { files.claim({"c", "mine"}); })), HasSubstr("f/mine: is there"));
+    EXPECT_THAT([&files] { files.claim({"c", "mine"}); }, Refuses("f/mine: is there"));
     files.replace({"b"});
     EXPECT_EQ(read("f/a") + read("f/mine"), "nonemine");
     EXPECT_FALSE(OwnFiles("f").holds("a"));
@@ -167,14 +152,13 @@ TEST_F(OutputFiles, OfAFolderAreReplacedByItsOwnAlone) {
     write("f/.kvmeasure", "../outside\n.\n..\nlink");  // names of another hand, of which one is in the folder
     write("outside", "1");
     EXPECT_TRUE(QFile::link("../outside", "f/link") && QFile::link("nowhere", "f/dangling"));
-    EXPECT_THAT(textOf(errorOf([] { OwnFiles("f").requireOwn({"dangling"}); })),
-                HasSubstr("is there already"));
+    EXPECT_THAT([] { OwnFiles("f").requireOwn({"dangling"}); }, Refuses("is there already"));
     OwnFiles("f").removeAll();
     EXPECT_EQ(listed(), "outside");
     EXPECT_FALSE(QFileInfo("f/link").isSymLink());
     FolderLock lock, second;
     lock.take("f");
-    EXPECT_THAT(textOf(errorOf([&second] { second.take("f"); })), HasSubstr("another run"));
+    EXPECT_THAT([&second] { second.take("f"); }, Refuses("another run"));
 }
 
 }  // namespace

@@ -3,16 +3,10 @@
 #include <kvmeasure/base/filled_in.h>
 #include <kvmeasure/base/length_unit.h>
 #include <kvmeasure/base/text.h>
+#include <tests/kvmeasure/calls.h>
 #include <tests/support/random_data.h>
 
-#include <gmock/gmock.h>
-
-#include <cmath>
-#include <limits>
-
 namespace {
-
-using namespace KvMeasure;
 
 TEST(Texts, NumbersAreReadWhole) {
     for (const auto& [text, expected] :
@@ -37,20 +31,29 @@ TEST(Texts, NumbersAreReadWhole) {
 
 TEST(Texts, NumbersAreShownWithoutASignOfNothing) {
     const double inf = std::numeric_limits<double>::infinity();
-    const std::pair<QString, const char*> cases[] = {
-        {mm(-0.00004), "0.0000"}, {mm(-0.00006), "-0.0001"},       {mm(12345.67896), "12345.6790"},
-        {mm(-2.5e8), "-2.5e+08"}, {mm(1.2e7), "1.2e+07"},          {mm(9999999.5), "9999999.5000"},
-        {mm(inf), "inf"},         {mm(std::nan("")), "nan"},       {percent(1, 3), "33.33 %"},
-        {percent(1, 0), "-"},     {percent(1, std::nan("")), "-"}, {fixed(-0.4, 0), "0"},
-        {fixed(-0.6, 0), "-1"},   {counted(1, "line"), "1 line"},  {counted(0, "line"), "0 lines"},
-    };
+    const std::pair<QString, const char*> cases[] = {{mm(-0.00004), "0.0000"},
+                                                     {mm(-0.00006), "-0.0001"},
+                                                     {mm(12345.67896), "12345.6790"},
+                                                     {mm(-2.5e8), "-2.5e+08"},
+                                                     {mm(1.2e7), "1.2e+07"},
+                                                     {mm(9999999.5), "9999999.5000"},
+                                                     {mm(inf), "inf"},
+                                                     {mm(std::nan("")), "nan"},
+                                                     {percent(1, 3), "33.33 %"},
+                                                     {percent(1, 0), "-"},
+                                                     {percent(1, std::nan("")), "-"},
+                                                     {fixed(-0.4, 0), "0"},
+                                                     {fixed(-0.00001, 2), "0.00"},
+                                                     {fixed(-0.6, 0), "-1"},
+                                                     {counted(1, "line"), "1 line"},
+                                                     {counted(0, "line"), "0 lines"}};
     for (const auto& [shown, expected] : cases)
         EXPECT_EQ(shown, expected);
 }
 
 /// Halves of the last decimal, numbers beside them, and any others, as Qt writes them.
 TEST(Texts, MillimetresRoundAsQtDoes) {
-    TestSupport::Draws draws(8);
+    Draws draws(8);
     for (int i = 0; i < 200'000; ++i) {
         const double size = std::pow(10, i % 13 - 5);
         double value = draws.real(-size, size);
@@ -70,21 +73,16 @@ TEST(Texts, WordsAreListedAndTheNearestIsSuggested) {
     EXPECT_EQ(alternatives({"a"}), "a");
     EXPECT_EQ(alternatives({}), "");
     const QStringList words{"median", "mean", "middle-by-x"};
-    const std::pair<QString, const char*> cases[] = {{"meidan", "median"},
-                                                     {"MEAN", "mean"},
-                                                     {"mid", "middle-by-x"},
-                                                     {"smooth", "median"},
-                                                     {"xyz", ""},
-                                                     {"mi", ""},
-                                                     {"", ""},
-                                                     {QString(65, 'm'), ""},
-                                                     {"med", "median"},
-                                                     {"meann", "mean"},
-                                                     {"qqqmean", ""}};
-    for (const auto& [word, near] : cases)
-        EXPECT_EQ(suggestion(word, words, {{"smooth", "median"}}),
-                  *near == '\0' ? QString() : QString("; did you mean \"%1\"?").arg(near))
-            << word.toStdString();
+    const QString cases =
+        "meidan:median|MEAN:mean|mid:middle-by-x|smooth:median|xyz:|mi:|:|med:median|meann:mean|"
+        "qqqmean:|" +
+        QString(65, 'm') + ':';
+    for (const QString& each : cases.split('|')) {
+        const QString near = each.section(':', 1);
+        EXPECT_EQ(suggestion(each.section(':', 0, 0), words, {{"smooth", "median"}}),
+                  near.isEmpty() ? QString() : QString("; did you mean \"%1\"?").arg(near))
+            << each.toStdString();
+    }
     EXPECT_EQ(filledIn("%1 of %2, %3%", QString("a%2"), 0.1F + 1, 10), "a%2 of 1.1, 10%");
     EXPECT_EQ(filledIn("%0 %2 %", QString("a")), "%0 %2 %") << "no such value";
     for (const char* plain : {"H\u00F6he ~ \u4E2D", "a b", ""})

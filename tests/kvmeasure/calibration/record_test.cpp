@@ -5,14 +5,10 @@
 #include <kvmeasure/calibration/clean.h>
 #include <kvmeasure/calibration/survey.h>
 #include <simulator/triangulation_scanner.h>
-
-#include <gmock/gmock.h>
-
-#include <cmath>
+#include <tests/kvmeasure/calls.h>
 
 namespace {
 
-using namespace KvMeasure;
 using Simulator::CalibrationRecipe;
 
 BuildPlan planOf(const CalibrationRecipe& recipe) {

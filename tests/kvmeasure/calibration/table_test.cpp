@@ -4,20 +4,12 @@
 #include <kvmeasure/calibration/check.h>
 #include <simulator/triangulation_scanner.h>
 #include <tests/kvmeasure/calls.h>
-#include <tests/support/scratch_directory.h>
 
-#include <algorithm>
-#include <array>
-#include <cmath>
 #include <numeric>
 
 namespace {
 
-using namespace KvMeasure;
 using Simulator::CalibrationRecipe;
-using testing::HasSubstr;
-using TestSupport::errorOf;
-using TestSupport::textOf;
 
 TableUnits unitsOf(const CalibrationRecipe& recipe) {
     return {recipe.scanner.zRange, recipe.scanner.xRange, recipe.zStep * 1000,
@@ -67,7 +59,7 @@ TEST(Tables, TellACoordinateBetweenTheirRowsAndNothingBesideAnEmptyCell) {
 }
 
 TEST(Tables, AreReadAsTheyWereWrittenAndByTheirSizesAlone) {
-    const TestSupport::ScratchDirectory scratch;
+    const ScratchDirectory scratch;
     for (const CalibrationForm form : {CalibrationForm::FullTable, CalibrationForm::CompactTable}) {
         PixelTable table(form);
         for (int i = 0; i < 1000; ++i) {
@@ -79,15 +71,15 @@ TEST(Tables, AreReadAsTheyWereWrittenAndByTheirSizesAlone) {
         ASSERT_EQ(read.form(), form);
         for (const Half half : {Half::Z, Half::X})
             EXPECT_TRUE(std::equal(table.cells(half), table.cells(half) + 300'000, read.cells(half)));
-        EXPECT_THAT(textOf(errorOf([] { loadRaw("a"); })), HasSubstr("expected a raw record"));
+        EXPECT_THAT([] { loadRaw("a"); }, Refuses("expected a raw record"));
         const QByteArray bytes = scratch.read("a");
         for (const QByteArray& other : {bytes.chopped(1), bytes + '0', QByteArray()}) {
             scratch.write("b", other);
-            EXPECT_THAT(textOf(errorOf([] { CalibrationFile("b"); })),
-                        HasSubstr("b: is no calibration file: it has " + std::to_string(other.size())));
+            EXPECT_THAT([] { CalibrationFile("b"); },
+                        Refuses("b: is no calibration file: it has " + std::to_string(other.size())));
         }
     }
-    EXPECT_THAT(textOf(errorOf([] { loadTable("none"); })), HasSubstr("none: no such file"));
+    EXPECT_THAT([] { loadTable("none"); }, Refuses("none: no such file"));
 }
 
 TEST(Tables, HaveAZAsGoodAsUnitsPositionsAndNoiseAllow) {
@@ -126,11 +118,7 @@ TEST(Teeth, GiveTheXOfEveryFilledCell) {
         double pitch, height, missing, tilt;
         bool isCompact;
         double worst;  // RMS of X, mm
-    } cases[] = {
-        {10, 5, 0.02, 0, false, 0.003},
-        {10, 5, 0, 0, true, 0.003},
-        {6, 4, 0, 3, false, 0.004},
-    };
+    } cases[] = {{10, 5, 0.02, 0, false, 0.003}, {10, 5, 0, 0, true, 0.003}, {6, 4, 0, 3, false, 0.004}};
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::Message() << "pitch " << c.pitch << " tilt " << c.tilt);
         CalibrationRecipe recipe;
@@ -169,20 +157,16 @@ TEST(Teeth, ThatAreNotThoseOfTheDrawingLeaveTheTableAlone) {
         {&flat, {10, 5}, "no teeth are recognised"},
         {&empty, {10, 5}, "no teeth are recognised"},
         {&teeth, {10, 50}, "no teeth are recognised"},
-        {&teeth, {10, 2}, "teeth"},
-    };
+        {&teeth, {10, 2}, "teeth"}};
     for (const auto& [record, drawn, reason] : cases) {
         const auto& target = drawn;
         const RawRecord& of = *record;
         const Error error = errorOf([&] { buildXFromTeeth(table, of, unitsOf(recipe), target); });
-        EXPECT_THAT(textOf(error), HasSubstr(reason));
+        EXPECT_THAT(error, Says(reason));
         EXPECT_TRUE(std::equal(before.begin(), before.end(), table.cells(Half::X)));
     }
     PixelTable none(CalibrationForm::FullTable);
-    EXPECT_THAT(textOf(errorOf([&] {
-                    buildXFromTeeth(none, teeth, unitsOf(recipe), {10, 5});
-                })),
-                HasSubstr("no teeth"));
+    EXPECT_THAT([&] { buildXFromTeeth(none, teeth, unitsOf(recipe), {10, 5}); }, Refuses("no teeth"));
 }
 
 /// A table of 0.1 mm per sensor row and column with errors that are put in, in units of 0.01 mm.

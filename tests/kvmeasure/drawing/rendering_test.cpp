@@ -1,6 +1,5 @@
 // Formats of pictures by the ending, and what is refused as a picture; pictures of little or no data.
 
-#include <kvmeasure/base/error.h>
 #include <kvmeasure/drawing/circumference_picture.h>
 #include <kvmeasure/drawing/comparison_picture.h>
 #include <kvmeasure/drawing/conicity_picture.h>
@@ -13,19 +12,11 @@
 #include <kvmeasure/drawing/trend_picture.h>
 #include <kvmeasure/drawing/wear_picture.h>
 #include <kvmeasure/drawing/zone_picture.h>
-
-#include <tests/support/scratch_directory.h>
+#include <tests/kvmeasure/calls.h>
 
 #include <QtCore/QXmlStreamReader>
 
-#include <gmock/gmock.h>
-
-#include <cmath>
-
 namespace {
-
-using namespace KvMeasure;
-using testing::HasSubstr;
 
 const double nan = std::nan(""), infinite = std::numeric_limits<double>::infinity();
 
@@ -91,7 +82,7 @@ TEST(Rendering, NoPictureIsRefusedWithItsReason) {
                 rendered(bytes, format);
                 ADD_FAILURE() << bytes.toStdString();
             } catch (const Error& error) {
-                EXPECT_THAT(error.what(), testing::HasSubstr("picture")) << bytes.toStdString();
+                EXPECT_THAT(error.what(), HasSubstr("picture")) << bytes.toStdString();
             }
         }
     }
@@ -242,10 +233,10 @@ TEST(Pictures, OfAComparisonShowTheMasterAloneWhereNothingIsCompared) {
 }
 
 TEST(Pictures, OfDeviationsSayWhatIsMissing) {
-    const TestSupport::ScratchDirectory scratch;
+    const ScratchDirectory scratch;
     const auto cloud = [](const DeviationMap& map, bool heightLast) {
         writeDeviationCloud("c.ply", map, heightLast);
-        return TestSupport::ScratchDirectory::read("c.ply").toStdString();
+        return ScratchDirectory::read("c.ply").toStdString();
     };
     Scan scan;
     scan.add(KvMath::KvPointXYZ(1, 0, 1));

@@ -1,17 +1,11 @@
 // Stray points: those that were put in are found, and zones are those of the rest.
 
 #include <kvmeasure/form/stray_points.h>
+#include <tests/kvmeasure/calls.h>
 
-#include <gtest/gtest.h>
-
-#include <array>
-#include <cmath>
-#include <random>
 #include <set>
 
 namespace {
-
-using namespace KvMeasure;
 
 /// A bent, inclined plate of 60 by 40 mm with noise; strays of 0.3 to 50 mm at random rows.
 std::vector<SpacePoint> plate(std::mt19937& random, int strays, std::set<int>& put) {

@@ -1,19 +1,12 @@
 // Step height beside lines built from their answer; roughness beside the formulas of a sine.
 
-#include <kvmeasure/base/error.h>
 #include <kvmeasure/form/gaussian_filter.h>
 #include <kvmeasure/form/roughness.h>
 #include <kvmeasure/form/step_height.h>
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <random>
+#include <tests/kvmeasure/calls.h>
 
 namespace {
 
-using namespace KvMeasure;
 constexpr double pi = 3.14159265358979323846;
 
 /// A groove between 10 and 13 on a slope; rounded: its depth is reached in the middle alone.
@@ -78,16 +71,14 @@ TEST(StepHeight, TellsWhyThereIsNone) {
         std::vector<Vector> points;
         StepType type;
         const char* reason;
-    } cases[] = {
-        {sides, StepType::A1, "no point in the bottom"},
-        {with({{11, 0}, {12, 0}}), StepType::A2, "fewer than three points in the bottom"},
-        {with({{11.5, 0}, {11.5, 0}, {11.5, 1}}), StepType::A2,
-         "the points of the references or of the bottom have too few places"},
-        {{{7, 1}, {NAN, 1}, {15, 1}, {16, NAN}, {99, 0}},
-         StepType::A1,
-         "fewer than two points in the left reference"},
-        {{{8, 1}, {8, 1}, {16, 1}}, StepType::A1, "fewer than two points in the right reference"},
-    };
+    } cases[] = {{sides, StepType::A1, "no point in the bottom"},
+                 {with({{11, 0}, {12, 0}}), StepType::A2, "fewer than three points in the bottom"},
+                 {with({{11.5, 0}, {11.5, 0}, {11.5, 1}}), StepType::A2,
+                  "the points of the references or of the bottom have too few places"},
+                 {{{7, 1}, {NAN, 1}, {15, 1}, {16, NAN}, {99, 0}},
+                  StepType::A1,
+                  "fewer than two points in the left reference"},
+                 {{{8, 1}, {8, 1}, {16, 1}}, StepType::A1, "fewer than two points in the right reference"}};
     for (const auto& c : cases) {
         const StepHeight step = stepHeight(c.points, 10, 13, c.type);
         EXPECT_EQ(step.reason, c.reason);

@@ -4,17 +4,10 @@
 #include <kvmeasure/form/flatness.h>
 #include <kvmeasure/form/roundness.h>
 #include <kvmeasure/form/straightness.h>
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <functional>
-#include <random>
+#include <tests/kvmeasure/calls.h>
 
 namespace {
 
-using namespace KvMeasure;
 using Whole = std::array<long long, 3>;
 
 Whole minus(const Whole& a, const Whole& b) { return {a[0] - b[0], a[1] - b[1], a[2] - b[2]}; }

@@ -1,23 +1,13 @@
 // Parts with known deviations, moved by known motions, against their masters.
 
 #include <kvmeasure/inspection/comparison.h>
-
-#include <kvmeasure/base/error.h>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <functional>
-#include <random>
+#include <tests/kvmeasure/calls.h>
 
 namespace {
 
-using namespace KvMeasure;
 using KvMath::KvPointXY;
 using KvMath::KvProfile;
 using testing::DoubleNear;
-using testing::HasSubstr;
 
 constexpr double kPitch = 0.1;            // mm
 constexpr double kFloatPrecision = 2e-5;  // mm, of coordinates up to 100 mm
@@ -213,7 +203,7 @@ TEST(Compare, ATemplateLaysThePartByItsLines) {
     EXPECT_NEAR(result.registration.motion.angle, -0.03, 5e-3);
     EXPECT_NEAR(valueAt(result, result.smallest), -0.3, 0.15) << "the floor is a line of the template, too";
     const Comparison none = compare(arc(10, 2.6, 0.5), groove(6), settings);
-    EXPECT_THAT(none.reason.toStdString(), HasSubstr("the template is not in the part"));
+    EXPECT_THAT(none.reason, Says("the template is not in the part"));
 }
 
 TEST(Compare, WithoutEnoughPointsSaysWhy) {

@@ -6,17 +6,13 @@
 
 #include <kvmeasure/inspection/kinds/bridge.h>
 #include <kvmeasure/inspection/kinds/order_noise.h>
+#include <tests/kvmeasure/calls.h>
 #include <tests/kvmeasure/inspection/shapes.h>
-
-#include <gmock/gmock.h>
 
 #include <cstdio>
 #include <cstdlib>
-#include <functional>
 
 namespace {
-
-using namespace TestSupport;
 
 /// How a shape is scanned.
 struct Scan {

@@ -3,14 +3,10 @@
 
 #include <kvmeasure/inspection/kinds/thickness.h>
 #include <kvmeasure/inspection/kinds/weld_toe.h>
+#include <tests/kvmeasure/calls.h>
 #include <tests/kvmeasure/inspection/shapes.h>
 
-#include <gmock/gmock.h>
-
 namespace {
-
-using namespace TestSupport;
-using testing::HasSubstr;
 
 TEST(FittedKinds, FindKnownAnswers) {
     for (const Shape& shape : shapes()) {
@@ -55,10 +51,10 @@ TEST(FittedKinds, SayWhyThereIsNoValue) {
             }
         }
     }
-    EXPECT_THAT(measure("step L R", {{1, 1}, {2, 2}}, {}, regions())[""].reason.toStdString(),
-                HasSubstr("no point lies in region \"L\""));
-    EXPECT_THAT(measure("gap L R", {{-1, 1}, {-2, 2}, {-3, 3}}, {}, regions())[""].reason.toStdString(),
-                HasSubstr("no point lies in region \"R\""));
+    EXPECT_THAT(measure("step L R", {{1, 1}, {2, 2}}, {}, regions())[""].reason,
+                Says("no point lies in region \"L\""));
+    EXPECT_THAT(measure("gap L R", {{-1, 1}, {-2, 2}, {-3, 3}}, {}, regions())[""].reason,
+                Says("no point lies in region \"R\""));
 }
 
 struct ShapeCase {
@@ -144,8 +140,7 @@ TEST(FittedKinds, TellShapesThatTheyAreNotFor) {
         {"line in M", flat, "deviation", 0, ""},
         {"roundness in M", flat, "", none, "all points lie on one line"},
         {"straightness in M", ridge, "", 1.5, ""},
-        {"step-height in M from -2 to 2", square, "", 1.5, ""},
-    };
+        {"step-height in M from -2 to 2", square, "", 1.5, ""}};
     for (const ShapeCase& c : cases) {
         SCOPED_TRACE(c.words);
         const auto values =
@@ -157,7 +152,7 @@ TEST(FittedKinds, TellShapesThatTheyAreNotFor) {
             EXPECT_NEAR(value.value, c.value, 0.02) << value.note.toStdString();
         }
         const QString said = value.reason + value.note + value.warning;
-        EXPECT_THAT(said.toStdString(), HasSubstr(c.reason));
+        EXPECT_THAT(said, Says(c.reason));
     }
 }
 
@@ -176,8 +171,8 @@ TEST(FittedKinds, CountGroovesThatNoiseOrOneLineMakesEquallyHigh) {
                 const QString words = number == 0 ? QString() : " number " + QString::number(number);
                 EXPECT_NEAR(measure("groove in M" + words, points, {}, regions())["x"].value, x, 0.2);
             }
-            EXPECT_THAT(measure("groove in M number 4", points, {}, regions())["x"].reason.toStdString(),
-                        HasSubstr("the region holds 3"));
+            EXPECT_THAT(measure("groove in M number 4", points, {}, regions())["x"].reason,
+                        Says("the region holds 3"));
         }
     }
 }
@@ -253,8 +248,7 @@ TEST(FittedKinds, TellVoidsOfAStripFromMissingPoints) {
         {"strip in M", {{-1.91, -0.11}, {1.01, 1.71}}, -0.1, 3, false},  // but not so wide ones
         {"strip in M gap 0.5", {{-1.11, -0.11}, {1.01, 1.71}}, -3, -1.1, false},
         {"strip in M on -1", {{-1.11, -0.11}}, -0.1, 3, false},
-        {"strip in M on -1", {{-1.11, -0.11}, {1.01, 1.71}}, -3, 3, true},
-    };
+        {"strip in M on -1", {{-1.11, -0.11}, {1.01, 1.71}}, -3, 3, true}};
     for (const auto& c : cases) {
         Points points;
         for (int i = -30; i < 30; ++i) {

@@ -1,20 +1,15 @@
 // Tools on regions that measure form: the values of the functions behind them, where the region is, reasons.
 
-#include <kvmeasure/base/error.h>
 #include <kvmeasure/form/roughness.h>
 #include <kvmeasure/form/straightness.h>
 #include <kvmeasure/inspection/kinds/box.h>
 #include <kvmeasure/profiles/robust_arc.h>
+#include <tests/kvmeasure/calls.h>
 #include <tests/kvmeasure/inspection/shapes.h>
-
-#include <gmock/gmock.h>
 
 #include <map>
 
 namespace {
-
-using namespace TestSupport;
-using testing::HasSubstr;
 
 /// As the profile holds them.
 Points rounded(Points points) {
@@ -45,7 +40,7 @@ TEST(FormKinds, GiveTheValuesOfTheirFunctions) {
     EXPECT_EQ(rough["Rz"].unit, "um");
     EXPECT_EQ(rough["RSm"].unit, "mm");
     EXPECT_NE(measure("roughness in M cutoff 0.8", surface, {}, regions())["Ra"].value, rough["Ra"].value);
-    EXPECT_THAT(rough["Ra"].notes().toStdString(), HasSubstr("cannot be told from it"));
+    EXPECT_THAT(rough["Ra"].notes(), Says("cannot be told from it"));
 
     const auto bar = [](double x) {
         return std::fabs(x) < 6 ? std::sqrt(49 - x * x) + 0.01 * std::cos(9 * x) : NAN;
@@ -112,9 +107,8 @@ TEST(FormKinds, MeasureStepsWhereTheRegionIs) {
     EXPECT_NEAR(value("from -2 to 2", points, {}, "M = all").value, 1.5, 1e-6);
     EXPECT_TRUE(value("from -2 to 2", points, {}, "M = all").warning.isEmpty());
     EXPECT_NEAR(value("from -2 to 2 A2", points, {}, "M = all").value, 1.5, 1e-6);
-    EXPECT_THAT(value("from -2 to 2 A2", points, {}, "M = all").notes().toStdString(), HasSubstr("parabola"));
-    EXPECT_THAT(value("from -3 to 3", points, {}, "M = all").warning.toStdString(),
-                HasSubstr("three widths"));
+    EXPECT_THAT(value("from -2 to 2 A2", points, {}, "M = all").notes(), Says("parabola"));
+    EXPECT_THAT(value("from -3 to 3", points, {}, "M = all").warning, Says("three widths"));
     Points moved, turned;
     const double angle = 10 / kDegreesPerRadian;
     for (const Vector& p : points) {
@@ -125,8 +119,8 @@ TEST(FormKinds, MeasureStepsWhereTheRegionIs) {
     const char* const anchored = "M = x -8..8 at A";
     EXPECT_NEAR(value("from -2 to 2", moved, {"A = left in P from -7.995 0"}, anchored).value, 1.5, 1e-5);
     EXPECT_NEAR(value("from -2 to 2", turned, {"A = line in L from -5 0 0"}, anchored).value, 1.5, 1e-5);
-    EXPECT_THAT(value("from -2 to 2", moved, {"A = left in M"}, anchored).reason.toStdString(),
-                HasSubstr("depends on the region itself"));
+    EXPECT_THAT(value("from -2 to 2", moved, {"A = left in M"}, anchored).reason,
+                Says("depends on the region itself"));
 }
 
 TEST(FormKinds, SayWhyThereIsNoValue) {
@@ -134,18 +128,16 @@ TEST(FormKinds, SayWhyThereIsNoValue) {
     const struct {
         const char *words, *ending, *reason;
         Points points;
-    } rows[] = {
-        {"straightness in M", "", "point", {{1, 1}}},
-        {"straightness in M", "z", "same x", {{1, 1}, {1, 2}, {1, 3}}},
-        {"roundness in M", "", "", {{1, 1}, {2, 2}, {3, 3}}},
-        {"roundness in M", "radius", "", {{1, 1}}},
-        {"step-height in M from -2 to 2", "", "left reference", {{0, 0}}},
-        {"step-height in M from 2 to -2", "", "not in order", line},
-        {"roughness in M cutoff 0.8", "Ra", "pitch", line},
-        {"roughness in M cutoff 100", "Rz", "sampling length", line},
-        {"roughness in M cutoff 0.8", "Ra", "fewer than three points", {{0, 0}}},
-        {"roughness in N cutoff 0.8", "Rsk", "there is no region", line},
-    };
+    } rows[] = {{"straightness in M", "", "point", {{1, 1}}},
+                {"straightness in M", "z", "same x", {{1, 1}, {1, 2}, {1, 3}}},
+                {"roundness in M", "", "", {{1, 1}, {2, 2}, {3, 3}}},
+                {"roundness in M", "radius", "", {{1, 1}}},
+                {"step-height in M from -2 to 2", "", "left reference", {{0, 0}}},
+                {"step-height in M from 2 to -2", "", "not in order", line},
+                {"roughness in M cutoff 0.8", "Ra", "pitch", line},
+                {"roughness in M cutoff 100", "Rz", "sampling length", line},
+                {"roughness in M cutoff 0.8", "Ra", "fewer than three points", {{0, 0}}},
+                {"roughness in N cutoff 0.8", "Rsk", "there is no region", line}};
     for (const auto& row : rows) {
         const QString words = row.words;
         QString reason;
@@ -157,7 +149,7 @@ TEST(FormKinds, SayWhyThereIsNoValue) {
             reason = error.text();
         }
         EXPECT_FALSE(reason.isEmpty()) << row.words;
-        EXPECT_THAT(reason.toStdString(), HasSubstr(row.reason)) << row.words;
+        EXPECT_THAT(reason, Says(row.reason)) << row.words;
     }
 }
 
@@ -203,8 +195,7 @@ TEST(Kinds, HaveAValueOrAReasonForWhateverPoints) {
         {"bowl", along([](double x) { return x * x / 8; })},
         {"dome", along([](double x) { return 4 - x * x / 8; })},
         {"pit at the end", along([](double x) { return x > 6 ? -2 : 0; })},
-        {"ridge", along([](double x) { return std::fabs(x) < 0.09 ? 2 : 0; })},
-    };
+        {"ridge", along([](double x) { return std::fabs(x) < 0.09 ? 2 : 0; })}};
     const QString tools =
         "max in M;min in M of x;mean in M;mean in M of x;median in M;percentile 100 in M;percentile 30 in M;"
         "percentile 30 in M of x;bridge in M;bridge in M sheared;bridge in M skip 40 window 60;box in M;"
@@ -289,8 +280,7 @@ TEST(Kinds, GiveWhatADrawingSays) {
         {"mean in M", stairs, {{"", 50.5}}},
         {"median in M", stairs, {{"", 50.5}}},
         {"bridge in M skip 10 window 50", stairs, {{"", 70.5}, {"deviation", std::sqrt(40 * 41 / 12.0)}}},
-        {"box in M", roof, {{"x", 0}, {"z", 1.5}, {"height", 3}, {"angle", 0}}},
-    };
+        {"box in M", roof, {{"x", 0}, {"z", 1.5}, {"height", 3}, {"angle", 0}}}};
     for (const Case& c : cases) {
         const auto found = measure(c.words, c.points, {}, regions());
         for (const auto& [name, value] : c.values) {

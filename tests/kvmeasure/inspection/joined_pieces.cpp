@@ -3,16 +3,11 @@
 
 #include <kvmeasure/profiles/line_pieces.h>
 #include <kvmeasure/profiles/search_estimate.h>
+#include <tests/kvmeasure/calls.h>
 
-#include <gmock/gmock.h>
-
-#include <cmath>
 #include <cstdio>
-#include <random>
 
 namespace {
-
-using namespace KvMeasure;
 
 /// Whether all points of the pieces from one to another lie near the line over both.
 bool isStraight(const ProfilePieces& found, const Piece& first, const Piece& last, double tolerance) {

@@ -3,17 +3,12 @@
 #include <cli/ordered_jobs.h>
 #include <kvmath/tsearch/constraints.h>
 #include <kvmath/tsearch/measurements.h>
-#include <kvmeasure/base/error.h>
 #include <kvmeasure/inspection/part_measurement.h>
-
-#include <gmock/gmock.h>
+#include <tests/kvmeasure/calls.h>
 
 #include <numeric>
-#include <random>
 
 namespace {
-
-using namespace KvMeasure;
 
 /// Level runs of these lengths at heights 0, 1, 0, 1, ..., 20 points each, 5 mm apart, mm.
 KvMath::KvProfile runs(const std::vector<double>& lengths) {
@@ -52,19 +47,17 @@ TEST(PartMeasurement, SaysWhatIsFoundWhatIsMissingAndWhy) {
         int found;
         const char* reason;
         bool isSizeGood;
-    } cases[] = {
-        {{}, 0, "the template has 2 lines, the profile 0 segment(s)", false},
-        {{10}, 0, "the template has 2 lines, the profile 1 segment(s)", false},
-        {{10, 7}, 0, "nearest", false},
-        {{10, 10.2}, 2, "", true},
-        {{9.2, 9.3}, 2, "", false},
-    };
+    } cases[] = {{{}, 0, "the template has 2 lines, the profile 0 segment(s)", false},
+                 {{10}, 0, "the template has 2 lines, the profile 1 segment(s)", false},
+                 {{10, 7}, 0, "nearest", false},
+                 {{10, 10.2}, 2, "", true},
+                 {{9.2, 9.3}, 2, "", false}};
     for (const auto& c : cases) {
         const MeasuredPart measured = part.measure(runs(c.lengths));
         SCOPED_TRACE(c.lengths.size());
         EXPECT_EQ(measured.found, c.found);
         EXPECT_EQ(measured.isFound(), c.found > 0);
-        EXPECT_THAT(measured.reason.toStdString(), testing::HasSubstr(c.reason));
+        EXPECT_THAT(measured.reason, Says(c.reason));
         EXPECT_FALSE(measured.isGood()) << "level lines do not meet";
         EXPECT_EQ(measured.assignments.size(), c.found > 0 ? 1 : 0);
         ASSERT_EQ(measured.best.values.size(), c.found > 0 ? 3 : 0);

@@ -3,14 +3,11 @@
 
 #include <tests/kvmeasure/inspection/shapes.h>
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <cstdio>
+#include <tests/kvmeasure/calls.h>
 
 namespace {
 
-using namespace TestSupport;
 using Random = std::mt19937_64;
 
 constexpr double kPi = 180 * kRadiansPerDegree;

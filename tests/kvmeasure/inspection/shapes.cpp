@@ -122,8 +122,7 @@ const std::vector<Shape>& shapes() {
         {"edge in M window 20",
          [](double x) { return std::clamp(5 * x, -0.5, 0.5); },
          {{"x", 0}, {"z", 0}},
-         {{"x", 2e-3}, {"z", 7e-3}}},
-    };
+         {{"x", 2e-3}, {"z", 7e-3}}}};
     return all;
 }
 

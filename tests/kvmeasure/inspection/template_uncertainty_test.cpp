@@ -9,16 +9,13 @@
 #include <kvmeasure/inspection/part_measurement.h>
 #include <kvmeasure/inspection/teaching.h>
 #include <kvmeasure/profiles/search_estimate.h>
-
-#include <gmock/gmock.h>
+#include <tests/kvmeasure/calls.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
 
 namespace {
-
-using namespace TestSupport;
 
 struct Part {
     const char* name;
@@ -64,8 +61,7 @@ const std::vector<Part>& parts() {
          "left=0, right=1",
          "gap = shift left.end right.start 0; step = shift left.end right.start 90; tilt = rotation left "
          "right",
-         {{"gap", 3.006}, {"step", 0.6503}}},
-    };
+         {{"gap", 3.006}, {"step", 0.6503}}}};
     return all;
 }
 

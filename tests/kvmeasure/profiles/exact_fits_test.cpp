@@ -5,17 +5,13 @@
 #include <kvmeasure/profiles/line_refit.h>
 #include <kvmeasure/profiles/robust_arc.h>
 #include <kvmeasure/profiles/search_estimate.h>
+#include <tests/kvmeasure/calls.h>
 #include <tests/kvmeasure/profiles/exact_points.h>
 
-#include <gmock/gmock.h>
-
-#include <cmath>
 #include <tuple>
 
 namespace {
 
-using namespace KvMeasure;
-using namespace TestSupport;
 using Points = std::vector<Vector>;
 
 TEST(ExactFits, LinesAreThoseThatTheirPointsWerePutAbout) {

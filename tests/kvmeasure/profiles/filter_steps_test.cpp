@@ -6,17 +6,7 @@
 
 #include <kvmath/core/line.h>
 
-#include <algorithm>
-#include <cmath>
-#include <random>
-#include <vector>
-
 namespace {
-
-using namespace KvMeasure;
-using testing::HasSubstr;
-using TestSupport::errorOf;
-using TestSupport::textOf;
 
 struct Place {
     float x, y;
@@ -88,18 +78,16 @@ TEST(FilterSteps, DoWhatTheirHelpSays) {
     const struct {
         const char* steps;
         std::vector<float> heights;
-    } cases[] = {
-        {"cut-above 1 1", {0, 0, 0, 0}},
-        {"cut-below 0 1", {5}},
-        {"spikes-polar 2 90", {0, 0, 0, 0}},
-        {"trim-x 1 2", {0, 5}},
-        {" trim-x - 1 ;; trim-y 0 - ", {0, 0}},
-        {"trim-lower 0.5", {5}},
-        {"trim-upper 0.5", {0, 0, 0, 0}},
-        {"shift 1 2", {2, 2, 7, 2, 2}},
-        {"shift 0 1; rotate 180", {-1, -1, -6, -1, -1}},
-        {"trim-x 9 -; resample 1", {}},
-    };
+    } cases[] = {{"cut-above 1 1", {0, 0, 0, 0}},
+                 {"cut-below 0 1", {5}},
+                 {"spikes-polar 2 90", {0, 0, 0, 0}},
+                 {"trim-x 1 2", {0, 5}},
+                 {" trim-x - 1 ;; trim-y 0 - ", {0, 0}},
+                 {"trim-lower 0.5", {5}},
+                 {"trim-upper 0.5", {0, 0, 0, 0}},
+                 {"shift 1 2", {2, 2, 7, 2, 2}},
+                 {"shift 0 1; rotate 180", {-1, -1, -6, -1, -1}},
+                 {"trim-x 9 -; resample 1", {}}};
     for (const auto& c : cases) {
         const std::vector<float> found = heightsAfter(hill, c.steps);
         ASSERT_EQ(found.size(), c.heights.size()) << c.steps;
@@ -139,8 +127,7 @@ TEST(FilterSteps, AreTheLibrarysFiltersWithTheirNumbersInOrder) {
         {"trim 1 2.25 9 2.75", [](P& p) { p.trim(1, 2.25F, 9, 2.75F); }},
         {"resample 0.75 2 9", [](P& p) { p.interpolate(0.75F, 2, 9, KvMath::KvInterpolantAkima); }},
         {"rotate 30", [](P& p) { p.rotateEvklid(30); }},
-        {"polar", [](P& p) { p.toPolar(); }},
-    };
+        {"polar", [](P& p) { p.toPolar(); }}};
     for (const SameCall& c : calls) {
         KvMath::KvProfile expected;
         for (const Place& p : points)
@@ -198,17 +185,16 @@ TEST(FilterSteps, ThatMakeNoSenseAreRefusedWithTheirNumber) {
         {"shift 1", "DY mm is missing; expected \"shift DX mm DY mm\""},
         {"median 3 4", "unexpected \"4\""},
         {"; ;", "names no step"},
-        {"", "names no step"},
-    };
+        {"", "names no step"}};
     for (const auto& [steps, reason] : cases) {
         const Error error = errorOf([text = steps] { after({{0, 0}, {1, 0}, {2, 5}}, text); });
-        EXPECT_THAT(textOf(error), HasSubstr(reason)) << steps;
+        EXPECT_THAT(error, Says(reason)) << steps;
         EXPECT_EQ(error.parameter(), "steps");
     }
     QString many = "sort-x";
     for (int i = 0; i < 100; ++i)
         many += ";sort-x";
-    EXPECT_THAT(textOf(errorOf([&many] { parseSteps(many); })), HasSubstr("more than 100 steps"));
+    EXPECT_THAT([&many] { parseSteps(many); }, Refuses("more than 100 steps"));
 }
 
 }  // namespace

@@ -2,20 +2,14 @@
 
 #include <kvmeasure/profiles/profile_noise.h>
 #include <kvmeasure/profiles/robust_arc.h>
+#include <tests/kvmeasure/calls.h>
 #include <tests/kvmeasure/profiles/exact_points.h>
 
-#include <gmock/gmock.h>
-
-#include <array>
-#include <cmath>
 #include <numeric>
-#include <random>
 #include <tuple>
 
 namespace {
 
-using namespace KvMeasure;
-using namespace TestSupport;
 using Points = std::vector<Vector>;
 
 using Fits = std::vector<std::vector<double>>;

@@ -5,20 +5,11 @@
 #include <kvmeasure/profiles/profile_writer.h>
 #include <kvmeasure/profiles/text_table.h>
 #include <tests/kvmeasure/calls.h>
-#include <tests/support/scratch_directory.h>
-
-#include <cmath>
-#include <limits>
 
 namespace {
 
-using namespace KvMeasure;
-using testing::HasSubstr;
-using TestSupport::errorOf;
-using TestSupport::textOf;
-
 TEST(PointFiles, GiveNoPointsWithoutARecord) {
-    const TestSupport::ScratchDirectory scratch;
+    const ScratchDirectory scratch;
     const QString path = scratch.write("one.bin", QByteArray("\x02\x01\0\0\0", 5) + QByteArray(8, '\0'));
     PointFile file(path);
     EXPECT_TRUE(file.nextPoints(5).empty()) << "no head is read";
@@ -31,7 +22,7 @@ TEST(PointFiles, GiveNoPointsWithoutARecord) {
 }
 
 TEST(PointFiles, ThatCannotBeReadNameThePlace) {
-    const TestSupport::ScratchDirectory scratch;
+    const ScratchDirectory scratch;
     const QByteArray xy3("\x02\x03\x00", 3);
     const struct {
         const char* name;
@@ -54,8 +45,7 @@ TEST(PointFiles, ThatCannotBeReadNameThePlace) {
          "offset 0: XY cloud record: announces 3 points, the file ends after 2"},
         {"head", QByteArray("\x03\xff", 2), "its head needs 5 bytes"},
         {"count", QByteArray("\x03\xff\xff\xff\xff", 5),
-         "announces 4294967295 points, the file ends after 0"},
-    };
+         "announces 4294967295 points, the file ends after 0"}};
     for (const auto& c : cases) {
         scratch.write(c.name, c.content);
         const Error error = errorOf([&c] {
@@ -63,7 +53,7 @@ TEST(PointFiles, ThatCannotBeReadNameThePlace) {
             for (LoadedProfile loaded; source.next(loaded);) {
             }
         });
-        EXPECT_THAT(textOf(error), HasSubstr(c.reason)) << c.name;
+        EXPECT_THAT(error, Says(c.reason)) << c.name;
         EXPECT_EQ(error.file(), c.name);
         const QString text = error.text();
         EXPECT_EQ(error.offset() >= 0, text.contains(": offset ")) << c.name;
@@ -73,7 +63,7 @@ TEST(PointFiles, ThatCannotBeReadNameThePlace) {
 
 /// Coordinates keep every bit, in every form, and what is not finite becomes unset.
 TEST(PointFiles, WrittenAreReadAgain) {
-    const TestSupport::ScratchDirectory scratch;
+    const ScratchDirectory scratch;
     LoadedProfile profile;
     profile.profile.points = {{0.1F, 1e-30F}, {std::nextafter(1.0F, 2.0F), -3.4e38F}, {2, 16777217.0F}};
     const float inf = std::numeric_limits<float>::infinity();
@@ -96,10 +86,9 @@ TEST(PointFiles, WrittenAreReadAgain) {
     }
     ProfileWriter csv("two.csv", FileForm::Csv);
     csv.add(profile);
-    EXPECT_THAT(textOf(errorOf([&] { csv.add(profile); })), HasSubstr("a CSV file holds one profile"));
+    EXPECT_THAT([&] { csv.add(profile); }, Refuses("a CSV file holds one profile"));
     EXPECT_FALSE(QFile::exists("two.csv"));
-    EXPECT_THAT(textOf(errorOf([] { parseForm("cvs", FileForm::Csv); })),
-                HasSubstr("must be csv, kv-csv or record"));
+    EXPECT_THAT([] { parseForm("cvs", FileForm::Csv); }, Refuses("must be csv, kv-csv or record"));
 }
 
 /// Separator, width, lines of the first row, of names and of units, columns with their units, lines of titles
@@ -185,8 +174,7 @@ TEST(TextHead, IsWhatStandsAboveTheRows) {
         // Three rows at least with a blank line behind each.
         {"1 2\n\n3 4\n\n5 6", " 2 1,0,0 [] / 11 double"},
         {"1 2\n\n3 4", " 2 1,0,0 [] / 11"},
-        {"1 2\n3 4\n\n5 6", " 2 1,0,0 [] / 11"},
-    };
+        {"1 2\n3 4\n\n5 6", " 2 1,0,0 [] / 11"}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.text);
         EXPECT_NO_THROW(EXPECT_EQ(headOf(c.text), c.expected));

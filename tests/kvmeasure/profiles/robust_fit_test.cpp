@@ -3,18 +3,13 @@
 // table.
 
 #include <kvmeasure/profiles/robust_arc.h>
+#include <tests/kvmeasure/calls.h>
 
-#include <gmock/gmock.h>
-
-#include <cmath>
 #include <cstdio>
-#include <functional>
 #include <numeric>
-#include <random>
 
 namespace {
 
-using namespace KvMeasure;
 using Points = std::vector<Vector>;
 
 /// Noise of standard deviation 1: the mean of `width` neighbours of white noise, scaled.
@@ -57,8 +52,7 @@ const std::vector<Motion> motions{
     {"turn", [](const Vector& p) { return Vector(p.x * 0.8 - p.y * 0.6, p.x * 0.6 + p.y * 0.8); }},
     {"mirror", [](const Vector& p) { return Vector(-p.x, p.y); }, 1, true},
     {"reverse", [](const Vector& p) { return p; }, 1, false, true},
-    {"scale", [](const Vector& p) { return Vector(p.x * 1000, p.y * 1000); }, 1000},
-};
+    {"scale", [](const Vector& p) { return Vector(p.x * 1000, p.y * 1000); }, 1000}};
 
 Points moved(const Points& points, const Motion& motion) {
     Points result;

@@ -4,17 +4,10 @@
 #include <kvmeasure/profiles/data_table.h>
 #include <kvmeasure/profiles/profile_file.h>
 #include <tests/kvmeasure/calls.h>
-#include <tests/support/scratch_directory.h>
 
 #include <QtCore/QRegularExpression>
 
-#include <cmath>
-
 namespace {
-
-using namespace KvMeasure;
-using TestSupport::errorOf;
-using TestSupport::textOf;
 
 QByteArray utf16(const QByteArray& text, bool isBigEndian, bool hasMark) {
     QByteArray bytes = !hasMark ? "" : isBigEndian ? "\xFE\xFF" : "\xFF\xFE";
@@ -54,7 +47,7 @@ protected:
     static std::string taken(const QByteArray& content, const QString& options) {
         TextProfiles text;
         try {
-            TestSupport::ScratchDirectory::write("t.csv", content);
+            ScratchDirectory::write("t.csv", content);
             text = PointFile("t.csv").readText(optionsOf(options));
         } catch (const Error& error) {
             return error.what();
@@ -81,7 +74,7 @@ protected:
     }
 
 private:
-    const TestSupport::ScratchDirectory scratch_;
+    const ScratchDirectory scratch_;
 };
 
 struct Case {
@@ -129,8 +122,7 @@ TEST_F(Text, UnitsAndNamesOfHeadingsAreUsed) {
         {"nothing between tabs", "x\tq\tz\n1\t9\t5\n2\t\t6\n", "", "2 1..2 5..6"},
         {"four columns", "1.5,2,3,4\n2.5,3,3,4\n", "", "2 1.5..2.5 2..3"},
         {"too few rows to count", "0,5,7\n1,6,8\n", "", "2 0..1 5..6"},
-        {"a comment below", "1,5\n# x z\n2,6\n", "", "2 1..2 5..6"},
-    };
+        {"a comment below", "1,5\n# x z\n2,6\n", "", "2 1..2 5..6"}};
     for (const Case& c : cases)
         EXPECT_EQ(taken(c.content, c.options), c.expected) << c.what;
 }
@@ -146,8 +138,7 @@ TEST_F(Text, WhatIsNoPointIsLeftOut) {
         {"-9999 is none", "x,z\n-9999,-9999\n1,5\n2,6\n", "unset -9999", "3-1 1..2 5..6"},
         {"as records have it", "0,5\n1,0.10000000149011612\n", "unset 0.1", "2-1 0..1 5..5"},
         {"nines are places", "98,5\n99,-9999\n100,6\n", "unset -9999", "3-1 98..100 5..6"},
-        {"nines within", "0,998\n1,999\n2,1003\n", "", "3 0..2 998..1003"},
-    };
+        {"nines within", "0,998\n1,999\n2,1003\n", "", "3 0..2 998..1003"}};
     for (const Case& c : cases)
         EXPECT_EQ(taken(c.content, c.options), c.expected) << c.what;
 }
@@ -203,8 +194,7 @@ TEST_F(Text, HeightsAloneAndSeveralProfiles) {
         {"a unit as the heading", "mm\n5\n6\n7\n", "pitch 0.5", "3 0..1 5..7"},
         {"the one height", "z,b,c\n1,2,3\n2,3,4\n", "pitch 1", "2 0..1 1..2"},
         {"a gap is none", gap, "", "60 0..55.9 1..1"},
-        {"a stray point is none", stray, "", "60 -90..90 1..1"},
-    };
+        {"a stray point is none", stray, "", "60 -90..90 1..1"}};
     for (const Case& c : cases)
         EXPECT_EQ(taken(c.content, c.options), c.expected) << c.what;
     EXPECT_EQ(taken(circle, "").substr(0, 3), "60 ");
@@ -292,13 +282,12 @@ TEST_F(Text, WhatIsNotClearIsRefusedWithTheWayOut) {
         {"huge", "0,5\n1,1e10\n2,6\n", "", "line 2: 1e+10 occurs 1 time(s)"},
         {"the more frequent", "0,5\n1,-32768\n2,-9999\n3,-9999\n4,6\n", "", "-9999 occurs 2 time(s)"},
         {"the more frequent", "0,5\n1,9999\n2,9999\n3,32768\n4,6\n", "", "9999 occurs 2 time(s)"},
-        {"pitch of two", "1,2\n3,4\n", "pitch 1", "say which holds the heights"},
-    };
+        {"pitch of two", "1,2\n3,4\n", "pitch 1", "say which holds the heights"}};
     for (const Case& c : cases) {
-        TestSupport::ScratchDirectory::write("t.csv", c.content);
+        ScratchDirectory::write("t.csv", c.content);
         const Error error = errorOf([&c] { PointFile("t.csv").readText(optionsOf(c.options)); });
         const std::string text = error.text([](const QString& name) { return "--" + name; }).toStdString();
-        EXPECT_THAT(text, testing::HasSubstr(c.expected)) << c.what;
+        EXPECT_THAT(text, HasSubstr(c.expected)) << c.what;
         EXPECT_THAT(text, testing::StartsWith("t.csv: ")) << c.what;
         EXPECT_EQ(error.file(), "t.csv") << c.what;
         const QRegularExpressionMatch line = QRegularExpression("^t.csv: line (\\d+):").match(error.text());
@@ -307,14 +296,13 @@ TEST_F(Text, WhatIsNotClearIsRefusedWithTheWayOut) {
 }
 
 TEST_F(Text, OfProfilesWithoutAPointOrOfAnotherFormIsRefused) {
-    TestSupport::ScratchDirectory::write("t.csv", "n,x,z\n1,5,7\n");
-    EXPECT_THAT(textOf(errorOf([] { loadOnlyProfile("t.csv", optionsOf("unset 7")); })),
-                testing::HasSubstr("holds no point;"));
-    TestSupport::ScratchDirectory::write("t.bin", QByteArray("\x02\x01\x00", 3) + QByteArray(8, '\0'));
+    ScratchDirectory::write("t.csv", "n,x,z\n1,5,7\n");
+    EXPECT_THAT([] { loadOnlyProfile("t.csv", optionsOf("unset 7")); }, Refuses("holds no point;"));
+    ScratchDirectory::write("t.bin", QByteArray("\x02\x01\x00", 3) + QByteArray(8, '\0'));
     TextOptions options = optionsOf("units um");
     options.given = "units";
-    EXPECT_THAT(textOf(errorOf([&] { loadOnlyProfile("t.bin", options); })),
-                testing::HasSubstr("holds binary records, no text of profiles; leave units out"));
+    EXPECT_THAT([&] { loadOnlyProfile("t.bin", options); },
+                Refuses("holds binary records, no text of profiles; leave units out"));
 }
 
 TEST_F(Text, ColumnsOfATableAreFoundByTheirNames) {
@@ -341,15 +329,13 @@ TEST_F(Text, ColumnsOfATableAreFoundByTheirNames) {
         if (c.column >= 0)
             EXPECT_EQ(columnNamed(headings, c.word), c.column) << c.word;
         else
-            EXPECT_THAT(textOf(errorOf([&] { columnNamed(headings, c.word); })),
-                        testing::HasSubstr(c.refusal))
-                << c.word;
+            EXPECT_THAT([&] { columnNamed(headings, c.word); }, Refuses(c.refusal)) << c.word;
     }
 }
 
 TEST_F(Text, TablesGiveTheColumnsThatAreWanted) {
     const auto read = [](const QByteArray& content) {
-        TestSupport::ScratchDirectory::write("table.csv", content);
+        ScratchDirectory::write("table.csv", content);
         return readDataTable("table.csv", [](const QList<Heading>& headings) {
             return TableColumns{{2, 0}, {static_cast<int>(headings.size()) > 1 ? 1 : 0}};
         });
@@ -375,7 +361,7 @@ TEST_F(Text, TablesGiveTheColumnsThatAreWanted) {
                  {"\x01\x02;;", "is no text", 0}};
     for (const auto& c : cases) {
         const Error error = errorOf([&] { read(c.content); });
-        EXPECT_THAT(textOf(error), testing::HasSubstr(c.refusal)) << c.content;
+        EXPECT_THAT(error, Says(c.refusal)) << c.content;
         EXPECT_EQ(error.file(), "table.csv");
         EXPECT_EQ(error.line(), c.line) << c.content;
     }

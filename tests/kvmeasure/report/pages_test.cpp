@@ -4,20 +4,14 @@
 #include <kvmeasure/report/match_page.h>
 #include <kvmeasure/report/scan_sketch.h>
 #include <kvmeasure/statistics/capability.h>
+#include <tests/kvmeasure/calls.h>
 #include <tests/kvmeasure/report/pages.h>
 
 #include <QtCore/QRegularExpression>
 
-#include <array>
-#include <cmath>
-
 namespace {
 
-using namespace KvMeasure;
-using testing::HasSubstr;
 using testing::Not;
-using TestSupport::dataOf;
-using TestSupport::kHostile;
 
 MatchedProfile profileOf(const InspectionPlan& plan, const QString& name, double height) {
     MatchedProfile profile;
@@ -70,7 +64,7 @@ TEST(HtmlPage, ShowsWhatNamesHoldAndExecutesNothing) {
     ASSERT_EQ(plots["series"].toArray().size(), 1) << "a series of another length is left out";
     EXPECT_EQ(plots["series"].toArray()[0].toObject()["values"].toArray(), (QJsonArray{1, QJsonValue()}));
     EXPECT_TRUE(plots["series"].toArray()[0].toObject()["upper"].isNull());
-    EXPECT_THAT(HtmlPage("").html().toStdString(), HasSubstr("<h1>Results</h1>"));
+    EXPECT_THAT(HtmlPage("").html(), Says("<h1>Results</h1>"));
 }
 
 TEST(CloudSample, KeepsABoundedPartFromAllOverTheScan) {
@@ -142,12 +136,12 @@ TEST(MatchPage, ShowsProfilesThatAreNotGoodFirst) {
         page.add(profileOf(plan, QString("part %1").arg(i), i == 600 ? 6 : i == 650 ? NAN : 5), {});
     const QByteArray html = page.html();
     const auto table = html.mid(html.indexOf("500 of 700 profiles, those that are not good first"));
-    EXPECT_THAT(table.toStdString(), HasSubstr("<th scope=\"col\" class=\"number\">top, mm</th>"));
-    EXPECT_THAT(table.toStdString(), HasSubstr("<td>a reason</td><td class=\"number\">-</td>"));
+    EXPECT_THAT(table, Says("<th scope=\"col\" class=\"number\">top, mm</th>"));
+    EXPECT_THAT(table, Says("<td>a reason</td><td class=\"number\">-</td>"));
     EXPECT_LT(table.indexOf("<td>without<"), table.indexOf("<td>part 600<"));
     EXPECT_LT(table.indexOf("<td>part 600<"), table.indexOf("<td>part 650<"));
     EXPECT_LT(table.indexOf("<td>part 650<"), table.indexOf("<td>part 1<"));
-    EXPECT_THAT(table.toStdString(), HasSubstr("<td class=\"bad\">NOT MEASURED: top</td><td>no point</td>"));
+    EXPECT_THAT(table, Says("<td class=\"bad\">NOT MEASURED: top</td><td>no point</td>"));
     EXPECT_EQ(table.count("<tr><td"), 500);
 }
 
@@ -163,7 +157,7 @@ TEST(ScanSketch, ShowsAScanInLittle) {
         sketch.addTo(page, kHostile);
         return page.html();
     };
-    EXPECT_THAT(shown(1001, 1).toStdString(), HasSubstr("250 of 1000 profiles, evenly taken"));
+    EXPECT_THAT(shown(1001, 1), Says("250 of 1000 profiles, evenly taken"));
     EXPECT_EQ(shown(1001, 1).count("<script>alert"), 0);
     EXPECT_EQ(shown(3, 1).count("<h2>Scan"), 0) << "two positions";
     EXPECT_EQ(shown(4, 0).count("<h2>Scan"), 0) << "one position";
@@ -179,7 +173,7 @@ TEST(HtmlPage, LeavesOutPlotsThatWouldTakeTooMuchRoom) {
     page.addPlots("x", {1}, {}, {{"second", "", {1}}});
     const QByteArray html = page.html();
     EXPECT_EQ(dataOf(html, "plots")["series"].toArray().size(), 2);
-    EXPECT_THAT(html.toStdString(), HasSubstr("2 more values have no plot"));
+    EXPECT_THAT(html, Says("2 more values have no plot"));
 }
 
 TEST(MatchPage, HoldsTheReportAndTheWorstProfiles) {
@@ -205,8 +199,8 @@ TEST(MatchPage, HoldsTheReportAndTheWorstProfiles) {
     EXPECT_LT(html.indexOf("part 30: NOT"), html.indexOf("part 20: OUT"));
     EXPECT_LT(html.indexOf("part 20: OUT"), html.indexOf("part 39: good"));
     EXPECT_FALSE(html.contains("part 5: good</fig"));
-    EXPECT_THAT(html.toStdString(), HasSubstr("NOT GOOD: 2 of 40 profiles"));
-    EXPECT_THAT(html.toStdString(), HasSubstr("<td class=\"number\">0.0200</td>")) << "U at most";
+    EXPECT_THAT(html, Says("NOT GOOD: 2 of 40 profiles"));
+    EXPECT_THAT(html, Says("<td class=\"number\">0.0200</td>")) << "U at most";
     EXPECT_EQ(dataOf(html, "plots")["places"].toArray().size(), 40);
 }
 
@@ -231,11 +225,10 @@ TEST(MatchPage, ChartsTheValuesOfABatch) {
             continue;
         EXPECT_EQ(series["findings"].toArray().last().toArray(), (QJsonArray{15, "beyond 3 deviations"}));
         EXPECT_EQ(html.contains("; and "), series["findings"].toArray().size() > 5);
-        EXPECT_THAT(html.toStdString(),
-                    HasSubstr("img src=x onerror=&quot;a()&quot;&gt;'\n\u4e2d: beyond 3 dev"));
+        EXPECT_THAT(html, Says("img src=x onerror=&quot;a()&quot;&gt;'\n\u4e2d: beyond 3 dev"));
         const Capability expected = capability(values, {4.8, 5.2});
         for (const double figure : {expected.cpk, expected.ppk.value})
-            EXPECT_THAT(html.toStdString(), HasSubstr(">" + QString::number(figure).toStdString()));
+            EXPECT_THAT(html, Says(">" + QString::number(figure).toStdString()));
     }
 }
 
@@ -298,9 +291,9 @@ TEST(MatchPage, LeavesOutTheDataOfTooManyProfiles) {
     EXPECT_LT(html.size(), 5'000'000);
     EXPECT_EQ(dataOf(html, "results")["profilesLeftOut"].toInt(), 10000);
     EXPECT_EQ(dataOf(html, "results")["profileCount"].toInt(), 10000);
-    EXPECT_THAT(html.toStdString(), HasSubstr("GOOD: 10000 of 10000 profiles"));
+    EXPECT_THAT(html, Says("GOOD: 10000 of 10000 profiles"));
     MatchPage empty(plan, MatchReport::Json);
-    EXPECT_THAT(empty.html().toStdString(), HasSubstr("NOT GOOD: no profile was measured"));
+    EXPECT_THAT(empty.html(), Says("NOT GOOD: no profile was measured"));
 }
 
 }  // namespace

@@ -7,21 +7,15 @@
 #include <kvmeasure/report/part_statistics.h>
 #include <tests/kvmeasure/calls.h>
 #include <tests/support/random_data.h>
-#include <tests/support/scratch_directory.h>
 #include <tests/support/write_limit.h>
 
 namespace {
 
-using namespace KvMeasure;
-using testing::HasSubstr;
-using TestSupport::errorOf;
-using TestSupport::textOf;
-
 class Parts : public testing::Test {
 protected:
-    static QByteArray read(const QString& name) { return TestSupport::ScratchDirectory::read(name); }
+    static QByteArray read(const QString& name) { return ScratchDirectory::read(name); }
     static QString write(const QString& name, const QByteArray& bytes) {
-        return TestSupport::ScratchDirectory::write(name, bytes);
+        return ScratchDirectory::write(name, bytes);
     }
 
     static PartHead head(const QByteArray& plan = "aa") {
@@ -61,7 +55,7 @@ protected:
     }
 
 private:
-    const TestSupport::ScratchDirectory scratch_;
+    const ScratchDirectory scratch_;
 };
 
 TEST_F(Parts, EveryCutAndEveryWrongByteOfAPartialResultLeadsToTheSamePart) {
@@ -93,7 +87,7 @@ TEST_F(Parts, EveryCutAndEveryWrongByteOfAPartialResultLeadsToTheSamePart) {
             work(part, list);
             part.commit();
         } catch (const Error& error) {  // a first word that is not the program's
-            EXPECT_THAT(textOf(error), HasSubstr("part.csv.partial: is no partial result; move it away"));
+            EXPECT_THAT(error, Says("part.csv.partial: is no partial result; move it away"));
             EXPECT_LT(i, 20);
             EXPECT_EQ(read("part.csv.partial"), damaged);
             continue;
@@ -170,7 +164,7 @@ TEST_F(Parts, WhatDoesNotGoTogetherIsRefused) {
                   {{"a.csv", "list.txt"}, "list.txt: is no complete part"},
                   {{"a.csv", "out.csv"}, "out.csv: is read by this command"}};
     for (const auto& merge : merges)
-        EXPECT_THAT(textOf(errorOf([&] { mergeParts(merge.parts, "out.csv"); })), HasSubstr(merge.reason));
+        EXPECT_THAT([&] { mergeParts(merge.parts, "out.csv"); }, Refuses(merge.reason));
     EXPECT_EQ(read("out.csv"), "none");
 }
 
@@ -180,21 +174,22 @@ TEST_F(Parts, WhatAFullDiskOrAnotherHandLeavesIsNamed) {
         return textOf(errorOf([&] { PartFile(path, head(), list); }));
     };
     {
-        const TestSupport::WriteLimit limit(8);
+        const WriteLimit limit(8);
         EXPECT_THAT(errorFrom("full.csv"), HasSubstr("full.csv.partial: cannot be written: File too large"));
     }
     PartFile part("late.csv", head(), list);
     {
-        const TestSupport::WriteLimit limit(1000);
-        EXPECT_THAT(textOf(errorOf([&part] {
-                        for (int i = 0; i < 100; ++i) {
-                            part.add(QByteArray(99, 'x') + '\n', PartRow::Good);
-                            part.endFile();
-                        }
-                    })),
-                    HasSubstr("late.csv.partial: cannot be written: File too large"));
-        EXPECT_THAT(textOf(errorOf([&part] { part.add(QByteArray(99'999, 'x') + '\n', PartRow::Good); })),
-                    HasSubstr("cannot be written: File too large"));
+        const WriteLimit limit(1000);
+        EXPECT_THAT(
+            [&part] {
+                for (int i = 0; i < 100; ++i) {
+                    part.add(QByteArray(99, 'x') + '\n', PartRow::Good);
+                    part.endFile();
+                }
+            },
+            Refuses("late.csv.partial: cannot be written: File too large"));
+        EXPECT_THAT([&part] { part.add(QByteArray(99'999, 'x') + '\n', PartRow::Good); },
+                    Refuses("cannot be written: File too large"));
     }
     QDir().mkpath("taken.csv.partial");
     QDir().mkpath("folder.csv");
@@ -226,16 +221,14 @@ TEST_F(Parts, ASummaryThatWasChangedIsNoSummary) {
     for (const auto& [from, to] : changes) {
         ASSERT_TRUE(whole.contains(from)) << from.constData();
         write("b.csv", QByteArray(whole).replace(from, to));
-        EXPECT_THAT(textOf(errorOf([] { readPartValues("b.csv"); })), HasSubstr("b.csv: is no complete part"))
-            << to.constData();
+        EXPECT_THAT([] { readPartValues("b.csv"); }, Refuses("b.csv: is no complete part")) << to.constData();
     }
     for (const char* few : {"", "x", "\n"})
-        EXPECT_THAT(textOf(errorOf([few] { readPartValues(write("b.csv", few)); })),
-                    HasSubstr("is no complete part"));
+        EXPECT_THAT([few] { readPartValues(write("b.csv", few)); }, Refuses("is no complete part"));
     // A word of the same length in the place of a value, and limits on one side, on none.
     write("word.csv", QByteArray(whole).replace(",0.1,found", ",abc,found"));
     const Error error = errorOf([] { readPartValues("word.csv"); });
-    EXPECT_THAT(textOf(error), HasSubstr("word.csv: line 3: \"abc\" is no number"));
+    EXPECT_THAT(error, Says("word.csv: line 3: \"abc\" is no number"));
     PartHead open = head();
     open.values = {{"depth", "mm", 2, {}}, {"gone", "mm", 9, {std::numeric_limits<double>::quiet_NaN(), 4}}};
     make("open.csv", names(0, 5), open);
@@ -246,7 +239,7 @@ TEST_F(Parts, ASummaryThatWasChangedIsNoSummary) {
     EXPECT_FALSE(json[0].toObject().contains("cpk"));
     EXPECT_EQ(json[1].toObject()["reason"], "there is no value");
     EXPECT_EQ(json[1].toObject()["limits"].toArray()[1].toDouble(), 4);
-    EXPECT_THAT(partStatisticsText(series).toStdString(), HasSubstr("gone"));
+    EXPECT_THAT(partStatisticsText(series), Says("gone"));
     // Other programs, other versions; rows of one profile with several assignments have one name.
     PartHead command = head(), version = head(), several = head();
     command.command = "measure";
@@ -254,14 +247,16 @@ TEST_F(Parts, ASummaryThatWasChangedIsNoSummary) {
     several.columns = "profile,assignment,depth_mm,verdict,note\n";
     make("command.csv", names(5, 6), command);
     make("version.csv", names(5, 6), version);
-    EXPECT_THAT(textOf(errorOf([] {
-                    mergeParts({"a.csv", "command.csv"}, "o.csv");
-                })),
-                HasSubstr("was made with another command (\"measure\")"));
-    EXPECT_THAT(textOf(errorOf([] {
-                    mergeParts({"a.csv", "version.csv"}, "o.csv");
-                })),
-                HasSubstr("was made with another version (0.9)"));
+    EXPECT_THAT(
+        [] {
+            mergeParts({"a.csv", "command.csv"}, "o.csv");
+        },
+        Refuses("was made with another command (\"measure\")"));
+    EXPECT_THAT(
+        [] {
+            mergeParts({"a.csv", "version.csv"}, "o.csv");
+        },
+        Refuses("was made with another version (0.9)"));
     FileList one(write("one.txt", "f1\n"));
     PartFile part("several.csv", several, one);
     for (const char* row :
@@ -276,7 +271,7 @@ TEST_F(Parts, ASummaryThatWasChangedIsNoSummary) {
 }
 
 TEST_F(Parts, RowsAreReadAsTheyWereWritten) {
-    TestSupport::Draws draws(5);
+    Draws draws(5);
     const QString letters = "a,\"# é";
     for (int run = 0; run < 500; ++run) {
         QStringList fields;
@@ -330,7 +325,7 @@ TEST(ListDigest, TellsOrderAndContentAndIsReadBack) {
 }
 
 TEST(FileList, TakesNamesAsTheyStandAndRefusesWhatIsNoList) {
-    const TestSupport::ScratchDirectory scratch;
+    const ScratchDirectory scratch;
     scratch.write("list.txt", "\xEF\xBB\xBF"
                               "a b.csv\r\n\n\"q\".csv\na b.csv\nlast");
     FileList list("list.txt");
@@ -348,8 +343,7 @@ TEST(FileList, TakesNamesAsTheyStandAndRefusesWhatIsNoList) {
         {QByteArray("a\0b", 3), "line 1 has bytes 0: save the list as UTF-8"}};
     for (const auto& [content, reason] : bad) {
         scratch.write("list.txt", content);
-        EXPECT_THAT(TestSupport::textOf(TestSupport::errorOf([] { FileList("list.txt"); })),
-                    testing::HasSubstr(reason));
+        EXPECT_THAT([] { FileList("list.txt"); }, Refuses(reason));
     }
 }
 

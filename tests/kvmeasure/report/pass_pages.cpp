@@ -2,15 +2,12 @@
 // memory has an end.
 
 #include <kvmeasure/report/pass_page.h>
+#include <tests/kvmeasure/calls.h>
 #include <tests/kvmeasure/report/pages.h>
 
 namespace {
 
-using namespace KvMeasure;
-using testing::HasSubstr;
 using testing::Not;
-using TestSupport::dataOf;
-using TestSupport::kHostile;
 
 /// A wheel of the document of a pass that is measured, with the limits of its flange height.
 QJsonObject wheelOf(const QString& verdict, const QString& reason) {
@@ -72,11 +69,11 @@ TEST(PassPage, SaysOfEachWheelWhatIsNotGood) {
         EXPECT_EQ(dataOf(html, "results"), results);
         // What is not good is open, whichever wheel it is.
         const QByteArray mirrored = PassPage(kHostile).html(passOf(good, expected.left, 1));
-        EXPECT_THAT(mirrored.toStdString(), HasSubstr(expected.verdict));
+        EXPECT_THAT(mirrored, Says(expected.verdict));
         for (const QByteArray& page : {html, mirrored})
             EXPECT_EQ(page.contains("<details open"), !QByteArray(expected.verdict).startsWith('&'))
                 << expected.verdict;
-        EXPECT_THAT(html.toStdString(), HasSubstr(">1.00<")) << "m of travel";
+        EXPECT_THAT(html, Says(">1.00<")) << "m of travel";
         EXPECT_THAT(html.toStdString(),
                     testing::AllOf(HasSubstr("<td class=\"number\">28.250 \u00b1 0.054</td>"),
                                    HasSubstr("at least 26"), HasSubstr("no U: too few points")));
@@ -87,10 +84,10 @@ TEST(PassPage, SaysOfEachWheelWhatIsNotGood) {
     EXPECT_THAT(train.toStdString(),
                 testing::AllOf(HasSubstr("<td class=\"number\">2</td><td>left</td><td class=\"bad\">"),
                                HasSubstr("<td class=\"number\">2</td><td>right</td><td class=\"good\">")));
-    EXPECT_THAT(PassPage("").html({}).toStdString(), HasSubstr("NOT GOOD: no wheelset was seen"));
+    EXPECT_THAT(PassPage("").html({}), Says("NOT GOOD: no wheelset was seen"));
     QJsonObject damaged = passOf(good, good, 1);
     damaged["recordings"] = QJsonArray{QJsonObject{{"damagedAt", 17}}};
-    EXPECT_THAT(PassPage("").html(damaged).toStdString(), HasSubstr("NOT GOOD: 1 recording(s) damaged"));
+    EXPECT_THAT(PassPage("").html(damaged), Says("NOT GOOD: 1 recording(s) damaged"));
 }
 
 // Limits that differ along the train have no line in the plot; groups without limits and notes without end.
@@ -146,7 +143,7 @@ TEST(PassPage, TellsGroupsNotesAndLimitsThatDiffer) {
     EXPECT_THAT(PassPage("").html(results).toStdString(),
                 testing::AllOf(HasSubstr("1 bogie(s) not good"), HasSubstr(">no limits<")));
     results.remove("bogies");
-    EXPECT_THAT(PassPage("").html(results).toStdString(), HasSubstr("NOT GOOD: NOT MEASURED"));
+    EXPECT_THAT(PassPage("").html(results), Says("NOT GOOD: NOT MEASURED"));
 }
 
 TEST(PassPage, HoldsTheWorstWheelsOfALongTrainBelow5MB) {
@@ -172,7 +169,7 @@ TEST(PassPage, HoldsTheWorstWheelsOfALongTrainBelow5MB) {
     EXPECT_LT(html.size(), 5'000'000);
     EXPECT_EQ(dataOf(html, "results")["wheelsetsLeftOut"].toInt(), 2000);
     EXPECT_LT(html.indexOf("<figcaption>wheel 900<"), html.indexOf("<figcaption>wheel 950<"));
-    EXPECT_THAT(html.toStdString(), HasSubstr("Wheelset 1901: left good; right good; both NOT MEASURED"));
+    EXPECT_THAT(html, Says("Wheelset 1901: left good; right good; both NOT MEASURED"));
 }
 
 }  // namespace

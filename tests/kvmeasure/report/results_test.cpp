@@ -5,22 +5,14 @@
 #include <kvmeasure/report/match_results.h>
 #include <kvmeasure/report/qif_file.h>
 #include <tests/kvmeasure/calls.h>
-#include <tests/support/scratch_directory.h>
 
 #include <QtCore/QJsonDocument>
 
-#include <cmath>
-
 namespace {
 
-using namespace KvMeasure;
-using testing::HasSubstr;
-using TestSupport::errorOf;
-using TestSupport::textOf;
-
 MatchResults resultsOf(const QByteArray& bytes) {
-    const TestSupport::ScratchDirectory scratch;
-    QFile file(TestSupport::ScratchDirectory::write("r", bytes));
+    const ScratchDirectory scratch;
+    QFile file(ScratchDirectory::write("r", bytes));
     EXPECT_TRUE(file.open(QIODevice::ReadOnly));
     return readMatchResults(file, "r");
 }
@@ -65,7 +57,7 @@ TEST(MatchResults, AreThoseOfTheReport) {
         EXPECT_EQ(top.unit, "mm");
         EXPECT_EQ(top.sources, (QStringList{"part_0.csv", "part_2.csv"}));
         EXPECT_EQ(top.limits.upper, form == MatchReport::Csv ? INFINITY : 5.2);
-        EXPECT_THAT(textOf(errorOf([&] { results.named("tip"); })), HasSubstr("did you mean \"top\""));
+        EXPECT_THAT([&] { results.named("tip"); }, Refuses("did you mean \"top\""));
     }
     const MatchResults wheels = resultsOf("{\"sections\": [{\"file\": \"a\", \"Sh\": 28.5, \"Sd\": null}, "
                                           "{\"file\": \"b\", \"Sh\": 27.5, \"qR\": 7, \"notes\": []}]}");
@@ -94,11 +86,10 @@ TEST(MatchResults, AreThoseOfTheReport) {
         {"a,verdict\n1,2\n", "is no output of"},
         {"a,z_mm,verdict\n1,2,3\n", "is no output of"},
         {"profile,z,verdict\n1,2,3\n", "is no output of"},
-        {"profile,z_mm,verdict\nx,y,z\n", ""},
-    };
+        {"profile,z_mm,verdict\nx,y,z\n", ""}};
     for (const auto& [text, reason] : refused) {
         if (*reason != '\0') {
-            EXPECT_THAT(textOf(errorOf([bytes = text] { resultsOf(bytes); })), HasSubstr(reason)) << text;
+            EXPECT_THAT([bytes = text] { resultsOf(bytes); }, Refuses(reason)) << text;
         } else {
             EXPECT_TRUE(resultsOf(text).series.isEmpty());
         }
@@ -107,7 +98,7 @@ TEST(MatchResults, AreThoseOfTheReport) {
 
 // What a field has no room for is cut between letters; what a line cannot hold is a blank.
 TEST(HandedFiles, HoldAnyTextAndLimitsOnOneSide) {
-    const TestSupport::ScratchDirectory scratch;
+    const ScratchDirectory scratch;
     const QString face = QString::fromUtf8("\xf0\x9f\x98\x80");
     HandedRun run;
     run.plan = QString(79, 'p') + face;
@@ -156,10 +147,9 @@ TEST(MatchReport, GivesStatisticsOfEachValue) {
         EXPECT_THAT(text, HasSubstr("0.471405"));
         EXPECT_THAT(reportOf(form, false).toStdString(), testing::Not(HasSubstr("Ppk")));
         const std::string sign = form == MatchReport::Csv ? "# " : "";
-        EXPECT_THAT(
-            reportOf(form, false, Decision::Guarded).toStdString(),
-            HasSubstr('\n' + sign + "3 profiles\n" + sign +
-                      "decision: guarded acceptance, values are good at least U inside their limits\n"));
+        EXPECT_THAT(reportOf(form, false, Decision::Guarded),
+                    Says('\n' + sign + "3 profiles\n" + sign +
+                         "decision: guarded acceptance, values are good at least U inside their limits\n"));
     }
     // The comments below CSV do not disturb its reader.
     EXPECT_EQ(resultsOf(reportOf(MatchReport::Csv, true).toUtf8()).profiles, 3);
@@ -190,7 +180,7 @@ TEST(SeriesReport, NamesTheOutlierWhereverItStands) {
             series.sources.append(QString("part_%1").arg(i));
         }
         SeriesReport report(series);
-        EXPECT_THAT(report.text().toStdString(), HasSubstr("9 in part_" + std::to_string(at) + '\n'));
+        EXPECT_THAT(report.text(), Says("9 in part_" + std::to_string(at) + '\n'));
         EXPECT_EQ(report.json()["outlier"].toObject()["file"].toString(), QString("part_%1").arg(at));
     }
 }

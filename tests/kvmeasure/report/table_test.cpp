@@ -7,21 +7,14 @@
 #include <kvmeasure/report/json.h>
 #include <kvmeasure/report/match_report.h>
 #include <kvmeasure/report/table.h>
-
-#include <gmock/gmock.h>
+#include <tests/kvmeasure/calls.h>
 
 #include <QtCore/QJsonDocument>
 
-#include <cmath>
 #include <cstring>
-#include <limits>
-#include <random>
 
 namespace {
 
-using namespace KvMeasure;
-
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 TEST(Tables, AlignNumbersRightAndKeepTheirColumnsAcrossPieces) {
@@ -87,10 +80,9 @@ TEST(HtmlPage, DrawsCurvesAndCloudsToScale) {
     EXPECT_NEAR(part(3 * 999), 1, 1e-5);
     EXPECT_NEAR(part(3 * 999 + 1), (60 + 999 % 21) / 160.0, 1e-5);
     EXPECT_NEAR(part(3 * 500 + 2), 500.0 / 999, 1e-5);
-    EXPECT_THAT(html.toStdString(),
-                testing::HasSubstr(
-                    "part: 1000 points; x 0.0000 to 4.0000 mm, scan 0.0000 to 9.9900 mm, height -60.0000 "
-                    "to 100.0000 mm; colours from dark, 0.0000 mm, to bright, 20.0000 mm"));
+    EXPECT_THAT(html,
+                Says("part: 1000 points; x 0.0000 to 4.0000 mm, scan 0.0000 to 9.9900 mm, height -60.0000 "
+                     "to 100.0000 mm; colours from dark, 0.0000 mm, to bright, 20.0000 mm"));
 }
 
 TEST(Spans, OfNothingAreEmpty) {
@@ -185,15 +177,13 @@ TEST(Reports, SayInEveryFormWhyAValueIsMissing) {
         const char* statement;
         const int* codes;
         const char* reason;
-    } cases[] = {
-        {"intersection 0 0", all, "its lines do not meet"},
-        {"point 0 1e308", all, "the point is too far away for a number"},
-        {"between 0.start 0.end 1e308", all, "the point is too far away for a number"},
-        {"shift 0 1 90 ref 1", all, "a line that it reads has no length"},
-        {"length 1", first, "a line that it reads was not found"},
-        {"distance 0 1", first, "one of the two values that it is the mean of is missing"},
-        {"far 1 0", nullptr, "no segment was found"},
-    };
+    } cases[] = {{"intersection 0 0", all, "its lines do not meet"},
+                 {"point 0 1e308", all, "the point is too far away for a number"},
+                 {"between 0.start 0.end 1e308", all, "the point is too far away for a number"},
+                 {"shift 0 1 90 ref 1", all, "a line that it reads has no length"},
+                 {"length 1", first, "a line that it reads was not found"},
+                 {"distance 0 1", first, "one of the two values that it is the mean of is missing"},
+                 {"far 1 0", nullptr, "no segment was found"}};
     for (const auto& [statement, codes, reason] : cases) {
         InspectionPlan plan;
         plan.lineNames = QStringList{"0", "1"};
@@ -236,7 +226,7 @@ TEST(Reports, GatherWhatIsSaidOfTheValuesOfAProfile) {
     MatchReport report(MatchReport::Csv, plan, false, false, [&](const QString& more) { text += more; });
     report.add(profile);
     report.finish();
-    EXPECT_THAT(text.toStdString(), testing::HasSubstr(",a: cut short; all values: no uncertainty: why\n"));
+    EXPECT_THAT(text, Says(",a: cut short; all values: no uncertainty: why\n"));
 }
 
 /// Of numbers of every size and names with every kind of sign: parsed and written by Qt again, the text is
@@ -251,29 +241,12 @@ TEST(Reports, WriteJsonAsQtDoes) {
         } while (!std::isfinite(value));
         return value;
     };
-    const double known[] = {0,
-                            -0.0,
-                            1e-4,
-                            std::nextafter(1e-4, 0),
-                            5e-4,
-                            1e15,
-                            -1e15,
-                            std::nextafter(1e15, 0),
-                            1e22,
-                            0.1,
-                            -1.0 / 3,
-                            5e-324,
-                            std::numeric_limits<double>::max()};
-    const QStringList names{"depth",
-                            "",
-                            QString::fromUtf8("Höhe \u20ac"),
-                            "a\"b\\c",
-                            "tab\there",
-                            "end\n",
-                            QString(QChar(0x7f)),
-                            "</script>",
-                            QString(QChar(0xd800)),
-                            QString::fromUtf8("\xf0\x9f\x98\x80")};
+    const double known[] = {
+        0,   -0.0,     1e-4,   9.999999999999999e-05, 5e-4, 1e15, -1e15, 999999999999999.9, 1e22,
+        0.1, -1.0 / 3, 5e-324, 1.7976931348623157e308};
+    const QStringList names =
+        QString(u8"depth||Höhe \u20ac|a\"b\\c|tab\there|end\n|\x7f|</script>|\U0001F600|").split('|') +
+        QStringList{QString(QChar(0xd800))};
     InspectionPlan plan;
     plan.lineNames = QStringList{"a \"wall\"", QString::fromUtf8("é")};
     constexpr int both[] = {0, 2};

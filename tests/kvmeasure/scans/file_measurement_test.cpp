@@ -5,13 +5,8 @@
 #include <kvmath/tsearch/measurements.h>
 #include <kvmeasure/scans/file_measurement.h>
 #include <tests/kvmeasure/calls.h>
-#include <tests/support/scratch_directory.h>
-
-#include <cmath>
 
 namespace {
-
-using namespace KvMeasure;
 
 /// Level runs 10 mm long, 20 points each, 5 mm apart, at heights 0, 1, 0, ..., mm.
 KvMath::KvProfileZ runs(int count, float z) {
@@ -47,7 +42,7 @@ std::string said(const MeasuredProfile& measured) {
 }
 
 TEST(FileMeasurement, GivesEveryValueOfEveryProfileWhateverTheForm) {
-    const TestSupport::ScratchDirectory scratch;
+    const ScratchDirectory scratch;
     KvMath::KvProfileZSet stack;
     QByteArray rows;
     for (const int count : {2, 1, 3}) {
@@ -86,18 +81,18 @@ TEST(FileMeasurement, GivesEveryValueOfEveryProfileWhateverTheForm) {
 }
 
 TEST(FileMeasurement, StopsAtDamageAndGoesOnBehindASearchThatIsGivenUp) {
-    const TestSupport::ScratchDirectory scratch;
+    const ScratchDirectory scratch;
     KvMath::KvProfileZSet stack;
     for (const int count : {14, 8})
         stack.append(runs(count, static_cast<float>(stack.size())));
     ASSERT_TRUE(stack.writeToFile("stack.bin"));
     FileMeasurement file(planOf(8), "stack.bin");
     MeasuredProfile measured;
-    EXPECT_THAT(TestSupport::textOf(TestSupport::errorOf([&] { file.next(measured); })),
+    EXPECT_THAT(textOf(errorOf([&] { file.next(measured); })),
                 testing::StartsWith("stack.bin#0: the template fits its 8 lines"));
     ASSERT_TRUE(file.next(measured));
     EXPECT_TRUE(measured.part.isFound());
-    scratch.write("cut.bin", TestSupport::ScratchDirectory::read("stack.bin").chopped(1));
+    scratch.write("cut.bin", ScratchDirectory::read("stack.bin").chopped(1));
     FileMeasurement cut(planOf(20), "cut.bin");
     ASSERT_TRUE(cut.next(measured));
     EXPECT_EQ(measured.values[0].verdict(), "NOT MEASURED");

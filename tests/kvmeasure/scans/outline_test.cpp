@@ -5,17 +5,12 @@
 #include <simulator/scan_simulator.h>
 #include <tests/kvmeasure/calls.h>
 
-#include <cmath>
-#include <functional>
-
 namespace {
 
-using namespace KvMeasure;
 using KvMath::KvPointXY;
 using KvMath::KvProfileZ;
 using KvMath::KvProfileZSet;
 using testing::ContainsRegex;
-using testing::HasSubstr;
 
 using Height = std::function<double(double x, double scan)>;
 
@@ -61,22 +56,12 @@ TEST(HeightLevels, LieBetweenAPartAndItsSupport) {
     for (const auto& c : cases) {
         const OutlineParameters parameters = derived(stackOf(c.height));
         EXPECT_NEAR(parameters.level, c.level, c.tolerance);
-        EXPECT_THAT(parameters.reason.toStdString(), HasSubstr("% of the points lie about "));
+        EXPECT_THAT(parameters.reason, Says("% of the points lie about "));
         EXPECT_DOUBLE_EQ(parameters.step, 0.25);
         EXPECT_DOUBLE_EQ(parameters.gap, 2.5);
         EXPECT_DOUBLE_EQ(parameters.split, 2) << "four of the coarser distances";
         EXPECT_DOUBLE_EQ(parameters.join, 2.02 * parameters.coin);
     }
-}
-
-TEST(PointSteps, OfSinglePointsOrASingleProfileAreThoseThatThereAre) {
-    const Height level = [](double, double) { return 5; };
-    const Steps column = estimateSteps(stackOf(level, 30, 1)), row = estimateSteps(stackOf(level, 1, 40));
-    EXPECT_EQ(column.x, 0.25);
-    EXPECT_EQ(column.scan, 0.25);
-    EXPECT_EQ(row.x, 0.5);
-    EXPECT_EQ(row.scan, 0.5);
-    EXPECT_EQ(estimateSteps(KvProfileZSet()).x, 1);
 }
 
 TEST(HeightLevels, SayHowManyPointsLieOnEitherSide) {
@@ -91,9 +76,8 @@ TEST(HeightLevels, SayHowManyPointsLieOnEitherSide) {
     }
     const QString share = QString::number(100.0 * (all - above) / all, 'f', 1),
                   rest = QString::number(100.0 * above / all, 'f', 1);
-    EXPECT_THAT(derived(stack).reason.toStdString(),
-                HasSubstr(share.toStdString() + " % of the points lie about 5 mm and " + rest.toStdString() +
-                          " % about 7.75 mm, hardly any from "));
+    EXPECT_THAT(derived(stack).reason, Says(share.toStdString() + " % of the points lie about 5 mm and " +
+                                            rest.toStdString() + " % about 7.75 mm, hardly any from "));
 }
 
 TEST(HeightLevels, AreRefusedWhereThereAreNotTwo) {
@@ -114,25 +98,23 @@ TEST(HeightLevels, AreRefusedWhereThereAreNotTwo) {
     };
     for (const auto& c : cases) {
         const KvProfileZSet stack = stackOf(c.height);
-        const Error error = TestSupport::errorOf([&] { derived(stack); });
-        EXPECT_THAT(TestSupport::textOf(error), ContainsRegex(c.reason));
-        EXPECT_THAT(TestSupport::textOf(error),
-                    HasSubstr("s: no level that parts an object from its support"));
+        const Error error = errorOf([&] { derived(stack); });
+        EXPECT_THAT(textOf(error), ContainsRegex(c.reason));
+        EXPECT_THAT(error, Says("s: no level that parts an object from its support"));
         double lowest = 1e9;
         for (const KvProfileZ& profile : stack.profiles) {
             for (const KvPointXY& p : profile.points)
                 lowest = std::min(lowest, double(p.y));
         }
         const double all = std::floor(lowest) - 1;
-        EXPECT_THAT(TestSupport::textOf(error),
-                    HasSubstr(' ' + QString::number(all).toStdString() + " takes"));
+        EXPECT_THAT(error, Says(' ' + QString::number(all).toStdString() + " takes"));
         int points = 0;
         for (const KvProfileZ& profile : stack.profiles)
             points += static_cast<int>(profile.points.size());
         EXPECT_EQ(findOutline(stack, derived(stack, all)).objectPoints, points);
     }
-    const Error above = TestSupport::errorOf([] { derived(stackOf(plane), 1e9); });
-    EXPECT_THAT(TestSupport::textOf(above), HasSubstr("no point is above the level of 1"));
+    const Error above = errorOf([] { derived(stackOf(plane), 1e9); });
+    EXPECT_THAT(above, Says("no point is above the level of 1"));
 }
 
 /// Distance of a place from the line that runs through a side.

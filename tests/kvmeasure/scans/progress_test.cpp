@@ -7,19 +7,14 @@
 #include <kvmeasure/wheels/pass.h>
 #include <simulator/train_pass.h>
 #include <tests/kvmeasure/calls.h>
-#include <tests/support/scratch_directory.h>
 
 #include <QtCore/QCryptographicHash>
 #include <QtCore/QDirIterator>
 
-#include <functional>
 #include <map>
-#include <vector>
 
 namespace {
 
-using namespace KvMeasure;
-using TestSupport::errorOf;
 using Call = std::function<void(const Progress& progress)>;
 
 /// Content of all files below a folder, without those that the program keeps for itself.
@@ -28,8 +23,7 @@ std::map<QString, QByteArray> contentOf(const QString& folder) {
     QDirIterator it(folder, QDir::Files | QDir::Hidden | QDir::System, QDirIterator::Subdirectories);
     while (it.hasNext()) {
         const QString path = it.next();
-        content[path] =
-            QCryptographicHash::hash(TestSupport::ScratchDirectory::read(path), QCryptographicHash::Sha1);
+        content[path] = QCryptographicHash::hash(ScratchDirectory::read(path), QCryptographicHash::Sha1);
     }
     return content;
 }
@@ -87,7 +81,7 @@ protected:
     }
 
 private:
-    const TestSupport::ScratchDirectory scratch_;
+    const ScratchDirectory scratch_;
 };
 
 TEST_F(Progresses, OfReadersCancelThem) {
@@ -106,9 +100,9 @@ TEST_F(Progresses, OfReadersCancelThem) {
                 cancelAt(n, read);
         }
     }
-    TestSupport::ScratchDirectory::write("map", QByteArray(2 * 40 * 30, '\1'));
-    TestSupport::ScratchDirectory::write(
-        "map.meta.csv", "columns,40\nrows,30\nx_step_mm,1\nrow_step_mm,1\nheight_step_mm,1\n");
+    ScratchDirectory::write("map", QByteArray(2 * 40 * 30, '\1'));
+    ScratchDirectory::write("map.meta.csv",
+                            "columns,40\nrows,30\nx_step_mm,1\nrow_step_mm,1\nheight_step_mm,1\n");
     const Call readMap = [](const Progress& progress) {
         ScanOptions options;
         options.progress = progress;
@@ -120,7 +114,7 @@ TEST_F(Progresses, OfReadersCancelThem) {
 }
 
 TEST_F(Progresses, OfWritersCancelThemAndLeaveTheOldFile) {
-    TestSupport::ScratchDirectory::write("out", "old");
+    ScratchDirectory::write("out", "old");
     for (const ScanForm form : forms()) {
         SCOPED_TRACE(static_cast<int>(form));
         Scan scan = bigScan(form == ScanForm::Stack);

@@ -3,28 +3,14 @@
 #include <kvmeasure/scans/scan_file.h>
 #include <tests/kvmeasure/calls.h>
 #include <tests/support/scan_bytes.h>
-#include <tests/support/scratch_directory.h>
 
 #include <QtCore/QRegularExpression>
 
-#include <algorithm>
-#include <cmath>
-
 namespace {
-
-using namespace KvMeasure;
-using testing::HasSubstr;
-using TestSupport::bytesOf;
-using TestSupport::errorOf;
-using TestSupport::ply;
-using TestSupport::textOf;
-using TestSupport::xyz;
 
 class ScanReaders : public testing::Test {
 protected:
-    static void write(const QString& name, const QByteArray& bytes) {
-        TestSupport::ScratchDirectory::write(name, bytes);
-    }
+    static void write(const QString& name, const QByteArray& bytes) { ScratchDirectory::write(name, bytes); }
 
     /// "x height scan; ..." of all points.
     static std::string pointsOf(const QString& name, const ScanOptions& options = {}) {
@@ -39,7 +25,7 @@ protected:
     static void expectDamaged(const QByteArray& content, const char* reason) {
         write("bad", content);
         const Error error = errorOf([] { loadScan("bad", {}); });
-        EXPECT_THAT(textOf(error), HasSubstr(reason));
+        EXPECT_THAT(error, Says(reason));
         EXPECT_EQ(error.file(), "bad") << reason;
         const QRegularExpressionMatch place =
             QRegularExpression("^bad: (line|offset) (\\d+):").match(error.text());
@@ -49,7 +35,7 @@ protected:
     }
 
 private:
-    const TestSupport::ScratchDirectory scratch_;
+    const ScratchDirectory scratch_;
 };
 
 TEST_F(ScanReaders, TextAndPlyOfEveryKindAreRead) {
@@ -71,8 +57,7 @@ TEST_F(ScanReaders, TextAndPlyOfEveryKindAreRead) {
         ply("ascii", "comment " + QByteArray(65'526, 'c') + "\nelement vertex 2\n" + xyz, "1 2 3\n4 2 3\n"),
         "1\t2\t3\n# all in inch\n4\t2\t3\n",
         "x_um,y_um,z_mm\n1000,2000,3\n4000,2000,3\n",
-        QByteArray("\x03\x03\0\0\0", 5) + bytesOf<float>({1, 2, 3, 7, 7, NAN, 4, 2, 3}),
-    };
+        QByteArray("\x03\x03\0\0\0", 5) + bytesOf<float>({1, 2, 3, 7, 7, NAN, 4, 2, 3})};
     for (const QByteArray& file : files) {
         write("a.ply", file);
         EXPECT_EQ(pointsOf("a.ply"), "1 2 3; 4 2 3") << file.left(60).toStdString();
@@ -93,20 +78,18 @@ TEST_F(ScanReaders, NumbersOfPlyHaveTheSignAndSizeOfTheirType) {
             const char* type;
             QByteArray least, greatest;
             std::string expected;
-        } rows[] = {
-            {"char", bytesOf<qint8>({-128}), bytesOf<qint8>({127}), "-128 -2 3; 127 -2 3"},
-            {"uint8", bytesOf<quint8>({0}), bytesOf<quint8>({255}), "0 -2 3; 255 -2 3"},
-            {"short", bytesOf<qint16>({-32768}, isBig), bytesOf<qint16>({32767}, isBig),
-             "-32768 -2 3; 32767 -2 3"},
-            {"uint16", bytesOf<quint16>({256}, isBig), bytesOf<quint16>({65535}, isBig),
-             "256 -2 3; 65535 -2 3"},
-            {"int", bytesOf<qint32>({-70000}, isBig), bytesOf<qint32>({70000}, isBig),
-             "-70000 -2 3; 70000 -2 3"},
-            {"uint", bytesOf<quint32>({1}, isBig), bytesOf<quint32>({16777216}, isBig),
-             "1 -2 3; 1.67772e+07 -2 3"},
-            {"double", bytesOf<double>({-1e9}, isBig), bytesOf<double>({0.5}, isBig),
-             "-1e+09 -2 3; 0.5 -2 3"},
-        };
+        } rows[] = {{"char", bytesOf<qint8>({-128}), bytesOf<qint8>({127}), "-128 -2 3; 127 -2 3"},
+                    {"uint8", bytesOf<quint8>({0}), bytesOf<quint8>({255}), "0 -2 3; 255 -2 3"},
+                    {"short", bytesOf<qint16>({-32768}, isBig), bytesOf<qint16>({32767}, isBig),
+                     "-32768 -2 3; 32767 -2 3"},
+                    {"uint16", bytesOf<quint16>({256}, isBig), bytesOf<quint16>({65535}, isBig),
+                     "256 -2 3; 65535 -2 3"},
+                    {"int", bytesOf<qint32>({-70000}, isBig), bytesOf<qint32>({70000}, isBig),
+                     "-70000 -2 3; 70000 -2 3"},
+                    {"uint", bytesOf<quint32>({1}, isBig), bytesOf<quint32>({16777216}, isBig),
+                     "1 -2 3; 1.67772e+07 -2 3"},
+                    {"double", bytesOf<double>({-1e9}, isBig), bytesOf<double>({0.5}, isBig),
+                     "-1e+09 -2 3; 0.5 -2 3"}};
         for (const auto& row : rows) {
             write("a.ply", ply(format, column(row.type), row.least + rest + row.greatest + rest));
             EXPECT_EQ(pointsOf("a.ply"), row.expected) << row.type << ' ' << format.toStdString();
@@ -130,24 +113,19 @@ TEST_F(ScanReaders, HeightMapsAreReadWithTheirDescription) {
          {"row_step_mm,0\n", "row_step_mm,nan\n", "columns,1e18\n", "rows,1.5\n", "byte_order,odd\n"}) {
         write("other.csv", text + bad);
         const Error error = errorOf([&other] { loadScan("b.bin", other); });
-        EXPECT_THAT(textOf(error), HasSubstr(QByteArray(bad).split(',')[0].toStdString() + " must be"));
+        EXPECT_THAT(error, Says(QByteArray(bad).split(',')[0].toStdString() + " must be"));
         EXPECT_EQ(error.file(), "other.csv");
     }
     write("other.csv", QByteArray(text).replace("rows,2\n", ""));
-    EXPECT_THAT(textOf(errorOf([&] { loadScan("b.bin", other); })),
-                HasSubstr("other.csv: the line \"rows,NUMBER\" is missing"));
+    EXPECT_THAT([&] { loadScan("b.bin", other); }, Refuses("other.csv: the line \"rows,NUMBER\" is missing"));
     write("a.bin", bytesOf<quint16>({0, 4, 8, 12, 0}));
-    EXPECT_THAT(textOf(errorOf([] { loadScan("a.bin", {}); })),
-                HasSubstr("holds 10 bytes, 2 rows of 3 columns need 12"));
+    EXPECT_THAT([] { loadScan("a.bin", {}); }, Refuses("holds 10 bytes, 2 rows of 3 columns need 12"));
 }
 
 TEST_F(ScanReaders, DamagedScansAreRefusedWithTheirPlace) {
     const QByteArray one = QByteArray("\x05\x02\0", 3) + bytesOf<float>({0, 1, 1, 2, 1});
     const QByteArray cloud = QByteArray("\x03\x01\0\0\0", 5) + bytesOf<float>({1, 2, 3});
-    const struct {
-        QByteArray content;
-        const char* reason;
-    } cases[] = {
+    const Refused cases[] = {
         {one + one.left(22), "offset 23: profile with z record: announces 2 points, the file ends after 1"},
         {one + cloud, "offset 23: XYZ cloud record behind"},
         {QByteArray("\x03\xFF\xFF\xFF\xFF", 5), "announces 4294967295 points"},
@@ -173,10 +151,9 @@ TEST_F(ScanReaders, DamagedScansAreRefusedWithTheirPlace) {
         {"x_mm y z\n1 2 3\n", "column 2: \"y\" has no unit of length known here"},
         {"x,y [V],z\n1,2,3\n", "column 2: \"y [V]\" has no unit of length known here"},
         {"# nothing\n\n", "holds no points"},
-        {QByteArray(20, '\0'), "begins with the byte 0x00"},
-    };
+        {QByteArray(20, '\0'), "begins with the byte 0x00"}};
     for (const auto& c : cases)
-        expectDamaged(c.content, c.reason);
+        expectDamaged(c.text, c.reason);
 }
 
 TEST_F(ScanReaders, NameTheLineTheElementOrTheVertex) {
@@ -209,8 +186,7 @@ TEST_F(ScanReaders, NameTheLineTheElementOrTheVertex) {
         {QByteArray(17 << 20, '1'), "line 1: is longer than 16777216 bytes"},
         {"scan_mm/x_mm\n", "line 1: has 0 columns"},
         {"scan_mm/x_mm,0,\n", "line 1: column 3: has no x"},
-        {"scan_mm/x_mm,0,1\n\n,5,6\n", "line 3: column 1: has no scan position"},
-    };
+        {"scan_mm/x_mm,0,1\n\n,5,6\n", "line 3: column 1: has no scan position"}};
     for (const auto& [content, reason] : cases)
         expectDamaged(content, reason);
     write("good", faces + bytesOf<int>({1, 5, 6}) + bytesOf<float>({1, 2, 3}));

@@ -2,18 +2,11 @@
 
 #include <kvmeasure/scans/scan_comparison.h>
 
-#include <kvmeasure/base/error.h>
 #include <kvmeasure/base/plane_geometry.h>
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <functional>
-#include <random>
+#include <tests/kvmeasure/calls.h>
 
 namespace {
 
-using namespace KvMeasure;
 using KvMath::KvPointXYZ;
 
 using Surface = std::function<double(double x, double z)>;
@@ -205,11 +198,10 @@ TEST(CompareScans, FindsADentHoweverThePartLies) {
     const Scan master = asStack(sampled(bumps, noise, 1));
     const struct {
         SpaceVector degrees, shift;
-    } cases[] = {{{0, 0, 0}, {0, 0, 0}},
-                 {{0, 3, 0}, {6, -30, 4}},
-                 {{2, -4, 5}, {-3, 2, 5}},
-                 {{-6, 2, 1}, {1, 9, -2}},
-                 {{0, 0, 0}, {16, 5, -12}}};  // more than half a bump away
+    } cases[] = {
+        {{0, 0, 0}, {0, 0, 0}},   {{0, 3, 0}, {6, -30, 4}},  {{2, -4, 5}, {-3, 2, 5}},
+        {{-6, 2, 1}, {1, 9, -2}}, {{0, 0, 0}, {16, 5, -12}},
+    };  // more than half a bump away
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::Message() << c.degrees.x << ' ' << c.degrees.y << ' ' << c.degrees.z);
         const SpaceMotion away = motionOf(c.degrees, c.shift);

@@ -6,16 +6,9 @@
 #include <kvmeasure/statistics/distributions.h>
 #include <kvmeasure/statistics/gauge_study.h>
 #include <kvmeasure/statistics/sample.h>
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <random>
+#include <tests/kvmeasure/calls.h>
 
 namespace {
-
-using namespace KvMeasure;
 
 /// Digits that agree.
 double logRelativeError(double value, double truth) {

@@ -4,13 +4,9 @@
 #include <simulator/circumference.h>
 #include <tests/kvmeasure/calls.h>
 
-#include <algorithm>
-#include <cmath>
 #include <tuple>
 
 namespace {
-
-using namespace KvMeasure;
 
 std::vector<Vector> pointsOf(const Simulator::CircumferenceRecipe& recipe) {
     std::vector<Vector> points;

@@ -4,20 +4,9 @@
 #include <kvmeasure/wheels/rail_values.h>
 #include <kvmeasure/wheels/track_gauge.h>
 #include <kvmeasure/wheels/wheel_wear.h>
-#include <tests/kvmeasure/calls.h>
-#include <tests/support/scratch_directory.h>
-
-#include <algorithm>
-#include <cmath>
-#include <functional>
+#include <tests/kvmeasure/wheels/sections.h>
 
 namespace {
-
-using namespace KvMeasure;
-using testing::HasSubstr;
-using TestSupport::errorOf;
-using TestSupport::textOf;
-using Points = std::vector<Vector>;
 
 QByteArray spline(const QByteArray& fields, const QByteArray& points = "1 2\n3 4\n5 7\n") {
     return "header.begin\ntype = 1\nheader.end\nspline.begin\n" + fields + "point.begin\n" + points +
@@ -25,7 +14,7 @@ QByteArray spline(const QByteArray& fields, const QByteArray& points = "1 2\n3 4
 }
 
 TEST(GaugeFiles, RareFieldsMoveThePointsAsStated) {
-    const TestSupport::ScratchDirectory scratch;
+    const ScratchDirectory scratch;
     const struct {
         const char* what;
         QByteArray content;
@@ -85,15 +74,14 @@ TEST(GaugeFiles, RareFieldsMoveThePointsAsStated) {
         {"reference points elsewhere",
          "A=1\nRefPoint1=1,1\nRefPoint2=6,1\nRefPoint3=1,6\n1 2\n3 4\n",
          {0, 1},
-         "frame of the reference points"},
-    };
+         "frame of the reference points"}};
     for (const auto& file : files) {
         SCOPED_TRACE(file.what);
         const GaugeProfile profile = readGaugeProfile(scratch.write("g.dat", file.content));
         ASSERT_FALSE(profile.points.empty());
         EXPECT_NEAR(profile.points[0].x, file.first.x, 1e-9);
         EXPECT_NEAR(profile.points[0].y, file.first.y, 1e-9);
-        EXPECT_THAT(profile.notes.join("; ").toStdString(), HasSubstr(file.note));
+        EXPECT_THAT(profile.notes.join("; "), Says(file.note));
         EXPECT_EQ(profile.notes.isEmpty(), *file.note == '\0') << profile.notes.join("; ").toStdString();
     }
     EXPECT_EQ(readGaugeProfile(scratch.write("g.dat", files[8].content)).field("spline.name").toStdString(),
@@ -105,25 +93,21 @@ TEST(GaugeFiles, RareFieldsMoveThePointsAsStated) {
 }
 
 TEST(GaugeFiles, DamageIsNamed) {
-    const TestSupport::ScratchDirectory scratch;
+    const ScratchDirectory scratch;
     QByteArray many = "A=1\n";
     for (int i = 0; i < 1001; ++i)
         many += "B" + QByteArray::number(i) + "=1\n";
-    const struct {
-        QByteArray content;
-        const char* reason;
-    } files[] = {{many + "1 2\n", "has more than 1000 fields above its points"},
-                 {spline("neither\n"), "\"neither\" is no field and no point"},
-                 {spline("", "1 x\n"), "\"1 x\" is no point: two numbers are needed"},
-                 {spline("", "1 2e10\n"), "a coordinate is beyond 1e9 mm"},
-                 {"1,2\n2,3\n3,4\n\n1,2\n2,3\n3,4\n", "holds several profiles, expected one"}};
+    const Refused files[] = {{many + "1 2\n", "has more than 1000 fields above its points"},
+                             {spline("neither\n"), "\"neither\" is no field and no point"},
+                             {spline("", "1 x\n"), "\"1 x\" is no point: two numbers are needed"},
+                             {spline("", "1 2e10\n"), "a coordinate is beyond 1e9 mm"},
+                             {"1,2\n2,3\n3,4\n\n1,2\n2,3\n3,4\n", "holds several profiles, expected one"}};
     for (const auto& file : files)
-        EXPECT_THAT(textOf(errorOf([&] { readGaugeProfile(scratch.write("g.dat", file.content)); })),
-                    HasSubstr(file.reason));
+        EXPECT_THAT([&] { readGaugeProfile(scratch.write("g.dat", file.text)); }, Refuses(file.reason));
     TextOptions options;
     options.givenOfTable = "columns";
-    EXPECT_THAT(textOf(errorOf([&] { readGaugeProfile(scratch.write("g.dat", spline("")), options); })),
-                HasSubstr("is a gauge's own file; columns is for tables"));
+    EXPECT_THAT([&] { readGaugeProfile(scratch.write("g.dat", spline("")), options); },
+                Refuses("is a gauge's own file; columns is for tables"));
 }
 
 /// A head 72 mm wide whose sides run down to 30 mm below its top.
@@ -136,12 +120,6 @@ Points head(const std::function<double(double)>& crown, double lean = 0) {
     for (double y = -6; y > -30; y -= 0.5)
         points.emplace_back(36 - lean * y, y);
     return points;
-}
-
-RailSection railOf(const Points& points) {
-    GaugeProfile profile;
-    profile.points = points;
-    return railSection(profile);
 }
 
 TEST(EvenPoints, LieAtEqualStepsOrAreNone) {
@@ -223,8 +201,7 @@ TEST(RailValues, HaveTheReasonOfWhatIsMissing) {
         {"one side", "headWidth", "the right side", without([](const Vector& p) { return p.x > 20; }), whole},
         {"a gap on top", "W1", "", without([](const Vector& p) { return std::fabs(p.x) < 1; }), whole},
         {"no sides at all", "W1", "the nominal rail", whole,
-         without([](const Vector& p) { return p.y < -8; })},
-    };
+         without([](const Vector& p) { return p.y < -8; })}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         const RailSection rail = railOf(c.points), nominal = railOf(c.nominal);
@@ -233,15 +210,14 @@ TEST(RailValues, HaveTheReasonOfWhatIsMissing) {
         const SectionValue* value = findValue(values.values, c.key);
         ASSERT_NE(value, nullptr);
         EXPECT_EQ(value->isKnown(), *c.reason == '\0') << value->reason.toStdString();
-        EXPECT_THAT(value->reason.toStdString(), HasSubstr(c.reason));
+        EXPECT_THAT(value->reason, Says(c.reason));
     }
     RailPlaces steep;
     steep.cornerAngle = 80;
     steep.sideDepth = 4;
     const RailSection nominal = railOf(whole);
     const RailValues values = railValues(nominal, &nominal, steep);
-    EXPECT_THAT(findValue(values.values, "W3")->reason.toStdString(),
-                HasSubstr("does not fall by 80 degrees"));
+    EXPECT_THAT(findValue(values.values, "W3")->reason, Says("does not fall by 80 degrees"));
 }
 
 using Change = std::function<Vector(const Vector&)>;
@@ -270,8 +246,6 @@ void expectValuesOrReasons(const std::vector<SectionValue>& values) {
         EXPECT_EQ(std::isfinite(value.value), value.isKnown())
             << value.key.toStdString() << ' ' << value.value << value.reason.toStdString();
 }
-
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 TEST(WheelSections, HaveAValueOrAReasonForWhateverPoints) {
     const Points whole = s1002Section(1).points;
@@ -304,8 +278,7 @@ TEST(WheelSections, HaveAValueOrAReasonForWhateverPoints) {
         {"few", same, none, 60},
         {"unset", [](const Vector& p) { return p.x > 60 ? Vector(kNaN, kNaN) : p; }},
         {"far", [](const Vector& p) { return Vector(p.x + 1e8, p.y - 1e8); }},
-        {"worn", [](const Vector& p) { return Vector(p.x, p.y - (p.x > 40 ? 2 : 0)); }},
-    };
+        {"worn", [](const Vector& p) { return Vector(p.x, p.y - (p.x > 40 ? 2 : 0)); }}};
     GaugePlaces other;
     other.belowTip = 0.5;
     other.tread = 125;
@@ -362,8 +335,7 @@ TEST(Rails, HaveAValueOrAReasonForWhateverPoints) {
         {"narrow", [](const Vector& p) { return Vector(p.x / 4, p.y); }},
         {"one place", [](const Vector&) { return Vector(1, 1); }},
         {"coarse", same, {[](const Vector&) { return false; }}, 40},
-        {"zigzag", [](const Vector& p) { return Vector(p.x + std::round(p.y) * 0.01, p.y); }},
-    };
+        {"zigzag", [](const Vector& p) { return Vector(p.x + std::round(p.y) * 0.01, p.y); }}};
     std::vector<RailSection> rails;
     for (const Changed& how : all)
         rails.push_back(railSection(changed(whole, how)));
@@ -402,8 +374,7 @@ TEST(Rails, HaveAValueOrAReasonForWhateverPoints) {
     for (const double depth : {0.0, -1.0, kNaN, double(INFINITY)}) {
         TrackGaugeOptions options;
         options.depth = depth;
-        EXPECT_THAT(textOf(errorOf([&] { trackGauge(rails[0], rails[0], options); })),
-                    HasSubstr("depth must be above 0, not"));
+        EXPECT_THAT([&] { trackGauge(rails[0], rails[0], options); }, Refuses("depth must be above 0, not"));
     }
     RailSection none;
     EXPECT_EQ(trackGauge(none, rails[0]).gauge.reason, "the left rail: has no points");

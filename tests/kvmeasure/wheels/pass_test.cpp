@@ -6,18 +6,13 @@
 #include <kvmeasure/wheels/pass.h>
 #include <simulator/train_pass.h>
 #include <tests/kvmeasure/calls.h>
-#include <tests/support/scratch_directory.h>
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonObject>
 
-#include <algorithm>
-#include <cmath>
 #include <cstdio>
 
 namespace {
-
-using namespace KvMeasure;
 
 struct Seen {
     int count = 0, held = 0, missing = 0;
@@ -74,7 +69,7 @@ void addWheel(const WheelResult& wheel, const Simulator::WheelShape& shape, Stud
 }
 
 Study studyOf(const Simulator::PassRecipe& recipe) {
-    const TestSupport::ScratchDirectory scratch;
+    const ScratchDirectory scratch;
     Study study;
     EXPECT_TRUE(Simulator::simulatePass(recipe, ".", nullptr));
     PostSettings settings("settings.ini");

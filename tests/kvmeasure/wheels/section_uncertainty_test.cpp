@@ -3,17 +3,12 @@
 
 #include <kvmeasure/wheels/section_uncertainty.h>
 #include <kvmeasure/wheels/wheel_wear.h>
+#include <tests/kvmeasure/calls.h>
 
-#include <gtest/gtest.h>
-
-#include <cmath>
 #include <cstdio>
 #include <map>
-#include <random>
 
 namespace {
-
-using namespace KvMeasure;
 
 struct Seen {
     int count = 0, held = 0;

@@ -1,30 +1,9 @@
 // The gauge of a track on heads of known form, however their frame stands.
 
 #include <kvmeasure/wheels/track_gauge.h>
-#include <tests/kvmeasure/calls.h>
-
-#include <gmock/gmock.h>
-
-#include <cmath>
-#include <functional>
+#include <tests/kvmeasure/wheels/sections.h>
 
 namespace {
-
-using namespace KvMeasure;
-using Points = std::vector<Vector>;
-
-Points moved(const Points& points, const std::function<Vector(const Vector&)>& move) {
-    Points result;
-    for (const Vector& p : points)
-        result.push_back(move(p));
-    return result;
-}
-
-RailSection railOf(const Points& points) {
-    GaugeProfile profile;
-    profile.points = points;
-    return railSection(profile);
-}
 
 /// A head 72 mm wide with corners of 13 mm, its axis at a lateral position. `flow`: material that stands out
 /// 10 mm below the top, on the side towards the other rail.
@@ -102,28 +81,27 @@ TEST(TrackGauge, IsMissingWithAReason) {
     const auto reason = [](const RailSection& a, const RailSection& b) {
         return trackGauge(a, b).gauge.reason.toStdString();
     };
-    EXPECT_THAT(reason(right, left), testing::HasSubstr("exchange them"));
-    EXPECT_THAT(reason(left, left), testing::HasSubstr("no common frame"));
-    EXPECT_THAT(reason(left, RailSection()), testing::HasSubstr("right rail: has no points"));
+    EXPECT_THAT(reason(right, left), HasSubstr("exchange them"));
+    EXPECT_THAT(reason(left, left), HasSubstr("no common frame"));
+    EXPECT_THAT(reason(left, RailSection()), HasSubstr("right rail: has no points"));
     Points cut;
     for (const Vector& p : headAt(750, -1, 0)) {
         if (p.y > -12 || p.x > 750)
             cut.push_back(p);
     }
-    EXPECT_THAT(reason(left, railOf(cut)), testing::HasSubstr("right rail: the left side is not seen 14 mm"));
+    EXPECT_THAT(reason(left, railOf(cut)), HasSubstr("right rail: the left side is not seen 14 mm"));
     Points corner;
     for (const Vector& p : headAt(750, -1, 0)) {
         if (p.x < 750 - 12)
             corner.emplace_back(p.x, p.y - (p.x - 750) * (p.x - 750) / 600);
     }
-    EXPECT_THAT(reason(left, railOf(corner)), testing::HasSubstr("right rail: its top is not seen"));
+    EXPECT_THAT(reason(left, railOf(corner)), HasSubstr("right rail: its top is not seen"));
     RailSection onItsSide = left;
     onItsSide.turn.areExchanged = true;
-    EXPECT_THAT(reason(onItsSide, right), testing::HasSubstr("no common frame"));
+    EXPECT_THAT(reason(onItsSide, right), HasSubstr("no common frame"));
     TrackGaugeOptions none;
     none.depth = 0;
-    EXPECT_THAT(TestSupport::textOf(TestSupport::errorOf([&] { trackGauge(left, right, none); })),
-                testing::HasSubstr("depth"));
+    EXPECT_THAT([&] { trackGauge(left, right, none); }, Refuses("depth"));
 }
 
 }  // namespace

@@ -1,0 +1,37 @@
+#pragma once
+// Sections of wheels and rails from points; their values by key.
+
+#include <kvmeasure/wheels/gauge_values.h>
+#include <tests/kvmeasure/calls.h>
+
+namespace TestSupport {
+
+using Points = std::vector<Vector>;
+
+inline Points moved(const Points& points, const std::function<Vector(const Vector&)>& move) {
+    Points result;
+    for (const Vector& p : points)
+        result.push_back(move(p));
+    return result;
+}
+
+inline GaugeProfile profileOf(const Points& points) {
+    GaugeProfile profile;
+    profile.points = points;
+    return profile;
+}
+
+inline WheelSection wheelOf(const Points& points) { return wheelSection(profileOf(points)); }
+inline RailSection railOf(const Points& points) { return railSection(profileOf(points)); }
+
+/// 1e99 where there is no such key.
+inline double valueOf(const std::vector<SectionValue>& values, const char* key) {
+    const SectionValue* value = findValue(values, key);
+    return value == nullptr ? 1e99 : value->value;
+}
+
+inline QString reasonOf(const std::vector<SectionValue>& values, const char* key) {
+    return findValue(values, key)->reason;
+}
+
+}  // namespace TestSupport
