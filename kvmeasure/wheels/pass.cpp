@@ -92,6 +92,31 @@ double tipReflection(const Cloud& cloud, int index) {
     return reflectionAt(depths, index);
 }
 
+/// Why the circle through the tips is none of a wheel: that of an outer scanner is a reflection, or lies
+/// elsewhere across the track, on something else. The section in the middle tells its own.
+QStringList doubtsOf(const Cloud (&clouds)[kScannersOfSide], const KvMath::debugWheelPosCalc& tips,
+                     const QList<const Recording*>& recordings) {
+    constexpr double kAskew = 10;  // mm; no wheelset stands so askew between the scanners
+    const int indices[kScannersOfSide] = {tips.indexA, tips.indexB, tips.indexC};
+    double across[kScannersOfSide];
+    for (int i = 0; i < kScannersOfSide; ++i)
+        across[i] = static_cast<double>(clouds[i].points.at(indices[i]).y);
+    const double middle =
+        std::clamp(across[1], std::min(across[0], across[2]), std::max(across[0], across[2]));
+    QStringList notes;
+    for (const int i : {0, 2}) {
+        const double apart = tipReflection(clouds[i], indices[i]), beside = std::fabs(across[i] - middle);
+        const QString what =
+            apart > 0 ? filledIn("stands %1 mm apart: a reflection", QString::number(apart, 'f', 1))
+                      : filledIn("lies %1 mm beside the others across the track: something else was seen",
+                                 QString::number(beside, 'f', 1));
+        if (apart > 0 || beside > kAskew)
+            notes.append(filledIn("%1: the flange tip %2; the radius is left out",
+                                  sensorName(recordings.at(i)->index), what));
+    }
+    return notes;
+}
+
 }  // namespace
 
 const Recording* WheelPass::recordingOf(int index) const {
@@ -248,19 +273,12 @@ bool WheelPass::measure(WheelsetResult& wheelset, int number, int side, const Va
     }
     if (!isWheelCircle(wheel))
         return false;
-    bool isReflection = false;
-    for (const auto& [i, tip] : {std::pair(0, tips.indexA), {2, tips.indexC}}) {  // the section tells its own
-        const double apart = tipReflection(clouds[i], tip);
-        isReflection = isReflection || apart > 0;
-        if (apart > 0)
-            wheel.notes.append(
-                filledIn("%1: the flange tip stands %2 mm apart: a reflection; the radius is left out",
-                         sensorName(recordings.at(i)->index), QString::number(apart, 'f', 1)));
-    }
+    const QStringList doubts = doubtsOf(clouds, tips, recordings);
+    wheel.notes += doubts;
     section.wheelset = number;
     section.side = side;
     calcWheelValues(options, clouds[1], wheel, section);
-    if (isReflection)
+    if (!doubts.isEmpty())
         wheel.circle = KvMath::KvCircle();
     if (options.hasUncertainties)
         addUncertainties(scanned, options, section, wheel);

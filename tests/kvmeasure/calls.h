@@ -54,6 +54,9 @@ struct Refused {
 
 }  // namespace TestSupport
 
+/// So GoogleTest shows texts, not their bytes.
+inline void PrintTo(const QString& text, std::ostream* out) { *out << text.toStdString(); }
+
 using namespace KvMeasure;
 using namespace TestSupport;
 using testing::HasSubstr;

@@ -1,8 +1,10 @@
 // Values of a pass against the truth, and the errors seen against the uncertainties stated. KVMEASURE_RUNS=40
 // prints the table of docs/maintainers/uncertainty_study.md.
 
+#include <kvmath/profile/profile_z.h>
 #include <kvmeasure/report/pass_limits.h>
 #include <kvmeasure/wheels/gauge_values.h>
+#include <kvmeasure/wheels/limits.h>
 #include <kvmeasure/wheels/pass.h>
 #include <simulator/train_pass.h>
 #include <tests/kvmeasure/calls.h>
@@ -141,6 +143,103 @@ TEST(WheelPass, UncertaintiesAreThoseSeenWhicheverWayTrainAndScannersRun) {
     }
 }
 
+/// Rewrites each record of a recording.
+void changeRecords(const QString& name, const std::function<void(KvMath::KvProfileZ&)>& change) {
+    QFile in(name), out("changed");
+    ASSERT_TRUE(in.open(QIODevice::ReadOnly) && out.open(QIODevice::WriteOnly));
+    for (KvMath::KvProfileZ record; record.readFromFile(in) >= 0; record = KvMath::KvProfileZ()) {
+        if (!record.points.isEmpty())
+            change(record);
+        ASSERT_TRUE(record.writeToFile(out));
+    }
+    out.close();
+    ASSERT_TRUE(in.remove() && out.rename(name));
+}
+
+/// The point of a wheel in view that lies nearest to the scanner; null where there is none.
+KvMath::KvPointXY* tipOf(KvMath::KvProfileZ& record) {
+    KvMath::KvPointXY* tip = nullptr;
+    for (KvMath::KvPointXY& p : record.points) {
+        if (p.y > 130 && p.y < 250 && (tip == nullptr || p.y < tip->y))
+            tip = &p;
+    }
+    return tip;
+}
+
+TEST(WheelPass, NamesWhatScannersDoNotShowAndTakesTravelFromNeighbours) {
+    const ScratchDirectory scratch;
+    Simulator::PassRecipe recipe;
+    recipe.wheelsets = 2;
+    recipe.spacing = 40;
+    ASSERT_TRUE(Simulator::simulatePass(recipe, ".", nullptr));
+    using Record = KvMath::KvProfileZ;
+    const auto glint = [](Record& record) {
+        if (tipOf(record) != nullptr)
+            tipOf(record)->y -= 2;
+    };
+    const auto level = [](Record& record) {
+        const bool isSeen = tipOf(record) != nullptr;
+        for (KvMath::KvPointXY& p : record.points)
+            p.y = isSeen ? 200 : p.y;
+    };
+    const auto without = [](double from, double to) {
+        return [from, to](Record& record) {
+            if (double(record.z) > from && double(record.z) < to)
+                record.z = std::nanf("");
+        };
+    };
+    const struct {
+        int serial;
+        std::function<void(Record&)> change;
+        double kept;  // share of the recording
+        const char* notes;
+        double travel;
+    } cases[] = {
+        {1004, [](Record&) {}, 1, "", 1000},
+        {1003, glint, 1, "SENSOR3: the flange tip stands 2.0 mm apart: a reflection; the radius is", 1000},
+        {1013, glint, 1, "SENSOR13: the flange tip stands 2.0 mm apart: a reflection; the radius is", 1000},
+        {1003, level, 1, "SENSOR3: the flange tip lies 134.2 mm beside the others across the track", 1000},
+        {1001, [](Record&) {}, 0.8, "SENSOR1 begins or ends in the wheel: its middle is not known", 1000},
+        {1004, without(900, 1100), 1, "", 1000},
+        {1004, without(0, 1100), 1, "", 1120},  // the nearest that is known
+        {1004, without(900, 2000), 1, "", 880},
+        {1004, without(0, 1e6), 1, "", kNaN},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(&c - cases);
+        const QString name = QString("pass_%1.bin").arg(c.serial);
+        const QByteArray whole = scratch.read(name);
+        changeRecords(name, c.change);
+        const QByteArray changed = scratch.read(name);
+        scratch.write(name, changed.left(int(c.kept * double(changed.size()))));
+        PostSettings settings("settings.ini");
+        QStringList skipped;
+        WheelPass pass(findRecordings({"."}, settings, skipped), settings);
+        Splitting splitting;
+        splitting.work = "work";
+        pass.split(splitting);
+        pass.measureDistances();
+        ValueOptions options;
+        options.hasUncertainties = false;
+        pass.measureSections(options, [](const MeasuredSection&) {});
+        QStringList notes;
+        for (const WheelsetResult& wheelset : pass.wheelsets()) {
+            notes += wheelset.notes + wheelset.wheels[Left].notes + wheelset.wheels[Right].notes;
+            for (const WheelResult& wheel : wheelset.wheels)
+                EXPECT_EQ(std::isfinite(wheel.circle.radius), wheel.notes.isEmpty());
+        }
+        EXPECT_THAT(notes.join('|'), Says(c.notes));
+        EXPECT_EQ(notes.isEmpty(), *c.notes == '\0') << notes.join('|').toStdString();
+        ASSERT_EQ(pass.wheelsets().size(), 2);
+        QString reason;
+        EXPECT_EQ(pass.viewsOf(0, 4, reason).isEmpty(), std::isnan(c.travel));
+        EXPECT_EQ(reason, std::isnan(c.travel) ? "its records have no travel" : "");
+        EXPECT_EQ(std::isnan(pass.wheelsets()[0].z), std::isnan(c.travel));
+        EXPECT_FALSE(std::fabs(double(pass.wheelsets()[0].z) - c.travel) > 1e-3);
+        scratch.write(name, whole);
+    }
+}
+
 TEST(PassLimits, AWheelWithABreakoutIsOutWhateverItsValues) {
     WheelLimit none;
     none.symbol = "rollover";
@@ -155,6 +254,42 @@ TEST(PassLimits, AWheelWithABreakoutIsOutWhateverItsValues) {
     EXPECT_EQ(wheelset["right"].toObject()["verdict"].toString(), "OUT");
     EXPECT_EQ(json["bogies"].toArray()[0].toObject()["verdict"].toString(), "OUT");
     EXPECT_EQ(json["verdict"].toString(), "OUT");
+}
+
+TEST(WheelLimits, JudgeByDiameter) {
+    const ScratchDirectory scratch;
+    const QString path =
+        scratch.write("limits.csv", "quantity,symbol,diameter_from,diameter_to,minimum,maximum,note\n"
+                                    "flange thickness,Sd,840,,20,33,\"22, abroad\"\n"
+                                    "flange thickness,Sd,330,840,27.5,33,\nflange gradient,qR,330,,6.5,,\n");
+    const WheelLimits limits = readWheelLimits(path);
+    const struct {
+        double sd, diameter;
+        const char* verdict;
+    } cases[] = {{20, 900, "good"},    {19.999, 900, "OUT"},      {33, 900, "good"},
+                 {33.001, 900, "OUT"}, {25, 840, "OUT"},          {25, 840.001, "good"},
+                 {27.5, 840, "good"},  {25, NAN, "NOT MEASURED"}, {30, NAN, "good"},
+                 {34, NAN, "OUT"},     {30, 100, "NOT MEASURED"}, {NAN, 900, "NOT MEASURED"}};
+    for (const auto& each : cases) {
+        SCOPED_TRACE(testing::Message() << each.sd << " at " << each.diameter);
+        SectionValue sd{"Sd", "", "mm", each.sd, std::isnan(each.sd) ? "not seen" : "", ""};
+        for (const WheelLimits& rows : {limits, WheelLimits(limits.rbegin(), limits.rend())}) {
+            const std::vector<LimitVerdict> verdicts = judge(rows, {sd}, each.diameter);
+            ASSERT_EQ(verdicts.size(), 1U);
+            EXPECT_EQ(overallVerdict(verdicts), each.verdict);
+            EXPECT_EQ(verdicts[0].reason.isEmpty(), verdicts[0].kind == LimitVerdict::Good);
+        }
+    }
+    const Refused refused[] = {
+        {"symbol,minimum,maximum\nsd,1,2\n", "did you mean \"Sd\""},
+        {"symbol,minimum\nSd,1\n", "there is no \"maximum\""},
+        {"symbol,minimum,maximum\nSd,,\n", "neither minimum nor maximum"},
+        {"symbol,minimum,maximum\nSd,3,2\n", "minimum 3 is above maximum 2"},
+        {"symbol,minimum_cm,maximum_cm\nSd,0.1,0.05\n", "minimum 1 is above maximum 0.5"},
+        {"symbol,diameter_from,diameter_to,minimum,maximum\nSd,9,3,1,2\n", "diameter_from 9 is not below"},
+        {"symbol,minimum,maximum\nSd,1,2\nSd,1,3\n", "line 3: holds for diameters that line 2"}};
+    for (const auto& each : refused)
+        EXPECT_THAT([&] { readWheelLimits(scratch.write("r.csv", each.text)); }, Refuses(each.reason));
 }
 
 }  // namespace
