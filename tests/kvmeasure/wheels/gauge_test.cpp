@@ -1,7 +1,6 @@
-// Files of gauges in every form, turned and damaged; values of gauges, of rails, of wear; limits.
+// Files of gauges in every form, turned and damaged; values of gauges and of wear.
 
 #include <kvmeasure/wheels/gauge_file.h>
-#include <kvmeasure/wheels/limits.h>
 #include <kvmeasure/wheels/wheel_wear.h>
 #include <tests/kvmeasure/wheels/sections.h>
 
@@ -107,22 +106,89 @@ TEST(GaugeFiles, AreToldByContentAndBroughtIntoTheirFrame) {
         EXPECT_THAT([&] { readGaugeProfile(scratch.write("d.whl", file.text)); }, Refuses(file.reason));
 }
 
+std::function<Vector(const Vector&)> shaken(unsigned seed, double deviation) {
+    return [random = std::mt19937(seed), noise = std::normal_distribution<double>(0, deviation)](
+               const Vector& p) mutable { return Vector(p.x + noise(random), p.y + noise(random)); };
+}
+
 TEST(GaugeSections, StandUprightWhateverWayTheyWereTurned) {
-    const Points wheel = nominalWheel();
-    for (int turn = 0; turn < 8; ++turn) {
-        SCOPED_TRACE(turn);
-        GaugeProfile profile;
-        profile.points = moved(wheel, [&](const Vector& p) {
+    const Points exact = nominalWheel(), noisy = moved(exact, shaken(7, 0.01));
+    const auto turned = [](const Points& points, int turn) {
+        Points result = moved(points, [turn](const Vector& p) {
             const Vector q((turn & 1) == 0 ? p.x : -p.x, (turn & 2) == 0 ? p.y : -p.y);
-            return (turn & 4) == 0 ? q : Vector(q.y, q.x);
+            return (turn & 4) == 0 ? Vector(q.x + 40, q.y - 30) : Vector(q.y + 40, q.x - 30);
         });
-        const WheelSection section = wheelSection(profile);
-        ASSERT_EQ(section.reason.toStdString(), "");
+        if ((turn & 8) != 0)
+            std::reverse(result.begin(), result.end());
+        return wheelOf(result);
+    };
+    const WheelSection first = turned(noisy, 0);
+    for (int turn = 0; turn < 16; ++turn) {
+        SCOPED_TRACE(turn);
+        const WheelSection section = turned(exact, turn);
+        ASSERT_EQ(section.reason, "");
         const GaugeValues gauge = gaugeValues(section);
         EXPECT_NEAR(valueOf(gauge.values, "Sd"), 32.5, 1e-3);
         EXPECT_NEAR(valueOf(gauge.values, "flangeAngle"), 70, 0.1);
         EXPECT_NEAR(valueOf(gauge.values, "flangeRootRadius"), 13, 0.2);
         EXPECT_NEAR(gauge.marks.lowerFlank.y - gauge.marks.tread.y, 10, 1e-9);
+        const WheelSection again = turned(noisy, turn);
+        expectSame(gaugeValues(again).values, gaugeValues(first).values, 1e-6);
+        expectSame(wheelWear(again, s1002Section()).values, wheelWear(first, s1002Section()).values, 1e-6);
+    }
+    // Seen four times, forth and back: sorted by x. Of three times the width they are taken as they run.
+    for (const int times : {2, 4}) {
+        Points pass = s1002Section(0.1).points, all;
+        for (int i = 0; i < times; ++i, std::reverse(pass.begin(), pass.end()))
+            all.insert(all.end(), pass.begin(), pass.end());
+        const WheelSection section = wheelOf(all);
+        EXPECT_EQ(section.notes.filter("run to and fro").size(), times / 4);
+        if (times == 4)
+            expectSame(gaugeValues(section).values, gaugeValues(wheelOf(pass)).values, 1e-9);
+    }
+}
+
+TEST(GaugeSections, CountFromTheBackWhereverItIsKnownFrom) {
+    using Zero = GaugeZero;
+    using Source = BackSource;
+    const struct {
+        double at, from;  // place of the back in the file; where the section begins, from there
+        Zero zero;
+        double given;
+        Source source;
+        const char* note;
+    } cases[] = {
+        {0, 0, Zero::Unknown, kNaN, Source::File, ""},
+        {-70, 0, Zero::Unknown, kNaN, Source::File, ""},
+        {20, 0, Zero::Unknown, kNaN, Source::Seen, ""},
+        {0.5, 0, Zero::Unknown, kNaN, Source::Seen, ""},
+        {0, 0.4, Zero::Unknown, kNaN, Source::File, "is taken at 0 of the file, beside its end at 0.400"},
+        {0, 1.1, Zero::Unknown, kNaN, Source::Unknown, ""},
+        {20, 3, Zero::Unknown, kNaN, Source::Unknown, ""},
+        {20, 3, Zero::Unknown, 20, Source::Given, ""},
+        {0, 12, Zero::FlangeBack, kNaN, Source::File, ""},
+        {-70, 12, Zero::RunningCircle, kNaN, Source::File, ""},
+        {100, 0, Zero::FlangeBack, kNaN, Source::Seen, ""},
+        {-20, 0, Zero::FlangeBack, kNaN, Source::Seen, ""},
+    };
+    for (const auto& c : cases) {
+        for (const double sign : {1.0, -1.0}) {
+            SCOPED_TRACE(testing::Message() << &c - cases << ", " << sign);
+            GaugeProfile profile = profileOf(moved(
+                nominalWheel(c.from), [&](const Vector& p) { return Vector(sign * (p.x + c.at), p.y); }));
+            profile.zero = c.zero;
+            const WheelSection section = wheelSection(profile, sign * c.given);
+            EXPECT_EQ(section.source, c.source);
+            EXPECT_EQ(section.backReason.isEmpty(), c.source != Source::Unknown);
+            EXPECT_THAT(
+                section.notes.join('|'),
+                Says(QString(c.note).replace("at 0.4", sign < 0 ? "at -0.4" : "at 0.4").toStdString()));
+            EXPECT_EQ(section.notes.size(), (*c.note == '\0' ? 0 : 1) + (sign < 0 ? 1 : 0));
+            if (c.source != Source::Unknown) {
+                EXPECT_NEAR(section.back, c.at, 1e-9);
+                EXPECT_NEAR(valueOf(gaugeValues(section).values, "Sd"), 32.5, 1e-3);
+            }
+        }
     }
 }
 
@@ -212,9 +278,16 @@ TEST(GaugeValues, OfAWornRimAreThoseItWasBuiltWith) {
     EXPECT_EQ(valueOf(values, "Sd10"), valueOf(values, "Sd"));
     EXPECT_LT(valueOf(values, "Sd13"), valueOf(values, "Sd"));
     EXPECT_THAT(reasonOf(values, "Sd40"), Says("above the flange tip"));
-    places.aboveTread = 40;
-    EXPECT_TRUE(std::isnan(valueOf(gaugeValues(section, places).values, "qR")));
-    places.aboveTread = 10;
+    const auto at = [&section](double tread, double aboveTread) {
+        GaugePlaces other;
+        other.tread = tread;
+        other.aboveTread = aboveTread;
+        return gaugeValues(section, other).values;
+    };
+    EXPECT_TRUE(std::isnan(valueOf(at(70, 40), "qR")));
+    EXPECT_THAT(reasonOf(at(25, 1), "Sh"), Says("no wheel: the flange height is"));
+    EXPECT_THAT(reasonOf(at(100, 0.5), "Sd"), Says("no wheel: the flange thickness is"));
+    EXPECT_THAT(reasonOf(at(100, -30), "Sd"), Says("does not reach the level above the tread"));
     EXPECT_NEAR(valueOf(values, "rimWidth"), 135, 1e-6);
     EXPECT_NEAR(valueOf(values, "rollover"), 0.5, 1e-6);
     EXPECT_GT(valueOf(values, "hollow"), 0.2);
@@ -233,124 +306,6 @@ TEST(GaugeValues, OfAWornRimAreThoseItWasBuiltWith) {
     EXPECT_NEAR(valueOf(lost, "largestWearAt"), 77.5, 1.5);
     EXPECT_NEAR(valueOf(lost, "areaGained"), 0, 0.01);
     EXPECT_NEAR(valueOf(wheelWear(nominal, nominal).values, "areaLost"), 0, 1e-9);
-}
-
-/// A head of radius 300 within 8 mm of its middle, then 80, then 13, with sides 1:20; worn by what is given.
-Points head(double height = 0, double side = 0, double middle = 0) {
-    Points points;
-    const double foot = 36.5;
-    for (double y = -40; y < -16; y += 0.25)
-        points.emplace_back(middle - foot + (y + 16) / 20, y);
-    for (double angle = 87; angle > 12; angle -= 0.5)
-        points.emplace_back(middle - foot + 13 - 13 * std::sin(angle / 57.29577951),
-                            -15.3 + 13 * std::cos(angle / 57.29577951));
-    const double edge = foot - 13 + 13 * std::sin(12 / 57.29577951),
-                 low = -15.3 + 13 * std::cos(12 / 57.29577951);
-    for (double x = -edge; x <= edge; x += 0.1) {
-        const double crown = -x * x / 600;
-        const double blend = std::fabs(x) > 8 ? (std::fabs(x) - 8) * (std::fabs(x) - 8) *
-                                                    (low + edge * edge / 600) / ((edge - 8) * (edge - 8))
-                                              : 0;
-        points.emplace_back(middle + x, crown + blend);
-    }
-    const auto half = static_cast<int>(points.size());
-    for (int i = half - 1; i >= 0; --i) {
-        const Vector& p = points[static_cast<std::size_t>(i)];
-        if (p.x < middle - edge)
-            points.emplace_back(2 * middle - p.x, p.y);
-    }
-    for (Vector& p : points)
-        p = Vector(p.x > middle ? p.x - side * std::min(1.0, (p.x - middle) / 30) : p.x, p.y - height);
-    return points;
-}
-
-TEST(RailValues, AreThoseTheHeadWasWornBy) {
-    const RailSection nominal = railOf(head());
-    ASSERT_EQ(nominal.reason.toStdString(), "");
-    const std::vector<SectionValue> alone = railValues(nominal, nullptr).values;
-    EXPECT_NEAR(valueOf(alone, "crownRadius"), 300, 1);
-    EXPECT_NEAR(valueOf(alone, "headWidth"), 73, 0.3);
-    EXPECT_NEAR(valueOf(alone, "inclination"), 0, 1e-9);
-    const double angle = std::atan(1 / 20.0), c = std::cos(angle), s = std::sin(angle);
-    const auto lean = [&](const Vector& p) { return Vector(c * p.x + s * p.y, c * p.y - s * p.x); };
-    EXPECT_NEAR(valueOf(railValues(railOf(moved(head(), lean)), nullptr).values, "inclination"), 2.8624,
-                1e-3);
-    EXPECT_THAT(reasonOf(alone, "W1"), Says("--reference"));
-    for (const char* key : {"W1", "W2", "W3", "areaLost"})
-        EXPECT_NEAR(valueOf(railValues(nominal, &nominal).values, key), 0, 1e-9) << key;
-    const RailValues lower = railValues(railOf(head(2.5)), &nominal);
-    EXPECT_NEAR(valueOf(lower.values, "W1"), 2.5, 1e-9);
-    // Along the normal at 45 degrees to the same arc 2.5 mm lower; the widths of both corners' arcs, summed.
-    EXPECT_NEAR(valueOf(lower.values, "W3"), 13 - (std::sqrt(169 - 2.5 * 2.5 / 2) - 2.5 * std::sqrt(0.5)),
-                2e-3);
-    EXPECT_NEAR(valueOf(lower.values, "areaLost"), 181.13, 0.05);
-    const RailValues side = railValues(railOf(head(0, 4)), &nominal);
-    EXPECT_NEAR(valueOf(side.values, "W1"), 0, 1e-6);
-    EXPECT_NEAR(valueOf(side.values, "W2"), 4, 0.05);
-    EXPECT_NEAR(valueOf(side.values, "W3"), 4 * std::sqrt(0.5), 0.4);
-    EXPECT_EQ(side.side, GaugeSide::Right);
-    RailPlaces left;
-    left.side = GaugeSide::Left;
-    EXPECT_NEAR(valueOf(railValues(railOf(head(0, 4)), &nominal, left).values, "W2"), 0, 1e-9);
-    // Upside down, and in a mirrored frame beside the nominal one.
-    const RailSection turned =
-        railOf(moved(head(2.5, 4, 5), [](const Vector& p) { return Vector(p.x, -p.y); }));
-    EXPECT_EQ(turned.turn.text().toStdString(), "upside down");
-    const RailSection beside = railOf(head(0, 0, -5));
-    const RailValues mirrored = railValues(turned, &beside);
-    EXPECT_TRUE(mirrored.isMirrored);
-    EXPECT_EQ(mirrored.side, GaugeSide::Left);
-    EXPECT_NEAR(valueOf(mirrored.values, "W1"), 2.5, 1e-6);
-    for (const RailSection& apart : {railOf(head(0, 0, 500)), railOf(head(-90))}) {
-        for (const char* key : {"W1", "W2", "W3", "areaLost"})
-            EXPECT_THAT(reasonOf(railValues(apart, &nominal).values, key), Says("lie apart"));
-    }
-    Points open;
-    for (const Vector& p : head()) {
-        if (p.x < 30)
-            open.push_back(p);
-    }
-    EXPECT_THAT(reasonOf(railValues(railOf(open), &nominal).values, "headWidth"),
-                Says("the right side is not seen 14 mm below the top"));
-    const RailSection half = railOf(open);
-    const RailValues oneSided = railValues(railOf(head(2.5)), &half);
-    EXPECT_NEAR(valueOf(oneSided.values, "W1"), 2.5, 1e-9);
-    EXPECT_EQ(oneSided.side, GaugeSide::Left);
-    EXPECT_THAT(reasonOf(oneSided.values, "areaLost"), Says("the nominal rail: the right side"));
-}
-
-TEST(WheelLimits, JudgeByDiameter) {
-    const ScratchDirectory scratch;
-    const QString path =
-        scratch.write("limits.csv", "quantity,symbol,diameter_from,diameter_to,minimum,maximum,note\n"
-                                    "flange thickness,Sd,840,,20,33,\"22, abroad\"\n"
-                                    "flange thickness,Sd,330,840,27.5,33,\nflange gradient,qR,330,,6.5,,\n");
-    const WheelLimits limits = readWheelLimits(path);
-    const struct {
-        double sd, diameter;
-        const char* verdict;
-    } cases[] = {{20, 900, "good"},    {19.999, 900, "OUT"},      {33, 900, "good"},
-                 {33.001, 900, "OUT"}, {25, 840, "OUT"},          {25, 840.001, "good"},
-                 {27.5, 840, "good"},  {25, NAN, "NOT MEASURED"}, {30, NAN, "good"},
-                 {34, NAN, "OUT"},     {30, 100, "NOT MEASURED"}, {NAN, 900, "NOT MEASURED"}};
-    for (const auto& each : cases) {
-        SCOPED_TRACE(testing::Message() << each.sd << " at " << each.diameter);
-        SectionValue sd{"Sd", "", "mm", each.sd, std::isnan(each.sd) ? "not seen" : "", ""};
-        const std::vector<LimitVerdict> verdicts = judge(limits, {sd}, each.diameter);
-        ASSERT_EQ(verdicts.size(), 1U);
-        EXPECT_EQ(overallVerdict(verdicts).toStdString(), each.verdict);
-        EXPECT_EQ(verdicts[0].reason.isEmpty(), verdicts[0].kind == LimitVerdict::Good);
-    }
-    const Refused refused[] = {
-        {"symbol,minimum,maximum\nsd,1,2\n", "did you mean \"Sd\""},
-        {"symbol,minimum\nSd,1\n", "there is no \"maximum\""},
-        {"symbol,minimum,maximum\nSd,,\n", "neither minimum nor maximum"},
-        {"symbol,minimum,maximum\nSd,3,2\n", "minimum 3 is above maximum 2"},
-        {"symbol,minimum_cm,maximum_cm\nSd,0.1,0.05\n", "minimum 1 is above maximum 0.5"},
-        {"symbol,diameter_from,diameter_to,minimum,maximum\nSd,9,3,1,2\n", "diameter_from 9 is not below"},
-        {"symbol,minimum,maximum\nSd,1,2\nSd,1,3\n", "line 3: holds for diameters that line 2"}};
-    for (const auto& each : refused)
-        EXPECT_THAT([&] { readWheelLimits(scratch.write("r.csv", each.text)); }, Refuses(each.reason));
 }
 
 }  // namespace

@@ -34,4 +34,17 @@ inline QString reasonOf(const std::vector<SectionValue>& values, const char* key
     return findValue(values, key)->reason;
 }
 
+/// Of one section in two frames; `worst` as a share of values above 1.
+inline void expectSame(const std::vector<SectionValue>& values, const std::vector<SectionValue>& others,
+                       double worst) {
+    ASSERT_EQ(values.size(), others.size());
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        EXPECT_EQ(values[i].reason, others[i].reason) << values[i].key.toStdString();
+        if (values[i].isKnown()) {
+            EXPECT_NEAR(values[i].value, others[i].value, worst * std::max(1.0, std::fabs(values[i].value)))
+                << values[i].key.toStdString();
+        }
+    }
+}
+
 }  // namespace TestSupport
