@@ -272,6 +272,51 @@ TEST(Roughness, NotesWhatDepartsFromTheNorms) {
     }
 }
 
+// Parts below a tenth of Rz, or a hundredth of the cut-off, part no elements.
+TEST(Roughness, CountsElementsByTheirHeightAndLength) {
+    const struct {
+        double height, length, rsm;  // as shares of Rz; mm
+    } cases[] = {{0.13, 0.01, 0.08 / 3}, {0.07, 0.01, 0.08}, {0.13, 0.006, 0.08}, {0.3, 0.02, 0.08 / 3}};
+    for (const auto& c : cases) {
+        std::vector<Vector> points = sine(0.002, 0.08, 0.0005, 6.4);
+        for (Vector& p : points) {  // each crest has a dip, each trough a bump
+            const double from = std::remainder(p.x - 0.04, 0.08);
+            if (std::fabs(std::fabs(from) - 0.02) < c.length / 2)
+                p.y = 40 + (from > 0 ? 1 : -1) * c.height * 0.004;
+        }
+        EXPECT_NEAR(roughness(points, {}).values.rsm, c.rsm, 1e-4) << &c - cases;
+    }
+}
+
+// The robust line is that of the weights which it gives: Tukey's, none beyond 4.4478 medians.
+TEST(GaussianMeanLine, OfTrustIsThatOfItsOwnWeights) {
+    std::mt19937 random(2);
+    std::exponential_distribution<double> height(500);
+    for (const double uneven : {0.0, 0.3}) {
+        std::vector<Vector> points;
+        for (int i = 0; i < 400; ++i)
+            points.emplace_back((i + uneven * std::sin(i)) * 0.01, height(random));
+        const std::vector<double> line = gaussianMeanLine(points, 0.8, true);
+        std::vector<double> off;
+        for (std::size_t i = 0; i < points.size(); ++i)
+            off.push_back(std::fabs(points[i].y - line[i]));
+        std::vector<double> sorted(off);
+        std::sort(sorted.begin(), sorted.end());
+        const double limit = 4.4478 * sorted[200];
+        for (std::size_t i = 0; i < points.size(); ++i) {
+            double sum = 0, weights = 0;
+            for (std::size_t k = 0; k < points.size(); ++k) {
+                const double d = std::fabs(points[k].x - points[i].x) / 0.8;
+                const double trust = std::pow(std::max(1 - std::pow(off[k] / limit, 2), 0.0), 2);
+                const double weight = d <= 1 ? trust * std::exp(-pi * pi * d * d / std::log(2)) : 0;
+                sum += weight * points[k].y;
+                weights += weight;
+            }
+            ASSERT_NEAR(line[i], sum / weights, 1e-4 * limit) << i;
+        }
+    }
+}
+
 TEST(GaussianMeanLine, OfNothingAndOfALineIsThat) {
     EXPECT_TRUE(gaussianMeanLine({}, 1).empty());
     for (const double cutoff : {0.0, -1.0, double(NAN)})

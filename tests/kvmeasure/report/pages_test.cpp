@@ -47,6 +47,9 @@ TEST(HtmlPage, ShowsWhatNamesHoldAndExecutesNothing) {
     page.addTable(kHostile, {kHostile, "b"}, {{kHostile}, {"1", "OUT", "left out"}}, {{1, NAN, 2}, {}});
     page.addTable("none", {}, {{"x"}});
     page.addPicture(kHostile, "<svg/>");
+    page.addPicture("empty", "");
+    page.addPlots("no places", {}, {}, {{"one", "", {1}, 0, 1}});
+    page.addPlots("no values", {1}, {}, {});
     page.addText(kHostile);
     page.addPlots(kHostile, {1, 2}, {kHostile, kHostile},
                   {{kHostile, kHostile, {1, NAN}, NAN, INFINITY}, {"short", "", {1}, 0, 1}});
@@ -57,6 +60,7 @@ TEST(HtmlPage, ShowsWhatNamesHoldAndExecutesNothing) {
     EXPECT_THAT(html.toStdString(), Not(HasSubstr(">empty<")));
     EXPECT_EQ(html.count("<script"), html.count("</script>"));
     EXPECT_EQ(html.count("<table>"), 1);
+    EXPECT_EQ(html.count("<figure>"), 1);
     EXPECT_EQ(html.count("<tr><td"), 2);
     EXPECT_FALSE(html.contains("src=\"http") || html.contains("href=\"http")) << "nothing is fetched";
     EXPECT_EQ(dataOf(html, "results")[kHostile].toString(), kHostile);

@@ -83,6 +83,8 @@ TEST(HtmlPage, DrawsCurvesAndCloudsToScale) {
     EXPECT_THAT(html,
                 Says("part: 1000 points; x 0.0000 to 4.0000 mm, scan 0.0000 to 9.9900 mm, height -60.0000 "
                      "to 100.0000 mm; colours from dark, 0.0000 mm, to bright, 20.0000 mm"));
+    for (int i = 1; i <= HtmlPage::kMostClouds; ++i)
+        EXPECT_EQ(page.addCloud("more", sample), i < HtmlPage::kMostClouds);
 }
 
 TEST(Spans, OfNothingAreEmpty) {

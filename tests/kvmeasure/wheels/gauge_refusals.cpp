@@ -65,6 +65,8 @@ TEST(GaugeFiles, RareFieldsMoveThePointsAsStated) {
         {"above", "A=1\nRefPoint1=0,1\nRefPoint2=5,1\nRefPoint3=0,6\n1 2\n3 4\n", {1, 1}, "frame of the"},
         {"turned", "A=1\nRefPoint1=0,0\nRefPoint2=0,5\nRefPoint3=-5,0\n1 2\n3 4\n", {2, -1}, "frame of the"},
         {"raised", "RailGauge=1435\nYoffset=3\n1 2\n3 4\n", {1, 5}, "shifted by the offsets 0, 3"},
+        {"a table", "x_mm,y_mm\n1,2\n3,4\n5,6\n", {1, 2}, ""},
+        {"a table with a gap", "x_mm,y_mm\n1,2\n3,nan\n5,6\n", {1, 2}, "1 point not set"},
         {"centimetres", "A=1\nUnit=cm\n1 2\n3 4\n", {10, 20}, "a unit of the file is 10 mm"},
         {"two reference points", "A=1\nRefPoint1=0,0\nRefPoint2=5,5\n1 2\n3 4\n", {1, 2}, ""},
         {"reference points of the left hand",
@@ -82,6 +84,9 @@ TEST(GaugeFiles, RareFieldsMoveThePointsAsStated) {
         EXPECT_NEAR(profile.points[0].x, file.first.x, 1e-9);
         EXPECT_NEAR(profile.points[0].y, file.first.y, 1e-9);
         EXPECT_THAT(profile.notes.join("; "), Says(file.note));
+        const bool isOfRail = file.content.startsWith("RailGauge");
+        EXPECT_EQ(profile.object == GaugeObject::Rail, isOfRail);
+        EXPECT_FALSE(isOfRail && profile.zero != GaugeZero::Unknown);
         EXPECT_EQ(profile.notes.isEmpty(), *file.note == '\0') << profile.notes.join("; ").toStdString();
     }
     EXPECT_EQ(readGaugeProfile(scratch.write("g.dat", files[8].content)).field("spline.name").toStdString(),
@@ -179,6 +184,11 @@ TEST(RailValues, HaveTheReasonOfWhatIsMissing) {
          "crownRadius",
          "the points lie on a straight line: it has no radius",
          head([](double) { return 0.0; }),
+         {}},
+        {"rough crown",
+         "crownRadius",
+         "the crown is straight within its noise",
+         head([](double x) { return 0.02 * std::sin(1e4 * x); }),
          {}},
         {"hollow crown",
          "crownRadius",
@@ -335,7 +345,10 @@ TEST(Rails, HaveAValueOrAReasonForWhateverPoints) {
         {"narrow", [](const Vector& p) { return Vector(p.x / 4, p.y); }},
         {"one place", [](const Vector&) { return Vector(1, 1); }},
         {"coarse", same, {[](const Vector&) { return false; }}, 40},
-        {"zigzag", [](const Vector& p) { return Vector(p.x + std::round(p.y) * 0.01, p.y); }}};
+        {"zigzag", [](const Vector& p) { return Vector(p.x + std::round(p.y) * 0.01, p.y); }},
+        {"wide", [](const Vector& p) { return Vector(p.x * 1.2, p.y); }},
+        {"wide on the right", [](const Vector& p) { return Vector(p.x + (p.x > 20 ? 45 : 0), p.y); }},
+    };
     std::vector<RailSection> rails;
     for (const Changed& how : all)
         rails.push_back(railSection(changed(whole, how)));

@@ -92,6 +92,7 @@ TEST(GaugeFiles, AreToldByContentAndBroughtIntoTheirFrame) {
     }
     const GaugeProfile profile = readGaugeProfile(scratch.write("a.whl", files[0].content));
     EXPECT_EQ(profile.object, GaugeObject::Wheel);
+    EXPECT_EQ(profile.zero, GaugeZero::FlangeBack);
     EXPECT_EQ(profile.side.toStdString(), "right");
     EXPECT_EQ(profile.number("sh"), 28.01);
     EXPECT_EQ(profile.field("ColumnDef").toStdString(), "X,Y");

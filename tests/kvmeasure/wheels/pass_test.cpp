@@ -172,6 +172,8 @@ TEST(WheelPass, NamesWhatScannersDoNotShowAndTakesTravelFromNeighbours) {
     recipe.wheelsets = 2;
     recipe.spacing = 40;
     ASSERT_TRUE(Simulator::simulatePass(recipe, ".", nullptr));
+    scratch.write("pass_1006.bin", "");
+    scratch.write("second_1003.bin", "");
     using Record = KvMath::KvProfileZ;
     const auto glint = [](Record& record) {
         if (tipOf(record) != nullptr)
@@ -217,6 +219,8 @@ TEST(WheelPass, NamesWhatScannersDoNotShowAndTakesTravelFromNeighbours) {
         WheelPass pass(findRecordings({"."}, settings, skipped), settings);
         Splitting splitting;
         splitting.work = "work";
+        EXPECT_THAT(skipped.join('|'),
+                    testing::AllOf(Says("SENSOR6 has no part"), Says("SENSOR3 has the recording")));
         pass.split(splitting);
         pass.measureDistances();
         ValueOptions options;
@@ -238,6 +242,41 @@ TEST(WheelPass, NamesWhatScannersDoNotShowAndTakesTravelFromNeighbours) {
         EXPECT_FALSE(std::fabs(double(pass.wheelsets()[0].z) - c.travel) > 1e-3);
         scratch.write(name, whole);
     }
+}
+
+// By the scanner under which it comes to lie. Its sides fall over 3 mm, the scanner looks along a ray.
+TEST(WheelPass, ShowsBreakoutsWhereTheyAre) {
+    const ScratchDirectory scratch;
+    Simulator::PassRecipe recipe;
+    recipe.wheelsets = 5;
+    recipe.breakouts = 7;
+    ASSERT_TRUE(Simulator::simulatePass(recipe, ".", nullptr));
+    const auto train = Simulator::trainOf(recipe);
+    PostSettings settings("settings.ini");
+    QStringList skipped;
+    WheelPass pass(findRecordings({"."}, settings, skipped), settings);
+    Splitting splitting;
+    splitting.work = "work";
+    pass.split(splitting);
+    pass.searchDefects();
+    ValueOptions options;
+    options.hasUncertainties = false;
+    int seen = 0;
+    pass.measureSections(options, [&](const MeasuredSection& section) {
+        const auto& defects = train[std::size_t(section.wheelset) - 1].wheels[section.side].defects;
+        EXPECT_EQ(section.defect.isKnown(), !defects.empty());
+        if (defects.empty())
+            return;
+        const double angle = defects[0].angle;
+        const int outer = angle < -10 ? -1 : angle > 10 ? 1 : 0;
+        EXPECT_EQ(section.defect.scanner, middleScanner(section.side) + outer);
+        EXPECT_NEAR(section.defect.from, defects[0].from + 0.8, 0.7);
+        EXPECT_NEAR(section.defect.to, defects[0].to - 0.8, 0.7);
+        EXPECT_NEAR(section.defect.farthest, defects[0].depth, 0.4);
+        EXPECT_GT(section.defect.points, 100);
+        ++seen;
+    });
+    EXPECT_EQ(seen, recipe.breakouts);
 }
 
 TEST(PassLimits, AWheelWithABreakoutIsOutWhateverItsValues) {

@@ -81,7 +81,7 @@ WheelResult valuesOf(int kind, const KvMath::KvPointCloud<KvMath::KvPointXYZ>& p
 
 TEST(WheelSections, ShowTheBackWhateverTheDistanceOfThePoints) {
     for (const double step : {0.02, 0.1, 0.2, 0.3, 0.5, 1.0, 2.0}) {
-        for (const double from : {0.0, 0.02, 0.1, 0.25}) {
+        for (const double from : {0.0, 0.02, 0.1, 0.25, 20.0}) {
             SCOPED_TRACE(testing::Message() << "from " << from << " by " << step);
             const WheelResult wheel = valuesOf(0, nominalPoints(from, 130, step));
             EXPECT_EQ(wheel.back, from < 0.03 ? FlangeBack::Seen : FlangeBack::Assumed);

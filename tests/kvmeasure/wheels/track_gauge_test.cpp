@@ -97,6 +97,8 @@ TEST(TrackGauge, IsMissingWithAReason) {
             corner.emplace_back(p.x, p.y - (p.x - 750) * (p.x - 750) / 600);
     }
     EXPECT_THAT(reason(left, railOf(corner)), HasSubstr("right rail: its top is not seen"));
+    const RailSection other = railOf(moved(corner, [](const Vector& p) { return Vector(-p.x, p.y); }));
+    EXPECT_THAT(reason(other, right), HasSubstr("left rail: its top is not seen"));
     RailSection onItsSide = left;
     onItsSide.turn.areExchanged = true;
     EXPECT_THAT(reason(onItsSide, right), HasSubstr("no common frame"));
@@ -135,7 +137,10 @@ Points head(double height = 0, double side = 0, double middle = 0) {
 }
 
 TEST(RailValues, AreThoseTheHeadWasWornBy) {
-    const RailSection nominal = railOf(head());
+    GaugeProfile told = profileOf(head());
+    told.object = GaugeObject::Rail;
+    EXPECT_EQ(wheelSection(told).reason, "no wheel: the file says that it is of a rail");
+    const RailSection nominal = railSection(told);
     ASSERT_EQ(nominal.reason.toStdString(), "");
     const std::vector<SectionValue> alone = railValues(nominal, nullptr).values;
     EXPECT_NEAR(valueOf(alone, "crownRadius"), 300, 1);
