@@ -5,6 +5,7 @@
 #include <kvmeasure/drawing/scan_picture.h>
 #include <kvmeasure/drawing/trend_picture.h>
 #include <kvmeasure/drawing/wheel_picture.h>
+#include <kvmeasure/report/section_report.h>
 #include <kvmeasure/report/table.h>
 #include <kvmeasure/report/wheel_report.h>
 #include <kvmeasure/scans/height_grid.h>
@@ -178,6 +179,49 @@ TEST(WheelContracts, NothingIsKnownOfNothing) {
     EXPECT_EQ(reflectionAt({}, 0), 0);
     EXPECT_EQ(wheelRecords({WheelsetResult()}).size(), 178);
     EXPECT_EQ(wheelCsv({}, WheelColumns()), "wheelset,travel_mm,side,notes\n");
+}
+
+TEST(WheelContracts, RowsOfAPassHaveEveryColumnAndNameWhatIsMissing) {
+    WheelsetResult wheelset;
+    wheelset.z = 1234.6F;
+    wheelset.backToBack = 1359.1234;
+    wheelset.backToBackUncertainty.u = 0.01;
+    wheelset.notes = QStringList{"bent"};
+    WheelResult& left = wheelset.wheels[Left];
+    for (const auto& [i, value] : {std::pair(0, 28.5), {1, 32.25}, {8, -0.5}, {9, 9.75}})
+        left.values.value[i] = value;
+    left.nominal = 29;
+    left.circle.radius = 488;
+    left.uncertainties["flangeHeight"].u = 0.02;
+    left.defect = 1;
+    left.notes = QStringList{"say \"no\""};
+    wheelset.wheels[Right].defect = 0;
+    WheelsetResult none;
+    none.z = std::nanf("");
+    none.backToBack = kNaN;
+    const std::string head =
+        "wheelset,travel_mm,side,flange_height,flange_height_U,thickness_from_back,thickness_from_back_U,"
+        "flange_steepness,flange_steepness_U,height_deviation,height_deviation_U,nominal_height,radius,"
+        "radius_U,running_diameter,running_diameter_U,back_to_back,back_to_back_U,defect,notes\n";
+    EXPECT_EQ(wheelCsv({wheelset, none}, {true, true, true}).toStdString(),
+              head + "1,1235,left,28.500,0.040,32.250,,9.750,,-0.500,,29,488.000,,919.000,,1359.123,0.020,"
+                     "DEFECT,\"bent; say \"\"no\"\"\"\n"
+                     "1,1235,right,,,,,,,,,,,,,,1359.123,0.020,none,\"bent\"\n"
+                     "2,,left,,,,,,,,,,,,,,,,,\"\"\n2,,right,,,,,,,,,,,,,,,,,\"\"\n");
+    EXPECT_EQ(wheelTable({none}, {false, true, false}), "wheelset  travel mm  side   back to back  U  notes\n"
+                                                        "       1          -  left              -  -\n"
+                                                        "       1          -  right             -  -\n");
+    LimitVerdict verdict;
+    verdict.symbol = "Sd";
+    for (const char* reason : {"", "0.1 below"}) {
+        for (const char* note : {"", "new"}) {
+            verdict.reason = reason;
+            verdict.note = note;
+            EXPECT_EQ(verdictRow("a", verdict).last(), QString(reason) +
+                                                           (*reason != 0 && *note != 0 ? "; " : "") +
+                                                           (*note != 0 ? "note: new" : ""));
+        }
+    }
 }
 
 TEST(PictureContracts, NothingIsDrawnAsAxes) {

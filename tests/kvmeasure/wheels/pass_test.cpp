@@ -3,10 +3,12 @@
 
 #include <kvmath/profile/profile_z.h>
 #include <kvmeasure/report/pass_limits.h>
+#include <kvmeasure/report/wheel_report.h>
 #include <kvmeasure/wheels/gauge_values.h>
 #include <kvmeasure/wheels/limits.h>
 #include <kvmeasure/wheels/pass.h>
 #include <simulator/train_pass.h>
+#include <simulator/wheel_shape.h>
 #include <tests/kvmeasure/calls.h>
 
 #include <QtCore/QJsonArray>
@@ -274,9 +276,49 @@ TEST(WheelPass, ShowsBreakoutsWhereTheyAre) {
         EXPECT_NEAR(section.defect.to, defects[0].to - 0.8, 0.7);
         EXPECT_NEAR(section.defect.farthest, defects[0].depth, 0.4);
         EXPECT_GT(section.defect.points, 100);
+        EXPECT_NEAR(section.searchFrom, 58.5, 3);
         ++seen;
     });
     EXPECT_EQ(seen, recipe.breakouts);
+    EXPECT_EQ(wheelJson(pass, {})["wheelsets"].toArray()[4].toObject()["wheelset"], 5);
+}
+
+// A new wheel of radius 460 that rolls through the plane of a scanner, which stands off; a tenth of its
+// points are strays.
+TEST(ScannerErrors, AreThoseThatWerePutIn) {
+    std::vector<double> laterals, radii;
+    for (double lateral = 0.5; lateral <= 130; lateral += 0.1) {
+        laterals.push_back(lateral);
+        radii.push_back(460 + Simulator::s1002Height(lateral));
+    }
+    const ReferenceSection section(laterals, radii);
+    constexpr double back = -1390;
+    for (const Vector& put : {Vector(0, 0), Vector(3, -18), Vector(-8, 21)}) {
+        const double x = put.x, y = put.y, z = put.x / 4 - 1, lean = put.y / 2000;
+        std::mt19937 random(3);
+        std::normal_distribution<double> noise(0, 0.01);
+        QList<ReferenceView> views;
+        for (double axis = -160; axis <= 180; axis += 20) {
+            ReferenceView view{axis, {}};
+            for (double lateral = 1; lateral < 130; lateral += 0.5) {
+                const double radius = section.radius(lateral) + noise(random) - (random() % 10 == 0 ? 4 : 0);
+                const double pivot = back + ReferenceSection::kRunningCircle;
+                const double place = lateral + back + y,
+                             height = 460 - std::sqrt(radius * radius - axis * axis) + z - lean * pivot;
+                const double size = 1 + lean * lean;
+                view.points.points.append(
+                    {float(x), float((place - lean * height) / size), float((height + lean * place) / size)});
+            }
+            views.append(view);
+        }
+        const ScannerError found = KvMeasure::errorOf(views, section, back);
+        EXPECT_NEAR(found.x, x, 0.01);
+        EXPECT_NEAR(found.y, y, 0.01);
+        EXPECT_NEAR(found.z, z, 0.01);
+        EXPECT_NEAR(found.lean, lean, 1e-4);
+        EXPECT_NEAR(found.deviation, 0.01, 1e-3);
+        EXPECT_NEAR(double(found.points), 0.9 * 18 * 258, 0.04 * 18 * 258);
+    }
 }
 
 TEST(PassLimits, AWheelWithABreakoutIsOutWhateverItsValues) {
@@ -329,6 +371,7 @@ TEST(WheelLimits, JudgeByDiameter) {
         {"symbol,minimum,maximum\nSd,1,2\nSd,1,3\n", "line 3: holds for diameters that line 2"}};
     for (const auto& each : refused)
         EXPECT_THAT([&] { readWheelLimits(scratch.write("r.csv", each.text)); }, Refuses(each.reason));
+    EXPECT_EQ(errorOf([] { readWheelLimits("r.csv"); }).line(), 3) << "the later one";
 }
 
 }  // namespace

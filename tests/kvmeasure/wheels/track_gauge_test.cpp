@@ -234,6 +234,9 @@ TEST(RailValues, AreTheSameInAMirror) {
         for (SectionValue& value : mirrored.values)
             value.value *= value.key == "inclination" ? -1 : 1;
         expectSame(mirrored.values, values.values, 2e-3);
+        const auto aside = [](const Vector& p) { return Vector(p.x + 20, p.y); };
+        const RailSection nominalAside = railOf(moved(head(), aside));
+        expectSame(railValues(railOf(moved(worn, aside)), &nominalAside).values, values.values, 1e-6);
         std::reverse(worn.begin(), worn.end());
         expectSame(railValues(railOf(worn), &nominal).values, values.values, 1e-9);
     }
