@@ -66,13 +66,14 @@ KvMath::KvPointCloud<KvMath::KvPointXYZ> nominalPoints(double from, double to, d
     return points;
 }
 
-WheelResult valuesOf(int kind, const KvMath::KvPointCloud<KvMath::KvPointXYZ>& points) {
+WheelResult valuesOf(int kind, const KvMath::KvPointCloud<KvMath::KvPointXYZ>& points, double back = kNaN) {
     WheelResult wheel;
     wheel.circle.radius = 488;
     wheel.circle.x = 0;
     wheel.circle.y = 0;
     ValueOptions options;
     options.kind = kind;
+    options.back = back;
     options.isSection = true;
     MeasuredSection section;
     calcWheelValues(options, points, wheel, section);
@@ -124,6 +125,29 @@ TEST(WheelSections, SayWhatTheyLack) {
         if (missing >= 0)
             wheel.values.value[missing] = std::nan("");
         EXPECT_EQ(wheel.isComplete(), missing < 0 || missing == 8 || missing == 10) << missing;
+    }
+}
+
+TEST(WheelSections, BeginAtAGivenBackAndBehindLonePoints) {
+    const KvMath::KvPointCloud<KvMath::KvPointXYZ> whole = nominalPoints(0, 130, 0.25);
+    const double thickness = valuesOf(0, whole).values.value[1];
+    EXPECT_NEAR(thickness, 32.5, 0.05);
+    for (const double back : {-3.0, -0.1, 0.1, 2.0, 5.0}) {
+        const WheelResult wheel = valuesOf(0, whole, back);
+        EXPECT_EQ(wheel.back, FlangeBack::Given);
+        EXPECT_EQ(wheel.backY, back);
+        EXPECT_NEAR(wheel.values.value[1], thickness - back, 0.1) << back;
+        EXPECT_NEAR(wheel.values.value[0], 28 + back * 0.025, 0.1) << back;
+    }
+    for (int count = 0; count <= 4; ++count) {
+        KvMath::KvPointCloud<KvMath::KvPointXYZ> points = whole;
+        for (int i = 1; i <= count; ++i)
+            points.points.prepend({0, float(-3 * i), -470});
+        const WheelResult wheel = valuesOf(0, points);
+        EXPECT_EQ(
+            wheel.notes.filter(QString("%1 lone point(s) before the section are left out").arg(count)).size(),
+            count > 0 && count < 4 ? 1 : 0);
+        EXPECT_NEAR(wheel.values.value[1], count < 4 ? thickness : thickness + 12, 1e-3);
     }
 }
 
