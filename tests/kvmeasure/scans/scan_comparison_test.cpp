@@ -307,6 +307,10 @@ TEST(CompareScans, APlaneIsFittedToMostOfThePoints) {
     EXPECT_NEAR(result.smallest.value, -12 * upright, 0.06);
     EXPECT_EQ(result.beyond, 0);
     EXPECT_EQ(compareWithPlane(sampled(flat, 0, 1), plane).registration.parts.front().isFree, true);
+    const Scan off = sampled(flat, 0.01, 1, motionOf({1, 5, -2}, {4, 3, -1}));
+    const ScanComparison laid = compareWithPlane(off, plane);
+    EXPECT_NEAR(laid.rms, 0.01, 5e-4) << "laid on the plane that it was taken off";
+    EXPECT_NEAR(laid.mean, 0, 1e-4);
 }
 
 TEST(CompareScans, WithoutEnoughPointsSaysWhy) {
