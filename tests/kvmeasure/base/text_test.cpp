@@ -89,8 +89,8 @@ TEST(Texts, WordsAreListedAndTheNearestIsSuggested) {
         EXPECT_EQ(printable(QString::fromUtf8(plain)), QString::fromUtf8(plain));
     EXPECT_EQ(printable("a\nb\x1b"
                         "c" +
-                        QString(QChar(0x202E)) + QChar(0x9B)),
-              "a\\u000ab\\u001bc\\u202e\\u009b");
+                        QString(QChar(0x202E)) + QChar(0x9B) + QChar(0x2067)),
+              "a\\u000ab\\u001bc\\u202e\\u009b\\u2067");
 }
 
 TEST(LengthUnits, AreSymbolsOfOneCaseOrNamesOfAny) {

@@ -261,6 +261,7 @@ TEST(Roughness, NotesWhatDepartsFromTheNorms) {
     std::vector<Vector> parted = sine(0.002, 0.1, 0.001, 2.4);
     parted.erase(parted.begin() + 801, parted.begin() + 1600);
     EXPECT_EQ(roughness(parted, settings).reason, "a sampling length has fewer than two points");
+    EXPECT_FALSE(roughness(sine(0.002, 0.1, 0.001, 0.5), settings).reason.contains("half a cut-off"));
     settings.keepsEnds = false;
     EXPECT_TRUE(roughness(sine(0.002, 0.1, 0.001, 1.5), settings)
                     .reason.endsWith("half a cut-off left out at each end"));

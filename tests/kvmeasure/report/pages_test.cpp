@@ -48,7 +48,7 @@ TEST(HtmlPage, ShowsWhatNamesHoldAndExecutesNothing) {
     page.addTable("none", {}, {{"x"}});
     page.addPicture(kHostile, "<svg/>");
     page.addPicture("empty", "");
-    page.addPlots("no places", {}, {}, {{"one", "", {1}, 0, 1}});
+    page.addPlots("no places", {}, {}, {{"one", "", {}, 0, 1}});
     page.addPlots("no values", {1}, {}, {});
     page.addText(kHostile);
     page.addPlots(kHostile, {1, 2}, {kHostile, kHostile},

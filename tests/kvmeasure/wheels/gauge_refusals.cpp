@@ -91,6 +91,9 @@ TEST(GaugeFiles, RareFieldsMoveThePointsAsStated) {
     }
     EXPECT_EQ(readGaugeProfile(scratch.write("g.dat", files[8].content)).field("spline.name").toStdString(),
               "a ! b");
+    TextOptions given;
+    given.units.append(*findLengthUnit("cm"));
+    EXPECT_EQ(readGaugeProfile(scratch.write("g.dat", spline("")), given).points[0].y, 20);
     EXPECT_EQ(readGaugeProfile(scratch.write("g.dat", spline("").replace("type = 1", "type = 0"))).object,
               GaugeObject::Rail);
     EXPECT_EQ(readGaugeProfile(scratch.write("g.dat", spline("").replace("type = 1", "type = 7"))).object,

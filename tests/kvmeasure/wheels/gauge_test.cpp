@@ -235,6 +235,7 @@ TEST(GaugeSections, WhatIsNotSeenHasAReason) {
                  {"a line", moved(rail, [](const Vector& p) { return Vector(p.x, 0); }), "Sh",
                   "no flange of 15 to 50 mm"},
                  {"narrow", nominalWheel(0, 80), "hollow", "the section ends at"},
+                 {"no field side", nominalWheel(), "rollover", "does not end upright"},
                  {"no field side", nominalWheel(), "rimWidth", "does not end upright"}};
     for (const auto& each : cases) {
         SCOPED_TRACE(each.name);
@@ -293,6 +294,9 @@ TEST(GaugeValues, OfAWornRimAreThoseItWasBuiltWith) {
     EXPECT_NEAR(valueOf(values, "rollover"), 0.5, 1e-6);
     EXPECT_GT(valueOf(values, "hollow"), 0.2);
     EXPECT_LT(valueOf(values, "hollow"), 1.5);
+    const Points raised =
+        moved(nominalWheel(), [](const Vector& p) { return Vector(p.x, p.y + (p.x > 124 ? 14 : 0)); });
+    EXPECT_NEAR(valueOf(gaugeValues(wheelOf(raised)).values, "Sd"), 32.5, 1e-3) << "far from the flank";
     GaugeProfile dense;
     dense.points.assign(worn.begin(), worn.end() - 80);
     for (double y = -4; y > -20; y -= 0.002)

@@ -186,6 +186,10 @@ TEST(WheelPass, NamesWhatScannersDoNotShowAndTakesTravelFromNeighbours) {
         for (KvMath::KvPointXY& p : record.points)
             p.y = isSeen ? 200 : p.y;
     };
+    const auto alone = [](Record& record) {
+        for (int i = 0; i < record.points.size() && std::fabs(double(record.z) - 1900) < 200; ++i)
+            record.points[i] = {0.2F * float(i), 200};
+    };
     const auto without = [](double from, double to) {
         return [from, to](Record& record) {
             if (double(record.z) > from && double(record.z) < to)
@@ -204,6 +208,7 @@ TEST(WheelPass, NamesWhatScannersDoNotShowAndTakesTravelFromNeighbours) {
         {1013, glint, 1, "SENSOR13: the flange tip stands 2.0 mm apart: a reflection; the radius is", 1000},
         {1003, level, 1, "SENSOR3: the flange tip lies 134.2 mm beside the others across the track", 1000},
         {1001, [](Record&) {}, 0.8, "SENSOR1 begins or ends in the wheel: its middle is not known", 1000},
+        {1004, alone, 1, "", 1000},
         {1004, without(900, 1100), 1, "", 1000},
         {1004, without(0, 1100), 1, "", 1120},  // the nearest that is known
         {1004, without(900, 2000), 1, "", 880},
@@ -235,6 +240,7 @@ TEST(WheelPass, NamesWhatScannersDoNotShowAndTakesTravelFromNeighbours) {
                 EXPECT_EQ(std::isfinite(wheel.circle.radius), wheel.notes.isEmpty());
         }
         EXPECT_THAT(notes.join('|'), Says(c.notes));
+        EXPECT_EQ(pass.notes().filter("no other scanner saw a wheel").size(), &c == cases + 5 ? 1 : 0);
         EXPECT_EQ(notes.isEmpty(), *c.notes == '\0') << notes.join('|').toStdString();
         ASSERT_EQ(pass.wheelsets().size(), 2);
         QString reason;
@@ -319,6 +325,7 @@ TEST(ScannerErrors, AreThoseThatWerePutIn) {
         EXPECT_NEAR(found.deviation, 0.01, 1e-3);
         EXPECT_NEAR(double(found.points), 0.9 * 18 * 258, 0.04 * 18 * 258);
     }
+    EXPECT_TRUE(std::isnan(KvMeasure::errorOf({ReferenceView{0, {}}}, section, back).x)) << "no points";
 }
 
 TEST(PassLimits, AWheelWithABreakoutIsOutWhateverItsValues) {

@@ -149,6 +149,15 @@ TEST(WheelSections, BeginAtAGivenBackAndBehindLonePoints) {
             count > 0 && count < 4 ? 1 : 0);
         EXPECT_NEAR(wheel.values.value[1], count < 4 ? thickness : thickness + 12, 1e-3);
     }
+    KvMath::KvPointCloud<KvMath::KvPointXYZ> flat = whole, twice;
+    for (KvMath::KvPointXYZ& p : flat.points)
+        p.z = -470;
+    for (const KvMath::KvPointXYZ& p : whole.points)
+        twice.points.append({p, p});
+    EXPECT_THAT(valuesOf(0, flat).notes.join('|'), Says("no flange: the section is flat"));
+    EXPECT_THAT(valuesOf(0, nominalPoints(0, 0.5, 0.25)).notes.join('|'),
+                Says("no wheel: the distance of the flange tip"));
+    EXPECT_NEAR(valuesOf(0, twice).values.value[1], thickness, 1e-3);
 }
 
 TEST(WheelSections, OfAPassAreMeasuredAsThoseOfGauges) {
