@@ -304,16 +304,17 @@ TEST(ScannerErrors, AreThoseThatWerePutIn) {
         std::mt19937 random(3);
         std::normal_distribution<double> noise(0, 0.01);
         QList<ReferenceView> views;
-        for (double axis = -160; axis <= 180; axis += 20) {
+        for (double axis = 40; axis <= 380; axis += 20) {
             ReferenceView view{axis, {}};
             for (double lateral = 1; lateral < 130; lateral += 0.5) {
                 const double radius = section.radius(lateral) + noise(random) - (random() % 10 == 0 ? 4 : 0);
                 const double pivot = back + ReferenceSection::kRunningCircle;
                 const double place = lateral + back + y,
-                             height = 460 - std::sqrt(radius * radius - axis * axis) + z - lean * pivot;
+                             height = 460 - std::sqrt(radius * radius - (axis - 200) * (axis - 200)) + z -
+                                      lean * pivot;
                 const double size = 1 + lean * lean;
-                view.points.points.append(
-                    {float(x), float((place - lean * height) / size), float((height + lean * place) / size)});
+                view.points.points.append({float(200 + x), float((place - lean * height) / size),
+                                           float((height + lean * place) / size)});
             }
             views.append(view);
         }
