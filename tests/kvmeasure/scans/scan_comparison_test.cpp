@@ -265,6 +265,34 @@ TEST(CompareScans, SaysWhatTheMasterDoesNotDetermine) {
     }
 }
 
+// The first and the fifth part are turns about nearly one direction: no single error tells them apart.
+TEST(CompareScans, UncertaintiesOfAMotionAreWhatRunsShow) {
+    const auto thinned = [](unsigned seed) {
+        Scan scan = sampled(bumps, 0.02, seed);
+        scan.keep([](float x, float place, float) {
+            return std::fmod(double(x) + 15, 0.75) == 0 && std::fmod(double(place), 0.75) == 0;
+        });
+        return scan;
+    };
+    ScanComparisonSettings settings;
+    settings.registration.findsStart = false;
+    std::array<double, 6> squares{}, stated{};
+    for (unsigned run = 0; run < 30; ++run) {
+        const ScanRegistration found =
+            compareScans(thinned(100 + run), thinned(run + 1), settings).registration;
+        ASSERT_EQ(found.parts.size(), 6U);
+        for (std::size_t i = 0; i < 6; ++i) {
+            const SpaceMotionPart& part = found.parts[i];
+            const double error = part.isTurn ? kDegreesPerRadian * dot(found.motion.turn(), part.direction)
+                                             : dot(found.motion.apply(kMiddle) - kMiddle, part.direction);
+            squares[i] += error * error;
+            stated[i] += part.uncertainty * part.uncertainty;
+        }
+    }
+    for (const std::size_t i : {1U, 2U, 3U, 5U})
+        EXPECT_NEAR(std::sqrt(stated[i] / squares[i]), 1, 0.4) << i << ": of 30 runs, three deviations";
+}
+
 TEST(CompareScans, StraysDoNotCountUnlessToldTo) {
     const auto dentedPlane = [](double x, double z) { return flat(x, z) + dented(x, z) - bumps(x, z); };
     Scan part = sampled(dentedPlane, 0.005, 1);
