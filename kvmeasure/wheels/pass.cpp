@@ -51,7 +51,8 @@ int momentOf(const QList<const WheelPassage*>& passages, int wanted) {
     return best;
 }
 
-/// Travel in the middle of a run. A record there may have none, or there is no record: its neighbours tell.
+/// Travel in the middle of a run. A record there may have none, or there is no record: two neighbours tell,
+/// the nearest two where it lies beyond all.
 float travelInMiddle(const WheelPassage& run) {
     const int middle = static_cast<int>(run.z.size()) / 2;
     std::vector<int> known;
@@ -62,13 +63,13 @@ float travelInMiddle(const WheelPassage& run) {
     if (known.empty())
         return std::nanf("");
     const auto at = std::lower_bound(known.begin(), known.end(), middle);
-    const int behind = at != known.end() ? *at : known.back();
-    const int before = behind == middle || at == known.begin() ? behind : *(at - 1);
-    if (before == behind)
-        return run.z.at(behind);
-    const double from = run.records.at(before), to = run.records.at(behind);
+    if (known.size() == 1 || (at != known.end() && *at == middle))
+        return run.z.at(known.size() == 1 ? known.front() : middle);
+    const auto behind = std::clamp(at, known.begin() + 1, known.end() - 1);
+    const int before = *(behind - 1);
+    const double from = run.records.at(before), to = run.records.at(*behind);
     const double share = (run.records.at(middle) - from) / (to - from);
-    const auto a = static_cast<double>(run.z.at(before)), b = static_cast<double>(run.z.at(behind));
+    const auto a = static_cast<double>(run.z.at(before)), b = static_cast<double>(run.z.at(*behind));
     return static_cast<float>(a + share * (b - a));
 }
 
