@@ -166,6 +166,10 @@ TEST(ScanSketch, ShowsAScanInLittle) {
     EXPECT_EQ(shown(3, 1).count("<h2>Scan"), 0) << "two positions";
     EXPECT_EQ(shown(4, 0).count("<h2>Scan"), 0) << "one position";
     EXPECT_EQ(shown(4, 1).count("<figure>"), 1);
+    const QByteArray html = shown(4, 1), start = "base64,";
+    const auto from = html.indexOf(start) + start.size();
+    EXPECT_TRUE(
+        QByteArray::fromBase64(html.mid(from, html.indexOf('"', from) - from)).contains(">20</text>"));
 }
 
 TEST(HtmlPage, LeavesOutPlotsThatWouldTakeTooMuchRoom) {
