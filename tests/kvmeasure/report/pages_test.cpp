@@ -78,6 +78,7 @@ TEST(CloudSample, KeepsABoundedPartFromAllOverTheScan) {
         sample.add(float(i % 320), 1, float(i) / 320);
     sample.add(NAN, 1, 1);
     sample.add(1, INFINITY, 1);
+    sample.add(1, 1, NAN);
     EXPECT_EQ(sample.total(), kPoints);
     ASSERT_GE(sample.points().size(), std::size_t(CloudSample::kMost / 2));
     ASSERT_LE(sample.points().size(), std::size_t(CloudSample::kMost));

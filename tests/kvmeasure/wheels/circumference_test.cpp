@@ -154,6 +154,17 @@ TEST(Circumference, WhatCannotBeKnownHasItsReason) {
     ASSERT_EQ(torn.flats.size(), 2U);
     EXPECT_TRUE(torn.flats[1].reason.contains("gap"));
     EXPECT_TRUE(std::isnan(torn.flats[1].depth) && std::isfinite(torn.flats[0].depth));
+    gap.erase(std::remove_if(gap.begin(), gap.end(), [](const Vector& p) { return p.x > 200 && p.x < 206; }),
+              gap.end());
+    const Circumference tornTwice = evaluateCircumference(gap, {});
+    ASSERT_EQ(tornTwice.flats.size(), 2U);
+    EXPECT_TRUE(tornTwice.flats[0].reason.contains("gap") && tornTwice.flats[1].reason.contains("gap"));
+    std::vector<Vector> thin;
+    for (std::size_t i = 0; i < whole.size(); i += 16)
+        thin.push_back(whole[i]);
+    const Circumference sparse = evaluateCircumference(thin, {});
+    ASSERT_EQ(sparse.flats.size(), 2U);
+    EXPECT_EQ(sparse.flats[1].reason, "too few points on it");
     CircumferenceOptions many;
     many.orders = 40;
     EXPECT_EQ(evaluateCircumference(gap, many).notes.join(' ').toStdString(),
