@@ -37,20 +37,18 @@ TEST(Errors, TellFileLineOffsetAndParameter) {
         QString file;
         qint64 line, offset;
         QString parameter;
-    } cases[] = {
-        {[&] { loadOnlyProfile(missing, TextOptions()); }, missing, 0, -1, ""},
-        {[&] { loadOnlyProfile(text, TextOptions()); }, text, 3, -1, ""},
-        {[&] { loadOnlyProfile(record, TextOptions()); }, record, 0, 0, ""},
-        {[&] { readPlan(json); }, json, 2, -1, ""},
-        {[&] { OwnFiles(folder).claim({foreign}); }, "./" + foreign, 0, -1, ""},
-        {[&] { second.take(folder); }, folder, 0, -1, ""},
-        {[&] { parseSteps("median 4"); }, "", 0, -1, "steps"},
-        {[&] { parseForm("xls", FileForm::Csv); }, "", 0, -1, "form"},
-        {[&] { parseLines("9", 3); }, "", 0, -1, "lines"},
-        {[&] { parseLines("0", 0); }, "", 0, -1, "minLineLength"},
-        {[&] { longestLines({}, 1); }, "", 0, -1, "longest"},
-        {[&] { addMeasurements("depth = nothing", plan); }, "", 0, -1, "measure"},
-    };
+    } cases[] = {{[&] { loadOnlyProfile(missing, TextOptions()); }, missing, 0, -1, ""},
+                 {[&] { loadOnlyProfile(text, TextOptions()); }, text, 3, -1, ""},
+                 {[&] { loadOnlyProfile(record, TextOptions()); }, record, 0, 0, ""},
+                 {[&] { readPlan(json); }, json, 2, -1, ""},
+                 {[&] { OwnFiles(folder).claim({foreign}); }, "./" + foreign, 0, -1, ""},
+                 {[&] { second.take(folder); }, folder, 0, -1, ""},
+                 {[&] { parseSteps("median 4"); }, "", 0, -1, "steps"},
+                 {[&] { parseForm("xls", FileForm::Csv); }, "", 0, -1, "form"},
+                 {[&] { parseLines("9", 3); }, "", 0, -1, "lines"},
+                 {[&] { parseLines("0", 0); }, "", 0, -1, "minLineLength"},
+                 {[&] { longestLines({}, 1); }, "", 0, -1, "longest"},
+                 {[&] { addMeasurements("depth = nothing", plan); }, "", 0, -1, "measure"}};
     for (const auto& c : cases) {
         const Error error = errorOf(c.call);
         SCOPED_TRACE(error.what());

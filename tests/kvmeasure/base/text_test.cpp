@@ -31,24 +31,16 @@ TEST(Texts, NumbersAreReadWhole) {
 
 TEST(Texts, NumbersAreShownWithoutASignOfNothing) {
     const double inf = std::numeric_limits<double>::infinity();
-    const std::pair<QString, const char*> cases[] = {{mm(-0.00004), "0.0000"},
-                                                     {mm(-0.00006), "-0.0001"},
-                                                     {mm(12345.67896), "12345.6790"},
-                                                     {mm(-2.5e8), "-2.5e+08"},
-                                                     {mm(1.2e7), "1.2e+07"},
-                                                     {mm(9999999.5), "9999999.5000"},
-                                                     {mm(inf), "inf"},
-                                                     {mm(std::nan("")), "nan"},
-                                                     {percent(1, 3), "33.33 %"},
-                                                     {percent(1, 0), "-"},
-                                                     {percent(1, std::nan("")), "-"},
-                                                     {fixed(-0.4, 0), "0"},
-                                                     {fixed(-0.00001, 2), "0.00"},
-                                                     {fixed(-0.6, 0), "-1"},
-                                                     {counted(1, "line"), "1 line"},
-                                                     {counted(0, "line"), "0 lines"}};
+    const std::pair<QString, const char*> cases[] = {
+        {mm(-0.00004), "0.0000"}, {mm(-0.00006), "-0.0001"},       {mm(12345.67896), "12345.6790"},
+        {mm(-2.5e8), "-2.5e+08"}, {mm(1.2e7), "1.2e+07"},          {mm(9999999.5), "9999999.5000"},
+        {mm(inf), "inf"},         {mm(std::nan("")), "nan"},       {percent(1, 3), "33.33 %"},
+        {percent(1, 0), "-"},     {percent(1, std::nan("")), "-"}, {fixed(-0.4, 0), "0"},
+        {fixed(-0.6, 0), "-1"},   {counted(1, "line"), "1 line"},  {counted(0, "line"), "0 lines"},
+    };
     for (const auto& [shown, expected] : cases)
         EXPECT_EQ(shown, expected);
+    EXPECT_EQ(fixed(-0.00001, 2), "0.00");
 }
 
 /// Halves of the last decimal, numbers beside them, and any others, as Qt writes them.

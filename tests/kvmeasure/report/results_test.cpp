@@ -127,19 +127,17 @@ TEST(MqttPlaces, AreReadFromTheirUrlAndRefusedWithoutATopic) {
     EXPECT_TRUE(place.isSecure && place.port == 99 && place.user == "me" && place.password == "a b");
     EXPECT_EQ(place.text(), "mqtts://[::1]:99/line/1") << "without the password";
     EXPECT_EQ(parseMqttPlace("mqtt://host/a").text(), "mqtt://host/a");
-    const Refused cases[] = {
-        {"http://host/a", "needs mqtt"},
-        {"mqtt:///a", "needs mqtt"},
-        {"mqtt://host:0/a", "needs mqtt"},
-        {"mqtt://host/a?b", "needs mqtt"},
-        {"mqtt://h ost/a", "needs mqtt"},
-        {"mqtt://host/a#b", "name one"},
-        {"mqtt://host/a/%23", "name one"},
-        {"mqtt://host/+/a", "name one"},
-        {"mqtt://host", "names no topic"},
-        {"mqtt://host/a%07", "characters that no topic"},
-        {"mqtt://host/" + QByteArray(70'000, 'a'), "the topic is too long"},
-    };
+    const Refused cases[] = {{"http://host/a", "needs mqtt"},
+                             {"mqtt:///a", "needs mqtt"},
+                             {"mqtt://host:0/a", "needs mqtt"},
+                             {"mqtt://host/a?b", "needs mqtt"},
+                             {"mqtt://h ost/a", "needs mqtt"},
+                             {"mqtt://host/a#b", "name one"},
+                             {"mqtt://host/a/%23", "name one"},
+                             {"mqtt://host/+/a", "name one"},
+                             {"mqtt://host", "names no topic"},
+                             {"mqtt://host/a%07", "characters that no topic"},
+                             {"mqtt://host/" + QByteArray(70'000, 'a'), "the topic is too long"}};
     for (const Refused& c : cases)
         EXPECT_THAT([&] { parseMqttPlace(c.text); }, Refuses(c.reason)) << c.text.left(30).toStdString();
 }

@@ -51,8 +51,7 @@ TEST(HeightLevels, LieBetweenAPartAndItsSupport) {
         {[](double x, double scan) { return plane(x, scan) - (isPart(x, scan) ? 2 : 0); }, 4, 0.15},  // hole
         {[](double x, double scan) { return isPart(x, scan) ? 1000.8 : 1000; }, 1000.4, 0.01},
         {[](double x, double scan) { return -3 + 0.2 * noise(x, scan) + (isPart(x, scan) ? 1 : 0); }, -2.4,
-         0.1},
-    };
+         0.1}};
     for (const auto& c : cases) {
         const OutlineParameters parameters = derived(stackOf(c.height));
         EXPECT_NEAR(parameters.level, c.level, c.tolerance);
@@ -94,8 +93,7 @@ TEST(HeightLevels, AreRefusedWhereThereAreNotTwo) {
         {[](double x, double scan) { return 2 * noise(x, scan); }, "have no gap of "},
         {[](double x, double scan) { return noise(x, scan) < 0.4 ? 9 : 2; }, "lie in between each other"},
         {boss, "the heights are of 3 kinds, .*try level [45][.]?[0-9]* or level 2[45]"},
-        {[](double x, double scan) { return x > -7 ? std::nan("") : plane(x, scan); }, "too few points"},
-    };
+        {[](double x, double scan) { return x > -7 ? std::nan("") : plane(x, scan); }, "too few points"}};
     for (const auto& c : cases) {
         const KvProfileZSet stack = stackOf(c.height);
         const Error error = errorOf([&] { derived(stack); });
@@ -171,13 +169,11 @@ TEST(Outlines, HaveASideForABevelAndNoneForACutCorner) {
         double width, length, rowStep;
         int columns;
         double from, rotation;
-    } cases[] = {
-        {22.07, 20.11, 0.2, 320, -32.37192105933356, 3},
-        {21.7, 37.34, 0.5, 160, -32.45382681047566, 2.644},
-        {21.944, 38.26, 0.3, 160, -32.05250825846911, 37.143},
-        {44.823, 21.75, 0.2, 160, -32.38080443747222, 27.956},
-        {47.734, 17.296, 0.2, 160, -32.18645105252348, 33.974},
-    };
+    } cases[] = {{22.07, 20.11, 0.2, 320, -32.37192105933356, 3},
+                 {21.7, 37.34, 0.5, 160, -32.45382681047566, 2.644},
+                 {21.944, 38.26, 0.3, 160, -32.05250825846911, 37.143},
+                 {44.823, 21.75, 0.2, 160, -32.38080443747222, 27.956},
+                 {47.734, 17.296, 0.2, 160, -32.18645105252348, 33.974}};
     for (const auto& c : cases) {
         Simulator::ScanRecipe recipe;
         recipe.dimensions = {

@@ -78,14 +78,8 @@ ScanComparisonSettings with(Alignment alignment) {
 
 TEST(SpaceMotions, TurnBackAndOneAfterTheOther) {
     constexpr double kPi = 3.14159265358979323846;
-    const SpaceVector axes[] = {{1, 0, 0},
-                                {0, 1, 0},
-                                {0, 0, 1},
-                                {0.6, 0, 0.8},
-                                {0.6, 0.8, 0},
-                                {0, 0.28, 0.96},
-                                {2.0 / 3, -1.0 / 3, 2.0 / 3},
-                                {1.0 / 3, 2.0 / 3, -2.0 / 3}};
+    const SpaceVector axes[] = {{1, 0, 0},     {0, 1, 0},       {0, 0, 1},          {0.6, 0, 0.8},
+                                {0.6, 0.8, 0}, {0, 0.28, 0.96}, {0.48, -0.6, 0.64}, {0.48, 0.36, -0.8}};
     const SpaceVector place{3, -7, 11}, shift{0.5, 4, -2};
     for (const SpaceVector& axis : axes) {
         for (const double angle : {0.0, 1e-10, 1e-7, 0.3, 1.0, 2.0, 3.1, kPi}) {

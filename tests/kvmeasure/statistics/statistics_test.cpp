@@ -37,16 +37,9 @@ TEST(Sample, KeepsItsDigitsOnAnOffset) {
 TEST(Sample, HasTheOrderStatisticsAndTheirNeighbours) {
     // Values stand for shares of 1/8, 3/8, 5/8 and 7/8, and lie on straight lines between these.
     const std::vector<double> values{30, 10, 40, 20};
-    for (const auto& [share, value] : {std::pair(0.0, 10.0),
-                                       {0.1, 10},
-                                       {0.125, 10},
-                                       {0.25, 15},
-                                       {0.375, 20},
-                                       {0.5, 25},
-                                       {0.8, 37},
-                                       {0.875, 40},
-                                       {0.9, 40},
-                                       {1, 40}})
+    const double shares[][2] = {{0.0, 10.0}, {0.1, 10}, {0.125, 10}, {0.25, 15}, {0.375, 20},
+                                {0.5, 25},   {0.8, 37}, {0.875, 40}, {0.9, 40},  {1, 40}};
+    for (const auto& [share, value] : shares)
         EXPECT_NEAR(percentile(values, share), value, 1e-12) << share;
     EXPECT_EQ(percentile({7}, 0.5), 7);
     EXPECT_EQ(percentile({1, 3}, 0.5), 2);
@@ -200,14 +193,9 @@ TEST(Tests, HaveTheProbabilitiesOfTheirTable) {
         return values;
     };
     // D'Agostino and Stephens, table 4.7.
-    for (const auto& [statistic, probability] : {std::pair(0.341, 0.5),
-                                                 {0.470, 0.25},
-                                                 {0.561, 0.15},
-                                                 {0.631, 0.1},
-                                                 {0.752, 0.05},
-                                                 {0.873, 0.025},
-                                                 {1.035, 0.01},
-                                                 {1.159, 0.005}}) {
+    const double entries[][2] = {{0.341, 0.5},  {0.470, 0.25},  {0.561, 0.15}, {0.631, 0.1},
+                                 {0.752, 0.05}, {0.873, 0.025}, {1.035, 0.01}, {1.159, 0.005}};
+    for (const auto& [statistic, probability] : entries) {
         double from = 0, to = 1;
         while (to - from > 1e-9) {
             const double middle = (from + to) / 2;

@@ -350,8 +350,7 @@ TEST(Rails, HaveAValueOrAReasonForWhateverPoints) {
         {"coarse", same, {[](const Vector&) { return false; }}, 40},
         {"zigzag", [](const Vector& p) { return Vector(p.x + std::round(p.y) * 0.01, p.y); }},
         {"wide", [](const Vector& p) { return Vector(p.x * 1.2, p.y); }},
-        {"wide on the right", [](const Vector& p) { return Vector(p.x + (p.x > 20 ? 45 : 0), p.y); }},
-    };
+        {"wide on the right", [](const Vector& p) { return Vector(p.x + (p.x > 20 ? 45 : 0), p.y); }}};
     std::vector<RailSection> rails;
     for (const Changed& how : all)
         rails.push_back(railSection(changed(whole, how)));

@@ -170,8 +170,7 @@ TEST(GaugeSections, CountFromTheBackWhereverItIsKnownFrom) {
         {0, 12, Zero::FlangeBack, kNaN, Source::File, ""},
         {-70, 12, Zero::RunningCircle, kNaN, Source::File, ""},
         {100, 0, Zero::FlangeBack, kNaN, Source::Seen, ""},
-        {-20, 0, Zero::FlangeBack, kNaN, Source::Seen, ""},
-    };
+        {-20, 0, Zero::FlangeBack, kNaN, Source::Seen, ""}};
     for (const auto& c : cases) {
         for (const double sign : {1.0, -1.0}) {
             SCOPED_TRACE(testing::Message() << &c - cases << ", " << sign);

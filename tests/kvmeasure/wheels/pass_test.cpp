@@ -213,8 +213,7 @@ TEST(WheelPass, NamesWhatScannersDoNotShowAndTakesTravelFromNeighbours) {
         {1004, without(900, 1100), 1, "", 1000},
         {1004, without(0, 1100), 1, "", 1000},
         {1004, without(900, 2000), 1, "", 1000},
-        {1004, without(0, 1e6), 1, "", kNaN},
-    };
+        {1004, without(0, 1e6), 1, "", kNaN}};
     for (const auto& c : cases) {
         SCOPED_TRACE(&c - cases);
         const QString name = QString("pass_%1.bin").arg(c.serial);
